@@ -1,0 +1,90 @@
+#include "Base/Format.h"
+
+#include "Base/Localization.h"
+
+#include <array>
+#include <cmath>
+#include <fmt/format.h>
+
+namespace korvell {
+
+namespace {
+
+constexpr std::array<const char*, 7> units = {"B", "KB", "MB", "GB", "TB", "PB", "EB"};
+
+/// Rounded to that many decimals, half a unit away from zero as on paper: 9.995 is a little less than that
+/// as a binary fraction, which the nudge makes up for.
+double rounded(double amount, int decimals) {
+  const double scale = std::pow(10.0, decimals);
+  return std::round(amount * scale * (1 + 1e-12)) / scale;
+}
+
+/// The number of decimals that a rule gives to an amount, decided on the amount as it will be printed.
+struct Decimals {
+  int below10;
+  int below100;
+};
+
+int decimalsFor(double amount, Decimals rule) {
+  if (rounded(amount, rule.below10) < 10) return rule.below10;
+  if (rounded(amount, rule.below100) < 100) return rule.below100;
+  return 0;
+}
+
+std::string scaled(double value, double step, Decimals rule, std::string_view suffix) {
+  if (!std::isfinite(value)) return noFigure;
+  const char* sign = value < 0 ? "-" : "";
+  double amount = std::fabs(value);
+  size_t unit = 0;
+  // What would be printed as a whole step belongs to the next unit.
+  while (unit + 1 < units.size() && std::round(amount) >= step) {
+    amount /= step;
+    ++unit;
+  }
+  if (unit == 0) {
+    if (std::round(amount) == 0) sign = "";
+    return fmt::format("{}{:.0f} B{}", sign, std::round(amount), suffix);
+  }
+  const int decimals = decimalsFor(amount, rule);
+  return fmt::format("{}{:.{}f} {}{}", sign, rounded(amount, decimals), decimals, units[unit], suffix);
+}
+
+} // namespace
+
+std::string Format::memory(double bytes) { return scaled(bytes, 1024, {2, 1}, ""); }
+std::string Format::bytes(double bytes) { return scaled(bytes, 1000, {2, 1}, ""); }
+std::string Format::rate(double bytesPerSecond) { return scaled(bytesPerSecond, 1000, {1, 0}, "/s"); }
+
+std::string Format::percent(double percent) {
+  if (!std::isfinite(percent)) return noFigure;
+  return fmt::format("{:.0f}%", std::round(percent) + 0.0);
+}
+
+std::string Format::watts(double watts) {
+  if (!std::isfinite(watts)) return noFigure;
+  return std::fabs(watts) < 99.95 ? fmt::format("{:.1f} W", watts) : fmt::format("{:.0f} W", watts);
+}
+
+std::string Format::celsius(double celsius) {
+  if (!std::isfinite(celsius)) return noFigure;
+  return fmt::format("{:.0f}°C", std::round(celsius) + 0.0);
+}
+
+std::string Format::duration(Seconds span) {
+  if (std::isnan(span.count())) return noFigure;
+  const auto minutes = std::int64_t(std::fmax(0.0, std::fmin(span.count(), 1e15)) / 60);
+  if (minutes >= 1440) return localized("{n} days", {{"n", std::to_string(minutes / 1440)}});
+  if (minutes >= 60)
+    return localized("{h} h {m} min",
+                     {{"h", std::to_string(minutes / 60)}, {"m", std::to_string(minutes % 60)}});
+  return localized("{m} min", {{"m", std::to_string(minutes)}});
+}
+
+std::string Format::grouped(std::int64_t number) {
+  std::string digits = std::to_string(number);
+  for (auto i = std::ptrdiff_t(digits.size()) - 3; i > (number < 0 ? 1 : 0); i -= 3)
+    digits.insert(size_t(i), ",");
+  return digits;
+}
+
+} // namespace korvell

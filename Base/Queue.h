@@ -1,0 +1,60 @@
+#pragma once
+// Serial queues and their timers: where every long-lived object lives, and the only way threads meet.
+//
+// A queue runs its tasks one after the other in the order in which they were added. Four kinds exist:
+// ThreadQueue (one thread of its own, Base/ThreadQueue.h), the system's dispatch queues on macOS,
+// HostedQueue (the main queue: whoever runs the loop asks for the work, Base/HostedQueue.h) and ManualQueue
+// (tests, Base/ManualQueue.h).
+//
+// Destroying a queue finishes the task that runs, drops the rest and joins; destroy queues that post before
+// the queues that are posted to. The main thread never calls sync().
+
+#include "Base/Date.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace korvell {
+
+using Task = std::function<void()>;
+
+/// A repeating or single timer on one queue. Its handler runs on that queue, never after cancel() or the
+/// destructor returned there. Firings that were missed are not made up for: one firing stands for all.
+class Timer {
+public:
+  virtual ~Timer() = default;
+  /// First firing `first` from now, then every `interval` (zero: once). Replaces any earlier schedule.
+  /// `leeway` is how late a firing may come so that the system can let wake-ups coincide.
+  virtual void schedule(Seconds first, Seconds interval, Seconds leeway) = 0;
+  virtual void cancel() = 0;
+};
+
+class Queue {
+public:
+  virtual ~Queue() = default;
+  virtual const std::string& label() const = 0;
+  /// Adds a task; returns at once. From any thread.
+  virtual void async(Task task) = 0;
+  /// Runs a task and waits for its end; on this queue itself it runs inline.
+  virtual void sync(const Task& task) = 0;
+  /// A timer that is not yet scheduled. From any thread; it must be destroyed before its queue.
+  [[nodiscard]] virtual std::unique_ptr<Timer> timer(Task handler) = 0;
+  /// True on the thread that is running one of this queue's tasks.
+  virtual bool isCurrent() const = 0;
+  /// The clock that the queue's timers go by.
+  virtual const Clock& clock() const = 0;
+};
+
+/// sync() with a result.
+template <class F>
+auto syncResult(Queue& queue, F&& work) {
+  std::optional<decltype(work())> result;
+  queue.sync([&] { result.emplace(work()); });
+  return std::move(*result);
+}
+
+/// Makes queues by label: threads in the application and the tool, manual ones in tests.
+using QueueFactory = std::function<std::unique_ptr<Queue>(std::string label)>;
+
+} // namespace korvell

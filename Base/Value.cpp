@@ -1,0 +1,156 @@
+#include "Base/Value.h"
+
+#include "Base/Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+namespace korvell {
+
+std::optional<bool> Value::asBool() const {
+  if (const auto* v = std::get_if<bool>(&data_)) return *v;
+  return std::nullopt;
+}
+
+std::optional<std::int64_t> Value::asInt() const {
+  if (const auto* v = std::get_if<std::int64_t>(&data_)) return *v;
+  if (const auto* v = std::get_if<std::uint64_t>(&data_); v && *v <= std::uint64_t(INT64_MAX))
+    return std::int64_t(*v);
+  return std::nullopt;
+}
+
+std::optional<std::uint64_t> Value::asUnsigned() const {
+  if (const auto* v = std::get_if<std::uint64_t>(&data_)) return *v;
+  if (const auto* v = std::get_if<std::int64_t>(&data_); v && *v >= 0) return std::uint64_t(*v);
+  return std::nullopt;
+}
+
+std::optional<double> Value::asDouble() const {
+  if (const auto* v = std::get_if<double>(&data_)) return *v;
+  if (const auto* v = std::get_if<std::int64_t>(&data_)) return double(*v);
+  if (const auto* v = std::get_if<std::uint64_t>(&data_)) return double(*v);
+  return std::nullopt;
+}
+
+std::optional<Date> Value::asDate() const {
+  if (const auto* v = std::get_if<Date>(&data_)) return *v;
+  if (const auto* v = asString()) return parseRFC3339(*v);
+  return std::nullopt;
+}
+
+const Value* Value::find(std::string_view name) const {
+  const auto* members = asObject();
+  if (!members) return nullptr;
+  for (auto it = members->rbegin(); it != members->rend(); ++it)
+    if (it->first == name) return &it->second;
+  return nullptr;
+}
+
+Value& Value::set(std::string_view name, Value value) {
+  auto* members = std::get_if<Object>(&data_);
+  if (!members) members = &data_.emplace<Object>();
+  for (auto& [key, existing] : *members)
+    if (key == name) {
+      existing = std::move(value);
+      return *this;
+    }
+  members->emplace_back(std::string(name), std::move(value));
+  return *this;
+}
+
+void Value::erase(std::string_view name) {
+  if (auto* members = std::get_if<Object>(&data_))
+    std::erase_if(*members, [name](const Member& member) { return member.first == name; });
+}
+
+Value& Value::append(Value value) {
+  auto* elements = std::get_if<Array>(&data_);
+  if (!elements) elements = &data_.emplace<Array>();
+  elements->push_back(std::move(value));
+  return *this;
+}
+
+struct ValueAccess {
+  static const auto& data(const Value& value) { return value.data_; }
+};
+
+namespace {
+
+using JSON = nlohmann::ordered_json;
+constexpr int deepest = 512;
+
+Value fromJSON(const JSON& json) {
+  switch (json.type()) {
+  case JSON::value_t::boolean:
+    return json.get<bool>();
+  case JSON::value_t::number_integer:
+    return json.get<std::int64_t>();
+  case JSON::value_t::number_unsigned: {
+    const auto number = json.get<std::uint64_t>();
+    return number <= std::uint64_t(INT64_MAX) ? Value(std::int64_t(number)) : Value(number);
+  }
+  case JSON::value_t::number_float:
+    return json.get<double>();
+  case JSON::value_t::string:
+    return json.get<std::string>();
+  case JSON::value_t::array: {
+    Value::Array elements;
+    elements.reserve(json.size());
+    for (const auto& element : json) elements.push_back(fromJSON(element));
+    return elements;
+  }
+  case JSON::value_t::object: {
+    Value::Object members;
+    members.reserve(json.size());
+    for (const auto& [name, member] : json.items()) members.emplace_back(name, fromJSON(member));
+    return members;
+  }
+  default:
+    return {};
+  }
+}
+
+JSON toJSON(const Value& value) {
+  return std::visit(
+      [](const auto& v) -> JSON {
+        using T = std::decay_t<decltype(v)>;
+        if constexpr (std::is_same_v<T, std::monostate>) {
+          return nullptr;
+        } else if constexpr (std::is_same_v<T, Date>) {
+          return rfc3339(v);
+        } else if constexpr (std::is_same_v<T, Value::Array>) {
+          JSON elements = JSON::array();
+          for (const auto& element : v) elements.push_back(toJSON(element));
+          return elements;
+        } else if constexpr (std::is_same_v<T, Value::Object>) {
+          JSON members = JSON::object();
+          for (const auto& [name, member] : v) members[repairedUTF8(name)] = toJSON(member);
+          return members;
+        } else {
+          return v;
+        }
+      },
+      ValueAccess::data(value));
+}
+
+} // namespace
+
+std::optional<Value> parseJSON(std::string_view text) {
+  // The callback sees every value before it is built: a document that nests too deep is given up there.
+  bool tooDeep = false;
+  const auto limit = [&tooDeep](int depth, JSON::parse_event_t, JSON&) {
+    tooDeep = tooDeep || depth > deepest;
+    return !tooDeep;
+  };
+  const JSON json = JSON::parse(text.begin(), text.end(), limit, false);
+  if (json.is_discarded() || tooDeep) return std::nullopt;
+  return fromJSON(json);
+}
+
+std::string dumpJSON(const Value& value, JSONStyle style) {
+  return toJSON(value).dump(style == JSONStyle::indented ? 2 : -1, ' ', false,
+                            JSON::error_handler_t::replace);
+}
+
+} // namespace korvell

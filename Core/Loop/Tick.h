@@ -1,0 +1,33 @@
+#pragma once
+// The result of one sampling cycle. An absent optional means that nothing was read in this cycle: whoever
+// receives the tick keeps the previous value.
+
+#include "Core/DevServers/DevServer.h"
+#include "Core/Health/HealthAlert.h"
+#include "Core/Machine/Models.h"
+#include "Core/Startup/StartupItem.h"
+#include "Sensors/SensorsSnapshot.h"
+
+#include <optional>
+#include <vector>
+
+namespace korvell {
+
+struct Tick {
+  SystemSnapshot snapshot;
+  std::optional<SensorsSnapshot> sensors;
+  std::optional<std::vector<PeripheralBattery>> peripherals;
+  std::optional<std::vector<DevProject>> projects;
+  std::vector<HealthAlert> alerts; ///< those that fired in this cycle
+  std::optional<std::vector<StartupItem>> startupItems;
+  std::optional<Totals> totals;
+  double cpuTenMinuteAverage = 0; ///< percent, as the history reports it
+
+  bool operator==(const Tick&) const = default;
+  auto fields() const {
+    return std::tie(snapshot, sensors, peripherals, projects, alerts, startupItems, totals,
+                    cpuTenMinuteAverage);
+  }
+};
+
+} // namespace korvell

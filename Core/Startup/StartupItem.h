@@ -1,0 +1,37 @@
+#pragma once
+// A program that the system starts by itself: a launch agent or daemon, an autostart entry, a unit.
+
+#include "Base/Enum.h"
+#include "Base/Hash.h"
+
+#include <optional>
+#include <string>
+#include <tuple>
+
+namespace korvell {
+
+struct StartupItem {
+  enum class Scope { user, allUsers, system };
+
+  std::string label;                  ///< the job's name
+  std::string plistPath;              ///< the file that defines it
+  std::optional<std::string> program; ///< absolute path; absent when the file names none
+  Scope scope = Scope::user;
+  bool runsAtLoad = false;
+  bool keepAlive = false;
+  bool isLoaded = false;
+
+  const std::string& id() const { return label; }
+
+  bool operator==(const StartupItem&) const = default;
+  auto fields() const { return std::tie(label, plistPath, program, scope, runsAtLoad, keepAlive, isLoaded); }
+};
+
+template <>
+struct EnumTable<StartupItem::Scope> {
+  using enum StartupItem::Scope;
+  static constexpr EnumCase<StartupItem::Scope> cases[] = {
+      {user, "user", "You"}, {allUsers, "allUsers", "All users"}, {system, "system", "System daemon"}};
+};
+
+} // namespace korvell

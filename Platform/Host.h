@@ -1,0 +1,24 @@
+#pragma once
+// The operating system's answers, one object for each seam. makeHost() is defined once per system and called
+// by main functions only; everything below main receives the seams that it needs as references.
+
+#include "Base/Localization.h"
+#include "Base/UserFolders.h"
+#include "Platform/MachineCounters.h"
+#include "Platform/UserDefaults.h"
+
+#include <memory>
+#include <span>
+
+namespace korvell {
+
+struct Host {
+  UserFolders folders;
+  std::span<const LocalizedText> words; ///< the system's own words for localized()
+  std::unique_ptr<UserDefaults> defaults;
+  std::unique_ptr<MachineCounters> machine;
+};
+
+Host makeHost(const Environment& environment);
+
+} // namespace korvell

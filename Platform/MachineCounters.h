@@ -1,0 +1,123 @@
+#pragma once
+// What the machine as a whole has counted so far. Raw counters only: shares, rates and texts are made of them
+// by Core/Machine/SystemSampler.
+//
+// A reading that fails is absent or empty, and is tried again at the next call. One thread at a time (the
+// sampler's queue); nothing here starts a program. volumes() may take milliseconds, the rest microseconds.
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace korvell {
+
+/// One logical processor's ticks since boot, in a unit that is the same for the four.
+struct CoreTicks {
+  std::uint64_t user = 0;
+  std::uint64_t system = 0;
+  std::uint64_t idle = 0;
+  std::uint64_t nice = 0;
+  bool operator==(const CoreTicks&) const = default;
+};
+
+/// How far a core's counter went from one reading to the next. Its width belongs to the reading.
+enum class TickWidth {
+  wraps32,   ///< unsigned 32-bit counters that wrap (macOS)
+  monotonic, ///< 64-bit counters; one that steps back did not advance (Linux: iowait may)
+};
+
+struct CPUCounters {
+  /// Keyed by the kernel's number of the core, so that a core that goes offline leaves a gap.
+  std::map<int, CoreTicks> cores;
+  TickWidth width = TickWidth::monotonic;
+  bool operator==(const CPUCounters&) const = default;
+};
+
+/// Bytes. On Linux: app = AnonPages + Shmem; cached = Cached − Shmem + Buffers + SReclaimable; compressed =
+/// Zswap and what zram devices use; free = MemFree; wired = the rest. On macOS: page counts × page size.
+struct MemoryCounters {
+  std::uint64_t total = 0;
+  std::uint64_t app = 0;
+  std::uint64_t wired = 0;
+  std::uint64_t compressed = 0;
+  std::uint64_t cached = 0;
+  std::uint64_t swapUsed = 0;
+  bool operator==(const MemoryCounters&) const = default;
+};
+
+enum class PressureLevel { normal, warning, critical };
+
+/// Bytes since the device appeared, keyed by an identity that is never reused for another device.
+struct ByteCounters {
+  std::uint64_t in = 0;  ///< read from a disk, received from a network
+  std::uint64_t out = 0; ///< written, sent
+  bool operator==(const ByteCounters&) const = default;
+};
+
+struct Volume {
+  std::string name;           ///< display name; empty when it has none
+  std::string mountPoint;     ///< absolute path
+  std::int64_t total = 0;     ///< bytes
+  std::int64_t available = 0; ///< bytes available to the user
+  bool operator==(const Volume&) const = default;
+};
+
+struct InterfaceCounters {
+  std::string name;        ///< the system's name, "en0", "wlp3s0"
+  std::string displayName; ///< "Wi-Fi"; empty when the system knows none
+  ByteCounters bytes;
+  bool operator==(const InterfaceCounters&) const = default;
+};
+
+struct GPUCounters {
+  std::string name;              ///< empty when the driver tells none
+  double utilization = 0;        ///< percent
+  std::uint64_t memoryInUse = 0; ///< bytes
+  bool operator==(const GPUCounters&) const = default;
+};
+
+struct BatteryReading {
+  bool present = false;
+  std::optional<int> percent;
+  bool isCharging = false;
+  std::optional<bool> externalConnected; ///< absent when the system does not say
+  int cycles = 0;
+  double fullCapacity = 0; ///< in the unit of designCapacity; 0 when unknown
+  double designCapacity = 0;
+  double celsius = 0;
+  std::optional<int> minutesRemaining; ///< as the system tells it, on power and off
+  double systemWatts = 0;              ///< what the whole machine draws; 0 when unknown
+  bool operator==(const BatteryReading&) const = default;
+};
+
+class MachineCounters {
+public:
+  virtual ~MachineCounters() = default;
+
+  virtual std::optional<double> loadAverage() = 0; ///< over one minute
+  virtual std::optional<CPUCounters> cpu() = 0;
+  virtual std::optional<MemoryCounters> memory() = 0;
+  virtual PressureLevel pressure() = 0;
+  /// Whole disks only, each byte once.
+  virtual std::map<std::uint64_t, ByteCounters> disks() = 0;
+  /// Volumes worth showing, the start-up volume first.
+  virtual std::vector<Volume> volumes() = 0;
+  /// Wired, wireless and cellular links, in the system's order.
+  virtual std::vector<InterfaceCounters> interfaces() = 0;
+  /// One entry a graphics processor; empty when none can be read.
+  virtual std::vector<GPUCounters> gpus() = 0;
+  /// Absent on a machine without a battery.
+  virtual std::optional<BatteryReading> battery() = 0;
+  /// The machine's draw without a battery: the adapter's rating on macOS, the processor package on Linux.
+  virtual std::optional<double> mainsWatts() = 0;
+
+  // Facts that do not change while the machine runs.
+  virtual std::string chipName() = 0; ///< empty when unknown
+  virtual int performanceCores() = 0; ///< 0 when all cores are alike or unknown
+  virtual int efficiencyCores() = 0;
+  virtual int logicalProcessors() = 0; ///< at least 1
+};
+
+} // namespace korvell

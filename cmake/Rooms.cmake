@@ -1,0 +1,66 @@
+# One target a room. A room's headers are visible only to targets that link it: each room has an include
+# folder of its own in the build tree that holds nothing but a link to the room, so an include of a room
+# that is not linked does not compile.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+
+find_program(CCACHE ccache)
+if(CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+add_library(korvell_options INTERFACE)
+# Designated initialisers leave the other fields at their defaults on purpose.
+target_compile_options(korvell_options INTERFACE -Wall -Wextra -Wpedantic -Wno-missing-field-initializers)
+if(KORVELL_WERROR)
+  target_compile_options(korvell_options INTERFACE -Werror)
+endif()
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+  # Unused functions of the rooms do not travel into the tool.
+  target_compile_options(korvell_options INTERFACE -ffunction-sections -fdata-sections)
+  if(NOT APPLE)
+    target_link_options(korvell_options INTERFACE -Wl,--gc-sections -Wl,--as-needed)
+  endif()
+endif()
+if(KORVELL_SANITIZE)
+  target_compile_options(korvell_options INTERFACE
+    -fsanitize=${KORVELL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(korvell_options INTERFACE -fsanitize=${KORVELL_SANITIZE})
+endif()
+if(KORVELL_FUZZ)
+  target_compile_options(korvell_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+# korvell_room(NAME [SOURCES file...] [LINKS target...])
+# The room is the calling folder. Without sources it is a room of headers.
+# PRIVATE_LINKS stay invisible to whoever links the room.
+function(korvell_room name)
+  cmake_parse_arguments(room "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+  file(RELATIVE_PATH path ${CMAKE_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+  get_filename_component(parent ${path} DIRECTORY)
+  set(include ${CMAKE_BINARY_DIR}/rooms/${name})
+  file(MAKE_DIRECTORY ${include}/${parent})
+  file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${include}/${path} SYMBOLIC)
+  if(room_SOURCES)
+    add_library(${name} STATIC ${room_SOURCES})
+    target_include_directories(${name} PUBLIC ${include})
+    target_link_libraries(${name} PUBLIC ${room_LINKS} PRIVATE korvell_options ${room_PRIVATE_LINKS})
+  else()
+    add_library(${name} INTERFACE)
+    target_include_directories(${name} INTERFACE ${include})
+    target_link_libraries(${name} INTERFACE ${room_LINKS})
+  endif()
+endfunction()
+
+# korvell_tests(NAME SOURCES file... LINKS target...): one test program a room, every case known to CTest.
+function(korvell_tests name)
+  cmake_parse_arguments(tests "" "" "SOURCES;LINKS" ${ARGN})
+  add_executable(${name} ${tests_SOURCES})
+  target_link_libraries(${name} PRIVATE korvell_options ${tests_LINKS} GTest::gmock GTest::gtest_main)
+  target_include_directories(${name} PRIVATE ${CMAKE_BINARY_DIR}/rooms/Tests)
+  target_compile_definitions(${name} PRIVATE KORVELL_FIXTURES="${CMAKE_SOURCE_DIR}/Tests/Fixtures")
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+endfunction()
