@@ -1,0 +1,86 @@
+#include "Tool/Command.h"
+#include "Tool/Confirmation.h"
+
+#include <gtest/gtest.h>
+
+namespace korvell {
+namespace {
+
+using Kind = Option::Kind;
+
+int echo(Context& context, const Arguments& arguments) {
+  context.out.line("limit " + std::to_string(arguments.number("--limit").value_or(-1)));
+  context.out.line("by " + arguments.text("--by").value_or("none"));
+  for (const auto& kind : arguments.list("--kind")) context.out.line("kind " + kind);
+  if (arguments.flag("--json")) context.out.line("json");
+  context.out.line("who " + arguments.text("WHO").value_or("nobody"));
+  return exitOK;
+}
+
+int ask(Context& context, const Arguments& arguments) {
+  return confirmed(context, arguments, "Everything will go.") ? exitOK : exitFailed;
+}
+
+struct CommandLineTests : testing::Test {
+  const std::vector<Command> commands = {
+      {"echo",
+       "Says what it was given",
+       {jsonOption(),
+        {"--limit", Kind::number, "How many"},
+        {"--by", Kind::text, "Order", {"cpu", "memory"}},
+        {"--kind", Kind::list, "Kinds"},
+        {"WHO", Kind::positional, "Whom"}},
+       echo},
+      {"group", "Has parts", {}, nullptr, {{"ask", "Asks first", {yesOption()}, ask}}}};
+  SystemClock clock;
+  Host host{};
+  std::string output, errors;
+  Terminal out{output, 80}, err{errors, 80};
+  Context context{host, clock, [](std::string_view) { return std::nullopt; }, out, err};
+
+  int run(std::vector<std::string> arguments) {
+    output.clear();
+    errors.clear();
+    return runCommandLine(context, commands, arguments);
+  }
+};
+
+TEST_F(CommandLineTests, valuesArriveTyped) {
+  EXPECT_EQ(run({"echo", "--limit", "5", "--by", "memory", "--kind", "a", "--kind", "b c", "--json", "me"}),
+            exitOK);
+  EXPECT_EQ(output, "limit 5\nby memory\nkind a\nkind b c\njson\nwho me\n");
+}
+
+TEST_F(CommandLineTests, mistakesEndWithTwoAndSayWhy) {
+  const std::vector<std::vector<std::string>> mistakes = {{"nonsense"},
+                                                          {"echo", "--nonsense"},
+                                                          {"echo", "--limit", "many"},
+                                                          {"echo", "--limit", "-3"},
+                                                          {"echo", "--limit", "99999999999999999999"},
+                                                          {"echo", "--by", "size"},
+                                                          {"group"},
+                                                          {"group", "nonsense"}};
+  for (const auto& arguments : mistakes) {
+    EXPECT_EQ(run(arguments), exitUsage) << arguments.back();
+    EXPECT_EQ(output, "") << arguments.back();
+    EXPECT_EQ(errors.rfind("korvell: ", 0), 0u) << errors;
+  }
+}
+
+TEST_F(CommandLineTests, helpIsOfTheInnermostCommand) {
+  EXPECT_EQ(run({"--help"}), exitOK);
+  EXPECT_NE(output.find("Says what it was given"), std::string::npos);
+  EXPECT_EQ(run({"group", "ask", "--help"}), exitOK);
+  EXPECT_NE(output.find("--yes"), std::string::npos);
+  EXPECT_EQ(run({}), exitOK);
+  EXPECT_NE(output.find("echo"), std::string::npos);
+}
+
+TEST_F(CommandLineTests, withoutATerminalNothingIsConfirmedUnlessYes) {
+  EXPECT_EQ(run({"group", "ask"}), exitFailed);
+  EXPECT_NE(errors.find("Everything will go."), std::string::npos);
+  EXPECT_EQ(run({"group", "ask", "--yes"}), exitOK);
+}
+
+} // namespace
+} // namespace korvell

@@ -1,0 +1,85 @@
+#pragma once
+// A command of the tool, described as data: main turns the table of commands into the parser and the help.
+
+#include "Base/Date.h"
+#include "Base/UserFolders.h"
+#include "Base/Value.h"
+#include "Platform/Host.h"
+#include "Tool/Terminal.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace korvell {
+
+/// Exit codes of every command.
+enum ExitCode { exitOK = 0, exitFailed = 1, exitUsage = 2 };
+
+struct Option {
+  enum class Kind {
+    flag,       ///< present or not
+    text,       ///< one value
+    number,     ///< one whole number, at least 0
+    list,       ///< any number of values: --kind A --kind B
+    positional, ///< an argument by its place
+  };
+  std::string name; ///< "--limit"; of a positional its place-holder, "PID"
+  Kind kind = Kind::flag;
+  std::string help;
+  std::vector<std::string> choices = {}; ///< the only values allowed; empty for any
+  bool required = false;
+};
+
+/// What the user typed, already checked against the command's options.
+class Arguments {
+public:
+  bool flag(std::string_view name) const { return values_.contains(std::string(name)); }
+  std::optional<std::string> text(std::string_view name) const;
+  std::optional<std::int64_t> number(std::string_view name) const;
+  std::vector<std::string> list(std::string_view name) const;
+
+  void add(const std::string& name, std::string value = {}) { values_[name].push_back(std::move(value)); }
+
+private:
+  std::map<std::string, std::vector<std::string>> values_;
+};
+
+/// What a command works with.
+struct Context {
+  Host& host;
+  const Clock& clock;
+  Environment environment;
+  Terminal& out;
+  Terminal& err;
+  std::FILE* in = nullptr; ///< standard input; null where there is none
+};
+
+struct Command {
+  std::string name;
+  std::string summary; ///< one line
+  std::vector<Option> options;
+  int (*run)(Context&, const Arguments&) = nullptr; ///< returns an ExitCode; null when only subcommands run
+  std::vector<Command> subcommands = {};
+};
+
+/// Every command, in the order of the help.
+const std::vector<Command>& allCommands();
+
+/// Parses and runs; the arguments without the program's name.
+int runCommandLine(Context& context, std::span<const Command> commands,
+                   const std::vector<std::string>& arguments);
+
+/// The option that most commands have.
+inline Option jsonOption() { return {"--json", Option::Kind::flag, "Print one JSON object"}; }
+
+/// One JSON object, indented on a terminal, on one line into a pipe.
+void printJSON(Terminal& out, const Value& value);
+
+/// A message on standard error, "korvell: …", and the exit code to return.
+int fail(Context& context, std::string_view message, ExitCode code = exitFailed);
+
+} // namespace korvell

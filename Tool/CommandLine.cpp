@@ -1,0 +1,145 @@
+// The only file that knows the command-line library: it turns the table of commands into its parser.
+
+#include "Tool/Command.h"
+
+#include "Base/Localization.h"
+#include "Base/Text.h"
+#include "Tool/Version.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <algorithm>
+#include <list>
+
+namespace korvell {
+
+std::optional<std::string> Arguments::text(std::string_view name) const {
+  const auto found = values_.find(std::string(name));
+  if (found == values_.end()) return std::nullopt;
+  return found->second.back();
+}
+
+std::optional<std::int64_t> Arguments::number(std::string_view name) const {
+  const auto value = text(name);
+  return value ? parseInteger<std::int64_t>(*value) : std::nullopt;
+}
+
+std::vector<std::string> Arguments::list(std::string_view name) const {
+  const auto found = values_.find(std::string(name));
+  return found == values_.end() ? std::vector<std::string>() : found->second;
+}
+
+void printJSON(Terminal& out, const Value& value) {
+  // JSON is UTF-8 whatever the locale.
+  out.writeRaw(dumpJSON(value, out.isTerminal() ? JSONStyle::indented : JSONStyle::line) + "\n");
+}
+
+int fail(Context& context, std::string_view message, ExitCode code) {
+  context.err.line("korvell: " + std::string(message));
+  return code;
+}
+
+namespace {
+
+/// One command's parser together with where its values arrive.
+struct Bound {
+  const Command* command = nullptr;
+  CLI::App* parser = nullptr;
+  std::list<std::pair<const Option*, CLI::Option*>> options;
+};
+
+void addOption(Bound& bound, const Option& option) {
+  CLI::Option* added = nullptr;
+  const auto help = localized(option.help);
+  const auto placeholder = option.kind == Option::Kind::number ? "N" : "TEXT";
+  switch (option.kind) {
+  case Option::Kind::flag:
+    added = bound.parser->add_flag(option.name, help);
+    break;
+  case Option::Kind::text:
+  case Option::Kind::number:
+    added = bound.parser->add_option(option.name, help)->expected(1)->type_name(placeholder);
+    break;
+  case Option::Kind::list:
+    added = bound.parser->add_option(option.name, help)
+                ->expected(1)
+                ->type_name(placeholder)
+                ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    break;
+  case Option::Kind::positional:
+    added = bound.parser->add_option(option.name, help)->expected(1)->type_name("");
+    break;
+  }
+  if (option.kind == Option::Kind::number)
+    added->check([](const std::string& value) {
+      const auto number = parseInteger<std::int64_t>(value);
+      return number && *number >= 0 ? std::string() : localized("not a whole number: ") + value;
+    });
+  if (!option.choices.empty()) added->check(CLI::IsMember(option.choices));
+  added->required(option.required);
+  bound.options.emplace_back(&option, added);
+}
+
+void bind(std::list<Bound>& all, CLI::App& parent, const Command& command) {
+  auto& bound = all.emplace_back();
+  bound.command = &command;
+  bound.parser = parent.add_subcommand(command.name, localized(command.summary));
+  bound.parser->set_help_flag("-h,--help", localized("Print this help and exit"));
+  for (const auto& option : command.options) addOption(bound, option);
+  for (const auto& subcommand : command.subcommands) bind(all, *bound.parser, subcommand);
+  if (!command.run) bound.parser->require_subcommand(1);
+}
+
+Arguments argumentsOf(const Bound& bound) {
+  Arguments arguments;
+  for (const auto& [option, parsed] : bound.options) {
+    if (parsed->count() == 0) continue;
+    if (option->kind == Option::Kind::flag)
+      arguments.add(option->name);
+    else
+      for (const auto& value : parsed->results()) arguments.add(option->name, value);
+  }
+  return arguments;
+}
+
+} // namespace
+
+int runCommandLine(Context& context, std::span<const Command> commands,
+                   const std::vector<std::string>& arguments) {
+  CLI::App app(
+      localized("Korvell watches this computer's health. Nothing that it measures leaves the machine."),
+      "korvell");
+  app.set_help_flag("-h,--help", localized("Print this help and exit"));
+  app.set_version_flag("--version", std::string("korvell ") + version);
+  app.get_formatter()->column_width(26);
+  app.require_subcommand(0, 1);
+  std::list<Bound> all;
+  for (const auto& command : commands) bind(all, app, command);
+
+  try {
+    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+    app.parse(reversed);
+  } catch (const CLI::CallForHelp&) {
+    CLI::App* deepest = &app;
+    while (!deepest->get_subcommands().empty()) deepest = deepest->get_subcommands().front();
+    context.out.write(deepest->help());
+    return exitOK;
+  } catch (const CLI::CallForVersion&) {
+    context.out.line(std::string("korvell ") + version);
+    return exitOK;
+  } catch (const CLI::ParseError& error) {
+    fail(context, error.what());
+    context.err.line(localized("Run korvell --help for what it can do."));
+    return exitUsage;
+  }
+
+  // Of a command and its subcommand the innermost one runs.
+  for (auto bound = all.rbegin(); bound != all.rend(); ++bound)
+    if (bound->parser->parsed() && bound->command->run)
+      return bound->command->run(context, argumentsOf(*bound));
+  context.out.write(app.help());
+  return exitOK;
+}
+
+} // namespace korvell

@@ -1,0 +1,30 @@
+#include "Tool/Progress.h"
+
+#include "Base/Format.h"
+#include "Base/Text.h"
+
+#include <algorithm>
+
+namespace korvell {
+
+void Progress::show(double fraction, std::string_view text) {
+  if (!terminal_.isTerminal()) return;
+  const auto now = clock_.monotonic();
+  if (drawn_ && now - lastDrawn_ < Seconds(0.1)) return;
+  lastDrawn_ = now;
+  drawn_ = true;
+  std::string line;
+  if (fraction >= 0) line = bar(fraction, 24) + " " + Format::percent(std::min(fraction, 1.0) * 100) + "  ";
+  line += truncatedToWidth(escapedControls(text), std::max(1, terminal_.columns() - 1 - displayWidth(line)));
+  terminal_.write("\r\x1b[K" + line);
+  terminal_.flush();
+}
+
+void Progress::clear() {
+  if (!drawn_) return;
+  terminal_.write("\r\x1b[K");
+  terminal_.flush();
+  drawn_ = false;
+}
+
+} // namespace korvell
