@@ -1,0 +1,37 @@
+#include "Platform/Formats/ListeningPorts.h"
+
+#include "Base/Text.h"
+
+#include <algorithm>
+
+namespace korvell {
+
+namespace {
+
+std::optional<std::uint16_t> portOf(std::string_view address) {
+  const auto colon = address.rfind(':');
+  if (colon == std::string_view::npos) return std::nullopt;
+  return parseInteger<std::uint16_t>(address.substr(colon + 1));
+}
+
+void insertSorted(std::vector<int>& ports, int port) {
+  const auto place = std::lower_bound(ports.begin(), ports.end(), port);
+  if (place == ports.end() || *place != port) ports.insert(place, port);
+}
+
+} // namespace
+
+std::unordered_map<ProcessID, std::vector<int>> parseListeningPorts(std::string_view listing) {
+  std::unordered_map<ProcessID, std::vector<int>> table;
+  std::optional<ProcessID> pid;
+  for (const auto line : splitLines(listing)) {
+    if (line.starts_with('p')) {
+      pid = parseInteger<ProcessID>(line.substr(1));
+    } else if (line.starts_with('n') && pid) {
+      if (const auto port = portOf(line.substr(1))) insertSorted(table[*pid], *port);
+    }
+  }
+  return table;
+}
+
+} // namespace korvell

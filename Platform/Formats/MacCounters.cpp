@@ -1,0 +1,118 @@
+#include "Platform/Formats/MacCounters.h"
+
+#include <cmath>
+
+namespace korvell {
+
+MemoryCounters macMemory(const MacPageCounts& pages, std::uint64_t pageSize) {
+  MemoryCounters memory;
+  memory.app = pages.internal > pages.purgeable ? (pages.internal - pages.purgeable) * pageSize : 0;
+  memory.wired = pages.wired * pageSize;
+  memory.compressed = pages.compressor * pageSize;
+  memory.cached = (pages.external + pages.purgeable) * pageSize;
+  return memory;
+}
+
+PressureLevel macPressure(std::optional<int> level) {
+  switch (level.value_or(0)) {
+  case 4:
+    return PressureLevel::critical;
+  case 2:
+    return PressureLevel::warning;
+  default:
+    return PressureLevel::normal;
+  }
+}
+
+std::uint64_t machNanoseconds(std::uint64_t ticks, std::uint32_t numer, std::uint32_t denom) {
+  if (denom == 0) return 0;
+  return ticks / denom * numer + ticks % denom * numer / denom;
+}
+
+namespace {
+
+/// A whole number. Negative ones may stand there as the 64-bit two's complement of an unsigned number.
+std::optional<std::int64_t> whole(const Value* v) {
+  if (!v) return std::nullopt;
+  if (const auto number = v->asInt()) return number;
+  if (const auto number = v->asUnsigned()) return std::int64_t(*number);
+  return std::nullopt;
+}
+
+std::int64_t wholeOrZero(const Value& properties, std::string_view key) {
+  return whole(properties.find(key)).value_or(0);
+}
+
+std::optional<std::uint64_t> counter(const Value& properties, std::string_view key) {
+  const auto number = whole(properties.find(key));
+  if (!number) return std::nullopt;
+  return std::uint64_t(*number);
+}
+
+std::optional<bool> flag(const Value& properties, std::string_view key) {
+  const auto* v = properties.find(key);
+  return v ? v->asBool() : std::nullopt;
+}
+
+std::int64_t nestedWhole(const Value& properties, std::string_view dictionary, std::string_view key) {
+  const auto* inner = properties.find(dictionary);
+  return inner ? wholeOrZero(*inner, key) : 0;
+}
+
+/// What comes in through the adapter when on power, else what the machine reports as its load, else what the
+/// battery gives or takes. The first is only trusted on power: on battery it may hold a stale value.
+double systemWatts(const Value& properties, bool onPower) {
+  const auto powerIn = nestedWhole(properties, "PowerTelemetryData", "SystemPowerIn");
+  if (onPower && powerIn > 0) return double(powerIn) / 1000;
+  const auto load = nestedWhole(properties, "PowerTelemetryData", "SystemLoad");
+  if (load > 0) return double(load) / 1000;
+  const double volts = double(wholeOrZero(properties, "Voltage")) / 1000;
+  const double amperes = double(wholeOrZero(properties, "InstantAmperage")) / 1000;
+  return std::abs(volts * amperes);
+}
+
+std::optional<int> minutes(const Value& properties) {
+  const auto value = wholeOrZero(properties, "TimeRemaining");
+  if (value < 1 || value > 65534) return std::nullopt; // 65535 says unknown
+  return int(value);
+}
+
+} // namespace
+
+std::optional<ByteCounters> macDiskCounters(const Value& properties) {
+  const auto* statistics = properties.find("Statistics");
+  if (!statistics) return std::nullopt;
+  const auto read = counter(*statistics, "Bytes (Read)");
+  const auto written = counter(*statistics, "Bytes (Write)");
+  if (!read || !written) return std::nullopt;
+  return ByteCounters{.in = *read, .out = *written};
+}
+
+std::optional<GPUCounters> macGPUCounters(const Value& properties) {
+  const auto* statistics = properties.find("PerformanceStatistics");
+  if (!statistics || !statistics->asObject()) return std::nullopt;
+  GPUCounters gpu;
+  if (const auto* utilization = statistics->find("Device Utilization %"))
+    gpu.utilization = utilization->asDouble().value_or(0);
+  gpu.memoryInUse = counter(*statistics, "In use system memory").value_or(0);
+  return gpu;
+}
+
+BatteryReading macBattery(const Value& properties, std::optional<int> percent) {
+  BatteryReading battery;
+  battery.present = flag(properties, "BatteryInstalled").value_or(false);
+  battery.percent = percent;
+  battery.isCharging = flag(properties, "IsCharging").value_or(false);
+  battery.externalConnected = flag(properties, "ExternalConnected");
+  battery.cycles = int(wholeOrZero(properties, "CycleCount"));
+  battery.fullCapacity = double(wholeOrZero(properties, "AppleRawMaxCapacity"));
+  const auto* data = properties.find("BatteryData");
+  const auto design = data ? whole(data->find("DesignCapacity")) : std::nullopt;
+  battery.designCapacity = double(design.value_or(wholeOrZero(properties, "DesignCapacity")));
+  battery.celsius = double(wholeOrZero(properties, "Temperature")) / 100;
+  battery.minutesRemaining = minutes(properties);
+  battery.systemWatts = systemWatts(properties, battery.externalConnected.value_or(true));
+  return battery;
+}
+
+} // namespace korvell

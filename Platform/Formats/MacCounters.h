@@ -1,0 +1,48 @@
+#pragma once
+// What macOS counts, turned into this house's records: page counts of the virtual-memory statistics and the
+// property dictionaries that drivers publish in the I/O registry, already converted to plain values.
+
+#include "Base/Value.h"
+#include "Platform/MachineCounters.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace korvell {
+
+/// Pages as host_statistics64 counts them.
+struct MacPageCounts {
+  std::uint64_t internal = 0; ///< anonymous
+  std::uint64_t external = 0; ///< backed by files
+  std::uint64_t purgeable = 0;
+  std::uint64_t wired = 0;
+  std::uint64_t compressor = 0; ///< that the compressor occupies
+};
+
+/// Only the figures that the pages tell; `total` and `swapUsed` stay 0.
+MemoryCounters macMemory(const MacPageCounts& pages, std::uint64_t pageSize);
+
+/// Of the sysctl "kern.memorystatus_vm_pressure_level"; unknown levels are normal.
+PressureLevel macPressure(std::optional<int> level);
+
+/// Ticks of the Mach clock in nanoseconds, by the clock's timebase; no overflow for results that fit.
+std::uint64_t machNanoseconds(std::uint64_t ticks, std::uint32_t numer, std::uint32_t denom);
+
+// The properties that each function reads; only these need converting.
+inline constexpr std::string_view macDiskProperties[] = {"Statistics"};
+inline constexpr std::string_view macGPUProperties[] = {"PerformanceStatistics"};
+inline constexpr std::string_view macBatteryProperties[] = {
+    "AppleRawMaxCapacity", "BatteryData",       "BatteryInstalled", "CycleCount",
+    "DesignCapacity",      "ExternalConnected", "IsCharging",       "InstantAmperage",
+    "PowerTelemetryData",  "Temperature",       "TimeRemaining",    "Voltage"};
+
+/// Of one "IOBlockStorageDriver"; nothing without both counters.
+std::optional<ByteCounters> macDiskCounters(const Value& properties);
+/// Of one "IOAccelerator", nameless; nothing without performance statistics.
+std::optional<GPUCounters> macGPUCounters(const Value& properties);
+/// Of an "AppleSmartBattery". `percent` comes from the power sources.
+BatteryReading macBattery(const Value& properties, std::optional<int> percent);
+
+} // namespace korvell
