@@ -29,27 +29,36 @@ enum class TickWidth {
 };
 
 struct CPUCounters {
-  /// Keyed by the kernel's number of the core, so that a core that goes offline leaves a gap.
+  std::optional<double> load1; ///< load average over one minute
+  /// Keyed by the kernel's number of the core, so that a core that goes offline leaves a gap. Empty when the
+  /// counters could not be read.
   std::map<int, CoreTicks> cores;
   TickWidth width = TickWidth::monotonic;
   bool operator==(const CPUCounters&) const = default;
 };
 
+enum class PressureLevel { normal, warning, critical };
+
 /// Bytes. On Linux: app = AnonPages + Shmem; cached = Cached − Shmem + Buffers + SReclaimable; compressed =
-/// Zswap and what zram devices use; free = MemFree; wired = the rest. On macOS: page counts × page size.
-struct MemoryCounters {
-  std::uint64_t total = 0;
+/// Zswap and what zram devices use; wired = the rest but MemFree, so that the parts add up to the total. On
+/// macOS: page counts × page size.
+struct MemoryUse {
   std::uint64_t app = 0;
   std::uint64_t wired = 0;
   std::uint64_t compressed = 0;
   std::uint64_t cached = 0;
   std::uint64_t swapUsed = 0;
+  PressureLevel pressure = PressureLevel::normal; ///< as the system judges it; normal when it does not say
+  bool operator==(const MemoryUse&) const = default;
+};
+
+struct MemoryCounters {
+  std::uint64_t total = 0;      ///< physical memory in bytes; 0 when unknown
+  std::optional<MemoryUse> use; ///< absent when the statistics could not be read
   bool operator==(const MemoryCounters&) const = default;
 };
 
-enum class PressureLevel { normal, warning, critical };
-
-/// Bytes since the device appeared, keyed by an identity that is never reused for another device.
+/// Bytes since the device appeared.
 struct ByteCounters {
   std::uint64_t in = 0;  ///< read from a disk, received from a network
   std::uint64_t out = 0; ///< written, sent
@@ -71,8 +80,8 @@ struct InterfaceCounters {
   bool operator==(const InterfaceCounters&) const = default;
 };
 
+/// One graphics processor.
 struct GPUCounters {
-  std::string name;              ///< empty when the driver tells none
   double utilization = 0;        ///< percent
   std::uint64_t memoryInUse = 0; ///< bytes
   bool operator==(const GPUCounters&) const = default;
@@ -92,32 +101,48 @@ struct BatteryReading {
   bool operator==(const BatteryReading&) const = default;
 };
 
+/// Energy that one processor package has used, a counter that starts again at 0 after `wrapsAt`.
+struct EnergyCounter {
+  std::uint64_t microjoules = 0;
+  std::uint64_t wrapsAt = 0; ///< microjoules; 0 when unknown
+  bool operator==(const EnergyCounter&) const = default;
+};
+
+struct PowerReading {
+  std::optional<BatteryReading> battery; ///< absent on a machine without a battery
+  /// What the machine may draw from its adapter (its rating), asked only without a battery.
+  std::optional<double> adapterWatts;
+  /// Keyed by package; empty where the counters do not exist or only the system may read them.
+  std::map<int, EnergyCounter> packages;
+  bool operator==(const PowerReading&) const = default;
+};
+
+/// What does not change while the machine runs.
+struct MachineFacts {
+  std::string chipName;     ///< the processor's name; empty when unknown
+  std::string graphicsName; ///< the chip's where it draws too, else the cards'; empty when unknown
+  int performanceCores = 0; ///< 0 when all cores are alike or unknown
+  int efficiencyCores = 0;
+  int logicalProcessors = 1; ///< at least 1
+  bool operator==(const MachineFacts&) const = default;
+};
+
 class MachineCounters {
 public:
   virtual ~MachineCounters() = default;
 
-  virtual std::optional<double> loadAverage() = 0; ///< over one minute
-  virtual std::optional<CPUCounters> cpu() = 0;
-  virtual std::optional<MemoryCounters> memory() = 0;
-  virtual PressureLevel pressure() = 0;
-  /// Whole disks only, each byte once.
+  virtual MachineFacts facts() = 0;
+  virtual CPUCounters cpu() = 0;
+  virtual MemoryCounters memory() = 0;
+  /// Whole disks only, each byte once, keyed by an identity that no other device takes over.
   virtual std::map<std::uint64_t, ByteCounters> disks() = 0;
   /// Volumes worth showing, the start-up volume first.
   virtual std::vector<Volume> volumes() = 0;
   /// Wired, wireless and cellular links, in the system's order.
   virtual std::vector<InterfaceCounters> interfaces() = 0;
-  /// One entry a graphics processor; empty when none can be read.
+  /// Empty when none can be read.
   virtual std::vector<GPUCounters> gpus() = 0;
-  /// Absent on a machine without a battery.
-  virtual std::optional<BatteryReading> battery() = 0;
-  /// The machine's draw without a battery: the adapter's rating on macOS, the processor package on Linux.
-  virtual std::optional<double> mainsWatts() = 0;
-
-  // Facts that do not change while the machine runs.
-  virtual std::string chipName() = 0; ///< empty when unknown
-  virtual int performanceCores() = 0; ///< 0 when all cores are alike or unknown
-  virtual int efficiencyCores() = 0;
-  virtual int logicalProcessors() = 0; ///< at least 1
+  virtual PowerReading power() = 0;
 };
 
 } // namespace korvell
