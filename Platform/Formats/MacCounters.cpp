@@ -4,8 +4,8 @@
 
 namespace korvell {
 
-MemoryCounters macMemory(const MacPageCounts& pages, std::uint64_t pageSize) {
-  MemoryCounters memory;
+MemoryUse macMemory(const MacPageCounts& pages, std::uint64_t pageSize) {
+  MemoryUse memory;
   memory.app = pages.internal > pages.purgeable ? (pages.internal - pages.purgeable) * pageSize : 0;
   memory.wired = pages.wired * pageSize;
   memory.compressed = pages.compressor * pageSize;

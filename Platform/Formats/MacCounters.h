@@ -21,8 +21,8 @@ struct MacPageCounts {
   std::uint64_t compressor = 0; ///< that the compressor occupies
 };
 
-/// Only the figures that the pages tell; `total` and `swapUsed` stay 0.
-MemoryCounters macMemory(const MacPageCounts& pages, std::uint64_t pageSize);
+/// Only the figures that the pages tell; `swapUsed` and `pressure` are left.
+MemoryUse macMemory(const MacPageCounts& pages, std::uint64_t pageSize);
 
 /// Of the sysctl "kern.memorystatus_vm_pressure_level"; unknown levels are normal.
 PressureLevel macPressure(std::optional<int> level);
