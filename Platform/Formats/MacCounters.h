@@ -40,7 +40,7 @@ inline constexpr std::string_view macBatteryProperties[] = {
 
 /// Of one "IOBlockStorageDriver"; nothing without both counters.
 std::optional<ByteCounters> macDiskCounters(const Value& properties);
-/// Of one "IOAccelerator", nameless; nothing without performance statistics.
+/// Of one "IOAccelerator"; nothing without performance statistics.
 std::optional<GPUCounters> macGPUCounters(const Value& properties);
 /// Of an "AppleSmartBattery". `percent` comes from the power sources.
 BatteryReading macBattery(const Value& properties, std::optional<int> percent);

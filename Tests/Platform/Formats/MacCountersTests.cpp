@@ -7,12 +7,11 @@ namespace {
 
 TEST(MacCountersTests, pagesBecomeBytes) {
   const MacPageCounts pages{.internal = 10, .external = 7, .purgeable = 4, .wired = 3, .compressor = 2};
-  EXPECT_EQ(macMemory(pages, 16384), (MemoryCounters{.total = 0,
-                                                     .app = 6 * 16384,
-                                                     .wired = 3 * 16384,
-                                                     .compressed = 2 * 16384,
-                                                     .cached = 11 * 16384,
-                                                     .swapUsed = 0}));
+  EXPECT_EQ(macMemory(pages, 16384), (MemoryUse{.app = 6 * 16384,
+                                                .wired = 3 * 16384,
+                                                .compressed = 2 * 16384,
+                                                .cached = 11 * 16384,
+                                                .swapUsed = 0}));
   EXPECT_EQ(macMemory({.internal = 4, .purgeable = 5}, 1).app, 0u) << "more purgeable than anonymous pages";
   EXPECT_EQ(macMemory({.wired = UINT32_MAX}, 16384).wired, std::uint64_t{UINT32_MAX} * 16384);
 }
@@ -51,7 +50,7 @@ TEST(MacCountersTests, processorsWithStatisticsCount) {
     return macGPUCounters(Value::object({{"PerformanceStatistics", std::move(statistics)}}));
   };
   EXPECT_EQ(gpu(Value::object({{"Device Utilization %", 37}, {"In use system memory", 1 << 20}})),
-            (GPUCounters{.name = {}, .utilization = 37, .memoryInUse = 1 << 20}));
+            (GPUCounters{.utilization = 37, .memoryInUse = 1 << 20}));
   EXPECT_EQ(gpu(Value::object({{"Tiler Utilization %", 3}})), GPUCounters{});
   EXPECT_EQ(gpu("none"), std::nullopt);
   EXPECT_EQ(macGPUCounters(Value::object()), std::nullopt);
