@@ -2,7 +2,7 @@
 // What the sensors reader and the reader of peripheral batteries found.
 
 #include "Base/Enum.h"
-#include "Base/Hash.h"
+#include "Base/Record.h"
 
 #include <optional>
 #include <string>
@@ -19,7 +19,11 @@ struct FanReading {
   double maxRPM = 0;
 
   bool operator==(const FanReading&) const = default;
-  auto fields() const { return std::tie(id, name, rpm, minRPM, maxRPM); }
+  static constexpr auto fields() {
+    return std::tuple{Field{"id", &FanReading::id}, Field{"name", &FanReading::name},
+                      Field{"rpm", &FanReading::rpm}, Field{"minRPM", &FanReading::minRPM},
+                      Field{"maxRPM", &FanReading::maxRPM}};
+  }
 };
 
 struct TemperatureReading {
@@ -27,7 +31,10 @@ struct TemperatureReading {
   double celsius = 0;
 
   bool operator==(const TemperatureReading&) const = default;
-  auto fields() const { return std::tie(name, celsius); }
+  static constexpr auto fields() {
+    return std::tuple{Field{"name", &TemperatureReading::name},
+                      Field{"celsius", &TemperatureReading::celsius}};
+  }
 };
 
 struct SensorsSnapshot {
@@ -38,7 +45,12 @@ struct SensorsSnapshot {
   std::vector<TemperatureReading> temperatures;
 
   bool operator==(const SensorsSnapshot&) const = default;
-  auto fields() const { return std::tie(cpuCelsius, gpuCelsius, socCelsius, fans, temperatures); }
+  static constexpr auto fields() {
+    return std::tuple{
+        Field{"cpuCelsius", &SensorsSnapshot::cpuCelsius}, Field{"gpuCelsius", &SensorsSnapshot::gpuCelsius},
+        Field{"socCelsius", &SensorsSnapshot::socCelsius}, Field{"fans", &SensorsSnapshot::fans},
+        Field{"temperatures", &SensorsSnapshot::temperatures}};
+  }
 };
 
 struct PeripheralBattery {
@@ -49,7 +61,10 @@ struct PeripheralBattery {
   Kind kind = Kind::other;
 
   bool operator==(const PeripheralBattery&) const = default;
-  auto fields() const { return std::tie(name, percent, kind); }
+  static constexpr auto fields() {
+    return std::tuple{Field{"name", &PeripheralBattery::name}, Field{"percent", &PeripheralBattery::percent},
+                      Field{"kind", &PeripheralBattery::kind}};
+  }
 };
 
 template <>

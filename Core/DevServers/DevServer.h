@@ -2,7 +2,7 @@
 // Development servers, grouped by the project folder that they were started from.
 
 #include "Base/Date.h"
-#include "Base/Hash.h"
+#include "Base/Record.h"
 
 #include <cstdint>
 #include <string>
@@ -25,8 +25,17 @@ struct DevServer {
   Date lastActive;
 
   bool operator==(const DevServer&) const = default;
-  auto fields() const {
-    return std::tie(pid, name, project, directory, runtime, ports, memory, cpu, startedAt, lastActive);
+  static constexpr auto fields() {
+    return std::tuple{Field{"pid", &DevServer::pid},
+                      Field{"name", &DevServer::name},
+                      Field{"project", &DevServer::project},
+                      Field{"directory", &DevServer::directory},
+                      Field{"runtime", &DevServer::runtime},
+                      Field{"ports", &DevServer::ports},
+                      Field{"memory", &DevServer::memory},
+                      Field{"cpu", &DevServer::cpu},
+                      Field{"startedAt", &DevServer::startedAt},
+                      Field{"lastActive", &DevServer::lastActive}};
   }
 };
 
@@ -35,7 +44,9 @@ struct DevProject {
   std::vector<DevServer> servers;
 
   bool operator==(const DevProject&) const = default;
-  auto fields() const { return std::tie(name, servers); }
+  static constexpr auto fields() {
+    return std::tuple{Field{"name", &DevProject::name}, Field{"servers", &DevProject::servers}};
+  }
 };
 
 } // namespace korvell

@@ -3,7 +3,7 @@
 
 #include "Base/Date.h"
 #include "Base/Enum.h"
-#include "Base/Hash.h"
+#include "Base/Record.h"
 
 #include <optional>
 #include <string>
@@ -23,7 +23,12 @@ struct HealthAlert {
   Date date;
 
   bool operator==(const HealthAlert&) const = default;
-  auto fields() const { return std::tie(id, kind, appName, bundlePath, title, detail, date); }
+  static constexpr auto fields() {
+    return std::tuple{Field{"id", &HealthAlert::id},           Field{"kind", &HealthAlert::kind},
+                      Field{"appName", &HealthAlert::appName}, Field{"bundlePath", &HealthAlert::bundlePath},
+                      Field{"title", &HealthAlert::title},     Field{"detail", &HealthAlert::detail},
+                      Field{"date", &HealthAlert::date}};
+  }
 };
 
 template <>

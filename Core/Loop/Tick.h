@@ -24,9 +24,12 @@ struct Tick {
   double cpuTenMinuteAverage = 0; ///< percent, as the history reports it
 
   bool operator==(const Tick&) const = default;
-  auto fields() const {
-    return std::tie(snapshot, sensors, peripherals, projects, alerts, startupItems, totals,
-                    cpuTenMinuteAverage);
+  static constexpr auto fields() {
+    return std::tuple{
+        Field{"snapshot", &Tick::snapshot},       Field{"sensors", &Tick::sensors},
+        Field{"peripherals", &Tick::peripherals}, Field{"projects", &Tick::projects},
+        Field{"alerts", &Tick::alerts},           Field{"startupItems", &Tick::startupItems},
+        Field{"totals", &Tick::totals},           Field{"cpuTenMinuteAverage", &Tick::cpuTenMinuteAverage}};
   }
 };
 

@@ -5,7 +5,7 @@
 
 #include "Base/Date.h"
 #include "Base/Enum.h"
-#include "Base/Hash.h"
+#include "Base/Record.h"
 
 #include <cstdint>
 #include <optional>
@@ -25,8 +25,14 @@ struct CPUStats {
   double load1 = 0; ///< load average over one minute
 
   bool operator==(const CPUStats&) const = default;
-  auto fields() const {
-    return std::tie(total, user, system, perCore, performanceCores, efficiencyCores, load1);
+  static constexpr auto fields() {
+    return std::tuple{Field{"total", &CPUStats::total},
+                      Field{"user", &CPUStats::user},
+                      Field{"system", &CPUStats::system},
+                      Field{"perCore", &CPUStats::perCore},
+                      Field{"performanceCores", &CPUStats::performanceCores},
+                      Field{"efficiencyCores", &CPUStats::efficiencyCores},
+                      Field{"load1", &CPUStats::load1}};
   }
 };
 
@@ -45,7 +51,13 @@ struct MemoryStats {
   std::uint64_t used() const { return app + wired + compressed; }
 
   bool operator==(const MemoryStats&) const = default;
-  auto fields() const { return std::tie(total, app, wired, compressed, cached, free, swapUsed, pressure); }
+  static constexpr auto fields() {
+    return std::tuple{
+        Field{"total", &MemoryStats::total},       Field{"app", &MemoryStats::app},
+        Field{"wired", &MemoryStats::wired},       Field{"compressed", &MemoryStats::compressed},
+        Field{"cached", &MemoryStats::cached},     Field{"free", &MemoryStats::free},
+        Field{"swapUsed", &MemoryStats::swapUsed}, Field{"pressure", &MemoryStats::pressure}};
+  }
 };
 
 template <>
@@ -64,7 +76,10 @@ struct VolumeInfo {
   const std::string& id() const { return url; }
 
   bool operator==(const VolumeInfo&) const = default;
-  auto fields() const { return std::tie(name, url, total, available); }
+  static constexpr auto fields() {
+    return std::tuple{Field{"name", &VolumeInfo::name}, Field{"url", &VolumeInfo::url},
+                      Field{"total", &VolumeInfo::total}, Field{"available", &VolumeInfo::available}};
+  }
 };
 
 struct DiskStats {
@@ -73,7 +88,10 @@ struct DiskStats {
   std::vector<VolumeInfo> volumes;
 
   bool operator==(const DiskStats&) const = default;
-  auto fields() const { return std::tie(readRate, writeRate, volumes); }
+  static constexpr auto fields() {
+    return std::tuple{Field{"readRate", &DiskStats::readRate}, Field{"writeRate", &DiskStats::writeRate},
+                      Field{"volumes", &DiskStats::volumes}};
+  }
 };
 
 struct NetworkStats {
@@ -84,7 +102,11 @@ struct NetworkStats {
   std::uint64_t totalOut = 0;
 
   bool operator==(const NetworkStats&) const = default;
-  auto fields() const { return std::tie(inRate, outRate, interface, totalIn, totalOut); }
+  static constexpr auto fields() {
+    return std::tuple{Field{"inRate", &NetworkStats::inRate}, Field{"outRate", &NetworkStats::outRate},
+                      Field{"interface", &NetworkStats::interface}, Field{"totalIn", &NetworkStats::totalIn},
+                      Field{"totalOut", &NetworkStats::totalOut}};
+  }
 };
 
 struct GPUStats {
@@ -93,7 +115,10 @@ struct GPUStats {
   std::uint64_t memoryInUse = 0;
 
   bool operator==(const GPUStats&) const = default;
-  auto fields() const { return std::tie(name, utilization, memoryInUse); }
+  static constexpr auto fields() {
+    return std::tuple{Field{"name", &GPUStats::name}, Field{"utilization", &GPUStats::utilization},
+                      Field{"memoryInUse", &GPUStats::memoryInUse}};
+  }
 };
 
 struct BatteryStats {
@@ -108,9 +133,16 @@ struct BatteryStats {
   double systemPower = 0;              ///< the whole machine's draw
 
   bool operator==(const BatteryStats&) const = default;
-  auto fields() const {
-    return std::tie(present, percent, isCharging, onAC, cycles, health, temperature, minutesRemaining,
-                    systemPower);
+  static constexpr auto fields() {
+    return std::tuple{Field{"present", &BatteryStats::present},
+                      Field{"percent", &BatteryStats::percent},
+                      Field{"isCharging", &BatteryStats::isCharging},
+                      Field{"onAC", &BatteryStats::onAC},
+                      Field{"cycles", &BatteryStats::cycles},
+                      Field{"health", &BatteryStats::health},
+                      Field{"temperature", &BatteryStats::temperature},
+                      Field{"minutesRemaining", &BatteryStats::minutesRemaining},
+                      Field{"systemPower", &BatteryStats::systemPower}};
   }
 };
 
@@ -128,8 +160,18 @@ struct ProcessUsage {
   std::vector<int> ports; ///< TCP ports that it listens on, ascending
 
   bool operator==(const ProcessUsage&) const = default;
-  auto fields() const {
-    return std::tie(pid, name, path, cpu, memory, diskRead, diskWrite, netIn, netOut, power, ports);
+  static constexpr auto fields() {
+    return std::tuple{Field{"pid", &ProcessUsage::pid},
+                      Field{"name", &ProcessUsage::name},
+                      Field{"path", &ProcessUsage::path},
+                      Field{"cpu", &ProcessUsage::cpu},
+                      Field{"memory", &ProcessUsage::memory},
+                      Field{"diskRead", &ProcessUsage::diskRead},
+                      Field{"diskWrite", &ProcessUsage::diskWrite},
+                      Field{"netIn", &ProcessUsage::netIn},
+                      Field{"netOut", &ProcessUsage::netOut},
+                      Field{"power", &ProcessUsage::power},
+                      Field{"ports", &ProcessUsage::ports}};
   }
 };
 
@@ -150,7 +192,11 @@ struct AppUsage {
   double power() const;
 
   bool operator==(const AppUsage&) const = default;
-  auto fields() const { return std::tie(id, name, bundlePath, mainPID, processes); }
+  static constexpr auto fields() {
+    return std::tuple{Field{"id", &AppUsage::id}, Field{"name", &AppUsage::name},
+                      Field{"bundlePath", &AppUsage::bundlePath}, Field{"mainPID", &AppUsage::mainPID},
+                      Field{"processes", &AppUsage::processes}};
+  }
 };
 
 struct SystemSnapshot {
@@ -171,7 +217,12 @@ struct SystemSnapshot {
   }
 
   bool operator==(const SystemSnapshot&) const = default;
-  auto fields() const { return std::tie(date, cpu, memory, disk, network, gpu, battery, apps); }
+  static constexpr auto fields() {
+    return std::tuple{Field{"date", &SystemSnapshot::date},       Field{"cpu", &SystemSnapshot::cpu},
+                      Field{"memory", &SystemSnapshot::memory},   Field{"disk", &SystemSnapshot::disk},
+                      Field{"network", &SystemSnapshot::network}, Field{"gpu", &SystemSnapshot::gpu},
+                      Field{"battery", &SystemSnapshot::battery}, Field{"apps", &SystemSnapshot::apps}};
+  }
 };
 
 /// The measures that have a live graph and a history, in the order of every list that shows them.
@@ -196,7 +247,9 @@ struct HistoryPoint {
   double value = 0;
 
   bool operator==(const HistoryPoint&) const = default;
-  auto fields() const { return std::tie(date, value); }
+  static constexpr auto fields() {
+    return std::tuple{Field{"date", &HistoryPoint::date}, Field{"value", &HistoryPoint::value}};
+  }
 };
 
 /// The "today", "7 days" and "30 days" figures.
@@ -208,8 +261,11 @@ struct Totals {
   double network30Days = 0;
 
   bool operator==(const Totals&) const = default;
-  auto fields() const {
-    return std::tie(cpuToday, diskWrittenToday, networkToday, network7Days, network30Days);
+  static constexpr auto fields() {
+    return std::tuple{
+        Field{"cpuToday", &Totals::cpuToday}, Field{"diskWrittenToday", &Totals::diskWrittenToday},
+        Field{"networkToday", &Totals::networkToday}, Field{"network7Days", &Totals::network7Days},
+        Field{"network30Days", &Totals::network30Days}};
   }
 };
 

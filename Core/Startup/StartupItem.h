@@ -2,7 +2,7 @@
 // A program that the system starts by itself: a launch agent or daemon, an autostart entry, a unit.
 
 #include "Base/Enum.h"
-#include "Base/Hash.h"
+#include "Base/Record.h"
 
 #include <optional>
 #include <string>
@@ -24,7 +24,13 @@ struct StartupItem {
   const std::string& id() const { return label; }
 
   bool operator==(const StartupItem&) const = default;
-  auto fields() const { return std::tie(label, plistPath, program, scope, runsAtLoad, keepAlive, isLoaded); }
+  static constexpr auto fields() {
+    return std::tuple{
+        Field{"label", &StartupItem::label},           Field{"plistPath", &StartupItem::plistPath},
+        Field{"program", &StartupItem::program},       Field{"scope", &StartupItem::scope},
+        Field{"runsAtLoad", &StartupItem::runsAtLoad}, Field{"keepAlive", &StartupItem::keepAlive},
+        Field{"isLoaded", &StartupItem::isLoaded}};
+  }
 };
 
 template <>
