@@ -1,32 +1,39 @@
 #pragma once
 // Serial queues and their timers: where every long-lived object lives, and the only way threads meet.
 //
-// A queue runs its tasks one after the other in the order in which they were added. Four kinds exist:
-// ThreadQueue (one thread of its own, Base/ThreadQueue.h), the system's dispatch queues on macOS,
-// HostedQueue (the main queue: whoever runs the loop asks for the work, Base/HostedQueue.h) and ManualQueue
-// (tests, Base/ManualQueue.h).
+// A queue runs its tasks one after the other in the order in which they were added; a timer's firing is a
+// task that is added when it is due. Four kinds exist: ThreadQueue (one thread of its own,
+// Base/ThreadQueue.h), the system's dispatch queues on macOS, HostedQueue (the main queue: whoever runs the
+// loop asks for the work, Base/HostedQueue.h) and ManualQueue (tests, Base/ManualQueue.h). Base/SystemQueue.h
+// makes the one that suits the system.
 //
 // Destroying a queue finishes the task that runs, drops the rest and joins; destroy queues that post before
-// the queues that are posted to. The main thread never calls sync().
+// the queues that are posted to. The main thread never calls sync(), and no queue may wait in sync() for
+// one that waits for it.
 
 #include "Base/Date.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 
 namespace korvell {
 
 using Task = std::function<void()>;
 
-/// A repeating or single timer on one queue. Its handler runs on that queue, never after cancel() or the
-/// destructor returned there. Firings that were missed are not made up for: one firing stands for all.
+/// A repeating or single timer on one queue, which it may outlive. Its handler runs on that queue. After
+/// cancel(), or the destructor, no firing begins; called from another thread they may return while one is
+/// under way. Firings that were missed are not made up for: one firing stands for all, and the next ones keep
+/// to the first one's beat.
 class Timer {
 public:
   virtual ~Timer() = default;
   /// First firing `first` from now, then every `interval` (zero: once). Replaces any earlier schedule.
   /// `leeway` is how late a firing may come so that the system can let wake-ups coincide.
   virtual void schedule(Seconds first, Seconds interval, Seconds leeway) = 0;
+  /// The timer rests until it is scheduled again.
   virtual void cancel() = 0;
 };
 
@@ -36,9 +43,9 @@ public:
   virtual const std::string& label() const = 0;
   /// Adds a task; returns at once. From any thread.
   virtual void async(Task task) = 0;
-  /// Runs a task and waits for its end; on this queue itself it runs inline.
+  /// Runs a task after those added before and waits for its end; on this queue itself it runs inline.
   virtual void sync(const Task& task) = 0;
-  /// A timer that is not yet scheduled. From any thread; it must be destroyed before its queue.
+  /// A timer that is not yet scheduled. From any thread.
   [[nodiscard]] virtual std::unique_ptr<Timer> timer(Task handler) = 0;
   /// True on the thread that is running one of this queue's tasks.
   virtual bool isCurrent() const = 0;

@@ -1,0 +1,11 @@
+#include "Base/SystemQueue.h"
+
+#include "Base/macOS/DispatchQueue.h"
+
+namespace korvell {
+
+QueueFactory systemQueueFactory() {
+  return [](std::string label) { return std::make_unique<DispatchQueue>(std::move(label)); };
+}
+
+} // namespace korvell

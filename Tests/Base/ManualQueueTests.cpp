@@ -1,0 +1,117 @@
+#include "Base/ManualQueue.h"
+
+#include <gmock/gmock.h>
+#include <stdexcept>
+
+using namespace korvell;
+using testing::ElementsAre;
+
+namespace {
+
+constexpr Seconds none{0};
+
+struct World {
+  ManualScheduler time;
+  std::unique_ptr<Queue> a = time.makeQueue("a"), b = time.makeQueue("b");
+  std::vector<std::string> log;
+  /// A task that writes down what happened and in which second.
+  Task note(const std::string& what) {
+    return
+        [this, what] { log.push_back(std::to_string(int(time.clock().monotonic().count())) + " " + what); };
+  }
+};
+
+} // namespace
+
+TEST(ManualQueue, advanceFiresWhatIsDueOnAllQueuesInTheOrderOfTime) {
+  World w;
+  auto two = w.a->timer(w.note("two"));
+  auto three = w.b->timer(w.note("three"));
+  two->schedule(none, Seconds{2}, Seconds{1});
+  three->schedule(Seconds{3}, none, none);
+  w.time.advance(Seconds{4});
+  EXPECT_THAT(w.log, ElementsAre("0 two", "2 two", "3 three", "4 two"));
+  EXPECT_EQ(w.time.clock().monotonic(), Seconds{4});
+}
+
+TEST(ManualQueue, fractionsOfASecondKeepTheBeat) {
+  ManualScheduler time;
+  auto queue = time.makeQueue("a");
+  int fired = 0;
+  auto timer = queue->timer([&] { ++fired; });
+  timer->schedule(Seconds{0.1}, Seconds{0.1}, none);
+  for (int i = 0; i < 10; ++i) time.advance(Seconds{1});
+  EXPECT_EQ(fired, 100);
+}
+
+TEST(ManualQueue, missedFiringsAreOneAndTheBeatStays) {
+  World w;
+  auto timer = w.a->timer(w.note("fired"));
+  timer->schedule(Seconds{2}, Seconds{2}, none);
+  w.time.clock().elapse(Seconds{7}); // the machine slept
+  w.time.run();
+  w.time.advance(Seconds{1});
+  EXPECT_THAT(w.log, ElementsAre("7 fired", "8 fired"));
+}
+
+TEST(ManualQueue, theWallClockIsSetWithoutTheTimersNoticing) {
+  World w;
+  auto timer = w.a->timer(w.note("fired"));
+  timer->schedule(Seconds{5}, none, none);
+  const Date before = w.time.clock().now();
+  w.time.advance(Seconds{1});
+  EXPECT_EQ(w.time.clock().now(), before + Seconds{1});
+  w.time.clock().setNow(before - Seconds{86400});
+  w.time.advance(Seconds{4});
+  EXPECT_EQ(w.time.clock().now(), before - Seconds{86396});
+  EXPECT_THAT(w.log, ElementsAre("5 fired"));
+}
+
+TEST(ManualQueue, tasksWaitForTheTestAndHandOverBetweenQueues) {
+  World w;
+  w.a->async([&] {
+    w.note("a")();
+    w.b->async(w.note("b, handed over"));
+    auto answer = syncResult(*w.b, [&] { return w.b->isCurrent() && !w.a->isCurrent(); });
+    EXPECT_TRUE(answer);
+    EXPECT_TRUE(w.a->isCurrent());
+    EXPECT_THAT(w.log, ElementsAre("0 a", "0 b, handed over")) << "sync comes after what was added before";
+  });
+  EXPECT_TRUE(w.log.empty());
+  w.time.run();
+  EXPECT_EQ(w.log.size(), 2u);
+}
+
+TEST(ManualQueue, queuesThatWouldWaitForEachOtherAreFoundOut) {
+  World w;
+  w.a->async([&] { w.b->sync([&] { EXPECT_THROW(w.a->sync([] {}), std::logic_error); }); });
+  w.time.run();
+}
+
+TEST(ManualQueue, aTaskMayDestroyItsQueueWhileItRuns) {
+  World w;
+  w.a->async([&] {
+    w.a->async(w.note("never"));
+    w.a.reset();
+    w.b->async(w.note("after"));
+  });
+  w.time.run();
+  EXPECT_THAT(w.log, ElementsAre("0 after"));
+}
+
+TEST(QueueCore, theDeadlineLeavesNoTimerLaterThanItsLeewayAllows) {
+  auto clock = std::make_shared<ManualClock>();
+  int changes = 0;
+  auto core = std::make_shared<QueueCore>(clock, [&] { ++changes; });
+  EXPECT_FALSE(core->deadline());
+  auto patient = core->makeTimer([] {}), strict = core->makeTimer([] {});
+  patient->schedule(Seconds{10}, none, Seconds{2});
+  EXPECT_EQ(changes, 1);
+  EXPECT_EQ(core->deadline()->leeway, Seconds{2});
+  strict->schedule(Seconds{11}, none, Seconds{0.5});
+  EXPECT_EQ(core->deadline()->due, Seconds{10});
+  EXPECT_EQ(core->deadline()->leeway, Seconds{1.5});
+  clock->elapse(Seconds{10});
+  EXPECT_EQ(core->waiting(), 1u);
+  EXPECT_EQ(core->deadline()->due, Seconds{10}) << "a firing that was taken up and not yet run is due now";
+}
