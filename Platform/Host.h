@@ -5,6 +5,7 @@
 #include "Base/Localization.h"
 #include "Base/UserFolders.h"
 #include "Platform/MachineCounters.h"
+#include "Platform/ProcessTable.h"
 #include "Platform/UserDefaults.h"
 
 #include <memory>
@@ -17,6 +18,9 @@ struct Host {
   std::span<const LocalizedText> words; ///< the system's own words for localized()
   std::unique_ptr<UserDefaults> defaults;
   std::unique_ptr<MachineCounters> machine;
+  std::unique_ptr<ProcessTable> processes;
+  std::unique_ptr<ProcessControl> processControl;
+  std::unique_ptr<RunningApplications> applications;
 };
 
 Host makeHost(const Environment& environment);

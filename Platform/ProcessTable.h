@@ -52,16 +52,16 @@ struct ProcessCounters {
 
 /// What does not change while a process keeps its identity. Fields that a system lacks are empty.
 struct ProcessFacts {
-  std::string path;           ///< of the executable; empty when hidden
-  std::string name;           ///< display name, never empty: "pid 42" at worst
-  ProcessID responsible = 0;  ///< macOS: the responsible process; 0 when unknown
-  std::uint32_t user = 0;     ///< effective user id (Linux)
-  bool kernelThread = false;  ///< Linux
-  std::string controlGroup;   ///< Linux: path in the unified hierarchy, "/user.slice/…/app-x-1.scope"
-  std::string desktopFile;    ///< Linux: the desktop entry that a launcher started it from
-  ProcessID launchedPID = 0;  ///< Linux: the process that was launched from it
-  std::string appImage;       ///< Linux: the AppImage file that it runs from
-  bool settled = true;        ///< false while so young that a launcher may still move it to another group
+  std::string path;          ///< of the executable; empty when hidden
+  std::string name;          ///< display name, never empty: "pid 42" at worst
+  ProcessID responsible = 0; ///< macOS: the responsible process; 0 when unknown
+  std::uint32_t user = 0;    ///< effective user id (Linux)
+  bool kernelThread = false; ///< Linux
+  std::string controlGroup;  ///< Linux: path in the unified hierarchy, "/user.slice/…/app-x-1.scope"
+  std::string desktopFile;   ///< Linux: the desktop entry that a launcher started it from
+  ProcessID launchedPID = 0; ///< Linux: the process that was launched from it
+  std::string appImage;      ///< Linux: the AppImage file that it runs from
+  bool settled = true;       ///< false while so young that a launcher may still move it to another group
   bool operator==(const ProcessFacts&) const = default;
 };
 

@@ -101,7 +101,7 @@ RusageSample::Map ProcessSampler::askHelper(const std::vector<ProcessCounters>& 
 }
 
 const ProcessSampler::Identity& ProcessSampler::identify(const ProcessCounters& process,
-                                                           std::uint8_t unknown) {
+                                                         std::uint8_t unknown) {
   auto& known = identities_[process.pid];
   auto& identity = known.identity;
   const bool sameStart = identity.start == process.start || (unknown & hiddenStart);
@@ -120,10 +120,8 @@ const ProcessSampler::Identity& ProcessSampler::identify(const ProcessCounters& 
 
 ProcessUsage ProcessSampler::usage(const ProcessCounters& process, const Identity& identity,
                                    std::uint8_t unknown, Seconds elapsed) {
-  ProcessUsage usage{.pid = process.pid,
-                     .name = identity.name(),
-                     .path = identity.path(),
-                     .memory = process.footprint};
+  ProcessUsage usage{
+      .pid = process.pid, .name = identity.name(), .path = identity.path(), .memory = process.footprint};
   setCounterRates(usage, process, unknown, elapsed);
   setNetworkRates(usage, process, elapsed);
   return usage;
@@ -144,8 +142,7 @@ void ProcessSampler::setCounterRates(ProcessUsage& usage, const ProcessCounters&
     const auto missing = before.unknown | unknown;
     const double seconds = elapsed.count();
     if (!(missing & hiddenCPU))
-      usage.cpu =
-          std::min(maximumCPU_, advance(now.cpuNanos, before.cpuNanos) / (seconds * 1e9) * 100);
+      usage.cpu = std::min(maximumCPU_, advance(now.cpuNanos, before.cpuNanos) / (seconds * 1e9) * 100);
     if (!(missing & hiddenDisk)) {
       usage.diskRead = advance(now.read, before.read) / seconds;
       usage.diskWrite = advance(now.written, before.written) / seconds;
@@ -188,11 +185,12 @@ std::vector<AppUsage> ProcessSampler::grouped(const std::vector<ProcessCounters>
   std::vector<GroupMember> members;
   for (const auto& [owner, indices] : groups) {
     members.clear();
-    auto& app = apps.emplace_back(
-        AppUsage{.id = owner->key, .name = owner->name, .bundlePath = owner->bundlePath});
+    auto& app =
+        apps.emplace_back(AppUsage{.id = owner->key, .name = owner->name, .bundlePath = owner->bundlePath});
     app.processes.reserve(indices.size());
     for (const auto i : indices) {
-      members.push_back({processes[i].pid, processes[i].parent, identities_.at(processes[i].pid).identity.start});
+      members.push_back(
+          {processes[i].pid, processes[i].parent, identities_.at(processes[i].pid).identity.start});
       app.processes.push_back(std::move(usages[i]));
     }
     app.mainPID = mainPID(*owner, members);

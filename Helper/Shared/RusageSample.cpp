@@ -14,8 +14,13 @@ std::vector<std::uint8_t> RusageSample::encode(const Map& samples) {
   std::vector<std::uint8_t> data(samples.size() * recordSize);
   auto* to = data.data();
   for (const auto& [pid, s] : samples) {
-    const Words words{static_cast<std::uint32_t>(pid), s.footprint, s.cpuTime, s.diskRead, s.diskWritten,
-                      s.energy, s.start};
+    const Words words{static_cast<std::uint32_t>(pid),
+                      s.footprint,
+                      s.cpuTime,
+                      s.diskRead,
+                      s.diskWritten,
+                      s.energy,
+                      s.start};
     std::memcpy(to, words.data(), recordSize);
     to += recordSize;
   }
@@ -28,8 +33,12 @@ RusageSample::Map RusageSample::decode(std::span<const std::uint8_t> data) {
   for (; data.size() >= recordSize; data = data.subspan(recordSize)) {
     Words w;
     std::memcpy(w.data(), data.data(), recordSize);
-    samples[static_cast<ProcessID>(static_cast<std::uint32_t>(w[0]))] = {
-        .footprint = w[1], .cpuTime = w[2], .diskRead = w[3], .diskWritten = w[4], .energy = w[5], .start = w[6]};
+    samples[static_cast<ProcessID>(static_cast<std::uint32_t>(w[0]))] = {.footprint = w[1],
+                                                                         .cpuTime = w[2],
+                                                                         .diskRead = w[3],
+                                                                         .diskWritten = w[4],
+                                                                         .energy = w[5],
+                                                                         .start = w[6]};
   }
   return samples;
 }

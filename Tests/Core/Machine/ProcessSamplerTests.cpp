@@ -1,0 +1,229 @@
+#include "Core/Machine/ProcessSampler.h"
+
+#include "Tests/Fakes/FakeClock.h"
+#include "Tests/Fakes/FakeProcessTable.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace korvell {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+/// Groups by the part of the executable's name before a dash; remembers what it asked.
+class PrefixOwners final : public OwnerRules {
+public:
+  OwnerDecision owner(ProcessID pid, const ProcessFacts& facts, ProcessLookup& lookup) override {
+    auto name = facts.name.substr(0, facts.name.find('-'));
+    if (facts.name == "child") // owned like its parent
+      if (const auto* parent = lookup.facts(lookup.parent(pid))) name = parent->name;
+    return {std::make_shared<Owner>(Owner{"key:" + name, name, "/apps/" + name}), "prefix"};
+  }
+  SystemGroup systemGroup() const override { return linuxSystemGroup; }
+};
+
+struct ProcessSamplerTests : testing::Test {
+  FakeProcessTable table;
+  FakeRunningApplications applications;
+  PrefixOwners owners;
+  FakeClock clock;
+  RusageSample::Map helper;
+  std::vector<ProcessID> helperAsked;
+  ProcessSampler sampler{{table, applications, owners, clock}, 4, [this](const std::vector<ProcessID>& pids) {
+                           helperAsked = pids;
+                           return helper;
+                         }};
+
+  std::vector<AppUsage> cycle(double seconds = 2) {
+    clock.advance(Seconds{seconds});
+    return sampler.sample({});
+  }
+  static ProcessUsage process(const std::vector<AppUsage>& apps, ProcessID pid) {
+    for (const auto& app : apps)
+      for (const auto& process : app.processes)
+        if (process.pid == pid) return process;
+    ADD_FAILURE() << "no process " << pid;
+    return {};
+  }
+};
+
+TEST_F(ProcessSamplerTests, countersOfTwoCyclesBecomeRates) {
+  struct Row {
+    const char* what;
+    ProcessCounters before, after;
+    ProcessUsage expected;
+  };
+  const auto counters = [](std::uint64_t cpu, std::uint64_t read, std::uint64_t written, std::uint64_t energy,
+                           std::optional<ByteCounters> network) {
+    return ProcessCounters{.pid = 7,
+                           .start = 5,
+                           .cpuTime = cpu,
+                           .footprint = 99,
+                           .diskRead = read,
+                           .diskWritten = written,
+                           .energy = energy,
+                           .network = network};
+  };
+  constexpr std::uint64_t s = 1'000'000'000;
+  const Row rows[] = {
+      {"everything advances",
+       counters(s, 10, 20, s, {{5, 6}}),
+       counters(2 * s, 210, 420, 5 * s, {{105, 206}}),
+       {.cpu = 50, .diskRead = 100, .diskWrite = 200, .netIn = 50, .netOut = 100, .power = 2}},
+      {"everything goes backwards", counters(s, 10, 20, s, {{5, 6}}), counters(0, 0, 0, 0, {{0, 0}}), {}},
+      {"more than all processors", counters(0, 0, 0, 0, {}), counters(100 * s, 0, 0, 0, {}), {.cpu = 400}},
+      {"500 watts are believed", counters(0, 0, 0, 0, {}), counters(0, 0, 0, 1000 * s, {}), {.power = 500}},
+      {"more is a jump", counters(0, 0, 0, 0, {}), counters(0, 0, 0, 1000 * s + 10, {}), {.power = 0}},
+      {"traffic that was not read before", counters(0, 0, 0, 0, {}), counters(0, 0, 0, 0, {{500, 500}}), {}},
+      {"traffic that is not read now", counters(0, 0, 0, 0, {{1, 1}}), counters(0, 0, 0, 0, {}), {}},
+  };
+  for (const auto& row : rows) {
+    ProcessSampler fresh{{table, applications, owners, clock}, 4};
+    table.processes.clear();
+    table.add(7, "app").counters = row.before;
+    const auto first = process(fresh.sample({}), 7);
+    EXPECT_EQ(first.cpu + first.diskRead + first.netIn + first.power, 0) << row.what;
+    EXPECT_EQ(first.memory, 99u) << row.what;
+    table.processes[7].counters = row.after;
+    clock.advance(Seconds{2});
+    auto expected = row.expected;
+    expected.pid = 7, expected.name = "app", expected.path = "/opt/app", expected.memory = 99;
+    EXPECT_EQ(process(fresh.sample({}), 7), expected) << row.what;
+  }
+}
+
+TEST_F(ProcessSamplerTests, theTimebaseTurnsUnitsIntoNanoseconds) {
+  table.base = {125, 3};
+  ProcessSampler fresh{{table, applications, owners, clock}, 4};
+  auto& counters = table.add(7, "app").counters;
+  fresh.sample({});
+  counters.cpuTime += 24'000'000; // one second at 24 MHz
+  clock.advance(Seconds{4});
+  EXPECT_NEAR(process(fresh.sample({}), 7).cpu, 25, 1e-9);
+}
+
+TEST_F(ProcessSamplerTests, aCycleWithoutElapsedTimeShowsNoRates) {
+  auto& counters = table.add(7, "app").counters;
+  cycle();
+  counters.cpuTime = 1'000'000'000;
+  EXPECT_EQ(process(cycle(0), 7).cpu, 0);
+}
+
+TEST_F(ProcessSamplerTests, aReusedProcessIDIsAnotherProcess) {
+  table.add(7, "app").counters.cpuTime = 1000;
+  cycle();
+  auto& reused = table.add(7, "other");
+  reused.counters.start = 71;
+  reused.counters.cpuTime = 5'000'000'000;
+  reused.counters.network = {{1000, 1000}};
+  const auto apps = cycle();
+  EXPECT_EQ(apps.at(0).id, "key:other");
+  EXPECT_EQ(process(apps, 7).cpu, 0) << "the stranger's life is no advance";
+  EXPECT_EQ(sampler.identity(7)->path(), "/opt/other");
+}
+
+TEST_F(ProcessSamplerTests, factsAreAskedOnceForAnIdentity) {
+  table.add(7, "app");
+  table.add(8, "young").facts.settled = false;
+  cycle();
+  EXPECT_THAT(table.asked, ElementsAre(7, 8));
+  cycle();
+  EXPECT_THAT(table.asked, ElementsAre(7, 8, 8)) << "once more for the unsettled one";
+  cycle();
+  EXPECT_EQ(table.asked.size(), 3u);
+  table.processes[7].counters.comm = "exec'd"; // same process, another program
+  table.processes[7].facts.path = "/opt/exec'd";
+  EXPECT_EQ(process(cycle(), 7).path, "/opt/exec'd");
+}
+
+TEST_F(ProcessSamplerTests, whatIsGoneIsForgotten) {
+  table.add(7, "app", 1);
+  table.add(9, "app-helper", 7);
+  cycle();
+  EXPECT_THAT(sampler.parents(), UnorderedElementsAre(std::pair{7, 1}, std::pair{9, 7}));
+  table.processes.erase(9);
+  EXPECT_EQ(cycle().at(0).processes.size(), 1u);
+  EXPECT_THAT(sampler.parents(), ElementsAre(std::pair{7, 1}));
+  EXPECT_EQ(sampler.identity(9), nullptr);
+  table.add(9, "app-helper", 7).counters.cpuTime = 1'000'000'000;
+  EXPECT_EQ(process(cycle(), 9).cpu, 0);
+}
+
+TEST_F(ProcessSamplerTests, onlyWhatWasHiddenComesFromTheHelper) {
+  const RusageSample answer{
+      .footprint = 11, .cpuTime = 22, .diskRead = 33, .diskWritten = 44, .energy = 55, .start = 70};
+  const ProcessCounters own{.pid = 7, .start = 70, .cpuTime = 1, .footprint = 2, .diskRead = 3, .energy = 4};
+  struct Row {
+    const char* what;
+    std::uint8_t hidden;
+    std::uint64_t start; ///< of the answer
+    std::uint8_t unknown;
+    std::uint64_t cpu, memory, read, energy;
+  };
+  const Row rows[] = {
+      {"disk only", hiddenDisk, 70, 0, 1, 2, 33, 4},
+      {"all but the start", 15, 70, 0, 22, 11, 33, 55},
+      {"nothing", 0, 70, 0, 1, 2, 3, 4},
+      {"an answer about another process", 15, 71, 15, 1, 2, 3, 4},
+      {"the start itself was hidden", 31, 71, 0, 22, 11, 33, 55},
+  };
+  for (const auto& row : rows) {
+    auto merged = own;
+    merged.hidden = row.hidden;
+    auto sample = answer;
+    sample.start = row.start;
+    EXPECT_EQ(mergeHidden(merged, &sample), row.unknown) << row.what;
+    EXPECT_THAT((std::vector{merged.cpuTime, merged.footprint, merged.diskRead, merged.energy}),
+                ElementsAre(row.cpu, row.memory, row.read, row.energy))
+        << row.what;
+  }
+}
+
+TEST_F(ProcessSamplerTests, anAnswerAfterASilenceIsNoAdvance) {
+  auto& counters = table.add(7, "app").counters;
+  counters.hidden = 31, counters.start = 0;
+  table.add(8, "open");
+  cycle();
+  EXPECT_THAT(helperAsked, ElementsAre(7));
+  helper = {{7, {.footprint = 5, .cpuTime = 3'000'000'000, .diskRead = 4000, .start = 70}}};
+  auto usage = process(cycle(), 7);
+  EXPECT_EQ(usage.cpu + usage.diskRead, 0);
+  EXPECT_EQ(usage.memory, 5u);
+  helper[7].cpuTime += 1'000'000'000;
+  EXPECT_EQ(process(cycle(), 7).cpu, 50);
+  const auto asked = table.asked.size();
+  helper.clear(); // a slow helper: no rates, no false identity
+  usage = process(cycle(), 7);
+  EXPECT_EQ(usage.cpu, 0);
+  EXPECT_EQ(table.asked.size(), asked);
+  EXPECT_EQ(sampler.identity(7)->start, 70u);
+}
+
+TEST_F(ProcessSamplerTests, processesOfOneOwnerAreOneApplication) {
+  table.add(5, "app-main").counters.footprint = 1;
+  table.add(6, "other").counters.footprint = 10;
+  table.add(9, "app-helper").counters.footprint = 100;
+  table.add(10, "child", 12); // identified before its parent
+  table.add(12, "other-late");
+  applications.applications = {{9, "/apps/app"}, {77, "/apps/unrelated"}};
+  const auto apps = sampler.sample({{9, {80, 8080}}});
+  ASSERT_EQ(apps.size(), 3u);
+  EXPECT_EQ(apps[0].id, "key:app");
+  EXPECT_EQ(apps[0].memory(), 101u);
+  EXPECT_EQ(apps[0].mainPID, 9);
+  EXPECT_THAT(process(apps, 9).ports, ElementsAre(80, 8080));
+  EXPECT_THAT(process(apps, 5).ports, IsEmpty());
+  EXPECT_EQ(apps[1].mainPID, std::nullopt) << "not among the running applications";
+  EXPECT_EQ(apps[2].id, "key:other-late");
+}
+
+TEST_F(ProcessSamplerTests, aProcessWithoutFactsKeepsANumberForAName) {
+  table.add(7, "app").facts = {};
+  EXPECT_EQ(process(cycle(), 7).name, "pid 7");
+}
+
+} // namespace
+} // namespace korvell
