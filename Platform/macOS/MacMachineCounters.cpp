@@ -1,0 +1,178 @@
+#include "Platform/macOS/MacMachineCounters.h"
+
+#include "Base/macOS/CoreFoundation.h"
+#include "Platform/Formats/InterfaceList.h"
+#include "Platform/Formats/MacCounters.h"
+#include "Platform/macOS/IORegistry.h"
+#include "Platform/macOS/MountedVolumes.h"
+#include "Platform/macOS/Sysctl.h"
+
+#include <IOKit/ps/IOPSKeys.h>
+#include <IOKit/ps/IOPowerSources.h>
+#include <SystemConfiguration/SystemConfiguration.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <mach/mach_host.h>
+#include <mach/processor_info.h>
+#include <net/if.h>
+#include <net/route.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace korvell {
+
+namespace {
+
+std::map<std::string, std::string> interfaceDisplayNames() {
+  std::map<std::string, std::string> names;
+  const CFOwned<CFArrayRef> all(SCNetworkInterfaceCopyAll());
+  if (!all) return names;
+  for (CFIndex i = 0; i < CFArrayGetCount(all.get()); ++i) {
+    const auto interface = static_cast<SCNetworkInterfaceRef>(CFArrayGetValueAtIndex(all.get(), i));
+    const CFStringRef name = SCNetworkInterfaceGetBSDName(interface);
+    const CFStringRef display = SCNetworkInterfaceGetLocalizedDisplayName(interface);
+    if (name && display) names[cfText(name)] = cfText(display);
+  }
+  return names;
+}
+
+/// The buffer of host_processor_info, given back to the kernel at the end.
+struct ProcessorInfo {
+  processor_info_array_t info = nullptr;
+  mach_msg_type_number_t count = 0; ///< integers, not bytes
+  ~ProcessorInfo() {
+    if (info)
+      vm_deallocate(mach_task_self(), reinterpret_cast<vm_address_t>(info), count * sizeof(integer_t));
+  }
+};
+
+std::optional<MacPageCounts> pageCounts(mach_port_t host) {
+  vm_statistics64_data_t statistics{};
+  mach_msg_type_number_t count = HOST_VM_INFO64_COUNT;
+  if (host_statistics64(host, HOST_VM_INFO64, reinterpret_cast<host_info64_t>(&statistics), &count) !=
+      KERN_SUCCESS)
+    return std::nullopt;
+  return MacPageCounts{.internal = statistics.internal_page_count,
+                       .external = statistics.external_page_count,
+                       .purgeable = statistics.purgeable_count,
+                       .wired = statistics.wire_count,
+                       .compressor = statistics.compressor_page_count};
+}
+
+/// Of the first power source: the battery.
+std::optional<int> chargePercent() {
+  const CFOwned<CFTypeRef> info(IOPSCopyPowerSourcesInfo());
+  if (!info) return std::nullopt;
+  const CFOwned<CFArrayRef> sources(IOPSCopyPowerSourcesList(info.get()));
+  if (!sources || CFArrayGetCount(sources.get()) == 0) return std::nullopt;
+  const CFDictionaryRef source =
+      IOPSGetPowerSourceDescription(info.get(), CFArrayGetValueAtIndex(sources.get(), 0));
+  if (!source) return std::nullopt;
+  const auto percent = cfValue(CFDictionaryGetValue(source, CFSTR(kIOPSCurrentCapacityKey))).asInt();
+  if (!percent) return std::nullopt;
+  return int(*percent);
+}
+
+} // namespace
+
+MacMachineCounters::MacMachineCounters()
+    : host_(mach_host_self()), chip_(sysctlText("machdep.cpu.brand_string")),
+      performanceCores_(sysctlValue<std::int32_t>("hw.perflevel0.logicalcpu").value_or(0)),
+      efficiencyCores_(sysctlValue<std::int32_t>("hw.perflevel1.logicalcpu").value_or(0)),
+      logicalProcessors_(std::max(1, int(sysconf(_SC_NPROCESSORS_ONLN)))),
+      displayNames_(interfaceDisplayNames()) {}
+
+MacMachineCounters::~MacMachineCounters() { mach_port_deallocate(mach_task_self(), host_); }
+
+std::optional<double> MacMachineCounters::loadAverage() {
+  double averages[3];
+  if (getloadavg(averages, 3) < 1) return std::nullopt;
+  return averages[0];
+}
+
+std::optional<CPUCounters> MacMachineCounters::cpu() {
+  ProcessorInfo processors;
+  natural_t cores = 0;
+  if (host_processor_info(host_, PROCESSOR_CPU_LOAD_INFO, &cores, &processors.info, &processors.count) !=
+      KERN_SUCCESS)
+    return std::nullopt;
+  CPUCounters counters{.cores = {}, .width = TickWidth::wraps32};
+  for (natural_t core = 0; core < cores && (core + 1) * CPU_STATE_MAX <= processors.count; ++core) {
+    // The array's integers are signed, the ticks are not.
+    const auto ticks = [&](int state) {
+      return std::uint32_t(processors.info[core * CPU_STATE_MAX + state]);
+    };
+    counters.cores[int(core)] = {.user = ticks(CPU_STATE_USER),
+                                 .system = ticks(CPU_STATE_SYSTEM),
+                                 .idle = ticks(CPU_STATE_IDLE),
+                                 .nice = ticks(CPU_STATE_NICE)};
+  }
+  return counters;
+}
+
+std::optional<MemoryCounters> MacMachineCounters::memory() {
+  const auto total = sysctlValue<std::uint64_t>("hw.memsize");
+  const auto pages = pageCounts(host_);
+  if (!total && !pages) return std::nullopt;
+  auto memory = pages ? macMemory(*pages, vm_kernel_page_size) : MemoryCounters{};
+  memory.total = total.value_or(0);
+  if (const auto swap = pages ? sysctlValue<xsw_usage>("vm.swapusage") : std::nullopt)
+    memory.swapUsed = swap->xsu_used;
+  return memory;
+}
+
+PressureLevel MacMachineCounters::pressure() {
+  return macPressure(sysctlValue<std::int32_t>("kern.memorystatus_vm_pressure_level"));
+}
+
+std::map<std::uint64_t, ByteCounters> MacMachineCounters::disks() {
+  std::map<std::uint64_t, ByteCounters> disks;
+  for (const auto& entry : registryEntries("IOBlockStorageDriver")) {
+    std::uint64_t id = 0;
+    if (IORegistryEntryGetRegistryEntryID(entry.get(), &id) != KERN_SUCCESS) continue;
+    if (const auto bytes = macDiskCounters(registryProperties(entry, macDiskProperties))) disks[id] = *bytes;
+  }
+  return disks;
+}
+
+std::vector<Volume> MacMachineCounters::volumes() { return mountedVolumes(); }
+
+std::vector<InterfaceCounters> MacMachineCounters::interfaces() {
+  const auto buffer = sysctlBytes({CTL_NET, PF_ROUTE, 0, 0, NET_RT_IFLIST2, 0});
+  auto interfaces = parseInterfaceList(buffer, [](unsigned index) -> std::optional<std::string> {
+    char name[IF_NAMESIZE];
+    if (!if_indextoname(index, name)) return std::nullopt;
+    return std::string(name);
+  });
+  std::erase_if(interfaces, [](const InterfaceCounters& i) { return !isMacLink(i.name); });
+  for (auto& interface : interfaces)
+    if (const auto known = displayNames_.find(interface.name); known != displayNames_.end())
+      interface.displayName = known->second;
+  return interfaces;
+}
+
+std::vector<GPUCounters> MacMachineCounters::gpus() {
+  std::vector<GPUCounters> gpus;
+  for (const auto& entry : registryEntries("IOAccelerator"))
+    if (auto gpu = macGPUCounters(registryProperties(entry, macGPUProperties))) {
+      gpu->name = chip_;
+      gpus.push_back(std::move(*gpu));
+    }
+  return gpus;
+}
+
+std::optional<BatteryReading> MacMachineCounters::battery() {
+  for (const auto& entry : registryEntries("AppleSmartBattery"))
+    if (const auto properties = registryProperties(entry, macBatteryProperties); !properties.isNull())
+      return macBattery(properties, chargePercent());
+  return std::nullopt;
+}
+
+std::optional<double> MacMachineCounters::mainsWatts() {
+  const CFOwned<CFDictionaryRef> adapter(IOPSCopyExternalPowerAdapterDetails());
+  if (!adapter) return std::nullopt;
+  return cfValue(CFDictionaryGetValue(adapter.get(), CFSTR(kIOPSPowerAdapterWattsKey))).asDouble();
+}
+
+} // namespace korvell
