@@ -71,12 +71,6 @@ double systemWatts(const Value& properties, bool onPower) {
   return std::abs(volts * amperes);
 }
 
-std::optional<int> minutes(const Value& properties) {
-  const auto value = wholeOrZero(properties, "TimeRemaining");
-  if (value < 1 || value > 65534) return std::nullopt; // 65535 says unknown
-  return int(value);
-}
-
 } // namespace
 
 std::optional<ByteCounters> macDiskCounters(const Value& properties) {
@@ -110,7 +104,7 @@ BatteryReading macBattery(const Value& properties, std::optional<int> percent) {
   const auto design = data ? whole(data->find("DesignCapacity")) : std::nullopt;
   battery.designCapacity = double(design.value_or(wholeOrZero(properties, "DesignCapacity")));
   battery.celsius = double(wholeOrZero(properties, "Temperature")) / 100;
-  battery.minutesRemaining = minutes(properties);
+  if (const auto minutes = whole(properties.find("TimeRemaining"))) battery.minutesRemaining = int(*minutes);
   battery.systemWatts = systemWatts(properties, battery.externalConnected.value_or(true));
   return battery;
 }

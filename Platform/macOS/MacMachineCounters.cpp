@@ -74,30 +74,50 @@ std::optional<int> chargePercent() {
   return int(*percent);
 }
 
-} // namespace
+/// The battery, when its first entry can be read.
+std::optional<BatteryReading> battery() {
+  const auto entries = registryEntries("AppleSmartBattery");
+  if (entries.empty()) return std::nullopt;
+  const auto properties = registryProperties(entries.front(), macBatteryProperties);
+  if (properties.isNull()) return std::nullopt;
+  return macBattery(properties, chargePercent());
+}
 
-MacMachineCounters::MacMachineCounters()
-    : host_(mach_host_self()), chip_(sysctlText("machdep.cpu.brand_string")),
-      performanceCores_(sysctlValue<std::int32_t>("hw.perflevel0.logicalcpu").value_or(0)),
-      efficiencyCores_(sysctlValue<std::int32_t>("hw.perflevel1.logicalcpu").value_or(0)),
-      logicalProcessors_(std::max(1, int(sysconf(_SC_NPROCESSORS_ONLN)))),
-      displayNames_(interfaceDisplayNames()) {}
+std::optional<double> adapterWatts() {
+  const CFOwned<CFDictionaryRef> adapter(IOPSCopyExternalPowerAdapterDetails());
+  if (!adapter) return std::nullopt;
+  return cfValue(CFDictionaryGetValue(adapter.get(), CFSTR(kIOPSPowerAdapterWattsKey))).asDouble();
+}
 
-MacMachineCounters::~MacMachineCounters() { mach_port_deallocate(mach_task_self(), host_); }
+MachineFacts machineFacts() {
+  const auto chip = sysctlText("machdep.cpu.brand_string");
+  return {.chipName = chip,
+          .graphicsName = chip, // one chip does both
+          .performanceCores = sysctlValue<std::int32_t>("hw.perflevel0.logicalcpu").value_or(0),
+          .efficiencyCores = sysctlValue<std::int32_t>("hw.perflevel1.logicalcpu").value_or(0),
+          .logicalProcessors = std::max(1, int(sysconf(_SC_NPROCESSORS_ONLN)))};
+}
 
-std::optional<double> MacMachineCounters::loadAverage() {
+std::optional<double> loadAverage() {
   double averages[3];
   if (getloadavg(averages, 3) < 1) return std::nullopt;
   return averages[0];
 }
 
-std::optional<CPUCounters> MacMachineCounters::cpu() {
+} // namespace
+
+MacMachineCounters::MacMachineCounters()
+    : host_(mach_host_self()), facts_(machineFacts()), displayNames_(interfaceDisplayNames()) {}
+
+MacMachineCounters::~MacMachineCounters() { mach_port_deallocate(mach_task_self(), host_); }
+
+CPUCounters MacMachineCounters::cpu() {
+  CPUCounters counters{.load1 = loadAverage(), .cores = {}, .width = TickWidth::wraps32};
   ProcessorInfo processors;
   natural_t cores = 0;
   if (host_processor_info(host_, PROCESSOR_CPU_LOAD_INFO, &cores, &processors.info, &processors.count) !=
       KERN_SUCCESS)
-    return std::nullopt;
-  CPUCounters counters{.cores = {}, .width = TickWidth::wraps32};
+    return counters;
   for (natural_t core = 0; core < cores && (core + 1) * CPU_STATE_MAX <= processors.count; ++core) {
     // The array's integers are signed, the ticks are not.
     const auto ticks = [&](int state) {
@@ -111,19 +131,14 @@ std::optional<CPUCounters> MacMachineCounters::cpu() {
   return counters;
 }
 
-std::optional<MemoryCounters> MacMachineCounters::memory() {
-  const auto total = sysctlValue<std::uint64_t>("hw.memsize");
+MemoryCounters MacMachineCounters::memory() {
+  MemoryCounters memory{.total = sysctlValue<std::uint64_t>("hw.memsize").value_or(0), .use = {}};
   const auto pages = pageCounts(host_);
-  if (!total && !pages) return std::nullopt;
-  auto memory = pages ? macMemory(*pages, vm_kernel_page_size) : MemoryCounters{};
-  memory.total = total.value_or(0);
-  if (const auto swap = pages ? sysctlValue<xsw_usage>("vm.swapusage") : std::nullopt)
-    memory.swapUsed = swap->xsu_used;
+  if (!pages) return memory;
+  memory.use = macMemory(*pages, vm_kernel_page_size);
+  if (const auto swap = sysctlValue<xsw_usage>("vm.swapusage")) memory.use->swapUsed = swap->xsu_used;
+  memory.use->pressure = macPressure(sysctlValue<std::int32_t>("kern.memorystatus_vm_pressure_level"));
   return memory;
-}
-
-PressureLevel MacMachineCounters::pressure() {
-  return macPressure(sysctlValue<std::int32_t>("kern.memorystatus_vm_pressure_level"));
 }
 
 std::map<std::uint64_t, ByteCounters> MacMachineCounters::disks() {
@@ -155,24 +170,14 @@ std::vector<InterfaceCounters> MacMachineCounters::interfaces() {
 std::vector<GPUCounters> MacMachineCounters::gpus() {
   std::vector<GPUCounters> gpus;
   for (const auto& entry : registryEntries("IOAccelerator"))
-    if (auto gpu = macGPUCounters(registryProperties(entry, macGPUProperties))) {
-      gpu->name = chip_;
-      gpus.push_back(std::move(*gpu));
-    }
+    if (const auto gpu = macGPUCounters(registryProperties(entry, macGPUProperties))) gpus.push_back(*gpu);
   return gpus;
 }
 
-std::optional<BatteryReading> MacMachineCounters::battery() {
-  for (const auto& entry : registryEntries("AppleSmartBattery"))
-    if (const auto properties = registryProperties(entry, macBatteryProperties); !properties.isNull())
-      return macBattery(properties, chargePercent());
-  return std::nullopt;
-}
-
-std::optional<double> MacMachineCounters::mainsWatts() {
-  const CFOwned<CFDictionaryRef> adapter(IOPSCopyExternalPowerAdapterDetails());
-  if (!adapter) return std::nullopt;
-  return cfValue(CFDictionaryGetValue(adapter.get(), CFSTR(kIOPSPowerAdapterWattsKey))).asDouble();
+PowerReading MacMachineCounters::power() {
+  PowerReading power{.battery = battery(), .adapterWatts = {}, .packages = {}};
+  if (!power.battery) power.adapterWatts = adapterWatts();
+  return power;
 }
 
 } // namespace korvell

@@ -18,28 +18,18 @@ public:
   MacMachineCounters(const MacMachineCounters&) = delete;
   MacMachineCounters& operator=(const MacMachineCounters&) = delete;
 
-  std::optional<double> loadAverage() override;
-  std::optional<CPUCounters> cpu() override;
-  std::optional<MemoryCounters> memory() override;
-  PressureLevel pressure() override;
+  MachineFacts facts() override { return facts_; }
+  CPUCounters cpu() override;
+  MemoryCounters memory() override;
   std::map<std::uint64_t, ByteCounters> disks() override;
   std::vector<Volume> volumes() override;
   std::vector<InterfaceCounters> interfaces() override;
   std::vector<GPUCounters> gpus() override;
-  std::optional<BatteryReading> battery() override;
-  std::optional<double> mainsWatts() override;
-
-  std::string chipName() override { return chip_; }
-  int performanceCores() override { return performanceCores_; }
-  int efficiencyCores() override { return efficiencyCores_; }
-  int logicalProcessors() override { return logicalProcessors_; }
+  PowerReading power() override;
 
 private:
   mach_port_t host_; ///< one port reference for the object's life: each mach_host_self() adds one
-  std::string chip_;
-  int performanceCores_;
-  int efficiencyCores_;
-  int logicalProcessors_;
+  MachineFacts facts_;
   std::map<std::string, std::string> displayNames_; ///< by interface name
 };
 

@@ -1,12 +1,14 @@
 #include "Platform/macOS/MountedVolumes.h"
 
+#include "Base/macOS/CoreFoundation.h"
+
 #import <Foundation/Foundation.h>
 
 namespace korvell {
 
 namespace {
 
-std::string text(NSString* string) { return string ? std::string(string.UTF8String) : std::string(); }
+std::string text(NSString* string) { return cfText((__bridge CFStringRef)string); }
 
 std::optional<Volume> volume(NSURL* url, NSArray<NSURLResourceKey>* keys) {
   NSDictionary<NSURLResourceKey, id>* values = [url resourceValuesForKeys:keys error:nil];
@@ -15,7 +17,7 @@ std::optional<Volume> volume(NSURL* url, NSArray<NSURLResourceKey>* keys) {
   if (!browsable.boolValue || total.longLongValue <= 0) return std::nullopt;
   NSNumber* available = values[NSURLVolumeAvailableCapacityForImportantUsageKey];
   NSString* name = values[NSURLVolumeNameKey];
-  return Volume{.name = text(name ?: url.lastPathComponent),
+  return Volume{.name = text(name),
                 .mountPoint = text(url.path),
                 .total = total.longLongValue,
                 .available = available.longLongValue};

@@ -95,18 +95,6 @@ TEST(MacBatteryTests, nothingPublishedIsNothingKnown) {
   EXPECT_EQ(battery.externalConnected, std::nullopt);
 }
 
-TEST(MacBatteryTests, remainingTime) {
-  for (const auto& [published, expected] : {std::pair<int, std::optional<int>>{65535, std::nullopt},
-                                            {65534, 65534},
-                                            {1, 1},
-                                            {0, std::nullopt},
-                                            {-1, std::nullopt}}) {
-    auto properties = onBattery();
-    properties.set("TimeRemaining", published);
-    EXPECT_EQ(macBattery(properties, {}).minutesRemaining, expected) << published;
-  }
-}
-
 TEST(MacBatteryTests, theMachinesDraw) {
   const auto watts = [](Value connected, Value telemetry) {
     auto properties = onBattery();
