@@ -24,11 +24,6 @@ PressureLevel macPressure(std::optional<int> level) {
   }
 }
 
-std::uint64_t machNanoseconds(std::uint64_t ticks, std::uint32_t numer, std::uint32_t denom) {
-  if (denom == 0) return 0;
-  return ticks / denom * numer + ticks % denom * numer / denom;
-}
-
 namespace {
 
 /// A whole number. Negative ones may stand there as the 64-bit two's complement of an unsigned number.

@@ -27,9 +27,6 @@ MemoryUse macMemory(const MacPageCounts& pages, std::uint64_t pageSize);
 /// Of the sysctl "kern.memorystatus_vm_pressure_level"; unknown levels are normal.
 PressureLevel macPressure(std::optional<int> level);
 
-/// Ticks of the Mach clock in nanoseconds, by the clock's timebase; no overflow for results that fit.
-std::uint64_t machNanoseconds(std::uint64_t ticks, std::uint32_t numer, std::uint32_t denom);
-
 // The properties that each function reads; only these need converting.
 inline constexpr std::string_view macDiskProperties[] = {"Statistics"};
 inline constexpr std::string_view macGPUProperties[] = {"PerformanceStatistics"};

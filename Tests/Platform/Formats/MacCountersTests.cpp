@@ -24,15 +24,6 @@ TEST(MacCountersTests, pressureLevels) {
     EXPECT_EQ(macPressure(level), PressureLevel::normal) << level.value_or(-99);
 }
 
-TEST(MacCountersTests, clockTicksBecomeNanoseconds) {
-  EXPECT_EQ(machNanoseconds(24, 125, 3), 1000u);
-  EXPECT_EQ(machNanoseconds(25, 125, 3), 1041u);
-  EXPECT_EQ(machNanoseconds(7, 1, 1), 7u);
-  const std::uint64_t aYear = 365ull * 86400 * 24'000'000;
-  EXPECT_EQ(machNanoseconds(aYear * 10, 125, 3), 3'153'600ull * 100 * 1'000'000'000);
-  EXPECT_EQ(machNanoseconds(5, 125, 0), 0u);
-}
-
 TEST(MacCountersTests, disksWithBothCountersCount) {
   const auto statistics = [](Value::Object members) {
     return macDiskCounters(Value::object({{"Statistics", Value(std::move(members))}}));
