@@ -1,0 +1,71 @@
+#include "App/AppModel.h"
+
+namespace korvell {
+
+AppModel::AppModel(Queue& main, std::unique_ptr<Sampler> sampler, const Attention& attention)
+    : snapshot(SystemSnapshot::empty(main.clock().now())), main_(main), sampler_(std::move(sampler)),
+      attention_(attention), self_(std::make_shared<AppModel*>(this)) {
+  // The handler outlives no model: the timer is destroyed first, and what is on its way to the main queue
+  // finds the weak pointer empty.
+  timer_ = sampler_->queue().timer([sampler = sampler_.get(), &main, weak = std::weak_ptr(self_)] {
+    main.async([tick = sampler->tick(), weak] {
+      if (const auto self = weak.lock()) (*self)->apply(tick);
+    });
+  });
+  timer_->schedule(Seconds(0), watchedPace.interval, watchedPace.leeway);
+}
+
+AppModel::~AppModel() {
+  timer_.reset();
+  self_.reset();
+}
+
+void AppModel::wake() {
+  if (!watched_) setWatched(true, Seconds(0));
+}
+
+void AppModel::setWatched(bool watched, Seconds first) {
+  watched_ = watched;
+  sampler_->queue().async([sampler = sampler_.get(), watched] { sampler->setWatched(watched); });
+  timer_->schedule(first, paceFor(watched).interval, paceFor(watched).leeway);
+}
+
+void AppModel::apply(const Tick& tick) {
+  ++ticks_;
+  if (const bool watched = attention_.isWatched(); watched != watched_)
+    setWatched(watched, paceFor(watched).first);
+  publish(tick);
+  if (ticks_ < 2) return;
+  hasSample.setIfChanged(true);
+  extendLiveSeries(tick.snapshot);
+}
+
+void AppModel::publish(const Tick& tick) {
+  snapshot.set(tick.snapshot);
+  if (tick.sensors) sensors.set(tick.sensors);
+  if (tick.peripherals) peripherals.set(*tick.peripherals);
+  if (tick.projects) projects.set(*tick.projects);
+  if (tick.startupItems) startupItems.set(*tick.startupItems);
+  if (tick.totals) totals.set(*tick.totals);
+  if (!tick.alerts.empty()) {
+    auto all = tick.alerts;
+    all.insert(all.end(), alerts->begin(), alerts->end());
+    if (all.size() > mostAlerts) all.resize(mostAlerts);
+    alerts.set(std::move(all));
+  }
+}
+
+void AppModel::extendLiveSeries(const SystemSnapshot& snapshot) {
+  auto series = *live;
+  for (const auto& metric : allCases<Metric>()) {
+    auto& points = series[metric.value];
+    points.push_back({snapshot.date, metricValue(metric.value, snapshot)});
+    // A clock that was set back leaves points in the future; they do not belong to the last minutes either.
+    std::erase_if(points, [&](const HistoryPoint& point) {
+      return snapshot.date - point.date > liveSpan || point.date > snapshot.date;
+    });
+  }
+  live.set(std::move(series));
+}
+
+} // namespace korvell

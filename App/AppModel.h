@@ -1,0 +1,65 @@
+#pragma once
+// The one observable model of a running Korvell: it drives the sampler and publishes what each cycle found.
+//
+// Main thread only (the queue `main` that it is given). It never waits for the sampler: results come by an
+// asynchronous hand-off to the main queue. Sampling starts with the construction and ends with the
+// destruction, which waits for a cycle in progress and drops its result.
+
+#include "Base/Published.h"
+#include "Base/Queue.h"
+#include "Core/Loop/Pace.h"
+#include "Core/Loop/Sampler.h"
+#include "Platform/Attention.h"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace korvell {
+
+using LiveSeries = std::map<Metric, std::vector<HistoryPoint>>;
+
+class AppModel {
+public:
+  /// How far back the live series reach.
+  static constexpr Seconds liveSpan{300};
+  static constexpr size_t mostAlerts = 100;
+
+  AppModel(Queue& main, std::unique_ptr<Sampler> sampler, const Attention& attention);
+  ~AppModel();
+  AppModel(const AppModel&) = delete;
+  AppModel& operator=(const AppModel&) = delete;
+
+  // The results of the slower tasks change only in cycles that ran them.
+  Published<SystemSnapshot> snapshot;
+  Published<std::optional<SensorsSnapshot>> sensors;
+  Published<std::vector<PeripheralBattery>> peripherals;
+  Published<std::vector<DevProject>> projects;
+  Published<std::vector<StartupItem>> startupItems;
+  Published<std::vector<HealthAlert>> alerts; ///< newest first, at most mostAlerts
+  Published<LiveSeries> live;                 ///< one series a metric over the last liveSpan
+  Published<Totals> totals;
+  Published<std::optional<SidebarItem>> selection; ///< the section shown in the main window
+  Published<bool> hasSample;                       ///< false until the second tick: the first has no rates
+
+  /// The user has just opened something: the fast pace, at once.
+  void wake();
+  Sampler& sampler() { return *sampler_; }
+
+private:
+  void apply(const Tick& tick);
+  void setWatched(bool watched, Seconds first);
+  void publish(const Tick& tick);
+  void extendLiveSeries(const SystemSnapshot& snapshot);
+
+  Queue& main_;
+  std::unique_ptr<Sampler> sampler_;
+  const Attention& attention_;
+  std::shared_ptr<AppModel*> self_; ///< what a late hand-off finds empty
+  std::int64_t ticks_ = 0;          ///< applied so far
+  bool watched_ = true;             ///< the fast pace is in force
+  std::unique_ptr<Timer> timer_;
+};
+
+} // namespace korvell

@@ -1,0 +1,44 @@
+#pragma once
+// One cycle of measurement: the only place that knows every subject. Lives on the serial queue
+// "Korvell.sampler", which it owns; except for queue(), everything is called there, so that no cycle overlaps
+// another. Holds the counters of the previous cycle (inside its members) and when each slower task last ran.
+// A failed reading leaves zeros and is tried again in the next cycle.
+
+#include "Base/Queue.h"
+#include "Core/Loop/Tick.h"
+#include "Core/Machine/ProcessSampler.h"
+#include "Core/Machine/SystemSampler.h"
+#include "Platform/MachineCounters.h"
+
+#include <memory>
+#include <optional>
+
+namespace korvell {
+
+class Sampler {
+public:
+  static constexpr const char* queueLabel = "Korvell.sampler";
+
+  /// Without a process sampler the snapshots have no applications.
+  Sampler(std::unique_ptr<Queue> queue, MachineCounters& machine,
+          std::unique_ptr<ProcessSampler> processes = nullptr);
+  ~Sampler();
+
+  Queue& queue() { return *queue_; }
+  Tick tick();
+
+  /// Which thresholds the slower tasks go by.
+  void setWatched(bool watched) { isWatched_ = watched; }
+  /// The health score of the last report, recorded with the next cycle.
+  void setLastScore(int score) { lastScore_ = score; }
+
+private:
+  std::unique_ptr<Queue> queue_;
+  SystemSampler system_;
+  std::unique_ptr<ProcessSampler> processes_;
+  std::int64_t count_ = 0; ///< cycles completed
+  bool isWatched_ = true;
+  std::optional<int> lastScore_;
+};
+
+} // namespace korvell

@@ -1,0 +1,10 @@
+#include "Tool/Commands.h"
+
+namespace korvell {
+
+const std::vector<Command>& allCommands() {
+  static const std::vector<Command> commands = {statusCommand(), watchCommand()};
+  return commands;
+}
+
+} // namespace korvell

@@ -1,0 +1,14 @@
+#pragma once
+// Every command has a file of its own; this is the list of them.
+
+#include "Tool/Command.h"
+
+namespace korvell {
+
+/// Lines of figures are not drawn out further than this.
+inline constexpr int widestSummary = 120;
+
+Command statusCommand();
+Command watchCommand();
+
+} // namespace korvell

@@ -1,0 +1,177 @@
+#include "Tool/Summary.h"
+
+#include "Base/Format.h"
+#include "Base/Text.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace korvell {
+
+namespace {
+
+constexpr int labelWidth = 9;
+constexpr int barWidth = 20;
+
+std::string padded(std::string text, int width) {
+  text.append(size_t(std::max(0, width - displayWidth(text))), ' ');
+  return text;
+}
+
+/// Collects lines that begin with a label or below one, cut to the width.
+class Lines {
+public:
+  Lines(const Terminal& terminal, int width) : terminal_(terminal), width_(width) {}
+
+  /// `head` may hold inks and is never cut; `rest` is plain.
+  void add(std::string_view label, const std::string& head, std::string_view rest = {}) {
+    std::string line = terminal_.ink(Ink::bold, padded(std::string(label), labelWidth)) + head;
+    const int room = width_ - labelWidth - inkedWidth(head);
+    if (!rest.empty() && room > 2) line += terminal_.ink(Ink::dim, truncatedToWidth(rest, room));
+    lines_.push_back(std::move(line));
+  }
+  int room() const { return width_ - labelWidth; }
+  std::vector<std::string> take() { return std::move(lines_); }
+
+private:
+  const Terminal& terminal_;
+  int width_;
+  std::vector<std::string> lines_;
+};
+
+std::string joined(const std::vector<std::string>& parts) {
+  std::string result;
+  for (const auto& part : parts) result += (result.empty() ? "" : " · ") + part;
+  return result;
+}
+
+std::string gauge(const Terminal& terminal, double percent) {
+  return terminal.ink(inkForPercent(percent), bar(percent / 100, barWidth)) +
+         fmt::format(" {:>4}  ", Format::percent(percent));
+}
+
+void addCores(Lines& lines, const Terminal& terminal, const std::vector<double>& cores) {
+  // A few cores get a bar and a figure each, many a column each.
+  const int cell = 17;
+  const int perRow = std::max(1, (lines.room() + 2) / cell);
+  if (int(cores.size()) <= 2 * perRow) {
+    for (size_t first = 0; first < cores.size(); first += size_t(perRow)) {
+      std::string row;
+      for (size_t i = first; i < std::min(cores.size(), first + size_t(perRow)); ++i)
+        row +=
+            fmt::format("{:>2} {} {:>4}  ", i, terminal.ink(inkForPercent(cores[i]), bar(cores[i] / 100, 7)),
+                        Format::percent(cores[i]));
+      row.resize(row.size() - 2);
+      lines.add("", row);
+    }
+    return;
+  }
+  const size_t columns = size_t(std::max(16, lines.room() / 16 * 16));
+  for (size_t first = 0; first < cores.size(); first += columns) {
+    std::string row;
+    for (size_t i = first; i < std::min(cores.size(), first + columns); ++i)
+      row += terminal.ink(inkForPercent(cores[i]), columnBar(cores[i] / 100));
+    lines.add("", row);
+  }
+}
+
+void addCPU(Lines& lines, const Terminal& terminal, const CPUStats& cpu) {
+  std::vector<std::string> details = {localized("user {n}", {{"n", Format::percent(cpu.user)}}),
+                                      localized("system {n}", {{"n", Format::percent(cpu.system)}}),
+                                      localized("load {n}", {{"n", fmt::format("{:.2f}", cpu.load1)}})};
+  if (cpu.performanceCores > 0 && cpu.efficiencyCores > 0)
+    details.push_back(
+        localized("{p} performance, {e} efficiency cores",
+                  {{"p", std::to_string(cpu.performanceCores)}, {"e", std::to_string(cpu.efficiencyCores)}}));
+  lines.add(title(Metric::cpu), gauge(terminal, cpu.total), joined(details));
+  if (cpu.perCore.size() > 1) addCores(lines, terminal, cpu.perCore);
+}
+
+void addMemory(Lines& lines, const Terminal& terminal, const MemoryStats& memory) {
+  if (memory.total == 0) return lines.add(title(Metric::memory), noFigure);
+  const auto size = [](std::uint64_t bytes) { return Format::memory(double(bytes)); };
+  const double share = double(memory.used()) / double(memory.total) * 100;
+  lines.add(
+      title(Metric::memory), gauge(terminal, share),
+      joined({localized("{used} of {total}", {{"used", size(memory.used())}, {"total", size(memory.total)}}),
+              localized("pressure {p}", {{"p", title(memory.pressure)}})}));
+  std::vector<std::string> parts = {localized("apps {n}", {{"n", size(memory.app)}}),
+                                    localized("wired {n}", {{"n", size(memory.wired)}}),
+                                    localized("cached {n}", {{"n", size(memory.cached)}}),
+                                    localized("free {n}", {{"n", size(memory.free)}})};
+  if (memory.compressed > 0) parts.push_back(localized("compressed {n}", {{"n", size(memory.compressed)}}));
+  if (memory.swapUsed > 0) parts.push_back(localized("swap {n}", {{"n", size(memory.swapUsed)}}));
+  lines.add("", "", joined(parts));
+}
+
+void addTraffic(Lines& lines, const SystemSnapshot& snapshot) {
+  lines.add(title(Metric::disk),
+            padded("↓ " + Format::rate(snapshot.disk.readRate), 13) +
+                padded("↑ " + Format::rate(snapshot.disk.writeRate), 13),
+            localized("read and written"));
+  const auto& network = snapshot.network;
+  lines.add(title(Metric::network),
+            padded("↓ " + Format::rate(network.inRate), 13) +
+                padded("↑ " + Format::rate(network.outRate), 13),
+            escapedControls(network.interface));
+}
+
+void addPower(Lines& lines, const Terminal& terminal, const SystemSnapshot& snapshot) {
+  const auto& gpu = snapshot.gpu;
+  const bool gpuKnown = gpu.utilization > 0 || gpu.memoryInUse > 0;
+  if (gpuKnown)
+    lines.add(title(Metric::gpu), gauge(terminal, gpu.utilization),
+              joined({Format::memory(double(gpu.memoryInUse)), escapedControls(gpu.name)}));
+  else
+    lines.add(title(Metric::gpu), noFigure);
+
+  const auto& battery = snapshot.battery;
+  const auto watts = battery.systemPower > 0 ? Format::watts(battery.systemPower) : noFigure;
+  if (!battery.present) {
+    lines.add(localized("Power"), watts);
+    return;
+  }
+  std::vector<std::string> details = {battery.isCharging ? localized("charging")
+                                      : battery.onAC     ? localized("on power")
+                                                         : localized("on battery")};
+  if (battery.minutesRemaining)
+    details.push_back(
+        localized("{t} left", {{"t", Format::duration(std::chrono::minutes(*battery.minutesRemaining))}}));
+  details.push_back(watts);
+  details.push_back(
+      localized("health {n}", {{"n", battery.health > 0 ? Format::percent(battery.health) : noFigure}}));
+  details.push_back(localized("{n} cycles", {{"n", std::to_string(battery.cycles)}}));
+  if (battery.temperature != 0) details.push_back(Format::celsius(battery.temperature));
+  lines.add(localized("Battery"), gauge(terminal, battery.percent), joined(details));
+}
+
+void addVolumes(Lines& lines, const Terminal& terminal, const std::vector<VolumeInfo>& volumes) {
+  bool first = true;
+  for (const auto& volume : volumes) {
+    const double used = volume.total > 0 ? 100.0 - double(volume.available) / double(volume.total) * 100 : 0;
+    const auto space = localized("{free} of {total} free", {{"free", Format::bytes(double(volume.available))},
+                                                            {"total", Format::bytes(double(volume.total))}});
+    const bool named = volume.name != volume.url;
+    lines.add(first ? localized("Volumes") : "", gauge(terminal, used) + padded(space, 25),
+              escapedControls(named ? volume.name + " (" + volume.url + ")" : volume.url));
+    first = false;
+  }
+}
+
+} // namespace
+
+Ink inkForPercent(double percent) {
+  return percent >= 90 ? Ink::critical : percent >= 70 ? Ink::warning : Ink::good;
+}
+
+std::vector<std::string> summaryLines(const Terminal& terminal, const SystemSnapshot& snapshot, int width) {
+  Lines lines(terminal, width);
+  addCPU(lines, terminal, snapshot.cpu);
+  addMemory(lines, terminal, snapshot.memory);
+  addTraffic(lines, snapshot);
+  addPower(lines, terminal, snapshot);
+  addVolumes(lines, terminal, snapshot.disk.volumes);
+  return lines.take();
+}
+
+} // namespace korvell

@@ -1,0 +1,18 @@
+#pragma once
+// One measurement of the machine as lines for a terminal: what `status` prints once and `watch` repeats.
+
+#include "Core/Machine/Models.h"
+#include "Tool/Terminal.h"
+
+#include <string>
+#include <vector>
+
+namespace korvell {
+
+/// At most `width` columns each. Figures that could not be read are "–".
+std::vector<std::string> summaryLines(const Terminal& terminal, const SystemSnapshot& snapshot, int width);
+
+/// The ink of a share of 100: plain, warning from 70, critical from 90.
+Ink inkForPercent(double percent);
+
+} // namespace korvell
