@@ -62,6 +62,21 @@ Decoded decode(std::string_view text) {
   return {codePoint, length};
 }
 
+/// The bytes up to the first one that is no UTF-8.
+size_t validPrefix(std::string_view bytes) {
+  size_t end = 0;
+  while (end < bytes.size()) {
+    if (static_cast<std::uint8_t>(bytes[end]) < 0x80) {
+      ++end;
+      continue;
+    }
+    const auto length = decode(bytes.substr(end)).length;
+    if (length == 0) break;
+    end += length;
+  }
+  return end;
+}
+
 struct Range {
   char32_t first, last;
 };
@@ -116,12 +131,11 @@ std::string repairedUTF8(std::string_view bytes) {
   std::string result;
   result.reserve(bytes.size());
   while (!bytes.empty()) {
-    const auto length = decode(bytes).length;
-    if (length == 0)
-      result += replacement;
-    else
-      result += bytes.substr(0, length);
-    bytes.remove_prefix(length == 0 ? 1 : length);
+    const auto valid = validPrefix(bytes);
+    result += bytes.substr(0, valid);
+    if (valid == bytes.size()) break;
+    result += replacement;
+    bytes.remove_prefix(valid + 1);
   }
   return result;
 }

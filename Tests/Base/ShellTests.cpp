@@ -1,0 +1,162 @@
+// Shell against children that misbehave. All of them end by themselves within seconds, also when a test
+// fails.
+
+#include "Base/Shell.h"
+#include "Base/Text.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace korvell;
+
+namespace {
+
+constexpr Seconds ample{60};
+
+std::optional<ShellResult> script(const std::string& text, Seconds timeout = ample) {
+  return Shell::run("/bin/sh", {"-c", text}, timeout);
+}
+
+struct Folder {
+  std::string path = [] {
+    char name[] = "/tmp/korvell-shell-XXXXXX";
+    return std::string(mkdtemp(name));
+  }();
+  ~Folder() { (void)!std::system(("rm -rf " + path).c_str()); }
+};
+
+} // namespace
+
+TEST(Shell, endsAndOutputs) {
+  const struct {
+    const char* what;
+    const char* text;
+    std::string output;
+    int status;
+  } rows[] = {
+      {"an exit code", "echo a; exit 3", "a\n", 3},
+      {"a signal", "echo a; kill -9 $$", "a\n", 137},
+      {"no output", ":", "", 0},
+      {"invalid UTF-8", R"(printf 'a\377\303(\303\244')", "a\uFFFD\uFFFD(ä", 0},
+      {"standard error is dropped", "echo a >&2; echo b", "b\n", 0},
+      {"standard input is empty", "cat; echo a", "a\n", 0},
+      {"the output is closed long before the end", "echo a; exec >&-; sleep 0.1; exit 4", "a\n", 4},
+      {"written in pieces", "printf a; sleep 0.05; printf b; sleep 0.05; printf c", "abc", 0},
+  };
+  for (const auto& row : rows) {
+    const auto result = script(row.text);
+    ASSERT_TRUE(result) << row.what;
+    EXPECT_EQ(result->output, row.output) << row.what;
+    EXPECT_EQ(result->exitStatus, row.status) << row.what;
+    EXPECT_FALSE(result->timedOut) << row.what;
+  }
+}
+
+TEST(Shell, argumentsArriveAsTheyAre) {
+  const auto result = Shell::run(
+      "/bin/sh", {"-c", R"(for a; do printf '<%s>' "$a"; done)", "x", "a b", "$HOME", "", "*", "'"}, ample);
+  ASSERT_TRUE(result);
+  EXPECT_EQ(result->output, "<a b><$HOME><><*><'>");
+}
+
+TEST(Shell, whatCannotBeStartedHasNoResult) {
+  const Folder folder;
+  const std::string plain = folder.path + "/plain", text = folder.path + "/text";
+  ASSERT_EQ(
+      std::system(("echo echo a > " + plain + "; echo echo a > " + text + "; chmod +x " + text).c_str()), 0);
+  for (const std::string& path :
+       {std::string("/nonexistent/program"), std::string("sh"), std::string("bin/sh"), std::string(),
+        folder.path, plain, text /* no program and no #! line: only a shell would run it */,
+        std::string("/bin/sh\0x", 9)})
+    EXPECT_FALSE(Shell::run(path, {}, ample)) << path;
+  EXPECT_FALSE(Shell::run("/bin/sh", {"-c", std::string("echo a\0b", 8)}, ample)) << "NUL in an argument";
+}
+
+TEST(Shell, onlyTheStandardDescriptorsAreInherited) {
+  const int leaked = open("/dev/null", O_RDONLY); // inheritable on purpose
+  ASSERT_GE(fcntl(leaked, F_DUPFD, 57), 57);
+  const auto result = Shell::run("/bin/ls", {"/dev/fd/"}, ample);
+  ASSERT_TRUE(result);
+  // 3 is the descriptor with which ls reads the folder.
+  EXPECT_EQ(result->output, "0\n1\n2\n3\n");
+  for (int i = 57; fcntl(i, F_GETFD) >= 0; ++i) close(i);
+  close(leaked);
+}
+
+TEST(Shell, signalsAreTheDefaultOnesWhateverTheCallerBlocksOrIgnores) {
+  sigset_t blocked, before;
+  sigemptyset(&blocked);
+  sigaddset(&blocked, SIGTERM);
+  pthread_sigmask(SIG_BLOCK, &blocked, &before);
+  const auto handler = std::signal(SIGPIPE, SIG_IGN);
+  EXPECT_EQ(script("kill -TERM $$; echo alive")->exitStatus, 128 + SIGTERM);
+  EXPECT_EQ(script("kill -PIPE $$; echo alive")->exitStatus, 128 + SIGPIPE);
+  std::signal(SIGPIPE, handler);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+TEST(Shell, outputBeyondTheMostIsReadAndDropped) {
+  const auto result = Shell::run("/usr/bin/head", {"-c", std::to_string(70 << 20), "/dev/zero"}, ample);
+  ASSERT_TRUE(result);
+  EXPECT_EQ(result->exitStatus, 0) << "it was not stopped by a full or closed pipe";
+  EXPECT_EQ(result->output.size(), size_t{64} << 20);
+}
+
+TEST(Shell, aChildOfTheProgramThatKeepsThePipeOpenIsNotWaitedFor) {
+  // Were the end of the pipe waited for, the time-out would come first.
+  const auto result = script("sleep 4 & echo started", Seconds{2});
+  ASSERT_TRUE(result);
+  EXPECT_FALSE(result->timedOut);
+  EXPECT_EQ(result->output, "started\n");
+  const auto writing = script(
+      "(for i in 1 2 3 4 5 6; do head -c 200000 /dev/zero; sleep 0.5; done) & echo started", Seconds{2});
+  ASSERT_TRUE(writing);
+  EXPECT_FALSE(writing->timedOut);
+}
+
+TEST(Shell, timeOuts) {
+  const auto obedient = script("echo a; exec sleep 5", Seconds{0.05});
+  ASSERT_TRUE(obedient);
+  EXPECT_TRUE(obedient->timedOut);
+  EXPECT_EQ(obedient->exitStatus, 128 + SIGTERM);
+
+  const auto tidy = script(
+      "trap 'echo bye; exit 5' TERM; echo hi; for i in 1 2 3 4 5 6 7 8 9; do sleep 0.1; done", Seconds{0.8});
+  ASSERT_TRUE(tidy);
+  EXPECT_TRUE(tidy->timedOut);
+  EXPECT_EQ(tidy->output, "hi\nbye\n");
+  EXPECT_EQ(tidy->exitStatus, 5);
+
+  const auto stubborn = script("trap '' TERM; for i in 1 2 3 4 5; do sleep 1; done", Seconds{0.8});
+  ASSERT_TRUE(stubborn);
+  EXPECT_TRUE(stubborn->timedOut);
+  EXPECT_EQ(stubborn->exitStatus, 128 + SIGKILL);
+
+  const auto endless = Shell::run("/usr/bin/yes", {}, Seconds{0.05});
+  ASSERT_TRUE(endless);
+  EXPECT_TRUE(endless->timedOut);
+  EXPECT_EQ(endless->output.substr(0, 4), "y\ny\n");
+}
+
+TEST(Shell, noChildInTheGroupSurvivesATimeOut) {
+  const Folder folder;
+  const std::string fifo = folder.path + "/fifo";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  const int reading = open(fifo.c_str(), O_RDONLY | O_NONBLOCK);
+  ASSERT_GE(reading, 0);
+  const auto result =
+      script("(trap '' TERM; exec 3>" + fifo + "; sleep 3; echo survived >&3) & sleep 5", Seconds{0.3});
+  ASSERT_TRUE(result);
+  EXPECT_TRUE(result->timedOut);
+  // The end of the file comes when all who could write are gone.
+  fcntl(reading, F_SETFL, 0);
+  std::string text;
+  char buffer[64];
+  for (ssize_t count; (count = read(reading, buffer, sizeof buffer)) > 0;) text.append(buffer, size_t(count));
+  close(reading);
+  EXPECT_EQ(text, "");
+}
