@@ -1,0 +1,93 @@
+#pragma once
+// What the history takes in and gives out, and the ranges that people look at.
+
+#include "Base/Date.h"
+#include "Base/Enum.h"
+#include "Base/Hash.h"
+#include "Core/Machine/Models.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <tuple>
+#include <vector>
+
+namespace korvell {
+
+enum class HistoryRange { live, h12, h24, d7, d30 };
+
+template <>
+struct EnumTable<HistoryRange> {
+  using enum HistoryRange;
+  static constexpr EnumCase<HistoryRange> cases[] = {
+      {live, "Live", "Live"}, {h12, "12h", "12h"}, {h24, "24h", "24h"}, {d7, "7d", "7d"}, {d30, "30d", "30d"}};
+};
+
+/// How far a range reaches back, and how much time one point of its series stands for.
+struct HistorySpan {
+  HistoryRange range;
+  int seconds;
+  int bucket; ///< seconds
+};
+
+inline constexpr HistorySpan historySpans[] = {{HistoryRange::live, 300, 2},
+                                               {HistoryRange::h12, 43'200, 180},
+                                               {HistoryRange::h24, 86'400, 300},
+                                               {HistoryRange::d7, 604'800, 1'800},
+                                               {HistoryRange::d30, 2'592'000, 10'800}};
+
+constexpr HistorySpan spanOf(HistoryRange range) { return historySpans[std::size_t(range)]; }
+
+/// An application's mean over all recorded minutes of a range; minutes in which it was not kept count as 0.
+struct AppTotal {
+  std::string name;
+  std::optional<std::string> bundlePath;
+  double value = 0;
+
+  bool operator==(const AppTotal&) const = default;
+  auto fields() const { return std::tie(name, bundlePath, value); }
+};
+
+/// The value columns of both tables, in their order.
+enum HistoryColumn : std::size_t {
+  cpuColumn,
+  memoryColumn,
+  diskColumn,
+  networkColumn,
+  gpuColumn, ///< always 0 for an application: no system attributes the graphics processor's time
+  energyColumn,
+  diskWriteColumn,
+  historyColumnCount
+};
+using HistoryValues = std::array<double, historyColumnCount>;
+
+/// One application's values: of one sample, their sums, or the means over a minute.
+struct HistoryApp {
+  std::string id; ///< AppUsage::id
+  std::string name;
+  std::optional<std::string> path;
+  HistoryValues values{};
+
+  bool operator==(const HistoryApp&) const = default;
+};
+
+/// What the history keeps of a snapshot.
+struct HistorySample {
+  Date date;
+  std::optional<int> score;
+  HistoryValues system{};
+  std::vector<HistoryApp> apps;
+};
+
+/// One stored minute: means over its samples.
+struct HistoryMinute {
+  std::int64_t ts = 0; ///< Unix time of the minute's start, a multiple of 60
+  HistoryValues system{};
+  std::optional<double> score; ///< absent when no sample carried one
+  std::vector<HistoryApp> apps;
+
+  bool operator==(const HistoryMinute&) const = default;
+};
+
+} // namespace korvell
