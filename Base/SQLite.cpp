@@ -13,6 +13,9 @@ void Statement::bind(int index, std::string_view value) {
   sqlite3_bind_text64(statement_.get(), index, value.data(), value.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
 }
 void Statement::bindNull(int index) { sqlite3_bind_null(statement_.get(), index); }
+void Statement::bindPointer(int index, void* pointer, const char* type) {
+  sqlite3_bind_pointer(statement_.get(), index, pointer, type, nullptr);
+}
 
 int Statement::step() { return statement_ ? sqlite3_step(statement_.get()) : SQLITE_MISUSE; }
 bool Statement::stepRow() { return step() == SQLITE_ROW; }
@@ -82,6 +85,7 @@ void Database::setBusyTimeout(int milliseconds) {
 }
 int Database::lastErrorCode() const { return db_ ? sqlite3_errcode(db_.get()) : SQLITE_MISUSE; }
 std::string Database::lastErrorMessage() const { return db_ ? sqlite3_errmsg(db_.get()) : "not open"; }
+bool Database::inTransaction() const { return db_ && sqlite3_get_autocommit(db_.get()) == 0; }
 std::int64_t Database::changes() const { return db_ ? sqlite3_changes64(db_.get()) : 0; }
 
 } // namespace korvell

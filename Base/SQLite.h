@@ -25,6 +25,8 @@ public:
   void bind(int index, double value);
   void bind(int index, std::string_view value); ///< copied
   void bindNull(int index);
+  /// For an SQL function of our own, which asks for the pointer by `type`, a string that lives for ever.
+  void bindPointer(int index, void* pointer, const char* type);
   template <class T>
   void bind(int index, const std::optional<T>& value) {
     value ? bind(index, *value) : bindNull(index);
@@ -66,6 +68,8 @@ public:
   void setBusyTimeout(int milliseconds);
   int lastErrorCode() const;
   std::string lastErrorMessage() const;
+  /// True between a BEGIN and its end; some errors end a transaction by themselves.
+  bool inTransaction() const;
   std::int64_t changes() const;
   void close() { db_.reset(); }
   sqlite3* handle() const { return db_.get(); }

@@ -20,8 +20,11 @@ enum class HistoryRange { live, h12, h24, d7, d30 };
 template <>
 struct EnumTable<HistoryRange> {
   using enum HistoryRange;
-  static constexpr EnumCase<HistoryRange> cases[] = {
-      {live, "Live", "Live"}, {h12, "12h", "12h"}, {h24, "24h", "24h"}, {d7, "7d", "7d"}, {d30, "30d", "30d"}};
+  static constexpr EnumCase<HistoryRange> cases[] = {{live, "Live", "Live"},
+                                                     {h12, "12h", "12h"},
+                                                     {h24, "24h", "24h"},
+                                                     {d7, "7d", "7d"},
+                                                     {d30, "30d", "30d"}};
 };
 
 /// How far a range reaches back, and how much time one point of its series stands for.

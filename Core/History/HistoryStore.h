@@ -1,0 +1,72 @@
+#pragma once
+// Thirty days of the machine's history: one point a minute for the machine and for the applications that
+// mattered in that minute.
+//
+// Lives on its own queue, "Korvell.history": record() returns at once, queries run on the queue while the
+// caller waits (so never from the main thread). Holds the sums of the minute in progress; they are written
+// when a sample of another minute arrives, and by close() at an orderly shutdown. A minute that could not
+// be stored (the disk is full, another process holds the lock) is kept and tried again with the next one, a
+// quarter of an hour at most. Without a database everything answers as if there were no data, and every
+// minute tries to open it again.
+
+#include "Base/Queue.h"
+#include "Core/History/HistoryDatabase.h"
+#include "Core/History/MinuteAccumulator.h"
+
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace korvell {
+
+class HistoryStore {
+public:
+  static constexpr std::string_view fileName = "history.sqlite";
+
+  /// `folder` is Korvell's data folder; a keeper creates it and the file.
+  HistoryStore(const QueueFactory& makeQueue, const Clock& clock, const std::string& folder,
+               HistoryAccess access = HistoryAccess::keeper);
+  ~HistoryStore();
+  HistoryStore(const HistoryStore&) = delete;
+  HistoryStore& operator=(const HistoryStore&) = delete;
+
+  /// Adds a sample to its minute. A reader records nothing.
+  void record(const SystemSnapshot& snapshot, std::optional<int> score);
+  /// Writes the minute in progress and closes the database; waits for it. Nothing is recorded afterwards.
+  void close();
+
+  std::vector<HistoryPoint> series(Metric metric, HistoryRange range);
+  /// The minutes' values of the last `minutes`, the oldest first.
+  std::vector<double> recent(Metric metric, int minutes);
+  /// The largest first.
+  std::vector<AppTotal> topApps(Metric metric, HistoryRange range, int limit);
+  /// 0 when fewer than `minimumMinutes` minutes are recorded since then, or none.
+  double average(Metric metric, Date since, int minimumMinutes);
+  /// Absent when no minute since then has a score.
+  std::optional<double> averageScore(Date since);
+  /// `column` is a column of bytes a second, "network" or "disk_write".
+  double totalBytes(std::string_view column, Date since);
+  /// The stored minute that an instant lies in.
+  std::optional<HistoryMinute> minute(Date at);
+
+private:
+  template <class Work>
+  auto query(Work&& work);
+  void add(HistorySample sample);
+  void flush();
+  void writeUnwritten();
+  std::int64_t secondsAgo(int seconds) const;
+
+  const Clock& clock_;
+  HistoryAccess access_;
+  HistoryDatabase database_;
+  MinuteAccumulator accumulator_;
+  std::deque<HistoryMinute> unwritten_;
+  bool closed_ = false;
+  std::unique_ptr<Queue> queue_; ///< last, so that it ends first
+};
+
+} // namespace korvell
