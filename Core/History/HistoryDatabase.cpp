@@ -153,13 +153,20 @@ bool HistoryDatabase::write(const HistoryMinute& minute) {
     deleteApps_.bind(1, minute.ts);
     run(deleteApps_);
     for (const HistoryApp& app : minute.apps) writeAppRow(minute.ts, app);
-    if (!damaged_ && db_.inTransaction() && !isDamage(db_.exec("COMMIT")) && !db_.inTransaction()) {
+    if (!damaged_ && commit()) {
       if (minute.ts % 3600 == 0) deleteExpired();
       return true;
     }
   }
   if (db_.inTransaction()) db_.exec("ROLLBACK");
   return false;
+}
+
+bool HistoryDatabase::commit() {
+  // A full disk may have ended the transaction at an earlier statement: then there is nothing to commit.
+  const int code = db_.inTransaction() ? db_.exec("COMMIT") : SQLITE_FULL;
+  isDamage(code);
+  return code == SQLITE_OK;
 }
 
 bool HistoryDatabase::writeSystemRow(const HistoryMinute& minute) {

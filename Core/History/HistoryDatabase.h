@@ -54,6 +54,7 @@ private:
   bool isForeign();
   bool fileMoved() const;
   void moveAside(Date now);
+  bool commit();
   bool writeSystemRow(const HistoryMinute& minute);
   void writeAppRow(std::int64_t ts, const HistoryApp& app);
 

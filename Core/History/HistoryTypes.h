@@ -3,7 +3,7 @@
 
 #include "Base/Date.h"
 #include "Base/Enum.h"
-#include "Base/Hash.h"
+#include "Base/Record.h"
 #include "Core/Machine/Models.h"
 
 #include <array>
@@ -49,7 +49,10 @@ struct AppTotal {
   double value = 0;
 
   bool operator==(const AppTotal&) const = default;
-  auto fields() const { return std::tie(name, bundlePath, value); }
+  static constexpr auto fields() {
+    return std::tuple{Field{"name", &AppTotal::name}, Field{"bundlePath", &AppTotal::bundlePath},
+                      Field{"value", &AppTotal::value}};
+  }
 };
 
 /// The value columns of both tables, in their order.

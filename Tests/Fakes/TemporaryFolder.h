@@ -1,0 +1,32 @@
+#pragma once
+// A folder for one test, removed with everything in it.
+
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+namespace korvell {
+
+class TemporaryFolder {
+public:
+  TemporaryFolder() {
+    auto pattern = (std::filesystem::temp_directory_path() / "korvell-test-XXXXXX").string();
+    if (!::mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
+    path_ = std::filesystem::canonical(pattern);
+  }
+  ~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  const std::filesystem::path& path() const { return path_; }
+  std::string operator/(const std::string& name) const { return (path_ / name).string(); }
+
+private:
+  std::filesystem::path path_;
+};
+
+} // namespace korvell
