@@ -95,7 +95,7 @@ TEST_F(HistoryStoreTests, topApplicationsAnswerAsThePlainStatementDoes) {
   }
   scheduler.run();
   for (auto range : {HistoryRange::d30, HistoryRange::live})
-    for (auto metric : {Metric::cpu, Metric::memory, Metric::gpu}) {
+    for (auto metric : {Metric::cpu, Metric::memory}) {
       const auto since = std::int64_t(clock.now().sinceEpoch) - spanOf(range).seconds;
       const auto where = fmt::format("WHERE ts >= {}", since);
       const auto expected = rows(fmt::format("SELECT name || '|' || ifnull(path, '') || '|' || (SUM({}) / "
