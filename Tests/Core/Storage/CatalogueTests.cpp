@@ -1,0 +1,161 @@
+#include "Core/Storage/StorageLocations.h"
+#include "Core/Storage/StorageModels.h"
+#include "Core/Storage/StorageWords.h"
+
+#include <gmock/gmock.h>
+
+namespace korvell {
+namespace {
+
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+using enum StorageKind;
+
+TEST(CatalogueTests, twentyKindsInFiveGroupsThatFollowEachOther) {
+  std::vector<int> sizes(allCases<StorageGroup>().size());
+  auto last = StorageGroup::xcode;
+  for (const auto& row : allCases<StorageKind>()) {
+    EXPECT_GE(group(row.value), last) << row.rawValue;
+    last = group(row.value);
+    ++sizes[size_t(last)];
+    EXPECT_FALSE(explanation(row.value).empty()) << row.rawValue;
+    EXPECT_FALSE(symbol(row.value).empty()) << row.rawValue;
+  }
+  EXPECT_THAT(sizes, ElementsAre(5, 1, 10, 1, 3));
+}
+
+TEST(CatalogueTests, rawValuesAreExact) {
+  EXPECT_EQ(fromRawValue<StorageKind>("derivedData"), derivedData);
+  EXPECT_EQ(fromRawValue<StorageKind>("DerivedData"), std::nullopt);
+  EXPECT_EQ(fromRawValue<StorageKind>(""), std::nullopt);
+}
+
+TEST(CatalogueTests, safetyAndColourFollowTheKind) {
+  std::vector<StorageKind> check, keep;
+  for (const auto& row : allCases<StorageKind>()) {
+    if (safety(row.value) == StorageSafety::check) check.push_back(row.value);
+    if (safety(row.value) == StorageSafety::keep) keep.push_back(row.value);
+    EXPECT_EQ(color(row.value) == StorageColor::orange, group(row.value) == StorageGroup::packages);
+  }
+  EXPECT_THAT(check, ElementsAre(docker, appCaches, trash, downloads));
+  EXPECT_THAT(keep, ElementsAre(archives));
+}
+
+TEST(CatalogueTests, packageManagersShareOneExplanationExceptHomebrew) {
+  EXPECT_EQ(packageCacheKinds().size(), 9u);
+  for (const auto kind : packageCacheKinds()) EXPECT_EQ(explanation(kind), explanation(npm));
+  EXPECT_NE(explanation(homebrew), explanation(npm));
+}
+
+Environment environment(std::map<std::string, std::string, std::less<>> values) {
+  return [=](std::string_view name) -> std::optional<std::string> {
+    const auto found = values.find(name);
+    return found == values.end() ? std::nullopt : std::optional(found->second);
+  };
+}
+
+TEST(CatalogueTests, macOSKeepsPackagesInItsLibrary) {
+  const auto places = macOSStorageLocations(macOSUserFolders(environment({{"HOME", "/Users/u"}})));
+  EXPECT_THAT(places.cachePaths(pnpm),
+              ElementsAre("/Users/u/Library/pnpm/store", "/Users/u/Library/Caches/pnpm"));
+  EXPECT_THAT(places.cachePaths(uv), ElementsAre("/Users/u/.cache/uv", "/Users/u/Library/Caches/uv"));
+  EXPECT_EQ(places.brewCache, "/Users/u/Library/Caches/Homebrew");
+  EXPECT_THAT(places.countedElsewhere,
+              UnorderedElementsAre("Homebrew", "pip", "go-build", "CocoaPods", "Yarn", "pnpm", "uv"));
+  for (const auto kind : packageCacheKinds()) EXPECT_FALSE(places.cachePaths(kind).empty()) << rawValue(kind);
+  EXPECT_TRUE(places.cachePaths(homebrew).empty());
+}
+
+TEST(CatalogueTests, linuxFollowsTheBaseDirectories) {
+  const auto folders =
+      linuxUserFolders(environment({{"HOME", "/home/u"}, {"XDG_CACHE_HOME", "/c"}, {"XDG_DATA_HOME", "/d"}}));
+  const auto places = linuxStorageLocations(folders, "");
+  EXPECT_THAT(places.cachePaths(pnpm), ElementsAre("/d/pnpm/store", "/c/pnpm"));
+  EXPECT_THAT(places.cachePaths(yarn), ElementsAre("/c/yarn", "/home/u/.yarn/berry/cache"));
+  EXPECT_THAT(places.cachePaths(cargo),
+              ElementsAre("/home/u/.cargo/registry/cache", "/home/u/.cargo/registry/src"));
+  EXPECT_TRUE(places.cachePaths(cocoapods).empty());
+  EXPECT_TRUE(places.xcode.empty());
+  EXPECT_EQ(places.brewCache, "/c/Homebrew");
+  EXPECT_THAT(places.countedElsewhere,
+              UnorderedElementsAre("Homebrew", "pip", "go-build", "yarn", "pnpm", "uv"));
+}
+
+TEST(CatalogueTests, linuxTakesTheDownloadsFolderFromTheDesktop) {
+  const struct {
+    const char* text;
+    const char* folder;
+  } rows[] = {
+      {"", "/home/u/Downloads"},
+      {"# a comment\nXDG_DOWNLOAD_DIR=\"$HOME/Téléchargements/\"\n", "/home/u/Téléchargements"},
+      {"XDG_DOWNLOAD_DIR=\"/data/in\\\"box\"", "/data/in\"box"},
+      {"XDG_DOWNLOAD_DIR=\"$HOME/a\"\nXDG_DOWNLOAD_DIR=\"$HOME/b\"", "/home/u/b"},
+      {"XDG_DOWNLOAD_DIR=\"$HOME/\"", "/home/u/Downloads"},   // how the desktop says "none"
+      {"XDG_DOWNLOAD_DIR=\"/home\"", "/home/u/Downloads"},    // would hold the home folder
+      {"XDG_DOWNLOAD_DIR=\"relative\"", "/home/u/Downloads"}, //
+      {"XDG_DOWNLOAD_DIR=\"$HOMEWARD/x\"", "/home/u/Downloads"},
+      {"XDG_DOWNLOAD_DIR=\"$HOME/unclosed", "/home/u/Downloads"},
+      {"XDG_DOWNLOAD_DIR=\"$HOME/unclosed\\", "/home/u/Downloads"},
+      {"XDG_DOWNLOAD_DIR=$HOME/bare", "/home/u/Downloads"},
+  };
+  const auto folders = linuxUserFolders(environment({{"HOME", "/home/u"}}));
+  for (const auto& row : rows)
+    EXPECT_EQ(linuxStorageLocations(folders, row.text).downloads, row.folder) << row.text;
+}
+
+TEST(CatalogueTests, aCategoryIsSortedBySizeAndKeepsTheOrderOfEquals) {
+  EXPECT_EQ(category(npm, {}), std::nullopt);
+  const auto found =
+      category(npm, {{.id = "a", .bytes = 1}, {.id = "b", .bytes = 2}, {.id = "c", .bytes = 1}});
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->bytes, 4);
+  std::string order;
+  for (const auto& item : found->items) order += item.id;
+  EXPECT_EQ(order, "bac");
+  EXPECT_EQ(found->action, StorageAction::toTrash());
+  EXPECT_EQ(found->note, std::nullopt);
+  EXPECT_DEATH((void)category(npm, {{.bytes = INT64_MAX}, {.bytes = 1}}), "64 bits");
+}
+
+TEST(CatalogueTests, actionsAreEqualWhenEveryPartIs) {
+  const auto action = StorageAction::command("/bin/a", {"x"}, Seconds{1});
+  EXPECT_EQ(action, StorageAction::command("/bin/a", {"x"}, Seconds{1}));
+  EXPECT_NE(action, StorageAction::command("/bin/b", {"x"}, Seconds{1}));
+  EXPECT_NE(action, StorageAction::command("/bin/a", {}, Seconds{1}));
+  EXPECT_NE(action, StorageAction::command("/bin/a", {"x"}, Seconds{2}));
+  EXPECT_NE(StorageAction::toTrash(), StorageAction::emptyTrash());
+}
+
+TEST(CatalogueTests, theHomeFolderIsShownAsATilde) {
+  EXPECT_EQ(tildePath("/home/u/.npm", "/home/u"), "~/.npm");
+  EXPECT_EQ(tildePath("/home/u", "/home/u"), "~");
+  EXPECT_EQ(tildePath("/home/user2/x", "/home/u"), "/home/user2/x");
+  EXPECT_EQ(tildePath("/x", "/"), "/x");
+}
+
+TEST(CatalogueTests, resultsPrintAsJSON) {
+  auto found = *category(docker, {{.id = "docker-prune", .kind = docker, .title = "Docker", .bytes = 7}});
+  found.action = StorageAction::command("/usr/bin/docker", {"system", "prune", "-f"}, Seconds{300});
+  found.note = "n";
+  const StorageScanResult result{
+      {*category(pip, {{.id = "/p", .kind = pip, .title = "pip", .bytes = 5, .urls = {"/p"}}}), found},
+      Date{0}};
+  EXPECT_EQ(result.reclaimableBytes(), 12);
+  EXPECT_EQ(
+      dumpJSON(toValue(result)),
+      R"({"date":"1970-01-01T00:00:00.000Z","categories":[{"kind":"pip","bytes":5,"items":[{"id":"/p",)"
+      R"("kind":"pip","title":"pip","bytes":5,"urls":["/p"]}],"action":{"type":"trash"}},{"kind":"docker",)"
+      R"("bytes":7,"items":[{"id":"docker-prune","kind":"docker","title":"Docker","bytes":7,"urls":[]}],)"
+      R"("action":{"type":"command","path":"/usr/bin/docker","arguments":["system","prune","-f"],)"
+      R"("timeout":300.0},"note":"n"}]})");
+}
+
+TEST(CatalogueTests, linuxNamesItsOwnFolders) {
+  setLocalization(linuxStorageWords());
+  EXPECT_EQ(title(StorageGroup::mac), "Your computer");
+  EXPECT_THAT(explanation(appCaches), testing::HasSubstr("~/.cache"));
+  setLocalization({});
+}
+
+} // namespace
+} // namespace korvell

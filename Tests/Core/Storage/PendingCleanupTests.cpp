@@ -1,0 +1,112 @@
+#include "Core/Storage/PendingCleanup.h"
+
+#include <gmock/gmock.h>
+
+namespace korvell {
+namespace {
+
+using enum StorageKind;
+
+StorageCategory pipCategory(int count) {
+  std::vector<StorageItem> items;
+  for (int i = 1; i <= count; ++i) {
+    const auto path = "/home/u/" + std::to_string(i);
+    items.push_back({.id = path, .kind = pip, .title = "t", .bytes = 1'000'000, .urls = {path}});
+  }
+  return *category(pip, items);
+}
+
+StorageCategory commandCategory(StorageKind kind, StorageItem item, StorageAction action) {
+  item.kind = kind;
+  auto found = *category(kind, {std::move(item)});
+  found.action = std::move(action);
+  return found;
+}
+
+PendingCleanup everything(const StorageScanResult& result) {
+  std::vector<std::string> ids;
+  for (const auto& category : result.categories)
+    for (const auto& item : category.items) ids.push_back(item.id);
+  return PendingCleanup::of(result, ids, "/home/u");
+}
+
+TEST(PendingCleanupTests, movingNamesTheFirstFourItems) {
+  const struct {
+    int count;
+    const char* message;
+  } rows[] = {
+      {1, "Moves to the Trash:\n~/1\nYou can put it back from the Trash."},
+      {4, "Moves to the Trash:\n~/1\n~/2\n~/3\n~/4\nYou can put them back from the Trash."},
+      {5, "Moves to the Trash:\n~/1\n~/2\n~/3\n~/4\nand 1 more\nYou can put them back from the Trash."},
+      {6, "Moves to the Trash:\n~/1\n~/2\n~/3\n~/4\nand 2 more\nYou can put them back from the Trash."},
+  };
+  for (const auto& row : rows) {
+    const auto pending = everything({{pipCategory(row.count)}, Date{}});
+    EXPECT_EQ(pending.message(), row.message);
+    EXPECT_EQ(pending.title(), "Move " + std::to_string(row.count) + ".00 MB to the Trash?");
+    EXPECT_EQ(pending.button(), "Move to Trash");
+  }
+}
+
+TEST(PendingCleanupTests, whatIsLostForGoodIsSaid) {
+  const auto xcrun =
+      StorageAction::command("/usr/bin/xcrun", {"simctl", "delete", "unavailable"}, Seconds{120});
+  const auto brew =
+      StorageAction::command("/opt/homebrew/bin/brew", {"cleanup", "--prune=all"}, Seconds{600});
+  const auto prune = StorageAction::command("/usr/bin/docker", {"system", "prune", "-f"}, Seconds{300});
+  const struct {
+    StorageCategory category;
+    const char* message;
+    const char* action;
+  } rows[] = {
+      {commandCategory(simulatorDevices, {.id = "simctl-unavailable", .title = "3 simulators"}, xcrun),
+       "Runs \"xcrun simctl delete unavailable\". Permanently deletes 3 simulators for OS versions that are "
+       "no longer "
+       "installed, with their apps and data. This cannot be undone.",
+       "Clean Up…"},
+      {commandCategory(homebrew, {.id = "/home/u/.cache/Homebrew"}, brew),
+       "Runs \"brew cleanup --prune=all\". Permanently deletes the downloads in ~/.cache/Homebrew and old "
+       "versions of "
+       "what you installed. This cannot be undone.",
+       "Clean Up…"},
+      {commandCategory(docker, {.id = "docker-prune"}, prune),
+       "Runs \"docker system prune -f\". Permanently deletes every stopped container, networks no container "
+       "uses, "
+       "dangling images and unused build cache. Tagged images and volumes are kept. Stopped containers "
+       "cannot be "
+       "recovered.",
+       "Prune…"},
+      {commandCategory(trash, {.id = "t"}, StorageAction::emptyTrash()),
+       "Permanently deletes everything in your Trash (~/.Trash). This cannot be undone.", "Empty Trash…"},
+      {commandCategory(npm, {.id = "n"}, StorageAction::command("/bin/npm", {"x"}, Seconds{1})),
+       "Runs \"npm x\". This cannot be undone.", "Clean Up…"},
+  };
+  for (const auto& row : rows) {
+    const auto pending = everything({{row.category}, Date{}});
+    EXPECT_EQ(pending.message(), row.message);
+    EXPECT_EQ(pending.title(), "Free 0 B?");
+    EXPECT_EQ(pending.button(), "Delete Permanently");
+    EXPECT_EQ(actionTitle(row.category), row.action);
+  }
+}
+
+TEST(PendingCleanupTests, onePermanentCategoryMakesTheWholeCleanupPermanent) {
+  const auto bin = commandCategory(trash, {.id = "t"}, StorageAction::emptyTrash());
+  const auto pending = everything({{pipCategory(1), bin}, Date{}});
+  EXPECT_EQ(pending.button(), "Delete Permanently");
+  EXPECT_THAT(pending.message(), testing::HasSubstr("from the Trash.\n\nPermanently deletes"));
+}
+
+TEST(PendingCleanupTests, onlyTickedItemsOfTheResultAreTaken) {
+  const StorageScanResult result{{pipCategory(3)}, Date{}};
+  const auto first = PendingCleanup::of(result, {"/home/u/2", "/gone"}, "/home/u");
+  ASSERT_EQ(first.items.size(), 1u);
+  EXPECT_EQ(first.items[0].id, "/home/u/2");
+  const auto none = PendingCleanup::of(result, {"/gone"}, "/home/u");
+  EXPECT_TRUE(none.items.empty());
+  EXPECT_TRUE(none.categories.empty());
+  EXPECT_NE(first.id, none.id);
+}
+
+} // namespace
+} // namespace korvell
