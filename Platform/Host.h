@@ -21,6 +21,8 @@ struct Host {
   std::unique_ptr<ProcessTable> processes;
   std::unique_ptr<ProcessControl> processControl;
   std::unique_ptr<RunningApplications> applications;
+  BundleInfo
+      bundleInfo; ///< empty where applications are no bundles; where they are, MacOwners decides owners
 };
 
 Host makeHost(const Environment& environment);

@@ -14,6 +14,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -92,6 +93,10 @@ public:
   /// True when energy is a share of the processor package's and no counter of the process's own.
   virtual bool energyIsEstimate() const = 0;
 };
+
+/// A text of an application bundle's information ("CFBundleName"), or nothing when it has none.
+using BundleInfo =
+    std::function<std::optional<std::string>(const std::string& bundlePath, std::string_view key)>;
 
 /// An application as the system's own list of running applications knows it.
 struct RunningApplication {

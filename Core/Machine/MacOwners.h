@@ -10,17 +10,12 @@
 
 #include "Core/Machine/Owners.h"
 
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 
 namespace korvell {
-
-/// A text of an application bundle's information ("CFBundleName"), or nothing when it has none.
-using BundleInfo =
-    std::function<std::optional<std::string>(const std::string& bundlePath, std::string_view key)>;
 
 /// The outermost application bundle around a path: "/Applications/A.app" for anything inside it.
 std::optional<std::string> bundlePathAround(std::string_view path);

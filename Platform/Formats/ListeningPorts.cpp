@@ -21,8 +21,8 @@ void insertSorted(std::vector<int>& ports, int port) {
 
 } // namespace
 
-std::unordered_map<ProcessID, std::vector<int>> parseListeningPorts(std::string_view listing) {
-  std::unordered_map<ProcessID, std::vector<int>> table;
+PortsByPID parseListeningPorts(std::string_view listing) {
+  PortsByPID table;
   std::optional<ProcessID> pid;
   for (const auto line : splitLines(listing)) {
     if (line.starts_with('p')) {
@@ -32,6 +32,13 @@ std::unordered_map<ProcessID, std::vector<int>> parseListeningPorts(std::string_
     }
   }
   return table;
+}
+
+PortsByPID readListeningPorts(const CommandRunner& run) {
+  // No name look-ups; fields process id and name. The exit status says only whether anything was found.
+  const auto result = run("/usr/sbin/lsof", {"-nP", "-iTCP", "-sTCP:LISTEN", "-F", "pn"}, Seconds{4});
+  if (!result || result->timedOut) return {};
+  return parseListeningPorts(result->output);
 }
 
 } // namespace korvell

@@ -3,16 +3,18 @@
 // with the process id, then a line "n" with an address for each socket ("n127.0.0.1:5432", "n[::1]:5432",
 // "n*:3000"). Some versions print more fields; lines with another first letter mean nothing here.
 
+#include "Base/Shell.h"
 #include "Platform/ProcessTable.h"
 
 #include <string_view>
-#include <unordered_map>
-#include <vector>
 
 namespace korvell {
 
 /// Each port once, ascending (it is listed once for IPv4 and once for IPv6). Lines that do not parse are
 /// skipped; addresses below a process line that does not parse belong to nobody.
-std::unordered_map<ProcessID, std::vector<int>> parseListeningPorts(std::string_view listing);
+PortsByPID parseListeningPorts(std::string_view listing);
+
+/// Asks lsof, for at most 4 seconds. Empty when it fails or takes longer.
+PortsByPID readListeningPorts(const CommandRunner& run);
 
 } // namespace korvell

@@ -29,20 +29,37 @@ TEST(ProcessTrafficTests, aLoneLineIsAHeader) {
   EXPECT_EQ(parseProcessTraffic("ok.2,3,4,\n"), ProcessTraffic{});
 }
 
-TEST(ProcessTrafficTests, aSlowOrMissingProgramTellsNothing) {
-  std::optional<ShellResult> answer = ShellResult{.output = "\nok.2,3,4,\n"};
-  const CommandRunner run = [&](const std::string& path, const std::vector<std::string>& arguments,
-                                Seconds timeout) {
-    EXPECT_EQ(path, "/usr/bin/nettop");
-    EXPECT_EQ(arguments, (std::vector<std::string>{"-P", "-L", "1", "-x", "-n", "-J", "bytes_in,bytes_out"}));
-    EXPECT_EQ(timeout, Seconds{3});
-    return answer;
-  };
-  EXPECT_EQ(readProcessTraffic(run), (ProcessTraffic{{2, {3, 4}}}));
-  answer->timedOut = true;
-  EXPECT_EQ(readProcessTraffic(run), ProcessTraffic{});
-  answer.reset();
-  EXPECT_EQ(readProcessTraffic(run), ProcessTraffic{});
+/// Answers one command line and fails the test at any other.
+struct Program {
+  std::string commandLine;
+  Seconds timeout;
+  std::optional<ShellResult> answer;
+
+  CommandRunner runner() {
+    return [this](const std::string& path, const std::vector<std::string>& arguments, Seconds limit) {
+      std::string line = path;
+      for (const auto& argument : arguments) line += " " + argument;
+      EXPECT_EQ(line, commandLine);
+      EXPECT_EQ(limit, timeout);
+      return answer;
+    };
+  }
+};
+
+TEST(ProgramsTests, aSlowOrMissingProgramTellsNothing) {
+  Program nettop{"/usr/bin/nettop -P -L 1 -x -n -J bytes_in,bytes_out", Seconds{3},
+                 ShellResult{.output = "\nok.2,3,4,\n"}};
+  EXPECT_EQ(readProcessTraffic(nettop.runner()), (ProcessTraffic{{2, {3, 4}}}));
+  Program lsof{"/usr/sbin/lsof -nP -iTCP -sTCP:LISTEN -F pn", Seconds{4},
+               ShellResult{.output = "p2\nn*:80\n", .exitStatus = 1}};
+  EXPECT_EQ(readListeningPorts(lsof.runner()), (PortsByPID{{2, {80}}}));
+
+  nettop.answer->timedOut = lsof.answer->timedOut = true;
+  EXPECT_EQ(readProcessTraffic(nettop.runner()), ProcessTraffic{});
+  EXPECT_EQ(readListeningPorts(lsof.runner()), PortsByPID{});
+  nettop.answer = lsof.answer = std::nullopt;
+  EXPECT_EQ(readProcessTraffic(nettop.runner()), ProcessTraffic{});
+  EXPECT_EQ(readListeningPorts(lsof.runner()), PortsByPID{});
 }
 
 TEST(LaunchJobsTests, theLabelIsWhatFollowsTheSecondTab) {
@@ -60,7 +77,7 @@ TEST(LaunchJobsTests, theLabelIsWhatFollowsTheSecondTab) {
   EXPECT_EQ(parseLaunchJobs(""), std::set<std::string>{});
 }
 
-using Ports = std::unordered_map<ProcessID, std::vector<int>>;
+using Ports = PortsByPID;
 
 TEST(ListeningPortsTests, portsBelongToTheProcessAboveThem) {
   EXPECT_EQ(parseListeningPorts("p412\nf23\nn127.0.0.1:5432\nf24\nn[::1]:5432\n"
