@@ -1,0 +1,82 @@
+#pragma once
+// Calendar days and the time of day where the user is.
+//
+// A zone answers one question: how far ahead of UTC its clocks are at an instant. Everything else is
+// arithmetic on that answer, so that rules can be tested with any zone and no environment variable. All
+// functions may be called from any thread.
+
+#include "Base/Date.h"
+
+#include <compare>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace korvell {
+
+class TimeZone {
+public:
+  virtual ~TimeZone() = default;
+  /// Seconds that local clocks show more than UTC at this instant (whole seconds since 1970).
+  virtual int secondsFromGMT(std::int64_t instant) const = 0;
+  /// Reads again which zone the user is in. Long-running work calls it before each round.
+  virtual void reload() {}
+};
+
+/// The process's zone: TZ, or the machine's setting.
+class SystemTimeZone final : public TimeZone {
+public:
+  SystemTimeZone();
+  int secondsFromGMT(std::int64_t instant) const override;
+  void reload() override;
+};
+
+/// A date without a time or a zone, counted in days from 1970-01-01 in the Gregorian calendar.
+struct CalendarDay {
+  std::int64_t number = 0;
+
+  /// Months outside 1 to 12 and days outside the month carry over, as mktime's do.
+  static CalendarDay of(std::int64_t year, std::int64_t month, std::int64_t day);
+  friend constexpr auto operator<=>(CalendarDay, CalendarDay) = default;
+  friend constexpr CalendarDay operator+(CalendarDay d, std::int64_t days) { return {d.number + days}; }
+};
+
+/// What a clock on the wall and a calendar beside it show.
+struct LocalTime {
+  std::int64_t year = 1970;
+  int month = 1;   ///< 1 to 12
+  int day = 1;     ///< 1 to 31
+  int weekday = 4; ///< 0 is Sunday
+  int hour = 0, minute = 0, second = 0;
+  bool operator==(const LocalTime&) const = default;
+};
+
+LocalTime localTime(const TimeZone& zone, Date date);
+CalendarDay localDay(const TimeZone& zone, Date date);
+/// The first instant of a day. Where clocks skip midnight it is the instant after the gap.
+Date startOfDay(const TimeZone& zone, CalendarDay day);
+
+/// "2026-03-01"
+std::string dayText(CalendarDay day);
+/// Reads "yyyy-MM-dd", four, two and two digits of a day that exists. Nothing for any other text.
+std::optional<CalendarDay> parseDay(std::string_view text);
+/// "Sunday" for 0, localised.
+std::string weekdayName(int weekday);
+
+/// localDay() for many instants: the zone is asked twice for each UTC day, and for every instant only on
+/// days on which its clocks change. For one thread; to be made anew when the zone is reloaded.
+class LocalDays {
+public:
+  explicit LocalDays(const TimeZone& zone) : zone_(zone) {}
+  CalendarDay day(std::int64_t instant);
+
+private:
+  std::optional<int> offsetOfDay(std::int64_t utcDay);
+
+  const TimeZone& zone_;
+  std::unordered_map<std::int64_t, std::optional<int>> offsets_;
+};
+
+} // namespace korvell
