@@ -1,0 +1,61 @@
+#pragma once
+// How much of a Codex plan's rolling allowances is spent, as Codex itself writes into its logs.
+
+#include "Base/Record.h"
+#include "Core/AIUsage/LogLines.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace korvell {
+
+/// One allowance.
+struct AIPlanLimit {
+  double usedPercent = 0; ///< 0 to 100, as Codex reports it
+  std::int64_t windowMinutes = 0;
+  Date resetsAt;
+
+  /// "Weekly", "5-hour", "3-day", "2-hour"; localised.
+  std::string name() const;
+
+  bool operator==(const AIPlanLimit&) const = default;
+  static constexpr auto fields() {
+    return std::tuple{Field{"usedPercent", &AIPlanLimit::usedPercent},
+                      Field{"windowMinutes", &AIPlanLimit::windowMinutes},
+                      Field{"resetsAt", &AIPlanLimit::resetsAt}};
+  }
+};
+
+/// One reading.
+struct AICodexLimits {
+  Date date; ///< when Codex wrote it
+  std::optional<std::string> plan;
+  std::optional<AIPlanLimit> primary, secondary;
+
+  /// Those that are present, primary first.
+  std::vector<AIPlanLimit> limits() const;
+  /// The one of which most is spent among those that have not been reset yet; primary before secondary.
+  std::optional<AIPlanLimit> tightest(Date now) const;
+
+  bool operator==(const AICodexLimits&) const = default;
+  static constexpr auto fields() {
+    return std::tuple{Field{"date", &AICodexLimits::date}, Field{"plan", &AICodexLimits::plan},
+                      Field{"primary", &AICodexLimits::primary},
+                      Field{"secondary", &AICodexLimits::secondary}};
+  }
+};
+
+/// Keeps the newer reading: `held` is replaced unless `reading` is earlier.
+void keepNewer(std::optional<AICodexLimits>& held, AICodexLimits reading);
+
+/// The reading of a log line; nothing without a timestamp.
+std::optional<AICodexLimits> limitsReading(std::optional<std::string_view> timestamp,
+                                           const CodexRateLimits& limits);
+
+// The database's form: JSON with instants as seconds since 2001-01-01 UTC.
+std::string encodeLimits(const AICodexLimits& limits);
+std::optional<AICodexLimits> decodeLimits(std::string_view json);
+
+} // namespace korvell

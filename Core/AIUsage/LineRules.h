@@ -1,0 +1,119 @@
+#pragma once
+// From raw lines to what they add.
+//
+// A file's lines are turned into events by one thread; events of all files are merged in the files' order
+// by Accounting (Accounting.h). What depends on other files, whether a message was already counted
+// elsewhere, is left to the merging, and so is everything that depends on it: that is why an event carries
+// the project only where its own line names one.
+
+#include "Core/AIUsage/CodexLimits.h"
+#include "Core/AIUsage/LineSearch.h"
+#include "Core/AIUsage/LogLines.h"
+#include "Core/AIUsage/UsageRecords.h"
+
+#include <array>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+namespace korvell {
+
+/// Texts kept once, at addresses that stay.
+class StringPool {
+public:
+  const std::string* intern(std::string_view text);
+  std::size_t bytes() const { return bytes_; }
+  void clear();
+
+private:
+  struct Hash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
+  };
+  std::unordered_set<std::string, Hash, std::equal_to<>> texts_;
+  const std::string* last_ = nullptr;
+  std::size_t bytes_ = 0;
+};
+
+struct UsageEvent {
+  std::optional<std::uint64_t> key; ///< of the message; absent where nothing tells it from others
+  bool counted = true;              ///< false: the key is spent, nothing is added
+  bool namesProject = false;        ///< the project holds for the file's later lines too
+  CalendarDay day;
+  const std::string* model = nullptr;
+  const std::string* project = nullptr; ///< null: the file's current one
+  Counts counts;
+};
+
+/// Part of a file's events, in order. Its texts live as long as its pool.
+struct EventBatch {
+  std::vector<UsageEvent> events;
+  std::optional<AICodexLimits> limits; ///< the newest reading
+  StringPool texts;
+
+  std::size_t bytes() const { return events.size() * sizeof(UsageEvent) + texts.bytes(); }
+  void clear();
+};
+
+/// Remembers some of the keys that went by, and never one that did not: a hit spares the decoding.
+class RecentKeys {
+public:
+  bool contains(std::uint64_t key) const { return slots_[key % slots_.size()] == key && key != 0; }
+  void add(std::uint64_t key) { slots_[key % slots_.size()] = key; }
+
+private:
+  std::array<std::uint64_t, 8'192> slots_{};
+};
+
+/// What one thread needs to work on lines.
+struct LineTools {
+  LineDecoder decoder;
+  LocalDays days;
+  RecentKeys keys;
+  std::string home;
+
+  LineTools(const TimeZone& zone, std::string home) : days(zone), home(std::move(home)) {}
+};
+
+/// The lines of one Claude Code file.
+class ClaudeLines {
+public:
+  ClaudeLines(LineTools& tools, EventBatch& batch) : tools_(tools), batch_(batch) {}
+
+  /// One line without its line feed, LineDecoder::padding readable bytes behind it. True when an event that
+  /// counts was added.
+  bool line(std::string_view line);
+  /// Whole lines, each with its line feed: the same as line() for each of them.
+  void lines(std::string_view lines);
+
+private:
+  bool decodedLine(std::string_view line, std::optional<std::uint64_t> key);
+
+  LineTools& tools_;
+  EventBatch& batch_;
+  std::string cwd_;
+  std::string project_; ///< of cwd_
+};
+
+/// The lines of one Codex file.
+class CodexLines {
+public:
+  CodexLines(LineTools& tools, EventBatch& batch, FileState& file)
+      : tools_(tools), batch_(batch), file_(file) {}
+
+  bool line(std::string_view line);
+  void lines(std::string_view lines);
+
+private:
+  void context(const CodexPayload& payload);
+  bool tokenCount(const CodexLine& line);
+
+  LineTools& tools_;
+  EventBatch& batch_;
+  FileState& file_;
+};
+
+/// The key of a Claude Code line's message and request, cut out of the raw bytes; nothing without an id.
+std::optional<std::uint64_t> messageKey(std::string_view line);
+
+} // namespace korvell

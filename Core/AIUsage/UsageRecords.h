@@ -1,0 +1,68 @@
+#pragma once
+// What the scanner counts, and where it stands in each file.
+
+#include "Base/LocalTime.h"
+#include "Base/Record.h"
+#include "Core/AIUsage/AITool.h"
+
+#include <cstdint>
+#include <string>
+
+namespace korvell {
+
+/// Ends the process: a sum of tokens no longer fits 64 bits. No tool writes such numbers, and a figure that
+/// wrapped would be stored for good; nothing of the running scan has been.
+[[noreturn]] void tokenCountOverflow();
+std::int64_t addTokens(std::int64_t a, std::int64_t b);
+std::int64_t subtractTokens(std::int64_t a, std::int64_t b);
+
+/// Tokens. `cacheWrite1h` is the part of `cacheWrite` that is held for an hour.
+struct Counts {
+  std::int64_t input = 0, output = 0, cacheWrite = 0, cacheWrite1h = 0, cacheRead = 0;
+
+  bool operator==(const Counts&) const = default;
+  Counts& operator+=(const Counts& other);
+  /// All tokens; the hour's share is part of the writes.
+  std::int64_t total() const;
+};
+
+/// One row of the usage table.
+struct Bucket {
+  CalendarDay day; ///< local
+  AITool tool = AITool::claude;
+  std::string model;
+  std::string project;
+
+  bool operator==(const Bucket&) const = default;
+};
+
+struct BucketHash {
+  std::size_t operator()(const Bucket& bucket) const;
+};
+
+/// How far a log file is read, and what later lines need to know of earlier ones.
+struct FileState {
+  std::int64_t offset = 0;    ///< bytes consumed; always just after a line feed
+  std::int64_t lastTotal = 0; ///< Codex: the last running total
+  std::string model = "unknown";
+  std::string project;
+
+  bool operator==(const FileState&) const = default;
+};
+
+struct AIScanStats {
+  std::int64_t files = 0;   ///< files with new bytes
+  std::int64_t bytes = 0;   ///< new bytes in them
+  std::int64_t records = 0; ///< lines that were counted
+  double seconds = 0;       ///< by the clock on the wall
+  double cpuSeconds = 0;    ///< of all threads that took part
+
+  bool operator==(const AIScanStats&) const = default;
+  static constexpr auto fields() {
+    return std::tuple{Field{"files", &AIScanStats::files}, Field{"bytes", &AIScanStats::bytes},
+                      Field{"records", &AIScanStats::records}, Field{"seconds", &AIScanStats::seconds},
+                      Field{"cpuSeconds", &AIScanStats::cpuSeconds}};
+  }
+};
+
+} // namespace korvell
