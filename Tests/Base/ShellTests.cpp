@@ -125,7 +125,7 @@ TEST(Shell, timeOuts) {
   EXPECT_EQ(obedient->exitStatus, 128 + SIGTERM);
 
   const auto tidy = script(
-      "trap 'echo bye; exit 5' TERM; echo hi; for i in 1 2 3 4 5 6 7 8 9; do sleep 0.1; done", Seconds{0.8});
+      "trap 'echo bye; exit 5' TERM; echo hi; for i in 1 2 3 4 5 6 7 8 9; do sleep 0.5; done", Seconds{0.8});
   ASSERT_TRUE(tidy);
   EXPECT_TRUE(tidy->timedOut);
   EXPECT_EQ(tidy->output, "hi\nbye\n");
