@@ -2,7 +2,7 @@
 // fails.
 
 #include "Base/Shell.h"
-#include "Base/Text.h"
+#include "Tests/Fakes/TemporaryFolder.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -20,14 +20,6 @@ constexpr Seconds ample{60};
 std::optional<ShellResult> script(const std::string& text, Seconds timeout = ample) {
   return Shell::run("/bin/sh", {"-c", text}, timeout);
 }
-
-struct Folder {
-  std::string path = [] {
-    char name[] = "/tmp/korvell-shell-XXXXXX";
-    return std::string(mkdtemp(name));
-  }();
-  ~Folder() { (void)!std::system(("rm -rf " + path).c_str()); }
-};
 
 } // namespace
 
@@ -64,13 +56,13 @@ TEST(Shell, argumentsArriveAsTheyAre) {
 }
 
 TEST(Shell, whatCannotBeStartedHasNoResult) {
-  const Folder folder;
-  const std::string plain = folder.path + "/plain", text = folder.path + "/text";
+  const TemporaryFolder folder;
+  const std::string plain = folder / "plain", text = folder / "text";
   ASSERT_EQ(
       std::system(("echo echo a > " + plain + "; echo echo a > " + text + "; chmod +x " + text).c_str()), 0);
   for (const std::string& path :
        {std::string("/nonexistent/program"), std::string("sh"), std::string("bin/sh"), std::string(),
-        folder.path, plain, text /* no program and no #! line: only a shell would run it */,
+        folder.path().string(), plain, text /* no program and no #! line: only a shell would run it */,
         std::string("/bin/sh\0x", 9)})
     EXPECT_FALSE(Shell::run(path, {}, ample)) << path;
   EXPECT_FALSE(Shell::run("/bin/sh", {"-c", std::string("echo a\0b", 8)}, ample)) << "NUL in an argument";
@@ -143,8 +135,8 @@ TEST(Shell, timeOuts) {
 }
 
 TEST(Shell, noChildInTheGroupSurvivesATimeOut) {
-  const Folder folder;
-  const std::string fifo = folder.path + "/fifo";
+  const TemporaryFolder folder;
+  const std::string fifo = folder / "fifo";
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
   const int reading = open(fifo.c_str(), O_RDONLY | O_NONBLOCK);
   ASSERT_GE(reading, 0);

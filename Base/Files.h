@@ -1,0 +1,24 @@
+#pragma once
+// Small files as a whole. Blocking; from any thread.
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace korvell {
+
+/// The bytes of a regular file. Without them `error` tells why: ENOENT and the like from opening and reading,
+/// EFBIG for more than `most` bytes, EINVAL for what is no regular file (a pipe is not waited for).
+std::optional<std::string> readFile(const std::string& path, std::size_t most, int* error = nullptr);
+
+/// Where a path leads when it is a symbolic link, which may dangle; the path itself otherwise. Empty for a
+/// circle.
+std::string followedLinks(const std::string& path);
+
+/// Replaces or creates a file so that a reader sees the old bytes or the new ones, also after a power cut:
+/// written aside in the same folder, flushed to the disk, renamed. A symbolic link stays one and its target
+/// is replaced. The file has mode 0600. False when that can't be done; the old file is untouched then.
+[[nodiscard]] bool replaceFile(const std::string& path, std::string_view bytes);
+
+} // namespace korvell

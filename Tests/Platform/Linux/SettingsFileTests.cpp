@@ -1,0 +1,183 @@
+#include "Base/FileLock.h"
+#include "Base/Files.h"
+#include "Platform/Linux/SettingsFile.h"
+#include "Tests/Contracts/UserDefaultsContract.h"
+#include "Tests/Fakes/FakeClock.h"
+#include "Tests/Fakes/TemporaryFolder.h"
+
+#include <csignal>
+#include <fstream>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace korvell;
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+
+namespace {
+
+struct World final : UserDefaultsWorld {
+  TemporaryFolder home;
+  FakeClock clock;
+  const std::string folder = home / "config/korvell";
+  const std::string path = folder + "/settings.json";
+  std::unique_ptr<UserDefaults> open() override { return std::make_unique<SettingsFile>(folder, clock); }
+
+  std::string text() const { return readFile(path, 1 << 20).value_or("(no file)"); }
+  void write(const std::string& bytes) const {
+    std::filesystem::create_directories(folder);
+    std::ofstream(path, std::ios::binary) << bytes;
+  }
+  std::vector<std::string> files() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+      names.push_back(entry.path().filename().string());
+    return names;
+  }
+};
+
+mode_t modeOf(const std::string& path) {
+  struct stat info {};
+  return stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
+}
+
+} // namespace
+
+namespace korvell {
+INSTANTIATE_TEST_SUITE_P(SettingsFile, UserDefaultsContract,
+                         testing::Values([] { return std::make_unique<World>(); }));
+} // namespace korvell
+
+TEST(SettingsFile, isATextForPeople) {
+  World w;
+  auto defaults = w.open();
+  defaults->set("weeklyReport.enabled", false);
+  defaults->set("alert.cpu", true);
+  defaults->set("weeklyReport.enabled", true);
+  EXPECT_EQ(w.text(), "{\n  \"weeklyReport.enabled\": true,\n  \"alert.cpu\": true\n}\n");
+  w.write("\n{\"alert.cpu\":false, \"mine\": [1],\n \"nothing\": null}");
+  EXPECT_FALSE(defaults->boolean("alert.cpu", true));
+  EXPECT_FALSE(defaults->value("nothing"));
+  defaults->set("menuBarStyle", "icon");
+  EXPECT_EQ(defaults->value("mine"), Value(Value::Array{1})) << "members that nobody knows stay";
+}
+
+TEST(SettingsFile, isForItsUserOnly) {
+  World w;
+  umask(0);
+  EXPECT_TRUE(w.open()->set("a", 1));
+  EXPECT_EQ(modeOf(w.path), 0600u);
+  EXPECT_EQ(modeOf(w.path + ".lock"), 0600u);
+  EXPECT_EQ(modeOf(w.folder), 0700u);
+  umask(022);
+}
+
+TEST(SettingsFile, readingMakesNothingAndAChangeWithoutDifferenceWritesNothing) {
+  World w;
+  EXPECT_FALSE(w.open()->value("a"));
+  EXPECT_FALSE(std::filesystem::exists(w.folder));
+  w.write("{\"a\":1}");
+  EXPECT_TRUE(w.open()->set("a", 1));
+  EXPECT_TRUE(w.open()->remove("b"));
+  EXPECT_EQ(w.text(), "{\"a\":1}");
+}
+
+TEST(SettingsFile, whatIsNoSettingsIsKeptAside) {
+  for (const std::string damaged : {"{\"a\": 1", "[1]", "null", "\xff\xfe{}", "{\"a\":1}{}"}) {
+    World w;
+    w.clock.wall = {1'772'366'400};
+    w.write(damaged);
+    EXPECT_FALSE(w.open()->value("a")) << damaged;
+    EXPECT_EQ(w.text(), damaged) << "reading leaves it alone";
+    EXPECT_TRUE(w.open()->set("b", 2)) << damaged;
+    w.write(damaged);
+    EXPECT_TRUE(w.open()->set("c", 3)) << "a second one in the same second";
+    EXPECT_EQ(w.open()->integer("c"), 3) << damaged;
+    EXPECT_THAT(w.files(), UnorderedElementsAre("settings.json", "settings.json.lock",
+                                                "settings.json.damaged-2026-03-01T12:00:00.000Z",
+                                                "settings.json.damaged-2026-03-01T12:00:00.000Z-again"));
+    EXPECT_EQ(readFile(w.path + ".damaged-2026-03-01T12:00:00.000Z", 100), damaged);
+  }
+  World empty;
+  empty.write(" \n");
+  EXPECT_TRUE(empty.open()->set("a", 1));
+  EXPECT_THAT(empty.files(), UnorderedElementsAre("settings.json", "settings.json.lock"));
+}
+
+TEST(SettingsFile, linksStayLinks) {
+  World w;
+  std::filesystem::create_directories(w.folder);
+  const std::string target = w.home / "dotfiles.json";
+  std::filesystem::create_symlink("../../dotfiles.json", w.path); // to nothing yet
+  EXPECT_TRUE(w.open()->set("a", 1));
+  EXPECT_TRUE(w.open()->set("a", 2));
+  EXPECT_TRUE(std::filesystem::is_symlink(w.path));
+  EXPECT_EQ(readFile(target, 100), "{\n  \"a\": 2\n}\n");
+  std::filesystem::remove(w.path);
+  std::filesystem::create_symlink("settings.json", w.path); // to itself
+  EXPECT_FALSE(w.open()->set("a", 3));
+}
+
+TEST(SettingsFile, aChangeThatCannotBeStoredSaysSoAndHarmsNothing) {
+  World w;
+  ASSERT_TRUE(w.open()->set("a", 1));
+  const auto before = w.text();
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit limit{};
+  getrlimit(RLIMIT_FSIZE, &limit);
+  const rlimit tiny{10, limit.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &tiny); // what follows is written in part
+  const bool stored = w.open()->set("b", "a longer text than that");
+  setrlimit(RLIMIT_FSIZE, &limit);
+  std::signal(SIGXFSZ, handler);
+  EXPECT_FALSE(stored);
+  EXPECT_EQ(w.text(), before);
+  EXPECT_THAT(w.files(), UnorderedElementsAre("settings.json", "settings.json.lock"));
+
+  std::filesystem::remove(w.path);
+  std::filesystem::create_directory(w.path); // no regular file: neither readable nor replaced
+  EXPECT_FALSE(w.open()->set("b", 2));
+  EXPECT_TRUE(std::filesystem::is_directory(w.path));
+}
+
+TEST(SettingsFile, processesDoNotLoseEachOthersChanges) {
+  World w;
+  constexpr int processes = 3, changes = 12;
+  for (int process = 0; process < processes; ++process) {
+    if (fork() != 0) continue;
+    bool good = true;
+    auto defaults = w.open();
+    for (int i = 1; i <= changes; ++i) {
+      good = good && defaults->update("shared", [](std::optional<Value> stored) -> std::optional<Value> {
+        return Value(stored ? stored->asInt().value() + 1 : 1);
+      });
+      good = good && defaults->set("own." + std::to_string(process), i);
+    }
+    _exit(good ? 0 : 1);
+  }
+  for (int process = 0, status = 0; process < processes; ++process) {
+    ASSERT_GT(wait(&status), 0);
+    EXPECT_EQ(status, 0);
+  }
+  EXPECT_EQ(w.open()->integer("shared"), processes * changes);
+  for (int process = 0; process < processes; ++process)
+    EXPECT_EQ(w.open()->integer("own." + std::to_string(process)), changes);
+  EXPECT_THAT(w.files(), UnorderedElementsAre("settings.json", "settings.json.lock"));
+}
+
+TEST(FileLock, isHeldByOneAndGivenBackAtTheEnd) {
+  const TemporaryFolder folder;
+  bool held = true;
+  {
+    const auto first = FileLock::acquire(folder / "lock", Seconds{0}, &held);
+    ASSERT_TRUE(first);
+    EXPECT_FALSE(held);
+    EXPECT_FALSE(FileLock::acquire(folder / "lock", Seconds{0}, &held));
+    EXPECT_TRUE(held);
+  }
+  EXPECT_TRUE(FileLock::acquire(folder / "lock", Seconds{0}));
+  EXPECT_FALSE(FileLock::acquire(folder / "missing/lock", Seconds{0}, &held));
+  EXPECT_FALSE(held);
+}
