@@ -1,0 +1,76 @@
+#include "Tool/Summary.h"
+
+#include "Base/Text.h"
+
+#include <gtest/gtest.h>
+
+namespace korvell {
+namespace {
+
+SystemSnapshot bigMachine() {
+  SystemSnapshot s;
+  s.cpu = {.total = 93.4,
+           .user = 60,
+           .system = 33.4,
+           .performanceCores = 96,
+           .efficiencyCores = 32,
+           .load1 = 140.25};
+  for (int i = 0; i < 128; ++i) s.cpu.perCore.push_back(i % 101);
+  s.memory = {.total = 1ull << 40,
+              .app = 900ull << 30,
+              .wired = 3ull << 30,
+              .compressed = 1ull << 30,
+              .cached = 50ull << 30,
+              .free = 70ull << 30,
+              .swapUsed = 12ull << 30,
+              .pressure = MemoryStats::Pressure::critical};
+  s.disk = {.readRate = 123'456'789,
+            .writeRate = 9'876'543'210,
+            .volumes = {{"日本語のボリューム", "/media/someone/日本語のボリューム", 2'000'000'000'000, 1},
+                        {"/", "/", 100, 0}}};
+  s.network = {.inRate = 1e9, .outRate = 1e9, .interface = "Thunderbolt Ethernet Slot 1 · enp0s31f6"};
+  s.gpu = {.name = "A graphics processor with a very long marketing name, revision 17",
+           .utilization = 71.5,
+           .memoryInUse = 24ull << 30};
+  s.battery = {.present = true,
+               .percent = 61,
+               .onAC = false,
+               .cycles = 1234,
+               .health = 82,
+               .temperature = 31.4,
+               .minutesRemaining = 161,
+               .systemPower = 112.6};
+  return s;
+}
+
+TEST(SummaryTests, everyLineFitsWhateverTheMachine) {
+  std::string sink;
+  const Terminal terminal(sink, 80, true, true);
+  for (const auto& snapshot : {bigMachine(), SystemSnapshot{}})
+    for (const int width : {80, 100, 120})
+      for (const auto& line : summaryLines(terminal, snapshot, width))
+        EXPECT_LE(inkedWidth(line), width) << line;
+}
+
+TEST(SummaryTests, manyCoresTakeAColumnEach) {
+  std::string sink;
+  const Terminal terminal(sink, 80);
+  int columns = 0;
+  for (const auto& line : summaryLines(terminal, bigMachine(), 80))
+    if (line.find("▁▁▁") != std::string::npos || line.find("▃▃▃") != std::string::npos)
+      columns += displayWidth(line) - 9;
+  EXPECT_EQ(columns, 128);
+}
+
+TEST(SummaryTests, whatCouldNotBeReadIsADash) {
+  std::string sink;
+  const Terminal terminal(sink, 80);
+  std::string all;
+  for (const auto& line : summaryLines(terminal, SystemSnapshot{}, 80)) all += line + "\n";
+  for (const char* expected : {"Memory   –\n", "GPU      –\n", "Power    –\n"})
+    EXPECT_NE(all.find(expected), std::string::npos) << all;
+  EXPECT_EQ(all.find("Battery"), std::string::npos) << "no battery, no line about one";
+}
+
+} // namespace
+} // namespace korvell
