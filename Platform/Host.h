@@ -13,7 +13,11 @@
 
 namespace korvell {
 
+/// Whose rules and tables apply. Every system's are compiled and tested everywhere; main picks by this.
+enum class SystemKind { linuxDesktop, macOS };
+
 struct Host {
+  SystemKind system = SystemKind::linuxDesktop;
   UserFolders folders;
   std::span<const LocalizedText> words; ///< the system's own words for localized()
   std::unique_ptr<UserDefaults> defaults;
@@ -21,8 +25,7 @@ struct Host {
   std::unique_ptr<ProcessTable> processes;
   std::unique_ptr<ProcessControl> processControl;
   std::unique_ptr<RunningApplications> applications;
-  BundleInfo
-      bundleInfo; ///< empty where applications are no bundles; where they are, MacOwners decides owners
+  BundleInfo bundleInfo; ///< empty where applications are no bundles
 };
 
 Host makeHost(const Environment& environment);

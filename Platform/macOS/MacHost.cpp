@@ -1,0 +1,24 @@
+#include "Base/Shell.h"
+#include "Platform/Host.h"
+#include "Platform/macOS/MacApplications.h"
+#include "Platform/macOS/MacMachineCounters.h"
+#include "Platform/macOS/MacProcessTable.h"
+#include "Platform/macOS/SystemUserDefaults.h"
+
+namespace korvell {
+
+Host makeHost(const Environment& environment) {
+  Host host;
+  host.system = SystemKind::macOS;
+  host.folders = macOSUserFolders(environment);
+  host.words = {}; // the keys are this system's words
+  host.defaults = std::make_unique<SystemUserDefaults>(host.folders.data);
+  host.machine = std::make_unique<MacMachineCounters>();
+  host.processes = std::make_unique<MacProcessTable>(Shell::run);
+  host.processControl = std::make_unique<MacProcessControl>();
+  host.applications = std::make_unique<MacRunningApplications>();
+  host.bundleInfo = macBundleInfo;
+  return host;
+}
+
+} // namespace korvell
