@@ -1,10 +1,11 @@
 #pragma once
 // A folder for one test, removed with everything in it.
 
-#include <cstdlib>
+#include <cstdlib> // mkdtemp on Linux
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <unistd.h> // mkdtemp on macOS
 
 namespace korvell {
 
