@@ -15,11 +15,13 @@ struct StartupItem {
 
   std::string label;                  ///< the job's name
   std::string plistPath;              ///< the file that defines it
-  std::optional<std::string> program; ///< absolute path; absent when the file names none
+  std::optional<std::string> program; ///< as a path where one is known; absent when the file names none
   Scope scope = Scope::user;
   bool runsAtLoad = false;
   bool keepAlive = false;
   bool isLoaded = false;
+  /// It names a program that no longer exists, as of the scan. Everything that asks goes by this field.
+  bool isLeftover = false;
 
   const std::string& id() const { return label; }
 
@@ -29,7 +31,7 @@ struct StartupItem {
         Field{"label", &StartupItem::label},           Field{"plistPath", &StartupItem::plistPath},
         Field{"program", &StartupItem::program},       Field{"scope", &StartupItem::scope},
         Field{"runsAtLoad", &StartupItem::runsAtLoad}, Field{"keepAlive", &StartupItem::keepAlive},
-        Field{"isLoaded", &StartupItem::isLoaded}};
+        Field{"isLoaded", &StartupItem::isLoaded},     Field{"isLeftover", &StartupItem::isLeftover}};
   }
 };
 

@@ -1,0 +1,62 @@
+#pragma once
+// The files by which the system starts programs by itself: launch agents and daemons on macOS, autostart
+// entries and systemd services on Linux. What the files say is read by Core/Startup.
+//
+// From any thread but the main one; files() reads the disk, the rest may start a program.
+
+#include "Base/Result.h"
+
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace korvell {
+
+/// Whose programs a file starts: this user's, every user's, or the system's own.
+enum class LaunchScope { user, allUsers, system };
+
+enum class LaunchFormat { propertyList, desktopEntry, systemdService };
+
+struct LaunchFile {
+  LaunchScope scope = LaunchScope::user;
+  LaunchFormat format = LaunchFormat::propertyList;
+  std::string path;  ///< absolute
+  std::string bytes; ///< its content
+  bool operator==(const LaunchFile&) const = default;
+};
+
+/// A job to be stopped before its file is removed.
+struct LaunchJob {
+  LaunchScope scope = LaunchScope::user;
+  std::string path; ///< of its file
+  std::string label;
+  bool operator==(const LaunchJob&) const = default;
+};
+
+/// Where programs are looked for that a file does not name by a path.
+struct ProgramPlaces {
+  std::vector<std::string> folders;      ///< of programs, in the order of the search
+  std::vector<std::string> flatpakRoots; ///< installations that hold app/ID for each application
+};
+
+class LaunchItems {
+public:
+  virtual ~LaunchItems() = default;
+  /// In the order of the scopes, in each in the order of the names' bytes. What can't be read, is no regular
+  /// file or is too large to be one of these is left out.
+  virtual std::vector<LaunchFile> files() = 0;
+  /// Labels of the jobs that the system has loaded, as far as this user may see them.
+  virtual std::set<std::string> loadedLabels(LaunchScope scope) = 0;
+  /// True only when nothing is at the path, or a link leads nowhere; false when that can't be told.
+  virtual bool isMissing(const std::string& path) = 0;
+  virtual const ProgramPlaces& places() const = 0;
+
+  /// Ends the job and keeps it from starting again, as far as the system lets this user. A job that isn't
+  /// loaded is no failure; a failure says that its file can't be removed, and nothing was changed.
+  virtual Outcome stop(const LaunchJob& job) = 0;
+  /// Tells the system that a file has gone.
+  virtual void removed(const LaunchJob& job) = 0;
+};
+
+} // namespace korvell
