@@ -1,0 +1,92 @@
+#include "Platform/Formats/LinuxMemory.h"
+
+#include "Platform/Formats/LinuxProcessor.h"
+#include "Platform/Formats/TextScanner.h"
+
+namespace korvell {
+
+namespace {
+
+struct Line {
+  std::string_view key;
+  std::uint64_t MemInfo::*field;
+};
+
+constexpr Line lines[] = {
+    {"MemTotal:", &MemInfo::total},
+    {"MemFree:", &MemInfo::free},
+    {"MemAvailable:", &MemInfo::available},
+    {"Buffers:", &MemInfo::buffers},
+    {"Cached:", &MemInfo::cached},
+    {"SwapTotal:", &MemInfo::swapTotal},
+    {"SwapFree:", &MemInfo::swapFree},
+    {"Zswap:", &MemInfo::zswap},
+    {"AnonPages:", &MemInfo::anonPages},
+    {"Shmem:", &MemInfo::shmem},
+    {"SReclaimable:", &MemInfo::sReclaimable},
+};
+
+std::uint64_t less(std::uint64_t a, std::uint64_t b) { return a > b ? a - b : 0; }
+
+} // namespace
+
+std::optional<MemInfo> parseMemInfo(std::string_view text) {
+  MemInfo info;
+  bool toldAvailable = false;
+  TextScanner scanner(text);
+  do {
+    const auto key = scanner.word();
+    for (const auto& line : lines) {
+      if (line.key != key) continue;
+      info.*line.field = scanner.number() * 1024;
+      toldAvailable |= line.field == &MemInfo::available;
+      break;
+    }
+  } while (scanner.nextLine());
+  if (info.total == 0) return std::nullopt;
+  if (!toldAvailable) info.available = info.free + info.cached + info.buffers;
+  return info;
+}
+
+std::optional<MemoryStall> parseMemoryStall(std::string_view text) {
+  std::optional<MemoryStall> stall;
+  TextScanner scanner(text);
+  do {
+    const auto kind = scanner.word();
+    auto average = scanner.word();
+    if (!average.starts_with("avg10=")) continue;
+    average.remove_prefix(6);
+    if (!stall) stall.emplace();
+    if (kind == "some") stall->some = parseDecimal(average).value_or(0);
+    if (kind == "full") stall->full = parseDecimal(average).value_or(0);
+  } while (scanner.nextLine());
+  return stall;
+}
+
+PressureLevel memoryPressure(const MemInfo& info, const std::optional<MemoryStall>& stall) {
+  const double available = double(info.available) / double(info.total) * 100;
+  const auto [some, full] = stall.value_or(MemoryStall{});
+  if (available < 5 || (available < 10 && full >= 10)) return PressureLevel::critical;
+  if (available < 12 || (available < 25 && some >= 10)) return PressureLevel::warning;
+  return PressureLevel::normal;
+}
+
+std::uint64_t parseZramUse(std::string_view mmStat) {
+  TextScanner scanner(mmStat);
+  scanner.skipWords(2); // uncompressed size, compressed size
+  return scanner.number();
+}
+
+MemoryCounters memoryCounters(const MemInfo& info, const std::optional<MemoryStall>& stall,
+                              std::uint64_t zramBytes) {
+  MemoryUse use;
+  use.app = info.anonPages + info.shmem;
+  use.cached = less(info.cached, info.shmem) + info.buffers + info.sReclaimable;
+  use.compressed = info.zswap + zramBytes;
+  use.wired = less(info.total, use.app + use.cached + use.compressed + info.free);
+  use.swapUsed = less(info.swapTotal, info.swapFree);
+  use.pressure = memoryPressure(info, stall);
+  return {info.total, use};
+}
+
+} // namespace korvell
