@@ -3,6 +3,7 @@
 
 #include <cstdlib> // mkdtemp on Linux
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <unistd.h> // mkdtemp on macOS
@@ -25,6 +26,11 @@ public:
 
   const std::filesystem::path& path() const { return path_; }
   std::string operator/(const std::string& name) const { return (path_ / name).string(); }
+  /// Creates the file with its folders, or writes it anew in place.
+  void write(const std::string& name, const std::string& text) const {
+    std::filesystem::create_directories((path_ / name).parent_path());
+    std::ofstream(path_ / name, std::ios::binary) << text;
+  }
 
 private:
   std::filesystem::path path_;

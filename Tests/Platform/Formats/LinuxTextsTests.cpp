@@ -1,0 +1,221 @@
+#include "Platform/Formats/Graphics.h"
+#include "Platform/Formats/LinuxDevices.h"
+#include "Platform/Formats/LinuxMemory.h"
+#include "Platform/Formats/LinuxProcessor.h"
+#include "Platform/Formats/MountTable.h"
+#include "Platform/Formats/PowerSupplies.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace korvell {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(LinuxTextsTests, ticksAreSummedByKind) {
+  const auto cores = parseProcStat("cpu  9 9 9 9 9 9 9 9 9 9\ncpu3 10 2 30 400 50 6 7 8 9 1\nintr 5\n");
+  ASSERT_TRUE(cores);
+  const CoreTicks expected{.user = 10, .system = 30 + 6 + 7 + 8, .idle = 450, .nice = 2};
+  EXPECT_THAT(*cores, ElementsAre(std::pair(3, expected)));
+  EXPECT_EQ(parseProcStat("cpu 1 2 3 4\ncpu0 1 2 3"), std::nullopt) << "cut in the middle of a core";
+  EXPECT_EQ(parseProcStat("cpu 1 2 3 4\ncpu0 1 2 3 4\n"), std::nullopt) << "more cores may follow";
+}
+
+TEST(LinuxTextsTests, coreLists) {
+  EXPECT_THAT(parseCPUList("0-2,5,8-9\n"), ElementsAre(0, 1, 2, 5, 8, 9));
+  EXPECT_THAT(parseCPUList("\n"), IsEmpty());
+  EXPECT_THAT(parseCPUList("3-1,x,-4,0-99999999,7"), ElementsAre(7));
+}
+
+TEST(LinuxTextsTests, coresAreFastFromFourFifthsOfTheFastest) {
+  EXPECT_EQ(coreKinds({1024, 1024}), (CoreKinds{0, 0}));
+  EXPECT_EQ(coreKinds({236, 231, 190, 189}), (CoreKinds{0, 0})) << "boost rankings of equal cores";
+  EXPECT_EQ(coreKinds({485, 485, 1024, 820}), (CoreKinds{2, 2}));
+  EXPECT_EQ(coreKinds({}), (CoreKinds{0, 0}));
+}
+
+TEST(LinuxTextsTests, decimals) {
+  EXPECT_DOUBLE_EQ(parseDecimal("12.34 x").value(), 12.34);
+  EXPECT_EQ(parseDecimal("7"), 7);
+  EXPECT_EQ(parseDecimal(".5"), std::nullopt);
+  EXPECT_EQ(parseDecimal(""), std::nullopt);
+}
+
+TEST(LinuxTextsTests, pressureNeedsShortMemoryNotOnlyStalls) {
+  struct Row {
+    std::uint64_t available; // per mille
+    double some, full;
+    PressureLevel level;
+  };
+  using enum PressureLevel;
+  const Row rows[] = {
+      {960, 99, 99, normal}, // one group of processes thrashes inside its own limit
+      {250, 50, 50, normal}, {249, 10, 0, warning}, {249, 9.9, 0, normal},
+      {119, 0, 0, warning},  {120, 0, 0, normal},   {99, 20, 10, critical},
+      {99, 20, 9, warning},  {50, 0, 0, warning},   {49, 0, 0, critical},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(memoryPressure({.total = 1000, .available = row.available}, MemoryStall{row.some, row.full}),
+              row.level)
+        << row.available << " " << row.some << " " << row.full;
+  EXPECT_EQ(memoryPressure({.total = 1000, .available = 249}, std::nullopt), normal);
+}
+
+TEST(LinuxTextsTests, memoryThatDoesNotAddUpStaysInBounds) {
+  EXPECT_EQ(parseMemInfo("MemFree: 5 kB\n"), std::nullopt);
+  const auto info =
+      parseMemInfo("MemTotal: 100 kB\nMemFree: 90 kB\nCached: 5 kB\nShmem: 20 kB\nSwapTotal: 1 kB\n"
+                   "SwapFree: 3 kB\nAnonPages: 70 kB");
+  ASSERT_TRUE(info);
+  EXPECT_EQ(info->available, 95u * 1024);
+  const auto use = memoryCounters(*info, std::nullopt, 0).use.value();
+  EXPECT_EQ(use.cached, 0u) << "more shared memory than page cache";
+  EXPECT_EQ(use.wired, 0u);
+  EXPECT_EQ(use.swapUsed, 0u);
+}
+
+TEST(LinuxTextsTests, networkLines) {
+  std::vector<NetworkLine> lines;
+  parseNetDev("Inter-|   Receive\n face |bytes\n  eth0:18446744073709551615 2 3 4 5 6 7 8 77 9\neth0:1: 5 0 "
+              "0 0 0 0 0 0 6\n",
+              lines);
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[0].name, "eth0");
+  EXPECT_EQ(lines[0].bytes, (ByteCounters{UINT64_MAX, 77})) << "no blank behind the colon";
+  EXPECT_EQ(lines[1].name, "eth0:1");
+  EXPECT_EQ(lines[1].bytes, (ByteCounters{5, 6}));
+}
+
+TEST(LinuxTextsTests, theDefaultRouteWithTheLowestMetric) {
+  constexpr auto table = "Iface\tDestination\tGateway\tFlags\tRefCnt\tUse\tMetric\tMask\n"
+                         "tun0\t00000000\t0\t1\t0\t0\t0\t00000080\n"
+                         "wlan0\t00000000\t0\t3\t0\t0\t600\t00000000\n"
+                         "eth0\t00000000\t0\t3\t0\t0\t100\t00000000\n"
+                         "eth1\t00000000\t0\t3\t0\t0\t100\t00000000\n";
+  EXPECT_EQ(parseDefaultRoute(table), "eth0");
+  EXPECT_EQ(parseDefaultRoute("Iface\n"), "");
+}
+
+TEST(LinuxTextsTests, disksGoByTheirNames) {
+  for (const auto* name : {"sda", "nvme0n1", "vda", "mmcblk0", "xvda", "bcache0"})
+    EXPECT_TRUE(mayBeWholeDisk(name));
+  for (const auto* name : {"loop0", "ram1", "zram0", "zd16", "sr0", "fd0", "nbd3", "dm-0", "md127"})
+    EXPECT_FALSE(mayBeWholeDisk(name)) << name;
+  EXPECT_NE(blockDeviceIdentity({"sda", 8, 0, {}}), blockDeviceIdentity({"sda", 8, 16, {}}));
+  EXPECT_NE(blockDeviceIdentity({"sda", 8, 0, {}}), blockDeviceIdentity({"sdb", 8, 0, {}}));
+}
+
+TEST(LinuxTextsTests, mountLines) {
+  const auto mounts =
+      parseMountInfo("36 35 98:0 /mnt1 /mnt/a\\040b\\134c rw shared:1 master:2 - ext3 /dev/ro\\011ot rw\n"
+                     "broken line\n37 35 0:5 / /x rw - tmpfs none rw");
+  ASSERT_EQ(mounts.size(), 2u);
+  EXPECT_EQ(mounts[0], (Mount{"98:0", "/mnt/a b\\c", "ext3", "/dev/ro\tot"}));
+  EXPECT_EQ(mounts[1], (Mount{"0:5", "/x", "tmpfs", "none"}));
+}
+
+TEST(LinuxTextsTests, volumesThatAreShown) {
+  struct Row {
+    const char* name;
+    std::vector<Mount> table;
+    std::vector<std::string> shown;
+  };
+  const Mount root{"8:1", "/", "ext4", "/dev/sda1"};
+  const Row rows[] = {
+      {"no root in the table", {{"8:2", "/data", "ext4", "/dev/sda2"}}, {"/", "/data"}},
+      {"the last root is the one seen",
+       {{"0:1", "/", "rootfs", "rootfs"}, {"8:2", "/b", "ext4", "/dev/sda1"}, root},
+       {"/"}},
+      {"a root from a server is asked all the same",
+       {{"0:9", "/", "nfs", "server:/root"}, {"8:2", "/d", "ext4", "/dev/sdb"}},
+       {"/", "/d"}},
+      {"a dead server mounted over a volume hides it",
+       {root, {"8:2", "/data", "ext4", "/dev/sdb"}, {"0:9", "/data", "cifs", "//server/x"}},
+       {"/"}},
+      {"a user-space file system on a device is one",
+       {root, {"8:2", "/d", "fuseblk", "/dev/sdb1"}, {"0:8", "/e", "fuse.x", "x"}},
+       {"/", "/d"}},
+      {"folders that only begin alike",
+       {root, {"8:2", "/bootstrap", "ext4", "/dev/sdb"}, {"8:3", "/run/media/me/X", "vfat", "/dev/sdc"}},
+       {"/", "/bootstrap", "/run/media/me/X"}},
+      {"below an automount point",
+       {root, {"0:7", "/auto", "autofs", "systemd-1"}, {"8:2", "/auto", "ext4", "/dev/sdb"}},
+       {"/", "/auto"}},
+  };
+  for (const auto& row : rows) {
+    std::vector<std::string> shown;
+    for (const auto& mount : volumesWorthShowing(row.table)) shown.push_back(mount.mountPoint);
+    EXPECT_EQ(shown, row.shown) << row.name;
+  }
+}
+
+PowerSupply pack(std::string_view uevent) { return parsePowerSupply(PowerSupply::Kind::battery, uevent); }
+
+TEST(LinuxTextsTests, packsThatCountChargeAndSignTheirCurrent) {
+  const auto battery =
+      combinedBattery({pack("POWER_SUPPLY_STATUS=Discharging\nPOWER_SUPPLY_VOLTAGE_MIN_DESIGN=10000000\n"
+                            "POWER_SUPPLY_VOLTAGE_NOW=11000000\nPOWER_SUPPLY_CURRENT_NOW=-2000000\n"
+                            "POWER_SUPPLY_CHARGE_NOW=2200000\nPOWER_SUPPLY_CHARGE_FULL=4000000\n"
+                            "POWER_SUPPLY_CHARGE_FULL_DESIGN=5000000\n")});
+  ASSERT_TRUE(battery);
+  EXPECT_DOUBLE_EQ(battery->fullCapacity / battery->designCapacity, 0.8);
+  EXPECT_DOUBLE_EQ(battery->systemWatts, 22);
+  EXPECT_EQ(battery->minutesRemaining, 60);
+  EXPECT_EQ(battery->percent, 55);
+  EXPECT_EQ(battery->externalConnected, false) << "no adapter listed, and it drains";
+}
+
+TEST(LinuxTextsTests, severalPacksAreOneBattery) {
+  const auto battery = combinedBattery(
+      {pack(
+           "POWER_SUPPLY_STATUS=Not charging\nPOWER_SUPPLY_CYCLE_COUNT=10\nPOWER_SUPPLY_ENERGY_NOW=20000000\n"
+           "POWER_SUPPLY_ENERGY_FULL=20000000\nPOWER_SUPPLY_ENERGY_FULL_DESIGN=25000000\nPOWER_SUPPLY_"
+           "CAPACITY=100\n"),
+       pack("POWER_SUPPLY_STATUS=Charging\nPOWER_SUPPLY_CYCLE_COUNT=90\nPOWER_SUPPLY_ENERGY_NOW=10000000\n"
+            "POWER_SUPPLY_ENERGY_FULL=40000000\nPOWER_SUPPLY_ENERGY_FULL_DESIGN=50000000\nPOWER_SUPPLY_POWER_"
+            "NOW=30000000\n"),
+       pack("POWER_SUPPLY_PRESENT=0\nPOWER_SUPPLY_STATUS=Unknown\n")});
+  ASSERT_TRUE(battery);
+  EXPECT_EQ(battery->percent, 50);
+  EXPECT_EQ(battery->cycles, 90);
+  EXPECT_TRUE(battery->isCharging);
+  EXPECT_EQ(battery->externalConnected, true);
+  EXPECT_EQ(battery->systemWatts, 0) << "what flows goes into the battery";
+  EXPECT_EQ(battery->minutesRemaining, std::nullopt);
+  EXPECT_EQ(combinedBattery({pack("POWER_SUPPLY_PRESENT=0\n")}), std::nullopt);
+}
+
+TEST(LinuxTextsTests, adaptersTellWhatPowersTheMachine) {
+  const auto adapter = [](const char* online) {
+    return parsePowerSupply(PowerSupply::Kind::adapter, online);
+  };
+  const auto draining = pack("POWER_SUPPLY_STATUS=Discharging\nPOWER_SUPPLY_CAPACITY=50\n");
+  EXPECT_EQ(combinedBattery({draining, adapter("POWER_SUPPLY_ONLINE=0"), adapter("POWER_SUPPLY_ONLINE=1")})
+                ->externalConnected,
+            true)
+      << "an adapter that is too weak still is one";
+  EXPECT_EQ(combinedBattery({pack("POWER_SUPPLY_STATUS=Full\n"), adapter("POWER_SUPPLY_ONLINE=0")})
+                ->externalConnected,
+            false);
+  EXPECT_EQ(powerSupplyKind("USB_PD\n"), PowerSupply::Kind::adapter);
+  EXPECT_EQ(powerSupplyKind("UPS\n"), std::nullopt);
+}
+
+TEST(LinuxTextsTests, cardsAreNamedByTheList) {
+  constexpr auto list = "# list\n1000  Other\n\t73df  Wrong\n1002  Maker\n\t73df  Navi 22 [Radeon RX "
+                        "6700]\n\t\t1002 0e36  Card\n"
+                        "\t73ff  Plain name\n8086  Intel\n\t0001  X\nC 03  Display\n\t73df  VGA\n";
+  EXPECT_EQ(pciDeviceName(list, 0x1002, 0x73df), "Radeon RX 6700");
+  EXPECT_EQ(pciDeviceName(list, 0x1002, 0x73ff), "Plain name");
+  EXPECT_EQ(pciDeviceName(list, 0x1002, 0x0001), "") << "another maker's";
+  EXPECT_EQ(pciDeviceName(list, 0x1002, 0x0e36), "") << "a card's own number";
+  EXPECT_EQ(pciDeviceName("", 1, 1), "");
+  EXPECT_EQ(parsePCINumber("0x10de\n"), 0x10de);
+  EXPECT_EQ(parsePCINumber("10de"), std::nullopt);
+  EXPECT_EQ(parsePCINumber("0x1ffff"), std::nullopt);
+}
+
+} // namespace
+} // namespace korvell
