@@ -11,14 +11,15 @@ std::optional<std::map<int, CoreTicks>> parseProcStat(std::string_view text) {
   std::map<int, CoreTicks> cores;
   TextScanner scanner(text);
   while (scanner.accept("cpu")) {
-    const auto number = parseInteger<int>(scanner.word());
-    if (number) { // the line without a number is the sum
+    const bool isSum = scanner.accept(" ");
+    if (const auto number = isSum ? std::nullopt : parseInteger<int>(scanner.word())) {
       CoreTicks ticks;
       ticks.user = scanner.number();
       ticks.nice = scanner.number();
       ticks.system = scanner.number();
-      ticks.idle = scanner.number() + scanner.number();             // idle, waiting for I/O
-      for (int i = 0; i < 3; ++i) ticks.system += scanner.number(); // irq, softirq, steal
+      ticks.idle = scanner.number();
+      ticks.idle += scanner.number();                               // waiting for I/O
+      for (int i = 0; i < 3; ++i) ticks.system += scanner.number(); // interrupts, soft ones, stolen
       cores.insert_or_assign(cores.end(), *number, ticks);
     }
     if (!scanner.nextLine()) return std::nullopt;

@@ -64,7 +64,7 @@ inline void expectMachineContract(MachineCounters& machine) {
     EXPECT_LE(*power.battery->percent, 100);
   }
   for (const auto& [package, counter] : power.packages)
-    if (counter.wrapsAt) EXPECT_LE(counter.microjoules, counter.wrapsAt) << package;
+    EXPECT_TRUE(!counter.wrapsAt || counter.microjoules <= counter.wrapsAt) << package;
   expectSaneCPU(before, machine.cpu());
 }
 
