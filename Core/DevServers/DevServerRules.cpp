@@ -90,7 +90,7 @@ std::string runtimeLabel(std::string_view processName) {
   return std::string(processName);
 }
 
-ChildrenByPID childrenOf(const std::unordered_map<ProcessID, ProcessID>& parents) {
+ChildrenByPID childrenOf(const ParentsByPID& parents) {
   ChildrenByPID children;
   for (const auto& [pid, parent] : parents) children[parent].push_back(pid);
   return children;

@@ -33,8 +33,9 @@ bool isInfrastructure(std::string_view processName, const DevServerTables& table
 /// The first known runtime that the lower-cased name begins with; otherwise the name as it is.
 std::string runtimeLabel(std::string_view processName);
 
+using ParentsByPID = std::unordered_map<ProcessID, ProcessID>;
 using ChildrenByPID = std::unordered_map<ProcessID, std::vector<ProcessID>>;
-ChildrenByPID childrenOf(const std::unordered_map<ProcessID, ProcessID>& parents);
+ChildrenByPID childrenOf(const ParentsByPID& parents);
 /// The process itself, then its children, their children, and so on; each once.
 std::vector<ProcessID> descendants(ProcessID pid, const ChildrenByPID& children);
 

@@ -50,8 +50,7 @@ DevServerScanner::DevServerScanner(ProcessTable& table, const DevServerTables& r
     : table_(table), rules_(rules), home_(std::move(home)), exists_(std::move(exists)), clock_(clock),
       launchDate_(clock.now()) {}
 
-std::vector<DevProject> DevServerScanner::scan(const UsageByPID& processes,
-                                               const std::unordered_map<ProcessID, ProcessID>& parents) {
+std::vector<DevProject> DevServerScanner::scan(const UsageByPID& processes, const ParentsByPID& parents) {
   portsByPID_ = table_.listeningPorts();
   const Date now = clock_.now();
   const auto children = childrenOf(parents);

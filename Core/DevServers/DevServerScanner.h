@@ -31,8 +31,7 @@ public:
                    const Clock& clock);
 
   /// The projects, those that take the most memory first. `parents` maps every process to its parent.
-  std::vector<DevProject> scan(const UsageByPID& processes,
-                               const std::unordered_map<ProcessID, ProcessID>& parents);
+  std::vector<DevProject> scan(const UsageByPID& processes, const ParentsByPID& parents);
   /// As the last scan found them.
   const PortsByPID& portsByPID() const { return portsByPID_; }
 

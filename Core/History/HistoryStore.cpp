@@ -103,4 +103,12 @@ std::optional<HistoryMinute> HistoryStore::minute(Date at) {
   return query([&](HistoryDatabase& database) { return database.minute(minuteOf(at)); });
 }
 
+Totals usageTotals(HistoryStore& history, Date midnight, Date now) {
+  return {.cpuToday = history.average(Metric::cpu, midnight, 0),
+          .diskWrittenToday = history.totalBytes("disk_write", midnight),
+          .networkToday = history.totalBytes("network", midnight),
+          .network7Days = history.totalBytes("network", now - Seconds{604'800}),
+          .network30Days = history.totalBytes("network", now - Seconds{2'592'000})};
+}
+
 } // namespace korvell

@@ -69,4 +69,7 @@ private:
   std::unique_ptr<Queue> queue_; ///< last, so that it ends first
 };
 
+/// The figures of today, seven and thirty days; `midnight` is when today began.
+Totals usageTotals(HistoryStore& history, Date midnight, Date now);
+
 } // namespace korvell

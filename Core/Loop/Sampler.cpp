@@ -1,10 +1,17 @@
 #include "Core/Loop/Sampler.h"
 
+#include "Core/Loop/Pace.h"
+
 namespace korvell {
 
-Sampler::Sampler(std::unique_ptr<Queue> queue, MachineCounters& machine,
-                 std::unique_ptr<ProcessSampler> processes)
-    : queue_(std::move(queue)), system_(machine, queue_->clock()), processes_(std::move(processes)) {}
+namespace {
+
+constexpr Seconds totalsInterval{60};
+
+} // namespace
+
+Sampler::Sampler(std::unique_ptr<Queue> queue, MachineCounters& machine, Subjects subjects)
+    : queue_(std::move(queue)), system_(machine, queue_->clock()), subjects_(std::move(subjects)) {}
 
 // The queue first: a task that still runs there uses the other members.
 Sampler::~Sampler() { queue_.reset(); }
@@ -16,9 +23,34 @@ Tick Sampler::tick() {
   Tick tick;
   tick.snapshot = SystemSnapshot::empty(queue_->clock().now());
   system_.sample(tick.snapshot);
-  if (processes_) tick.snapshot.apps = processes_->sample({});
+  auto& servers = subjects_.devServers;
+  if (subjects_.processes)
+    tick.snapshot.apps = subjects_.processes->sample(servers ? servers->portsByPID() : PortsByPID());
+  scanDevServers(tick);
+  if (count_ >= 1) useHistory(tick);
   ++count_;
   return tick;
+}
+
+void Sampler::scanDevServers(Tick& tick) {
+  const Date now = tick.snapshot.date;
+  if (!subjects_.devServers || !isDue(lastDevScan_, paceFor(isWatched_).sensors, now)) return;
+  const auto& processes = subjects_.processes;
+  tick.projects = subjects_.devServers->scan(usageByPID(tick.snapshot.apps),
+                                             processes ? processes->parents() : ParentsByPID());
+  lastDevScan_ = now;
+}
+
+void Sampler::useHistory(Tick& tick) {
+  if (!subjects_.history) return;
+  HistoryStore& history = *subjects_.history;
+  const Date now = tick.snapshot.date;
+  history.record(tick.snapshot, lastScore_);
+  tick.cpuTenMinuteAverage = history.average(Metric::cpu, now - Seconds{600}, 8);
+  if (!subjects_.zone || !isDue(lastTotals_, totalsInterval, now)) return;
+  subjects_.zone->reload();
+  tick.totals = usageTotals(history, startOfDay(*subjects_.zone, localDay(*subjects_.zone, now)), now);
+  lastTotals_ = now;
 }
 
 } // namespace korvell

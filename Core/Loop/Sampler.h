@@ -4,7 +4,10 @@
 // another. Holds the counters of the previous cycle (inside its members) and when each slower task last ran.
 // A failed reading leaves zeros and is tried again in the next cycle.
 
+#include "Base/LocalTime.h"
 #include "Base/Queue.h"
+#include "Core/DevServers/DevServerScanner.h"
+#include "Core/History/HistoryStore.h"
 #include "Core/Loop/Tick.h"
 #include "Core/Machine/ProcessSampler.h"
 #include "Core/Machine/SystemSampler.h"
@@ -19,9 +22,20 @@ class Sampler {
 public:
   static constexpr const char* queueLabel = "Korvell.sampler";
 
-  /// Without a process sampler the snapshots have no applications.
-  Sampler(std::unique_ptr<Queue> queue, MachineCounters& machine,
-          std::unique_ptr<ProcessSampler> processes = nullptr);
+  /// What a cycle asks beside the machine as a whole. The steps of an absent one are skipped; without a
+  /// process sampler the snapshots have no applications.
+  struct Subjects {
+    std::unique_ptr<ProcessSampler> processes;
+    std::unique_ptr<DevServerScanner> devServers;
+    /// Shared with the application's model, which outlives the sampler. Needs the zone, which says when
+    /// today began.
+    HistoryStore* history = nullptr;
+    TimeZone* zone = nullptr;
+  };
+
+  Sampler(std::unique_ptr<Queue> queue, MachineCounters& machine, Subjects subjects);
+  Sampler(std::unique_ptr<Queue> queue, MachineCounters& machine)
+      : Sampler(std::move(queue), machine, Subjects()) {}
   ~Sampler();
 
   Queue& queue() { return *queue_; }
@@ -33,12 +47,17 @@ public:
   void setLastScore(int score) { lastScore_ = score; }
 
 private:
+  void scanDevServers(Tick& tick);
+  void useHistory(Tick& tick);
+
   std::unique_ptr<Queue> queue_;
   SystemSampler system_;
-  std::unique_ptr<ProcessSampler> processes_;
+  Subjects subjects_;
   std::int64_t count_ = 0; ///< cycles completed
   bool isWatched_ = true;
   std::optional<int> lastScore_;
+  Date lastDevScan_ = Date::distantPast();
+  Date lastTotals_ = Date::distantPast();
 };
 
 } // namespace korvell
