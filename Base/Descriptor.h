@@ -19,6 +19,8 @@ public:
 
   explicit operator bool() const { return number_ >= 0; }
   int get() const { return number_; }
+  /// Hands the descriptor to someone else who closes it.
+  int release() { return std::exchange(number_, -1); }
   void reset() {
     if (number_ >= 0) close(std::exchange(number_, -1));
   }
