@@ -83,7 +83,7 @@ std::string Format::duration(Seconds span) {
 std::string Format::grouped(std::int64_t number) {
   std::string digits = std::to_string(number);
   for (auto i = std::ptrdiff_t(digits.size()) - 3; i > (number < 0 ? 1 : 0); i -= 3)
-    digits.insert(size_t(i), ",");
+    digits.insert(size_t(i), 1, ',');
   return digits;
 }
 
