@@ -17,7 +17,9 @@ Seconds SystemClock::monotonic() const {
 
 std::string rfc3339(Date date) {
   using namespace std::chrono;
-  const auto instant = sys_time<milliseconds>(milliseconds(std::llround(date.sinceEpoch * 1000)));
+  constexpr double firstSecond = -62'167'219'200, lastSecond = 253'402'300'799.999;
+  const double shown = std::fmin(std::fmax(date.sinceEpoch, firstSecond), lastSecond);
+  const auto instant = sys_time<milliseconds>(milliseconds(std::llround(shown * 1000)));
   const auto day = floor<days>(instant);
   const year_month_day ymd(day);
   const hh_mm_ss time(instant - day);

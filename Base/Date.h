@@ -50,7 +50,8 @@ public:
 /// future because the wall clock was set back.
 constexpr bool isDue(Date last, Seconds interval, Date now) { return now - last >= interval || now < last; }
 
-/// RFC 3339 in UTC with milliseconds, "2026-03-01T12:34:56.789Z".
+/// RFC 3339 in UTC with milliseconds, "2026-03-01T12:34:56.789Z"; what lies outside the years 0 to 9999 is
+/// shown as their first or last instant.
 std::string rfc3339(Date date);
 /// Reads RFC 3339 with "Z" or a numeric offset, with or without fractions. Nothing for any other text.
 std::optional<Date> parseRFC3339(std::string_view text);

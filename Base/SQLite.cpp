@@ -10,7 +10,8 @@ void Database::Close::operator()(sqlite3* db) const { sqlite3_close_v2(db); }
 void Statement::bind(int index, std::int64_t value) { sqlite3_bind_int64(statement_.get(), index, value); }
 void Statement::bind(int index, double value) { sqlite3_bind_double(statement_.get(), index, value); }
 void Statement::bind(int index, std::string_view value) {
-  sqlite3_bind_text64(statement_.get(), index, value.data(), value.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+  const char* text = value.data() ? value.data() : ""; // a null pointer would bind NULL
+  sqlite3_bind_text64(statement_.get(), index, text, value.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
 }
 void Statement::bindNull(int index) { sqlite3_bind_null(statement_.get(), index); }
 void Statement::bindPointer(int index, void* pointer, const char* type) {

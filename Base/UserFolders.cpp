@@ -21,31 +21,40 @@ std::string withoutTrailingSlash(std::string path) {
   return path;
 }
 
+std::string homeFolder(const Environment& environment) {
+  const auto home = environment("HOME");
+  return home && home->starts_with('/') ? withoutTrailingSlash(*home) : "/";
+}
+
+std::string below(const std::string& folder, const char* path) {
+  return folder == "/" ? path : folder + path;
+}
+
 } // namespace
 
 UserFolders linuxUserFolders(const Environment& environment) {
   UserFolders folders;
-  folders.home = withoutTrailingSlash(environment("HOME").value_or("/"));
+  folders.home = homeFolder(environment);
   const auto base = [&](const char* variable, const char* fallback) {
     const auto value = environment(variable);
-    return value && value->front() == '/' ? withoutTrailingSlash(*value) : folders.home + fallback;
+    return value && value->starts_with('/') ? withoutTrailingSlash(*value) : below(folders.home, fallback);
   };
   folders.dataHome = base("XDG_DATA_HOME", "/.local/share");
   folders.configHome = base("XDG_CONFIG_HOME", "/.config");
   folders.cacheHome = base("XDG_CACHE_HOME", "/.cache");
   folders.data = folders.dataHome + "/korvell";
   folders.config = folders.configHome + "/korvell";
-  if (const auto runtime = environment("XDG_RUNTIME_DIR"); runtime && runtime->front() == '/')
+  if (const auto runtime = environment("XDG_RUNTIME_DIR"); runtime && runtime->starts_with('/'))
     folders.runtime = withoutTrailingSlash(*runtime) + "/korvell";
   return folders;
 }
 
 UserFolders macOSUserFolders(const Environment& environment) {
   UserFolders folders;
-  folders.home = withoutTrailingSlash(environment("HOME").value_or("/"));
-  folders.dataHome = folders.home + "/Library/Application Support";
-  folders.configHome = folders.home + "/Library/Preferences";
-  folders.cacheHome = folders.home + "/Library/Caches";
+  folders.home = homeFolder(environment);
+  folders.dataHome = below(folders.home, "/Library/Application Support");
+  folders.configHome = below(folders.home, "/Library/Preferences");
+  folders.cacheHome = below(folders.home, "/Library/Caches");
   folders.data = folders.dataHome + "/Korvell";
   folders.config = folders.data;
   if (const auto temporary = environment("TMPDIR"))

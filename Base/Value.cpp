@@ -15,9 +15,7 @@ std::optional<bool> Value::asBool() const {
 
 std::optional<std::int64_t> Value::asInt() const {
   if (const auto* v = std::get_if<std::int64_t>(&data_)) return *v;
-  if (const auto* v = std::get_if<std::uint64_t>(&data_); v && *v <= std::uint64_t(INT64_MAX))
-    return std::int64_t(*v);
-  return std::nullopt;
+  return std::nullopt; // what is stored as unsigned does not fit
 }
 
 std::optional<std::uint64_t> Value::asUnsigned() const {
@@ -86,10 +84,8 @@ Value fromJSON(const JSON& json) {
     return json.get<bool>();
   case JSON::value_t::number_integer:
     return json.get<std::int64_t>();
-  case JSON::value_t::number_unsigned: {
-    const auto number = json.get<std::uint64_t>();
-    return number <= std::uint64_t(INT64_MAX) ? Value(std::int64_t(number)) : Value(number);
-  }
+  case JSON::value_t::number_unsigned:
+    return json.get<std::uint64_t>();
   case JSON::value_t::number_float:
     return json.get<double>();
   case JSON::value_t::string:
@@ -139,8 +135,10 @@ JSON toJSON(const Value& value) {
 std::optional<Value> parseJSON(std::string_view text) {
   // The callback sees every value before it is built: a document that nests too deep is given up there.
   bool tooDeep = false;
-  const auto limit = [&tooDeep](int depth, JSON::parse_event_t, JSON&) {
-    tooDeep = tooDeep || depth > deepest;
+  const auto limit = [&tooDeep](int depth, JSON::parse_event_t event, JSON&) {
+    const bool opens =
+        event == JSON::parse_event_t::array_start || event == JSON::parse_event_t::object_start;
+    tooDeep = tooDeep || (opens && depth >= deepest);
     return !tooDeep;
   };
   const JSON json = JSON::parse(text.begin(), text.end(), limit, false);

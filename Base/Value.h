@@ -29,7 +29,9 @@ public:
   Value(bool v) : data_(v) {}
   Value(int v) : data_(std::int64_t{v}) {}
   Value(std::int64_t v) : data_(v) {}
-  Value(std::uint64_t v) : data_(v) {}
+  Value(std::uint64_t v) { // as signed where it fits, so that equal numbers are equal values
+    v <= std::uint64_t(INT64_MAX) ? data_.emplace<std::int64_t>(v) : data_.emplace<std::uint64_t>(v);
+  }
   Value(double v) : data_(v) {}
   Value(const char* v) : data_(std::string(v)) {}
   Value(std::string_view v) : data_(std::string(v)) {}
