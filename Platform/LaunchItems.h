@@ -34,6 +34,12 @@ struct LaunchJob {
   bool operator==(const LaunchJob&) const = default;
 };
 
+/// Labels of the jobs that the system has loaded, as far as this user may see them.
+struct LoadedJobs {
+  std::set<std::string> ofUser;
+  std::set<std::string> ofSystem;
+};
+
 /// Where programs are looked for that a file does not name by a path.
 struct ProgramPlaces {
   std::vector<std::string> folders;      ///< of programs, in the order of the search
@@ -46,8 +52,7 @@ public:
   /// In the order of the scopes, in each in the order of the names' bytes. What can't be read, is no regular
   /// file or is too large to be one of these is left out.
   virtual std::vector<LaunchFile> files() = 0;
-  /// Labels of the jobs that the system has loaded, as far as this user may see them.
-  virtual std::set<std::string> loadedLabels(LaunchScope scope) = 0;
+  virtual LoadedJobs loadedJobs() = 0;
   /// True only when nothing is at the path, or a link leads nowhere; false when that can't be told.
   virtual bool isMissing(const std::string& path) = 0;
   virtual const ProgramPlaces& places() const = 0;

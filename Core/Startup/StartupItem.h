@@ -3,6 +3,7 @@
 
 #include "Base/Enum.h"
 #include "Base/Record.h"
+#include "Platform/LaunchItems.h"
 
 #include <optional>
 #include <string>
@@ -11,7 +12,7 @@
 namespace korvell {
 
 struct StartupItem {
-  enum class Scope { user, allUsers, system };
+  using Scope = LaunchScope;
 
   std::string label;                  ///< the job's name
   std::string plistPath;              ///< the file that defines it
@@ -36,9 +37,9 @@ struct StartupItem {
 };
 
 template <>
-struct EnumTable<StartupItem::Scope> {
-  using enum StartupItem::Scope;
-  static constexpr EnumCase<StartupItem::Scope> cases[] = {
+struct EnumTable<LaunchScope> {
+  using enum LaunchScope;
+  static constexpr EnumCase<LaunchScope> cases[] = {
       {user, "user", "You"}, {allUsers, "allUsers", "All users"}, {system, "system", "System daemon"}};
 };
 

@@ -165,4 +165,10 @@ std::string unitNameEscaped(std::string_view text) {
   return escaped;
 }
 
+std::string autostartUnitName(std::string_view desktopFileName) {
+  constexpr std::string_view suffix = ".desktop";
+  if (desktopFileName.ends_with(suffix)) desktopFileName.remove_suffix(suffix.size());
+  return "app-" + unitNameEscaped(desktopFileName) + "@autostart.service";
+}
+
 } // namespace korvell

@@ -41,4 +41,7 @@ std::optional<std::string> unitProgram(std::string_view execStart);
 /// A text as part of a unit's name: everything but ASCII letters, digits, ":", "_" and "." becomes \xNN.
 std::string unitNameEscaped(std::string_view text);
 
+/// The service that systemd makes of an autostart entry, by the entry's file name.
+std::string autostartUnitName(std::string_view desktopFileName);
+
 } // namespace korvell

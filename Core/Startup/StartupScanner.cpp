@@ -1,0 +1,60 @@
+#include "Core/Startup/StartupScanner.h"
+
+#include "Core/Startup/LaunchFileRules.h"
+#include "Platform/Formats/KeyFile.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace korvell {
+
+namespace {
+
+bool isLoaded(const StartupItem& item, LaunchFormat format, const LoadedJobs& jobs) {
+  const auto& labels = item.scope == LaunchScope::system ? jobs.ofSystem : jobs.ofUser;
+  return labels.contains(format == LaunchFormat::desktopEntry ? autostartUnitName(item.label) : item.label);
+}
+
+} // namespace
+
+std::vector<StartupItem> StartupScanner::scan(LaunchItems& launchItems) {
+  const auto jobs = launchItems.loadedJobs();
+  std::vector<StartupItem> items;
+  for (const auto& file : launchItems.files()) {
+    auto item = readLaunchFile(file, launchItems);
+    if (!item) continue;
+    item->isLoaded = isLoaded(*item, file.format, jobs);
+    item->isLeftover = isProgramMissing(item->program, launchItems);
+    items.push_back(std::move(*item));
+  }
+  std::ranges::stable_sort(items, [](const StartupItem& a, const StartupItem& b) {
+    return std::tuple(!a.isLeftover, std::string_view(a.label)) <
+           std::tuple(!b.isLeftover, std::string_view(b.label));
+  });
+  return items;
+}
+
+std::string StartupScanner::confirmation(const StartupItem& item) {
+  return localized("It launches {program} which no longer exists. The file goes to the Trash, so you can put "
+                   "it back.",
+                   {{"program", item.program.value_or(localized("a program"))}});
+}
+
+Outcome StartupScanner::remove(const StartupItem& item, LaunchItems& launchItems, Trash& trash) {
+  if (!isProgramMissing(item.program, launchItems))
+    return Failure{
+        localized("The program of {label} exists. Only leftovers are removed.", {{"label", item.label}})};
+  const LaunchJob job{.scope = item.scope, .path = item.plistPath, .label = item.label};
+  if (auto stopped = launchItems.stop(job); !stopped) return stopped;
+  const auto moved = trash.move({{.path = item.plistPath, .picked = {}}});
+  if (moved.empty() || !moved.front())
+    return Failure{moved.empty() ? localized("The Trash did not answer.") : moved.front().reason()};
+  launchItems.removed(job);
+  return success();
+}
+
+bool runsInsideApplication(const StartupItem& item) {
+  return item.program && item.program->find(".app/") != std::string::npos;
+}
+
+} // namespace korvell

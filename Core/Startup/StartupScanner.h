@@ -1,0 +1,30 @@
+#pragma once
+// Lists the programs that the system starts by itself, finds the leftovers among them (their program no
+// longer exists, usually because its application was deleted) and removes those. Stateless; from any thread
+// but the main one, because it waits for the disk and for programs.
+
+#include "Core/Startup/StartupItem.h"
+#include "Platform/LaunchItems.h"
+#include "Platform/Trash.h"
+
+#include <string>
+#include <vector>
+
+namespace korvell {
+
+struct StartupScanner {
+  /// Leftovers first, then by label. A file that can't be read or understood is skipped.
+  static std::vector<StartupItem> scan(LaunchItems& launchItems);
+
+  /// What to confirm before remove().
+  static std::string confirmation(const StartupItem& item);
+
+  /// Stops the job and moves its file to the Trash. Only for leftovers: when the program exists by now, or
+  /// this user may not remove the file, nothing is changed.
+  static Outcome remove(const StartupItem& item, LaunchItems& launchItems, Trash& trash);
+};
+
+/// True when the program is part of an application's bundle.
+bool runsInsideApplication(const StartupItem& item);
+
+} // namespace korvell
