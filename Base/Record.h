@@ -31,6 +31,8 @@ struct Field {
   const char* name;
   M T::*member;
 };
+template <class T, class M>
+Field(const char*, M T::*) -> Field<T, M>; // clang deduces aggregates only from version 17 on
 
 template <class T>
 concept Record = requires {
