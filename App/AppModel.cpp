@@ -20,6 +20,16 @@ AppModel::~AppModel() {
   self_.reset();
 }
 
+void AppModel::stop(const DevServer& server, std::function<void(StopOutcome)> done) {
+  const auto finished = [&main = main_, weak = std::weak_ptr(self_), done](StopOutcome outcome) {
+    main.async([weak, done, outcome] {
+      if (!weak.expired()) done(outcome);
+    });
+  };
+  sampler_->queue().async([sampler = sampler_.get(), pid = server.pid, startedAt = server.startedAt,
+                           finished] { sampler->stopServer(pid, startedAt, finished); });
+}
+
 void AppModel::wake() {
   if (!watched_) setWatched(true, Seconds(0));
 }

@@ -43,6 +43,10 @@ public:
   Published<std::optional<SidebarItem>> selection; ///< the section shown in the main window
   Published<bool> hasSample;                       ///< false until the second tick: the first has no rates
 
+  /// Stops a development server, politely and after three seconds for good; `done` is called once, on the
+  /// main queue, unless the model ends before.
+  void stop(const DevServer& server, std::function<void(StopOutcome)> done);
+
   /// The user has just opened something: the fast pace, at once.
   void wake();
   Sampler& sampler() { return *sampler_; }

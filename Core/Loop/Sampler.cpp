@@ -11,10 +11,21 @@ constexpr Seconds totalsInterval{60};
 } // namespace
 
 Sampler::Sampler(std::unique_ptr<Queue> queue, MachineCounters& machine, Subjects subjects)
-    : queue_(std::move(queue)), system_(machine, queue_->clock()), subjects_(std::move(subjects)) {}
+    : queue_(std::move(queue)), system_(machine, queue_->clock()), subjects_(std::move(subjects)) {
+  if (subjects_.table && subjects_.control) stopper_.emplace(*queue_, *subjects_.table, *subjects_.control);
+}
 
-// The queue first: a task that still runs there uses the other members.
-Sampler::~Sampler() { queue_.reset(); }
+// The stopper's timers before their queue, on it; the queue before everything else, which a task that still
+// runs there may use.
+Sampler::~Sampler() {
+  queue_->sync([this] { stopper_.reset(); });
+  queue_.reset();
+}
+
+void Sampler::stopServer(ProcessID pid, Date startedAt, ServerStopper::Done done) {
+  if (!stopper_) return done(StopOutcome::gone);
+  stopper_->stop(pid, startedAt, std::move(done));
+}
 
 // The order of a cycle: the machine, its processes, then the tasks with clocks of their own (sensors,
 // development servers, peripherals, startup items), then, from the second cycle on because the first has no

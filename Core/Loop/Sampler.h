@@ -7,6 +7,7 @@
 #include "Base/LocalTime.h"
 #include "Base/Queue.h"
 #include "Core/DevServers/DevServerScanner.h"
+#include "Core/DevServers/ServerStopper.h"
 #include "Core/History/HistoryStore.h"
 #include "Core/Loop/Tick.h"
 #include "Core/Machine/ProcessSampler.h"
@@ -31,6 +32,9 @@ public:
     /// today began.
     HistoryStore* history = nullptr;
     TimeZone* zone = nullptr;
+    /// For stopping processes; the table is the one that the samplers above read.
+    ProcessTable* table = nullptr;
+    ProcessControl* control = nullptr;
   };
 
   Sampler(std::unique_ptr<Queue> queue, MachineCounters& machine, Subjects subjects);
@@ -40,6 +44,9 @@ public:
 
   Queue& queue() { return *queue_; }
   Tick tick();
+
+  /// See ServerStopper; without a table and a control every server is `gone`.
+  void stopServer(ProcessID pid, Date startedAt, ServerStopper::Done done);
 
   /// Which thresholds the slower tasks go by.
   void setWatched(bool watched) { isWatched_ = watched; }
@@ -53,6 +60,7 @@ private:
   std::unique_ptr<Queue> queue_;
   SystemSampler system_;
   Subjects subjects_;
+  std::optional<ServerStopper> stopper_;
   std::int64_t count_ = 0; ///< cycles completed
   bool isWatched_ = true;
   std::optional<int> lastScore_;

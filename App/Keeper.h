@@ -1,0 +1,53 @@
+#pragma once
+// What the keeper answers on its socket, one JSON object a line in both directions:
+//
+//   {"ask":"state"}                        everything that is published, each part under its name
+//   {"ask":"state","parts":["projects"]}   only these parts
+//   {"do":"stopServer","pid":1234,"startedAt":"2026-03-01T12:34:56.789Z"}
+//
+// An answer is {"ok":true, …} or {"ok":false,"error":"…"}. Asking changes nothing. Lives on the main queue;
+// the socket's thread only hands lines over. Destroyed before the model.
+
+#include "App/AppModel.h"
+#include "App/LineServer.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace korvell {
+
+class Keeper {
+public:
+  using Answer = std::function<void(Value)>;
+  /// Does what a request asks, on the main queue, and answers once, on the main queue.
+  using Action = std::function<void(const Value& request, Answer answer)>;
+
+  Keeper(Queue& main, AppModel& model);
+  ~Keeper();
+  Keeper(const Keeper&) = delete;
+  Keeper& operator=(const Keeper&) = delete;
+
+  /// Starts to answer; false when the socket can't be made, and then the keeper works without.
+  bool listen(const std::string& socketPath);
+  /// Teaches the keeper an action for {"do":"NAME", …}.
+  void addAction(std::string name, Action action) { actions_[std::move(name)] = std::move(action); }
+  /// Answers a request as if it had come through the socket.
+  void handle(const Value& request, Answer answer);
+
+private:
+  void answerState(const Value& request, const Answer& answer) const;
+  void stopServer(const Value& request, Answer answer);
+
+  Queue& main_;
+  AppModel& model_;
+  std::map<std::string, Action, std::less<>> actions_;
+  std::shared_ptr<Keeper*> self_; ///< what a late request finds empty
+  std::unique_ptr<LineServer> server_;
+};
+
+/// {"ok":false,"error":reason}
+Value refusal(std::string_view reason);
+
+} // namespace korvell

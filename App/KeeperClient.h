@@ -1,0 +1,35 @@
+#pragma once
+// Asks the running keeper, so that a terminal shows what the menu bar shows. Blocking; one thread at a time.
+// The process ignores SIGPIPE.
+
+#include "Base/Date.h"
+#include "Base/Descriptor.h"
+#include "Base/UserFolders.h"
+#include "Base/Value.h"
+
+#include <optional>
+#include <string>
+
+namespace korvell {
+
+class KeeperClient {
+public:
+  /// Nothing when there is no keeper, or when what answers there is another user's.
+  static std::optional<KeeperClient> connect(const UserFolders& folders);
+
+  /// Nothing when no answer came within the time, when it is no JSON, or when the keeper has gone; the
+  /// connection is of no more use then.
+  std::optional<Value> ask(const Value& request, Seconds patience);
+
+private:
+  explicit KeeperClient(Descriptor socket) : socket_(std::move(socket)) {}
+  bool send(std::string_view bytes, Seconds limit);
+  std::optional<std::string> readLine(Seconds limit);
+  bool waitFor(short events, Seconds limit) const;
+
+  SystemClock clock_;
+  Descriptor socket_;
+  std::string pending_; ///< received beyond the last line
+};
+
+} // namespace korvell

@@ -1,0 +1,37 @@
+#pragma once
+// One keeper at a time: the process that records, alerts and answers. It holds a lock on a file in the data
+// folder for as long as it lives, however it ends; the file says where it answers.
+
+#include "Base/FileLock.h"
+#include "Base/Result.h"
+#include "Base/UserFolders.h"
+
+#include <optional>
+#include <string>
+
+namespace korvell {
+
+class KeeperLock {
+public:
+  static constexpr const char* fileName = "keeper.lock";
+
+  /// Fails with a sentence when another process is the keeper, or when the data folder can't be written.
+  static Result<KeeperLock> acquire(const UserFolders& folders);
+  KeeperLock(KeeperLock&&) = default;
+  KeeperLock& operator=(KeeperLock&&) = default;
+  ~KeeperLock();
+
+  /// Tells where this keeper answers.
+  void announce(const std::string& socketPath) const;
+
+private:
+  explicit KeeperLock(FileLock lock) : lock_(std::move(lock)) {}
+  std::optional<FileLock> lock_;
+};
+
+/// Where a keeper listens: in the runtime folder, or in the data folder where there is none.
+std::string keeperSocketPath(const UserFolders& folders);
+/// Where the keeper of this data folder, if there is one, said that it answers.
+std::optional<std::string> announcedSocket(const UserFolders& folders);
+
+} // namespace korvell

@@ -1,0 +1,260 @@
+#include "App/LineServer.h"
+
+#include "Base/ThreadControl.h"
+#include "Base/UserFolders.h"
+#include "Platform/PeerUser.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <list>
+#include <mutex>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <utility>
+#include <vector>
+
+namespace korvell {
+
+namespace {
+
+std::optional<sockaddr_un> addressOf(const std::string& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  if (path.empty() || path.size() >= sizeof address.sun_path) return std::nullopt;
+  std::memcpy(address.sun_path, path.data(), path.size());
+  return address;
+}
+
+void makePrivate(int descriptor, bool blocking) {
+  fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+  if (!blocking) fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) | O_NONBLOCK);
+}
+
+Descriptor listenAt(const std::string& path) {
+  const auto address = addressOf(path);
+  if (!address || !ensurePrivateFolder(path.substr(0, path.rfind('/')))) return {};
+  struct stat info {};
+  if (lstat(path.c_str(), &info) == 0 && S_ISSOCK(info.st_mode)) unlink(path.c_str());
+  Descriptor socket(::socket(AF_UNIX, SOCK_STREAM, 0));
+  if (!socket) return {};
+  makePrivate(socket.get(), false);
+  // Nobody can connect before listen(), so the mode may be set in between.
+  if (bind(socket.get(), reinterpret_cast<const sockaddr*>(&*address), sizeof *address) != 0 ||
+      chmod(path.c_str(), 0600) != 0 || ::listen(socket.get(), 16) != 0)
+    return {};
+  return socket;
+}
+
+} // namespace
+
+Descriptor connectLocal(const std::string& path) {
+  const auto address = addressOf(path);
+  Descriptor socket(address ? ::socket(AF_UNIX, SOCK_STREAM, 0) : -1);
+  if (!socket) return {};
+  makePrivate(socket.get(), true);
+  if (connect(socket.get(), reinterpret_cast<const sockaddr*>(&*address), sizeof *address) != 0) return {};
+  return socket;
+}
+
+bool isSameUser(int socket) { return peerUser(socket) == std::uint32_t(geteuid()); }
+
+/// What the server's thread works with; answers from other threads come in through reply().
+class LineServer::Loop : public std::enable_shared_from_this<Loop> {
+public:
+  Loop(Descriptor listener, Handler handler, Limits limits, PeerCheck isAllowed)
+      : listener_(std::move(listener)), handler_(std::move(handler)), limits_(limits),
+        isAllowed_(std::move(isAllowed)) {
+    int ends[2];
+    if (pipe(ends) != 0) return;
+    wakeRead_ = Descriptor(ends[0]);
+    wakeWrite_ = Descriptor(ends[1]);
+    for (int end : ends) makePrivate(end, false);
+  }
+  bool isReady() const { return bool(wakeRead_); }
+
+  void run();
+  void stop() {
+    {
+      std::lock_guard lock(mutex_);
+      stopping_ = true;
+    }
+    wake();
+  }
+
+private:
+  struct Client {
+    std::uint64_t number;
+    Descriptor socket;
+    Seconds deadline;        ///< for what it is expected to do now
+    std::string in{};        ///< received, not yet a line
+    std::string out{};       ///< to be sent
+    bool isAnswered = false; ///< its answer is being made: nothing is expected of it
+  };
+
+  void wake() {
+    const char byte = 0;
+    // A full pipe wakes as well.
+    [[maybe_unused]] const auto written = write(wakeWrite_.get(), &byte, 1);
+  }
+  void reply(std::uint64_t client, std::string answer) {
+    {
+      std::lock_guard lock(mutex_);
+      answers_.emplace_back(client, std::move(answer));
+    }
+    wake();
+  }
+  bool takeAnswers(); ///< false when it is time to stop
+  void accept();
+  bool serve(Client& client, short events); ///< false when the client is to be disconnected
+  bool receive(Client& client);
+  bool send(Client& client);
+  bool handleLine(Client& client);
+  std::vector<pollfd> interests() const;
+  int waitMilliseconds() const;
+
+  Descriptor listener_;
+  const Handler handler_;
+  const Limits limits_;
+  const PeerCheck isAllowed_;
+  const SystemClock clock_;
+  Descriptor wakeRead_, wakeWrite_;
+  std::list<Client> clients_;
+  std::uint64_t nextClient_ = 0;
+  Seconds noAcceptBefore_{0}; ///< out of descriptors: asking again at once would only spin
+
+  std::mutex mutex_;
+  bool stopping_ = false;                                      ///< guarded by mutex_
+  std::vector<std::pair<std::uint64_t, std::string>> answers_; ///< guarded by mutex_
+};
+
+void LineServer::Loop::run() {
+  while (takeAnswers()) {
+    auto polled = interests();
+    if (poll(polled.data(), nfds_t(polled.size()), waitMilliseconds()) < 0 && errno != EINTR) return;
+    char drained[64];
+    while (read(wakeRead_.get(), drained, sizeof drained) > 0) {
+    }
+    const Seconds now = clock_.monotonic();
+    auto events = polled.begin() + 2;
+    for (auto client = clients_.begin(); client != clients_.end(); ++events) {
+      const bool late = !client->isAnswered && now >= client->deadline;
+      const bool stays = !late && serve(*client, events->revents);
+      client = stays ? std::next(client) : clients_.erase(client);
+    }
+    if (polled[1].revents != 0) accept();
+  }
+}
+
+bool LineServer::Loop::takeAnswers() {
+  std::lock_guard lock(mutex_);
+  for (auto& [number, answer] : std::exchange(answers_, {})) {
+    const auto client = std::find_if(clients_.begin(), clients_.end(),
+                                     [number = number](const Client& c) { return c.number == number; });
+    if (client == clients_.end()) continue;
+    client->out = std::move(answer) + "\n";
+    client->isAnswered = false;
+    client->deadline = clock_.monotonic() + limits_.patience;
+  }
+  return !stopping_;
+}
+
+std::vector<pollfd> LineServer::Loop::interests() const {
+  const bool accepting = clock_.monotonic() >= noAcceptBefore_;
+  std::vector<pollfd> polled{{wakeRead_.get(), POLLIN, 0}, {accepting ? listener_.get() : -1, POLLIN, 0}};
+  for (const Client& client : clients_) {
+    const short wanted = !client.out.empty() ? POLLOUT : client.isAnswered ? 0 : POLLIN;
+    polled.push_back({client.socket.get(), wanted, 0});
+  }
+  return polled;
+}
+
+int LineServer::Loop::waitMilliseconds() const {
+  const Seconds now = clock_.monotonic();
+  std::optional<Seconds> next;
+  const auto consider = [&](Seconds deadline) { next = std::min(next.value_or(deadline), deadline); };
+  for (const Client& client : clients_)
+    if (!client.isAnswered) consider(client.deadline);
+  if (now < noAcceptBefore_) consider(noAcceptBefore_);
+  if (!next) return -1;
+  return int(std::clamp((*next - now).count() * 1000 + 1, 0.0, 60'000.0));
+}
+
+void LineServer::Loop::accept() {
+  Descriptor socket(::accept(listener_.get(), nullptr, nullptr));
+  if (!socket) {
+    if (errno == EMFILE || errno == ENFILE || errno == ENOMEM || errno == ENOBUFS)
+      noAcceptBefore_ = clock_.monotonic() + Seconds{1};
+    return;
+  }
+  if (clients_.size() >= limits_.clients || !isAllowed_(socket.get())) return;
+  makePrivate(socket.get(), false);
+  clients_.push_back({.number = nextClient_++,
+                      .socket = std::move(socket),
+                      .deadline = clock_.monotonic() + limits_.patience});
+}
+
+bool LineServer::Loop::serve(Client& client, short events) {
+  if (events == 0) return true;
+  if (!client.out.empty()) return send(client);
+  if (client.isAnswered) return false; // it hung up while its answer was being made
+  return receive(client);
+}
+
+bool LineServer::Loop::receive(Client& client) {
+  char buffer[4096];
+  const auto count = read(client.socket.get(), buffer, sizeof buffer);
+  if (count < 0) return errno == EAGAIN || errno == EINTR;
+  if (count == 0) return false;
+  client.in.append(buffer, std::size_t(count));
+  return handleLine(client);
+}
+
+bool LineServer::Loop::handleLine(Client& client) {
+  const auto end = client.in.find('\n');
+  if (end == std::string::npos) return client.in.size() < limits_.line;
+  if (end >= limits_.line) return false;
+  auto line = client.in.substr(0, end);
+  client.in.erase(0, end + 1);
+  client.isAnswered = true;
+  handler_(std::move(line), [self = weak_from_this(), number = client.number](std::string answer) {
+    if (const auto loop = self.lock()) loop->reply(number, std::move(answer));
+  });
+  return true;
+}
+
+bool LineServer::Loop::send(Client& client) {
+  const auto count = write(client.socket.get(), client.out.data(), client.out.size());
+  if (count < 0) return errno == EAGAIN || errno == EINTR;
+  client.out.erase(0, std::size_t(count));
+  if (!client.out.empty()) return true;
+  client.out.shrink_to_fit();
+  client.deadline = clock_.monotonic() + limits_.patience;
+  return handleLine(client); // it may have sent the next line already
+}
+
+std::unique_ptr<LineServer> LineServer::listen(const std::string& path, Handler handler, Limits limits,
+                                               PeerCheck isAllowed) {
+  auto listener = listenAt(path);
+  if (!listener) return nullptr;
+  auto loop = std::make_shared<Loop>(std::move(listener), std::move(handler), limits, std::move(isAllowed));
+  if (!loop->isReady()) return nullptr;
+  return std::unique_ptr<LineServer>(new LineServer(path, std::move(loop)));
+}
+
+LineServer::LineServer(std::string path, std::shared_ptr<Loop> loop)
+    : path_(std::move(path)), loop_(std::move(loop)), thread_([loop = loop_] {
+        nameCurrentThread("Korvell.keeper");
+        loop->run();
+      }) {}
+
+LineServer::~LineServer() {
+  unlink(path_.c_str());
+  loop_->stop();
+  thread_.join();
+}
+
+} // namespace korvell
