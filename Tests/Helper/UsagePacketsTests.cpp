@@ -1,0 +1,58 @@
+#include "Helper/Shared/UsagePackets.h"
+
+#include <gtest/gtest.h>
+#include <numeric>
+
+using namespace korvell;
+using State = UsageAnswerReader::State;
+
+namespace {
+
+std::vector<std::uint8_t> records(ProcessID first, int count) {
+  RusageSample::Map samples;
+  for (int i = 0; i < count; ++i) samples[first + i] = {.diskRead = std::uint64_t(first + i)};
+  return RusageSample::encode(samples);
+}
+
+} // namespace
+
+TEST(UsagePackets, requests) {
+  const std::vector<ProcessID> pids{1, -5, INT32_MAX};
+  EXPECT_EQ(UsagePackets::parseRequest(UsagePackets::request(pids)), pids);
+  EXPECT_EQ(UsagePackets::parseRequest({}), std::vector<ProcessID>{});
+  std::vector<ProcessID> many(10'000);
+  std::iota(many.begin(), many.end(), 1);
+  EXPECT_EQ(UsagePackets::parseRequest(UsagePackets::request(many))->size(), 8192u);
+  for (const std::size_t size : {1u, 3u, 5u, 32'767u, 32'772u, 1'000'000u})
+    EXPECT_FALSE(UsagePackets::parseRequest(std::vector<std::uint8_t>(size))) << size;
+}
+
+TEST(UsagePackets, anAnswerIsPutTogether) {
+  UsageAnswerReader reader;
+  EXPECT_EQ(reader.take(records(1, 1024)), State::incomplete);
+  EXPECT_EQ(reader.take(records(2000, 3)), State::incomplete);
+  EXPECT_EQ(reader.take(UsagePackets::end(1027)), State::complete);
+  EXPECT_EQ(RusageSample::decode(reader.records()).size(), 1027u);
+  UsageAnswerReader empty;
+  EXPECT_EQ(empty.take(UsagePackets::end(0)), State::complete);
+}
+
+TEST(UsagePackets, whatIsNoAnswerIsRefused) {
+  const auto end = UsagePackets::end(1);
+  auto wrongMagic = end;
+  wrongMagic[0] ^= 1;
+  const std::vector<std::uint8_t> bad[] = {{},
+                                           {1},
+                                           std::vector<std::uint8_t>(55),
+                                           std::vector<std::uint8_t>(57),
+                                           end /* nothing was sent */,
+                                           wrongMagic,
+                                           records(1, 8193)};
+  for (const auto& packet : bad) {
+    UsageAnswerReader reader;
+    EXPECT_EQ(reader.take(packet), State::malformed) << packet.size();
+  }
+  UsageAnswerReader flooded;
+  for (int i = 0; i < 8; ++i) EXPECT_EQ(flooded.take(records(1 + i * 1024, 1024)), State::incomplete);
+  EXPECT_EQ(flooded.take(records(1, 1)), State::malformed) << "more than can be asked for";
+}
