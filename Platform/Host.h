@@ -4,8 +4,10 @@
 
 #include "Base/Localization.h"
 #include "Base/UserFolders.h"
+#include "Platform/FileTree.h"
 #include "Platform/MachineCounters.h"
 #include "Platform/ProcessTable.h"
+#include "Platform/Trash.h"
 #include "Platform/UserDefaults.h"
 
 #include <memory>
@@ -21,6 +23,8 @@ struct Host {
   UserFolders folders;
   std::span<const LocalizedText> words; ///< the system's own words for localized()
   std::unique_ptr<UserDefaults> defaults;
+  std::unique_ptr<FileTree> fileTree;
+  std::unique_ptr<Trash> trash;
   std::unique_ptr<MachineCounters> machine;
   std::unique_ptr<ProcessTable> processes;
   std::unique_ptr<ProcessControl> processControl;

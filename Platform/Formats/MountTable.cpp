@@ -68,6 +68,12 @@ bool isPlumbing(std::string_view path) {
   return std::ranges::any_of(plumbing, [&](std::string_view folder) { return isAtOrBelow(path, folder); });
 }
 
+bool isBehindServer(std::string_view path, const std::vector<Mount>& table) {
+  return std::ranges::any_of(table, [&](const Mount& mount) {
+    return mount.mountPoint != "/" && mayBlock(mount) && isAtOrBelow(path, mount.mountPoint);
+  });
+}
+
 /// One name for everything that shares its space: data sets of a ZFS pool are named pool/path.
 std::string_view spaceName(const Mount& mount) {
   const std::string_view source = mount.source;
@@ -113,16 +119,29 @@ std::vector<Mount> volumesWorthShowing(const std::vector<Mount>& table) {
   const auto root = std::ranges::find(table.rbegin(), table.rend(), "/", &Mount::mountPoint);
   show(root == table.rend() ? Mount{.mountPoint = "/"} : *root);
 
-  const auto isBehindServer = [&](std::string_view path) {
-    return std::ranges::any_of(table, [&](const Mount& mount) {
-      return mount.mountPoint != "/" && mayBlock(mount) && isAtOrBelow(path, mount.mountPoint);
-    });
-  };
   for (const auto& mount : table) {
     if (!hasDevice(mount) || contains(imageTypes, mount.type) || isPlumbing(mount.mountPoint)) continue;
-    if (isNew(mount) && !isBehindServer(mount.mountPoint)) show(mount);
+    if (isNew(mount) && !isBehindServer(mount.mountPoint, table)) show(mount);
   }
   return shown;
+}
+
+std::vector<Mount> mountsForFiles(const std::vector<Mount>& table) {
+  std::vector<Mount> mounts;
+  for (const auto& mount : table) {
+    if (contains(imageTypes, mount.type) || isPlumbing(mount.mountPoint)) continue;
+    if ((hasDevice(mount) || mount.type == "tmpfs") && !isBehindServer(mount.mountPoint, table))
+      mounts.push_back(mount);
+  }
+  return mounts;
+}
+
+std::string mountPointOf(std::string_view path, const std::vector<Mount>& table) {
+  std::string_view found = "/";
+  for (const auto& mount : table)
+    if (mount.mountPoint.size() > found.size() && isAtOrBelow(path, mount.mountPoint))
+      found = mount.mountPoint;
+  return std::string(found);
 }
 
 } // namespace korvell

@@ -24,4 +24,12 @@ std::vector<Mount> parseMountInfo(std::string_view text);
 /// blocks. For the same reason nothing is shown that lies on or below such a mount.
 std::vector<Mount> volumesWorthShowing(const std::vector<Mount>& table);
 
+/// The mounts that may hold a Trash of their own: as above, but every place of a device and file systems in
+/// memory too.
+std::vector<Mount> mountsForFiles(const std::vector<Mount>& table);
+
+/// Where the file system of a path begins: the mount point that it lies on or below, "/" when there is none.
+/// The path has no links in it.
+std::string mountPointOf(std::string_view path, const std::vector<Mount>& table);
+
 } // namespace korvell

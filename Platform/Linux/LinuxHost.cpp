@@ -1,16 +1,23 @@
 #include "Platform/Formats/LinuxWords.h"
 #include "Platform/Host.h"
+#include "Platform/Linux/LinuxFileTree.h"
 #include "Platform/Linux/LinuxMachineCounters.h"
+#include "Platform/Linux/LinuxTrash.h"
 #include "Platform/Linux/SettingsFile.h"
+
+#include <unistd.h>
 
 namespace korvell {
 
 Host makeHost(const Environment& environment) {
   static const SystemClock clock;
+  static const SystemTimeZone zone;
   Host host;
   host.folders = linuxUserFolders(environment);
   host.words = linuxWords();
   host.defaults = std::make_unique<SettingsFile>(host.folders.config, clock);
+  host.fileTree = std::make_unique<LinuxFileTree>();
+  host.trash = std::make_unique<LinuxTrash>(host.folders.dataHome, getuid(), clock, zone);
   host.machine = std::make_unique<LinuxMachineCounters>();
   return host;
 }

@@ -1,6 +1,6 @@
 #include "Core/Storage/StorageLocations.h"
 #include "Core/Storage/StorageModels.h"
-#include "Core/Storage/StorageWords.h"
+#include "Platform/Formats/LinuxWords.h"
 
 #include <gmock/gmock.h>
 
@@ -151,7 +151,7 @@ TEST(CatalogueTests, resultsPrintAsJSON) {
 }
 
 TEST(CatalogueTests, linuxNamesItsOwnFolders) {
-  setLocalization(linuxStorageWords());
+  setLocalization(linuxWords());
   EXPECT_EQ(title(StorageGroup::mac), "Your computer");
   EXPECT_THAT(explanation(appCaches), testing::HasSubstr("~/.cache"));
   setLocalization({});

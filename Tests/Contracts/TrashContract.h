@@ -1,0 +1,100 @@
+#pragma once
+// The contract of Trash. Instantiate it with makers of a Trash that lives in a generated tree.
+
+#include "Platform/Trash.h"
+#include "Tests/Fakes/GeneratedTree.h"
+
+#include <functional>
+#include <gmock/gmock.h>
+#include <memory>
+#include <sys/stat.h>
+
+namespace korvell {
+
+using TrashMaker = std::function<std::unique_ptr<Trash>(const GeneratedTree&)>;
+
+inline FileIdentity identityAt(const std::string& path) {
+  struct stat status {};
+  lstat(path.c_str(), &status);
+  return {std::uint64_t(status.st_dev), std::uint64_t(status.st_ino)};
+}
+
+class TrashContract : public testing::TestWithParam<TrashMaker> {
+protected:
+  GeneratedTree disk;
+  std::unique_ptr<Trash> trash = GetParam()(disk);
+
+  std::vector<bool> move(const std::vector<TrashRequest>& requests) {
+    std::vector<bool> done;
+    for (const auto& outcome : trash->move(requests)) done.push_back(bool(outcome));
+    return done;
+  }
+  /// The objects that lie in the Trash.
+  std::vector<FileIdentity> inside() {
+    std::vector<FileIdentity> found;
+    for (const auto& folder : trash->folders())
+      for (const auto& entry : std::filesystem::directory_iterator(folder.entries))
+        found.push_back(identityAt(entry.path()));
+    return found;
+  }
+};
+
+TEST_P(TrashContract, filesFoldersAndLinksAreMovedWhole) {
+  disk.file("home/things/file", 10);
+  disk.file("home/things/folder/inner", 10);
+  disk.link("nowhere", "home/things/dangling");
+  disk.link("folder", "home/things/link");
+  const auto link = identityAt(disk / "home/things/link"),
+             dangling = identityAt(disk / "home/things/dangling");
+  const auto folder = identityAt(disk / "home/things/folder"), file = identityAt(disk / "home/things/file");
+  EXPECT_THAT(move({{disk / "home/things/link"},
+                    {disk / "home/things/dangling"},
+                    {disk / "home/things/folder"},
+                    {disk / "home/things/file", file}}),
+              testing::Each(true));
+  EXPECT_THAT(inside(), testing::UnorderedElementsAre(link, dangling, folder, file));
+  EXPECT_THAT(disk.names("home/things"), testing::IsEmpty());
+}
+
+TEST_P(TrashContract, namesThatAreTakenDoNotHinder) {
+  for (int i = 0; i < 3; ++i) {
+    disk.file("home/things/same", 10);
+    EXPECT_THAT(move({{disk / "home/things/same"}}), testing::ElementsAre(true));
+  }
+  EXPECT_EQ(inside().size(), 3u);
+}
+
+TEST_P(TrashContract, whatIsNotWhatWasPickedStays) {
+  disk.file("home/things/picked", 10);
+  disk.file("home/things/project/modules/x", 10);
+  const auto picked = identityAt(disk / "home/things/picked"),
+             modules = identityAt(disk / "home/things/project/modules");
+  disk.file("home/things/other", 10);
+  disk.move("home/things/other", "home/things/picked"); // another file in its place
+  EXPECT_THAT(move({{disk / "home/things/picked", picked}}), testing::ElementsAre(false));
+  disk.move("home/things/project",
+            "home/things/elsewhere"); // a link in place of a folder on the way, to the very same object
+  disk.link("elsewhere", "home/things/project");
+  EXPECT_THAT(move({{disk / "home/things/project/modules", modules}}), testing::ElementsAre(false));
+  EXPECT_THAT(disk.names("home/things"), testing::ElementsAre("elsewhere", "picked", "project"));
+  EXPECT_THAT(disk.names("home/things/elsewhere"), testing::ElementsAre("modules"));
+  EXPECT_TRUE(trash->folders().empty() || inside().empty());
+}
+
+TEST_P(TrashContract, oneThatCannotBeMovedDoesNotHinderTheOthers) {
+  disk.file("home/things/b", 10);
+  const auto outcomes = trash->move({{disk / "home/things/absent"},
+                                     {"relative"},
+                                     {""},
+                                     {"/"},
+                                     {disk / "home/things/b/.."},
+                                     {disk / "home/things/b"}});
+  ASSERT_EQ(outcomes.size(), 6u);
+  for (std::size_t i = 0; i < 5; ++i) {
+    EXPECT_FALSE(outcomes[i]) << i;
+    EXPECT_TRUE(outcomes[i] || !outcomes[i].reason().empty()) << i;
+  }
+  EXPECT_TRUE(outcomes[5]);
+}
+
+} // namespace korvell
