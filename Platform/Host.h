@@ -5,6 +5,7 @@
 #include "Base/Localization.h"
 #include "Base/UserFolders.h"
 #include "Platform/FileTree.h"
+#include "Platform/LaunchItems.h"
 #include "Platform/MachineCounters.h"
 #include "Platform/ProcessTable.h"
 #include "Platform/Trash.h"
@@ -29,6 +30,7 @@ struct Host {
   std::unique_ptr<ProcessTable> processes;
   std::unique_ptr<ProcessControl> processControl;
   std::unique_ptr<RunningApplications> applications;
+  std::unique_ptr<LaunchItems> launchItems;
   BundleInfo bundleInfo; ///< empty where applications are no bundles
 };
 

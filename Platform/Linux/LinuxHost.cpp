@@ -1,6 +1,8 @@
+#include "Base/Shell.h"
 #include "Platform/Formats/LinuxWords.h"
 #include "Platform/Host.h"
 #include "Platform/Linux/LinuxFileTree.h"
+#include "Platform/Linux/LinuxLaunchItems.h"
 #include "Platform/Linux/LinuxMachineCounters.h"
 #include "Platform/Linux/LinuxTrash.h"
 #include "Platform/Linux/SettingsFile.h"
@@ -19,6 +21,7 @@ Host makeHost(const Environment& environment) {
   host.fileTree = std::make_unique<LinuxFileTree>();
   host.trash = std::make_unique<LinuxTrash>(host.folders.dataHome, getuid(), clock, zone);
   host.machine = std::make_unique<LinuxMachineCounters>();
+  host.launchItems = std::make_unique<LinuxLaunchItems>(host.folders, Shell::run);
   return host;
 }
 

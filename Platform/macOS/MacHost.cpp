@@ -1,9 +1,12 @@
 #include "Base/Shell.h"
 #include "Platform/Host.h"
 #include "Platform/macOS/MacApplications.h"
+#include "Platform/macOS/MacLaunchItems.h"
 #include "Platform/macOS/MacMachineCounters.h"
 #include "Platform/macOS/MacProcessTable.h"
 #include "Platform/macOS/SystemUserDefaults.h"
+
+#include <unistd.h>
 
 namespace korvell {
 
@@ -17,6 +20,7 @@ Host makeHost(const Environment& environment) {
   host.processes = std::make_unique<MacProcessTable>(Shell::run);
   host.processControl = std::make_unique<MacProcessControl>();
   host.applications = std::make_unique<MacRunningApplications>();
+  host.launchItems = std::make_unique<MacLaunchItems>(host.folders, Shell::run, getuid());
   host.bundleInfo = macBundleInfo;
   return host;
 }

@@ -1,0 +1,110 @@
+#include "Platform/Posix/PosixLaunchItems.h"
+
+#include "Base/Files.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <sys/stat.h>
+
+namespace korvell {
+
+namespace {
+
+/// Far more than any of these files takes.
+constexpr std::size_t largestFile = 256 * 1024;
+
+std::string_view suffixOf(LaunchFormat format) {
+  switch (format) {
+  case LaunchFormat::propertyList:
+    return ".plist";
+  case LaunchFormat::desktopEntry:
+    return ".desktop";
+  case LaunchFormat::systemdService:
+    return ".service";
+  }
+  return {};
+}
+
+/// Paths of the folder's entries with this suffix, in the order of their bytes.
+std::vector<std::string> entries(const std::string& folder, std::string_view suffix) {
+  std::vector<std::string> paths;
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+       entry.increment(error)) {
+    auto path = entry->path().string();
+    if (path.ends_with(suffix) && path.size() > folder.size() + 1 + suffix.size())
+      paths.push_back(std::move(path));
+  }
+  std::ranges::sort(paths);
+  return paths;
+}
+
+bool isLink(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+}
+
+std::string dropIns(const std::string& unitPath) {
+  std::string bytes;
+  for (const auto& path : entries(unitPath + ".d", ".conf"))
+    if (const auto more = readFile(path, largestFile)) bytes += "\n" + *more;
+  return bytes;
+}
+
+} // namespace
+
+std::vector<LaunchFolder> macOSLaunchFolders(const UserFolders& folders, const std::string& root) {
+  using enum LaunchFormat;
+  return {{LaunchScope::user, propertyList, folders.home + "/Library/LaunchAgents"},
+          {LaunchScope::allUsers, propertyList, root + "/Library/LaunchAgents"},
+          {LaunchScope::system, propertyList, root + "/Library/LaunchDaemons"}};
+}
+
+std::vector<LaunchFolder> linuxLaunchFolders(const UserFolders& folders, const std::string& root) {
+  using enum LaunchFormat;
+  return {{LaunchScope::user, desktopEntry, folders.configHome + "/autostart"},
+          {LaunchScope::user, systemdService, folders.configHome + "/systemd/user"},
+          {LaunchScope::allUsers, desktopEntry, root + "/etc/xdg/autostart"},
+          {LaunchScope::allUsers, systemdService, root + "/etc/systemd/user"},
+          {LaunchScope::system, systemdService, root + "/etc/systemd/system"}};
+}
+
+ProgramPlaces macOSProgramPlaces() {
+  // launchd searches the system's four; a program of the others is found by jobs that set their own path.
+  return {.folders = {"/usr/bin", "/bin", "/usr/sbin", "/sbin", "/usr/local/bin", "/opt/homebrew/bin"},
+          .flatpakRoots = {}};
+}
+
+ProgramPlaces linuxProgramPlaces(const UserFolders& folders, const std::string& root) {
+  ProgramPlaces places;
+  for (const char* folder : {"/usr/local/sbin", "/usr/local/bin", "/usr/sbin", "/usr/bin", "/sbin", "/bin",
+                             "/usr/local/games", "/usr/games", "/snap/bin"})
+    places.folders.push_back(root + folder);
+  // Sessions put these in front of the system's.
+  places.folders.push_back(folders.home + "/.local/bin");
+  places.folders.push_back(folders.home + "/bin");
+  places.flatpakRoots = {root + "/var/lib/flatpak", folders.dataHome + "/flatpak"};
+  return places;
+}
+
+std::vector<LaunchFile> PosixLaunchItems::files() {
+  std::vector<LaunchFile> files;
+  for (const auto& folder : folders_) {
+    for (auto& path : entries(folder.path, suffixOf(folder.format))) {
+      if (folder.format != LaunchFormat::propertyList && isLink(path)) continue;
+      auto bytes = readFile(path, largestFile);
+      if (!bytes) continue;
+      if (folder.format == LaunchFormat::systemdService) *bytes += dropIns(path);
+      files.push_back({folder.scope, folder.format, std::move(path), std::move(*bytes)});
+    }
+  }
+  return files;
+}
+
+bool PosixLaunchItems::isMissing(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR);
+}
+
+} // namespace korvell

@@ -1,0 +1,130 @@
+#include "Platform/Linux/LinuxLaunchItems.h"
+
+#include "Tests/Fakes/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace korvell {
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::IsEmpty;
+
+class LaunchItemsTests : public testing::Test {
+protected:
+  TemporaryFolder disk;
+  UserFolders folders{
+      .home = disk / "home/me", .dataHome = disk / "home/me/data", .configHome = disk / "home/me/config"};
+  std::vector<std::string> commands;
+  std::map<std::string, ShellResult>
+      answers; ///< by command line; programs that are not here can't be started
+
+  LinuxLaunchItems items{folders,
+                         [this](const std::string& path, const std::vector<std::string>& arguments,
+                                Seconds) -> std::optional<ShellResult> {
+                           std::string line = path.substr(path.rfind('/') + 1);
+                           for (const auto& argument : arguments) line += " " + argument;
+                           commands.push_back(line);
+                           const auto answer = answers.find(line);
+                           return answer == answers.end() ? std::nullopt : std::optional(answer->second);
+                         },
+                         disk.path().string()};
+
+  std::vector<std::string> paths() {
+    std::vector<std::string> result;
+    for (const auto& file : items.files()) result.push_back(file.path.substr(disk.path().string().size()));
+    return result;
+  }
+};
+
+TEST_F(LaunchItemsTests, filesOfEveryFolderInOrder) {
+  for (const char* name :
+       {"etc/systemd/system/z.service", "etc/systemd/system/a.service", "etc/systemd/user/u.service",
+        "etc/xdg/autostart/x.desktop", "home/me/config/systemd/user/own.service",
+        "home/me/config/autostart/own.desktop", "etc/systemd/system/a.timer", "etc/systemd/system/.service",
+        "etc/systemd/system/readme"})
+    disk.write(name, name);
+  EXPECT_THAT(paths(),
+              ElementsAre("/home/me/config/autostart/own.desktop", "/home/me/config/systemd/user/own.service",
+                          "/etc/xdg/autostart/x.desktop", "/etc/systemd/user/u.service",
+                          "/etc/systemd/system/a.service", "/etc/systemd/system/z.service"));
+  EXPECT_EQ(items.files().back(),
+            (LaunchFile{LaunchScope::system, LaunchFormat::systemdService,
+                        disk / "etc/systemd/system/z.service", "etc/systemd/system/z.service"}));
+}
+
+TEST_F(LaunchItemsTests, onlyRegularFilesOfASensibleSize) {
+  const std::string folder = "etc/systemd/system/";
+  disk.write(folder + "huge.service", std::string(300 * 1024, '#'));
+  disk.write("usr/lib/real.service", "");
+  std::filesystem::create_symlink(disk / "usr/lib/real.service", disk / (folder + "alias.service"));
+  std::filesystem::create_directory(disk / (folder + "folder.service"));
+  ASSERT_EQ(mkfifo((disk / (folder + "pipe.service")).c_str(), 0600), 0);
+  EXPECT_THAT(paths(), IsEmpty());
+}
+
+TEST_F(LaunchItemsTests, dropInsFollowTheirService) {
+  disk.write("etc/systemd/system/a.service", "[Service]\nExecStart=/one");
+  disk.write("etc/systemd/system/a.service.d/20.conf", "[Service]\nRestart=no\n");
+  disk.write("etc/systemd/system/a.service.d/10.conf", "[Service]\nExecStart=\nExecStart=/two\n");
+  disk.write("etc/systemd/system/a.service.d/notes", "no drop-in");
+  EXPECT_EQ(items.files().front().bytes,
+            "[Service]\nExecStart=/one\n[Service]\nExecStart=\nExecStart=/two\n\n"
+            "[Service]\nRestart=no\n");
+}
+
+TEST_F(LaunchItemsTests, whatIsMissing) {
+  disk.write("opt/here", "");
+  std::filesystem::create_symlink(disk / "opt/here", disk / "opt/link");
+  std::filesystem::create_symlink(disk / "opt/gone", disk / "opt/dangling");
+  std::filesystem::create_symlink(disk / "opt/circle", disk / "opt/circle");
+  EXPECT_FALSE(items.isMissing(disk / "opt/here"));
+  EXPECT_FALSE(items.isMissing(disk / "opt/link"));
+  EXPECT_TRUE(items.isMissing(disk / "opt/gone"));
+  EXPECT_TRUE(items.isMissing(disk / "opt/dangling"));
+  EXPECT_TRUE(items.isMissing(disk / "opt/here/below"));
+  EXPECT_FALSE(items.isMissing(disk / "opt/circle")) << "can't be told";
+}
+
+TEST_F(LaunchItemsTests, loadedJobsOfBothManagers) {
+  EXPECT_TRUE(items.loadedJobs().ofUser.empty() && items.loadedJobs().ofSystem.empty()) << "no systemd";
+  const std::string list = " list-units --all --plain --no-legend --type=service";
+  answers["systemctl --user" + list] = {.output = "own.service loaded active running Own\n"};
+  answers["systemctl --system" + list] = {.output = "a.service loaded inactive dead A\n"};
+  EXPECT_THAT(items.loadedJobs().ofUser, ElementsAre("own.service"));
+  EXPECT_THAT(items.loadedJobs().ofSystem, ElementsAre("a.service"));
+}
+
+TEST_F(LaunchItemsTests, jobsAreStoppedByTheirManager) {
+  std::filesystem::create_directories(disk / "units");
+  const auto job = [&](LaunchScope scope, const std::string& label) {
+    return LaunchJob{scope, disk / ("units/" + label), label};
+  };
+  EXPECT_TRUE(items.stop(job(LaunchScope::user, "own.service")));
+  items.removed(job(LaunchScope::user, "own.service"));
+  EXPECT_TRUE(items.stop(job(LaunchScope::allUsers, "u.service")));
+  EXPECT_TRUE(items.stop(job(LaunchScope::system, "-a.service")));
+  items.removed(job(LaunchScope::system, "-a.service"));
+  EXPECT_TRUE(items.stop(job(LaunchScope::user, "my-app.desktop")));
+  EXPECT_THAT(commands,
+              ElementsAre("systemctl --no-ask-password --user disable --now -- own.service",
+                          "systemctl --no-ask-password --user daemon-reload",
+                          "systemctl --no-ask-password --global disable -- u.service",
+                          "systemctl --no-ask-password --user disable --now -- u.service",
+                          "systemctl --no-ask-password --system disable --now -- -a.service",
+                          "systemctl --no-ask-password --system daemon-reload",
+                          R"(systemctl --no-ask-password --user stop -- app-my\x2dapp@autostart.service)"));
+}
+
+TEST_F(LaunchItemsTests, aFileThatMayNotBeRemovedKeepsItsJob) {
+  const auto outcome = items.stop({LaunchScope::system, disk / "no/such/folder/a.service", "a.service"});
+  ASSERT_FALSE(outcome);
+  EXPECT_THAT(outcome.reason(), EndsWith("a.service: that takes an administrator."));
+  EXPECT_THAT(commands, IsEmpty());
+}
+
+} // namespace
+} // namespace korvell
