@@ -4,6 +4,7 @@
 
 #include "Base/Localization.h"
 #include "Base/UserFolders.h"
+#include "Platform/Diagnostics.h"
 #include "Platform/FileTree.h"
 #include "Platform/LaunchItems.h"
 #include "Platform/MachineCounters.h"
@@ -27,6 +28,7 @@ struct Host {
   std::unique_ptr<FileTree> fileTree;
   std::unique_ptr<Trash> trash;
   std::unique_ptr<MachineCounters> machine;
+  std::unique_ptr<Diagnostics> diagnostics;
   std::unique_ptr<ProcessTable> processes;
   std::unique_ptr<ProcessControl> processControl;
   std::unique_ptr<RunningApplications> applications;

@@ -3,7 +3,7 @@
 namespace korvell {
 
 const std::vector<Command>& allCommands() {
-  static const std::vector<Command> commands = {statusCommand(), watchCommand()};
+  static const std::vector<Command> commands = {statusCommand(), watchCommand(), doctorCommand()};
   return commands;
 }
 

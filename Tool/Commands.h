@@ -10,5 +10,6 @@ inline constexpr int widestSummary = 120;
 
 Command statusCommand();
 Command watchCommand();
+Command doctorCommand();
 
 } // namespace korvell

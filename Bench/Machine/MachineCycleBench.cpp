@@ -38,7 +38,7 @@ double median(std::vector<double> values) {
 }
 
 /// What a cycle reads on this machine, named here anew and not asked of the adapter where that is possible.
-std::vector<std::string> cycleFiles(const LinuxMachineCounters& machine) {
+std::vector<std::string> cycleFiles(LinuxMachineCounters& machine) {
   std::vector<std::string> files = {"/proc/loadavg",         "/proc/stat",    "/proc/meminfo",
                                     "/proc/pressure/memory", "/proc/net/dev", "/proc/diskstats"};
   for (const auto& name : folderNames("/sys/block"))

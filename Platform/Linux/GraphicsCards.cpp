@@ -79,11 +79,22 @@ std::vector<GPUCounters> GraphicsCards::counters(FileReader& reader) {
       continue;
     }
     nvidiaAwake |= card.driver == Driver::nvidia;
-    const auto reading = card.driver == Driver::amdgpu ? amd(card, reader) : nvidia_.read(card.address);
-    if (reading) result.push_back(*reading);
+    if (const auto reading = read(card, reader)) result.push_back(*reading);
   }
   if (!nvidiaAwake) nvidia_.release();
   return result;
+}
+
+std::optional<GPUCounters> GraphicsCards::read(const Card& card, FileReader& reader) {
+  switch (card.driver) {
+  case Driver::amdgpu:
+    return amd(card, reader);
+  case Driver::nvidia:
+    return nvidia_.read(card.address);
+  case Driver::other:
+    break;
+  }
+  return std::nullopt;
 }
 
 bool GraphicsCards::isAsleep(const Card& card, FileReader& reader) const {

@@ -15,6 +15,14 @@ namespace korvell {
 
 class GraphicsCards {
 public:
+  enum class Driver { amdgpu, nvidia, other };
+  struct Card {
+    Driver driver = Driver::other;
+    std::string folder;  ///< of the PCI device
+    std::string address; ///< on the PCI bus
+    bool mayBeAsleep = false;
+  };
+
   /// `pciIDs`: where the list of PCI names may be.
   GraphicsCards(std::string proc, std::string sys, std::vector<std::string> pciIDs,
                 std::string nvidiaLibrary);
@@ -25,19 +33,14 @@ public:
   /// What to call them together; empty without a card that has a name.
   std::string name(FileReader& reader) const;
 
-  enum class Driver { amdgpu, nvidia, other };
-  struct Card {
-    Driver driver = Driver::other;
-    std::string folder;  ///< of the PCI device
-    std::string address; ///< on the PCI bus
-    bool mayBeAsleep = false;
-  };
   const std::vector<Card>& cards() const { return cards_; }
+  bool isAsleep(const Card& card, FileReader& reader) const;
+  /// Of a card that is awake; nothing when its driver tells nothing.
+  std::optional<GPUCounters> read(const Card& card, FileReader& reader);
 
 private:
   std::vector<Card> drmCards(FileReader& reader) const;
   std::vector<Card> nvidiaCards(FileReader& reader) const;
-  bool isAsleep(const Card& card, FileReader& reader) const;
   std::optional<GPUCounters> amd(const Card& card, FileReader& reader) const;
   std::string cardName(const Card& card, FileReader& reader) const;
 

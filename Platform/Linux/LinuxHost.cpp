@@ -1,6 +1,7 @@
 #include "Base/Shell.h"
 #include "Platform/Formats/LinuxWords.h"
 #include "Platform/Host.h"
+#include "Platform/Linux/LinuxDiagnostics.h"
 #include "Platform/Linux/LinuxFileTree.h"
 #include "Platform/Linux/LinuxLaunchItems.h"
 #include "Platform/Linux/LinuxMachineCounters.h"
@@ -22,6 +23,7 @@ Host makeHost(const Environment& environment) {
   host.trash = std::make_unique<LinuxTrash>(host.folders.dataHome, getuid(), clock, zone);
   host.machine = std::make_unique<LinuxMachineCounters>();
   host.launchItems = std::make_unique<LinuxLaunchItems>(host.folders, Shell::run);
+  host.diagnostics = std::make_unique<LinuxDiagnostics>(clock);
   return host;
 }
 

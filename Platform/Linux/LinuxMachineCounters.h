@@ -48,7 +48,7 @@ public:
   std::vector<GPUCounters> gpus() override;
   PowerReading power() override;
 
-  const GraphicsCards& graphics() const { return graphics_; }
+  GraphicsCards& graphics() { return graphics_; }
   const PowerSources& powerSources() const { return power_; }
 
 private:

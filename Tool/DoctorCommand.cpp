@@ -1,0 +1,107 @@
+// korvell doctor: every source of figures, whether it can be read and what would make it so, and what Korvell
+// itself costs.
+
+#include "Base/Format.h"
+#include "Tool/Commands.h"
+#include "Tool/Measure.h"
+#include "Tool/Table.h"
+#include "Tool/Wrap.h"
+
+#include <fmt/format.h>
+
+namespace korvell {
+
+namespace {
+
+struct OwnCost {
+  double cycleMicroseconds = 0; ///< of CPU
+  std::uint64_t resident = 0;
+};
+
+/// Cycles in a row; the first one reads what is remembered later and does not count.
+OwnCost ownCost(Context& context) {
+  constexpr int cycles = 10;
+  const auto sampler = makeSampler(context);
+  const auto run = [&](int count) {
+    sampler->queue().sync([&] {
+      for (int i = 0; i < count; ++i) sampler->tick();
+    });
+  };
+  run(1);
+  const auto before = context.host.diagnostics->ownUsage();
+  run(cycles);
+  const auto after = context.host.diagnostics->ownUsage();
+  return {(after.cpuSeconds - before.cpuSeconds) / cycles * 1e6, after.resident};
+}
+
+std::string timeText(double microseconds) {
+  return microseconds < 1000 ? fmt::format("{:.0f} µs", microseconds)
+                             : fmt::format("{:.1f} ms", microseconds / 1000);
+}
+
+Ink ink(SourceReport::State state) {
+  switch (state) {
+  case SourceReport::State::readable:
+    return Ink::good;
+  case SourceReport::State::refused:
+    return Ink::warning;
+  case SourceReport::State::missing:
+    break;
+  }
+  return Ink::dim;
+}
+
+void printSources(Terminal& out, const std::vector<SourceReport>& sources) {
+  Table table({{localized("Source")},
+               {localized("Where"), Column::Align::left, true, 12},
+               {localized("State")},
+               {localized("One reading"), Column::Align::right}});
+  for (const auto& source : sources)
+    table.row({source.name,
+               source.source,
+               {title(source.state), ink(source.state)},
+               source.microseconds ? timeText(*source.microseconds) : "–"});
+  table.print(out);
+}
+
+void printReasons(Terminal& out, const std::vector<SourceReport>& sources) {
+  constexpr int indent = 2;
+  const int width = std::min(out.columns(), widestSummary) - indent;
+  for (const auto& source : sources) {
+    if (source.reason.empty()) continue;
+    out.line();
+    out.line(source.name + " · " + source.source);
+    for (const auto& sentence : {source.reason, source.remedy})
+      for (const auto& line : wrapped(sentence, width)) out.line(std::string(indent, ' ') + line);
+  }
+}
+
+int runDoctor(Context& context, const Arguments& arguments) {
+  if (!context.host.diagnostics) return fail(context, localized("This build cannot examine its sources."));
+  const auto sources = context.host.diagnostics->sources();
+  const auto cost = ownCost(context);
+  if (arguments.flag("--json")) {
+    printJSON(context.out, Value::object({{"sources", toValue(sources)},
+                                          {"cycleMicroseconds", cost.cycleMicroseconds},
+                                          {"residentBytes", std::int64_t(cost.resident)}}));
+    return exitOK;
+  }
+  printSources(context.out, sources);
+  printReasons(context.out, sources);
+  context.out.line();
+  context.out.line(localized(
+      "Korvell itself: {time} of CPU for one cycle, {memory} of memory",
+      {{"time", timeText(cost.cycleMicroseconds)}, {"memory", Format::memory(double(cost.resident))}}));
+  return exitOK;
+}
+
+} // namespace
+
+Command doctorCommand() {
+  return {"doctor",
+          "Show what can be measured here, what can't and why, and at what cost",
+          {jsonOption()},
+          runDoctor};
+}
+
+} // namespace korvell
