@@ -1,0 +1,89 @@
+#include "Platform/Linux/LinuxDiagnostics.h"
+#include "Tests/Fakes/FakeClock.h"
+#include "Tests/Fakes/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace korvell {
+namespace {
+
+using State = SourceReport::State;
+
+class MachineSourcesTests : public testing::Test {
+protected:
+  /// The first report of that name whose source contains `where`.
+  static SourceReport find(const std::vector<SourceReport>& reports, const std::string& name,
+                           const std::string& where = {}) {
+    for (const auto& report : reports)
+      if (report.name == name && report.source.find(where) != std::string::npos) return report;
+    ADD_FAILURE() << "no " << name << " " << where;
+    return {};
+  }
+  std::vector<SourceReport> examine(const std::string& root) {
+    LinuxMachineRoots roots{root + "/proc", root + "/sys", {}, root + "/none.so", [](const std::string&) {
+                              return std::optional<VolumeSpace>{};
+                            }};
+    return LinuxDiagnostics(clock, roots).sources();
+  }
+  FakeClock clock;
+};
+
+TEST_F(MachineSourcesTests, whatAMachineHasIsToldApartFromWhatItHides) {
+  struct Row {
+    const char* machine;
+    const char* name;
+    const char* where;
+    State state;
+    bool hasRemedy;
+  };
+  const Row rows[] = {
+      {"laptop", "Processor", "", State::readable, false},
+      {"laptop", "Compressed swap", "zram0", State::readable, false},
+      {"laptop", "Graphics", "card1", State::missing, false},
+      {"laptop", "Graphics", "0000:01:00.0", State::refused, false},
+      {"laptop", "Battery", "BAT0", State::readable, false},
+      {"laptop", "Power adapter", "AC", State::readable, false},
+      {"laptop", "Processor power", "intel-rapl:0", State::readable, false},
+      {"desktop", "Graphics", "card0", State::readable, false},
+      {"desktop", "Battery", "power_supply", State::missing, false},
+      {"container", "Memory stalls", "", State::missing, true},
+      {"container", "Processor power", "", State::missing, false},
+      {"virtual-machine", "Graphics", "", State::missing, false},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(std::string(row.machine) + " " + row.name + " " + row.where);
+    const auto report =
+        find(examine(std::string(KORVELL_FIXTURES) + "/Linux/" + row.machine), row.name, row.where);
+    EXPECT_EQ(report.state, row.state);
+    EXPECT_EQ(report.microseconds.has_value(), row.state == State::readable);
+    EXPECT_EQ(report.reason.empty(), row.state == State::readable);
+    EXPECT_EQ(!report.remedy.empty(), row.hasRemedy);
+  }
+}
+
+TEST_F(MachineSourcesTests, aCounterThatIsClosedNamesItsRemedy) {
+  const TemporaryFolder root;
+  root.write("sys/class/powercap/intel-rapl:0/name", "package-0\n");
+  root.write("sys/class/powercap/intel-rapl:0/energy_uj/x", ""); // a folder opens, but can't be read
+  root.write("sys/bus/pci/devices/0000:01:00.0/power/control", "on\n");
+  root.write("proc/driver/nvidia/gpus/0000:01:00.0/information", "Model: Card\n");
+  const auto reports = examine(root.path().string());
+  for (const auto* name : {"Processor power", "Graphics"}) {
+    const auto report = find(reports, name);
+    EXPECT_EQ(report.state, State::refused) << name;
+    EXPECT_NE(report.remedy, "") << name;
+  }
+  EXPECT_EQ(find(reports, "Processor").state, State::missing);
+}
+
+TEST_F(MachineSourcesTests, ownUsageIsThisProcess) {
+  SystemClock system;
+  LinuxDiagnostics diagnostics(system);
+  const auto before = diagnostics.ownUsage();
+  EXPECT_GT(before.resident, 100'000u);
+  EXPECT_GT(before.cpuSeconds, 0);
+  EXPECT_GE(diagnostics.ownUsage().cpuSeconds, before.cpuSeconds);
+}
+
+} // namespace
+} // namespace korvell
