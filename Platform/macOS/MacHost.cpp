@@ -1,9 +1,11 @@
 #include "Base/Shell.h"
 #include "Platform/Host.h"
 #include "Platform/macOS/MacApplications.h"
+#include "Platform/macOS/MacFileTree.h"
 #include "Platform/macOS/MacLaunchItems.h"
 #include "Platform/macOS/MacMachineCounters.h"
 #include "Platform/macOS/MacProcessTable.h"
+#include "Platform/macOS/MacTrash.h"
 #include "Platform/macOS/SystemUserDefaults.h"
 
 #include <unistd.h>
@@ -16,6 +18,8 @@ Host makeHost(const Environment& environment) {
   host.folders = macOSUserFolders(environment);
   host.words = {}; // the keys are this system's words
   host.defaults = std::make_unique<SystemUserDefaults>(host.folders.data);
+  host.fileTree = std::make_unique<MacFileTree>();
+  host.trash = std::make_unique<MacTrash>(host.folders.home, getuid());
   host.machine = std::make_unique<MacMachineCounters>();
   host.processes = std::make_unique<MacProcessTable>(Shell::run);
   host.processControl = std::make_unique<MacProcessControl>();
