@@ -1,6 +1,7 @@
 #include "Base/PropertyList.h"
 
 #include "Base/Files.h"
+#include "Tests/FixturesFolder.h"
 
 #include <gmock/gmock.h>
 
@@ -9,7 +10,7 @@ using namespace korvell;
 namespace {
 
 std::string fixture(const std::string& name) {
-  return readFile(std::string(KORVELL_FIXTURES) + "/PropertyLists/" + name, 1 << 20).value();
+  return readFile(fixturePath("PropertyLists/" + name), 1 << 20).value();
 }
 
 std::string repeated(const std::string& text, int times) {

@@ -3,6 +3,7 @@
 #include "Tests/Contracts/MachineCountersContract.h"
 #include "Tests/Fakes/FakeClock.h"
 #include "Tests/Fakes/TemporaryFolder.h"
+#include "Tests/FixturesFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,7 +20,7 @@ constexpr std::uint64_t kB = 1024;
 /// One of the recorded or built trees; single files are no volumes and every volume has the same space.
 struct Tree {
   explicit Tree(const std::string& machine) {
-    const std::string root = std::string(KORVELL_FIXTURES) + "/Linux/" + machine;
+    const std::string root = fixturePath("Linux/" + machine);
     roots.proc = root + "/proc";
     roots.sys = root + "/sys";
     roots.pciIDs = {root + "/no such list", root + "/pci.ids"};

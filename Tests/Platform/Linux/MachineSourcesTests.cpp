@@ -1,6 +1,7 @@
 #include "Platform/Linux/LinuxDiagnostics.h"
 #include "Tests/Fakes/FakeClock.h"
 #include "Tests/Fakes/TemporaryFolder.h"
+#include "Tests/FixturesFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -52,8 +53,7 @@ TEST_F(MachineSourcesTests, whatAMachineHasIsToldApartFromWhatItHides) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(std::string(row.machine) + " " + row.name + " " + row.where);
-    const auto report =
-        find(examine(std::string(KORVELL_FIXTURES) + "/Linux/" + row.machine), row.name, row.where);
+    const auto report = find(examine(fixturePath(std::string("Linux/") + row.machine)), row.name, row.where);
     EXPECT_EQ(report.state, row.state);
     EXPECT_EQ(report.microseconds.has_value(), row.state == State::readable);
     EXPECT_EQ(report.reason.empty(), row.state == State::readable);

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace korvell {
+
+/// The path of a file or folder below Tests/Fixtures.
+std::string fixturePath(const std::string& relative);
+
+} // namespace korvell
