@@ -10,6 +10,7 @@ inline constexpr int widestSummary = 120;
 
 Command statusCommand();
 Command watchCommand();
+Command startupCommand();
 Command doctorCommand();
 
 } // namespace korvell
