@@ -28,14 +28,15 @@ std::optional<std::map<int, CoreTicks>> parseProcStat(std::string_view text) {
 }
 
 std::optional<double> parseDecimal(std::string_view text) {
+  // As one whole number over a power of ten, so that "8.45" is the double nearest to it.
+  double digits = 0, scale = 1;
   std::size_t i = 0;
-  double value = 0;
-  while (i < text.size() && text[i] >= '0' && text[i] <= '9') value = value * 10 + (text[i++] - '0');
+  const auto isDigit = [&] { return i < text.size() && text[i] >= '0' && text[i] <= '9'; };
+  for (; isDigit(); ++i) digits = digits * 10 + (text[i] - '0');
   if (i == 0) return std::nullopt;
   if (i < text.size() && text[i] == '.')
-    for (double weight = 0.1; ++i < text.size() && text[i] >= '0' && text[i] <= '9'; weight /= 10)
-      value += weight * (text[i] - '0');
-  return value;
+    for (++i; isDigit(); ++i, scale *= 10) digits = digits * 10 + (text[i] - '0');
+  return digits / scale;
 }
 
 std::optional<double> parseLoadAverage(std::string_view text) { return parseDecimal(trimmed(text)); }

@@ -37,7 +37,8 @@ TEST(LinuxTextsTests, coresAreFastFromFourFifthsOfTheFastest) {
 }
 
 TEST(LinuxTextsTests, decimals) {
-  EXPECT_DOUBLE_EQ(parseDecimal("12.34 x").value(), 12.34);
+  EXPECT_EQ(parseDecimal("8.45 x"), 8.45);
+  EXPECT_EQ(parseDecimal("18446744073709551615.25"), 18446744073709551615.25);
   EXPECT_EQ(parseDecimal("7"), 7);
   EXPECT_EQ(parseDecimal(".5"), std::nullopt);
   EXPECT_EQ(parseDecimal(""), std::nullopt);
