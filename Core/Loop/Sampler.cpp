@@ -7,6 +7,8 @@ namespace korvell {
 namespace {
 
 constexpr Seconds totalsInterval{60};
+constexpr Seconds startupInterval{
+    1800}; // whether watched or not: people look at the list, not at its changes
 
 } // namespace
 
@@ -38,6 +40,7 @@ Tick Sampler::tick() {
   if (subjects_.processes)
     tick.snapshot.apps = subjects_.processes->sample(servers ? servers->portsByPID() : PortsByPID());
   scanDevServers(tick);
+  scanStartup(tick);
   if (count_ >= 1) useHistory(tick);
   ++count_;
   return tick;
@@ -50,6 +53,13 @@ void Sampler::scanDevServers(Tick& tick) {
   tick.projects = subjects_.devServers->scan(usageByPID(tick.snapshot.apps),
                                              processes ? processes->parents() : ParentsByPID());
   lastDevScan_ = now;
+}
+
+void Sampler::scanStartup(Tick& tick) {
+  const Date now = tick.snapshot.date;
+  if (!subjects_.launchItems || !isDue(lastStartupScan_, startupInterval, now)) return;
+  tick.startupItems = StartupScanner::scan(*subjects_.launchItems);
+  lastStartupScan_ = now;
 }
 
 void Sampler::useHistory(Tick& tick) {

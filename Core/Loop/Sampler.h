@@ -12,6 +12,7 @@
 #include "Core/Loop/Tick.h"
 #include "Core/Machine/ProcessSampler.h"
 #include "Core/Machine/SystemSampler.h"
+#include "Core/Startup/StartupScanner.h"
 #include "Platform/MachineCounters.h"
 
 #include <memory>
@@ -32,6 +33,7 @@ public:
     /// today began.
     HistoryStore* history = nullptr;
     TimeZone* zone = nullptr;
+    LaunchItems* launchItems = nullptr;
     /// For stopping processes; the table is the one that the samplers above read.
     ProcessTable* table = nullptr;
     ProcessControl* control = nullptr;
@@ -55,6 +57,7 @@ public:
 
 private:
   void scanDevServers(Tick& tick);
+  void scanStartup(Tick& tick);
   void useHistory(Tick& tick);
 
   std::unique_ptr<Queue> queue_;
@@ -65,6 +68,7 @@ private:
   bool isWatched_ = true;
   std::optional<int> lastScore_;
   Date lastDevScan_ = Date::distantPast();
+  Date lastStartupScan_ = Date::distantPast();
   Date lastTotals_ = Date::distantPast();
 };
 

@@ -1,6 +1,7 @@
 #include "Core/Loop/Sampler.h"
 
 #include "Base/ManualQueue.h"
+#include "Tests/Fakes/FakeLaunchItems.h"
 #include "Tests/Fakes/FakeMachineCounters.h"
 #include "Tests/Fakes/FakeProcessTable.h"
 #include "Tests/Fakes/FakeTimeZone.h"
@@ -28,6 +29,7 @@ struct SamplerTests : testing::Test {
   FakeRunningApplications applications;
   OneOwner owners;
   FakeTimeZone zone;
+  FakeLaunchItems launchItems;
   TemporaryFolder folder;
   std::unique_ptr<HistoryStore> store = openHistory();
   HistoryStore& history = *store;
@@ -44,6 +46,7 @@ struct SamplerTests : testing::Test {
         table, linuxDevServerTables, "/home/u", [](const std::string&) { return false; }, time.clock());
     subjects.history = &history;
     subjects.zone = &zone;
+    subjects.launchItems = &launchItems;
     return subjects;
   }
   /// A cycle ten seconds after the last one, in which the disk wrote `written` bytes and a core was half
@@ -113,6 +116,20 @@ TEST_F(SamplerTests, developmentServersAreScannedOnTheirOwnClock) {
   EXPECT_EQ(scans, (std::vector{4, 7}));
   time.clock().setNow(start - Seconds{1e6}); // set back: due at once
   EXPECT_TRUE(cycle().projects);
+}
+
+TEST_F(SamplerTests, startupItemsAreScannedEveryHalfHourAtAnyPace) {
+  launchItems.launchFiles = {
+      {LaunchScope::user, LaunchFormat::systemdService, "/u/gone.service", "[Service]\nExecStart=/opt/gone"}};
+  const Tick first = cycle();
+  ASSERT_TRUE(first.startupItems);
+  ASSERT_EQ(first.startupItems->size(), 1u);
+  EXPECT_TRUE(first.startupItems->front().isLeftover);
+  sampler.setWatched(false);
+  std::vector<int> scans;
+  for (int i = 1; i <= 400; ++i)
+    if (cycle().startupItems) scans.push_back(i);
+  EXPECT_EQ(scans, (std::vector{180, 360}));
 }
 
 } // namespace
