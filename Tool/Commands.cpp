@@ -3,7 +3,8 @@
 namespace korvell {
 
 const std::vector<Command>& allCommands() {
-  static const std::vector<Command> commands = {statusCommand(), watchCommand(), startupCommand(),
+  static const std::vector<Command> commands = {statusCommand(),  watchCommand(),   historyCommand(),
+                                                serversCommand(), startupCommand(), runCommand(),
                                                 doctorCommand()};
   return commands;
 }

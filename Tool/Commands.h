@@ -12,5 +12,8 @@ Command statusCommand();
 Command watchCommand();
 Command startupCommand();
 Command doctorCommand();
+Command historyCommand();
+Command serversCommand();
+Command runCommand();
 
 } // namespace korvell

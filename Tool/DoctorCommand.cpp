@@ -1,9 +1,9 @@
 // korvell doctor: every source of figures, whether it can be read and what would make it so, and what Korvell
 // itself costs.
 
+#include "App/Assembly.h"
 #include "Base/Format.h"
 #include "Tool/Commands.h"
-#include "Tool/Measure.h"
 #include "Tool/Table.h"
 #include "Tool/Wrap.h"
 
@@ -21,7 +21,8 @@ struct OwnCost {
 /// Cycles in a row; the first one reads what is remembered later and does not count.
 OwnCost ownCost(Context& context) {
   constexpr int cycles = 10;
-  const auto sampler = makeSampler(context);
+  Assembly assembly(context.host, context.clock);
+  const auto sampler = assembly.makeSampler(nullptr);
   const auto run = [&](int count) {
     sampler->queue().sync([&] {
       for (int i = 0; i < count; ++i) sampler->tick();

@@ -1,9 +1,9 @@
 // korvell watch: the running model on a full screen, at the loop's own pace.
 
 #include "App/AppModel.h"
+#include "App/Assembly.h"
 #include "Base/Format.h"
 #include "Base/HostedQueue.h"
-#include "Base/SystemQueue.h"
 #include "Base/Text.h"
 #include "Tool/Commands.h"
 #include "Tool/Screen.h"
@@ -47,9 +47,8 @@ int runWatch(Context& context, const Arguments&) {
   Screen screen(context.out);
   HostedQueue main("main", [&screen] { screen.wake(); });
   FixedAttention watched(true);
-  AppModel model(main,
-                 std::make_unique<Sampler>(systemQueueFactory()(Sampler::queueLabel), *context.host.machine),
-                 watched);
+  Assembly assembly(context.host, context.clock);
+  AppModel model(main, assembly.makeSampler(nullptr), watched);
   const auto draw = [&] { screen.draw(frame(context.out, model, screen.columns(), screen.rows())); };
   const auto subscription = model.snapshot.observe([&](const SystemSnapshot&) { main.async(draw); });
   draw();

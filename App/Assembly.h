@@ -1,0 +1,29 @@
+#pragma once
+// Puts the sampling loop together from the operating system's answers: the same way for the keeper, the
+// interface and commands that measure by themselves. Outlives the samplers that it makes.
+
+#include "Base/LocalTime.h"
+#include "Core/Loop/Sampler.h"
+#include "Platform/Host.h"
+
+#include <memory>
+
+namespace korvell {
+
+class Assembly {
+public:
+  Assembly(Host& host, const Clock& clock) : host_(host), clock_(clock) {}
+
+  /// A sampler on a queue of its own. Without a history nothing is recorded. One at a time.
+  std::unique_ptr<Sampler> makeSampler(HistoryStore* history);
+  const TimeZone& zone() const { return zone_; }
+
+private:
+  std::unique_ptr<DevServerScanner> makeDevServerScanner() const;
+
+  Host& host_;
+  const Clock& clock_;
+  SystemTimeZone zone_;
+};
+
+} // namespace korvell

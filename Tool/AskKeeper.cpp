@@ -1,0 +1,27 @@
+#include "Tool/AskKeeper.h"
+
+#include "App/KeeperClient.h"
+
+namespace korvell {
+
+namespace {
+
+/// A keeper in the middle of a cycle answers a little later; one that hangs is not waited for.
+constexpr Seconds statePatience{2};
+
+} // namespace
+
+std::optional<Value> askKeeper(Context& context, std::initializer_list<const char*> parts) {
+  Value names = Value::array();
+  for (const char* part : parts) names.append(part);
+  auto state = tellKeeper(context, Value::object({{"ask", "state"}, {"parts", names}}), statePatience);
+  const auto* hasSample = state ? state->find("hasSample") : nullptr;
+  return hasSample && hasSample->asBool() == true ? state : std::nullopt;
+}
+
+std::optional<Value> tellKeeper(Context& context, const Value& request, Seconds patience) {
+  auto client = KeeperClient::connect(context.host.folders);
+  return client ? client->ask(request, patience) : std::nullopt;
+}
+
+} // namespace korvell

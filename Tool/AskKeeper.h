@@ -1,0 +1,15 @@
+#pragma once
+// Commands ask the running keeper first, so that a terminal shows what the menu bar shows, at once.
+
+#include "Tool/Command.h"
+
+#include <initializer_list>
+
+namespace korvell {
+
+/// These parts of the keeper's state; nothing without a keeper, or with one that has not measured yet.
+std::optional<Value> askKeeper(Context& context, std::initializer_list<const char*> parts);
+/// Has the keeper do something; its answer, or nothing when it did not answer.
+std::optional<Value> tellKeeper(Context& context, const Value& request, Seconds patience);
+
+} // namespace korvell

@@ -1,0 +1,250 @@
+// korvell history: what the keeper recorded, read without changing it.
+
+#include "App/Assembly.h"
+#include "Base/Format.h"
+#include "Base/SystemQueue.h"
+#include "Base/Text.h"
+#include "Tool/AskKeeper.h"
+#include "Tool/Commands.h"
+#include "Tool/HistoryChart.h"
+#include "Tool/Table.h"
+#include "Tool/TimeArgument.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace korvell {
+
+namespace {
+
+constexpr int defaultLimit = 15;
+/// How long a point of the live series stands: the slow pace and what it may be late.
+constexpr Seconds liveCover{12};
+
+struct Recorded {
+  explicit Recorded(Context& context)
+      : store(systemQueueFactory(), context.clock, context.host.folders.data, HistoryAccess::reader) {}
+  HistoryStore store;
+  SystemTimeZone zone;
+};
+
+template <class E>
+std::vector<std::string> rawValues(std::string (*spelling)(std::string_view)) {
+  std::vector<std::string> values;
+  for (const auto& c : allCases<E>()) values.push_back(spelling(c.rawValue));
+  return values;
+}
+std::string asIs(std::string_view text) { return std::string(text); }
+
+HistoryRange rangeOf(const Arguments& arguments) {
+  const auto wanted = arguments.text("--range").value_or("24h");
+  for (const auto& c : allCases<HistoryRange>())
+    if (lowercased(c.rawValue) == wanted) return c.value;
+  return HistoryRange::h24;
+}
+
+int nothingRecorded(Context& context, std::string_view what) {
+  context.out.line(what);
+  context.out.line(context.out.ink(
+      Ink::dim, localized("Korvell records while it runs: the application, or \"korvell run\".")));
+  return exitOK;
+}
+
+// A series
+
+struct Series {
+  std::vector<HistoryPoint> points;
+  ChartSpan span;
+};
+
+/// The last minutes come from the keeper, which has more of them than the database.
+std::optional<Series> liveSeries(Context& context, Metric metric, ChartSpan span) {
+  const auto state = askKeeper(context, {"live"});
+  const auto* live = state ? state->find("live") : nullptr;
+  const auto* told = live ? live->find(rawValue(metric)) : nullptr;
+  Series series{{}, span};
+  series.span.cover = liveCover;
+  if (!told || !fromValue(*told, series.points)) return std::nullopt;
+  return series;
+}
+
+Series seriesOf(Context& context, Recorded& recorded, Metric metric, HistoryRange range) {
+  const auto row = spanOf(range);
+  const Date now = context.clock.now();
+  // A minute's row stands for its minute, however fine the buckets are.
+  const ChartSpan span{now - Seconds{double(row.seconds)}, now, Seconds{double(std::max(row.bucket, 60))}};
+  if (range == HistoryRange::live)
+    if (auto live = liveSeries(context, metric, span)) return *live;
+  return {recorded.store.series(metric, range), span};
+}
+
+int showSeries(Context& context, const Arguments& arguments, Metric metric) {
+  Recorded recorded(context);
+  const auto range = rangeOf(arguments);
+  const auto series = seriesOf(context, recorded, metric, range);
+  const auto summary = summaryOf(series.points);
+  if (arguments.flag("--json")) {
+    Value value = Value::object(
+        {{"metric", rawValue(metric)}, {"range", rawValue(range)}, {"points", toValue(series.points)}});
+    if (summary) {
+      value.set("minimum", summary->minimum);
+      value.set("mean", summary->mean);
+      value.set("maximum", summary->maximum);
+    }
+    printJSON(context.out, value);
+    return exitOK;
+  }
+  if (!summary) return nothingRecorded(context, localized("Nothing was recorded in this time."));
+  context.out.line(context.out.ink(Ink::bold, title(metric) + " · " + title(range)));
+  for (const auto& line : chartLines(context.out, metric, series.points, series.span, recorded.zone,
+                                     std::min(context.out.columns(), widestSummary)))
+    context.out.line(line);
+  return exitOK;
+}
+
+// The top applications
+
+int showTop(Context& context, const Arguments& arguments, Metric metric) {
+  Recorded recorded(context);
+  const auto range = rangeOf(arguments);
+  const int limit = int(std::min<std::int64_t>(arguments.number("--limit").value_or(defaultLimit), 1000));
+  const auto apps = recorded.store.topApps(metric, range, limit);
+  if (arguments.flag("--json")) {
+    printJSON(
+        context.out,
+        Value::object({{"metric", rawValue(metric)}, {"range", rawValue(range)}, {"apps", toValue(apps)}}));
+    return exitOK;
+  }
+  if (apps.empty()) return nothingRecorded(context, localized("Nothing was recorded in this time."));
+  Table table({{.title = localized("App"), .flexible = true},
+               {.title = title(metric) + " · " + title(range), .align = Column::Align::right},
+               {.title = ""}});
+  for (const AppTotal& app : apps)
+    table.row({app.name,
+               formatMetric(metric, app.value),
+               {bar(apps[0].value > 0 ? app.value / apps[0].value : 0, 20), Ink::dim}});
+  table.print(context.out);
+  return exitOK;
+}
+
+// One minute
+
+constexpr struct {
+  HistoryColumn column;
+  const char* name;
+  Metric metric; ///< whose unit the value has
+} minuteColumns[] = {{cpuColumn, "cpu", Metric::cpu},
+                     {memoryColumn, "memory", Metric::memory},
+                     {diskColumn, "disk", Metric::disk},
+                     {networkColumn, "network", Metric::network},
+                     {gpuColumn, "gpu", Metric::gpu},
+                     {energyColumn, "energy", Metric::energy},
+                     {diskWriteColumn, "diskWrite", Metric::disk}};
+
+Value valuesOf(const HistoryValues& values) {
+  Value object = Value::object();
+  for (const auto& column : minuteColumns) object.set(column.name, values[column.column]);
+  return object;
+}
+
+Value minuteValue(const HistoryMinute& minute) {
+  Value apps = Value::array();
+  for (const HistoryApp& app : minute.apps) {
+    Value value = Value::object({{"id", app.id}, {"name", app.name}});
+    value.set("bundlePath", app.path);
+    value.set("values", valuesOf(app.values));
+    apps.append(std::move(value));
+  }
+  Value value = Value::object({{"date", Date{double(minute.ts)}}, {"system", valuesOf(minute.system)}});
+  value.set("score", minute.score);
+  value.set("apps", std::move(apps));
+  return value;
+}
+
+/// Figures that are all zero are left out of the tables: no disk was busy, no graphics processor was read.
+void printMinute(Context& context, const HistoryMinute& minute, Metric order, std::size_t limit) {
+  std::string system;
+  for (const auto& column : minuteColumns)
+    if (minute.system[column.column] > 0 && column.column != diskWriteColumn)
+      system += fmt::format("{}{} {}", system.empty() ? "" : " · ", title(column.metric),
+                            formatMetric(column.metric, minute.system[column.column]));
+  if (minute.score)
+    system += fmt::format("{}{} {:.0f}", system.empty() ? "" : " · ", localized("score"), *minute.score);
+  context.out.line(truncatedToWidth(system, context.out.columns()));
+
+  auto apps = minute.apps;
+  std::stable_sort(apps.begin(), apps.end(), [order](const HistoryApp& a, const HistoryApp& b) {
+    return a.values[std::size_t(order)] > b.values[std::size_t(order)];
+  });
+  if (apps.size() > limit) apps.resize(limit);
+  std::vector<Column> columns{{.title = localized("App"), .flexible = true}};
+  std::vector<std::size_t> shown;
+  for (std::size_t i = 0; i < std::size(minuteColumns) - 1; ++i)
+    if (std::any_of(apps.begin(), apps.end(), [&](const HistoryApp& app) { return app.values[i] > 0; })) {
+      shown.push_back(i);
+      columns.push_back({.title = title(minuteColumns[i].metric), .align = Column::Align::right});
+    }
+  Table table(columns);
+  for (const HistoryApp& app : apps) {
+    std::vector<Table::Cell> cells{app.name};
+    for (const std::size_t i : shown) cells.push_back(formatMetric(minuteColumns[i].metric, app.values[i]));
+    table.row(std::move(cells));
+  }
+  if (!table.empty()) {
+    context.out.line();
+    table.print(context.out);
+  }
+}
+
+int showMinute(Context& context, const Arguments& arguments, const std::string& text) {
+  Recorded recorded(context);
+  const auto at = parseTimeArgument(text, recorded.zone, context.clock.now());
+  if (!at)
+    return fail(context,
+                localized("not a time: {text} (try 14:32, \"2026-03-01 14:32\" or RFC 3339)",
+                          {{"text", escapedControls(text)}}),
+                exitUsage);
+  const auto minute = recorded.store.minute(*at);
+  if (arguments.flag("--json")) {
+    printJSON(context.out,
+              minute ? minuteValue(*minute) : Value::object({{"date", *at}, {"apps", Value::array()}}));
+    return exitOK;
+  }
+  const auto local = localTime(recorded.zone, *at);
+  const auto shown = fmt::format("{:04}-{:02}-{:02} {:02}:{:02}", local.year, local.month, local.day,
+                                 local.hour, local.minute);
+  if (!minute)
+    return nothingRecorded(context, localized("Nothing was recorded at {time}.", {{"time", shown}}));
+  context.out.line(context.out.ink(Ink::bold, shown));
+  printMinute(context, *minute,
+              fromRawValue<Metric>(arguments.text("METRIC").value_or("cpu")).value_or(Metric::cpu),
+              std::size_t(arguments.number("--limit").value_or(defaultLimit)));
+  return exitOK;
+}
+
+int runHistory(Context& context, const Arguments& arguments) {
+  if (const auto time = arguments.text("--at")) return showMinute(context, arguments, *time);
+  if (const auto top = arguments.text("--top"))
+    return showTop(context, arguments, *fromRawValue<Metric>(*top));
+  if (const auto metric = arguments.text("METRIC"))
+    return showSeries(context, arguments, *fromRawValue<Metric>(*metric));
+  return fail(context, localized("history needs a metric, --top or --at"), exitUsage);
+}
+
+} // namespace
+
+Command historyCommand() {
+  return {"history",
+          "Show what was recorded: a metric's chart, its top apps, or one minute",
+          {{"METRIC", Option::Kind::positional, "What to draw, or to order a minute's apps by",
+            rawValues<Metric>(asIs)},
+           {"--range", Option::Kind::text, "How far back (24h unless told otherwise)",
+            rawValues<HistoryRange>(lowercased)},
+           {"--top", Option::Kind::text, "The apps that used the most of a metric", rawValues<Metric>(asIs)},
+           {"--at", Option::Kind::text, "Who was it at that time: 14:32, \"2026-03-01 14:32\""},
+           {"--limit", Option::Kind::number, "How many apps to list"},
+           jsonOption()},
+          runHistory};
+}
+
+} // namespace korvell

@@ -1,0 +1,47 @@
+// korvell run: the keeper without an interface. Measures, records, alerts and answers until it is told to
+// end.
+
+#include "App/AppModel.h"
+#include "App/Assembly.h"
+#include "App/Keeper.h"
+#include "App/KeeperLock.h"
+#include "Base/SystemQueue.h"
+#include "Tool/Commands.h"
+#include "Tool/HeadlessLoop.h"
+
+namespace korvell {
+
+namespace {
+
+int runKeeper(Context& context, const Arguments&) {
+  const auto lock = KeeperLock::acquire(context.host.folders);
+  if (!lock) return fail(context, lock.reason());
+
+  // In the order in which they lean on each other: they end in the reverse one, the history last, with the
+  // minute in progress.
+  HistoryStore history(systemQueueFactory(), context.clock, context.host.folders.data);
+  Assembly assembly(context.host, context.clock);
+  HeadlessLoop loop;
+  const FixedAttention unwatched(false);
+  AppModel model(loop.main(), assembly.makeSampler(&history), unwatched);
+  Keeper keeper(loop.main(), model);
+
+  const auto socket = keeperSocketPath(context.host.folders);
+  if (keeper.listen(socket))
+    lock->announce(socket);
+  else
+    context.err.line("korvell: " + localized("can't answer at {socket}; commands will measure by themselves",
+                                             {{"socket", socket}}));
+  context.out.line(localized("Korvell is measuring and recording. An interrupt (Ctrl-C) ends it."));
+  context.out.flush();
+  loop.run();
+  return exitOK;
+}
+
+} // namespace
+
+Command runCommand() {
+  return {"run", "Measure, record and alert without an interface, until interrupted", {}, runKeeper};
+}
+
+} // namespace korvell

@@ -1,0 +1,253 @@
+// korvell servers: the development servers by project, and stopping them.
+
+#include "App/Assembly.h"
+#include "Base/Format.h"
+#include "Base/Text.h"
+#include "Tool/AskKeeper.h"
+#include "Tool/Commands.h"
+#include "Tool/Confirmation.h"
+#include "Tool/HeadlessLoop.h"
+#include "Tool/Measure.h"
+#include "Tool/Table.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+
+namespace korvell {
+
+namespace {
+
+/// What the keeper knows, or what this command found by itself.
+struct Found {
+  std::vector<DevProject> projects;
+  bool fromKeeper = false;
+};
+
+/// The first signal, three seconds, the second one, and some time for a busy keeper.
+constexpr Seconds stopPatience{8};
+
+Found findServers(Context& context) {
+  Found found;
+  const auto state = askKeeper(context, {"projects"});
+  const auto* told = state ? state->find("projects") : nullptr;
+  found.fromKeeper = told && fromValue(*told, found.projects);
+  if (!found.fromKeeper) found.projects = measure(context).projects.value_or(std::vector<DevProject>());
+  return found;
+}
+
+std::string needsKeeper() {
+  return localized("Idle times need a running Korvell: the application, or \"korvell run\".");
+}
+
+std::string portsText(const std::vector<int>& ports) {
+  std::string text;
+  for (int port : ports) text += (text.empty() ? "" : ",") + std::to_string(port);
+  return text;
+}
+
+std::string folderText(const std::string& folder, const std::string& home) {
+  return folder.starts_with(home + "/") ? "~" + folder.substr(home.size()) : folder;
+}
+
+void printServers(Context& context, const Found& found) {
+  if (found.projects.empty()) {
+    context.out.line(localized("No dev servers running"));
+    context.out.line(context.out.ink(
+        Ink::dim,
+        localized("Anything you start from a project folder that listens on a port shows up here, grouped "
+                  "by project.")));
+    return;
+  }
+  using Align = Column::Align;
+  std::vector<Column> columns{{.title = localized("Project"), .flexible = true},
+                              {.title = localized("Server"), .flexible = true},
+                              {.title = "PID", .align = Align::right},
+                              {.title = localized("Ports"), .flexible = true, .minimum = 5},
+                              {.title = localized("Memory"), .align = Align::right},
+                              {.title = "CPU", .align = Align::right}};
+  if (found.fromKeeper) columns.push_back({.title = localized("Idle"), .align = Align::right});
+  columns.push_back({.title = localized("Folder"), .flexible = true});
+  Table table(columns);
+  const Date now = context.clock.now();
+  for (const DevProject& project : found.projects)
+    for (const DevServer& server : project.servers) {
+      const bool first = &server == &project.servers.front();
+      const auto name =
+          server.runtime == server.name ? server.name : server.name + " (" + server.runtime + ")";
+      std::vector<Table::Cell> cells{first ? Table::Cell(project.name, Ink::bold) : Table::Cell(""),
+                                     name,
+                                     std::to_string(server.pid),
+                                     portsText(server.ports),
+                                     Format::memory(double(server.memory)),
+                                     Format::percent(server.cpu)};
+      if (found.fromKeeper)
+        cells.push_back(
+            {Format::duration(now - server.lastActive), isIdle(server, now) ? Ink::warning : Ink::plain});
+      cells.push_back({folderText(server.directory, context.host.folders.home), Ink::dim});
+      table.row(std::move(cells));
+    }
+  table.print(context.out);
+  if (!found.fromKeeper) context.out.line(context.out.ink(Ink::dim, needsKeeper()));
+}
+
+int listServers(Context& context, const Arguments& arguments) {
+  const auto found = findServers(context);
+  if (arguments.flag("--json"))
+    printJSON(context.out,
+              Value::object({{"projects", toValue(found.projects)}, {"idleKnown", found.fromKeeper}}));
+  else
+    printServers(context, found);
+  return exitOK;
+}
+
+// Stopping
+
+constexpr struct {
+  StopOutcome outcome;
+  const char* name; ///< as the keeper tells it
+  bool stopped;
+  const char* sentence; ///< {server} is its name and process
+} outcomes[] = {{StopOutcome::ended, "ended", true, "{server} has stopped."},
+                {StopOutcome::killed, "killed", true, "{server} did not stop by itself and was killed."},
+                {StopOutcome::gone, "gone", false, "{server} is not running any more."},
+                {StopOutcome::denied, "denied", false, "{server} belongs to another user."}};
+
+const auto& outcomeRow(StopOutcome outcome) {
+  return *std::find_if(std::begin(outcomes), std::end(outcomes),
+                       [&](const auto& row) { return row.outcome == outcome; });
+}
+
+/// The keeper does it; nothing when it does not answer or refuses.
+std::optional<StopOutcome> stopThroughKeeper(Context& context, const DevServer& server) {
+  const auto answer = tellKeeper(context,
+                                 Value::object({{"do", "stopServer"},
+                                                {"pid", std::int64_t{server.pid}},
+                                                {"startedAt", rfc3339(server.startedAt)}}),
+                                 stopPatience);
+  const auto* told = answer ? answer->find("outcome") : nullptr;
+  if (!told || !told->asString()) return answer ? std::optional(StopOutcome::gone) : std::nullopt;
+  for (const auto& row : outcomes)
+    if (*told->asString() == row.name) return row.outcome;
+  return std::nullopt;
+}
+
+std::optional<StopOutcome> stopHere(Context& context, const DevServer& server) {
+  Assembly assembly(context.host, context.clock);
+  HeadlessLoop loop;
+  const auto sampler = assembly.makeSampler(nullptr);
+  std::optional<StopOutcome> result;
+  sampler->queue().async([&] {
+    sampler->stopServer(server.pid, server.startedAt, [&](StopOutcome outcome) {
+      loop.main().async([&loop, &result, outcome] {
+        result = outcome;
+        loop.quit();
+      });
+    });
+  });
+  loop.run(); // an interrupt ends the wait; the first signal has been sent by then
+  return result;
+}
+
+/// Stops one and says how it went; true when it has stopped.
+std::optional<StopOutcome> stopServer(Context& context, const Found& found, const DevServer& server) {
+  return found.fromKeeper ? stopThroughKeeper(context, server) : stopHere(context, server);
+}
+
+std::string nameOf(const DevServer& server) {
+  return fmt::format("{} (PID {})", escapedControls(server.name), server.pid);
+}
+
+Value outcomeValue(const DevServer& server, std::optional<StopOutcome> outcome) {
+  Value value = Value::object({{"server", toValue(server)}});
+  if (outcome) value.set("outcome", outcomeRow(*outcome).name);
+  return value;
+}
+
+int runStop(Context& context, const Arguments& arguments) {
+  const auto pid = parseInteger<ProcessID>(*arguments.text("PID"));
+  if (!pid) return fail(context, localized("PID is a process id"), exitUsage);
+  const auto found = findServers(context);
+  for (const DevProject& project : found.projects)
+    for (const DevServer& server : project.servers) {
+      if (server.pid != *pid) continue;
+      const auto question = localized("{server} will receive a stop signal.", {{"server", nameOf(server)}});
+      if (!confirmed(context, arguments, question)) return exitFailed;
+      const auto outcome = stopServer(context, found, server);
+      if (arguments.flag("--json")) printJSON(context.out, outcomeValue(server, outcome));
+      if (!outcome)
+        return fail(context, localized("{server} may still be running.", {{"server", nameOf(server)}}));
+      const auto& row = outcomeRow(*outcome);
+      const auto sentence = localized(row.sentence, {{"server", nameOf(server)}});
+      if (!row.stopped) return fail(context, sentence);
+      if (!arguments.flag("--json")) context.out.line(sentence);
+      return exitOK;
+    }
+  return fail(context, localized("{pid} is none of the servers in \"korvell servers\"",
+                                 {{"pid", std::to_string(*pid)}}));
+}
+
+std::string idleBanner(const std::vector<DevServer>& idle, std::uint64_t memory) {
+  const auto count = idle.size() == 1 ? localized("1 dev server is running but idle")
+                                      : localized("{count} dev servers are running but idle",
+                                                  {{"count", std::to_string(idle.size())}});
+  std::string text = count + ". " + localized("Stopping them frees ") + Format::memory(double(memory)) + ".";
+  for (const DevServer& server : idle)
+    text += "\n  " + escapedControls(server.project) + ": " + nameOf(server);
+  return text;
+}
+
+int runStopIdle(Context& context, const Arguments& arguments) {
+  const auto found = findServers(context);
+  if (!found.fromKeeper) return fail(context, needsKeeper());
+  const auto idle = idleServers(found.projects, context.clock.now());
+  std::uint64_t memory = 0;
+  for (const DevServer& server : idle) memory += server.memory;
+  if (idle.empty() && !arguments.flag("--json")) {
+    context.out.line(localized("No dev server is idle."));
+    return exitOK;
+  }
+  if (!idle.empty() && !confirmed(context, arguments, idleBanner(idle, memory))) return exitFailed;
+
+  Value results = Value::array();
+  std::size_t stopped = 0;
+  memory = 0;
+  for (const DevServer& server : idle) {
+    const auto outcome = stopServer(context, found, server);
+    results.append(outcomeValue(server, outcome));
+    if (outcome && outcomeRow(*outcome).stopped) {
+      ++stopped;
+      memory += server.memory;
+    } else {
+      fail(context, outcome ? localized(outcomeRow(*outcome).sentence, {{"server", nameOf(server)}})
+                            : localized("{server} may still be running.", {{"server", nameOf(server)}}));
+    }
+  }
+  if (arguments.flag("--json"))
+    printJSON(context.out, Value::object({{"stopped", results}}));
+  else
+    context.out.line((stopped == 1
+                          ? localized("1 server stopped. ")
+                          : localized("{count} servers stopped. ", {{"count", std::to_string(stopped)}})) +
+                     Format::memory(double(memory)) + localized(" freed."));
+  return stopped == idle.size() ? exitOK : exitFailed;
+}
+
+} // namespace
+
+Command serversCommand() {
+  return {"servers",
+          "List dev servers by project, and stop them",
+          {jsonOption()},
+          listServers,
+          {{"list", "List them with ports, memory and idle time", {jsonOption()}, listServers},
+           {"stop",
+            "Stop one of them: politely, and after three seconds for good",
+            {{"PID", Option::Kind::positional, "The process to stop", {}, true}, yesOption(), jsonOption()},
+            runStop},
+           {"stop-idle",
+            "Stop all that did nothing for half an hour",
+            {yesOption(), jsonOption()},
+            runStopIdle}}};
+}
+
+} // namespace korvell
