@@ -1,6 +1,7 @@
 #include "Platform/Linux/LinuxFileTree.h"
 
 #include "Tests/Contracts/FileTreeContract.h"
+#include "Tests/Fakes/PortableFileTree.h"
 
 #include <sched.h>
 #include <sys/mount.h>
@@ -8,18 +9,6 @@
 
 namespace korvell {
 namespace {
-
-/// What both systems share, as macOS runs it.
-class PortableTree final : public PosixFileTree {
-public:
-  using PosixFileTree::PosixFileTree;
-
-protected:
-  Descriptor openWithoutLinks(const std::string& folder) override {
-    if (LinuxFileTree().located(folder) != folder) return {};
-    return Descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-  }
-};
 
 template <class Tree, unsigned threads>
 std::unique_ptr<FileTree> make() {
@@ -63,6 +52,6 @@ TEST(LinuxFileTreeTests, otherFileSystemsAreNotEntered) {
 
 INSTANTIATE_TEST_SUITE_P(LinuxOneThread, FileTreeContract, testing::Values(make<LinuxFileTree, 1>));
 INSTANTIATE_TEST_SUITE_P(LinuxThreads, FileTreeContract, testing::Values(make<LinuxFileTree, 4>));
-INSTANTIATE_TEST_SUITE_P(Portable, FileTreeContract, testing::Values(make<PortableTree, 2>));
+INSTANTIATE_TEST_SUITE_P(Portable, FileTreeContract, testing::Values(make<PortableFileTree, 2>));
 
 } // namespace korvell

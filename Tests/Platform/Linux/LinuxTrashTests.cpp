@@ -5,8 +5,10 @@
 #include "Tests/Fakes/FakeTimeZone.h"
 #include "Tests/Fakes/FolderTrash.h"
 
+#include <csignal>
 #include <fstream>
 #include <sstream>
+#include <sys/wait.h>
 
 namespace korvell {
 namespace {
@@ -145,6 +147,41 @@ TEST_F(LinuxTrashTests, withoutPermissionNothingIsLeftBehind) {
   EXPECT_EQ(outcome.reason(), "You may not move it.");
   EXPECT_THAT(disk.names("home/.local/share/Trash/info"), IsEmpty());
   disk.mode("home/closed", 0700);
+}
+
+/// Ends the process, as a power cut would, when it is asked for the time once too often.
+struct DeadlyClock final : Clock {
+  explicit DeadlyClock(int allowed) : left(allowed) {}
+  Date now() const override {
+    if (left-- == 0) raise(SIGKILL);
+    return Date{0};
+  }
+  Seconds monotonic() const override { return Seconds{0}; }
+  mutable int left;
+};
+
+TEST_F(LinuxTrashTests, dyingMidwayLosesNothing) {
+  std::vector<TrashRequest> requests;
+  for (int i = 0; i < 20; ++i) {
+    disk.file("home/things/" + std::to_string(i), 1);
+    requests.push_back({disk / ("home/things/" + std::to_string(i))});
+  }
+  const pid_t child = fork();
+  if (child == 0) {
+    const DeadlyClock clock(12);
+    (void)LinuxTrash(disk / "home/.local/share", geteuid(), clock, world.zone, disk / "mountinfo")
+        .move(requests);
+    _exit(0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  ASSERT_TRUE(WIFSIGNALED(status));
+  EXPECT_EQ(disk.names("home/things").size(), 8u);
+  const auto entries = disk.names("home/.local/share/Trash/files");
+  EXPECT_EQ(entries.size(), 12u);
+  for (const auto& name : entries)
+    EXPECT_THAT(text("home/.local/share/Trash/info/" + name + ".trashinfo"),
+                testing::HasSubstr("/things/" + name));
 }
 
 std::unique_ptr<Trash> linuxTrash(const GeneratedTree& disk) {

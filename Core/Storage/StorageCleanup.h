@@ -1,0 +1,72 @@
+#pragma once
+// A confirmed clean-up: what it shall do, carrying it out, and what it freed.
+
+#include "Base/Cancellation.h"
+#include "Core/Storage/StorageModels.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace korvell {
+
+class StorageScan;
+
+/// The slow half of the storage clean-up, as the scanner asks for it on its work queue.
+struct StorageWork {
+  std::function<std::optional<StorageCategory>(StorageKind, const Cancellation&)> measure;
+  /// Returns sentences about what could not be done.
+  std::function<std::vector<std::string>(const StorageAction&, const std::vector<StorageItem>&)> perform;
+  /// The system asks the user before some folders are read.
+  bool asksForAccess = false;
+};
+
+StorageWork storageWork(std::shared_ptr<const StorageScan> scan);
+
+struct CleanupPlan {
+  struct Step {
+    StorageAction action;
+    std::vector<StorageItem> items;
+  };
+  /// One for each action. The Trash is emptied before anything is moved into it: what a clean-up moves there
+  /// can always be put back.
+  std::vector<Step> steps;
+  std::map<StorageKind, StorageCategory> before; ///< of each kind to be cleaned
+
+  /// Takes those items that the result holds exactly as they are; whatever else was passed (of an earlier
+  /// scan, changed, invented) is left out.
+  static CleanupPlan of(const StorageScanResult& result, const std::vector<StorageItem>& items);
+  bool empty() const { return steps.empty(); }
+};
+
+struct CleanupOutcome {
+  std::vector<StorageCategory> rescanned; ///< of the cleaned kinds, those that still hold something
+  std::map<StorageKind, std::int64_t> after;
+  std::vector<std::string> problems;
+};
+
+/// Performs the steps and measures the cleaned kinds again.
+CleanupOutcome carryOut(const CleanupPlan& plan, const StorageWork& work);
+
+/// Bytes, by the way in which they were freed.
+struct FreedBytes {
+  std::int64_t moved = 0; ///< to the Trash
+  std::int64_t emptied = 0;
+  std::int64_t commands = 0;
+
+  /// What the log keeps. What was emptied was logged when it was moved to the Trash.
+  std::int64_t logged() const { return checkedSum(moved, commands); }
+  /// What happened, in a sentence or two.
+  std::string feedback() const;
+  bool operator==(const FreedBytes&) const = default;
+};
+
+/// A kind that grew meanwhile freed nothing.
+FreedBytes freedBytes(const CleanupPlan& plan, const CleanupOutcome& outcome);
+
+/// The result with the cleaned kinds' categories replaced, in the order of the kinds.
+StorageScanResult merged(StorageScanResult result, const CleanupPlan& plan, const CleanupOutcome& outcome);
+
+} // namespace korvell

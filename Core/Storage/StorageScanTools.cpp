@@ -1,0 +1,101 @@
+// Kinds that a program of their own measures and cleans.
+
+#include "Base/Format.h"
+#include "Base/Text.h"
+#include "Core/Storage/StorageScan.h"
+#include "Core/Storage/ToolOutput.h"
+
+#include <algorithm>
+
+namespace korvell {
+
+std::optional<std::string> StorageScan::executable(const std::vector<std::string>& candidates) const {
+  const auto found =
+      std::ranges::find_if(candidates, [&](const auto& path) { return files_.isExecutable(path); });
+  return found == candidates.end() ? std::nullopt : std::optional(*found);
+}
+
+std::optional<std::string> StorageScan::output(const std::string& program,
+                                               const std::vector<std::string>& arguments,
+                                               Seconds timeout) const {
+  const auto result = run_(program, arguments, timeout);
+  if (!result || result->timedOut || result->exitStatus != 0 || result->output.empty()) return std::nullopt;
+  return result->output;
+}
+
+StorageScan::Found StorageScan::simulatorDevices(const Cancellation& cancellation) const {
+  if (locations_.xcrun.empty()) return std::nullopt;
+  const auto listing = output(locations_.xcrun, {"simctl", "list", "devices", "--json"}, Seconds{15});
+  if (!listing) return std::nullopt;
+  std::vector<std::string> folders;
+  for (const auto& udid : unavailableSimulators(*listing))
+    folders.push_back(locations_.coreSimulator + "/Devices/" + udid);
+  if (folders.empty()) return std::nullopt;
+
+  StorageItem all{.id = "simctl-unavailable", .kind = StorageKind::simulatorDevices};
+  all.title = folders.size() == 1
+                  ? localized("1 simulator")
+                  : localized("{count} simulators", {{"count", std::to_string(folders.size())}});
+  all.detail = localized("Deleted with xcrun simctl delete unavailable");
+  for (const auto bytes : files_.sizes(folders, cancellation)) all.bytes = checkedSum(all.bytes, bytes);
+  auto found = category(StorageKind::simulatorDevices, {std::move(all)});
+  found->action = StorageAction::command(locations_.xcrun, {"simctl", "delete", "unavailable"}, Seconds{120});
+  return found;
+}
+
+std::string StorageScan::brewCache(const std::string& brew) const {
+  const auto printed = output(brew, {"--cache"}, Seconds{10});
+  const auto lines = printed ? splitLines(*printed) : std::vector<std::string_view>{};
+  std::string folder(lines.empty() ? std::string_view() : trimmed(lines.front()));
+  while (folder.size() > 1 && folder.ends_with('/')) folder.pop_back();
+  // Whatever is no folder, and one that holds the home folder, is no cache.
+  const auto info = folder.starts_with('/') ? files_.info(folder) : std::nullopt;
+  const bool sound = info && info->kind == FileKind::folder && !isInside(locations_.home, folder);
+  return sound ? folder : locations_.brewCache;
+}
+
+StorageScan::Found StorageScan::homebrew(const Cancellation& cancellation) const {
+  const auto brew = executable(locations_.brewPrograms);
+  if (!brew) return std::nullopt;
+  auto items = folderItems(StorageKind::homebrew, {brewCache(*brew)}, cancellation);
+  for (auto& item : items) {
+    item.urls.clear();
+    item.identities.clear();
+  }
+  auto found = category(StorageKind::homebrew, std::move(items));
+  if (found) found->action = StorageAction::command(*brew, {"cleanup", "--prune=all"}, Seconds{600});
+  return found;
+}
+
+StorageScan::Found StorageScan::docker(const Cancellation&) const {
+  const auto program = executable(locations_.dockerPrograms);
+  if (!program) return std::nullopt;
+  StorageCategory found{.kind = StorageKind::docker};
+  found.action = StorageAction::command(*program, {"system", "prune", "-f"}, Seconds{300});
+
+  const auto printed = output(*program, {"system", "df", "--format", "{{json .}}"}, Seconds{3});
+  const auto usage = printed ? parseDockerUsage(*printed) : std::nullopt;
+  if (!usage) {
+    found.note = localized("Docker is installed but not running, so there is nothing to measure.");
+    return found;
+  }
+  // Which images dangle, and so go too, Docker doesn't say.
+  found.bytes = checkedSum(usage->containers, usage->buildCache);
+  if (found.bytes > 0 || usage->images > 0)
+    found.items = {{.id = "docker-prune",
+                    .kind = StorageKind::docker,
+                    .title = localized("Docker"),
+                    .detail = localized("Up to this much, plus dangling images"),
+                    .bytes = found.bytes}};
+  std::string kept;
+  const auto keep = [&](std::int64_t bytes, std::string_view where) {
+    if (bytes > 0) kept += (kept.empty() ? "" : ", ") + Format::bytes(double(bytes)) + localized(where);
+  };
+  keep(usage->images, " in unused images");
+  keep(usage->volumes, " in volumes");
+  if (!kept.empty())
+    found.note = localized("Kept: ") + kept + localized(". Remove those from Docker itself if you are sure.");
+  return found.items.empty() && !found.note ? std::nullopt : std::optional(std::move(found));
+}
+
+} // namespace korvell

@@ -1,0 +1,127 @@
+#include "Core/Storage/StorageScanner.h"
+
+#include "Core/Storage/StorageLog.h"
+
+#include <algorithm>
+
+namespace korvell {
+
+StorageScanner::StorageScanner(StorageWork work, UserDefaults& defaults, Queue& mainQueue, Queue& workQueue)
+    : freedTotal(StorageLog::total(defaults)), work_(std::make_shared<const StorageWork>(std::move(work))),
+      defaults_(defaults), mainQueue_(mainQueue), workQueue_(workQueue),
+      alive_(std::make_shared<StorageScanner*>(this)) {}
+
+StorageScanner::~StorageScanner() {
+  if (task_) task_->cancel();
+  *alive_ = nullptr;
+}
+
+std::optional<std::int64_t> StorageScanner::reclaimableBytes() const {
+  return *result ? std::optional((*result)->reclaimableBytes()) : std::nullopt;
+}
+
+void StorageScanner::scan(const std::vector<StorageKind>& kinds) {
+  if (task_) task_->cancel();
+  const auto generation = ++generation_;
+  isScanning.set(true);
+  progress.set(0);
+  step.set("");
+  result.set(std::nullopt);
+  selection.set({});
+  if (!isCurrent(generation)) return; // an observer started another one
+  const Cancellation task;
+  task_ = task;
+
+  // Runs on the work queue; the scanner itself is touched on the main queue only.
+  workQueue_.async([work = work_, alive = alive_, main = &mainQueue_, task, generation, kinds] {
+    const auto hand = [&](std::function<void(StorageScanner&)> apply) {
+      main->async([alive, generation, apply = std::move(apply)] {
+        if (*alive && (*alive)->isCurrent(generation)) apply(**alive);
+      });
+    };
+    std::vector<StorageCategory> categories;
+    for (std::size_t i = 0; i < kinds.size(); ++i) {
+      if (task.isCancelled()) return;
+      const auto kind = kinds[i];
+      hand([kind, done = double(i) / double(kinds.size())](StorageScanner& scanner) {
+        scanner.begin(kind, done);
+      });
+      if (auto found = work->measure(kind, task)) categories.push_back(std::move(*found));
+    }
+    if (task.isCancelled()) return;
+    hand([categories = std::move(categories)](StorageScanner& scanner) { scanner.end(categories); });
+  });
+}
+
+void StorageScanner::begin(StorageKind kind, double done) {
+  step.set(title(kind));
+  progress.set(done);
+  if (work_->asksForAccess && isPrivacyProtected(kind))
+    notice.set(
+        localized("macOS may ask Korvell for access to this folder. The scan continues once you answer."));
+  else
+    notice.setIfChanged(std::nullopt);
+}
+
+void StorageScanner::end(std::vector<StorageCategory> categories) {
+  task_.reset();
+  progress.set(1);
+  step.set("");
+  notice.setIfChanged(std::nullopt);
+  isScanning.set(false);
+  result.set(StorageScanResult{std::move(categories), mainQueue_.clock().now()});
+}
+
+void StorageScanner::cancel() {
+  if (!*isScanning) return;
+  if (task_) task_->cancel();
+  task_.reset();
+  ++generation_;
+  step.set("");
+  notice.setIfChanged(std::nullopt);
+  isScanning.set(false);
+}
+
+void StorageScanner::clean(const std::vector<StorageItem>& items) {
+  std::vector<StorageItem> idle;
+  std::ranges::copy_if(items, std::back_inserter(idle),
+                       [&](const StorageItem& item) { return !working->contains(item.kind); });
+  auto plan = *result ? CleanupPlan::of(**result, idle) : CleanupPlan{};
+  if (plan.empty()) return feedback.set(FreedBytes{}.feedback());
+
+  auto busy = *working;
+  for (const auto& [kind, category] : plan.before) busy.insert(kind);
+  working.set(std::move(busy));
+  workQueue_.async([work = work_, alive = alive_, main = &mainQueue_, plan = std::move(plan)]() mutable {
+    auto outcome = carryOut(plan, *work);
+    auto cleanup = std::make_shared<const Cleanup>(Cleanup{std::move(plan), std::move(outcome)});
+    main->async([alive, cleanup] {
+      if (*alive) (*alive)->finish(*cleanup);
+    });
+  });
+}
+
+void StorageScanner::finish(const Cleanup& cleanup) {
+  const auto freed = freedBytes(cleanup.plan, cleanup.outcome);
+  StorageLog::record(freed.logged(), mainQueue_.clock().now(), defaults_);
+  freedTotal.set(StorageLog::total(defaults_));
+
+  auto ticked = *selection;
+  auto busy = *working;
+  for (const auto& [kind, category] : cleanup.plan.before) busy.erase(kind);
+  for (const auto& cleaned : cleanup.plan.steps)
+    for (const auto& item : cleaned.items) ticked.erase(item.id);
+  selection.setIfChanged(std::move(ticked));
+  // A scan that was started meanwhile measures everything itself.
+  if (*result) result.set(merged(**result, cleanup.plan, cleanup.outcome));
+  working.set(std::move(busy));
+  feedback.set(freed.feedback());
+}
+
+std::vector<StorageKind> allStorageKinds() {
+  std::vector<StorageKind> kinds;
+  for (const auto& row : allCases<StorageKind>()) kinds.push_back(row.value);
+  return kinds;
+}
+
+} // namespace korvell

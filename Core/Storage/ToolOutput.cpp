@@ -1,0 +1,97 @@
+#include "Core/Storage/ToolOutput.h"
+
+#include "Base/Text.h"
+#include "Base/Value.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <cstdlib>
+
+namespace korvell {
+namespace {
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+struct Unit {
+  std::string_view name; ///< in lower case
+  double bytes;
+};
+
+constexpr Unit units[] = {{"b", 1},
+                          {"kb", 1e3},
+                          {"mb", 1e6},
+                          {"gb", 1e9},
+                          {"tb", 1e12},
+                          {"pb", 1e15},
+                          {"kib", 1024},
+                          {"mib", 1024. * 1024},
+                          {"gib", 1024. * 1024 * 1024},
+                          {"tib", 1024. * 1024 * 1024 * 1024}};
+
+bool isIdentifier(std::string_view text) {
+  return text.size() == 36 && std::ranges::all_of(text, [](char c) { return c == '-' || std::isxdigit(c); });
+}
+
+bool isUnavailable(const Value& device) {
+  if (const auto* available = device.find("isAvailable")) return available->asBool() == false;
+  const auto* availability = device.find("availability"); // as older versions say it
+  const auto* text = availability ? availability->asString() : nullptr;
+  return text && text->find("unavailable") != std::string::npos;
+}
+
+} // namespace
+
+std::int64_t dockerBytes(std::string_view text) {
+  const std::string number(trimmed(text));
+  if (number.size() < 2 || !isDigit(number[0]) || number[1] == 'x' || number[1] == 'X') return 0;
+  char* end = nullptr;
+  const double value = std::strtod(number.c_str(), &end);
+  const auto rest = trimmed(std::string_view(end));
+  const auto letters = std::ranges::find_if_not(rest, [](unsigned char c) { return std::isalpha(c); });
+  const auto name = lowercased(rest.substr(0, std::size_t(letters - rest.begin())));
+  const auto* unit = std::ranges::find(units, name, &Unit::name);
+  if (unit == std::end(units)) return 0;
+  const double bytes = value * unit->bytes;
+  return bytes < 9e18 ? std::llround(bytes) : 0;
+}
+
+std::optional<DockerUsage> parseDockerUsage(std::string_view output) {
+  constexpr std::pair<std::string_view, std::int64_t DockerUsage::*> rows[] = {
+      {"Containers", &DockerUsage::containers},
+      {"Build Cache", &DockerUsage::buildCache},
+      {"Images", &DockerUsage::images},
+      {"Local Volumes", &DockerUsage::volumes},
+  };
+  DockerUsage usage;
+  bool useful = false;
+  for (const auto line : splitLines(output)) {
+    const auto row = parseJSON(line);
+    const auto* type = row ? row->find("Type") : nullptr;
+    const auto* size = row ? row->find("Reclaimable") : nullptr;
+    if (!type || !size || !type->asString() || !size->asString()) continue;
+    const auto* known = std::ranges::find(rows, *type->asString(), [](const auto& r) { return r.first; });
+    if (known == std::end(rows)) continue;
+    usage.*known->second = dockerBytes(*size->asString());
+    useful = true;
+  }
+  return useful ? std::optional(usage) : std::nullopt;
+}
+
+std::vector<std::string> unavailableSimulators(std::string_view output) {
+  std::vector<std::string> found;
+  const auto document = parseJSON(output);
+  const auto* runtimes = document ? document->find("devices") : nullptr;
+  if (!runtimes || !runtimes->asObject()) return found;
+  for (const auto& [runtime, devices] : *runtimes->asObject()) {
+    if (!devices.asArray()) continue;
+    for (const auto& device : *devices.asArray()) {
+      const auto* udid = device.find("udid");
+      if (udid && udid->asString() && isIdentifier(*udid->asString()) && isUnavailable(device))
+        found.push_back(*udid->asString());
+    }
+  }
+  return found;
+}
+
+} // namespace korvell

@@ -1,0 +1,219 @@
+#include "Core/Storage/StorageCleanup.h"
+#include "Core/Storage/StorageLog.h"
+#include "StorageWorld.h"
+#include "Tests/Fakes/FakeUserDefaults.h"
+
+#include <gmock/gmock.h>
+
+namespace korvell {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using enum StorageKind;
+
+StorageItem item(StorageKind kind, const std::string& id, std::int64_t bytes) {
+  return {.id = id, .kind = kind, .title = id, .bytes = bytes, .urls = {id}};
+}
+
+StorageCategory found(StorageKind kind, std::vector<StorageItem> items, StorageAction action = {}) {
+  auto result = *category(kind, std::move(items));
+  result.action = std::move(action);
+  return result;
+}
+
+const auto prune = StorageAction::command("/usr/bin/docker", {"system", "prune", "-f"}, Seconds{300});
+
+TEST(StorageCleanupTests, theTrashIsEmptiedBeforeAnythingIsMovedThere) {
+  const StorageScanResult result{{found(npm, {item(npm, "a", 5)}),
+                                  found(pip, {item(pip, "b", 7), item(pip, "c", 1)}),
+                                  found(docker, {item(docker, "d", 9)}, prune),
+                                  found(trash, {item(trash, "t", 3)}, StorageAction::emptyTrash())},
+                                 Date{}};
+  const auto plan = CleanupPlan::of(
+      result, {item(trash, "t", 3), item(docker, "d", 9), item(pip, "b", 7), item(npm, "a", 5)});
+  std::vector<std::string> order;
+  const StorageWork work{
+      .measure = [&](StorageKind kind, const Cancellation&) -> std::optional<StorageCategory> {
+        order.push_back("measure " + std::string(rawValue(kind)));
+        if (kind == trash && order.size() > 2)
+          return found(trash, {item(trash, "t", 12)}, StorageAction::emptyTrash());
+        if (kind == pip) return found(pip, {item(pip, "c", 1)});
+        return std::nullopt;
+      },
+      .perform =
+          [&](const StorageAction& action, const std::vector<StorageItem>& items) {
+            order.push_back(std::string(rawValue(action.type)) + " " + std::to_string(items.size()));
+            return std::vector<std::string>{};
+          }};
+  const auto outcome = carryOut(plan, work);
+  EXPECT_THAT(order, ElementsAre("emptyTrash 1", "measure trash", "trash 2", "command 1", "measure npm",
+                                 "measure pip", "measure docker", "measure trash"));
+  const auto freed = freedBytes(plan, outcome);
+  EXPECT_EQ(freed, (FreedBytes{.moved = 12, .emptied = 3, .commands = 9}));
+  EXPECT_EQ(freed.logged(), 21);
+  EXPECT_EQ(freed.feedback(), "Freed 12 B. Moved 12 B to the Trash. Empty the Trash to get the space back.");
+  const auto after = merged(result, plan, outcome);
+  ASSERT_EQ(after.categories.size(), 2u);
+  EXPECT_EQ(after.categories[0].kind, pip);
+  EXPECT_EQ(after.category(trash)->bytes, 12) << "what was just moved lies there now";
+}
+
+TEST(StorageCleanupTests, whatAKindFreedIsNeverNegative) {
+  const StorageScanResult result{
+      {found(npm, {item(npm, "a", 5)}), found(docker, {item(docker, "d", 9)}, prune)}, Date{}};
+  const auto plan = CleanupPlan::of(result, {item(npm, "a", 5), item(docker, "d", 9)});
+  const struct {
+    std::map<StorageKind, std::int64_t> after;
+    const char* feedback;
+  } rows[] = {
+      {{{npm, 50}, {docker, 9}}, "Nothing changed. The files may be in use or protected."},
+      {{{npm, 50}, {docker, 8}}, "Freed 1 B."},
+      {{{npm, 4}, {docker, 10}}, "Moved 1 B to the Trash. Empty the Trash to get the space back."},
+      {{{npm, 0}, {docker, 0}}, "Freed 9 B. Moved 5 B to the Trash. Empty the Trash to get the space back."},
+  };
+  for (const auto& row : rows) EXPECT_EQ(freedBytes(plan, {{}, row.after, {}}).feedback(), row.feedback);
+}
+
+TEST(StorageCleanupTests, onlyItemsOfThisResultAreTaken) {
+  const StorageScanResult result{{found(npm, {item(npm, "a", 5)})}, Date{}};
+  auto older = item(npm, "a", 4), other = item(pip, "a", 5);
+  EXPECT_TRUE(CleanupPlan::of(result, {older, other, item(npm, "b", 5)}).empty());
+  EXPECT_FALSE(CleanupPlan::of(result, {item(npm, "a", 5)}).empty());
+}
+
+TEST(StorageCleanupTests, anAppCacheThatMovesUpTheListIsNoLoss) {
+  StorageWorld world;
+  for (int i = 0; i < 12; ++i) world.disk.file("home/.cache/app" + std::to_string(10 + i) + "/x", 40'000);
+  const auto work = storageWork(std::make_shared<StorageScan>(world.scan()));
+  const StorageScanResult result{{*work.measure(appCaches, {})}, Date{}};
+  const auto plan = CleanupPlan::of(result, {result.categories[0].items[3]});
+  const auto outcome = carryOut(plan, work);
+  EXPECT_EQ(freedBytes(plan, outcome).moved, result.categories[0].items[3].bytes);
+  EXPECT_EQ(outcome.rescanned[0].items.size(), 10u);
+}
+
+/// Picks everything that a kind found and carries it out.
+FreedBytes cleanAll(StorageWorld& world, StorageKind kind, std::vector<std::string>* problems = nullptr,
+                    const std::function<void()>& meanwhile = {}) {
+  const auto work = storageWork(std::make_shared<StorageScan>(world.scan()));
+  const auto before = work.measure(kind, {});
+  if (!before) return {};
+  if (meanwhile) meanwhile();
+  const auto plan = CleanupPlan::of({{*before}, Date{}}, before->items);
+  const auto outcome = carryOut(plan, work);
+  if (problems) *problems = outcome.problems;
+  return freedBytes(plan, outcome);
+}
+
+TEST(StorageCleanupTests, movingFreesWhatWasMeasuredAndTheTrashHoldsIt) {
+  StorageWorld world;
+  world.disk.file("home/.cargo/registry/cache/a/b", 70'000);
+  world.disk.file("home/.cargo/registry/src/c", 30'000);
+  world.disk.file("home/.cargo/bin/keep", 1);
+  const auto measured = world.size(".cargo/registry");
+  EXPECT_EQ(cleanAll(world, cargo), (FreedBytes{.moved = measured}));
+  EXPECT_EQ(world.size("trash"), measured);
+  EXPECT_THAT(world.disk.names("home/.cargo"), ElementsAre("bin", "registry"));
+  EXPECT_EQ(cleanAll(world, trash), (FreedBytes{.emptied = measured}));
+  EXPECT_THAT(world.disk.names("home/trash"), IsEmpty());
+}
+
+TEST(StorageCleanupTests, whatWasExchangedSinceTheScanStays) {
+  StorageWorld world;
+  world.disk.file("home/code/old/node_modules/x", 5000);
+  world.disk.file("home/precious/node_modules/x", 5000);
+  world.disk.folder("home/precious/src");
+  world.disk.date("home/precious/src", world.clock.wall);
+  std::vector<std::string> problems;
+  // The project makes room for a link to another one.
+  EXPECT_EQ(cleanAll(world, nodeModules, &problems,
+                     [&] {
+                       world.disk.move("home/code/old", "home/code/moved");
+                       world.disk.link("../precious", "home/code/old");
+                     })
+                .logged(),
+            0);
+  EXPECT_THAT(problems, testing::Contains("~/code/old/node_modules: It is no longer there."));
+  EXPECT_THAT(world.disk.names("home/code/moved"), ElementsAre("node_modules"));
+
+  // The dependencies themselves are a link by now, or another folder.
+  world.disk.file("home/.npm/_cacache/x", 5000);
+  EXPECT_EQ(cleanAll(world, npm, nullptr,
+                     [&] {
+                       world.disk.move("home/.npm/_cacache", "home/.npm/aside");
+                       world.disk.file("home/.npm/_cacache/another", 5000);
+                     })
+                .logged(),
+            0);
+  EXPECT_THAT(world.disk.names("home/.npm"), ElementsAre("_cacache", "aside"));
+}
+
+TEST(StorageCleanupTests, emptyingReachesNothingOutsideTheTrash) {
+  StorageWorld world;
+  auto& disk = world.disk;
+  disk.file("home/precious/x", 1);
+  disk.file("home/trash/entry", 9000);
+  disk.link("../precious", "home/trash/link");
+  disk.folder("home/trash/folder");
+  disk.link("../../precious", "home/trash/folder/inner");
+  const auto scan = world.scan();
+  scan.removeItems({disk / "home/precious/x", disk / "home/trash/../precious/x", disk / "home/trash/link/x",
+                    disk / "home/trash/folder/inner", disk / "home/trash", disk / "home/trash/", "entry", "",
+                    "/"},
+                   disk / "home/trash");
+  EXPECT_EQ(disk.names("home/trash").size(), 3u);
+  scan.removeItems({disk / "home/./trash//entry"}, disk / "home/trash/");
+  EXPECT_THAT(disk.names("home/trash"), ElementsAre("folder", "link"));
+  (void)scan.perform(StorageAction::emptyTrash(), {});
+  EXPECT_THAT(disk.names("home/trash"), IsEmpty());
+  EXPECT_THAT(disk.names("home/precious"), ElementsAre("x"));
+
+  // The whole Trash is a link: nothing in it is touched.
+  disk.move("home/trash", "home/aside");
+  disk.link("precious", "home/trash");
+  const StorageScan linked = world.scan();
+  linked.removeItems({disk / "home/trash/x"}, disk / "home/trash");
+  (void)linked.perform(StorageAction::emptyTrash(), {});
+  EXPECT_THAT(disk.names("home/precious"), ElementsAre("x"));
+}
+
+TEST(StorageCleanupTests, commandsThatFailFreeNothing) {
+  StorageWorld world;
+  world.disk.file("home/.cache/Homebrew/x", 50'000);
+  world.program("brew");
+  std::vector<std::string> problems;
+  for (const bool starts : {false, true}) {
+    if (starts) world.printed["brew cleanup --prune=all"] = {"", 1};
+    EXPECT_EQ(cleanAll(world, homebrew, &problems), FreedBytes{});
+    EXPECT_THAT(problems, ElementsAre("brew cleanup --prune=all did not succeed."));
+  }
+  EXPECT_THAT(world.ran, testing::Contains("brew cleanup --prune=all (600 s)"));
+}
+
+TEST(StorageLogTests, recordsAddUpAndOddValuesCountAsNone) {
+  FakeUserDefaults defaults;
+  EXPECT_EQ(StorageLog::total(defaults), 0);
+  StorageLog::record(0, Date{5}, defaults);
+  StorageLog::record(-3, Date{5}, defaults);
+  EXPECT_THAT(defaults.changed, IsEmpty());
+  StorageLog::record(10, Date{5}, defaults);
+  StorageLog::record(std::int64_t{1} << 40, Date{6}, defaults);
+  EXPECT_EQ(StorageLog::total(defaults), 10 + (std::int64_t{1} << 40));
+  EXPECT_THAT(StorageLog::entries(defaults),
+              ElementsAre(FreedEntry{Date{5}, 10}, FreedEntry{Date{6}, std::int64_t{1} << 40}));
+  EXPECT_EQ(defaults.value("storage.freedLog")->asArray()->at(0).asObject()->size(), 2u);
+
+  defaults.set("storage.freedTotal", "many");
+  defaults.set("storage.freedLog", Value(Value::Array{1, 2}));
+  EXPECT_EQ(StorageLog::total(defaults), 0);
+  EXPECT_THAT(StorageLog::entries(defaults), IsEmpty());
+  StorageLog::record(7, Date{7}, defaults);
+  EXPECT_EQ(StorageLog::total(defaults), 7);
+  EXPECT_THAT(StorageLog::entries(defaults), ElementsAre(FreedEntry{Date{7}, 7}));
+  defaults.set("storage.freedTotal", std::int64_t{INT64_MAX});
+  EXPECT_DEATH(StorageLog::record(1, Date{8}, defaults), "64 bits");
+}
+
+} // namespace
+} // namespace korvell

@@ -1,0 +1,307 @@
+#include "StorageWorld.h"
+
+#include "Base/Files.h"
+
+#include <cmath>
+
+#include <gmock/gmock.h>
+
+namespace korvell {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using enum StorageKind;
+
+class StorageScanTests : public testing::Test {
+protected:
+  StorageWorld world;
+  GeneratedTree& disk = world.disk;
+
+  std::optional<StorageCategory> scan(StorageKind kind) { return world.scan().scan(kind); }
+  std::vector<std::string> ids(const std::optional<StorageCategory>& found) {
+    std::vector<std::string> names;
+    const auto prefix = (disk / "home").size() + 1;
+    for (const auto& item : found.value_or(StorageCategory{}).items) names.push_back(item.id.substr(prefix));
+    return names;
+  }
+  static std::string fixture(const std::string& name) {
+    return readFile(KORVELL_FIXTURES "/Storage/" + name, 1 << 20).value();
+  }
+};
+
+TEST_F(StorageScanTests, everyLinuxKindMeasuresWhatLiesOnTheDisk) {
+  const struct {
+    StorageKind kind;
+    std::vector<std::string> places;
+  } rows[] = {
+      {npm, {".npm/_cacache"}},
+      {pnpm, {".local/share/pnpm/store", ".cache/pnpm"}},
+      {yarn, {".cache/yarn", ".yarn/berry/cache"}},
+      {pip, {".cache/pip"}},
+      {uv, {".cache/uv"}},
+      {cargo, {".cargo/registry/cache", ".cargo/registry/src"}},
+      {go, {".cache/go-build"}},
+      {gradle, {".gradle/caches"}},
+      {homebrew, {".cache/Homebrew"}},
+      {appCaches, {".cache/browser", ".cache/mesa_shader_cache"}},
+      {nodeModules, {"code/old/node_modules"}},
+      {trash, {"trash"}},
+  };
+  std::size_t bytes = 1000;
+  for (const auto& row : rows)
+    for (const auto& place : row.places) {
+      disk.file("home/" + place + "/a/one", bytes += 5000);
+      disk.file("home/" + place + "/two", 1);
+      disk.link("/", "home/" + place + "/link");
+      disk.hardLink("home/" + place + "/a/one", "home/" + place + "/also-one");
+      disk.sparseFile("home/" + place + "/sparse", 1 << 28, 5000);
+    }
+  world.program("brew");
+  for (const auto& row : rows) {
+    std::int64_t expected = 0;
+    for (const auto& place : row.places) expected += world.size(place);
+    const auto found = scan(row.kind);
+    ASSERT_TRUE(found) << rawValue(row.kind);
+    EXPECT_EQ(found->bytes, expected) << rawValue(row.kind);
+    EXPECT_GT(expected, 0) << rawValue(row.kind);
+    if (row.kind == trash) continue;
+    EXPECT_EQ(found->items.size(), row.places.size()) << rawValue(row.kind);
+    for (const auto& item : found->items) EXPECT_EQ(item.bytes, world.scan().size(item.id)) << item.id;
+  }
+  for (const auto kind :
+       {derivedData, deviceSupport, archives, simulatorDevices, simulatorCaches, cocoapods, downloads})
+    EXPECT_FALSE(scan(kind)) << rawValue(kind);
+}
+
+TEST_F(StorageScanTests, anEmptyHomeHasNothingToOffer) {
+  for (const auto& row : allCases<StorageKind>()) EXPECT_FALSE(scan(row.value)) << row.rawValue;
+}
+
+TEST_F(StorageScanTests, cachesThatAreLinksAreNotMeasured) {
+  disk.file("home/Documents/thesis", 100'000);
+  disk.link("../Documents", "home/.npm/_cacache");
+  disk.link("../Documents", "home/.cache/innocent");
+  disk.file("home/.cache/real/x", 1);
+  disk.link("../../Documents", "home/.cache/real/link");
+  EXPECT_FALSE(scan(npm));
+  EXPECT_THAT(ids(scan(appCaches)), ElementsAre(".cache/real"));
+  EXPECT_EQ(scan(appCaches)->bytes, world.size(".cache/real"));
+}
+
+TEST_F(StorageScanTests, xcodeKeepsFoldersOfKnownNames) {
+  world.onMac = true;
+  for (const auto* name :
+       {"DerivedData/App-abc/x", "DerivedData/Other-def/x", "DerivedData/file", "iOS DeviceSupport/17.0/x",
+        "watchOS DeviceSupport/10.0/x", "Amiga DeviceSupport/1.3/x", "Archives/2024-01-01/App.xcarchive/x",
+        "Archives/2024-01-01/notes/x"})
+    disk.file("home/Library/Developer/Xcode/" + std::string(name), 5000);
+  disk.file("home/Library/Developer/CoreSimulator/Caches/dyld/x", 5000);
+  disk.date("home/Library/Developer/Xcode/Archives/2024-01-01/App.xcarchive", Date{1'704'100'000});
+  const std::string xcode = "Library/Developer/Xcode/";
+  EXPECT_THAT(ids(scan(derivedData)),
+              ElementsAre(xcode + "DerivedData/App-abc", xcode + "DerivedData/Other-def"));
+  EXPECT_THAT(ids(scan(deviceSupport)),
+              ElementsAre(xcode + "iOS DeviceSupport/17.0", xcode + "watchOS DeviceSupport/10.0"));
+  EXPECT_THAT(ids(scan(archives)), ElementsAre(xcode + "Archives/2024-01-01/App.xcarchive"));
+  EXPECT_EQ(scan(archives)->items[0].date, Date{1'704'100'000});
+  EXPECT_EQ(scan(simulatorCaches)->items[0].detail, "~/Library/Developer/CoreSimulator/Caches");
+}
+
+TEST_F(StorageScanTests, simulatorsAreOneItemThatSimctlDeletes) {
+  world.onMac = true;
+  world.printed["xcrun simctl list devices --json"] = {fixture("simctl-devices.json")};
+  const std::string devices = "Library/Developer/CoreSimulator/Devices/";
+  for (const char last : {'1', '2', '3', '4'})
+    disk.file("home/" + devices + "0A1B2C3D-0000-4000-8000-00000000000" + last + "/data/x", 9000);
+  disk.file("home/Documents/x", 100'000);
+  const auto found = scan(simulatorDevices);
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->items[0].id, "simctl-unavailable");
+  EXPECT_EQ(found->items[0].title, "2 simulators");
+  EXPECT_EQ(found->items[0].urls, std::vector<std::string>());
+  EXPECT_EQ(found->bytes, world.size(devices) / 2);
+  EXPECT_EQ(found->action,
+            StorageAction::command(disk / "bin/xcrun", {"simctl", "delete", "unavailable"}, Seconds{120}));
+  EXPECT_THAT(world.ran, ElementsAre("xcrun simctl list devices --json (15 s)"));
+  for (const auto* text :
+       {"", "[]", "{\"devices\":[]}", "{\"devices\":{\"a\":{}}}", "no JSON", "{\"devices\":{}}"}) {
+    world.printed["xcrun simctl list devices --json"] = {text};
+    EXPECT_FALSE(scan(simulatorDevices)) << text;
+  }
+}
+
+TEST_F(StorageScanTests, homebrewTellsItsCache) {
+  world.program("brew");
+  disk.file("home/elsewhere/bottle", 9000);
+  disk.file("home/.cache/Homebrew/bottle", 5000);
+  const auto id = [&](ShellResult result) {
+    world.printed["brew --cache"] = std::move(result);
+    const auto found = ids(scan(homebrew));
+    return found.empty() ? "none" : found[0];
+  };
+  EXPECT_EQ(id({disk / "home/elsewhere/\nsecond line\n"}), "elsewhere");
+  for (const ShellResult& unusable :
+       {ShellResult{""}, ShellResult{"Error: no such command\n"}, ShellResult{"/\n"},
+        ShellResult{disk / "home"}, ShellResult{disk.root()}, ShellResult{disk / "home/elsewhere", 1},
+        ShellResult{disk / "home/elsewhere", 0, true}, ShellResult{std::string("\0\xff", 2)}})
+    EXPECT_EQ(id(unusable), ".cache/Homebrew") << unusable.output;
+  EXPECT_EQ(scan(homebrew)->action,
+            StorageAction::command(disk / "bin/brew", {"cleanup", "--prune=all"}, Seconds{600}));
+  EXPECT_EQ(world.ran[0], "brew --cache (10 s)");
+}
+
+TEST_F(StorageScanTests, dockerTellsWhatItWouldPrune) {
+  EXPECT_FALSE(scan(docker));
+  world.program("docker");
+  const std::string line = "docker system df --format {{json .}}";
+  world.printed[line] = {fixture("docker-df.jsonl")};
+  const auto found = scan(docker);
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->bytes, 12'300 + 2'250'000'000);
+  EXPECT_EQ(found->items[0].id, "docker-prune");
+  EXPECT_EQ(found->items[0].detail, "Up to this much, plus dangling images");
+  EXPECT_EQ(
+      found->note,
+      "Kept: 1.55 GB in unused images, 500 MB in volumes. Remove those from Docker itself if you are sure.");
+  EXPECT_EQ(world.ran[0], line + " (3 s)");
+
+  const std::string idle = "Docker is installed but not running, so there is nothing to measure.";
+  for (const ShellResult& unusable :
+       {ShellResult{""}, ShellResult{"Cannot connect\n"}, ShellResult{fixture("docker-df.jsonl"), 1},
+        ShellResult{fixture("docker-df.jsonl"), 0, true},
+        ShellResult{"{\"Type\":\"Images\"}\n[1]\n{\"Type\":7}"}}) {
+    world.printed[line] = unusable;
+    EXPECT_EQ(scan(docker)->note, idle);
+    EXPECT_THAT(scan(docker)->items, IsEmpty());
+  }
+  world.printed.clear();
+  EXPECT_EQ(scan(docker)->note, idle);
+  world.printed[line] = {R"({"Type":"Images","Reclaimable":"0B"})"};
+  EXPECT_FALSE(scan(docker));
+}
+
+TEST_F(StorageScanTests, onlyTheTenLargestAppCachesAreItems) {
+  for (int i = 0; i < 12; ++i)
+    disk.file("home/.cache/app" + std::to_string(i) + "/x", std::size_t(i) * 8192 + 1);
+  disk.file("home/.cache/pip/x", 1);
+  disk.file("home/.cache/file", 1);
+  const auto found = scan(appCaches);
+  EXPECT_EQ(found->items.size(), 10u);
+  EXPECT_EQ(found->items[0].title, "app11");
+  EXPECT_EQ(found->items[9].title, "app2");
+  EXPECT_EQ(found->note, "Showing the 10 largest of 12 folders. macOS caches are left alone.");
+
+  world.onMac = true;
+  disk.file("home/Library/Caches/com.apple.Safari/x", 1);
+  disk.file("home/Library/Caches/CocoaPods/x", 1);
+  disk.file("home/Library/Caches/org.example/x", 1);
+  EXPECT_THAT(ids(scan(appCaches)), ElementsAre("Library/Caches/org.example"));
+  EXPECT_EQ(scan(appCaches)->note, std::nullopt);
+}
+
+TEST_F(StorageScanTests, aCacheFolderThatHoldsTheHomeFolderIsNotTrusted) {
+  disk.file("home/Documents/x", 1);
+  auto places = world.locations();
+  for (const auto& folder : {disk / "home", disk.root(), std::string("/")}) {
+    places.cacheHome = folder;
+    const StorageScan scan(places, world.files, world.trash, {}, world.clock);
+    EXPECT_FALSE(scan.scan(appCaches)) << folder;
+  }
+}
+
+TEST_F(StorageScanTests, theTrashIsMeasuredAsAWhole) {
+  disk.file("home/trash/a/b", 5000);
+  disk.file("home/trash/c", 5000);
+  disk.file("home/trash/.DS_Store", 5000);
+  disk.link("/", "home/trash/link");
+  const auto found = scan(trash);
+  ASSERT_EQ(found->items.size(), 1u);
+  EXPECT_EQ(found->items[0].detail, "3 items in the Trash");
+  EXPECT_EQ(found->bytes, world.size("trash/a") + world.size("trash/c"));
+  EXPECT_EQ(found->action, StorageAction::emptyTrash());
+
+  const AsOrdinaryUser user(disk);
+  disk.mode("home/trash", 0000);
+  const auto denied = scan(trash);
+  EXPECT_THAT(denied->note.value(), testing::HasSubstr("Full Disk Access"));
+  EXPECT_THAT(denied->items, IsEmpty());
+  disk.mode("home/trash", 0700);
+}
+
+TEST_F(StorageScanTests, dependenciesOfProjectsThatRest) {
+  const Date old = world.clock.wall - Seconds{31 * 86400.0},
+             recent = world.clock.wall - Seconds{29 * 86400.0};
+  const auto project = [&](const std::string& name, Date date) {
+    disk.file("home/" + name + "/node_modules/x/y", 5000);
+    disk.file("home/" + name + "/src/index.js", 10);
+    for (const auto* part : {"/src/index.js", "/src"}) disk.date("home/" + name + part, date);
+  };
+  project("code/old", old);
+  project("code/recent", recent);
+  project("code/old/packages/inner", old);
+  project("a/b/c/d", old);
+  project("a/b/c/d/five-is-too-deep", old);
+  project(".hidden/p", old);
+  project("code/old/node_modules/nested", old);
+  disk.file("home/code/old/.git/index", 10);     // both are younger than 30 days
+  disk.file("home/code/old/packages/.git/x", 1); //
+  for (const auto* part : {"code/old/packages", "code/old/packages/inner", "a/b/c/d/five-is-too-deep"})
+    disk.date(std::string("home/") + part, old);
+  disk.link("code/old/node_modules", "home/code/linked/node_modules");
+  disk.file("home/code/bare/node_modules/x", 1);
+  disk.date("home/code/bare", old);
+
+  const auto found = world.scan().staleNodeModules(std::nullopt, old + Seconds{30 * 86400.0 + 1});
+  std::vector<std::string> names;
+  for (const auto& item : found) names.push_back(item.id.substr((disk / "home/").size()));
+  EXPECT_THAT(names, ElementsAre("a/b/c/d/node_modules", "code/bare/node_modules", "code/old/node_modules",
+                                 "code/old/packages/inner/node_modules"));
+  EXPECT_EQ(found[2].title, "old");
+  EXPECT_EQ(found[2].detail, "~/code/old");
+  EXPECT_EQ(found[2].bytes, world.size("code/old/node_modules"));
+  EXPECT_EQ(world.scan().lastActivity(disk / "home/code/recent").sinceEpoch, std::floor(recent.sinceEpoch));
+  EXPECT_THAT(world.scan().staleNodeModules(std::nullopt, old + Seconds{30 * 86400.0 - 1}), IsEmpty());
+}
+
+TEST_F(StorageScanTests, largeOldDownloadsAreFilesAndPackages) {
+  world.onMac = true;
+  disk.file("home/Downloads/exact", 8192);
+  disk.file("home/Downloads/small", 4096);
+  disk.file("home/Downloads/folder/x", 50'000);
+  disk.file("home/Downloads/Tool.app/Contents/x", 50'000);
+  disk.sparseFile("home/Downloads/sparse", 1 << 30, 1);
+  disk.file("home/Downloads/linked", 50'000);
+  disk.hardLink("home/Downloads/linked", "home/elsewhere");
+  disk.link("/etc/hostname", "home/Downloads/link");
+  const auto added = world.files.info(disk / "home/Downloads/exact")->added;
+  const auto find = [&](Seconds later) {
+    std::vector<std::string> names;
+    for (const auto& item : world.scan().largeOldDownloads(disk / "home/Downloads", 8192, added + later))
+      names.push_back(item.title);
+    return names;
+  };
+  EXPECT_THAT(find(Seconds{31 * 86400.0}), ElementsAre("Tool.app", "exact"));
+  EXPECT_THAT(find(Seconds{29 * 86400.0}), IsEmpty());
+  EXPECT_FALSE(scan(downloads)) << "nothing of half a gigabyte";
+}
+
+TEST_F(StorageScanTests, theFirstProgramThatMayBeRunCounts) {
+  disk.text("bin/plain", "");
+  world.program("good");
+  const auto find = [&](std::vector<std::string> paths) { return world.scan().executable(paths); };
+  EXPECT_EQ(find({disk / "bin/absent", disk / "bin/plain", disk / "bin", disk / "bin/good", "/bin/sh"}),
+            disk / "bin/good");
+  EXPECT_EQ(find({}), std::nullopt);
+}
+
+TEST_F(StorageScanTests, linksInTheUsersFoldersAreResolvedOnce) {
+  disk.folder("data/cache");
+  disk.link("../data/cache", "home/.cache");
+  const auto folders = resolvedFolders(world.folders(), world.files);
+  EXPECT_EQ(folders.cacheHome, disk / "data/cache");
+  EXPECT_EQ(folders.home, disk / "home");
+}
+
+} // namespace
+} // namespace korvell

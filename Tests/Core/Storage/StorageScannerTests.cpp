@@ -1,0 +1,203 @@
+#include "Core/Storage/StorageScanner.h"
+
+#include "Base/ManualQueue.h"
+#include "Core/Storage/StorageLog.h"
+#include "Tests/Fakes/FakeUserDefaults.h"
+
+#include <gmock/gmock.h>
+
+namespace korvell {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using enum StorageKind;
+
+/// What lies on a disk that only the test knows: bytes of a kind, one item each.
+class StorageScannerTests : public testing::Test {
+protected:
+  ManualScheduler time;
+  std::unique_ptr<Queue> main = time.makeQueue("main");
+  std::unique_ptr<Queue> slow = time.makeQueue("Korvell.storage");
+  FakeUserDefaults defaults;
+  std::map<StorageKind, std::int64_t> disk = {{npm, 100}, {pip, 50}, {trash, 30}};
+  std::vector<std::string> events;
+  std::function<void(StorageKind)> whileMeasuring;
+  bool asks = false;
+  std::unique_ptr<StorageScanner> scanner = make();
+
+  std::unique_ptr<StorageScanner> make() {
+    StorageWork work{
+        .measure = [this](StorageKind kind, const Cancellation&) -> std::optional<StorageCategory> {
+          if (whileMeasuring) whileMeasuring(kind);
+          const auto size = disk.find(kind);
+          if (size == disk.end()) return std::nullopt;
+          auto found =
+              category(kind, {{.id = std::string(rawValue(kind)), .kind = kind, .bytes = size->second}});
+          if (kind == trash) found->action = StorageAction::emptyTrash();
+          return found;
+        },
+        .perform =
+            [this](const StorageAction&, const std::vector<StorageItem>& items) {
+              for (const auto& item : items) disk.erase(item.kind);
+              return std::vector<std::string>{};
+            },
+        .asksForAccess = asks};
+    return std::make_unique<StorageScanner>(std::move(work), defaults, *main, *slow);
+  }
+  void scanAll() {
+    scanner->scan(allStorageKinds());
+    time.run();
+  }
+  std::vector<StorageItem> items(StorageKind kind) { return (*scanner->result)->category(kind)->items; }
+};
+
+TEST_F(StorageScannerTests, aScanTellsWhereItIsAndWhatItFound) {
+  std::vector<double> progress;
+  std::vector<std::string> steps;
+  const auto one = scanner->progress.observe([&](double value) { progress.push_back(value); });
+  const auto two = scanner->step.observe([&](const std::string& value) { steps.push_back(value); });
+  EXPECT_EQ(scanner->reclaimableBytes(), std::nullopt);
+  scanner->selection.set({"npm"});
+  scanner->scan({npm, go, pip, trash});
+  EXPECT_TRUE(*scanner->isScanning);
+  EXPECT_THAT(*scanner->selection, IsEmpty());
+  time.run();
+  EXPECT_FALSE(*scanner->isScanning);
+  EXPECT_THAT(progress, ElementsAre(0, 0, 0.25, 0.5, 0.75, 1));
+  EXPECT_THAT(steps, ElementsAre("", "npm cache", "Go build cache", "pip cache", "Trash", ""));
+  ASSERT_TRUE(*scanner->result);
+  EXPECT_EQ((*scanner->result)->categories.size(), 3u);
+  EXPECT_EQ((*scanner->result)->date, time.clock().now());
+  EXPECT_EQ(scanner->reclaimableBytes(), 180);
+  scanner->scan({npm});
+  EXPECT_EQ(scanner->reclaimableBytes(), std::nullopt) << "absent while one runs";
+}
+
+TEST_F(StorageScannerTests, onlyTheSecondOfTwoScansIsPublished) {
+  int results = 0;
+  const auto seen = scanner->result.observe([&](const auto& result) { results += result.has_value(); });
+  scanner->scan({npm});
+  scanner->scan({pip});
+  time.run();
+  EXPECT_EQ(results, 1);
+  EXPECT_EQ((*scanner->result)->categories[0].kind, pip);
+
+  // The same when the second begins while the first is measuring.
+  whileMeasuring = [&](StorageKind kind) {
+    if (kind == npm) main->async([&] { scanner->scan({trash}); });
+    whileMeasuring = {};
+  };
+  scanner->scan({npm, pip});
+  time.run();
+  EXPECT_EQ((*scanner->result)->categories[0].kind, trash);
+  EXPECT_EQ((*scanner->result)->categories.size(), 1u);
+}
+
+TEST_F(StorageScannerTests, aCancelledScanLeavesNothing) {
+  scanner->cancel(); // without a scan nothing changes
+  EXPECT_FALSE(*scanner->isScanning);
+  std::vector<StorageKind> measured;
+  whileMeasuring = [&](StorageKind kind) {
+    measured.push_back(kind);
+    scanner->cancel();
+  };
+  scanner->scan({npm, pip});
+  time.run();
+  EXPECT_THAT(measured, ElementsAre(npm));
+  EXPECT_FALSE(*scanner->isScanning);
+  EXPECT_EQ(*scanner->result, std::nullopt);
+  EXPECT_EQ(*scanner->step, "");
+}
+
+TEST_F(StorageScannerTests, whereTheSystemAsksTheUserIsTold) {
+  asks = true;
+  scanner = make();
+  std::vector<std::optional<std::string>> notices;
+  const auto seen = scanner->notice.observe([&](const auto& notice) { notices.push_back(notice); });
+  scanner->scan({npm, trash, downloads, pip});
+  time.run();
+  const std::string text =
+      "macOS may ask Korvell for access to this folder. The scan continues once you answer.";
+  EXPECT_THAT(notices, ElementsAre(text, text, std::nullopt));
+}
+
+TEST_F(StorageScannerTests, aCleanupIsMeasuredToldAndLoggedOnce) {
+  scanAll();
+  const auto date = time.clock().now();
+  scanner->selection.set({"npm", "pip"});
+  scanner->clean(items(npm));
+  EXPECT_THAT(*scanner->working, ElementsAre(npm));
+  time.run();
+  EXPECT_THAT(*scanner->working, IsEmpty());
+  EXPECT_THAT(*scanner->selection, ElementsAre("pip"));
+  EXPECT_EQ(*scanner->feedback, "Moved 100 B to the Trash. Empty the Trash to get the space back.");
+  EXPECT_EQ(*scanner->freedTotal, 100);
+  EXPECT_EQ(scanner->reclaimableBytes(), 80);
+
+  scanner->clean(items(trash));
+  time.run();
+  EXPECT_EQ(*scanner->feedback, "Freed 30 B.");
+  EXPECT_EQ(*scanner->freedTotal, 100) << "it was logged when it was moved";
+  EXPECT_THAT(StorageLog::entries(defaults), ElementsAre(FreedEntry{date, 100}));
+}
+
+TEST_F(StorageScannerTests, itemsOfAnEarlierScanAreRefused) {
+  scanAll();
+  const auto earlier = items(npm);
+  disk[npm] = 101;
+  scanAll();
+  scanner->clean(earlier);
+  time.run();
+  EXPECT_EQ(*scanner->feedback, "Nothing changed. The files may be in use or protected.");
+  EXPECT_TRUE(disk.contains(npm));
+  const auto present = items(npm);
+  scanner->scan({npm});
+  scanner->clean(present); // the scan runs: there is no result to pick from
+  time.run();
+  EXPECT_TRUE(disk.contains(npm));
+  EXPECT_THAT(StorageLog::entries(defaults), IsEmpty());
+}
+
+TEST_F(StorageScannerTests, aKindThatIsBeingCleanedIsNotCleanedTwice) {
+  scanAll();
+  scanner->clean(items(npm));
+  scanner->clean(items(npm));
+  time.run();
+  EXPECT_EQ(*scanner->freedTotal, 100);
+}
+
+TEST_F(StorageScannerTests, aScanThatOvertakesACleanupStillLogsIt) {
+  scanAll();
+  const auto picked = items(npm);
+  scanner->clean(picked);
+  scanner->scan({npm, pip});
+  time.run();
+  EXPECT_EQ(*scanner->freedTotal, 100);
+  EXPECT_EQ((*scanner->result)->categories.size(), 1u);
+  EXPECT_THAT(*scanner->working, IsEmpty());
+}
+
+TEST_F(StorageScannerTests, resultsThatComeAfterItsEndFallOnNobody) {
+  scanner->scan({npm});
+  scanner.reset();
+  time.run();
+  EXPECT_THAT(defaults.changed, IsEmpty());
+}
+
+TEST_F(StorageScannerTests, dyingInACleanupLogsNothingAndTheNextOneOnlyItsOwn) {
+  scanAll();
+  scanner->clean(items(npm));
+  scanner.reset(); // killed before the clean-up was told to anyone
+  time.run();
+  EXPECT_FALSE(disk.contains(npm));
+  scanner = make();
+  scanAll();
+  scanner->clean(items(pip));
+  time.run();
+  EXPECT_EQ(StorageLog::total(defaults), 50);
+  EXPECT_EQ(StorageLog::entries(defaults).size(), 1u);
+}
+
+} // namespace
+} // namespace korvell

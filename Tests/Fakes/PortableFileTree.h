@@ -1,0 +1,19 @@
+#pragma once
+// The file tree as every system has it, for rules that are tested on real folders.
+
+#include "Platform/Posix/FolderReader.h"
+#include "Platform/Posix/PosixFileTree.h"
+
+namespace korvell {
+
+class PortableFileTree final : public PosixFileTree {
+public:
+  using PosixFileTree::PosixFileTree;
+
+protected:
+  Descriptor openWithoutLinks(const std::string& folder) override {
+    return located(folder) == folder ? Descriptor(open(folder.c_str(), folderFlags)) : Descriptor();
+  }
+};
+
+} // namespace korvell
