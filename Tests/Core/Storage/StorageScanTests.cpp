@@ -1,6 +1,7 @@
 #include "StorageWorld.h"
 
 #include "Base/Files.h"
+#include "Tests/FixturesFolder.h"
 
 #include <cmath>
 
@@ -26,7 +27,7 @@ protected:
     return names;
   }
   static std::string fixture(const std::string& name) {
-    return readFile(KORVELL_FIXTURES "/Storage/" + name, 1 << 20).value();
+    return readFile(fixturePath("Storage/" + name), 1 << 20).value();
   }
 };
 
