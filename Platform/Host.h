@@ -10,6 +10,7 @@
 #include "Platform/MachineCounters.h"
 #include "Platform/ProcessTable.h"
 #include "Platform/Trash.h"
+#include "Platform/UsageHelper.h"
 #include "Platform/UserDefaults.h"
 
 #include <memory>
@@ -32,6 +33,7 @@ struct Host {
   std::unique_ptr<ProcessTable> processes;
   std::unique_ptr<ProcessControl> processControl;
   std::unique_ptr<RunningApplications> applications;
+  std::unique_ptr<UsageHelperService> usageHelper;
   std::unique_ptr<LaunchItems> launchItems;
   BundleInfo bundleInfo; ///< empty where applications are no bundles
 };

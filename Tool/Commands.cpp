@@ -5,7 +5,7 @@ namespace korvell {
 const std::vector<Command>& allCommands() {
   static const std::vector<Command> commands = {statusCommand(),  watchCommand(),   historyCommand(),
                                                 serversCommand(), startupCommand(), runCommand(),
-                                                doctorCommand()};
+                                                helperCommand(),  doctorCommand()};
   return commands;
 }
 

@@ -1,8 +1,13 @@
 #include "Helper/Shared/RusageService.h"
 
+#include "Platform/Formats/UsagePackets.h"
+
 #include <algorithm>
 
 namespace korvell {
+
+static_assert(UsagePackets::mostProcesses == RusageService::mostProcesses);
+static_assert(UsagePackets::recordSize == RusageSample::recordSize);
 
 RusageService::RusageService(Reader reader, std::function<void()> onRequest)
     : reader_(std::move(reader)), onRequest_(std::move(onRequest)) {}

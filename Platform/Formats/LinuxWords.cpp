@@ -33,6 +33,12 @@ constexpr LocalizedText words[] = {
     {"Korvell needs Full Disk Access to see inside the Trash. Allow it in System Settings › Privacy & "
      "Security.",
      "Korvell may not look inside the Trash. Check the permissions of its folder."},
+    {"macOS hides the memory and CPU of processes owned by the system unless an administrator approves a "
+     "helper. It is read-only: it can only report those numbers.",
+     "Linux hides what other users' processes read from and write to storage unless an administrator enables "
+     "a helper. It is read-only: it can only report those numbers."},
+    {"Enabled, but not for this user",
+     "Enabled for members of the group “korvell”: have an administrator add you, then log in again"},
 };
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "Platform/Linux/LinuxLaunchItems.h"
 #include "Platform/Linux/LinuxMachineCounters.h"
 #include "Platform/Linux/LinuxTrash.h"
+#include "Platform/Linux/LinuxUsageHelper.h"
 #include "Platform/Linux/SettingsFile.h"
 
 #include <unistd.h>
@@ -23,6 +24,7 @@ Host makeHost(const Environment& environment) {
   host.trash = std::make_unique<LinuxTrash>(host.folders.dataHome, getuid(), clock, zone);
   host.machine = std::make_unique<LinuxMachineCounters>();
   host.launchItems = std::make_unique<LinuxLaunchItems>(host.folders, Shell::run);
+  host.usageHelper = std::make_unique<LinuxUsageHelper>(LinuxUsageHelper::systemSources(environment));
   host.diagnostics = std::make_unique<LinuxDiagnostics>(clock);
   return host;
 }

@@ -1,0 +1,124 @@
+#include "Platform/Linux/LinuxUsageHelper.h"
+
+#include "Base/Files.h"
+#include "Tests/Fakes/TemporaryFolder.h"
+
+#include <fstream>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+using namespace korvell;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+struct LinuxUsageHelperTests : testing::Test {
+  TemporaryFolder root;
+  std::vector<std::string> commands;
+  std::map<std::string, int> exitStatus; ///< of a command that fails
+  std::map<std::string, std::string> variables{{"SUDO_UID", "1000"}};
+  bool administrator = true, group = false;
+  LinuxUsageHelper helper{{.root = root.path().string(),
+                           .ownFolder = root / "own",
+                           .environment = [this](std::string_view name) -> std::optional<std::string> {
+                             const auto found = variables.find(std::string(name));
+                             if (found == variables.end()) return std::nullopt;
+                             return found->second;
+                           },
+                           .run = [this](const std::string& path, const std::vector<std::string>& arguments,
+                                         Seconds) -> std::optional<ShellResult> {
+                             if (!path.starts_with("/usr/sbin/") && !path.ends_with("systemctl"))
+                               return std::nullopt;
+                             std::string command = path;
+                             for (const auto& argument : arguments) command += " " + argument;
+                             commands.push_back(command);
+                             return ShellResult{.exitStatus = exitStatus[command]};
+                           },
+                           .isAdministrator = [this] { return administrator; },
+                           .userName = [](std::uint32_t id) { return std::string(id == 1000 ? "ada" : ""); },
+                           .groupExists = [this] { return group; }}};
+
+  LinuxUsageHelperTests() {
+    write("own/korvell-helper", "program");
+    std::filesystem::create_directories(root / "run/systemd/system");
+  }
+  void write(const std::string& name, const std::string& text) const {
+    std::filesystem::create_directories(std::filesystem::path(root / name).parent_path());
+    std::ofstream(root / name) << text;
+  }
+  mode_t modeOf(const std::string& name) const {
+    struct stat info {};
+    return stat((root / name).c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
+  }
+};
+
+} // namespace
+
+TEST_F(LinuxUsageHelperTests, enablingInstallsAndDisablingTakesAway) {
+  EXPECT_EQ(helper.status(), UsageHelperStatus::notEnabled);
+  umask(0077);
+  EXPECT_TRUE(helper.enable());
+  umask(0022);
+  EXPECT_THAT(commands, ElementsAre("/usr/sbin/groupadd --system korvell",
+                                    "/usr/sbin/usermod --append --groups korvell ada",
+                                    "/usr/bin/systemctl daemon-reload",
+                                    "/usr/bin/systemctl enable --now korvell-helper.socket"));
+  EXPECT_EQ(modeOf("usr/local/libexec/korvell-helper"), 0755u);
+  EXPECT_EQ(modeOf("usr/local/libexec"), 0755u);
+  EXPECT_EQ(modeOf("etc/systemd/system/korvell-helper.service"), 0644u);
+  const auto service = readFile(root / "etc/systemd/system/korvell-helper.service", 1 << 20).value();
+  EXPECT_THAT(service, HasSubstr("\nExecStart=/usr/local/libexec/korvell-helper\n"));
+  EXPECT_THAT(service, HasSubstr("\nSystemCallFilter=@system-service\n"))
+      << "only the program's place is filled in";
+  EXPECT_TRUE(std::filesystem::exists(root / "etc/systemd/system/korvell-helper.socket"));
+
+  commands.clear();
+  EXPECT_TRUE(helper.disable());
+  EXPECT_THAT(commands, ElementsAre("/usr/bin/systemctl disable --now korvell-helper.socket",
+                                    "/usr/bin/systemctl stop korvell-helper.service",
+                                    "/usr/bin/systemctl daemon-reload"));
+  EXPECT_FALSE(std::filesystem::exists(root / "usr/local/libexec/korvell-helper"));
+  EXPECT_FALSE(std::filesystem::exists(root / "etc/systemd/system/korvell-helper.service"));
+  commands.clear();
+  EXPECT_TRUE(helper.disable());
+  EXPECT_THAT(commands, ElementsAre()) << "there is nothing to disable";
+}
+
+TEST_F(LinuxUsageHelperTests, theCallerIsAdmittedWhoeverThatIs) {
+  group = true;
+  variables = {{"PKEXEC_UID", "1000"}};
+  EXPECT_TRUE(helper.enable());
+  EXPECT_EQ(commands.front(), "/usr/sbin/usermod --append --groups korvell ada");
+  for (const char* nobody : {"0", "77", "-1", "ada"}) {
+    commands.clear();
+    variables = {{"SUDO_UID", nobody}};
+    EXPECT_TRUE(helper.enable());
+    EXPECT_EQ(commands.front(), "/usr/bin/systemctl daemon-reload") << nobody;
+  }
+}
+
+TEST_F(LinuxUsageHelperTests, saysWhyItCannotBeEnabled) {
+  administrator = false;
+  EXPECT_THAT(helper.enable().reason(), HasSubstr("sudo"));
+  EXPECT_THAT(helper.disable().reason(), HasSubstr("sudo"));
+  administrator = true;
+  exitStatus["/usr/bin/systemctl enable --now korvell-helper.socket"] = 4;
+  EXPECT_EQ(helper.enable().reason(),
+            "“systemctl enable --now korvell-helper.socket” failed with exit code 4.");
+  std::filesystem::remove(root / "own/korvell-helper");
+  EXPECT_EQ(helper.enable().reason(), "Helper missing from this copy of Korvell");
+  EXPECT_FALSE(helper.isOffered());
+  std::filesystem::remove(root / "run/systemd/system");
+  EXPECT_THAT(helper.enable().reason(), HasSubstr("korvell-helper --socket /run/korvell-helper.sock"));
+}
+
+TEST_F(LinuxUsageHelperTests, theStatusIsWhatTheFilesTell) {
+  std::filesystem::remove(root / "own/korvell-helper");
+  EXPECT_EQ(helper.status(), UsageHelperStatus::notFound);
+  write("usr/lib/systemd/system/korvell-helper.socket", "");
+  EXPECT_EQ(helper.status(), UsageHelperStatus::notEnabled);
+  write("run/korvell-helper.sock", "");
+  EXPECT_EQ(helper.status(), UsageHelperStatus::enabled);
+  EXPECT_FALSE(helper.connect([] {})) << "no socket, or nobody behind it";
+}
