@@ -24,6 +24,7 @@ std::unique_ptr<Sampler> Assembly::makeSampler(HistoryStore* history) {
   if (host_.processes) subjects.devServers = makeDevServerScanner();
   subjects.history = history;
   subjects.zone = &zone_;
+  subjects.launchItems = host_.launchItems.get();
   subjects.table = host_.processes.get();
   subjects.control = host_.processControl.get();
   return std::make_unique<Sampler>(systemQueueFactory()(Sampler::queueLabel), *host_.machine,
