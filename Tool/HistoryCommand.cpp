@@ -9,6 +9,7 @@
 #include "Tool/HistoryChart.h"
 #include "Tool/Table.h"
 #include "Tool/TimeArgument.h"
+#include "Tool/Wrap.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -45,8 +46,9 @@ HistoryRange rangeOf(const Arguments& arguments) {
 
 int nothingRecorded(Context& context, std::string_view what) {
   context.out.line(what);
-  context.out.line(context.out.ink(
-      Ink::dim, localized("Korvell records while it runs: the application, or \"korvell run\".")));
+  const auto hint = localized("Korvell records while it runs: the application, or \"korvell run\".");
+  for (const auto& line : wrapped(hint, context.out.columns()))
+    context.out.line(context.out.ink(Ink::dim, line));
   return exitOK;
 }
 
@@ -170,7 +172,7 @@ void printMinute(Context& context, const HistoryMinute& minute, Metric order, st
                             formatMetric(column.metric, minute.system[column.column]));
   if (minute.score)
     system += fmt::format("{}{} {:.0f}", system.empty() ? "" : " · ", localized("score"), *minute.score);
-  context.out.line(truncatedToWidth(system, context.out.columns()));
+  for (const auto& line : wrapped(system, context.out.columns())) context.out.line(line);
 
   auto apps = minute.apps;
   std::stable_sort(apps.begin(), apps.end(), [order](const HistoryApp& a, const HistoryApp& b) {
