@@ -1,6 +1,7 @@
 #include "Base/Shell.h"
 #include "Platform/Host.h"
 #include "Platform/macOS/MacApplications.h"
+#include "Platform/macOS/MacDiagnostics.h"
 #include "Platform/macOS/MacFileTree.h"
 #include "Platform/macOS/MacLaunchItems.h"
 #include "Platform/macOS/MacMachineCounters.h"
@@ -13,6 +14,7 @@
 namespace korvell {
 
 Host makeHost(const Environment& environment) {
+  static const SystemClock clock;
   Host host;
   host.system = SystemKind::macOS;
   host.folders = macOSUserFolders(environment);
@@ -21,6 +23,7 @@ Host makeHost(const Environment& environment) {
   host.fileTree = std::make_unique<MacFileTree>();
   host.trash = std::make_unique<MacTrash>(host.folders.home, getuid());
   host.machine = std::make_unique<MacMachineCounters>();
+  host.diagnostics = std::make_unique<MacDiagnostics>(*host.machine, clock);
   host.processes = std::make_unique<MacProcessTable>(Shell::run);
   host.processControl = std::make_unique<MacProcessControl>();
   host.applications = std::make_unique<MacRunningApplications>();
