@@ -23,7 +23,7 @@ struct SourceReport {
   std::string name;   ///< what it tells, localised
   std::string source; ///< where it stands: a path or an interface
   State state = State::readable;
-  std::string reason; ///< why it can't be read, a sentence, localised; empty when it can
+  std::string reason; ///< why it can't be read, or not wholly, a sentence, localised; else empty
   std::string remedy; ///< what it would take, a sentence, localised; empty when nothing would help
   std::optional<double> microseconds; ///< what one reading costs, measured just now; absent without one
 

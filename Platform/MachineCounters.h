@@ -84,6 +84,9 @@ struct InterfaceCounters {
 struct GPUCounters {
   double utilization = 0;        ///< percent
   std::uint64_t memoryInUse = 0; ///< bytes
+  /// Of drivers that count instead of telling a share: nanoseconds in which each engine worked, keyed by
+  /// names that no other card has. `utilization` is 0 then.
+  std::map<std::string, std::uint64_t> engineTime;
   bool operator==(const GPUCounters&) const = default;
 };
 

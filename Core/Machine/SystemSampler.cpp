@@ -140,12 +140,19 @@ NetworkStats networkStats(const std::map<std::string, ByteCounters>& previous,
   return stats;
 }
 
-GPUStats gpuStats(const std::vector<GPUCounters>& now, const MachineFacts& facts) {
+GPUStats gpuStats(const std::map<std::string, std::uint64_t>& previous, const std::vector<GPUCounters>& now,
+                  const MachineFacts& facts, Seconds elapsed) {
   GPUStats stats;
   if (!facts.graphicsName.empty()) stats.name = facts.graphicsName;
   for (const auto& gpu : now) {
     stats.utilization = std::max(stats.utilization, gpu.utilization);
     stats.memoryInUse += gpu.memoryInUse;
+    for (const auto& [engine, time] : gpu.engineTime) {
+      const auto before = previous.find(engine);
+      if (before == previous.end()) continue;
+      const double share = perSecond(advance(before->second, time), elapsed) / 1e9;
+      stats.utilization = std::max(stats.utilization, std::min(share * 100, 100.0));
+    }
   }
   return stats;
 }
@@ -219,7 +226,10 @@ void SystemSampler::sample(SystemSnapshot& into) {
   into.network = networkStats(previousInterfaces_, interfaces, elapsed);
   previousInterfaces_ = byName(interfaces);
 
-  into.gpu = gpuStats(counters_.gpus(), facts_);
+  auto gpus = counters_.gpus();
+  into.gpu = gpuStats(previousEngines_, gpus, facts_, elapsed);
+  previousEngines_.clear();
+  for (auto& gpu : gpus) previousEngines_.merge(gpu.engineTime);
 
   auto power = counters_.power();
   into.battery = batteryStats(power, packageWatts(previousPackages_, power.packages, elapsed));

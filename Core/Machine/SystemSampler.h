@@ -36,6 +36,7 @@ private:
   CPUCounters previousCPU_;
   std::map<std::uint64_t, ByteCounters> previousDisks_;
   std::map<std::string, ByteCounters> previousInterfaces_;
+  std::map<std::string, std::uint64_t> previousEngines_;
   std::map<int, EnergyCounter> previousPackages_;
   std::vector<VolumeInfo> cachedVolumes_;
   std::optional<Seconds> volumesRead_;
@@ -50,7 +51,9 @@ DiskStats diskStats(const std::map<std::uint64_t, ByteCounters>& previous,
                     const std::map<std::uint64_t, ByteCounters>& now, Seconds elapsed);
 NetworkStats networkStats(const std::map<std::string, ByteCounters>& previous,
                           const std::vector<InterfaceCounters>& now, Seconds elapsed);
-GPUStats gpuStats(const std::vector<GPUCounters>& now, const MachineFacts& facts);
+/// The busiest card's or engine's utilisation and the memory of all. `previous`: engine times by engine.
+GPUStats gpuStats(const std::map<std::string, std::uint64_t>& previous, const std::vector<GPUCounters>& now,
+                  const MachineFacts& facts, Seconds elapsed);
 /// Watts that the processor packages drew together.
 double packageWatts(const std::map<int, EnergyCounter>& previous, const std::map<int, EnergyCounter>& now,
                     Seconds elapsed);

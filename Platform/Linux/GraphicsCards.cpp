@@ -32,17 +32,32 @@ bool mayBeAsleep(const std::string& folder, FileReader& reader) {
   return control && trimmed(*control) == "auto";
 }
 
+/// Of the device's "uevent" text: its driver, its place on the bus.
+std::string property(const std::string& folder, std::string_view key, FileReader& reader) {
+  const auto text = reader.read(folder + "/uevent");
+  for (const auto line : splitLines(text.value_or(std::string_view{})))
+    if (line.starts_with(key)) return std::string(line.substr(key.size()));
+  return {};
+}
+std::string driverName(const std::string& folder, FileReader& reader) {
+  return property(folder, "DRIVER=", reader);
+}
+std::string pciAddress(const std::string& folder, FileReader& reader) {
+  return property(folder, "PCI_SLOT_NAME=", reader);
+}
+
 } // namespace
 
 GraphicsCards::GraphicsCards(std::string proc, std::string sys, std::vector<std::string> pciIDs,
                              std::string nvidiaLibrary)
     : proc_(std::move(proc)), sys_(std::move(sys)), pciIDs_(std::move(pciIDs)),
-      nvidia_(std::move(nvidiaLibrary)) {}
+      nvidia_(std::move(nvidiaLibrary)), clients_(proc_) {}
 
 void GraphicsCards::find(FileReader& reader) {
   cards_ = drmCards(reader);
   // NVIDIA's cards are found through its driver, which also knows those without a display interface.
   for (auto& card : nvidiaCards(reader)) cards_.push_back(std::move(card));
+  if (std::ranges::find(cards_, Driver::i915, &Card::driver) != cards_.end()) clients_.find();
 }
 
 std::vector<GraphicsCards::Card> GraphicsCards::drmCards(FileReader& reader) const {
@@ -53,6 +68,8 @@ std::vector<GraphicsCards::Card> GraphicsCards::drmCards(FileReader& reader) con
     const auto vendor = pciNumber(reader, card.folder + "/vendor");
     if (!vendor || *vendor == nvidiaVendor) continue;
     if (*vendor == amdVendor && exists(card.folder + "/gpu_busy_percent")) card.driver = Driver::amdgpu;
+    if (driverName(card.folder, reader) == "i915") card.driver = Driver::i915;
+    card.address = pciAddress(card.folder, reader);
     card.mayBeAsleep = mayBeAsleep(card.folder, reader);
     cards.push_back(std::move(card));
   }
@@ -91,10 +108,22 @@ std::optional<GPUCounters> GraphicsCards::read(const Card& card, FileReader& rea
     return amd(card, reader);
   case Driver::nvidia:
     return nvidia_.read(card.address);
+  case Driver::i915:
+    return intel(card, reader);
   case Driver::other:
     break;
   }
   return std::nullopt;
+}
+
+std::optional<GPUCounters> GraphicsCards::intel(const Card& card, FileReader& reader) {
+  const auto& sums = clients_.read(reader);
+  const auto sum = sums.find(card.address);
+  if (sum == sums.end()) return std::nullopt;
+  GPUCounters counters{.memoryInUse = sum->second.memory};
+  for (const auto& [engine, time] : sum->second.engineTime)
+    counters.engineTime.emplace(card.address + " " + engine, time);
+  return counters;
 }
 
 bool GraphicsCards::isAsleep(const Card& card, FileReader& reader) const {

@@ -1,10 +1,9 @@
 #pragma once
-// Graphics cards: amdgpu through sysfs, NVIDIA through its management library. A card that its driver has put
-// to sleep is left asleep and reads as idle.
-//
-// Intel's drivers publish no busy figure for the whole card, only for each client's open file, so their cards
-// are named but not read.
+// Graphics cards: amdgpu through sysfs, NVIDIA through its management library, Intel's i915 through what it
+// counts for each program. A card that its driver has put to sleep is left asleep and reads as idle. Cards of
+// other drivers are named but not read.
 
+#include "Platform/Linux/DRMClients.h"
 #include "Platform/Linux/FileReader.h"
 #include "Platform/Linux/NvidiaLibrary.h"
 
@@ -15,7 +14,7 @@ namespace korvell {
 
 class GraphicsCards {
 public:
-  enum class Driver { amdgpu, nvidia, other };
+  enum class Driver { amdgpu, nvidia, i915, other };
   struct Card {
     Driver driver = Driver::other;
     std::string folder;  ///< of the PCI device
@@ -41,12 +40,14 @@ public:
 private:
   std::vector<Card> drmCards(FileReader& reader) const;
   std::vector<Card> nvidiaCards(FileReader& reader) const;
+  std::optional<GPUCounters> intel(const Card& card, FileReader& reader);
   std::optional<GPUCounters> amd(const Card& card, FileReader& reader) const;
   std::string cardName(const Card& card, FileReader& reader) const;
 
   std::string proc_, sys_;
   std::vector<std::string> pciIDs_;
   NvidiaLibrary nvidia_;
+  DRMClients clients_;
   std::vector<Card> cards_;
 };
 

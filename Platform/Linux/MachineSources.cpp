@@ -132,9 +132,11 @@ void Examination::graphics() {
 void Examination::card(const GraphicsCards::Card& card) {
   using Driver = GraphicsCards::Driver;
   GraphicsCards& graphics = machine_.graphics();
-  const bool nvidia = card.driver == Driver::nvidia;
-  auto& report =
-      add("Graphics", nvidia ? roots_.nvidiaLibrary + " " + card.address : card.folder, State::refused);
+  const bool nvidia = card.driver == Driver::nvidia, intel = card.driver == Driver::i915;
+  const auto source = nvidia  ? roots_.nvidiaLibrary + " " + card.address
+                      : intel ? roots_.proc + "/*/fdinfo " + card.address
+                              : card.folder;
+  auto& report = add("Graphics", source, State::refused);
   if (card.driver == Driver::other) {
     report.state = State::missing;
     report.reason = localized("The card's driver publishes no figure for how busy the whole card is.");
@@ -143,6 +145,14 @@ void Examination::card(const GraphicsCards::Card& card) {
   } else if (graphics.read(card, reader_)) {
     report.state = State::readable;
     report.microseconds = microseconds(clock_, [&] { graphics.read(card, reader_); });
+    if (intel) {
+      report.reason = localized("Only programs that you may look into are counted.");
+      report.remedy = localized("Run as root to count everybody's.");
+    }
+  } else if (intel) {
+    report.reason =
+        localized("No program that you may look into uses the card, or the kernel is older than 5.19 "
+                  "and does not count.");
   } else if (nvidia) {
     report.reason = localized("The driver's management library is missing or does not answer.");
     report.remedy = localized("Install the library that belongs to the driver (Debian: libnvidia-ml1).");

@@ -147,9 +147,20 @@ TEST(SystemSamplerTests, thePrimaryInterfaceMovedTheMost) {
 }
 
 TEST(SystemSamplerTests, graphicsShowTheBusiestAndAllTheirMemory) {
-  EXPECT_EQ(gpuStats({}, {}), GPUStats{});
-  EXPECT_EQ(gpuStats({{30, 100}, {70, 20}, {0, 1}}, {.graphicsName = "Apple M9"}),
+  EXPECT_EQ(gpuStats({}, {}, {}, Seconds{1}), GPUStats{});
+  EXPECT_EQ(gpuStats({}, {{30, 100}, {70, 20}, {0, 1}}, {.graphicsName = "Apple M9"}, Seconds{1}),
             (GPUStats{"Apple M9", 70, 121}));
+}
+
+TEST(SystemSamplerTests, enginesThatCountTheirTimeAreBusyForTheirShareOfIt) {
+  const std::map<std::string, std::uint64_t> previous = {
+      {"a render", 1'000'000'000}, {"a copy", 9}, {"b x", 5}};
+  const std::vector<GPUCounters> now = {
+      {0, 7, {{"a render", 1'500'000'000}, {"a copy", 100'000'009}, {"a new", 9'000'000'000}}},
+      {0, 0, {{"b x", 0}}}};
+  EXPECT_DOUBLE_EQ(gpuStats(previous, now, {}, Seconds{2}).utilization, 25);
+  EXPECT_EQ(gpuStats(previous, now, {}, Seconds{0}).utilization, 0);
+  EXPECT_EQ(gpuStats(previous, now, {}, Seconds{0.1}).utilization, 100) << "readings some time apart";
 }
 
 TEST(SystemSamplerTests, packageCountersWrapAtTheirRange) {
@@ -218,13 +229,14 @@ TEST(SystemSamplerTests, powerComesFromTheBestSourceThatSpeaks) {
 TEST_F(SystemSamplerCycleTests, everyRecordIsFilledAndTheRestLeftAlone) {
   machine.machineFacts = {.chipName = "Chip", .graphicsName = "Card", .performanceCores = 2};
   machine.cpuCounters = {1.5, {{0, {}}}};
+  machine.gpuCounters = {{0, 0, {{"render", 0}}}};
   machine.powerReading.packages = {{0, {0, 0}}};
   SystemSampler sampler(machine, clock);
   sample(sampler);
   clock.advance(Seconds{2});
   machine.cpuCounters.cores = {{0, {1, 1, 2, 0}}};
   machine.memoryCounters = {10, MemoryUse{}};
-  machine.gpuCounters = {{5, 6}};
+  machine.gpuCounters = {{5, 6}, {0, 0, {{"render", 400'000'000}}}};
   machine.powerReading.packages = {{0, {30'000'000, 0}}};
   SystemSnapshot snapshot;
   snapshot.date = Date{7};
@@ -235,7 +247,7 @@ TEST_F(SystemSamplerCycleTests, everyRecordIsFilledAndTheRestLeftAlone) {
   EXPECT_EQ(snapshot.cpu.load1, 1.5);
   EXPECT_THAT(snapshot.cpu.perCore, ElementsAre(50));
   EXPECT_EQ(snapshot.memory.free, 10u);
-  EXPECT_EQ(snapshot.gpu, (GPUStats{"Card", 5, 6}));
+  EXPECT_EQ(snapshot.gpu, (GPUStats{"Card", 20, 6}));
   EXPECT_DOUBLE_EQ(snapshot.battery.systemPower, 15);
 }
 

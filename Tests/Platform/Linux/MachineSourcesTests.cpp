@@ -40,7 +40,7 @@ TEST_F(MachineSourcesTests, whatAMachineHasIsToldApartFromWhatItHides) {
   const Row rows[] = {
       {"laptop", "Processor", "", State::readable, false},
       {"laptop", "Compressed swap", "zram0", State::readable, false},
-      {"laptop", "Graphics", "card1", State::missing, false},
+      {"laptop", "Graphics", "0000:00:02.0", State::refused, false},
       {"laptop", "Graphics", "0000:01:00.0", State::refused, false},
       {"laptop", "Battery", "BAT0", State::readable, false},
       {"laptop", "Power adapter", "AC", State::readable, false},
