@@ -4,8 +4,8 @@ namespace korvell {
 
 const std::vector<Command>& allCommands() {
   static const std::vector<Command> commands = {statusCommand(),  watchCommand(),   historyCommand(),
-                                                serversCommand(), startupCommand(), runCommand(),
-                                                helperCommand(),  doctorCommand()};
+                                                serversCommand(), storageCommand(), startupCommand(),
+                                                runCommand(),     helperCommand(),  doctorCommand()};
   return commands;
 }
 

@@ -16,5 +16,6 @@ Command doctorCommand();
 Command historyCommand();
 Command serversCommand();
 Command runCommand();
+Command storageCommand();
 
 } // namespace korvell

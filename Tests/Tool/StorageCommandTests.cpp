@@ -1,0 +1,124 @@
+#include "Core/Storage/StorageLog.h"
+#include "Tests/Fakes/FakeClock.h"
+#include "Tests/Fakes/FakeUserDefaults.h"
+#include "Tests/Fakes/FolderTrash.h"
+#include "Tests/Fakes/GeneratedTree.h"
+#include "Tests/Fakes/PortableFileTree.h"
+#include "Tool/Commands.h"
+
+#include <gmock/gmock.h>
+
+namespace korvell {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+struct StorageCommandTests : testing::Test {
+  GeneratedTree disk;
+  FakeClock clock;
+  Host host{};
+  std::string output, errors;
+  Terminal out{output, 80}, err{errors, 80};
+  Context context{host, clock, [](std::string_view) { return std::nullopt; }, out, err};
+
+  StorageCommandTests() {
+    host.system = SystemKind::linuxDesktop;
+    host.folders = linuxUserFolders([this](std::string_view name) -> std::optional<std::string> {
+      return name == "HOME" ? std::optional(disk / "home") : std::nullopt;
+    });
+    host.fileTree = std::make_unique<PortableFileTree>(1u);
+    host.trash = std::make_unique<FolderTrash>(disk / "home/trash");
+    host.defaults = std::make_unique<FakeUserDefaults>();
+    disk.file("home/.npm/_cacache/x", 8192);
+    disk.file("home/.cargo/registry/cache/x", 4096);
+    disk.file("home/.cargo/registry/src/x", 4096);
+  }
+  int run(std::vector<std::string> arguments) {
+    output.clear();
+    errors.clear();
+    arguments.insert(arguments.begin(), "storage");
+    return runCommandLine(context, std::vector<Command>{storageCommand()}, arguments);
+  }
+};
+
+TEST_F(StorageCommandTests, kindsStandUnderTheirGroups) {
+  EXPECT_EQ(run({"--kind", "npm", "--kind", "cargo", "--kind", "pip"}), exitOK);
+  EXPECT_EQ(output, "Storage              Size  Items  Kind   Safety\n"
+                    "Package managers\n"
+                    "  npm cache       8.19 KB      1  npm    Safe to remove\n"
+                    "  Cargo registry  8.19 KB      2  cargo  Safe to remove\n"
+                    "\n16.4 KB can be freed.\n");
+  EXPECT_EQ(run({"--kind", "pip"}), exitOK);
+  EXPECT_THAT(output, HasSubstr("Nothing to clean\n"));
+  EXPECT_EQ(run({"--kind", "NPM"}), exitUsage);
+}
+
+TEST_F(StorageCommandTests, itemsAreNamedAsCleanTakesThem) {
+  EXPECT_EQ(run({"--kind", "cargo", "--items"}), exitOK);
+  EXPECT_THAT(output, HasSubstr("   4.10 KB  ~/.cargo/registry/cache\n"));
+  EXPECT_EQ(run({"--kind", "cargo", "--json"}), exitOK);
+  const auto document = parseJSON(output);
+  const auto category = document->find("categories")->asArray()->front();
+  EXPECT_EQ(*category.find("kind")->asString(), "cargo");
+  EXPECT_EQ(category.find("bytes")->asInt(), 8192);
+  EXPECT_EQ(*category.find("items")->asArray()->front().find("id")->asString(),
+            disk / "home/.cargo/registry/cache");
+}
+
+TEST_F(StorageCommandTests, aDryRunSaysEverythingAndChangesNothing) {
+  disk.file("home/trash/old\x1b[2J", 100);
+  EXPECT_EQ(run({"clean", "--kind", "cargo", "--kind", "trash", "--dry-run"}), exitOK);
+  EXPECT_THAT(output, HasSubstr("Free 12.3 KB?\nMoves to the Trash:\n~/.cargo/registry/cache\n"));
+  EXPECT_THAT(output, HasSubstr("would delete permanently: " + (disk / "home/trash/old\\x1b[2J") + "\n" +
+                                "would move to the Trash: " + (disk / "home/.cargo/registry/cache") + "\n"));
+  EXPECT_EQ(disk.names("home/trash").size(), 1u);
+  EXPECT_THAT(disk.names("home/.cargo/registry"), ElementsAre("cache", "src"));
+}
+
+TEST_F(StorageCommandTests, onlyWhatWasNamedIsCleanedAndLogged) {
+  const auto id = disk / "home/.cargo/registry/src";
+  EXPECT_EQ(run({"clean", "--kind", "cargo", "--item", id, "--yes"}), exitOK);
+  EXPECT_EQ(output, "Moved 4.10 KB to the Trash. Empty the Trash to get the space back.\n");
+  EXPECT_THAT(disk.names("home/.cargo/registry"), ElementsAre("cache"));
+  EXPECT_EQ(run({"clean", "--kind", "trash", "--yes", "--json"}), exitOK);
+  EXPECT_EQ(parseJSON(output)->find("freed")->find("emptied")->asInt(), 4096);
+  EXPECT_EQ(run({"log", "--json"}), exitOK);
+  EXPECT_EQ(parseJSON(output)->find("freedTotal")->asInt(), 4096);
+  EXPECT_EQ(parseJSON(output)->find("entries")->asArray()->size(), 1u);
+  EXPECT_EQ(run({"log"}), exitOK);
+  EXPECT_THAT(output, HasSubstr("4.10 KB\n\nFreed with Korvell: 4.10 KB\n"));
+}
+
+TEST_F(StorageCommandTests, whatIsNotSureIsNotDone) {
+  const auto gone = disk / "home/.cargo/registry/gone";
+  const std::pair<std::vector<std::string>, const char*> rows[] = {
+      {{"clean", "--kind", "npm"}, "there is no terminal to ask on"},
+      {{"clean", "--kind", "npm", "--item", gone, "--yes"}, "there is no such item any more"},
+      {{"clean", "--kind", "npm", "--item", disk / "home/.cargo/registry/src", "--yes"},
+       "there is no such item"},
+      {{"clean", "--kind", "pip", "--yes"}, "nothing of that kind was found"},
+  };
+  for (const auto& [arguments, message] : rows) {
+    EXPECT_EQ(run(arguments), exitFailed) << message;
+    EXPECT_THAT(errors, HasSubstr(message));
+  }
+  EXPECT_EQ(run({"clean", "--yes"}), exitUsage) << "no kind";
+  EXPECT_TRUE(host.fileTree->info(disk / "home/.npm/_cacache"));
+  EXPECT_TRUE(StorageLog::entries(*host.defaults).empty());
+}
+
+TEST_F(StorageCommandTests, itemsToKeepMustBeNamed) {
+  host.system = SystemKind::macOS;
+  const std::string archives = "home/Library/Developer/Xcode/Archives/2024-01-01/";
+  disk.file(archives + "App.xcarchive/x", 100);
+  EXPECT_EQ(run({"clean", "--kind", "archives", "--yes"}), exitFailed);
+  EXPECT_THAT(errors, HasSubstr("must be named with --item"));
+  EXPECT_EQ(run({"clean", "--kind", "archives", "--item", disk / (archives + "App.xcarchive"), "--yes"}),
+            exitOK);
+  EXPECT_THAT(disk.names(archives), IsEmpty());
+}
+
+} // namespace
+} // namespace korvell

@@ -1,0 +1,136 @@
+// korvell storage clean: measures again, says what will happen, asks, does it and tells what it freed.
+
+#include "Base/Format.h"
+#include "Base/Text.h"
+#include "Core/Storage/PendingCleanup.h"
+#include "Core/Storage/StorageCleanup.h"
+#include "Core/Storage/StorageHost.h"
+#include "Core/Storage/StorageLog.h"
+#include "Tool/Confirmation.h"
+#include "Tool/StorageCommand.h"
+
+#include <algorithm>
+
+namespace korvell {
+namespace {
+
+/// The ids to clean: those that were named, or everything that need not be named.
+struct Picked {
+  std::vector<std::string> ids;
+  std::string refusal; ///< why nothing is done; empty when there is no reason
+};
+
+Picked pick(const StorageScanResult& result, const std::vector<std::string>& named) {
+  Picked picked;
+  std::vector<std::string> known;
+  for (const auto& category : result.categories)
+    for (const auto& item : category.items) {
+      known.push_back(item.id);
+      if (safety(category.kind) != StorageSafety::keep) picked.ids.push_back(item.id);
+    }
+  if (named.empty()) {
+    if (picked.ids.size() < known.size())
+      picked.refusal =
+          localized("items to keep unless you are sure must be named with --item; nothing was done");
+    return picked;
+  }
+  picked.ids = named;
+  for (const auto& id : named)
+    if (std::ranges::find(known, id) == known.end())
+      picked.refusal = localized("there is no such item any more: {id}; nothing was done", {{"id", id}});
+  return picked;
+}
+
+/// What a step does, one line for each thing that it touches.
+std::vector<std::string> preview(const CleanupPlan::Step& step, Host& host) {
+  std::vector<std::string> lines;
+  switch (step.action.type) {
+  case StorageAction::Type::trash:
+    for (const auto& item : step.items)
+      for (const auto& path : item.urls) lines.push_back(localized("move to the Trash: ") + path);
+    break;
+  case StorageAction::Type::emptyTrash:
+    for (const auto& folder : host.trash->folders())
+      for (const auto& entry : host.fileTree->list(folder.entries).entries)
+        lines.push_back(localized("delete permanently: ") + folder.entries + "/" + entry.name);
+    break;
+  case StorageAction::Type::command: {
+    auto line = localized("run: ") + step.action.path;
+    for (const auto& argument : step.action.arguments) line += " " + argument;
+    lines.push_back(line);
+  }
+  }
+  return lines;
+}
+
+std::vector<std::string> preview(const CleanupPlan& plan, Host& host) {
+  std::vector<std::string> lines;
+  for (const auto& step : plan.steps) std::ranges::move(preview(step, host), std::back_inserter(lines));
+  return lines;
+}
+
+Value describe(const PendingCleanup& pending, const std::vector<std::string>& steps) {
+  return Value::object({{"title", pending.title()},
+                        {"message", pending.message()},
+                        {"items", toValue(pending.items)},
+                        {"steps", toValue(steps)}});
+}
+
+int dryRun(Context& context, const Arguments& arguments, const PendingCleanup& pending,
+           const CleanupPlan& plan) {
+  const auto steps = preview(plan, context.host);
+  if (arguments.flag("--json")) {
+    auto value = describe(pending, steps);
+    value.set("dryRun", true);
+    printJSON(context.out, value);
+    return exitOK;
+  }
+  context.out.line(pending.title());
+  context.out.line(pending.message());
+  context.out.line();
+  for (const auto& step : steps) context.out.line(localized("would ") + escapedControls(step));
+  return exitOK;
+}
+
+int carryOut(Context& context, const Arguments& arguments, const PendingCleanup& pending,
+             const CleanupPlan& plan, const StorageWork& work) {
+  const auto steps = preview(plan, context.host);
+  const auto outcome = carryOut(plan, work);
+  const auto freed = freedBytes(plan, outcome);
+  StorageLog::record(freed.logged(), context.clock.now(), *context.host.defaults);
+  for (const auto& problem : outcome.problems) context.err.line("korvell: " + escapedControls(problem));
+  if (arguments.flag("--json")) {
+    auto value = describe(pending, steps);
+    value.set("dryRun", false);
+    value.set(
+        "freed",
+        Value::object({{"moved", freed.moved}, {"emptied", freed.emptied}, {"commands", freed.commands}}));
+    value.set("feedback", freed.feedback());
+    value.set("problems", toValue(outcome.problems));
+    printJSON(context.out, value);
+  } else {
+    context.out.line(freed.feedback());
+  }
+  return freed == FreedBytes{} ? exitFailed : exitOK;
+}
+
+} // namespace
+
+int runStorageClean(Context& context, const Arguments& arguments) {
+  const auto scan = makeStorageScan(context.host, context.clock);
+  const auto result = measureStorage(context, *scan, storageKinds(arguments));
+  const auto picked = pick(result, arguments.list("--item"));
+  if (!picked.refusal.empty()) return fail(context, escapedControls(picked.refusal));
+
+  const auto pending = PendingCleanup::of(result, picked.ids, scan->locations().home);
+  const auto plan = CleanupPlan::of(result, pending.items);
+  if (plan.empty()) return fail(context, localized("nothing of that kind was found"));
+  if (arguments.flag("--dry-run")) return dryRun(context, arguments, pending, plan);
+
+  std::string question = pending.title();
+  for (const auto line : split(pending.message(), '\n')) question += "\n" + escapedControls(line);
+  if (!confirmed(context, arguments, question)) return exitFailed;
+  return carryOut(context, arguments, pending, plan, storageWork(scan));
+}
+
+} // namespace korvell

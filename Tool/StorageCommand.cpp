@@ -1,0 +1,169 @@
+// korvell storage: what could be given back, and what was.
+
+#include "Tool/StorageCommand.h"
+
+#include "Base/Format.h"
+#include "Base/LocalTime.h"
+#include "Base/Text.h"
+#include "Core/Storage/StorageHost.h"
+#include "Core/Storage/StorageLog.h"
+#include "Tool/Commands.h"
+#include "Tool/Confirmation.h"
+#include "Tool/Progress.h"
+#include "Tool/Table.h"
+#include "Tool/Wrap.h"
+
+#include <algorithm>
+
+namespace korvell {
+
+Option storageKindOption(std::string help, bool required) {
+  Option option{"--kind", Option::Kind::list, std::move(help)};
+  for (const auto& row : allCases<StorageKind>()) option.choices.emplace_back(row.rawValue);
+  option.required = required;
+  return option;
+}
+
+std::vector<StorageKind> storageKinds(const Arguments& arguments) {
+  const auto asked = arguments.list("--kind");
+  std::vector<StorageKind> kinds;
+  for (const auto& row : allCases<StorageKind>())
+    if (asked.empty() || std::ranges::find(asked, row.rawValue) != asked.end()) kinds.push_back(row.value);
+  return kinds;
+}
+
+StorageScanResult measureStorage(Context& context, const StorageScan& scan,
+                                 const std::vector<StorageKind>& kinds) {
+  Progress progress(context.err, context.clock);
+  StorageScanResult result;
+  for (std::size_t i = 0; i < kinds.size(); ++i) {
+    progress.show(double(i) / double(kinds.size()), title(kinds[i]));
+    if (auto found = scan.scan(kinds[i])) result.categories.push_back(std::move(*found));
+  }
+  result.date = context.clock.now();
+  return result;
+}
+
+namespace {
+
+std::string sizeText(std::int64_t bytes) { return Format::bytes(double(bytes)); }
+
+Ink ink(StorageSafety safety) {
+  return safety == StorageSafety::safe    ? Ink::good
+         : safety == StorageSafety::check ? Ink::warning
+                                          : Ink::critical;
+}
+
+void printWrapped(Terminal& out, std::string_view text) {
+  for (const auto& line : wrapped(text, std::min(out.columns(), widestSummary)))
+    out.line(out.ink(Ink::dim, line));
+}
+
+void printNothing(Terminal& out) {
+  out.line(localized("Nothing to clean"));
+  out.line(localized("No build caches, package caches or old downloads worth removing."));
+}
+
+/// One row a kind, under its group; groups without findings are left out.
+void printCategories(Terminal& out, const StorageScanResult& result) {
+  Table table({{localized("Storage"), Column::Align::left, true, 20},
+               {localized("Size"), Column::Align::right},
+               {localized("Items"), Column::Align::right},
+               {localized("Kind")},
+               {localized("Safety"), Column::Align::left, true, 10}});
+  for (const auto& row : allCases<StorageGroup>()) {
+    bool first = true;
+    for (const auto& category : result.categories) {
+      if (group(category.kind) != row.value) continue;
+      if (std::exchange(first, false)) table.row({{title(row.value), Ink::bold}, "", "", "", ""});
+      const auto rating = safety(category.kind);
+      table.row({"  " + title(category.kind),
+                 sizeText(category.bytes),
+                 std::to_string(category.items.size()),
+                 {std::string(rawValue(category.kind)), Ink::dim},
+                 {label(rating), ink(rating)}});
+    }
+  }
+  table.print(out);
+  out.line();
+  for (const auto& category : result.categories)
+    if (category.note) printWrapped(out, title(category.kind) + ": " + *category.note);
+  out.line(localized("{size} can be freed.", {{"size", sizeText(result.reclaimableBytes())}}));
+}
+
+/// Every item on a line of its own that is never cut: its id is what `clean --item` takes.
+void printItems(Terminal& out, const StorageScanResult& result, const std::string& home) {
+  const SystemTimeZone zone;
+  constexpr std::size_t sizeWidth = 8;
+  for (const auto& category : result.categories) {
+    const auto rating = safety(category.kind);
+    if (&category != &result.categories.front()) out.line();
+    out.line(out.ink(Ink::bold, title(category.kind)) + "  " + sizeText(category.bytes) + "  " +
+             out.ink(ink(rating), label(rating)));
+    printWrapped(out, explanation(category.kind));
+    for (const auto& item : category.items) {
+      auto size = sizeText(item.bytes);
+      size.insert(0, sizeWidth - std::min(sizeWidth, size.size()), ' ');
+      const auto name = escapedControls(tildePath(item.id, home));
+      const auto detail = item.id.starts_with('/') ? "" : "  " + item.title + "  " + item.detail.value_or("");
+      const auto date = item.date ? "  " + dayText(localDay(zone, *item.date)) : "";
+      out.line("  " + size + "  " + name + out.ink(Ink::dim, detail + date));
+    }
+    if (category.note) printWrapped(out, *category.note);
+  }
+}
+
+int runStorage(Context& context, const Arguments& arguments) {
+  const auto scan = makeStorageScan(context.host, context.clock);
+  const auto result = measureStorage(context, *scan, storageKinds(arguments));
+  if (arguments.flag("--json"))
+    printJSON(context.out, toValue(result));
+  else if (result.categories.empty())
+    printNothing(context.out);
+  else if (arguments.flag("--items"))
+    printItems(context.out, result, scan->locations().home);
+  else
+    printCategories(context.out, result);
+  return exitOK;
+}
+
+int runLog(Context& context, const Arguments& arguments) {
+  const auto total = StorageLog::total(*context.host.defaults);
+  const auto entries = StorageLog::entries(*context.host.defaults);
+  if (arguments.flag("--json")) {
+    printJSON(context.out, Value::object({{"freedTotal", total}, {"entries", toValue(entries)}}));
+    return exitOK;
+  }
+  const SystemTimeZone zone;
+  Table table({{localized("Day")}, {localized("Freed"), Column::Align::right}});
+  for (const auto& entry : entries) table.row({dayText(localDay(zone, entry.date)), sizeText(entry.bytes)});
+  if (!table.empty()) {
+    table.print(context.out);
+    context.out.line();
+  }
+  context.out.line(localized("Freed with Korvell: {size}", {{"size", sizeText(total)}}));
+  return exitOK;
+}
+
+} // namespace
+
+Command storageCommand() {
+  return {
+      "storage",
+      "Show what could be freed on the disk, and free it",
+      {storageKindOption("Measure only this kind", false),
+       {"--items", Option::Kind::flag, "List the items of each kind"},
+       jsonOption()},
+      runStorage,
+      {{"clean",
+        "Free the space of whole kinds or of single items",
+        {storageKindOption("The kind to clean", true),
+         {"--item", Option::Kind::list, "Only this item: the path or the name that `storage --items` shows"},
+         {"--dry-run", Option::Kind::flag, "Show what would happen and change nothing"},
+         yesOption(),
+         jsonOption()},
+        runStorageClean},
+       {"log", "Show what was freed so far", {jsonOption()}, runLog}}};
+}
+
+} // namespace korvell

@@ -1,0 +1,22 @@
+#pragma once
+// What the subcommands of `korvell storage` share.
+
+#include "Core/Storage/StorageScan.h"
+#include "Tool/Command.h"
+
+#include <vector>
+
+namespace korvell {
+
+/// --kind with the raw values of all kinds.
+Option storageKindOption(std::string help, bool required);
+/// The kinds that were asked for, in their order and each once; all without any.
+std::vector<StorageKind> storageKinds(const Arguments& arguments);
+
+/// Measures the kinds with a progress bar on standard error.
+StorageScanResult measureStorage(Context& context, const StorageScan& scan,
+                                 const std::vector<StorageKind>& kinds);
+
+int runStorageClean(Context& context, const Arguments& arguments);
+
+} // namespace korvell
