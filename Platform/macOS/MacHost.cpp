@@ -7,6 +7,7 @@
 #include "Platform/macOS/MacMachineCounters.h"
 #include "Platform/macOS/MacProcessTable.h"
 #include "Platform/macOS/MacTrash.h"
+#include "Platform/macOS/MacUsageHelper.h"
 #include "Platform/macOS/SystemUserDefaults.h"
 
 #include <unistd.h>
@@ -27,6 +28,7 @@ Host makeHost(const Environment& environment) {
   host.processes = std::make_unique<MacProcessTable>(Shell::run);
   host.processControl = std::make_unique<MacProcessControl>();
   host.applications = std::make_unique<MacRunningApplications>();
+  host.usageHelper = std::make_unique<MacUsageHelper>();
   host.launchItems = std::make_unique<MacLaunchItems>(host.folders, Shell::run, getuid());
   host.bundleInfo = macBundleInfo;
   return host;

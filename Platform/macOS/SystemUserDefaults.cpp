@@ -3,6 +3,7 @@
 #include "Base/FileLock.h"
 #include "Base/UserFolders.h"
 #include "Base/macOS/CoreFoundation.h"
+#include "Platform/Formats/CodeRequirement.h"
 
 namespace korvell {
 

@@ -9,8 +9,6 @@
 
 namespace korvell {
 
-inline constexpr const char* applicationIdentifier = "com.korvell.Korvell";
-
 class SystemUserDefaults final : public UserDefaults {
 public:
   /// `lockFolder` is made, with mode 0700, when the first setting is stored.
