@@ -2,6 +2,7 @@
 
 #include "Base/Text.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -31,12 +32,17 @@ public:
     table_ = bigEndian(trailer + 24, 8);
     if (offsetSize_ < 1 || offsetSize_ > 8 || referenceSize_ < 1 || referenceSize_ > 8) return false;
     if (table_ > trailer || objects > (trailer - table_) / offsetSize_ || top >= objects) return false;
-    sizes_.assign(objects, unknown);
-    return unfolded(top, 0) <= mostUnfolded;
+    measures_.assign(objects, Measure{});
+    return unfolded(top, 0).size <= mostUnfolded;
   }
 
 private:
-  static constexpr std::uint64_t unknown = 0, underWay = UINT64_MAX, tooLarge = UINT64_MAX - 1;
+  struct Measure {
+    std::uint64_t size = 0; ///< once every reference is a copy
+    int height = 0;         ///< of containers in each other
+  };
+  static constexpr std::uint64_t unknown = 0, underWay = UINT64_MAX;
+  static constexpr Measure tooLarge{UINT64_MAX - 1, 0};
 
   std::uint8_t byte(std::uint64_t at) const { return static_cast<std::uint8_t>(bytes_[at]); }
   std::uint64_t bigEndian(std::uint64_t at, unsigned size) const {
@@ -46,40 +52,72 @@ private:
   }
   bool inside(std::uint64_t at, std::uint64_t size) const { return at <= table_ && size <= table_ - at; }
 
-  /// The size of an object with all that it refers to; tooLarge for a circle and for what is malformed.
-  std::uint64_t unfolded(std::uint64_t object, int depth) {
-    if (object >= sizes_.size() || depth > deepest) return tooLarge;
-    auto& size = sizes_[object];
-    if (size == underWay) return tooLarge;
-    if (size == unknown) {
-      size = underWay;
-      size = measure(bigEndian(table_ + object * offsetSize_, offsetSize_), depth);
+  /// Measures an object with all that it refers to; too large for a circle and for what is malformed.
+  Measure unfolded(std::uint64_t object, int depth) {
+    if (object >= measures_.size() || depth > deepest) return tooLarge;
+    auto& known = measures_[object];
+    if (known.size == underWay) return tooLarge;
+    if (known.size == unknown) {
+      known.size = underWay;
+      known = measure(offsetOf(object), depth);
     }
-    return size;
+    // It may have been measured where it stood less deep.
+    return depth + known.height <= deepest ? known : tooLarge;
   }
 
-  std::uint64_t measure(std::uint64_t at, int depth) {
-    constexpr std::uint64_t overhead = 16;
-    if (!inside(at, 1)) return tooLarge;
-    const unsigned kind = byte(at) >> 4;
-    std::uint64_t count = byte(at++) & 0x0F;
-    if (kind >= 4 && kind != 8 && count == 0x0F) { // the count is an object of its own
-      if (!inside(at, 1) || byte(at) >> 4 != 1 || (byte(at) & 0x0F) > 3) return tooLarge;
-      const unsigned width = 1u << (byte(at++) & 0x0F);
-      if (!inside(at, width)) return tooLarge;
-      count = bigEndian(at, width);
-      at += width;
+  std::uint64_t offsetOf(std::uint64_t object) const {
+    return bigEndian(table_ + object * offsetSize_, offsetSize_);
+  }
+
+  /// Where an object's content is; nothing when it is not inside the file.
+  struct Header {
+    unsigned kind = 0;
+    std::uint64_t count = 0;
+    std::uint64_t content = 0;
+  };
+  std::optional<Header> header(std::uint64_t at) const {
+    if (!inside(at, 1)) return std::nullopt;
+    Header header{unsigned(byte(at) >> 4), byte(at) & 0x0Fu, at + 1};
+    if (header.kind >= 4 && header.kind != 8 && header.count == 0x0F) { // the count is an object of its own
+      at = header.content;
+      if (!inside(at, 1) || byte(at) >> 4 != 1 || (byte(at) & 0x0F) > 3) return std::nullopt;
+      const unsigned width = 1u << (byte(at) & 0x0F);
+      if (!inside(at + 1, width)) return std::nullopt;
+      header.count = bigEndian(at + 1, width);
+      header.content = at + 1 + width;
     }
-    if (count > bytes_.size()) return tooLarge;
+    if (header.count > bytes_.size()) return std::nullopt;
+    return header;
+  }
+
+  /// A text without NUL. A parser of ours gives up with an assertion on other names.
+  bool isName(std::uint64_t object) const {
+    const auto text = object < measures_.size() ? header(offsetOf(object)) : std::nullopt;
+    if (!text || (text->kind != 5 && text->kind != 6)) return false;
+    const unsigned width = text->kind - 4; // bytes a character
+    if (!inside(text->content, text->count * width)) return false;
+    for (std::uint64_t i = 0; i < text->count; ++i)
+      if (bigEndian(text->content + i * width, width) == 0) return false;
+    return true;
+  }
+
+  Measure measure(std::uint64_t at, int depth) {
+    constexpr std::uint64_t overhead = 16;
+    const auto object = header(at);
+    if (!object) return tooLarge;
+    const auto [kind, count, content] = *object;
     const bool container = kind == 0xA || kind == 0xC || kind == 0xD;
-    if (!container) return overhead + 2 * count;
+    if (!container) return {overhead + 2 * count, 0};
 
     const auto references = kind == 0xD ? 2 * count : count;
-    if (!inside(at, references * referenceSize_)) return tooLarge;
-    std::uint64_t sum = overhead;
+    if (!inside(content, references * referenceSize_)) return tooLarge;
+    Measure sum{overhead, 0};
     for (std::uint64_t i = 0; i < references; ++i) {
-      const auto part = unfolded(bigEndian(at + i * referenceSize_, referenceSize_), depth + 1);
-      if (part > mostUnfolded || (sum += part) > mostUnfolded) return tooLarge;
+      const auto part = bigEndian(content + i * referenceSize_, referenceSize_);
+      if (kind == 0xD && i < count && !isName(part)) return tooLarge;
+      const auto one = unfolded(part, depth + 1);
+      if (one.size > mostUnfolded || (sum.size += one.size) > mostUnfolded) return tooLarge;
+      sum.height = std::max(sum.height, one.height + 1);
     }
     return sum;
   }
@@ -87,8 +125,20 @@ private:
   const std::string_view bytes_;
   unsigned offsetSize_ = 0, referenceSize_ = 0;
   std::uint64_t table_ = 0;
-  std::vector<std::uint64_t> sizes_; ///< by object
+  std::vector<Measure> measures_; ///< by object
 };
+
+/// A character NUL, as it is or as a reference; in a name it makes a parser give up with an assertion.
+bool holdsNUL(std::string_view text) {
+  if (text.find('\0') != std::string_view::npos) return true;
+  for (auto at = text.find("&#"); at != std::string_view::npos; at = text.find("&#", at + 2)) {
+    auto digits = text.substr(at + 2);
+    if (digits.starts_with('x') || digits.starts_with('X')) digits.remove_prefix(1);
+    const auto end = digits.find_first_not_of('0');
+    if (end == std::string_view::npos || digits[end] == ';') return true;
+  }
+  return false;
+}
 
 /// Comments and quoted markup count too: an upper bound of the depth is enough.
 std::size_t containersOfXML(std::string_view text) {
@@ -108,7 +158,8 @@ std::optional<PropertyListForm> tamePropertyListForm(std::string_view bytes) {
     return PropertyListForm::binary;
   }
   if (bytes.starts_with(byteOrderMark)) bytes.remove_prefix(byteOrderMark.size());
-  if (!trimmed(bytes).starts_with('<') || containersOfXML(bytes) > mostContainers) return std::nullopt;
+  if (!trimmed(bytes).starts_with('<') || holdsNUL(bytes)) return std::nullopt;
+  if (containersOfXML(bytes) > mostContainers) return std::nullopt;
   return PropertyListForm::xml;
 }
 

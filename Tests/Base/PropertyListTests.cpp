@@ -94,6 +94,24 @@ TEST(PropertyList, acceptsAndRefuses) {
       {"no objects", binary({}), std::nullopt},
       {"a reference to nowhere", binary({array({7})}), std::nullopt},
       {"a circle", binary({array({1}), array({0})}), std::nullopt},
+      {"a name that is a number", binary({std::string("\xD1\0\1\0\1", 5), one}), std::nullopt},
+      {"a name with NUL",
+       binary({std::string("\xD1\0\1\0\2", 5),
+               std::string("\x52"
+                           "a\0",
+                           3),
+               one}),
+       std::nullopt},
+      {"a wide name with NUL", binary({std::string("\xD1\0\1\0\2", 5), std::string("\x61\0\0", 3), one}),
+       std::nullopt},
+      {"a name",
+       binary({std::string("\xD1\0\1\0\2", 5),
+               std::string("\x51"
+                           "a",
+                           2),
+               one}),
+       Value::object({{"a", 1}})},
+      {"a reference to NUL", inPlist("<dict><key>a&#x00;b</key><true/></dict>"), std::nullopt},
       {"itself", binary({array({0})}), std::nullopt},
       {"an array longer than the file", binary({std::string("\xAF\x13\x7F\xFF\xFF\xFF\xFF\xFF\xFF\xFF", 10)}),
        std::nullopt},
@@ -124,6 +142,10 @@ TEST(PropertyList, everyTruncationIsRefusedOrRead) {
 TEST(PropertyList, documentsThatWouldExhaustTheMachineAreRefused) {
   EXPECT_TRUE(parsePropertyList(nested(500, 1)));
   EXPECT_FALSE(parsePropertyList(nested(600, 1)));
+  // Each row of arrays ends in the head of the one before it, which was looked at before.
+  std::vector<std::string> rows{array({1, 301, 601})};
+  for (int i = 1; i <= 900; ++i) rows.push_back(i == 300 ? one : array({i % 300 == 0 ? i - 599 : i + 1}));
+  EXPECT_FALSE(parsePropertyList(binary(rows)));
   EXPECT_TRUE(parsePropertyList(nested(10, 2))) << "unfolds to a thousand";
   EXPECT_FALSE(parsePropertyList(nested(40, 2))) << "would unfold to a million million";
   const auto deep = [](int levels) {
