@@ -66,7 +66,8 @@ int main() {
     if (!requirement) return EXIT_FAILURE;
     lastRequest = now();
     static UsageExport* const usage = [[UsageExport alloc] init];
-    static NSXPCListener* const listener = [[NSXPCListener alloc] initWithMachServiceName:@(helperIdentifier)];
+    static NSXPCListener* const listener =
+        [[NSXPCListener alloc] initWithMachServiceName:@(helperIdentifier)];
     [listener setConnectionCodeSigningRequirement:@(requirement->c_str())];
     listener.delegate = usage;
     [listener resume];
