@@ -12,7 +12,7 @@ namespace korvell {
 
 SignalOutcome LinuxProcessControl::send(ProcessID pid, std::uint64_t start, ProcessSignal signal) {
   if (pid < 2) return SignalOutcome::denied; // 0 and less mean groups of processes, 1 keeps the machine up
-  const FileDescriptor process(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
+  const Descriptor process(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
   if (!process) return errno == ESRCH ? SignalOutcome::gone : SignalOutcome::denied;
   ProcDirectory proc(proc_);
   const auto stat = parseProcessStat(proc.read(pid, "stat").text);

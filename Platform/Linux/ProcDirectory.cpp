@@ -58,15 +58,6 @@ std::optional<int> positiveNumber(const char* name) {
 
 } // namespace
 
-FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
-  std::swap(fd_, other.fd_);
-  return *this;
-}
-
-FileDescriptor::~FileDescriptor() {
-  if (fd_ >= 0) close(fd_);
-}
-
 ProcDirectory::ProcDirectory(std::string root)
     : root_(open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)), buffer_(bufferSize) {}
 
@@ -87,7 +78,7 @@ ProcDirectory::File ProcDirectory::read(ProcessID pid, const char* name) { retur
 ProcDirectory::File ProcDirectory::read(const char* name) { return readPath(name); }
 
 ProcDirectory::File ProcDirectory::readPath(const char* path) {
-  const FileDescriptor file(openat(root_.get(), path, O_RDONLY | O_CLOEXEC));
+  const Descriptor file(openat(root_.get(), path, O_RDONLY | O_CLOEXEC));
   if (!file) return {accessOf(errno), {}};
   std::size_t size = 0;
   for (;;) {
@@ -112,7 +103,7 @@ ProcDirectory::File ProcDirectory::readLink(ProcessID pid, const char* name) {
 
 ProcDirectory::Access ProcDirectory::numbers(ProcessID pid, const char* name, std::vector<int>& into) {
   into.clear();
-  const FileDescriptor folder(openat(root_.get(), Path(pid, name), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const Descriptor folder(openat(root_.get(), Path(pid, name), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder) return accessOf(errno);
   const bool whole = forEachEntry(folder.get(), buffer_, [&](const char* entry, std::uint64_t) {
     if (const auto number = positiveNumber(entry)) into.push_back(*number);

@@ -4,6 +4,7 @@
 //
 // What the reading functions return points into that buffer and stands until the next call.
 
+#include "Base/Descriptor.h"
 #include "Platform/ProcessTable.h"
 
 #include <cstdint>
@@ -13,20 +14,6 @@
 #include <vector>
 
 namespace korvell {
-
-class FileDescriptor {
-public:
-  FileDescriptor() = default;
-  explicit FileDescriptor(int fd) : fd_(fd) {}
-  FileDescriptor(FileDescriptor&& other) noexcept : fd_(other.fd_) { other.fd_ = -1; }
-  FileDescriptor& operator=(FileDescriptor&& other) noexcept;
-  ~FileDescriptor();
-  int get() const { return fd_; }
-  explicit operator bool() const { return fd_ >= 0; }
-
-private:
-  int fd_ = -1;
-};
 
 class ProcDirectory {
 public:
@@ -60,7 +47,7 @@ public:
 private:
   File readPath(const char* path);
 
-  FileDescriptor root_;
+  Descriptor root_;
   std::vector<Entry> entries_;
   std::vector<char> buffer_;
 };

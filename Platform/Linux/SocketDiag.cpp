@@ -1,6 +1,8 @@
 #include "Platform/Linux/SocketDiag.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
+#include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <linux/inet_diag.h>
@@ -8,6 +10,7 @@
 #include <linux/rtnetlink.h>
 #include <linux/sock_diag.h>
 #include <linux/tcp.h>
+#include <optional>
 #include <sys/socket.h>
 #include <unistd.h>
 

@@ -5,7 +5,7 @@
 // One walk over the kernel's table lists both address families, through the request that predates
 // sock_diag's own: 0.15 ms with 262,144 hash buckets where one request a family takes 0.4 ms.
 
-#include "Platform/Linux/ProcDirectory.h"
+#include "Base/Descriptor.h"
 
 #include <array>
 #include <cstdint>
@@ -48,8 +48,8 @@ public:
 private:
   bool request(int family, std::vector<SocketRecord>& into);
 
-  FileDescriptor queries_;
-  FileDescriptor closings_;
+  Descriptor queries_;
+  Descriptor closings_;
   bool oneWalk_ = true;
   std::vector<std::uint8_t> buffer_;
 };

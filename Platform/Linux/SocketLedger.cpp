@@ -1,6 +1,6 @@
 #include "Platform/Linux/SocketLedger.h"
 
-#include "Base/Hash.h"
+#include "Base/Record.h"
 
 #include <algorithm>
 
@@ -8,8 +8,10 @@ namespace korvell {
 
 namespace {
 
-/// Cycles for which a socket without a holder is left alone: 30 s at the fast pace.
-constexpr std::uint32_t patience = 15;
+/// Cycles for which a socket without a holder is left alone, doubled each time: another container's or the
+/// kernel's own will never be found.
+constexpr std::uint32_t firstPatience = 15;
+constexpr std::uint32_t longestPatience = 960;
 /// Cycles that a socket is remembered after it was last listed: its final counters come from a work queue of
 /// the kernel, and not at all when there were too many at once.
 constexpr std::uint32_t lastWords = 2;
@@ -90,7 +92,11 @@ void SocketLedger::assign(std::uint32_t inode, ProcessID pid) {
 }
 
 void SocketLedger::giveUp() {
-  for (const auto& [inode, cookie] : wanted_) sockets_.at(cookie).lookAgain = cycle_ + patience;
+  for (const auto& [inode, cookie] : wanted_) {
+    auto& socket = sockets_.at(cookie);
+    socket.patience = std::clamp(socket.patience * 2, firstPatience, longestPatience);
+    socket.lookAgain = cycle_ + socket.patience;
+  }
   wanted_.clear();
 }
 

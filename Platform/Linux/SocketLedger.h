@@ -8,6 +8,7 @@
 // connection of the same user to the same remote port before, and else nobody's.
 
 #include "Platform/Linux/SocketDiag.h"
+#include "Platform/ProcessTable.h"
 
 #include <cstdint>
 #include <span>
@@ -40,6 +41,7 @@ private:
     ByteCounters credited; ///< what has been counted to a holder, or lies before the first look
     std::uint32_t cycle = 0;
     std::uint32_t lookAgain = 0; ///< cycle from which on it is wanted again
+    std::uint32_t patience = 0;  ///< cycles that it was last left alone for
   };
   struct Peer {
     std::uint32_t user = 0;
