@@ -5,6 +5,8 @@
 #include "Platform/Linux/LinuxFileTree.h"
 #include "Platform/Linux/LinuxLaunchItems.h"
 #include "Platform/Linux/LinuxMachineCounters.h"
+#include "Platform/Linux/LinuxProcessControl.h"
+#include "Platform/Linux/LinuxProcessTable.h"
 #include "Platform/Linux/LinuxTrash.h"
 #include "Platform/Linux/LinuxUsageHelper.h"
 #include "Platform/Linux/SettingsFile.h"
@@ -23,6 +25,9 @@ Host makeHost(const Environment& environment) {
   host.fileTree = std::make_unique<LinuxFileTree>();
   host.trash = std::make_unique<LinuxTrash>(host.folders.dataHome, getuid(), clock, zone);
   host.machine = std::make_unique<LinuxMachineCounters>();
+  host.processes = std::make_unique<LinuxProcessTable>(LinuxProcessTable::systemSources());
+  host.processControl = std::make_unique<LinuxProcessControl>();
+  host.applications = std::make_unique<NoRunningApplications>();
   host.launchItems = std::make_unique<LinuxLaunchItems>(host.folders, Shell::run);
   host.usageHelper = std::make_unique<LinuxUsageHelper>(LinuxUsageHelper::systemSources(environment));
   host.diagnostics = std::make_unique<LinuxDiagnostics>(clock);
