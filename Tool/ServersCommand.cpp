@@ -9,6 +9,7 @@
 #include "Tool/HeadlessLoop.h"
 #include "Tool/Measure.h"
 #include "Tool/Table.h"
+#include "Tool/Wrap.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -49,13 +50,17 @@ std::string folderText(const std::string& folder, const std::string& home) {
   return folder.starts_with(home + "/") ? "~" + folder.substr(home.size()) : folder;
 }
 
+void printHint(Context& context, std::string_view text) {
+  for (const auto& line : wrapped(text, context.out.columns()))
+    context.out.line(context.out.ink(Ink::dim, line));
+}
+
 void printServers(Context& context, const Found& found) {
   if (found.projects.empty()) {
     context.out.line(localized("No dev servers running"));
-    context.out.line(context.out.ink(
-        Ink::dim,
-        localized("Anything you start from a project folder that listens on a port shows up here, grouped "
-                  "by project.")));
+    printHint(context,
+              localized("Anything you start from a project folder that listens on a port shows up here, "
+                        "grouped by project."));
     return;
   }
   using Align = Column::Align;
@@ -87,7 +92,7 @@ void printServers(Context& context, const Found& found) {
       table.row(std::move(cells));
     }
   table.print(context.out);
-  if (!found.fromKeeper) context.out.line(context.out.ink(Ink::dim, needsKeeper()));
+  if (!found.fromKeeper) printHint(context, needsKeeper());
 }
 
 int listServers(Context& context, const Arguments& arguments) {
