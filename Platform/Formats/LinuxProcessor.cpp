@@ -52,14 +52,14 @@ std::string parseCPUModel(std::string_view cpuinfo) {
 }
 
 std::vector<int> parseCPUList(std::string_view text) {
-  constexpr int mostCPUs = 1 << 16;
+  constexpr std::size_t mostCPUs = 1 << 16;
   std::vector<int> numbers;
   for (const auto range : split(trimmed(text), ',')) {
     const auto dash = range.find('-');
     const auto first = parseInteger<int>(range.substr(0, dash));
     const auto last = dash == std::string_view::npos ? first : parseInteger<int>(range.substr(dash + 1));
-    if (!first || !last || *first < 0 || *last >= mostCPUs) continue;
-    for (int n = *first; n <= *last; ++n) numbers.push_back(n);
+    if (!first || !last || *first < 0 || *last >= int(mostCPUs)) continue;
+    for (int n = *first; n <= *last && numbers.size() < mostCPUs; ++n) numbers.push_back(n);
   }
   return numbers;
 }

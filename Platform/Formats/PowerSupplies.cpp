@@ -118,7 +118,7 @@ std::optional<BatteryReading> combinedBattery(const std::vector<PowerSupply>& su
   if (packs.count == 1 && packs.capacity > 0)
     reading.percent = packs.capacity;
   else if (reading.fullCapacity > 0)
-    reading.percent = int(std::lround(packs.now / reading.fullCapacity * 100));
+    reading.percent = int(std::lround(std::clamp(packs.now / reading.fullCapacity, 0.0, 1.0) * 100));
   if (!onPower && packs.watts > 0) {
     reading.systemWatts = packs.watts;
     reading.minutesRemaining = int(std::min(packs.now / packs.watts * 60, 65535.0));
