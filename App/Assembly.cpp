@@ -1,10 +1,44 @@
 #include "App/Assembly.h"
 
 #include "Base/SystemQueue.h"
+#include "Core/Machine/LinuxOwners.h"
+#include "Core/Machine/MacOwners.h"
 
 #include <filesystem>
 
 namespace korvell {
+
+namespace {
+
+/// What the helper may cost one cycle, and its connection the start.
+constexpr Seconds helperTimeLimit{0.1};
+constexpr Seconds helperStart{1};
+
+std::unique_ptr<OwnerRules> ownerRules(Host& host) {
+  if (host.system == SystemKind::macOS) return std::make_unique<MacOwners>(host.bundleInfo);
+  if (!host.desktopFiles) return nullptr;
+  return std::make_unique<LinuxOwners>(*host.desktopFiles, host.locale, host.user);
+}
+
+} // namespace
+
+Assembly::Assembly(Host& host, const Clock& clock) : host_(host), clock_(clock), owners_(ownerRules(host)) {
+  if (host.usageHelper) helper_ = std::make_unique<PrivilegedHelper>(*host.usageHelper, clock);
+}
+
+std::unique_ptr<ProcessSampler> Assembly::makeProcessSampler() {
+  if (!host_.processes || !host_.applications || !owners_) return nullptr;
+  PrivilegedRusage privileged;
+  if (helper_) {
+    helper_->prepare(helperStart);
+    privileged = [this](const std::vector<ProcessID>& pids) {
+      return helper_->rusage(pids, helperTimeLimit);
+    };
+  }
+  return std::make_unique<ProcessSampler>(
+      ProcessSampler::Services{*host_.processes, *host_.applications, *owners_, clock_},
+      host_.machine->facts().logicalProcessors, std::move(privileged));
+}
 
 std::unique_ptr<DevServerScanner> Assembly::makeDevServerScanner() const {
   // Working directories are told without links, so the home folder is compared without them too.
@@ -21,6 +55,7 @@ std::unique_ptr<DevServerScanner> Assembly::makeDevServerScanner() const {
 
 std::unique_ptr<Sampler> Assembly::makeSampler(HistoryStore* history) {
   Sampler::Subjects subjects;
+  subjects.processes = makeProcessSampler();
   if (host_.processes) subjects.devServers = makeDevServerScanner();
   subjects.history = history;
   subjects.zone = &zone_;

@@ -4,6 +4,8 @@
 
 #include "Base/LocalTime.h"
 #include "Core/Loop/Sampler.h"
+#include "Core/Machine/Owners.h"
+#include "Core/Machine/PrivilegedHelper.h"
 #include "Platform/Host.h"
 
 #include <memory>
@@ -12,7 +14,7 @@ namespace korvell {
 
 class Assembly {
 public:
-  Assembly(Host& host, const Clock& clock) : host_(host), clock_(clock) {}
+  Assembly(Host& host, const Clock& clock);
 
   /// A sampler on a queue of its own. Without a history nothing is recorded. One at a time.
   std::unique_ptr<Sampler> makeSampler(HistoryStore* history);
@@ -20,10 +22,13 @@ public:
 
 private:
   std::unique_ptr<DevServerScanner> makeDevServerScanner() const;
+  std::unique_ptr<ProcessSampler> makeProcessSampler();
 
   Host& host_;
   const Clock& clock_;
   SystemTimeZone zone_;
+  std::unique_ptr<OwnerRules> owners_;       ///< this system's
+  std::unique_ptr<PrivilegedHelper> helper_; ///< null where there is none
 };
 
 } // namespace korvell

@@ -4,6 +4,7 @@
 
 #include "Base/Localization.h"
 #include "Base/UserFolders.h"
+#include "Platform/DesktopFiles.h"
 #include "Platform/Diagnostics.h"
 #include "Platform/FileTree.h"
 #include "Platform/LaunchItems.h"
@@ -13,8 +14,10 @@
 #include "Platform/UsageHelper.h"
 #include "Platform/UserDefaults.h"
 
+#include <cstdint>
 #include <memory>
 #include <span>
+#include <string>
 
 namespace korvell {
 
@@ -24,6 +27,8 @@ enum class SystemKind { linuxDesktop, macOS };
 struct Host {
   SystemKind system = SystemKind::linuxDesktop;
   UserFolders folders;
+  std::uint32_t user = 0;               ///< effective user id
+  std::string locale;                   ///< of texts, "de_DE.UTF-8"; empty for the English ones
   std::span<const LocalizedText> words; ///< the system's own words for localized()
   std::unique_ptr<UserDefaults> defaults;
   std::unique_ptr<FileTree> fileTree;
@@ -35,7 +40,8 @@ struct Host {
   std::unique_ptr<RunningApplications> applications;
   std::unique_ptr<UsageHelperService> usageHelper;
   std::unique_ptr<LaunchItems> launchItems;
-  BundleInfo bundleInfo; ///< empty where applications are no bundles
+  std::unique_ptr<DesktopFiles> desktopFiles; ///< null where applications are bundles
+  BundleInfo bundleInfo;                      ///< empty where applications are no bundles
 };
 
 Host makeHost(const Environment& environment);

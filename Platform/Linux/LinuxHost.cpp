@@ -1,6 +1,7 @@
 #include "Base/Shell.h"
 #include "Platform/Formats/LinuxWords.h"
 #include "Platform/Host.h"
+#include "Platform/Linux/DesktopFolders.h"
 #include "Platform/Linux/LinuxDiagnostics.h"
 #include "Platform/Linux/LinuxFileTree.h"
 #include "Platform/Linux/LinuxLaunchItems.h"
@@ -20,6 +21,9 @@ Host makeHost(const Environment& environment) {
   static const SystemTimeZone zone;
   Host host;
   host.folders = linuxUserFolders(environment);
+  host.user = geteuid();
+  for (const auto* variable : {"LC_ALL", "LC_MESSAGES", "LANG"})
+    if (host.locale.empty()) host.locale = environment(variable).value_or("");
   host.words = linuxWords();
   host.defaults = std::make_unique<SettingsFile>(host.folders.config, clock);
   host.fileTree = std::make_unique<LinuxFileTree>();
@@ -28,6 +32,7 @@ Host makeHost(const Environment& environment) {
   host.processes = std::make_unique<LinuxProcessTable>(LinuxProcessTable::systemSources());
   host.processControl = std::make_unique<LinuxProcessControl>();
   host.applications = std::make_unique<NoRunningApplications>();
+  host.desktopFiles = std::make_unique<DesktopFolders>(DesktopFolders::of(host.folders, environment));
   host.launchItems = std::make_unique<LinuxLaunchItems>(host.folders, Shell::run);
   host.usageHelper = std::make_unique<LinuxUsageHelper>(LinuxUsageHelper::systemSources(environment));
   host.diagnostics = std::make_unique<LinuxDiagnostics>(clock);
