@@ -1,0 +1,224 @@
+#include "Core/Machine/LinuxOwners.h"
+
+#include <gtest/gtest.h>
+#include <map>
+#include <set>
+
+namespace korvell {
+namespace {
+
+class FakeDesktopFiles final : public DesktopFiles {
+public:
+  std::vector<DesktopFile> files;
+  std::map<std::string, std::string> programs; ///< as named, to where it really is
+  std::uint64_t version = 1;
+
+  std::uint64_t stamp() override { return version; }
+  std::vector<DesktopFile> read() override { return files; }
+  std::optional<std::string> realProgram(const std::string& program) override {
+    const auto found = programs.find(program);
+    return found == programs.end() ? std::nullopt : std::optional(found->second);
+  }
+  void add(const std::string& id, const std::string& keys) {
+    files.push_back(
+        {id, "/usr/share/applications/" + id + ".desktop", "[Desktop Entry]\nType=Application\n" + keys});
+    ++version;
+  }
+};
+
+class FakeLookup final : public ProcessLookup {
+public:
+  std::map<ProcessID, std::pair<ProcessID, ProcessFacts>> processes;
+  ProcessID parent(ProcessID pid) const override {
+    const auto found = processes.find(pid);
+    return found == processes.end() ? 0 : found->second.first;
+  }
+  const ProcessFacts* facts(ProcessID pid) override {
+    const auto found = processes.find(pid);
+    return found == processes.end() ? nullptr : &found->second.second;
+  }
+};
+
+TEST(LinuxOwnersTests, controlGroupsTellWhoseTheyAre) {
+  using Kind = ControlGroupOwner::Kind;
+  const std::string user = "/user.slice/user-1000.slice/user@1000.service/";
+  const std::string hex(64, 'a');
+  struct Row {
+    std::string path;
+    std::optional<ControlGroupOwner> owner;
+  };
+  const Row rows[] = {
+      {user + "app.slice/app-gnome-visual\\x2dstudio\\x2dcode-31337.scope",
+       {{Kind::application, "visual-studio-code"}}},
+      {user + "app.slice/app-org.gnome.Terminal.slice/vte-spawn-0b6a.scope",
+       {{Kind::application, "org.gnome.Terminal"}}},
+      {user + "app.slice/app-flatpak-org.gimp.GIMP-5151.scope", {{Kind::application, "org.gimp.GIMP"}}},
+      {user + "app.slice/flatpak-org.gimp.GIMP-5151.scope", {{Kind::application, "org.gimp.GIMP"}}},
+      {user + "app.slice/app-org.kde.kate@0a1b.service", {{Kind::application, "org.kde.kate"}}},
+      {user + "app.slice/snap.spotify.spotify-6a1d.scope", {{Kind::snap, "spotify"}}},
+      {"/system.slice/snap.lxd.daemon.service", {{Kind::snap, "lxd"}}},
+      {"/system.slice/docker-" + hex + ".scope", {{Kind::container, hex}}},
+      {"/docker/" + hex, {{Kind::container, hex}}},
+      {"/kubepods.slice/cri-containerd-" + hex + ".scope", {{Kind::container, hex}}},
+      {user + "user.slice/libpod-" + hex + ".scope/container", {{Kind::container, hex}}},
+      {"/system.slice/postgresql.service", {{Kind::system, ""}}},
+      {"/init.scope", {{Kind::system, ""}}},
+      {user + "init.scope", {{Kind::system, ""}}},
+      {user + "session.slice/org.gnome.Shell@wayland.service", {{Kind::system, ""}}},
+      {user + "background.slice/tracker-miner-fs-3.service", {{Kind::system, ""}}},
+      {user + "app.slice/syncthing.service", {{Kind::unit, "syncthing.service"}}},
+      {"/user.slice/user-1000.slice/session-3.scope", std::nullopt},
+      {user + "app.slice", std::nullopt},
+      {"/system.slice/docker-nothex.scope", {{Kind::system, ""}}},
+      {"/app-.scope", std::nullopt},
+      {"/", std::nullopt},
+      {"", std::nullopt},
+  };
+  for (const auto& row : rows) EXPECT_EQ(controlGroupOwner(row.path), row.owner) << row.path;
+  EXPECT_EQ(unitNameUnescaped("a\\x2db\\x2"), "a-b\\x2");
+}
+
+TEST(LinuxOwnersTests, anEntryIsFoundByItsProgramOrItsFolder) {
+  struct Row {
+    const char* program;
+    std::optional<std::string> folder;
+  };
+  const Row rows[] = {{"/usr/lib/firefox-esr/firefox-esr", "/usr/lib/firefox-esr"},
+                      {"/opt/app/bin/app", "/opt/app"},
+                      {"/home/me/apps/tool/run", "/home/me/apps/tool"},
+                      {"/home/me/run", std::nullopt},
+                      {"/usr/bin/gimp", std::nullopt},
+                      {"/usr/local/bin/tool", std::nullopt},
+                      {"/opt/run", std::nullopt},
+                      {"/usr/lib/x86_64-linux-gnu/run", std::nullopt},
+                      {"run", std::nullopt}};
+  for (const auto& row : rows) EXPECT_EQ(installFolder(row.program), row.folder) << row.program;
+}
+
+struct LinuxOwnersRules : testing::Test {
+  FakeDesktopFiles files;
+  FakeLookup lookup;
+  std::optional<LinuxOwners> owners;
+
+  void SetUp() override {
+    files.programs = {{"firefox-esr", "/usr/lib/firefox-esr/firefox-esr"},
+                      {"/usr/bin/python3", "/usr/bin/python3.11"},
+                      {"/usr/bin/xfce4-terminal", "/usr/bin/xfce4-terminal"},
+                      {"my tool", "/opt/my tool/bin/my tool"},
+                      {"htop", "/usr/bin/htop"}};
+    files.add("firefox-esr", "Name=Firefox\nName[de]=Feuerfuchs\nExec=env MOZ=1 firefox-esr %u\n");
+    files.add("script", "Name=Script\nExec=/usr/bin/python3 /usr/share/script.py\n");
+    files.add("terminal", "Name=Terminal\nExec=/usr/bin/xfce4-terminal\n");
+    files.add("quoted", "Name=My Tool\nExec=\"my tool\" --flag\n");
+    files.add("htop", "Name=Htop\nExec=htop\nTerminal=true\n");
+    files.add("gone", "Name=Gone\nExec=gone\n");
+    files.add("spotify_spotify", "Name=Spotify\nExec=/snap/bin/spotify\n");
+    files.files.push_back({"link", "/x/link.desktop", "[Desktop Entry]\nType=Link\nName=Link\nExec=htop\n"});
+    owners.emplace(files, "de_AT.UTF-8", 1000);
+    owners->beginCycle();
+  }
+  OwnerDecision decide(ProcessFacts facts, ProcessID pid = 500) {
+    if (facts.name.empty()) facts.name = "name";
+    return owners->owner(pid, facts, lookup);
+  }
+};
+
+TEST_F(LinuxOwnersRules, theFirstRuleThatAnswersDecides) {
+  const std::string entries = "/usr/share/applications/";
+  const std::string app = "/user.slice/user-1000.slice/user@1000.service/app.slice/";
+  struct Row {
+    ProcessFacts facts;
+    std::string key, name, rule;
+  };
+  const Row rows[] = {
+      {{.path = "/usr/lib/firefox-esr/firefox-esr", .user = 0, .kernelThread = true},
+       "system",
+       "Linux",
+       "kernel thread"},
+      {{.path = "/usr/lib/firefox-esr/firefox-esr", .user = 33}, "system", "Linux", "system user"},
+      {{.path = "/bin/x", .user = 1000, .controlGroup = app + "app-FIREFOX\\x2desr-1.scope"},
+       entries + "firefox-esr.desktop",
+       "Feuerfuchs",
+       "control group of an application"},
+      {{.user = 1000, .controlGroup = app + "app-unknown-1.scope"},
+       "proc:unknown",
+       "unknown",
+       "control group of an application"},
+      {{.user = 1000, .controlGroup = app + "snap.spotify.spotify-1.scope"},
+       entries + "spotify_spotify.desktop",
+       "Spotify",
+       "snap"},
+      {{.user = 1000, .controlGroup = "/system.slice/docker-0123456789abcdef.scope"},
+       "container:0123456789ab",
+       "Container 0123456789ab",
+       "container"},
+      {{.user = 1000, .controlGroup = app + "syncthing.service"},
+       "proc:syncthing.service",
+       "syncthing",
+       "control group of a unit"},
+      {{.user = 1000, .desktopFile = entries + "script.desktop"},
+       entries + "script.desktop",
+       "Script",
+       "launched from a desktop entry"},
+      {{.path = "/tmp/.mount_Tool1/usr/bin/tool", .user = 1000, .appImage = "/home/me/Tool.AppImage"},
+       "/home/me/Tool.AppImage",
+       "Tool.AppImage",
+       "AppImage"},
+      {{.path = "/usr/bin/ls", .name = "ls", .user = 1000, .appImage = "/home/me/Tool.AppImage"},
+       "proc:ls",
+       "ls",
+       "process"},
+      {{.path = "/usr/lib/firefox-esr/plugin-container", .user = 1000},
+       entries + "firefox-esr.desktop",
+       "Feuerfuchs",
+       "program"},
+      {{.path = "/opt/my tool/helper", .user = 1000}, entries + "quoted.desktop", "My Tool", "program"},
+      {{.path = "/usr/bin/python3.11", .name = "python3.11", .user = 1000},
+       "proc:python3.11",
+       "python3.11",
+       "process"},
+      {{.path = "/usr/bin/htop", .name = "htop", .user = 1000}, "proc:htop", "htop", "process"},
+      {{.path = "/usr/libexec/gvfsd", .user = 1000}, "system", "Linux", "system path"},
+      {{.path = "/usr/local/sbin/mine", .name = "mine", .user = 1000}, "proc:mine", "mine", "process"},
+  };
+  for (const auto& row : rows) {
+    const auto decision = decide(row.facts);
+    EXPECT_EQ(decision.owner->key, row.key) << row.rule;
+    EXPECT_EQ(decision.owner->name, row.name) << row.rule;
+    EXPECT_EQ(decision.rule, row.rule) << row.key;
+  }
+}
+
+TEST_F(LinuxOwnersRules, whatATerminalStartedBelongsToIt) {
+  lookup.processes[10] = {1, {.path = "/usr/bin/xfce4-terminal", .user = 1000}};
+  lookup.processes[20] = {10, {.path = "/usr/bin/bash", .user = 1000}};
+  lookup.processes[30] = {20, {.path = "/home/me/bin/air", .user = 1000}};
+  EXPECT_EQ(decide(lookup.processes[30].second, 30).owner->name, "Terminal");
+  // The walk ends at what starts everybody's programs, and at a circle of reused ids.
+  lookup.processes[10].second.path = "/usr/sbin/lightdm";
+  EXPECT_EQ(decide(lookup.processes[30].second, 30).rule, "process");
+  lookup.processes[20].first = 30;
+  EXPECT_EQ(decide(lookup.processes[30].second, 30).rule, "process");
+}
+
+TEST_F(LinuxOwnersRules, aNewEntryCountsFromTheNextCycleOn) {
+  const ProcessFacts facts{.path = "/opt/new/new", .name = "new", .user = 1000};
+  files.programs["new"] = "/opt/new/new";
+  files.add("new", "Name=New\nExec=new\n");
+  EXPECT_EQ(decide(facts).owner->key, "proc:new");
+  owners->beginCycle();
+  EXPECT_EQ(decide(facts).owner->name, "New");
+}
+
+TEST_F(LinuxOwnersRules, theMainProcessIsTheLaunchedOneOrTheOldestRoot) {
+  const auto owner =
+      decide({.user = 1000, .desktopFile = "/usr/share/applications/script.desktop", .launchedPID = 7}).owner;
+  const GroupMember members[] = {{5, 1, 300}, {6, 1, 200}, {7, 6, 100}};
+  EXPECT_EQ(owners->mainProcess(*owner, members), 7);
+  const auto other = decide({.path = "/opt/my tool/helper", .user = 1000}).owner;
+  EXPECT_EQ(owners->mainProcess(*other, members), 6) << "7 is older but a child of the group";
+  EXPECT_EQ(owners->mainProcess(*other, {}), std::nullopt);
+}
+
+} // namespace
+} // namespace korvell
