@@ -1,7 +1,9 @@
 #include "Platform/Linux/LinuxDiagnostics.h"
 
 #include "Platform/Formats/TextScanner.h"
+#include "Platform/Linux/LinuxProcessTable.h"
 #include "Platform/Linux/MachineSources.h"
+#include "Platform/Linux/ProcessSources.h"
 
 #include <ctime>
 #include <unistd.h>
@@ -11,7 +13,14 @@ namespace korvell {
 LinuxDiagnostics::LinuxDiagnostics(const Clock& clock, LinuxMachineRoots machine)
     : clock_(clock), machine_(std::move(machine)) {}
 
-std::vector<SourceReport> LinuxDiagnostics::sources() { return machineSources(machine_, clock_); }
+std::vector<SourceReport> LinuxDiagnostics::sources() {
+  auto reports = machineSources(machine_, clock_);
+  LinuxProcessTable table(LinuxProcessTable::systemSources());
+  NetlinkSockets sockets;
+  for (auto& report : processSources({machine_.proc, &table, &sockets, ::geteuid()}, clock_))
+    reports.push_back(std::move(report));
+  return reports;
+}
 
 OwnUsage LinuxDiagnostics::ownUsage() {
   OwnUsage usage;

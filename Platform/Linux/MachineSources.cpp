@@ -1,38 +1,14 @@
 #include "Platform/Linux/MachineSources.h"
 
+#include "Platform/Linux/SourceExamination.h"
+
 #include <algorithm>
-#include <cerrno>
-#include <fcntl.h>
-#include <functional>
-#include <unistd.h>
 
 namespace korvell {
 
 namespace {
 
 using State = SourceReport::State;
-
-/// Median of a few readings: the first one finds nothing in the processor's caches.
-double microseconds(const Clock& clock, const std::function<void()>& reading) {
-  std::vector<double> times;
-  for (int i = 0; i < 7; ++i) {
-    const auto begin = clock.monotonic();
-    reading();
-    times.push_back((clock.monotonic() - begin).count() * 1e6);
-  }
-  std::ranges::nth_element(times, times.begin() + 3);
-  return times[3];
-}
-
-/// What opening and reading a file says about it; a folder's entries are not read.
-State fileState(const std::string& path) {
-  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (descriptor < 0) return errno == ENOENT || errno == ENOTDIR ? State::missing : State::refused;
-  char byte;
-  const bool readable = ::read(descriptor, &byte, 1) > 0;
-  ::close(descriptor);
-  return readable ? State::readable : State::refused;
-}
 
 class Examination {
 public:
@@ -100,7 +76,7 @@ void Examination::files() {
     auto& report = add(row.name, path, fileState(path));
     if (report.state == State::readable) {
       report.microseconds =
-          microseconds(clock_, [&] { row.read ? row.read(machine_) : void(reader_.read(path)); });
+          readingMicroseconds(clock_, [&] { row.read ? row.read(machine_) : void(reader_.read(path)); });
       continue;
     }
     report.reason = localized(row.missing);
@@ -115,7 +91,7 @@ void Examination::compressedSwap() {
     const auto path = folder + name + "/mm_stat";
     auto& report = add("Compressed swap", path, fileState(path));
     if (report.state == State::readable)
-      report.microseconds = microseconds(clock_, [&] { reader_.read(path); });
+      report.microseconds = readingMicroseconds(clock_, [&] { reader_.read(path); });
     else
       report.reason = localized("The device does not tell what it takes.");
   }
@@ -144,7 +120,7 @@ void Examination::card(const GraphicsCards::Card& card) {
     report.reason = localized("The card is asleep and is left so.");
   } else if (graphics.read(card, reader_)) {
     report.state = State::readable;
-    report.microseconds = microseconds(clock_, [&] { graphics.read(card, reader_); });
+    report.microseconds = readingMicroseconds(clock_, [&] { graphics.read(card, reader_); });
     if (intel) {
       report.reason = localized("Only programs that you may look into are counted.");
       report.remedy = localized("Run as root to count everybody's.");
@@ -167,7 +143,7 @@ void Examination::battery() {
     const bool pack = supply.kind == PowerSupply::Kind::battery;
     auto& report = add(pack ? "Battery" : "Power adapter", supply.file, fileState(supply.file));
     if (report.state == State::readable)
-      report.microseconds = microseconds(clock_, [&] { reader_.read(supply.file); });
+      report.microseconds = readingMicroseconds(clock_, [&] { reader_.read(supply.file); });
     else
       report.reason = localized("The driver does not answer.");
   }
@@ -181,7 +157,7 @@ void Examination::packages() {
   for (const auto& package : packages) {
     auto& report = add("Processor power", package.file, package.readable ? State::readable : State::refused);
     if (package.readable) {
-      report.microseconds = microseconds(clock_, [&] { reader_.read(package.file); });
+      report.microseconds = readingMicroseconds(clock_, [&] { reader_.read(package.file); });
       continue;
     }
     report.reason = localized("Only root may read the processor's energy counter.");

@@ -1,4 +1,6 @@
 #include "Platform/Linux/LinuxDiagnostics.h"
+#include "Platform/Linux/MachineSources.h"
+#include "Platform/Linux/ProcessSources.h"
 #include "Tests/Fakes/FakeClock.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 #include "Tests/FixturesFolder.h"
@@ -10,7 +12,7 @@ namespace {
 
 using State = SourceReport::State;
 
-class MachineSourcesTests : public testing::Test {
+class SourcesTests : public testing::Test {
 protected:
   /// The first report of that name whose source contains `where`.
   static SourceReport find(const std::vector<SourceReport>& reports, const std::string& name,
@@ -24,12 +26,12 @@ protected:
     LinuxMachineRoots roots{root + "/proc", root + "/sys", {}, root + "/none.so", [](const std::string&) {
                               return std::optional<VolumeSpace>{};
                             }};
-    return LinuxDiagnostics(clock, roots).sources();
+    return machineSources(roots, clock);
   }
   FakeClock clock;
 };
 
-TEST_F(MachineSourcesTests, whatAMachineHasIsToldApartFromWhatItHides) {
+TEST_F(SourcesTests, whatAMachineHasIsToldApartFromWhatItHides) {
   struct Row {
     const char* machine;
     const char* name;
@@ -61,7 +63,7 @@ TEST_F(MachineSourcesTests, whatAMachineHasIsToldApartFromWhatItHides) {
   }
 }
 
-TEST_F(MachineSourcesTests, aCounterThatIsClosedNamesItsRemedy) {
+TEST_F(SourcesTests, aCounterThatIsClosedNamesItsRemedy) {
   const TemporaryFolder root;
   root.write("sys/class/powercap/intel-rapl:0/name", "package-0\n");
   root.write("sys/class/powercap/intel-rapl:0/energy_uj/x", ""); // a folder opens, but can't be read
@@ -76,7 +78,39 @@ TEST_F(MachineSourcesTests, aCounterThatIsClosedNamesItsRemedy) {
   EXPECT_EQ(find(reports, "Processor").state, State::missing);
 }
 
-TEST_F(MachineSourcesTests, ownUsageIsThisProcess) {
+struct Sockets final : SocketSource {
+  bool answers = true;
+  bool dump(std::vector<SocketRecord>&) override { return answers; }
+  void drainClosed(std::vector<SocketRecord>&) override {}
+};
+
+TEST_F(SourcesTests, whatOtherUsersProcessesHide) {
+  const TemporaryFolder proc;
+  Sockets sockets;
+  const auto state = [&](const char* name) {
+    const auto report = find(processSources({proc.path().string(), nullptr, &sockets}, clock), name);
+    EXPECT_EQ(report.remedy.empty(), report.state == State::readable) << name;
+    return report.state;
+  };
+  proc.write("1/stat", "1 (init)");
+  proc.write("1/io", "rchar: 1");
+  proc.write("1/fd/0", "");
+  for (const auto* name : {"Processes", "Storage of others", "Ports of others", "Traffic"})
+    EXPECT_EQ(state(name), State::readable) << name;
+
+  std::filesystem::remove_all(proc / "1/fd");
+  std::filesystem::remove(proc / "1/io");
+  proc.write("1/io/x", ""); // a folder opens, but can't be read
+  sockets.answers = false;
+  EXPECT_EQ(state("Processes"), State::readable);
+  EXPECT_EQ(state("Storage of others"), State::refused);
+  EXPECT_EQ(state("Ports of others"), State::refused);
+  EXPECT_EQ(state("Traffic"), State::missing);
+  std::filesystem::remove_all(proc / "1");
+  EXPECT_EQ(state("Processes"), State::refused);
+}
+
+TEST_F(SourcesTests, ownUsageIsThisProcess) {
   SystemClock system;
   LinuxDiagnostics diagnostics(system);
   const auto before = diagnostics.ownUsage();
