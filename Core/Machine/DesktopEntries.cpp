@@ -45,17 +45,6 @@ std::string localizedName(const KeyFile& file, std::string_view locale) {
   return std::string(file.last(group, "Name").value_or(""));
 }
 
-/// The program of an Exec line, "env NAME=value …" looked through.
-std::string programOf(std::string_view exec) {
-  const auto arguments = desktopEntryArguments(exec);
-  if (!arguments) return {};
-  size_t first = 0;
-  if ((*arguments)[0] == "env" || (*arguments)[0].ends_with("/env"))
-    for (first = 1; first < arguments->size(); ++first)
-      if ((*arguments)[first].find('=') == std::string::npos && !(*arguments)[first].starts_with('-')) break;
-  return first < arguments->size() ? (*arguments)[first] : std::string();
-}
-
 } // namespace
 
 std::optional<DesktopEntry> parseDesktopEntry(const DesktopFile& file, std::string_view locale,
@@ -64,7 +53,9 @@ std::optional<DesktopEntry> parseDesktopEntry(const DesktopFile& file, std::stri
   if (keys.last(group, "Type").value_or("") != "Application" || isTrue(keys, "Hidden")) return std::nullopt;
   DesktopEntry entry{.path = file.path, .name = localizedName(keys, locale)};
   if (entry.name.empty()) entry.name = file.id;
-  entry.program = programs.realProgram(programOf(keys.last(group, "Exec").value_or(""))).value_or("");
+  entry.program =
+      programs.realProgram(desktopEntryProgram(keys.last(group, "Exec").value_or("")).value_or(""))
+          .value_or("");
   entry.ownsItsProgram = !entry.program.empty() && !isTrue(keys, "Terminal") && !isTrue(keys, "NoDisplay") &&
                          !isInterpreter(entry.program);
   return entry;

@@ -65,18 +65,6 @@ std::optional<StartupItem> readPropertyList(const LaunchFile& file, LaunchItems&
 
 constexpr std::string_view desktopEntry = "Desktop Entry";
 
-/// The program of a command line, not the "env" that sets variables for it.
-std::optional<std::string> programOf(const std::vector<std::string>& arguments) {
-  const auto isEnv = [](const std::string& program) { return program == "env" || program.ends_with("/env"); };
-  if (!isEnv(arguments.front())) return arguments.front();
-  const auto program = std::find_if(arguments.begin() + 1, arguments.end(), [](const std::string& argument) {
-    return argument.find('=') == std::string::npos;
-  });
-  // An option of env may take an argument of its own: what the program is can't be told any more.
-  if (program == arguments.end() || program->starts_with('-')) return std::nullopt;
-  return *program;
-}
-
 /// A flatpak's command is flatpak itself; what may be missing is the application's folder.
 std::optional<std::string> missingFlatpak(const KeyFile& entry, LaunchItems& launchItems) {
   const auto id = entry.last(desktopEntry, "X-Flatpak");
@@ -92,8 +80,7 @@ std::optional<std::string> programOf(const KeyFile& entry, LaunchItems& launchIt
   if (auto flatpak = missingFlatpak(entry, launchItems)) return flatpak;
   for (const auto* key : {"TryExec", "Exec"}) {
     const auto line = entry.last(desktopEntry, key);
-    const auto arguments = line ? desktopEntryArguments(*line) : std::nullopt;
-    auto program = arguments ? programOf(*arguments) : std::nullopt;
+    auto program = line ? desktopEntryProgram(*line) : std::nullopt;
     if (!program || program->find('%') != std::string::npos) continue; // a field code is no path
     program = resolved(*program, launchItems);
     if (key == std::string_view("Exec") || isProgramMissing(program, launchItems)) return program;

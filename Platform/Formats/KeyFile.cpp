@@ -125,6 +125,19 @@ std::optional<std::vector<std::string>> desktopEntryArguments(std::string_view e
   return arguments;
 }
 
+std::optional<std::string> desktopEntryProgram(std::string_view exec) {
+  const auto arguments = desktopEntryArguments(exec);
+  if (!arguments) return std::nullopt;
+  const auto& first = arguments->front();
+  if (first != "env" && !first.ends_with("/env")) return first;
+  const auto program =
+      std::find_if(arguments->begin() + 1, arguments->end(),
+                   [](const std::string& argument) { return argument.find('=') == std::string::npos; });
+  // An option of env may take an argument of its own.
+  if (program == arguments->end() || program->starts_with('-')) return std::nullopt;
+  return *program;
+}
+
 std::optional<std::string> unitProgram(std::string_view execStart) {
   constexpr std::string_view prefixes = "@-:+!|";
   const auto begin = execStart.find_first_not_of(prefixes);

@@ -34,6 +34,9 @@ private:
 /// Nothing when quotes don't match or there is no program.
 std::optional<std::vector<std::string>> desktopEntryArguments(std::string_view exec);
 
+/// The program of that line; of "env A=b program" the program. Nothing when options of env hide which it is.
+std::optional<std::string> desktopEntryProgram(std::string_view exec);
+
 /// Of a unit's ExecStart, without the prefixes ("@", "-", ":", "+", "!", "|") of the program: its path or
 /// name, unquoted and unescaped, specifiers ("%h") left as they stand. Nothing when there is none.
 std::optional<std::string> unitProgram(std::string_view execStart);
