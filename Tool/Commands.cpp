@@ -3,9 +3,9 @@
 namespace korvell {
 
 const std::vector<Command>& allCommands() {
-  static const std::vector<Command> commands = {statusCommand(),  watchCommand(),   historyCommand(),
-                                                serversCommand(), storageCommand(), startupCommand(),
-                                                runCommand(),     helperCommand(),  doctorCommand()};
+  static const std::vector<Command> commands = {
+      statusCommand(),  watchCommand(),   topCommand(), quitCommand(),   historyCommand(), serversCommand(),
+      storageCommand(), startupCommand(), runCommand(), helperCommand(), doctorCommand()};
   return commands;
 }
 

@@ -11,6 +11,8 @@ inline constexpr int widestSummary = 120;
 Command helperCommand();
 Command statusCommand();
 Command watchCommand();
+Command topCommand();
+Command quitCommand();
 Command startupCommand();
 Command doctorCommand();
 Command historyCommand();

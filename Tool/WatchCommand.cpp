@@ -8,6 +8,7 @@
 #include "Tool/Commands.h"
 #include "Tool/Screen.h"
 #include "Tool/Summary.h"
+#include "Tool/UsageList.h"
 
 #include <ctime>
 #include <fmt/format.h>
@@ -23,7 +24,8 @@ std::string clockText(Date date) {
   return fmt::format("{:02}:{:02}:{:02}", local.tm_hour, local.tm_min, local.tm_sec);
 }
 
-std::vector<std::string> frame(const Terminal& terminal, const AppModel& model, int columns, int rows) {
+std::vector<std::string> frame(const Terminal& terminal, const AppModel& model, UsageList& list,
+                               bool energyIsEstimate, int columns, int rows) {
   const int width = std::min(columns, widestSummary);
   std::vector<std::string> lines;
   const auto time = clockText(model.snapshot->date);
@@ -35,9 +37,13 @@ std::vector<std::string> frame(const Terminal& terminal, const AppModel& model, 
     lines.push_back(localized("Measuring…"));
   } else {
     for (auto& line : summaryLines(terminal, *model.snapshot, width)) lines.push_back(std::move(line));
+    lines.push_back("");
+    const UsageTable table(terminal, width, list.showsEnergy(), energyIsEstimate);
+    for (auto& line : list.lines(table, rows - 1 - int(lines.size()))) lines.push_back(std::move(line));
   }
   lines.resize(size_t(std::max(1, rows - 1)));
-  lines.push_back(terminal.ink(Ink::dim, truncatedToWidth(localized("q quits"), width)));
+  lines.push_back(terminal.ink(
+      Ink::dim, truncatedToWidth(localized("c m d n e sort · ↑ ↓ move · Enter unfolds · q quits"), width)));
   return lines;
 }
 
@@ -49,8 +55,15 @@ int runWatch(Context& context, const Arguments&) {
   FixedAttention watched(true);
   Assembly assembly(context.host, context.clock);
   AppModel model(main, assembly.makeSampler(nullptr), watched);
-  const auto draw = [&] { screen.draw(frame(context.out, model, screen.columns(), screen.rows())); };
-  const auto subscription = model.snapshot.observe([&](const SystemSnapshot&) { main.async(draw); });
+  UsageList list;
+  const bool estimate = context.host.processes && context.host.processes->energyIsEstimate();
+  const auto draw = [&] {
+    screen.draw(frame(context.out, model, list, estimate, screen.columns(), screen.rows()));
+  };
+  const auto subscription = model.snapshot.observe([&](const SystemSnapshot& snapshot) {
+    list.setApps(snapshot.apps);
+    main.async(draw);
+  });
   draw();
   for (;;) {
     const auto deadline = main.nextDeadline();
@@ -59,7 +72,8 @@ int runWatch(Context& context, const Arguments&) {
     main.runDue();
     if (event.kind == Screen::EventKind::quit) return exitOK;
     if (event.kind == Screen::EventKind::key && (event.key == 'q' || event.key == 'Q')) return exitOK;
-    if (event.kind == Screen::EventKind::resized) draw();
+    const bool changed = event.kind == Screen::EventKind::key && list.handleKey(event.key);
+    if (changed || event.kind == Screen::EventKind::resized) draw();
   }
 }
 

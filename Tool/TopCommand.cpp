@@ -1,0 +1,139 @@
+// korvell top: the applications, or processes, that use the most; and why a process counts to which one.
+
+#include "App/Assembly.h"
+#include "Base/Record.h"
+#include "Base/Text.h"
+#include "Tool/AskKeeper.h"
+#include "Tool/Commands.h"
+#include "Tool/Measure.h"
+#include "Tool/UsageTable.h"
+
+#include <fmt/format.h>
+
+namespace korvell {
+
+namespace {
+
+constexpr std::int64_t usualLimit = 20;
+
+std::vector<AppUsage> currentApps(Context& context) {
+  SystemSnapshot snapshot;
+  const auto state = askKeeper(context, {"snapshot"});
+  const auto* told = state ? state->find("snapshot") : nullptr;
+  if (told && fromValue(*told, snapshot)) return std::move(snapshot.apps);
+  return measure(context).snapshot.apps;
+}
+
+/// The record and the sums that the table shows.
+Value appValue(const AppUsage& app) {
+  auto value = toValue(app);
+  value.set("cpu", app.cpu()).set("memory", app.memory());
+  value.set("diskRead", app.diskRead()).set("diskWrite", app.diskWrite());
+  value.set("netIn", app.netIn()).set("netOut", app.netOut()).set("power", app.power());
+  return value;
+}
+
+template <class T>
+void keepFirst(std::vector<T>& list, std::int64_t limit) {
+  if (limit > 0 && list.size() > std::size_t(limit)) list.resize(std::size_t(limit));
+}
+
+// Why
+
+std::string orDash(const std::string& text) { return text.empty() ? "–" : escapedControls(text); }
+
+int runWhy(Context& context, std::int64_t number, bool json) {
+  Assembly assembly(context.host, context.clock);
+  const auto sampler = assembly.makeProcessSampler();
+  if (!sampler) return fail(context, localized("Processes can't be read here"));
+  sampler->sample({});
+  const auto pid = static_cast<ProcessID>(number);
+  const auto* identity = pid == number ? sampler->identity(pid) : nullptr;
+  if (!identity)
+    return fail(context, localized("There is no process {pid}", {{"pid", std::to_string(number)}}));
+  const auto& [owner, rule] = identity->owner;
+  const auto& facts = identity->facts;
+  if (json) {
+    auto value = Value::object({{"pid", std::int64_t{pid}},
+                                {"name", identity->name()},
+                                {"path", identity->path()},
+                                {"app", owner->key},
+                                {"appName", owner->name},
+                                {"rule", std::string(rule)},
+                                {"controlGroup", facts.controlGroup},
+                                {"desktopFile", facts.desktopFile},
+                                {"user", std::int64_t{facts.user}}});
+    value.set("bundlePath", owner->bundlePath);
+    printJSON(context.out, value);
+    return exitOK;
+  }
+  const std::pair<std::string, std::string> lines[] = {
+      {localized("Process"), fmt::format("{} (PID {})", escapedControls(identity->name()), pid)},
+      {localized("Application"), escapedControls(owner->name)},
+      {localized("Decided by"), std::string(rule)},
+      {localized("Key"), escapedControls(owner->key)},
+      {localized("Program"), orDash(facts.path)},
+      {localized("Control group"), orDash(facts.controlGroup)},
+      {localized("Launched from"), orDash(facts.desktopFile)}};
+  for (const auto& [label, text] : lines)
+    context.out.line(context.out.ink(Ink::bold, fmt::format("{:<15}", label)) + text);
+  return exitOK;
+}
+
+int runTop(Context& context, const Arguments& arguments) {
+  const bool json = arguments.flag("--json");
+  if (const auto pid = arguments.number("--why")) return runWhy(context, *pid, json);
+  const auto key = fromRawValue<UsageKey>(arguments.text("--by").value_or("cpu")).value_or(UsageKey::cpu);
+  const auto limit = arguments.number("--limit").value_or(usualLimit);
+  auto apps = currentApps(context);
+  const bool energy = showsEnergy(apps);
+  std::vector<ProcessUsage> processes;
+  if (arguments.flag("--processes")) {
+    for (const auto& app : apps)
+      processes.insert(processes.end(), app.processes.begin(), app.processes.end());
+    sortByUsage(processes, key);
+    keepFirst(processes, limit);
+  }
+  sortByUsage(apps, key);
+  keepFirst(apps, limit);
+  if (json) {
+    auto value = Value::object({{"by", std::string(rawValue(key))}});
+    auto list = Value::array();
+    for (const auto& app : apps) list.append(appValue(app));
+    value.set("apps", std::move(list));
+    if (arguments.flag("--processes")) value.set("processes", toValue(processes));
+    printJSON(context.out, value);
+    return exitOK;
+  }
+  const UsageTable table(context.out, std::min(context.out.columns(), widestSummary), energy,
+                         context.host.processes && context.host.processes->energyIsEstimate());
+  if (arguments.flag("--processes")) {
+    context.out.line(table.titles(localized("Process"), key));
+    for (const auto& process : processes) context.out.line(table.line(process));
+  } else {
+    context.out.line(table.titles(localized("Application"), key));
+    for (const auto& app : apps) context.out.line(table.line(app));
+  }
+  return exitOK;
+}
+
+std::vector<std::string> keyNames() {
+  std::vector<std::string> names;
+  for (const auto& key : allCases<UsageKey>()) names.emplace_back(key.rawValue);
+  return names;
+}
+
+} // namespace
+
+Command topCommand() {
+  return {"top",
+          "List the applications that use the most",
+          {{"--by", Option::Kind::text, "Sort by this figure", keyNames()},
+           {"--limit", Option::Kind::number, "Show so many, 0 for all (20)"},
+           {"--processes", Option::Kind::flag, "List processes instead of applications"},
+           {"--why", Option::Kind::number, "Tell which rule found the application of this process id"},
+           jsonOption()},
+          runTop};
+}
+
+} // namespace korvell
