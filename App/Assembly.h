@@ -18,11 +18,12 @@ public:
 
   /// A sampler on a queue of its own. Without a history nothing is recorded. One at a time.
   std::unique_ptr<Sampler> makeSampler(HistoryStore* history);
+  /// For commands that need more of the processes than a snapshot has. Null where they can't be read.
+  std::unique_ptr<ProcessSampler> makeProcessSampler();
   const TimeZone& zone() const { return zone_; }
 
 private:
   std::unique_ptr<DevServerScanner> makeDevServerScanner() const;
-  std::unique_ptr<ProcessSampler> makeProcessSampler();
 
   Host& host_;
   const Clock& clock_;

@@ -18,7 +18,8 @@ std::string_view stableKernelThreadName(std::string_view comm) {
 }
 
 std::string processName(std::string_view path, std::string_view commandLine, std::string_view comm) {
-  const auto program = fileName(path);
+  // A program that runs from sealed memory has a number for a file name.
+  const auto program = path.starts_with("/memfd:") ? std::string_view() : fileName(path);
   if (!program.empty() && std::find(std::begin(binariesOfManyCommands), std::end(binariesOfManyCommands),
                                     program) == std::end(binariesOfManyCommands))
     return std::string(program);

@@ -79,6 +79,7 @@ TEST(ProcessNameTests, namesComeFromTheProgramThatRuns) {
       {"", "postgres: writer", "postgres", "postgres"},
       {"", "something else", "comm", "comm"},
       {"", "", "comm", "comm"},
+      {"/memfd:sealed-9117", "runc\0init\0"s, "runc", "runc"},
   };
   for (const auto& row : rows)
     EXPECT_EQ(processName(row.path, row.commandLine, row.comm), row.expected) << row.commandLine;

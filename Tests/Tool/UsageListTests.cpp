@@ -1,0 +1,88 @@
+#include "Tool/UsageList.h"
+
+#include "Base/Text.h"
+#include "Tool/Screen.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace korvell {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+struct UsageListTests : testing::Test {
+  std::string sink;
+  Terminal terminal{sink, 80};
+  UsageTable table{terminal, 80, false, false};
+  UsageList list;
+
+  static std::vector<AppUsage> apps() {
+    return {{.id = "a",
+             .name = "Alpha",
+             .processes = {{.pid = 10, .name = "alpha", .cpu = 1}, {.pid = 11, .name = "helper", .cpu = 4}}},
+            {.id = "b", .name = "Beta", .processes = {{.pid = 20, .name = "beta", .cpu = 3, .memory = 9}}}};
+  }
+  /// The names alone, without the titles.
+  std::vector<std::string> names(int height = 20) {
+    std::vector<std::string> names;
+    for (const auto& line : list.lines(table, height)) names.emplace_back(trimmed(line.substr(0, 20)));
+    names.erase(names.begin());
+    return names;
+  }
+};
+
+TEST_F(UsageListTests, applicationsUnfoldIntoTheirProcesses) {
+  list.setApps(apps());
+  EXPECT_THAT(names(), ElementsAre("+ Alpha (2)", "+ Beta"));
+  EXPECT_TRUE(list.handleKey('\n'));
+  EXPECT_THAT(names(), ElementsAre("− Alpha (2)", "11 helper", "10 alpha", "+ Beta"));
+  list.setApps(apps());
+  EXPECT_EQ(names().size(), 4u) << "stays unfolded";
+  list.handleKey(Screen::down); // on a process: folds its application
+  EXPECT_TRUE(list.handleKey(Screen::left));
+  EXPECT_THAT(names(), ElementsAre("+ Alpha (2)", "+ Beta"));
+  EXPECT_FALSE(list.handleKey('x'));
+}
+
+TEST_F(UsageListTests, theSelectionStaysWithWhatWasChosen) {
+  list.setApps(apps());
+  list.handleKey(Screen::down); // Beta
+  list.handleKey('m');          // Beta is first now
+  list.handleKey(Screen::right);
+  EXPECT_THAT(names(), ElementsAre("− Beta", "20 beta", "+ Alpha (2)"));
+  list.setApps({apps()[0]}); // Beta has ended
+  EXPECT_THAT(names(), ElementsAre("+ Alpha (2)"));
+  list.setApps({});
+  EXPECT_TRUE(list.handleKey(Screen::down));
+  EXPECT_FALSE(list.handleKey(' '));
+}
+
+TEST_F(UsageListTests, theListScrollsWithTheSelection) {
+  std::vector<AppUsage> many;
+  for (int i = 10; i < 60; ++i)
+    many.push_back({.id = std::to_string(i), .name = "app" + std::to_string(i), .processes = {{.pid = i}}});
+  list.setApps(many);
+  EXPECT_THAT(names(4), ElementsAre("+ app10", "+ app11", "+ app12"));
+  list.handleKey(Screen::end);
+  EXPECT_THAT(names(4), ElementsAre("+ app57", "+ app58", "+ app59"));
+  list.handleKey(Screen::pageUp);
+  EXPECT_THAT(names(4), ElementsAre("+ app56", "+ app57", "+ app58"));
+  EXPECT_TRUE(list.lines(table, 1).empty());
+}
+
+TEST_F(UsageListTests, namesAreSafeAndEveryLineFits) {
+  const ProcessUsage process{.pid = 1, .name = "x\x1b[2J\n", .cpu = 1234.5, .memory = ~0ull, .netIn = 1e12};
+  const AppUsage wide{.id = "w",
+                      .name = "日本語の名前がとても長いアプリケーション日本語の名前がとても長い",
+                      .processes = {process}};
+  EXPECT_THAT(table.line(process), HasSubstr("1 x\\x1b[2J\\x0a"));
+  for (const auto& line :
+       {table.line(process), table.line(wide, true, "+ "), table.titles("Application", UsageKey::cpu)})
+    EXPECT_LE(inkedWidth(line), 80) << line;
+  EXPECT_EQ(inkedWidth(table.line(wide)), inkedWidth(table.line(process)));
+}
+
+} // namespace
+} // namespace korvell
