@@ -1,4 +1,5 @@
 #include "Core/Machine/SystemSampler.h"
+#include "Tests/Contracts/MachineCountersContract.h"
 #include "Tests/Fakes/FakeClock.h"
 #include "Tests/Fakes/FakeMachineCounters.h"
 
@@ -224,6 +225,11 @@ TEST(SystemSamplerTests, powerComesFromTheBestSourceThatSpeaks) {
   EXPECT_EQ(batteryStats({.battery = draining}, 20).systemPower, 10.6);
   EXPECT_EQ(batteryStats({.battery = silent}, 20).systemPower, 20);
   EXPECT_EQ(batteryStats({.battery = silent}, 0).systemPower, 0);
+}
+
+TEST_F(SystemSamplerCycleTests, theFakeKeepsTheContract) {
+  machine = FakeMachineCounters::portable();
+  expectMachineContract(machine);
 }
 
 TEST_F(SystemSamplerCycleTests, everyRecordIsFilledAndTheRestLeftAlone) {

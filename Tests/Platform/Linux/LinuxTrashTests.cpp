@@ -104,9 +104,9 @@ TEST_F(LinuxTrashTests, theTrashAndWhatHoldsItStay) {
   disk.file("home/.local/share/Trash/files/entry", 1);
   disk.folder("home/.local/share/Trash/info");
   disk.file("volume/" + mine + "/files/entry", 1);
-  for (const auto& name :
-       {"home/.local/share/Trash", "home/.local/share/Trash/files/entry", "home/.local/share", "home",
-        "volume", (("volume/" + mine + "/files/entry").c_str())})
+  for (const std::string& name :
+       std::vector<std::string>{"home/.local/share/Trash", "home/.local/share/Trash/files/entry",
+                                "home/.local/share", "home", "volume", "volume/" + mine + "/files/entry"})
     EXPECT_FALSE(move(name)) << name;
 }
 
