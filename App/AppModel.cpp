@@ -51,6 +51,7 @@ void AppModel::apply(const Tick& tick) {
 }
 
 void AppModel::publish(const Tick& tick) {
+  privileged.setIfChanged(tick.privileged);
   snapshot.set(tick.snapshot);
   if (tick.sensors) sensors.set(tick.sensors);
   if (tick.peripherals) peripherals.set(*tick.peripherals);

@@ -33,6 +33,7 @@ public:
 
   // The results of the slower tasks change only in cycles that ran them.
   Published<SystemSnapshot> snapshot;
+  Published<std::optional<PrivilegedUse>> privileged; ///< of the snapshot's processes
   Published<std::optional<SensorsSnapshot>> sensors;
   Published<std::vector<PeripheralBattery>> peripherals;
   Published<std::vector<DevProject>> projects;

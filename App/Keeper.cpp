@@ -23,6 +23,8 @@ Value liveValue(const AppModel& model) {
 // The parts of a state, in the order in which they are printed.
 constexpr Part parts[] = {
     {"snapshot", [](const AppModel& model) { return toValue(*model.snapshot); }},
+    {"privileged",
+     [](const AppModel& model) { return *model.privileged ? toValue(**model.privileged) : Value(); }},
     {"sensors", [](const AppModel& model) { return *model.sensors ? toValue(**model.sensors) : Value(); }},
     {"peripherals", [](const AppModel& model) { return toValue(*model.peripherals); }},
     {"projects", [](const AppModel& model) { return toValue(*model.projects); }},

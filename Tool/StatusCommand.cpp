@@ -11,12 +11,23 @@ namespace korvell {
 
 namespace {
 
-/// The keeper's last measurement, or one of our own.
-SystemSnapshot currentSnapshot(Context& context) {
+struct Current {
   SystemSnapshot snapshot;
-  const auto state = askKeeper(context, {"snapshot"});
+  std::optional<PrivilegedUse> privileged;
+};
+
+/// The keeper's last measurement, or one of our own.
+Current current(Context& context) {
+  Current current;
+  const auto state = askKeeper(context, {"snapshot", "privileged"});
   const auto* told = state ? state->find("snapshot") : nullptr;
-  return told && fromValue(*told, snapshot) ? snapshot : measure(context).snapshot;
+  if (!told || !fromValue(*told, current.snapshot)) {
+    auto tick = measure(context);
+    return {std::move(tick.snapshot), tick.privileged};
+  }
+  const auto* privileged = state->find("privileged");
+  if (PrivilegedUse use; privileged && fromValue(*privileged, use)) current.privileged = use;
+  return current;
 }
 
 constexpr std::size_t shownApps = 5;
@@ -33,9 +44,11 @@ void printTopApps(Context& context, std::vector<AppUsage> apps, int width) {
 }
 
 int runStatus(Context& context, const Arguments& arguments) {
-  const auto snapshot = currentSnapshot(context);
+  const auto [snapshot, privileged] = current(context);
   if (arguments.flag("--json")) {
-    printJSON(context.out, Value::object({{"snapshot", toValue(snapshot)}}));
+    auto json = Value::object({{"snapshot", toValue(snapshot)}});
+    if (privileged) json.set("privileged", toValue(*privileged));
+    printJSON(context.out, json);
     return exitOK;
   }
   const int width = std::min(context.out.columns(), widestSummary);

@@ -37,8 +37,10 @@ Tick Sampler::tick() {
   tick.snapshot = SystemSnapshot::empty(queue_->clock().now());
   system_.sample(tick.snapshot);
   auto& servers = subjects_.devServers;
-  if (subjects_.processes)
+  if (subjects_.processes) {
     tick.snapshot.apps = subjects_.processes->sample(servers ? servers->portsByPID() : PortsByPID());
+    tick.privileged = subjects_.processes->privilegedUse();
+  }
   scanDevServers(tick);
   scanStartup(tick);
   if (count_ >= 1) useHistory(tick);

@@ -5,6 +5,7 @@
 #include "Core/DevServers/DevServer.h"
 #include "Core/Health/HealthAlert.h"
 #include "Core/Machine/Models.h"
+#include "Core/Machine/PrivilegedUse.h"
 #include "Core/Startup/StartupItem.h"
 #include "Sensors/SensorsSnapshot.h"
 
@@ -21,15 +22,20 @@ struct Tick {
   std::vector<HealthAlert> alerts; ///< those that fired in this cycle
   std::optional<std::vector<StartupItem>> startupItems;
   std::optional<Totals> totals;
-  double cpuTenMinuteAverage = 0; ///< percent, as the history reports it
+  std::optional<PrivilegedUse> privileged; ///< of the processes; absent when they were not read
+  double cpuTenMinuteAverage = 0;          ///< percent, as the history reports it
 
   bool operator==(const Tick&) const = default;
   static constexpr auto fields() {
-    return std::tuple{
-        Field{"snapshot", &Tick::snapshot},       Field{"sensors", &Tick::sensors},
-        Field{"peripherals", &Tick::peripherals}, Field{"projects", &Tick::projects},
-        Field{"alerts", &Tick::alerts},           Field{"startupItems", &Tick::startupItems},
-        Field{"totals", &Tick::totals},           Field{"cpuTenMinuteAverage", &Tick::cpuTenMinuteAverage}};
+    return std::tuple{Field{"snapshot", &Tick::snapshot},
+                      Field{"sensors", &Tick::sensors},
+                      Field{"peripherals", &Tick::peripherals},
+                      Field{"projects", &Tick::projects},
+                      Field{"alerts", &Tick::alerts},
+                      Field{"startupItems", &Tick::startupItems},
+                      Field{"totals", &Tick::totals},
+                      Field{"privileged", &Tick::privileged},
+                      Field{"cpuTenMinuteAverage", &Tick::cpuTenMinuteAverage}};
   }
 };
 

@@ -35,6 +35,7 @@ std::vector<AppUsage> ProcessSampler::sample(const PortsByPID& ports) {
   const Seconds elapsed = advanceClock();
   beginCycle(processes);
   const auto told = askHelper(processes);
+  privilegedUse_ = {};
 
   std::vector<ProcessUsage> usages;
   usages.reserve(processes.size());
@@ -43,6 +44,7 @@ std::vector<AppUsage> ProcessSampler::sample(const PortsByPID& ports) {
       auto merged = process;
       const auto answer = told.find(process.pid);
       const auto unknown = mergeHidden(merged, answer == told.end() ? nullptr : &answer->second);
+      ++(unknown ? privilegedUse_.hidden : privilegedUse_.told);
       usages.push_back(usage(merged, identify(merged, unknown), unknown, elapsed));
     } else {
       usages.push_back(usage(process, identify(process, 0), 0, elapsed));

@@ -7,6 +7,7 @@
 
 #include "Core/Machine/Models.h"
 #include "Core/Machine/Owners.h"
+#include "Core/Machine/PrivilegedUse.h"
 #include "Helper/Shared/RusageSample.h"
 #include "Platform/ProcessTable.h"
 
@@ -57,6 +58,7 @@ public:
   const std::unordered_map<ProcessID, ProcessID>& parents() const { return parents_; }
   /// Nothing when the last cycle did not find the process.
   const Identity* identity(ProcessID pid) const;
+  const PrivilegedUse& privilegedUse() const { return privilegedUse_; } ///< in the last cycle
   bool energyIsEstimate() const { return services_.table.energyIsEstimate(); }
 
 private:
@@ -99,6 +101,7 @@ private:
   Services services_;
   double maximumCPU_; ///< percent
   PrivilegedRusage privilegedRusage_;
+  PrivilegedUse privilegedUse_;
   Timebase timebase_;
   std::optional<Seconds> lastSample_;
   std::uint32_t cycle_ = 0;

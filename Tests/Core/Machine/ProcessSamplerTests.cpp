@@ -188,10 +188,12 @@ TEST_F(ProcessSamplerTests, anAnswerAfterASilenceIsNoAdvance) {
   table.add(8, "open");
   cycle();
   EXPECT_THAT(helperAsked, ElementsAre(7));
+  EXPECT_EQ(sampler.privilegedUse(), (PrivilegedUse{.told = 0, .hidden = 1}));
   helper = {{7, {.footprint = 5, .cpuTime = 3'000'000'000, .diskRead = 4000, .start = 70}}};
   auto usage = process(cycle(), 7);
   EXPECT_EQ(usage.cpu + usage.diskRead, 0);
   EXPECT_EQ(usage.memory, 5u);
+  EXPECT_EQ(sampler.privilegedUse(), (PrivilegedUse{.told = 1, .hidden = 0}));
   helper[7].cpuTime += 1'000'000'000;
   EXPECT_EQ(process(cycle(), 7).cpu, 50);
   const auto asked = table.asked.size();
