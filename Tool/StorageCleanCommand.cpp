@@ -6,8 +6,10 @@
 #include "Core/Storage/StorageCleanup.h"
 #include "Core/Storage/StorageHost.h"
 #include "Core/Storage/StorageLog.h"
+#include "Tool/Commands.h"
 #include "Tool/Confirmation.h"
 #include "Tool/StorageCommand.h"
+#include "Tool/Wrap.h"
 
 #include <algorithm>
 
@@ -76,6 +78,18 @@ Value describe(const PendingCleanup& pending, const std::vector<std::string>& st
                         {"steps", toValue(steps)}});
 }
 
+/// Title and message, wrapped for the terminal that the question is put on.
+std::string question(const Context& context, const PendingCleanup& pending) {
+  std::string text = pending.title();
+  const std::string message = pending.message();
+  for (const auto paragraph : split(message, '\n')) {
+    const auto lines = wrapped(escapedControls(paragraph), std::min(context.err.columns(), widestSummary));
+    if (lines.empty()) text += '\n';
+    for (const auto& line : lines) text += '\n' + line;
+  }
+  return text;
+}
+
 int dryRun(Context& context, const Arguments& arguments, const PendingCleanup& pending,
            const CleanupPlan& plan) {
   const auto steps = preview(plan, context.host);
@@ -85,8 +99,7 @@ int dryRun(Context& context, const Arguments& arguments, const PendingCleanup& p
     printJSON(context.out, value);
     return exitOK;
   }
-  context.out.line(pending.title());
-  context.out.line(pending.message());
+  context.out.line(question(context, pending));
   context.out.line();
   for (const auto& step : steps) context.out.line(localized("would ") + escapedControls(step));
   return exitOK;
@@ -127,9 +140,7 @@ int runStorageClean(Context& context, const Arguments& arguments) {
   if (plan.empty()) return fail(context, localized("nothing of that kind was found"));
   if (arguments.flag("--dry-run")) return dryRun(context, arguments, pending, plan);
 
-  std::string question = pending.title();
-  for (const auto line : split(pending.message(), '\n')) question += "\n" + escapedControls(line);
-  if (!confirmed(context, arguments, question)) return exitFailed;
+  if (!confirmed(context, arguments, question(context, pending))) return exitFailed;
   return carryOut(context, arguments, pending, plan, storageWork(scan));
 }
 

@@ -94,7 +94,10 @@ TEST_F(StorageCommandTests, onlyWhatWasNamedIsCleanedAndLogged) {
 TEST_F(StorageCommandTests, whatIsNotSureIsNotDone) {
   const auto gone = disk / "home/.cargo/registry/gone";
   const std::pair<std::vector<std::string>, const char*> rows[] = {
-      {{"clean", "--kind", "npm"}, "there is no terminal to ask on"},
+      {{"clean", "--kind", "npm"},
+       "Move 8.19 KB to the Trash?\nMoves to the Trash:\n~/.npm/_cacache\nYou can put it back from the "
+       "Trash.\n"
+       "korvell: not done: there is no terminal to ask on"},
       {{"clean", "--kind", "npm", "--item", gone, "--yes"}, "there is no such item any more"},
       {{"clean", "--kind", "npm", "--item", disk / "home/.cargo/registry/src", "--yes"},
        "there is no such item"},
