@@ -26,8 +26,8 @@ CleanupPlan CleanupPlan::of(const StorageScanResult& result, const std::vector<S
       if (step == plan.steps.end()) step = plan.steps.insert(step, {category.action, {}});
       step->items.push_back(item);
     }
-  std::ranges::stable_partition(
-      plan.steps, [](const Step& step) { return step.action.type == StorageAction::Type::emptyTrash; });
+  std::stable_partition(plan.steps.begin(), plan.steps.end(),
+                        [](const Step& step) { return step.action.type == StorageAction::Type::emptyTrash; });
   return plan;
 }
 
