@@ -94,6 +94,10 @@ NetlinkSockets::NetlinkSockets()
       buffer_(64 * 1024) {
   setsockopt(closings_.get(), SOL_SOCKET, SO_RCVBUF, &closedQueueBytes, sizeof closedQueueBytes);
   setsockopt(closings_.get(), SOL_SOCKET, SO_RCVBUFFORCE, &closedQueueBytes, sizeof closedQueueBytes);
+  // Without an address of its own the socket would count as the sender of what the kernel multicasts.
+  sockaddr_nl address{};
+  address.nl_family = AF_NETLINK;
+  bind(closings_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
   for (const int group : {SKNLGRP_INET_TCP_DESTROY, SKNLGRP_INET6_TCP_DESTROY})
     setsockopt(closings_.get(), SOL_NETLINK, NETLINK_ADD_MEMBERSHIP, &group, sizeof group);
 }
