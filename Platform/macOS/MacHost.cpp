@@ -19,6 +19,7 @@ Host makeHost(const Environment& environment) {
   Host host;
   host.system = SystemKind::macOS;
   host.folders = macOSUserFolders(environment);
+  host.user = geteuid();
   host.words = {}; // the keys are this system's words
   host.defaults = std::make_unique<SystemUserDefaults>(host.folders.data);
   host.fileTree = std::make_unique<MacFileTree>();
