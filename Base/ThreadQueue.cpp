@@ -2,6 +2,7 @@
 
 #include "Base/ThreadControl.h"
 
+#include <cmath>
 #include <condition_variable>
 #include <csignal>
 
@@ -39,6 +40,9 @@ struct ThreadQueue::Shared {
 };
 
 namespace {
+
+/// A leeway comes out of sums that differ by rounding; it is not worth a system call each time.
+Seconds wholeMicroseconds(Seconds span) { return Seconds{std::round(span.count() * 1e6) / 1e6}; }
 
 /// Signals are for the main thread; a thread inherits the mask of the one that starts it.
 class SignalsBlocked {
@@ -87,8 +91,8 @@ void ThreadQueue::run(const std::shared_ptr<Shared>& shared, const std::string& 
   while (shared->keepsRunning()) {
     if (shared->core->runNext()) continue;
     const auto deadline = shared->core->deadline();
-    if (deadline && deadline->leeway != slack) {
-      slack = deadline->leeway;
+    if (const auto wanted = deadline ? wholeMicroseconds(deadline->leeway) : slack; wanted != slack) {
+      slack = wanted;
       setCurrentTimerSlack(slack);
     }
     shared->sleepUntil(deadline);

@@ -1,6 +1,7 @@
 #include "Base/ThreadControl.h"
 
 #include <algorithm>
+#include <cmath>
 #include <pthread.h>
 #include <sys/prctl.h>
 
@@ -11,7 +12,7 @@ void nameCurrentThread(const std::string& name) {
 }
 
 void setCurrentTimerSlack(Seconds slack) {
-  const double nanoseconds = std::clamp(slack.count() * 1e9, 0.0, 1e18);
+  const double nanoseconds = std::clamp(std::round(slack.count() * 1e9), 0.0, 1e18);
   prctl(PR_SET_TIMERSLACK, static_cast<unsigned long>(nanoseconds), 0, 0, 0);
 }
 
