@@ -124,6 +124,11 @@ StorageScan::Found StorageScan::appCaches(const Cancellation& cancellation) cons
   // A cache folder that holds the home folder is a mistake in someone's settings.
   if (isInside(locations_.home, locations_.cacheHome)) return std::nullopt;
   const auto listing = files_.list(locations_.cacheHome);
+  const auto trashes = trash_.folders();
+  const auto holdsTrash = [&](const std::string& path) { // of a cache folder that is a volume of its own
+    return std::ranges::any_of(trashes,
+                               [&](const TrashFolder& trash) { return isInside(trash.entries, path); });
+  };
   std::vector<std::string> folders;
   for (const auto& entry : listing.entries) {
     const auto& prefix = locations_.systemCachePrefix;
@@ -131,7 +136,7 @@ StorageScan::Found StorageScan::appCaches(const Cancellation& cancellation) cons
     if (!prefix.empty() && entry.name.starts_with(prefix)) continue;
     const auto path = locations_.cacheHome + "/" + entry.name;
     const auto info = files_.info(path);
-    if (info && info->identity.device == listing.device) folders.push_back(path);
+    if (info && info->identity.device == listing.device && !holdsTrash(path)) folders.push_back(path);
   }
   auto items = folderItems(StorageKind::appCaches, folders, cancellation);
   const auto count = items.size();

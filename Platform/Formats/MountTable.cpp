@@ -129,7 +129,7 @@ std::vector<Mount> volumesWorthShowing(const std::vector<Mount>& table) {
 std::vector<Mount> mountsForFiles(const std::vector<Mount>& table) {
   std::vector<Mount> mounts;
   for (const auto& mount : table) {
-    if (contains(imageTypes, mount.type) || isPlumbing(mount.mountPoint)) continue;
+    if (contains(imageTypes, mount.type)) continue;
     if ((hasDevice(mount) || mount.type == "tmpfs") && !isBehindServer(mount.mountPoint, table))
       mounts.push_back(mount);
   }

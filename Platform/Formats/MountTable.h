@@ -24,8 +24,8 @@ std::vector<Mount> parseMountInfo(std::string_view text);
 /// blocks. For the same reason nothing is shown that lies on or below such a mount.
 std::vector<Mount> volumesWorthShowing(const std::vector<Mount>& table);
 
-/// The mounts that may hold a Trash of their own: as above, but every place of a device and file systems in
-/// memory too.
+/// The mounts that may hold a Trash of their own: every place of every device and file systems in memory too,
+/// also where they are out of sight (a cache folder of its own). Neither images nor what may block.
 std::vector<Mount> mountsForFiles(const std::vector<Mount>& table);
 
 /// Where the file system of a path begins: the mount point that it lies on or below, "/" when there is none.

@@ -178,6 +178,35 @@ TEST(StorageCleanupTests, emptyingReachesNothingOutsideTheTrash) {
   EXPECT_THAT(disk.names("home/precious"), ElementsAre("x"));
 }
 
+/// A Trash with a record beside each entry.
+struct RecordedTrash final : Trash {
+  explicit RecordedTrash(std::string top) : top_(std::move(top)) {}
+  std::vector<Outcome> move(const std::vector<TrashRequest>&) override { return {}; }
+  std::vector<TrashFolder> folders() override { return {{top_ + "/files", top_ + "/info", ".trashinfo"}}; }
+
+private:
+  std::string top_;
+};
+
+TEST(StorageCleanupTests, recordsGoWithTheirEntries) {
+  StorageWorld world;
+  auto& disk = world.disk;
+  for (const auto* name :
+       {"files/gone/x", "files/stays/inner/x", "info/gone.trashinfo", "info/stays.trashinfo",
+        "info/orphan.trashinfo", "info/coming.trashinfo", "info/notes"})
+    disk.file("home/bin/" + std::string(name), 1);
+  disk.date("home/bin/info/coming.trashinfo", world.clock.wall - Seconds{59});
+  disk.date("home/bin/info/orphan.trashinfo", world.clock.wall - Seconds{61});
+  const AsOrdinaryUser user(disk);
+  disk.mode("home/bin/files/stays/inner", 0000);
+  RecordedTrash trash(disk / "home/bin");
+  const StorageScan scan(world.locations(), world.files, trash, {}, world.clock);
+  EXPECT_THAT(scan.perform(StorageAction::emptyTrash(), {}), IsEmpty());
+  EXPECT_THAT(disk.names("home/bin/files"), ElementsAre("stays"));
+  EXPECT_THAT(disk.names("home/bin/info"), ElementsAre("coming.trashinfo", "notes", "stays.trashinfo"));
+  disk.mode("home/bin/files/stays/inner", 0700);
+}
+
 TEST(StorageCleanupTests, commandsThatFailFreeNothing) {
   StorageWorld world;
   world.disk.file("home/.cache/Homebrew/x", 50'000);

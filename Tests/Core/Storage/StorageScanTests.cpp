@@ -211,6 +211,14 @@ TEST_F(StorageScanTests, aCacheFolderThatHoldsTheHomeFolderIsNotTrusted) {
   }
 }
 
+TEST_F(StorageScanTests, theTrashOfACacheVolumeIsNoCache) {
+  disk.file("home/.cache/.Trash-1000/files/x", 1);
+  disk.file("home/.cache/app/x", 1);
+  FolderTrash inside(disk / "home/.cache/.Trash-1000/files");
+  const StorageScan scan(world.locations(), world.files, inside, {}, world.clock);
+  EXPECT_THAT(ids(scan.scan(appCaches)), ElementsAre(".cache/app"));
+}
+
 TEST_F(StorageScanTests, theTrashIsMeasuredAsAWhole) {
   disk.file("home/trash/a/b", 5000);
   disk.file("home/trash/c", 5000);

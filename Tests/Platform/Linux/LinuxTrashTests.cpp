@@ -23,7 +23,11 @@ struct World {
     std::filesystem::create_directories(disk / "volume");
     std::ofstream(disk / "mountinfo") << "20 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
                                       << "21 20 8:2 / " << disk / "volume"
-                                      << " rw - ext4 /dev/sdb1 rw\n";
+                                      << " rw - ext4 /dev/sdb1 rw\n"
+                                      << "22 20 0:9 / " << disk / "home/.cache"
+                                      << " rw - tmpfs tmpfs rw\n"
+                                      << "23 20 0:10 / " << disk / "server"
+                                      << " rw - nfs4 host:/export rw\n";
   }
   std::unique_ptr<LinuxTrash> trash() {
     return std::make_unique<LinuxTrash>(disk / "home/.local/share", geteuid(), clock, zone,
@@ -80,6 +84,16 @@ TEST_F(LinuxTrashTests, aVolumeKeepsWhatWasOnIt) {
   for (const auto& folder : trash->folders()) folders.push_back(folder.entries);
   EXPECT_THAT(folders, ElementsAre(disk / "volume/.Trash/" + std::to_string(geteuid()) + "/files",
                                    disk / ("volume/" + mine + "/files")));
+}
+
+TEST_F(LinuxTrashTests, whateverWasMovedIsListed) {
+  disk.file("home/.cache/pip/x", 1);
+  disk.folder("server/" + mine);
+  ASSERT_TRUE(move("home/.cache/pip"));
+  const auto folders = trash->folders();
+  ASSERT_EQ(folders.size(), 1u) << "servers are not asked: one that is gone blocks";
+  EXPECT_EQ(folders[0].entries, disk / ("home/.cache/" + mine + "/files"));
+  EXPECT_THAT(disk.names("home/.cache/" + mine + "/files"), ElementsAre("pip"));
 }
 
 TEST_F(LinuxTrashTests, aTrashThatIsALinkIsNotUsed) {
