@@ -13,6 +13,9 @@ void Statement::bind(int index, std::string_view value) {
   const char* text = value.data() ? value.data() : ""; // a null pointer would bind NULL
   sqlite3_bind_text64(statement_.get(), index, text, value.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
 }
+void Statement::bindBlob(int index, std::string_view bytes) {
+  sqlite3_bind_blob64(statement_.get(), index, bytes.data(), bytes.size(), SQLITE_TRANSIENT);
+}
 void Statement::bindNull(int index) { sqlite3_bind_null(statement_.get(), index); }
 void Statement::bindPointer(int index, void* pointer, const char* type) {
   sqlite3_bind_pointer(statement_.get(), index, pointer, type, nullptr);

@@ -1,0 +1,63 @@
+#pragma once
+// One scan's sums on their way into the database: events of all files, merged in the files' order.
+
+#include "Core/AIUsage/LineRules.h"
+#include "Core/AIUsage/UsageDatabase.h"
+
+#include <map>
+
+namespace korvell {
+
+/// Which messages were counted, in this scan and before. New keys gather in memory and go to the database
+/// sorted, which costs it a fraction of what it takes to insert them one by one in the order of a hash.
+class SeenKeys {
+public:
+  SeenKeys(UsageDatabase& database, std::string scanDay);
+  /// True once for each key. False answers of the database count as first sightings.
+  bool isFirstSighting(std::uint64_t key);
+  bool flush();
+
+private:
+  bool insert(std::uint64_t key);
+
+  UsageDatabase& database_;
+  std::string scanDay_;
+  bool anyStored_;
+  bool failed_ = false;
+  std::vector<std::uint64_t> slots_; ///< open addressing; 0 is free
+  std::size_t used_ = 0;
+  bool zeroSeen_ = false;
+};
+
+class Accounting {
+public:
+  Accounting(UsageDatabase& database, std::string scanDay, std::optional<AICodexLimits> limits);
+
+  /// Takes part of a file's events; `state` is the file's and is advanced.
+  void merge(AITool tool, FileState& state, const EventBatch& batch);
+  void finishFile(const std::string& path, const FileState& state);
+  /// Writes what is still in memory.
+  void flush();
+
+  /// Something could not be written: the transaction is of no use.
+  bool failed() const { return failed_; }
+  std::int64_t records() const { return records_; }
+  const std::optional<AICodexLimits>& limits() const { return limits_; }
+  /// The states of all finished files.
+  const std::map<std::string, FileState>& states() const { return states_; }
+
+private:
+  void add(const Bucket& bucket, const Counts& counts);
+  void flushUsage();
+
+  UsageDatabase& database_;
+  SeenKeys seen_;
+  std::optional<AICodexLimits> limits_, storedLimits_;
+  std::map<std::string, FileState> states_;
+  std::unordered_map<Bucket, Counts, BucketHash> pending_;
+  std::size_t pendingBytes_ = 0;
+  std::int64_t records_ = 0;
+  bool failed_ = false;
+};
+
+} // namespace korvell

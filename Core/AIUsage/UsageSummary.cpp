@@ -1,0 +1,115 @@
+#include "Core/AIUsage/UsageSummary.h"
+
+#include "Core/AIUsage/AIPricing.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <map>
+
+namespace korvell {
+
+namespace {
+
+/// Higher cost first, an absent one last of all; then more tokens.
+template <class Total>
+void sortByCost(std::vector<Total>& totals) {
+  const auto cost = [](const Total& total) {
+    if constexpr (std::is_same_v<decltype(total.cost), double>)
+      return total.cost;
+    else
+      return total.cost.value_or(-1);
+  };
+  std::stable_sort(totals.begin(), totals.end(), [&](const Total& a, const Total& b) {
+    return cost(a) != cost(b) ? cost(a) > cost(b) : a.tokens.total() > b.tokens.total();
+  });
+}
+
+template <class Key, class Total>
+std::vector<Total> sortedValues(std::map<Key, Total>&& groups) {
+  std::vector<Total> totals;
+  for (auto& [key, total] : groups) totals.push_back(std::move(total));
+  sortByCost(totals);
+  return totals;
+}
+
+} // namespace
+
+std::int64_t AITokens::total() const {
+  return addTokens(addTokens(addTokens(input, output), cacheWrite), cacheRead);
+}
+
+AITokens& AITokens::operator+=(const AITokens& other) {
+  for (const auto member : {&AITokens::input, &AITokens::output, &AITokens::cacheWrite, &AITokens::cacheRead})
+    this->*member = addTokens(this->*member, other.*member);
+  return *this;
+}
+
+std::string AIUsageRow::id() const {
+  return fmt::format("{:.1f}|{}|{}|{}", day.sinceEpoch, rawValue(tool), model, project);
+}
+
+Date AIUsageSummary::startOfPeriod(int days, Date now, const TimeZone& zone) {
+  return startOfDay(zone, localDay(zone, now) + (1 - days));
+}
+
+std::vector<AIUsageRow> AIUsageSummary::rowsSince(Date since, std::optional<AITool> tool) const {
+  std::vector<AIUsageRow> result;
+  for (const auto& row : rows)
+    if (row.day >= since && (!tool || row.tool == *tool)) result.push_back(row);
+  return result;
+}
+
+AITokens AIUsageSummary::tokens(Date since, std::optional<AITool> tool) const {
+  AITokens sum;
+  for (const auto& row : rowsSince(since, tool)) sum += row.tokens;
+  return sum;
+}
+
+double AIUsageSummary::cost(Date since, std::optional<AITool> tool) const {
+  double sum = 0;
+  for (const auto& row : rowsSince(since, tool)) sum += row.cost.value_or(0);
+  return sum;
+}
+
+std::vector<AIModelTotal> AIUsageSummary::byModel(Date since, std::optional<AITool> tool) const {
+  std::map<std::pair<AITool, std::string>, AIModelTotal> groups;
+  for (const auto& row : rowsSince(since, tool)) {
+    auto& total = groups[{row.tool, row.model}];
+    total.tool = row.tool;
+    total.model = row.model;
+    total.tokens += row.tokens;
+    if (row.cost) total.cost = total.cost.value_or(0) + *row.cost;
+  }
+  return sortedValues(std::move(groups));
+}
+
+std::vector<AIProjectTotal> AIUsageSummary::byProject(Date since, std::optional<AITool> tool) const {
+  std::map<std::string, AIProjectTotal> groups;
+  for (const auto& row : rowsSince(since, tool)) {
+    auto& total = groups[row.project];
+    total.name = row.project;
+    total.tokens += row.tokens;
+    total.cost += row.cost.value_or(0);
+  }
+  return sortedValues(std::move(groups));
+}
+
+std::optional<double> listCost(std::string_view model, const Counts& counts) {
+  const auto price = AIPricing::price(model);
+  if (!price) return std::nullopt;
+  const auto dollars = [](std::int64_t tokens, double perMillion) { return double(tokens) * perMillion; };
+  return (dollars(counts.input, price->input) +
+          dollars(subtractTokens(counts.cacheWrite, counts.cacheWrite1h), price->cacheWrite5m) +
+          dollars(counts.cacheWrite1h, price->cacheWrite1h) + dollars(counts.output, price->output) +
+          dollars(counts.cacheRead, price->cacheRead)) /
+         1e6;
+}
+
+std::string costExplanation() {
+  return localized("API-equivalent cost is what these tokens would cost at API list prices (checked ") +
+         std::string(AIPricing::checked) +
+         localized("). Subscription plans do not pay per token. Tokens include cache reads and writes. "
+                   "Cursor keeps no usage data on this Mac, so it is not shown.");
+}
+
+} // namespace korvell

@@ -1,0 +1,97 @@
+#pragma once
+// What was used, priced, and rolled up for display.
+
+#include "Core/AIUsage/CodexLimits.h"
+#include "Core/AIUsage/UsageRecords.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace korvell {
+
+struct AITokens {
+  std::int64_t input = 0, output = 0;
+  std::int64_t cacheWrite = 0; ///< those held for an hour included
+  std::int64_t cacheRead = 0;
+
+  std::int64_t total() const;
+  AITokens& operator+=(const AITokens& other);
+  bool operator==(const AITokens&) const = default;
+  static constexpr auto fields() {
+    return std::tuple{Field{"input", &AITokens::input}, Field{"output", &AITokens::output},
+                      Field{"cacheWrite", &AITokens::cacheWrite}, Field{"cacheRead", &AITokens::cacheRead}};
+  }
+};
+
+struct AIUsageRow {
+  Date day; ///< its local midnight
+  AITool tool = AITool::claude;
+  std::string model;
+  std::string project;
+  AITokens tokens;
+  std::optional<double> cost; ///< dollars; absent for a model without a price
+
+  /// Tells rows of one summary apart.
+  std::string id() const;
+  bool operator==(const AIUsageRow&) const = default;
+};
+
+struct AIModelTotal {
+  AITool tool = AITool::claude;
+  std::string model;
+  AITokens tokens;
+  std::optional<double> cost;
+  bool operator==(const AIModelTotal&) const = default;
+};
+
+struct AIProjectTotal {
+  std::string name;
+  AITokens tokens;
+  double cost = 0;
+  bool operator==(const AIProjectTotal&) const = default;
+};
+
+enum class AIPeriod { today, week, month };
+
+template <>
+struct EnumTable<AIPeriod> {
+  /// The raw values are what the command line takes.
+  static constexpr EnumCase<AIPeriod> cases[] = {{AIPeriod::today, "today", "Today"},
+                                                 {AIPeriod::week, "7d", "7 days"},
+                                                 {AIPeriod::month, "30d", "30 days"}};
+};
+
+constexpr int days(AIPeriod period) {
+  return period == AIPeriod::today ? 1 : period == AIPeriod::week ? 7 : 30;
+}
+
+struct AIUsageSummary {
+  std::vector<AIUsageRow> rows; ///< oldest day first
+  std::optional<AICodexLimits> codexLimits;
+  std::optional<Date> updatedAt;
+  std::optional<AIScanStats> lastScan;
+
+  /// The local midnight with which a period of that many days, today included, begins.
+  static Date startOfPeriod(int days, Date now, const TimeZone& zone);
+
+  // What happened on `since` and later, of one tool or of both. A missing cost counts as 0.
+  std::vector<AIUsageRow> rowsSince(Date since, std::optional<AITool> tool = {}) const;
+  AITokens tokens(Date since, std::optional<AITool> tool = {}) const;
+  double cost(Date since, std::optional<AITool> tool = {}) const;
+
+  /// The most expensive first, then the one with more tokens. A model of which no row has a price has none,
+  /// and comes after all that have.
+  std::vector<AIModelTotal> byModel(Date since, std::optional<AITool> tool = {}) const;
+  std::vector<AIProjectTotal> byProject(Date since, std::optional<AITool> tool = {}) const;
+
+  bool operator==(const AIUsageSummary&) const = default;
+};
+
+/// Dollars at list prices; nothing for a model without a price.
+std::optional<double> listCost(std::string_view model, const Counts& counts);
+
+/// What API-equivalent cost means, and since when the prices hold; localised.
+std::string costExplanation();
+
+} // namespace korvell

@@ -1,0 +1,346 @@
+#include "Core/AIUsage/AIUsageScanner.h"
+
+#include "LogText.h"
+#include "Tests/Fakes/FakeClock.h"
+#include "Tests/Fakes/FakeLogFiles.h"
+#include "Tests/Fakes/FakeTimeZone.h"
+#include "Tests/Fakes/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <random>
+#include <sys/stat.h>
+
+namespace korvell {
+namespace {
+
+using Outcome = AIUsageScanner::Outcome;
+
+const std::string claudeFolder = "/home/ann/.claude/projects/-home-ann-code-api/";
+const std::string codexFolder = "/home/ann/.codex/sessions/2026/03/01/";
+
+class ScannerTests : public testing::Test {
+protected:
+  ScannerTests() { clock.wall = {1'772'366'400}; } // 2026-03-01 12:00 UTC
+
+  std::unique_ptr<AIUsageScanner> open(int threads = 1) {
+    return std::make_unique<AIUsageScanner>(
+        AIUsageScanner::Options{.databasePath = database(), .home = "/home/ann", .threads = threads}, files,
+        zone, clock);
+  }
+  AIScanStats scan() {
+    if (!scanner) scanner = open();
+    return scanner->refresh(clock.wall);
+  }
+  std::string database() const { return folder / "data/ai-usage.sqlite"; }
+  FakeLogFiles::File& file(const std::string& path) {
+    auto& file = files.files[path];
+    file.modified = clock.wall;
+    return file;
+  }
+  void append(const std::string& path, const std::string& line) { file(path).text += line + "\n"; }
+
+  /// Every row of the four tables, as text.
+  std::string dump() {
+    auto db = Database::open(database(), Database::Mode::readOnly);
+    std::string text;
+    for (const char* sql :
+         {"SELECT path, offset || '|' || last_total || '|' || model || '|' || project FROM files "
+          "ORDER BY path",
+          "SELECT day || '|' || tool || '|' || model || '|' || project, input || '|' || output || "
+          "'|' || cache_write || '|' || cache_write_1h || '|' || cache_read FROM usage",
+          "SELECT hash, day FROM seen ORDER BY hash", "SELECT key, value FROM kv"}) {
+      auto statement = db.prepare(sql);
+      EXPECT_TRUE(bool(statement)) << sql;
+      while (statement.stepRow()) text += statement.text(0) + " " + statement.text(1) + "\n";
+    }
+    return text;
+  }
+  std::string usage() {
+    auto db = Database::open(database(), Database::Mode::readOnly);
+    auto statement = db.prepare("SELECT day, model, project, input, output FROM usage");
+    std::string text;
+    while (statement.stepRow()) {
+      for (int i = 0; i < 5; ++i) text += (i ? " " : "") + statement.text(i);
+      text += "; ";
+    }
+    return text;
+  }
+
+  TemporaryFolder folder;
+  FakeLogFiles files;
+  FakeTimeZone zone;
+  FakeClock clock;
+  std::unique_ptr<AIUsageScanner> scanner;
+};
+
+const std::string oneMessage = "2026-03-01 claude-sonnet-4-5 shop 1 2; ";
+
+TEST_F(ScannerTests, countsBothTools) {
+  append(claudeFolder + "a.jsonl", ClaudeText{}.text());
+  append(claudeFolder + "a.jsonl", ClaudeText{.id = "msg_2", .cwd = ""}.text());
+  append(claudeFolder + "b.jsonl", ClaudeText{.id = "msg_3", .cwd = ""}.text());
+  append(codexFolder + "c.jsonl", CodexText{}.text());
+  const auto bytes = files.files[claudeFolder + "a.jsonl"].text.size() +
+                     files.files[claudeFolder + "b.jsonl"].text.size() +
+                     files.files[codexFolder + "c.jsonl"].text.size();
+  const auto stats = scan();
+  EXPECT_EQ(scanner->lastOutcome(), Outcome::done);
+  EXPECT_EQ(stats.files, 3);
+  EXPECT_EQ(stats.bytes, std::int64_t(bytes));
+  EXPECT_EQ(stats.records, 4);
+  EXPECT_EQ(usage(), "2026-03-01 claude-sonnet-4-5 api 1 2; 2026-03-01 claude-sonnet-4-5 shop 2 4; "
+                     "2026-03-01 unknown Home 30 7; ");
+  EXPECT_EQ(scan().files, 0);
+}
+
+TEST_F(ScannerTests, aMessageCountsOnceWhereverItIsRepeated) {
+  for (const char* name : {"a.jsonl", "b.jsonl"}) append(claudeFolder + name, ClaudeText{}.text());
+  append(claudeFolder + "b.jsonl", ClaudeText{.request = "req_2"}.text());
+  scan();
+  EXPECT_EQ(usage(), "2026-03-01 claude-sonnet-4-5 shop 2 4; ");
+  scanner.reset();
+  append(claudeFolder + "c.jsonl", ClaudeText{}.text());
+  EXPECT_EQ(scan().records, 0) << "known to the database only";
+  // A repeated line leaves the file's project alone.
+  append(claudeFolder + "c.jsonl", ClaudeText{.id = "msg_9", .cwd = ""}.text());
+  scan();
+  EXPECT_EQ(usage(), "2026-03-01 claude-sonnet-4-5 api 1 2; 2026-03-01 claude-sonnet-4-5 shop 2 4; ");
+}
+
+TEST_F(ScannerTests, halfALineWaitsForItsEnd) {
+  const auto path = claudeFolder + "a.jsonl", line = ClaudeText{}.text();
+  file(path).text = "{}\n" + line.substr(0, 80);
+  EXPECT_EQ(scan().records, 0);
+  EXPECT_NE(dump().find("a.jsonl 3|"), std::string::npos);
+  file(path).text = "{}\n" + line + "\n";
+  EXPECT_EQ(scan().records, 1);
+  EXPECT_EQ(scan().records, 0);
+}
+
+TEST_F(ScannerTests, aFileCutShortIsReadFromItsStart) {
+  const auto path = codexFolder + "a.jsonl";
+  append(path, CodexText::context("gpt-5.5", "/p/tool"));
+  append(path, CodexText{}.text());
+  scan();
+  file(path).text = CodexText{.total = 7}.text() + "\n";
+  scan();
+  EXPECT_EQ(usage(), "2026-03-01 gpt-5.5 tool 30 7; 2026-03-01 unknown tool 30 7; ");
+  file(path).text.clear();
+  scan();
+  scanner.reset();
+  append(path, CodexText::context("gpt-5.5", "/p/tool") + std::string(2'000, ' '));
+  append(path, CodexText{.total = 7}.text());
+  EXPECT_EQ(scan().records, 1) << "grown beyond its old length after it was empty";
+}
+
+TEST_F(ScannerTests, oldFilesAreNotOpened) {
+  const auto path = claudeFolder + "a.jsonl";
+  append(path, ClaudeText{}.text());
+  file(path).modified = clock.wall - Seconds{2'592'001};
+  EXPECT_EQ(scan().files, 0);
+  EXPECT_TRUE(files.opened.empty());
+  file(path).modified = clock.wall - Seconds{2'592'000};
+  EXPECT_EQ(scan().files, 1);
+}
+
+TEST_F(ScannerTests, zeroCountsAddNoRow) {
+  append(claudeFolder + "a.jsonl", ClaudeText{.usage = R"("input_tokens":0)"}.text());
+  EXPECT_EQ(scan().records, 1);
+  EXPECT_EQ(usage(), "");
+}
+
+TEST_F(ScannerTests, unreadableAndVanishedFilesAreTriedAgain) {
+  const auto path = claudeFolder + "a.jsonl";
+  append(path, ClaudeText{}.text());
+  file(path).readable = false;
+  EXPECT_EQ(scan().records, 0);
+  file(path).readable = true;
+  EXPECT_EQ(scan().records, 1);
+  file(path).listedSize = 1'000'000; // shrinks between listing and reading
+  EXPECT_EQ(scan().records, 0);
+  EXPECT_EQ(usage(), oneMessage);
+}
+
+TEST_F(ScannerTests, theDayIsThatOfTheZoneInWhichTheLineIsRead) {
+  append(claudeFolder + "a.jsonl", ClaudeText{.timestamp = "2026-03-01T00:30:00Z"}.text());
+  scan();
+  zone.move(-5 * 3'600);
+  append(claudeFolder + "a.jsonl", ClaudeText{.id = "msg_2", .timestamp = "2026-03-01T00:30:00Z"}.text());
+  scan();
+  EXPECT_EQ(usage(), "2026-02-28 claude-sonnet-4-5 shop 1 2; " + oneMessage);
+}
+
+TEST_F(ScannerTests, theNewestLimitsStay) {
+  const auto limited = [](const char* time, int used) {
+    return CodexText{.timestamp = time,
+                     .limits =
+                         fmt::format(R"({{"primary":{{"used_percent":{},"resets_at":1772380000}}}})", used)}
+        .text();
+  };
+  append(codexFolder + "a.jsonl", limited("2026-03-01T12:10:00Z", 40));
+  append(codexFolder + "b.jsonl", limited("2026-03-01T12:00:00Z", 20));
+  scan();
+  EXPECT_EQ(scanner->latestLimits()->primary->usedPercent, 40);
+  EXPECT_NE(dump().find(R"(codex_limits {"date":794059800.0,"primary":{"usedPercent":40.0,"windowMinutes":0,)"
+                        R"("resetsAt":794072800.0}})"),
+            std::string::npos)
+      << dump();
+  scanner.reset();
+  scan();
+  EXPECT_EQ(scanner->latestLimits()->primary->usedPercent, 40) << "read back";
+}
+
+TEST_F(ScannerTests, whatIsOlderThanFortyDaysGoesAtTheStart) {
+  append(claudeFolder + "a.jsonl", ClaudeText{}.text());
+  scan();
+  scanner.reset();
+  clock.wall = clock.wall + Seconds{40 * 86'400};
+  scanner = open();
+  EXPECT_EQ(usage(), oneMessage);
+  clock.wall = clock.wall + Seconds{86'400};
+  scanner = open();
+  EXPECT_EQ(usage(), "");
+}
+
+TEST_F(ScannerTests, anotherScannersWorkIsTakenOver) {
+  const auto other = open();
+  scanner = open();
+  append(claudeFolder + "a.jsonl", ClaudeText{}.text());
+  append(codexFolder + "b.jsonl", CodexText{}.text());
+  EXPECT_EQ(other->refresh(clock.wall).records, 2);
+  EXPECT_EQ(scan().files, 0);
+  append(codexFolder + "b.jsonl", CodexText{}.text());
+  EXPECT_EQ(scan().records, 0) << "the running total came from the other";
+  EXPECT_EQ(usage(), oneMessage + "2026-03-01 unknown Home 30 7; ");
+}
+
+TEST_F(ScannerTests, aScanThatCannotBeStoredIsRepeated) {
+  append(claudeFolder + "a.jsonl", ClaudeText{}.text());
+  append(codexFolder + "b.jsonl", CodexText{}.text());
+  scanner = open();
+  auto db = Database::open(database(), Database::Mode::readWrite);
+  ASSERT_EQ(db.exec("CREATE TRIGGER full BEFORE INSERT ON usage BEGIN SELECT RAISE(ROLLBACK, 'full'); END"),
+            0);
+  EXPECT_EQ(scan().records, 0);
+  EXPECT_EQ(scanner->lastOutcome(), Outcome::failed);
+  EXPECT_EQ(dump(), "") << "nothing of it";
+  ASSERT_EQ(db.exec("DROP TRIGGER full"), 0);
+  EXPECT_EQ(scan().records, 2);
+  EXPECT_EQ(usage(), oneMessage + "2026-03-01 unknown Home 30 7; ");
+}
+
+TEST_F(ScannerTests, aNewerVersionsDatabaseIsLeftAlone) {
+  for (const char* change : {"PRAGMA user_version = 1", "ALTER TABLE files ADD COLUMN inode INTEGER"}) {
+    append(claudeFolder + "a.jsonl", ClaudeText{.id = change}.text());
+    scan();
+    scanner.reset();
+    const auto before = usage();
+    ASSERT_EQ(Database::open(database(), Database::Mode::readWrite).exec(change), 0);
+    append(claudeFolder + "a.jsonl", ClaudeText{.id = "x"}.text());
+    EXPECT_EQ(scan().records, 0) << change;
+    EXPECT_EQ(scanner->lastOutcome(), Outcome::foreign) << change;
+    EXPECT_EQ(usage(), before) << change;
+    EXPECT_EQ(scanner->summary(30, clock.wall).rows.size(), 1u) << "still readable";
+    scanner.reset();
+    std::filesystem::remove_all(folder.path() / "data");
+  }
+}
+
+TEST_F(ScannerTests, sumsBeyond64BitsEndTheProcessBeforeAnythingIsStored) {
+  append(claudeFolder + "a.jsonl", ClaudeText{.usage = R"("input_tokens":9223372036854775807)"}.text());
+  scan();
+  append(claudeFolder + "a.jsonl", ClaudeText{.id = "msg_2"}.text());
+  EXPECT_DEATH(scan(), "exceed 64 bits");
+  EXPECT_EQ(usage(), "2026-03-01 claude-sonnet-4-5 shop 9223372036854775807 0; ");
+}
+
+// Names and texts that no tool writes must not end a scan either.
+TEST_F(ScannerTests, namesNeedNotBeUTF8) {
+  append("/home/ann/.claude/projects/-p-caf\xe9/a\xff.jsonl", ClaudeText{.cwd = ""}.text());
+  scan();
+  scanner.reset();
+  EXPECT_EQ(scan().files, 0);
+  EXPECT_EQ(usage(), "2026-03-01 claude-sonnet-4-5 caf\xe9 1 2; ");
+}
+
+TEST_F(ScannerTests, severalThreadsAndManyScansEqualOneOfEach) {
+  std::mt19937 random(3);
+  FakeLogFiles all;
+  for (int f = 0; f < 24; ++f) {
+    const bool claude = f % 3 != 0;
+    auto& log = all.files[(claude ? claudeFolder : codexFolder) + std::to_string(f) + ".jsonl"];
+    log.modified = clock.wall;
+    for (int i = 0; i < 60; ++i) {
+      const auto id = std::to_string(random() % 500);
+      const auto time = fmt::format("2026-03-0{}T{:02}:00:00Z", 1 + random() % 4, random() % 24);
+      const auto cwd = random() % 3 ? "/home/ann/p" + std::to_string(random() % 4) : "";
+      if (random() % 4 == 0) log.text += std::string(random() % 30'000, 'x') + "\n";
+      log.text += (!claude ? random() % 5 ? CodexText{.timestamp = time, .total = int(random() % 9)}.text()
+                                          : CodexText::context("gpt-" + id, cwd)
+                           : ClaudeText{.id = "msg_" + id, .timestamp = time, .cwd = cwd}.text()) +
+                  (random() % 20 ? "\n" : "}\n");
+    }
+  }
+  // Large enough for helpers to be worth it.
+  all.files[claudeFolder + "z.jsonl"] = {std::string(9 << 20, ' ') + "\n", clock.wall};
+  std::string expected;
+  for (const int threads : {1, 2, 4}) {
+    std::filesystem::remove_all(folder.path() / "data");
+    files.files = all.files;
+    open(threads)->refresh(clock.wall);
+    if (expected.empty()) expected = dump();
+    EXPECT_EQ(dump(), expected) << threads << " threads";
+    EXPECT_GT(expected.size(), 2'000u);
+  }
+  // Growing file by file, in the order in which one scan reads them.
+  std::filesystem::remove_all(folder.path() / "data");
+  files.files.clear();
+  for (const auto& [path, log] : all.files)
+    for (std::size_t end = random() % log.text.size();; end = log.text.size()) {
+      files.files[path] = {log.text.substr(0, end), clock.wall};
+      files.readLimit = 1 + random() % 100'000;
+      scan();
+      if (end == log.text.size()) break;
+    }
+  EXPECT_EQ(dump(), expected);
+}
+
+TEST(LineBlocksTests, linesAreCutWhateverTheReads) {
+  std::mt19937 random(5);
+  constexpr std::size_t longest = LineBlocks::blockSize * 2;
+  FakeLogFiles files;
+  auto& text = files.files["/a"].text;
+  std::string expected; // without the line that is too long
+  for (const std::size_t length :
+       {std::size_t(0), std::size_t(5), LineBlocks::blockSize, longest, std::size_t(9), longest + 1,
+        std::size_t(0), LineBlocks::blockSize - 1, longest * 3, std::size_t(7)}) {
+    const std::string line = std::string(length, char('a' + length % 26)) + "\n";
+    text += line;
+    if (length <= longest) expected += line;
+  }
+  const auto whole = std::int64_t(text.size());
+  text += "begun";
+  for (const std::size_t limit : {SIZE_MAX, std::size_t(100'001), LineBlocks::blockSize}) {
+    files.readLimit = limit;
+    const auto log = files.open("/a");
+    BlockBuffer buffer;
+    LineBlocks blocks(*log, buffer, 0, longest);
+    std::string got;
+    std::string_view lines;
+    while (blocks.next(lines)) got += lines;
+    EXPECT_TRUE(got == expected) << got.size() << " " << expected.size();
+    EXPECT_EQ(blocks.offset(), whole);
+    EXPECT_LE(buffer.capacity(), longest + 1);
+  }
+  files.files["/b"].text = "ab\n" + std::string(longest * 2, 'x');
+  const auto log = files.open("/b");
+  BlockBuffer buffer;
+  LineBlocks blocks(*log, buffer, 0, longest);
+  std::string_view lines;
+  EXPECT_TRUE(blocks.next(lines));
+  EXPECT_FALSE(blocks.next(lines));
+  EXPECT_EQ(blocks.offset(), 3) << "a line that is too long and not ended yet stays";
+}
+
+} // namespace
+} // namespace korvell
