@@ -23,7 +23,7 @@ public:
   void bind(int index, std::int64_t value);
   void bind(int index, int value) { bind(index, std::int64_t{value}); }
   void bind(int index, double value);
-  void bind(int index, std::string_view value); ///< copied
+  void bind(int index, std::string_view value);     ///< copied
   void bindBlob(int index, std::string_view bytes); ///< copied
   void bindNull(int index);
   /// For an SQL function of our own, which asks for the pointer by `type`, a string that lives for ever.
