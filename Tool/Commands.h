@@ -8,6 +8,7 @@ namespace korvell {
 /// Lines of figures are not drawn out further than this.
 inline constexpr int widestSummary = 120;
 
+Command aiCommand();
 Command helperCommand();
 Command statusCommand();
 Command watchCommand();

@@ -80,8 +80,13 @@ AIUsageScanner::Outcome AIUsageScanner::scan(Date now, const Progress& progress,
   Accounting accounting(database_, dayText(localDay(zone_, now)), latestLimits_);
   ScanProgress report;
   if (progress) report = [&](std::int64_t bytes) { progress(bytes, stats.bytes); };
-  Scan scan(files_, zone_, options_.home, accounting, tasks, report);
+  Scan scan(files_, zone_, options_.home, accounting, tasks, report, options_.cancellation);
   helpers = scan.run(stats.bytes < worthASecondThread ? 1 : options_.threads);
+  if (options_.cancellation.isCancelled()) {
+    database_.rollback();
+    stats = {};
+    return Outcome::cancelled;
+  }
   accounting.flush();
   if (accounting.failed() || !database_.commit()) {
     database_.rollback();

@@ -14,13 +14,15 @@ namespace korvell {
 class AIUsageScanner {
 public:
   struct Options {
-    std::string databasePath; ///< of "ai-usage.sqlite"
-    std::string home;         ///< the logs are below it
-    int threads = 2;          ///< at most; small scans use one
+    std::string databasePath;       ///< of "ai-usage.sqlite"
+    std::string home;               ///< the logs are below it
+    Cancellation cancellation = {}; ///< ends a scan soon and without a trace
+    int threads = 2;                ///< at most; small scans use one
   };
   enum class Outcome {
     done,
-    locked,  ///< another process held the database for too long
+    locked, ///< another process held the database for too long
+    cancelled,
     failed,  ///< the database could not be written
     foreign, ///< the database was changed by another version of Korvell
   };

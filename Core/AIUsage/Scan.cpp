@@ -15,9 +15,9 @@ constexpr std::size_t mostWaitingBytes = std::size_t{1} << 20;
 } // namespace
 
 Scan::Scan(LogFiles& files, const TimeZone& zone, std::string home, Accounting& accounting,
-           std::vector<ScanTask>& tasks, ScanProgress progress)
+           std::vector<ScanTask>& tasks, ScanProgress progress, Cancellation cancellation)
     : files_(files), zone_(zone), home_(std::move(home)), accounting_(accounting), tasks_(tasks),
-      progress_(std::move(progress)) {}
+      progress_(std::move(progress)), cancellation_(std::move(cancellation)) {}
 
 Seconds Scan::run(int threads) {
   std::vector<std::thread> helpers;
@@ -46,13 +46,13 @@ void Scan::work() {
 void Scan::read(std::size_t index, LineTools& tools, BlockBuffer& buffer) {
   auto& task = tasks_[index];
   auto batch = std::make_unique<EventBatch>();
-  const auto log = stopped_ ? nullptr : files_.open(task.path);
+  const auto log = stopped() ? nullptr : files_.open(task.path);
   if (log) {
     LineBlocks blocks(*log, buffer, task.state.offset);
     ClaudeLines claude(tools, *batch);
     CodexLines codex(tools, *batch, task.state);
     std::string_view lines;
-    while (!stopped_ && blocks.next(lines)) {
+    while (!stopped() && blocks.next(lines)) {
       task.tool == AITool::claude ? claude.lines(lines) : codex.lines(lines);
       task.state.offset = blocks.offset();
       report(std::int64_t(lines.size()));

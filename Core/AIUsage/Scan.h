@@ -5,6 +5,7 @@
 // by whichever thread finishes the one that is due. A thread whose file is not due keeps its events for
 // later; when many wait, it waits itself, so that memory does not grow with the logs.
 
+#include "Base/Cancellation.h"
 #include "Core/AIUsage/Accounting.h"
 #include "Core/AIUsage/LineBlocks.h"
 
@@ -27,7 +28,7 @@ using ScanProgress = std::function<void(std::int64_t bytes)>;
 class Scan {
 public:
   Scan(LogFiles& files, const TimeZone& zone, std::string home, Accounting& accounting,
-       std::vector<ScanTask>& tasks, ScanProgress progress);
+       std::vector<ScanTask>& tasks, ScanProgress progress, Cancellation cancellation = {});
 
   /// Works through all tasks and returns the CPU time of the threads that it started. The calling thread is
   /// one of the `threads`.
@@ -40,6 +41,7 @@ private:
   void read(std::size_t index, LineTools& tools, BlockBuffer& buffer);
   void mergeInTurn(std::size_t index, EventBatch& batch);
   void finish(std::size_t index, Batch batch);
+  bool stopped() const { return stopped_ || cancellation_.isCancelled(); }
   void report(std::int64_t bytes);
 
   LogFiles& files_;
@@ -48,6 +50,7 @@ private:
   Accounting& accounting_;
   std::vector<ScanTask>& tasks_;
   ScanProgress progress_;
+  Cancellation cancellation_;
 
   std::atomic<std::size_t> next_ = 0;
   std::atomic<bool> stopped_ = false; ///< the accounting failed, going on is pointless

@@ -1,0 +1,55 @@
+#include "Core/AIUsage/AIUsageStore.h"
+
+namespace korvell {
+
+namespace {
+
+constexpr Seconds leeway{10};
+
+} // namespace
+
+AIUsageStore::AIUsageStore(Queue& main, const QueueFactory& makeQueue, const Clock& clock,
+                           MakeScanner makeScanner, PlanLimitAlerts::Seams alerts)
+    : main_(main), clock_(clock), makeScanner_(std::move(makeScanner)), alerts_(std::move(alerts)),
+      self_(std::make_shared<AIUsageStore*>(this)), queue_(makeQueue(queueLabel)) {}
+
+AIUsageStore::~AIUsageStore() {
+  *self_ = nullptr;
+  ending_.cancel();
+}
+
+void AIUsageStore::start() {
+  if (timer_) return;
+  timer_ = main_.timer([this] { refresh(); });
+  timer_->schedule(firstRefresh, refreshInterval, leeway);
+}
+
+void AIUsageStore::refresh() {
+  if (*isScanning) return;
+  isScanning.set(true);
+  queue_->async([this, self = self_] {
+    auto result = scan();
+    main_.async([self, result = std::move(result)]() mutable {
+      if (auto* store = *self) store->publish(std::move(result));
+    });
+  });
+}
+
+AIUsageSummary AIUsageStore::scan() {
+  if (!scanner_) scanner_ = makeScanner_(ending_);
+  const Date now = clock_.now();
+  const auto stats = scanner_->refresh(now);
+  auto result = scanner_->summary(days(AIPeriod::month), now);
+  result.lastScan = stats;
+  return result;
+}
+
+void AIUsageStore::publish(AIUsageSummary result) {
+  summary.set(std::move(result));
+  isScanning.set(false);
+  if (!summary->codexLimits) return;
+  for (const auto& alert : alerts_.check(*summary->codexLimits, clock_.now()))
+    if (onAlert) onAlert(alert);
+}
+
+} // namespace korvell

@@ -1,0 +1,54 @@
+#pragma once
+// The AI usage as the interface sees it: scans on a timer, and the newest summary.
+//
+// Main thread only (the queue `main`). Scans run on the queue "Korvell.aiUsage", which the store owns and to
+// which the scanner belongs from its creation on; they never overlap. Destroying the store ends a running
+// scan early; the next start repeats it.
+
+#include "Base/Published.h"
+#include "Base/Queue.h"
+#include "Core/AIUsage/AIUsageScanner.h"
+#include "Core/AIUsage/PlanLimitAlerts.h"
+
+namespace korvell {
+
+class AIUsageStore {
+public:
+  static constexpr const char* queueLabel = "Korvell.aiUsage";
+  static constexpr Seconds firstRefresh{5};
+  static constexpr Seconds refreshInterval{300};
+
+  /// Opens the database; called on the store's own queue at the first refresh.
+  using MakeScanner = std::function<std::unique_ptr<AIUsageScanner>(Cancellation)>;
+
+  AIUsageStore(Queue& main, const QueueFactory& makeQueue, const Clock& clock, MakeScanner makeScanner,
+               PlanLimitAlerts::Seams alerts);
+  ~AIUsageStore();
+  AIUsageStore(const AIUsageStore&) = delete;
+  AIUsageStore& operator=(const AIUsageStore&) = delete;
+
+  Published<AIUsageSummary> summary; ///< the last 30 days; empty until the first refresh has ended
+  Published<bool> isScanning;
+  std::function<void(const HealthAlert&)> onAlert; ///< gets each plan-limit alert that was accepted
+
+  /// Refreshes from now on, first after five seconds. Calling it again changes nothing.
+  void start();
+  /// Scans once, unless a scan is running.
+  void refresh();
+
+private:
+  AIUsageSummary scan();
+  void publish(AIUsageSummary result);
+
+  Queue& main_;
+  const Clock& clock_;
+  MakeScanner makeScanner_;
+  PlanLimitAlerts alerts_;
+  Cancellation ending_;
+  std::shared_ptr<AIUsageStore*> self_; ///< what a late hand-off finds empty
+  std::unique_ptr<Timer> timer_;
+  std::unique_ptr<AIUsageScanner> scanner_;
+  std::unique_ptr<Queue> queue_; ///< ends first
+};
+
+} // namespace korvell
