@@ -83,12 +83,14 @@ std::string PendingCleanup::trashParagraph(StorageKind kind) const {
   std::size_t count = 0;
   for (const auto& item : items) {
     if (item.kind != kind || ++count > shown) continue;
-    text += "\n" + (item.urls.empty() ? item.title : tildePath(item.urls.front(), home));
+    text += '\n';
+    text += item.urls.empty() ? item.title : tildePath(item.urls.front(), home);
   }
-  if (count > shown) text += "\n" + localized("and {count} more", {{"count", std::to_string(count - shown)}});
-  return text + "\n" +
-         localized(count == 1 ? "You can put it back from the Trash."
-                              : "You can put them back from the Trash.");
+  if (count > shown)
+    text.append("\n").append(localized("and {count} more", {{"count", std::to_string(count - shown)}}));
+  const auto* ending =
+      count == 1 ? "You can put it back from the Trash." : "You can put them back from the Trash.";
+  return text.append("\n").append(localized(ending));
 }
 
 std::string actionTitle(const StorageCategory& category) {

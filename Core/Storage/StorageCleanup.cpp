@@ -80,10 +80,11 @@ std::string FreedBytes::feedback() const {
   const auto gone = checkedSum(commands, emptied);
   std::string text;
   if (gone >= 1) text = localized("Freed {size}.", {{"size", Format::bytes(double(gone))}});
-  if (moved >= 1)
-    text += (text.empty() ? "" : " ") +
-            localized("Moved {size} to the Trash. Empty the Trash to get the space back.",
+  if (moved >= 1) {
+    if (!text.empty()) text += ' ';
+    text += localized("Moved {size} to the Trash. Empty the Trash to get the space back.",
                       {{"size", Format::bytes(double(moved))}});
+  }
   return text.empty() ? localized("Nothing changed. The files may be in use or protected.") : text;
 }
 

@@ -27,7 +27,7 @@ std::string trashInfo(std::string_view path, const LocalTime& deleted) {
 }
 
 std::string trashName(std::string_view name, int attempt) {
-  const std::string ending = attempt > 1 ? "." + std::to_string(attempt) : "";
+  const std::string ending = attempt > 1 ? fmt::format(".{}", attempt) : std::string();
   std::size_t room = 255 - trashInfoSuffix.size() - ending.size();
   if (name.size() > room) {
     while (room > 0 && (static_cast<unsigned char>(name[room]) & 0xC0) == 0x80) --room;
