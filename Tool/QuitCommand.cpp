@@ -8,17 +8,14 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <span>
 #include <unistd.h>
 
 namespace korvell {
 
 namespace {
 
-struct Choice {
-  AppUsage app; ///< reduced to one process when that was asked for
-  std::string name;
-  std::vector<QuitTarget> targets;
-};
+constexpr std::size_t mostListed = 20;
 
 StartTimes startTimes(const std::vector<AppUsage>& apps, const ProcessSampler& sampler) {
   StartTimes starts;
@@ -62,6 +59,19 @@ std::string question(const std::string& name, std::size_t count, bool force) {
                                 {{"name", name}, {"count", std::to_string(count)}});
 }
 
+/// Who gets the signal, so that processes which only share a name are noticed before they end.
+std::string listOf(const std::vector<QuitTarget>& targets, const AppUsage& app) {
+  if (targets.size() < 2) return {};
+  std::string list;
+  for (const auto& target : std::span(targets).first(std::min(targets.size(), mostListed))) {
+    const auto process = std::ranges::find(app.processes, target.pid, &ProcessUsage::pid);
+    list += fmt::format("\n  {} {}", target.pid, escapedControls(process->name));
+  }
+  if (targets.size() > mostListed)
+    list += "\n  " + localized("and {count} more", {{"count", std::to_string(targets.size() - mostListed)}});
+  return list;
+}
+
 int report(Context& context, bool json, const std::string& name, const QuitResult& result) {
   if (json)
     printJSON(context.out, Value::object({{"name", name},
@@ -98,7 +108,8 @@ int runQuit(Context& context, const Arguments& arguments) {
                                    {{"name", name}}));
   const auto targets = quitTargets(app, startTimes(apps, *sampler), force, getpid());
   if (targets.empty()) return fail(context, localized("{name} is Korvell itself.", {{"name", name}}));
-  if (!confirmed(context, arguments, question(name, targets.size(), force))) return exitFailed;
+  if (!confirmed(context, arguments, question(name, targets.size(), force) + listOf(targets, app)))
+    return exitFailed;
   const auto result =
       quitProcesses(targets, force, {*host.processes, *host.applications, *host.processControl});
   return report(context, arguments.flag("--json"), name, result);
