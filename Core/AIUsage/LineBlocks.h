@@ -33,8 +33,8 @@ private:
 
 class LineBlocks {
 public:
-  /// What is read at once.
-  static constexpr std::size_t blockSize = std::size_t{1} << 20;
+  /// What is read at once: small enough to be still in the second-level cache when it is searched.
+  static constexpr std::size_t blockSize = std::size_t{1} << 18;
 
   LineBlocks(OpenLog& log, BlockBuffer& buffer, std::int64_t offset, std::size_t maximumLine = longestLine);
 

@@ -51,6 +51,36 @@ bool firstLane(Block mask, Accept&& accept) {
   return false;
 }
 
+struct Anchors {
+  Block first, second, third;
+  const char *atFirst, *atSecond, *atThird;
+
+  Anchors(const Needle& needle, const char* bytes)
+      : first(every(needle.text[needle.first])), second(every(needle.text[needle.second])),
+        third(every(needle.text[needle.third])), atFirst(bytes + needle.first),
+        atSecond(bytes + needle.second), atThird(bytes + needle.third) {}
+  Block two(std::size_t at) const {
+    return Block((load(atFirst + at) == first) & (load(atSecond + at) == second));
+  }
+  Block three(std::size_t at) const { return Block(two(at) & (load(atThird + at) == third)); }
+};
+
+/// The first of `blocks` times sixteen positions at which the whole needle stands.
+// Kept out of the loop that finds nothing, so that its registers are its own.
+[[gnu::noinline]] std::optional<std::size_t> confirm(const Needle& needle, const Anchors& anchors,
+                                                     const char* bytes, std::size_t at, int blocks) {
+  std::size_t found = 0;
+  for (; blocks > 0; --blocks, at += lanes) {
+    const Block mask = anchors.three(at);
+    if (any(mask) && firstLane(mask, [&](std::size_t lane) {
+          found = at + lane;
+          return std::memcmp(bytes + found, needle.text.data(), needle.text.size()) == 0;
+        }))
+      return found;
+  }
+  return std::nullopt;
+}
+
 } // namespace
 
 std::optional<std::size_t> findWithSIMD(const Needle& needle, std::string_view range) {
@@ -58,30 +88,14 @@ std::optional<std::size_t> findWithSIMD(const Needle& needle, std::string_view r
   if (text.size() < 2 || range.size() < text.size()) return std::nullopt;
   const char* const bytes = range.data();
   const std::size_t positions = range.size() - text.size() + 1;
-  const Block first = every(text[needle.first]), second = every(text[needle.second]);
-  const char* const atFirst = bytes + needle.first;
-  const char* const atSecond = bytes + needle.second;
-  const auto matches = [&](std::size_t at) {
-    return Block((load(atFirst + at) == first) & (load(atSecond + at) == second));
-  };
-  std::size_t found = 0;
-  const auto confirm = [&](Block mask, std::size_t at) {
-    return firstLane(mask, [&](std::size_t lane) {
-      found = at + lane;
-      return std::memcmp(bytes + found, text.data(), text.size()) == 0;
-    });
-  };
-
+  const Anchors anchors(needle, bytes);
   std::size_t at = 0;
-  for (; at + stride <= positions; at += stride) {
-    const Block masks[] = {matches(at), matches(at + lanes), matches(at + 2 * lanes),
-                           matches(at + 3 * lanes)};
-    if (!any(masks[0] | masks[1] | masks[2] | masks[3])) continue;
-    for (std::size_t i = 0; i < 4; ++i)
-      if (confirm(masks[i], at + i * lanes)) return found;
-  }
+  for (; at + stride <= positions; at += stride)
+    if (any(anchors.two(at) | anchors.two(at + lanes) | anchors.two(at + 2 * lanes) |
+            anchors.two(at + 3 * lanes)))
+      if (const auto found = confirm(needle, anchors, bytes, at, 4)) return found;
   for (; at + lanes <= positions; at += lanes)
-    if (confirm(matches(at), at)) return found;
+    if (const auto found = confirm(needle, anchors, bytes, at, 1)) return found;
   for (; at < positions; ++at)
     if (std::memcmp(bytes + at, text.data(), text.size()) == 0) return at;
   return std::nullopt;

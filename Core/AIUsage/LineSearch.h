@@ -3,8 +3,8 @@
 //
 // Nearly all bytes of a log belong to lines that do not matter, so the whole block is searched for the byte
 // string that makes a line matter, and lines are cut out only around a hit. Two bytes of the string, the
-// anchors, are compared at every position; where both agree the whole string is. Anchors that are rare in
-// JSON keep such confirmations rare.
+// first anchors, are compared at every position; where both agree the third is, and then the whole string.
+// Anchors that rarely meet in JSON keep such confirmations rare.
 
 #include <cstddef>
 #include <optional>
@@ -14,20 +14,23 @@ namespace korvell {
 
 struct Needle {
   std::string_view text;
-  std::size_t first = 0, second = 1; ///< where in the text the anchors are, ascending
+  std::size_t first = 0, second = 1, third = 1; ///< where in the text the anchors are
 
-  constexpr Needle(std::string_view text, std::size_t first = 0, std::size_t second = 1)
-      : text(text), first(first), second(second) {}
+  constexpr Needle(std::string_view text) : text(text) {}
+  constexpr Needle(std::string_view text, std::size_t first, std::size_t second, std::size_t third)
+      : text(text), first(first), second(second), third(third) {}
 };
 
-inline constexpr Needle usageNeedle{"\"usage\":{", 4, 8};
-inline constexpr Needle assistantNeedle{"\"type\":\"assistant\"", 8, 17};
-inline constexpr Needle messageIDNeedle{"\"id\":\"msg_", 6, 9};
-inline constexpr Needle requestIDNeedle{"\"requestId\":\"", 4, 8};
-inline constexpr Needle tokenCountNeedle{"\"type\":\"token_count\"", 13, 14};
-inline constexpr Needle turnContextNeedle{"\"type\":\"turn_context\"", 12, 13};
-/// What the two needles of Codex lines have in common.
-inline constexpr Needle codexNeedle{"n_co", 1, 2};
+// A quote inside a text is written with a backslash before it, so a quote behind a letter, and a colon before
+// a quote, belong to the line's own members.
+inline constexpr Needle usageNeedle{"\"usage\":{", 1, 6, 8};
+inline constexpr Needle assistantNeedle{"\"type\":\"assistant\"", 7, 8, 6};
+inline constexpr Needle messageIDNeedle{"\"id\":\"msg_", 9, 6, 4};
+inline constexpr Needle requestIDNeedle{"\"requestId\":\"", 8, 9, 10};
+inline constexpr Needle tokenCountNeedle{"\"type\":\"token_count\"", 13, 12, 14};
+inline constexpr Needle turnContextNeedle{"\"type\":\"turn_context\"", 12, 11, 13};
+/// How the two needles of Codex lines begin.
+inline constexpr Needle codexNeedle{"\"type\":\"t", 7, 8, 6};
 
 /// The offset of the first occurrence. A needle shorter than two bytes is found nowhere.
 std::optional<std::size_t> findWithSIMD(const Needle& needle, std::string_view range);

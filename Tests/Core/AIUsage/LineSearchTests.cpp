@@ -11,7 +11,7 @@ namespace {
 TEST(LineSearchTests, findsWhatAPlainSearchFinds) {
   std::mt19937 random(7);
   const Needle needles[] = {
-      {"ab"}, {"aa"}, {"abc", 0, 2}, {"cabba", 1, 4}, {"aaaaaaaaaaaaaaaaaaaaab", 3, 21}};
+      {"ab"}, {"aa"}, {"abc", 0, 2, 1}, {"cabba", 1, 4, 0}, {"aaaaaaaaaaaaaaaaaaaaab", 3, 21, 9}};
   for (int round = 0; round < 20'000; ++round) {
     std::string text(random() % 200, 'a');
     for (auto& c : text) c = char('a' + (random() % 8 == 0 ? random() % 3 : 0));

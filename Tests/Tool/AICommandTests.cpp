@@ -1,0 +1,95 @@
+#include "Tests/Fakes/FakeClock.h"
+#include "Tests/Fakes/TemporaryFolder.h"
+#include "Tool/Commands.h"
+
+#include <filesystem>
+#include <fmt/format.h>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace korvell {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+struct AICommandTests : testing::Test {
+  TemporaryFolder folder;
+  FakeClock clock;
+  Host host{};
+  std::string output, errors;
+  Terminal out{output, 120}, err{errors, 80};
+  Context context{host, clock, [](std::string_view) { return std::nullopt; }, out, err};
+
+  AICommandTests() {
+    clock.wall = SystemClock().now(); // log files bear the machine's time
+    host.folders.home = folder / "home";
+    host.folders.data = folder / "data";
+    const auto now = rfc3339(clock.wall);
+    write(".claude/projects/-p-shop/a.jsonl",
+          fmt::format(
+              R"({{"type":"assistant","timestamp":"{}","cwd":"/p/shop","requestId":"r","message":{{"id":)"
+              R"("msg_1","model":"claude-sonnet-4-5","usage":{{"input_tokens":1000000,)"
+              R"("output_tokens":2345678}}}}}})",
+              now));
+    write(".codex/sessions/b.jsonl",
+          fmt::format(
+              R"({{"timestamp":"{}","type":"event_msg","payload":{{"type":"token_count","info":)"
+              R"({{"total_token_usage":{{"total_tokens":9}},"last_token_usage":{{"output_tokens":9}}}},)"
+              R"("rate_limits":{{"primary":{{"used_percent":84.6,"window_minutes":300,"resets_at":{}}},)"
+              R"("plan_type":"pro"}}}}}})",
+              now, std::int64_t(clock.wall.sinceEpoch) - 60));
+  }
+  void write(const std::string& path, const std::string& line) {
+    const std::filesystem::path file = host.folders.home + "/" + path;
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file) << line << "\n";
+  }
+  int run(std::vector<std::string> arguments) {
+    output.clear();
+    arguments.insert(arguments.begin(), "ai");
+    return runCommandLine(context, std::vector<Command>{aiCommand()}, arguments);
+  }
+};
+
+TEST_F(AICommandTests, tablesByDayModelAndProject) {
+  EXPECT_EQ(run({}), exitOK);
+  EXPECT_THAT(output, HasSubstr("2,345,687"));
+  EXPECT_THAT(output, HasSubstr("$38.19"));
+  EXPECT_EQ(run({"--by", "model"}), exitOK);
+  EXPECT_LT(output.find("claude-sonnet-4-5"), output.find("unknown"));
+  EXPECT_EQ(run({"--by", "project", "--tool", "codex", "--explain"}), exitOK);
+  EXPECT_THAT(output, Not(HasSubstr("shop")));
+  EXPECT_THAT(output, HasSubstr("checked 2026-09-25"));
+  EXPECT_EQ(run({"--by", "week"}), exitUsage);
+}
+
+TEST_F(AICommandTests, oneObjectOfJSONHoldsAllRowsWhateverTheTable) {
+  EXPECT_EQ(run({"--by", "project", "--json"}), exitOK);
+  const auto json = parseJSON(output).value();
+  const auto& rows = *json.find("rows")->asArray();
+  ASSERT_EQ(rows.size(), 2u);
+  EXPECT_EQ(*rows[0].find("tool")->asString(), "Claude Code");
+  EXPECT_EQ(rows[0].find("tokens")->find("output")->asInt(), 2'345'678);
+  EXPECT_EQ(rows[0].find("day")->asString()->size(), 10u);
+  EXPECT_FALSE(rows[1].find("cost")) << "no price";
+  EXPECT_EQ(json.find("lastScan")->find("records")->asInt(), 2);
+  EXPECT_EQ(json.find("codexLimits")->find("primary")->find("usedPercent")->asDouble(), 84.6);
+  EXPECT_EQ(run({"--json"}), exitOK);
+  EXPECT_EQ(parseJSON(output)->find("lastScan")->find("files")->asInt(), 0);
+}
+
+TEST_F(AICommandTests, limits) {
+  EXPECT_EQ(run({"limits"}), exitOK);
+  EXPECT_THAT(output, HasSubstr("Codex plan: pro"));
+  EXPECT_THAT(output, HasSubstr("window has reset"));
+  std::filesystem::remove_all(folder.path());
+  EXPECT_EQ(run({"limits"}), exitOK);
+  EXPECT_THAT(output, HasSubstr("no Codex sessions yet"));
+  EXPECT_EQ(run({}), exitOK);
+  EXPECT_THAT(output, HasSubstr("No Claude Code or Codex usage in the last 30 days."));
+}
+
+} // namespace
+} // namespace korvell
