@@ -2,9 +2,11 @@
 
 namespace korvell {
 
-AppModel::AppModel(Queue& main, std::unique_ptr<Sampler> sampler, const Attention& attention)
-    : snapshot(SystemSnapshot::empty(main.clock().now())), main_(main), sampler_(std::move(sampler)),
-      attention_(attention), self_(std::make_shared<AppModel*>(this)) {
+AppModel::AppModel(Queue& main, std::unique_ptr<Sampler> sampler, const Attention& attention, Seams seams)
+    : snapshot(SystemSnapshot::empty(main.clock().now())), menuBar(seams.defaults), main_(main),
+      sampler_(std::move(sampler)), attention_(attention), seams_(seams),
+      self_(std::make_shared<AppModel*>(this)) {
+  if (seams_.notifications) seams_.notifications->requestPermission();
   // The handler outlives no model: the timer is destroyed first, and what is on its way to the main queue
   // finds the weak pointer empty.
   timer_ = sampler_->queue().timer([sampler = sampler_.get(), &main, weak = std::weak_ptr(self_)] {
@@ -48,6 +50,7 @@ void AppModel::apply(const Tick& tick) {
   if (ticks_ < 2) return;
   hasSample.setIfChanged(true);
   extendLiveSeries(tick.snapshot);
+  if (seams_.state) judge(tick);
 }
 
 void AppModel::publish(const Tick& tick) {
@@ -64,6 +67,17 @@ void AppModel::publish(const Tick& tick) {
     if (all.size() > mostAlerts) all.resize(mostAlerts);
     alerts.set(std::move(all));
   }
+}
+
+void AppModel::judge(const Tick& tick) {
+  report.set(HealthReport::make(tick.snapshot, *sensors, tick.cpuTenMinuteAverage, *projects, *startupItems,
+                                *seams_.state, main_.clock().now()));
+  const auto& memory = tick.snapshot.memory;
+  const double share = memory.total > 0 ? double(memory.used()) / double(memory.total) * 100 : 0;
+  const double cpu = tick.snapshot.cpu.total;
+  menuBar.update(report->score, int(cpu), int(share), cpu);
+  sampler_->queue().async(
+      [sampler = sampler_.get(), score = report->score] { sampler->setLastScore(score); });
 }
 
 void AppModel::extendLiveSeries(const SystemSnapshot& snapshot) {

@@ -5,8 +5,10 @@
 // asynchronous hand-off to the main queue. Sampling starts with the construction and ends with the
 // destruction, which waits for a cycle in progress and drops its result.
 
+#include "App/MenuBarState.h"
 #include "Base/Published.h"
 #include "Base/Queue.h"
+#include "Core/Health/HealthReport.h"
 #include "Core/Loop/Pace.h"
 #include "Core/Loop/Sampler.h"
 #include "Platform/Attention.h"
@@ -26,7 +28,16 @@ public:
   static constexpr Seconds liveSpan{300};
   static constexpr size_t mostAlerts = 100;
 
-  AppModel(Queue& main, std::unique_ptr<Sampler> sampler, const Attention& attention);
+  /// What the model asks beside the sampler. Without the machine's state there is no report.
+  struct Seams {
+    const MachineState* state = nullptr;
+    const UserDefaults* defaults = nullptr; ///< the menu bar's style; the icon without
+    Notifications* notifications = nullptr; ///< asked for permission once
+  };
+
+  AppModel(Queue& main, std::unique_ptr<Sampler> sampler, const Attention& attention, Seams seams);
+  AppModel(Queue& main, std::unique_ptr<Sampler> sampler, const Attention& attention)
+      : AppModel(main, std::move(sampler), attention, Seams()) {}
   ~AppModel();
   AppModel(const AppModel&) = delete;
   AppModel& operator=(const AppModel&) = delete;
@@ -39,10 +50,13 @@ public:
   Published<std::vector<DevProject>> projects;
   Published<std::vector<StartupItem>> startupItems;
   Published<std::vector<HealthAlert>> alerts; ///< newest first, at most mostAlerts
+  Published<HealthReport> report;             ///< says something once hasSample is true
   Published<LiveSeries> live;                 ///< one series a metric over the last liveSpan
   Published<Totals> totals;
   Published<std::optional<SidebarItem>> selection; ///< the section shown in the main window
   Published<bool> hasSample;                       ///< false until the second tick: the first has no rates
+
+  MenuBarState menuBar;
 
   /// Stops a development server, politely and after three seconds for good; `done` is called once, on the
   /// main queue, unless the model ends before.
@@ -57,10 +71,12 @@ private:
   void setWatched(bool watched, Seconds first);
   void publish(const Tick& tick);
   void extendLiveSeries(const SystemSnapshot& snapshot);
+  void judge(const Tick& tick);
 
   Queue& main_;
   std::unique_ptr<Sampler> sampler_;
   const Attention& attention_;
+  const Seams seams_;
   std::shared_ptr<AppModel*> self_; ///< what a late hand-off finds empty
   std::int64_t ticks_ = 0;          ///< applied so far
   bool watched_ = true;             ///< the fast pace is in force

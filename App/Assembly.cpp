@@ -62,6 +62,15 @@ std::unique_ptr<Sampler> Assembly::makeSampler(HistoryStore* history) {
   subjects.launchItems = host_.launchItems.get();
   subjects.table = host_.processes.get();
   subjects.control = host_.processControl.get();
+  subjects.state = host_.state.get();
+  if (history && host_.defaults && host_.notifications) {
+    // Alerts and reports are the keeper's, whose sign is the history that it records.
+    subjects.alerts = std::make_unique<AlertEngine>(
+        AlertEngine::Services{*host_.defaults, *host_.notifications},
+        std::string(owners_ ? owners_->systemGroup().key : ""), host_.machine->facts().logicalProcessors);
+    subjects.defaults = host_.defaults.get();
+    subjects.notifications = host_.notifications.get();
+  }
   return std::make_unique<Sampler>(systemQueueFactory()(Sampler::queueLabel), *host_.machine,
                                    std::move(subjects));
 }

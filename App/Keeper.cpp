@@ -29,6 +29,7 @@ constexpr Part parts[] = {
     {"peripherals", [](const AppModel& model) { return toValue(*model.peripherals); }},
     {"projects", [](const AppModel& model) { return toValue(*model.projects); }},
     {"startupItems", [](const AppModel& model) { return toValue(*model.startupItems); }},
+    {"report", [](const AppModel& model) { return *model.hasSample ? reportValue(*model.report) : Value(); }},
     {"alerts", [](const AppModel& model) { return toValue(*model.alerts); }},
     {"totals", [](const AppModel& model) { return toValue(*model.totals); }},
     {"live", liveValue},

@@ -89,6 +89,23 @@ Date startOfDay(const TimeZone& zone, CalendarDay day) {
   return {double(within)};
 }
 
+Date timeOfDay(const TimeZone& zone, CalendarDay day, int hour) {
+  const std::int64_t wanted = day.number * secondsADay + hour * 3'600;
+  constexpr std::int64_t around = 26 * 3'600;
+  const std::int64_t offsets[] = {zone.secondsFromGMT(wanted - around), zone.secondsFromGMT(wanted + around)};
+  const auto [least, most] = std::minmax(offsets[0], offsets[1]);
+  // The larger offset is the one under which clocks show the hour earlier.
+  for (const auto offset : {most, least})
+    if (zone.secondsFromGMT(wanted - offset) == offset) return {double(wanted - offset)};
+  std::int64_t before = wanted - most - 1;
+  std::int64_t after = wanted - least;
+  while (after - before > 1) {
+    const std::int64_t middle = before + (after - before) / 2;
+    (middle + zone.secondsFromGMT(middle) < wanted ? before : after) = middle;
+  }
+  return {double(after)};
+}
+
 std::string dayText(CalendarDay calendarDay) {
   const auto [year, month, day] = yearMonthDay(calendarDay);
   return fmt::format("{:04}-{:02}-{:02}", year, month, day);

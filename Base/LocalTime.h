@@ -57,6 +57,9 @@ LocalTime localTime(const TimeZone& zone, Date date);
 CalendarDay localDay(const TimeZone& zone, Date date);
 /// The first instant of a day. Where clocks skip midnight it is the instant after the gap.
 Date startOfDay(const TimeZone& zone, CalendarDay day);
+/// The instant at which clocks show this full hour of the day: the first of two where they repeat it, the
+/// instant after the gap where they skip it.
+Date timeOfDay(const TimeZone& zone, CalendarDay day, int hour);
 
 /// "2026-03-01"
 std::string dayText(CalendarDay day);

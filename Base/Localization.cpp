@@ -14,8 +14,7 @@ std::string localized(std::string_view key) {
   return std::string(key);
 }
 
-std::string localized(std::string_view key,
-                      std::initializer_list<std::pair<std::string_view, std::string>> values) {
+std::string localized(std::string_view key, std::span<const LocalizedValue> values) {
   const std::string text = localized(key);
   std::string result;
   for (size_t i = 0; i < text.size();) {

@@ -25,7 +25,10 @@ std::string localized(std::string_view key);
 
 /// Looks the key up and then replaces each "{name}" in it by its value. Values are not looked up, and a
 /// value that itself contains braces is left as it is. An unknown name stays as it stands.
-std::string localized(std::string_view key,
-                      std::initializer_list<std::pair<std::string_view, std::string>> values);
+using LocalizedValue = std::pair<std::string_view, std::string>;
+std::string localized(std::string_view key, std::span<const LocalizedValue> values);
+inline std::string localized(std::string_view key, std::initializer_list<LocalizedValue> values) {
+  return localized(key, std::span(values.begin(), values.size()));
+}
 
 } // namespace korvell

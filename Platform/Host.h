@@ -9,6 +9,8 @@
 #include "Platform/FileTree.h"
 #include "Platform/LaunchItems.h"
 #include "Platform/MachineCounters.h"
+#include "Platform/MachineState.h"
+#include "Platform/Notifications.h"
 #include "Platform/ProcessTable.h"
 #include "Platform/Trash.h"
 #include "Platform/UsageHelper.h"
@@ -35,6 +37,8 @@ struct Host {
   std::unique_ptr<Trash> trash;
   std::unique_ptr<MachineCounters> machine;
   std::unique_ptr<Diagnostics> diagnostics;
+  std::unique_ptr<MachineState> state;
+  std::unique_ptr<Notifications> notifications;
   std::unique_ptr<ProcessTable> processes;
   std::unique_ptr<ProcessControl> processControl;
   std::unique_ptr<RunningApplications> applications;

@@ -14,6 +14,8 @@ Command statusCommand();
 Command watchCommand();
 Command topCommand();
 Command quitCommand();
+Command alertsCommand();
+Command reportCommand();
 Command startupCommand();
 Command doctorCommand();
 Command historyCommand();

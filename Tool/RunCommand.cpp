@@ -23,7 +23,8 @@ int runKeeper(Context& context, const Arguments&) {
   Assembly assembly(context.host, context.clock);
   HeadlessLoop loop;
   const FixedAttention unwatched(false);
-  AppModel model(loop.main(), assembly.makeSampler(&history), unwatched);
+  AppModel model(loop.main(), assembly.makeSampler(&history), unwatched,
+                 {context.host.state.get(), context.host.defaults.get(), context.host.notifications.get()});
   Keeper keeper(loop.main(), model);
 
   const auto socket = keeperSocketPath(context.host.folders);

@@ -1,33 +1,54 @@
-// korvell status: what the keeper measured last, or two cycles of the sampling loop a second apart.
+// korvell status: what the keeper measured last, or two cycles of the sampling loop a second apart, and what
+// is to be said about it.
 
-#include "Base/Format.h"
+#include "Core/Health/HealthReport.h"
 #include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
+#include "Tool/Findings.h"
 #include "Tool/Measure.h"
 #include "Tool/Summary.h"
 #include "Tool/UsageTable.h"
+#include "Tool/Wrap.h"
 
 namespace korvell {
 
 namespace {
 
-struct Current {
+struct Status {
   SystemSnapshot snapshot;
+  HealthReport report;
   std::optional<PrivilegedUse> privileged;
+  bool fromKeeper = false;
 };
 
-/// The keeper's last measurement, or one of our own.
-Current current(Context& context) {
-  Current current;
-  const auto state = askKeeper(context, {"snapshot", "privileged"});
-  const auto* told = state ? state->find("snapshot") : nullptr;
-  if (!told || !fromValue(*told, current.snapshot)) {
-    auto tick = measure(context);
-    return {std::move(tick.snapshot), tick.privileged};
-  }
+std::optional<Status> keeperStatus(Context& context) {
+  Status status{.fromKeeper = true};
+  const auto state = askKeeper(context, {"snapshot", "report", "privileged"});
+  const auto* snapshot = state ? state->find("snapshot") : nullptr;
+  const auto* report = state ? state->find("report") : nullptr;
+  if (!snapshot || !report) return std::nullopt;
+  if (!fromValue(*snapshot, status.snapshot) || !fromValue(*report, status.report)) return std::nullopt;
   const auto* privileged = state->find("privileged");
-  if (PrivilegedUse use; privileged && fromValue(*privileged, use)) current.privileged = use;
-  return current;
+  if (PrivilegedUse use; privileged && fromValue(*privileged, use)) status.privileged = use;
+  return status;
+}
+
+Status ownStatus(Context& context) {
+  const Tick tick = measure(context);
+  Status status{.snapshot = tick.snapshot, .privileged = tick.privileged};
+  status.report = HealthReport::make(tick.snapshot, tick.sensors, tick.cpuTenMinuteAverage,
+                                     tick.projects.value_or(std::vector<DevProject>()),
+                                     tick.startupItems.value_or(std::vector<StartupItem>()),
+                                     *context.host.state, context.clock.now());
+  return status;
+}
+
+Value jsonOf(const Status& status) {
+  Value value = reportValue(status.report);
+  value.set("keeper", status.fromKeeper);
+  value.set("snapshot", toValue(status.snapshot));
+  if (status.privileged) value.set("privileged", toValue(*status.privileged));
+  return value;
 }
 
 constexpr std::size_t shownApps = 5;
@@ -43,24 +64,38 @@ void printTopApps(Context& context, std::vector<AppUsage> apps, int width) {
   for (const auto& app : apps) context.out.line(table.line(app));
 }
 
+void print(Context& context, const Status& status) {
+  Terminal& out = context.out;
+  const int width = std::min(out.columns(), widestSummary);
+  for (const auto& line : findingLines(out, status.report, width)) out.line(line);
+  out.line();
+  for (const auto& line : summaryLines(out, status.snapshot, width)) out.line(line);
+  printTopApps(context, status.snapshot.apps, width);
+  if (status.fromKeeper) return;
+  out.line();
+  const auto hint = localized("Idle servers, the CPU over ten minutes and alerts need a running Korvell: the "
+                              "application, or \"korvell run\".");
+  for (const auto& line : wrapped(hint, width)) out.line(out.ink(Ink::dim, line));
+}
+
 int runStatus(Context& context, const Arguments& arguments) {
-  const auto [snapshot, privileged] = current(context);
-  if (arguments.flag("--json")) {
-    auto json = Value::object({{"snapshot", toValue(snapshot)}});
-    if (privileged) json.set("privileged", toValue(*privileged));
-    printJSON(context.out, json);
-    return exitOK;
-  }
-  const int width = std::min(context.out.columns(), widestSummary);
-  for (const auto& line : summaryLines(context.out, snapshot, width)) context.out.line(line);
-  printTopApps(context, snapshot.apps, width);
-  return exitOK;
+  auto told = keeperStatus(context);
+  const Status status = told ? std::move(*told) : ownStatus(context);
+  if (arguments.flag("--json"))
+    printJSON(context.out, jsonOf(status));
+  else
+    print(context, status);
+  const auto least = arguments.number("--check");
+  return least && status.report.score < *least ? exitFailed : exitOK;
 }
 
 } // namespace
 
 Command statusCommand() {
-  return {"status", "Show how the machine is doing right now", {jsonOption()}, runStatus};
+  return {"status",
+          "Show how the machine is doing right now",
+          {jsonOption(), {"--check", Option::Kind::number, "Exit with 1 when the score is below this"}},
+          runStatus};
 }
 
 } // namespace korvell

@@ -1,5 +1,6 @@
 #include "Core/Loop/Sampler.h"
 
+#include "Core/Health/WeeklyReport.h"
 #include "Core/Loop/Pace.h"
 
 namespace korvell {
@@ -7,6 +8,7 @@ namespace korvell {
 namespace {
 
 constexpr Seconds totalsInterval{60};
+constexpr Seconds weeklyCheckInterval{600};
 constexpr Seconds startupInterval{
     1800}; // whether watched or not: people look at the list, not at its changes
 
@@ -41,9 +43,10 @@ Tick Sampler::tick() {
     tick.snapshot.apps = subjects_.processes->sample(servers ? servers->portsByPID() : PortsByPID());
     tick.privileged = subjects_.processes->privilegedUse();
   }
+  refreshState(tick.snapshot.date);
   scanDevServers(tick);
   scanStartup(tick);
-  if (count_ >= 1) useHistory(tick);
+  if (count_ >= 1) useSample(tick);
   ++count_;
   return tick;
 }
@@ -64,11 +67,33 @@ void Sampler::scanStartup(Tick& tick) {
   lastStartupScan_ = now;
 }
 
-void Sampler::useHistory(Tick& tick) {
-  if (!subjects_.history) return;
+void Sampler::refreshState(Date now) {
+  // The second cycle too: what is told by differences needs two readings.
+  if (!subjects_.state || (count_ > 1 && !isDue(lastState_, paceFor(isWatched_).sensors, now))) return;
+  subjects_.state->refresh();
+  lastState_ = now;
+}
+
+void Sampler::useSample(Tick& tick) {
+  if (subjects_.history) subjects_.history->record(tick.snapshot, lastScore_);
+  sendWeeklyReport(tick.snapshot.date);
+  if (subjects_.alerts) tick.alerts = subjects_.alerts->evaluate(tick.snapshot);
+  if (subjects_.history) readHistory(tick);
+}
+
+void Sampler::sendWeeklyReport(Date now) {
+  auto* history = subjects_.history;
+  auto* zone = subjects_.zone;
+  if (!history || !zone || !subjects_.defaults || !subjects_.notifications) return;
+  if (!isDue(lastWeeklyCheck_, weeklyCheckInterval, now)) return;
+  zone->reload();
+  WeeklyReport::sendIfDue(*history, *subjects_.defaults, *subjects_.notifications, now, *zone);
+  lastWeeklyCheck_ = now;
+}
+
+void Sampler::readHistory(Tick& tick) {
   HistoryStore& history = *subjects_.history;
   const Date now = tick.snapshot.date;
-  history.record(tick.snapshot, lastScore_);
   tick.cpuTenMinuteAverage = history.average(Metric::cpu, now - Seconds{600}, 8);
   if (!subjects_.zone || !isDue(lastTotals_, totalsInterval, now)) return;
   subjects_.zone->reload();

@@ -8,12 +8,14 @@
 #include "Base/Queue.h"
 #include "Core/DevServers/DevServerScanner.h"
 #include "Core/DevServers/ServerStopper.h"
+#include "Core/Health/AlertEngine.h"
 #include "Core/History/HistoryStore.h"
 #include "Core/Loop/Tick.h"
 #include "Core/Machine/ProcessSampler.h"
 #include "Core/Machine/SystemSampler.h"
 #include "Core/Startup/StartupScanner.h"
 #include "Platform/MachineCounters.h"
+#include "Platform/MachineState.h"
 
 #include <memory>
 #include <optional>
@@ -34,6 +36,11 @@ public:
     HistoryStore* history = nullptr;
     TimeZone* zone = nullptr;
     LaunchItems* launchItems = nullptr;
+    MachineState* state = nullptr; ///< looked at again as often as the sensors
+    std::unique_ptr<AlertEngine> alerts;
+    /// The weekly report is sent where there are these two, a history and a zone.
+    UserDefaults* defaults = nullptr;
+    Notifications* notifications = nullptr;
     /// For stopping processes; the table is the one that the samplers above read.
     ProcessTable* table = nullptr;
     ProcessControl* control = nullptr;
@@ -58,7 +65,10 @@ public:
 private:
   void scanDevServers(Tick& tick);
   void scanStartup(Tick& tick);
-  void useHistory(Tick& tick);
+  void refreshState(Date now);
+  void useSample(Tick& tick);
+  void sendWeeklyReport(Date now);
+  void readHistory(Tick& tick);
 
   std::unique_ptr<Queue> queue_;
   SystemSampler system_;
@@ -67,8 +77,10 @@ private:
   std::int64_t count_ = 0; ///< cycles completed
   bool isWatched_ = true;
   std::optional<int> lastScore_;
+  Date lastState_ = Date::distantPast();
   Date lastDevScan_ = Date::distantPast();
   Date lastStartupScan_ = Date::distantPast();
+  Date lastWeeklyCheck_ = Date::distantPast();
   Date lastTotals_ = Date::distantPast();
 };
 

@@ -8,7 +8,6 @@ namespace korvell {
 namespace {
 
 constexpr std::string_view totalKey = "storage.freedTotal";
-constexpr std::string_view logKey = "storage.freedLog";
 
 /// The stored array, or an empty one when what is stored is no array of objects.
 Value::Array storedLog(const std::optional<Value>& stored) {

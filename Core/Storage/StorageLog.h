@@ -8,6 +8,7 @@
 #include "Platform/UserDefaults.h"
 
 #include <cstdint>
+#include <string_view>
 #include <tuple>
 #include <vector>
 
@@ -23,6 +24,8 @@ struct FreedEntry {
 };
 
 struct StorageLog {
+  static constexpr std::string_view logKey = "storage.freedLog";
+
   static std::int64_t total(const UserDefaults& defaults);
   static std::vector<FreedEntry> entries(const UserDefaults& defaults);
   /// Nothing happens below 1 byte. Safe beside another process that records at the same time.

@@ -9,6 +9,8 @@ constexpr LocalizedText words[] = {
     {"Your Mac is throttling", "Your computer is throttling"},
     {"Your Mac is running out of memory", "Your computer is running out of memory"},
     {"Your Mac last week: {score} out of 100", "Your computer last week: {score} out of 100"},
+    {"macOS is compressing and swapping heavily, so everything slows down.",
+     "The system is compressing and swapping heavily, so everything slows down."},
     {"{n}% of your Mac, about {c} cores, for 10 minutes.",
      "{n}% of your computer, about {c} cores, for 10 minutes."},
     {"{free} free. macOS needs room for swap and updates.",

@@ -2,10 +2,12 @@
 #include "Platform/Formats/LinuxWords.h"
 #include "Platform/Host.h"
 #include "Platform/Linux/DesktopFolders.h"
+#include "Platform/Linux/DesktopNotifications.h"
 #include "Platform/Linux/LinuxDiagnostics.h"
 #include "Platform/Linux/LinuxFileTree.h"
 #include "Platform/Linux/LinuxLaunchItems.h"
 #include "Platform/Linux/LinuxMachineCounters.h"
+#include "Platform/Linux/LinuxMachineState.h"
 #include "Platform/Linux/LinuxProcessControl.h"
 #include "Platform/Linux/LinuxProcessTable.h"
 #include "Platform/Linux/LinuxTrash.h"
@@ -15,6 +17,17 @@
 #include <unistd.h>
 
 namespace korvell {
+
+namespace {
+
+/// Where the session bus listens; empty when nothing says so.
+std::string sessionBus(const Environment& environment) {
+  if (auto address = environment("DBUS_SESSION_BUS_ADDRESS")) return *address;
+  const auto runtime = environment("XDG_RUNTIME_DIR");
+  return runtime ? "unix:path=" + *runtime + "/bus" : std::string();
+}
+
+} // namespace
 
 Host makeHost(const Environment& environment) {
   static const SystemClock clock;
@@ -36,6 +49,8 @@ Host makeHost(const Environment& environment) {
   host.launchItems = std::make_unique<LinuxLaunchItems>(host.folders, Shell::run);
   host.usageHelper = std::make_unique<LinuxUsageHelper>(LinuxUsageHelper::systemSources(environment));
   host.diagnostics = std::make_unique<LinuxDiagnostics>(clock);
+  host.state = std::make_unique<LinuxMachineState>(clock);
+  host.notifications = std::make_unique<DesktopNotifications>(sessionBus(environment));
   return host;
 }
 

@@ -5,6 +5,8 @@
 #include "Platform/macOS/MacFileTree.h"
 #include "Platform/macOS/MacLaunchItems.h"
 #include "Platform/macOS/MacMachineCounters.h"
+#include "Platform/macOS/MacMachineState.h"
+#include "Platform/macOS/MacNotifications.h"
 #include "Platform/macOS/MacProcessTable.h"
 #include "Platform/macOS/MacTrash.h"
 #include "Platform/macOS/MacUsageHelper.h"
@@ -26,12 +28,14 @@ Host makeHost(const Environment& environment) {
   host.trash = std::make_unique<MacTrash>(host.folders.home, getuid());
   host.machine = std::make_unique<MacMachineCounters>();
   host.diagnostics = std::make_unique<MacDiagnostics>(*host.machine, clock);
+  host.state = std::make_unique<MacMachineState>();
   host.processes = std::make_unique<MacProcessTable>(Shell::run);
   host.processControl = std::make_unique<MacProcessControl>();
   host.applications = std::make_unique<MacRunningApplications>();
   host.usageHelper = std::make_unique<MacUsageHelper>();
   host.launchItems = std::make_unique<MacLaunchItems>(host.folders, Shell::run, getuid());
   host.bundleInfo = macBundleInfo;
+  host.notifications = std::make_unique<MacNotifications>();
   return host;
 }
 

@@ -1,0 +1,44 @@
+#include "App/MenuBarLabel.h"
+
+#include <algorithm>
+
+namespace korvell {
+
+namespace {
+
+constexpr int healthyFrom = 75;
+constexpr double barStep = 2.2, barWidth = 1.6, barBottom = 1, barHeight = 14, shortestBar = 1;
+constexpr Rectangle gauge{33.5, 1.5, 3.5, 13}; // 4.5 by 14 points at (33, 1), half a line's width inside
+constexpr double gaugeRadius = 1.2;
+
+} // namespace
+
+Drawing MenuBarGraph::image(const std::vector<double>& cpu, double memory) {
+  Drawing drawing{38, 16, {}};
+  for (std::size_t i = 0; i < cpu.size(); ++i) {
+    const double height = std::max(shortestBar, std::min(cpu[i], 100.0) / 100 * barHeight);
+    drawing.commands.push_back(
+        {DrawingCommand::Kind::fill, {double(i) * barStep, barBottom, barWidth, height}});
+  }
+  drawing.commands.push_back({DrawingCommand::Kind::strokeRounded, gauge, gaugeRadius});
+  Rectangle level = gauge;
+  level.height *= std::clamp(memory, 0.0, 1.0);
+  drawing.commands.push_back({DrawingCommand::Kind::fill, level});
+  return drawing;
+}
+
+MenuBarLabel MenuBarLabel::make(const MenuBarState& state, MenuBarStyle style) {
+  switch (style) {
+  case MenuBarStyle::icon:
+    return {.symbol = *state.score < healthyFrom ? Symbol::filledHeart : Symbol::heart};
+  case MenuBarStyle::score:
+    return {.symbol = Symbol::heart, .text = std::to_string(*state.score)};
+  case MenuBarStyle::cpuAndMemory:
+    return {.text = std::to_string(*state.cpu) + "% · " + std::to_string(*state.memory) + "%"};
+  case MenuBarStyle::graphs:
+    break;
+  }
+  return {.drawing = MenuBarGraph::image(*state.cpuHistory, *state.memory / 100.0)};
+}
+
+} // namespace korvell

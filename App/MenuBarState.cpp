@@ -1,0 +1,16 @@
+#include "App/MenuBarState.h"
+
+namespace korvell {
+
+void MenuBarState::update(int newScore, int newCPU, int newMemory, double cpuExact) {
+  score.setIfChanged(newScore);
+  pendingHistory_.push_back(cpuExact);
+  if (pendingHistory_.size() > historyLength) pendingHistory_.erase(pendingHistory_.begin());
+  const auto style = defaults_ ? menuBarStyle(*defaults_) : MenuBarStyle::icon;
+  if (style != MenuBarStyle::cpuAndMemory && style != MenuBarStyle::graphs) return;
+  cpu.setIfChanged(newCPU);
+  memory.setIfChanged(newMemory);
+  if (style == MenuBarStyle::graphs) cpuHistory.set(pendingHistory_);
+}
+
+} // namespace korvell

@@ -1,0 +1,327 @@
+#include "Platform/Linux/DesktopNotifications.h"
+
+#include "Base/Descriptor.h"
+#include "Base/Localization.h"
+#include "Base/Text.h"
+#include "Base/ThreadControl.h"
+
+#include <algorithm>
+#include <atomic>
+#include <climits>
+#include <ctime>
+#include <deque>
+#include <list>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <systemd/sd-bus.h>
+#include <thread>
+#include <vector>
+
+namespace korvell {
+
+namespace {
+
+constexpr const char* service = "org.freedesktop.Notifications";
+constexpr const char* objectPath = "/org/freedesktop/Notifications";
+constexpr const char* applicationName = "Korvell";
+constexpr const char* desktopEntry = "korvell";
+constexpr const char* icon = "utilities-system-monitor"; // in every icon theme
+constexpr const char* openAction = "default";            // what a click on the notification invokes
+constexpr std::uint64_t answerTimeout = 10'000'000;      // microseconds
+constexpr std::size_t mostPending = 32;
+constexpr std::size_t mostShown = 64;
+
+struct CloseBus {
+  void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
+};
+using Bus = std::unique_ptr<sd_bus, CloseBus>;
+
+struct UnrefMessage {
+  void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
+};
+using Message = std::unique_ptr<sd_bus_message, UnrefMessage>;
+
+Message methodCall(sd_bus* bus, const char* member) {
+  sd_bus_message* message = nullptr;
+  sd_bus_message_new_method_call(bus, &message, service, objectPath, service, member);
+  return Message(message);
+}
+
+struct Capabilities {
+  bool actions = false;
+  bool bodyMarkup = false;
+};
+
+Capabilities readCapabilities(sd_bus_message* reply) {
+  Capabilities result;
+  if (sd_bus_message_enter_container(reply, 'a', "s") < 0) return result;
+  const char* name = nullptr;
+  while (sd_bus_message_read(reply, "s", &name) > 0) {
+    result.actions = result.actions || std::string_view(name) == "actions";
+    result.bodyMarkup = result.bodyMarkup || std::string_view(name) == "body-markup";
+  }
+  return result;
+}
+
+} // namespace
+
+std::string escapedMarkup(std::string_view text) {
+  std::string result;
+  for (const char c : text) {
+    switch (c) {
+    case '&':
+      result += "&amp;";
+      break;
+    case '<':
+      result += "&lt;";
+      break;
+    case '>':
+      result += "&gt;";
+      break;
+    default:
+      result += c;
+    }
+  }
+  return result;
+}
+
+/// The thread and, on it alone, the connection.
+class DesktopNotifications::Worker {
+public:
+  Worker(std::string address, OpenHandler onOpen)
+      : address_(std::move(address)), onOpen_(std::move(onOpen)),
+        wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), thread_([this] { run(); }) {}
+
+  ~Worker() {
+    stopping_ = true;
+    wake();
+    thread_.join();
+  }
+
+  void add(const Notification& notification) {
+    {
+      const std::lock_guard lock(mutex_);
+      if (pending_.size() == mostPending) pending_.pop_front();
+      pending_.push_back({notification});
+    }
+    wake();
+  }
+
+private:
+  /// A notification on its way, until the service has answered.
+  struct Request {
+    Worker* worker;
+    Notification notification;
+    bool isSecondTry = false;
+  };
+  struct Pending {
+    Notification notification;
+    bool isSecondTry = false;
+  };
+  struct Shown {
+    std::string identifier;
+    std::uint32_t id;
+  };
+
+  void wake() { eventfd_write(wake_.get(), 1); }
+
+  void run() {
+    nameCurrentThread("Korvell.notifications");
+    while (!stopping_) {
+      sendPending();
+      process();
+      wait();
+    }
+    bus_.reset();
+  }
+
+  void sendPending() {
+    std::deque<Pending> pending;
+    {
+      const std::lock_guard lock(mutex_);
+      pending.swap(pending_);
+    }
+    if (pending.empty() || (!bus_ && !connect())) return;
+    for (auto& [notification, isSecondTry] : pending) {
+      auto& request = requests_.emplace_back(Request{this, std::move(notification), isSecondTry});
+      if (sd_bus_call_async(bus_.get(), nullptr, methodCall(bus_.get(), "GetCapabilities").get(),
+                            capabilitiesCame, &request, answerTimeout) < 0)
+        fail(request);
+    }
+  }
+
+  bool connect() {
+    sd_bus* bus = nullptr;
+    if (address_.empty() || sd_bus_new(&bus) < 0) return false;
+    bus_.reset(bus);
+    const bool started = sd_bus_set_address(bus, address_.c_str()) >= 0 &&
+                         sd_bus_set_bus_client(bus, 1) >= 0 && sd_bus_start(bus) >= 0;
+    if (started) {
+      sd_bus_match_signal_async(bus, nullptr, service, objectPath, service, "ActionInvoked", actionInvoked,
+                                nullptr, this);
+      sd_bus_match_signal_async(bus, nullptr, service, objectPath, service, "NotificationClosed", closed,
+                                nullptr, this);
+    } else {
+      disconnect();
+    }
+    return started;
+  }
+
+  void disconnect() {
+    bus_.reset();
+    requests_.clear();
+    shown_.clear();
+  }
+
+  void process() {
+    int result = 1;
+    while (bus_ && result > 0) result = sd_bus_process(bus_.get(), nullptr);
+    if (!bus_ || (result >= 0 && sd_bus_is_open(bus_.get()) > 0)) return;
+    for (auto& request : requests_) tryAgain(request);
+    disconnect();
+  }
+
+  void wait() {
+    pollfd files[] = {{wake_.get(), POLLIN, 0}, {-1, 0, 0}};
+    int milliseconds = -1;
+    if (bus_) {
+      files[1] = {sd_bus_get_fd(bus_.get()), short(std::max(0, sd_bus_get_events(bus_.get()))), 0};
+      std::uint64_t until = UINT64_MAX;
+      if (sd_bus_get_timeout(bus_.get(), &until) >= 0 && until != UINT64_MAX) milliseconds = fromNow(until);
+    }
+    poll(files, 2, milliseconds);
+    eventfd_t ignored = 0;
+    if (files[0].revents) eventfd_read(wake_.get(), &ignored);
+  }
+
+  /// From microseconds of the monotonic clock, as the bus tells its next time-out, rounded up.
+  static int fromNow(std::uint64_t until) {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    const auto microseconds = std::uint64_t(now.tv_sec) * 1'000'000 + std::uint64_t(now.tv_nsec) / 1'000;
+    if (until <= microseconds) return 0;
+    return int(std::min<std::uint64_t>((until - microseconds + 999) / 1'000, INT_MAX));
+  }
+
+  /// The bus went away, perhaps long ago and unnoticed: what it has not answered is worth another bus.
+  void tryAgain(Request& request) {
+    if (request.isSecondTry) return;
+    {
+      const std::lock_guard lock(mutex_);
+      pending_.push_back({request.notification, true});
+    }
+    wake();
+  }
+
+  void fail(Request& request) {
+    if (sd_bus_is_open(bus_.get()) <= 0) tryAgain(request);
+    finish(request);
+  }
+
+  void finish(Request& request) {
+    requests_.remove_if([&](const Request& other) { return &other == &request; });
+  }
+
+  static int capabilitiesCame(sd_bus_message* reply, void* data, sd_bus_error*) {
+    auto& request = *static_cast<Request*>(data);
+    Worker& worker = *request.worker;
+    if (sd_bus_message_is_method_error(reply, nullptr) || !worker.notify(request, readCapabilities(reply)))
+      worker.fail(request);
+    return 0;
+  }
+
+  bool notify(Request& request, Capabilities capabilities) {
+    const Notification& notification = request.notification;
+    const auto call = methodCall(bus_.get(), "Notify");
+    if (!call) return false;
+    const auto summary = text(notification.title);
+    const auto body =
+        capabilities.bodyMarkup ? escapedMarkup(text(notification.body)) : text(notification.body);
+    sd_bus_message* message = call.get();
+    int result = sd_bus_message_append(message, "susss", applicationName, replacedID(notification.identifier),
+                                       icon, summary.c_str(), body.c_str());
+    if (result >= 0)
+      result = capabilities.actions && onOpen_
+                   ? sd_bus_message_append(message, "as", 2, openAction, localized("Open").c_str())
+                   : sd_bus_message_append(message, "as", 0);
+    if (result >= 0)
+      result = sd_bus_message_append(message, "a{sv}i", 2, "urgency", "y", int(notification.urgency),
+                                     "desktop-entry", "s", desktopEntry, -1);
+    return result >= 0 &&
+           sd_bus_call_async(bus_.get(), nullptr, message, notifyCame, &request, answerTimeout) >= 0;
+  }
+
+  /// What the bus can carry: UTF-8 without zero bytes.
+  static std::string text(std::string_view bytes) {
+    auto result = repairedUTF8(bytes);
+    std::erase(result, '\0');
+    return result;
+  }
+
+  static int notifyCame(sd_bus_message* reply, void* data, sd_bus_error*) {
+    auto& request = *static_cast<Request*>(data);
+    Worker& worker = *request.worker;
+    std::uint32_t id = 0;
+    if (sd_bus_message_is_method_error(reply, nullptr) || sd_bus_message_read(reply, "u", &id) <= 0) {
+      worker.fail(request);
+    } else {
+      worker.remember({request.notification.identifier, id});
+      worker.finish(request);
+    }
+    return 0;
+  }
+
+  std::uint32_t replacedID(const std::string& identifier) const {
+    const auto found = std::ranges::find(shown_, identifier, &Shown::identifier);
+    return found == shown_.end() ? 0 : found->id;
+  }
+
+  void remember(Shown shown) {
+    std::erase_if(shown_, [&](const Shown& other) { return other.identifier == shown.identifier; });
+    if (shown_.size() == mostShown) shown_.pop_front();
+    shown_.push_back(std::move(shown));
+  }
+
+  static int actionInvoked(sd_bus_message* signal, void* data, sd_bus_error*) {
+    auto& worker = *static_cast<Worker*>(data);
+    std::uint32_t id = 0;
+    const char* action = nullptr;
+    if (sd_bus_message_read(signal, "us", &id, &action) <= 0 || std::string_view(action) != openAction)
+      return 0;
+    const auto found = std::ranges::find(worker.shown_, id, &Shown::id);
+    if (found != worker.shown_.end() && worker.onOpen_) worker.onOpen_(std::string(found->identifier));
+    return 0;
+  }
+
+  static int closed(sd_bus_message* signal, void* data, sd_bus_error*) {
+    auto& worker = *static_cast<Worker*>(data);
+    std::uint32_t id = 0;
+    if (sd_bus_message_read(signal, "u", &id) > 0)
+      std::erase_if(worker.shown_, [&](const Shown& shown) { return shown.id == id; });
+    return 0;
+  }
+
+  const std::string address_;
+  const OpenHandler onOpen_;
+  Bus bus_;
+  std::list<Request> requests_;
+  std::deque<Shown> shown_; ///< the notifications on the screen, the newest last
+
+  std::mutex mutex_;
+  std::deque<Pending> pending_; ///< guarded by mutex_
+  std::atomic<bool> stopping_ = false;
+  Descriptor wake_;
+  std::thread thread_; ///< last: it uses all the others
+};
+
+DesktopNotifications::DesktopNotifications(std::string busAddress) : busAddress_(std::move(busAddress)) {}
+DesktopNotifications::~DesktopNotifications() = default;
+
+void DesktopNotifications::post(const Notification& notification) {
+  if (busAddress_.empty()) return;
+  const std::lock_guard lock(mutex_);
+  if (!worker_) worker_ = std::make_unique<Worker>(busAddress_, openHandler_);
+  worker_->add(notification);
+}
+
+} // namespace korvell

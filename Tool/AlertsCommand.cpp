@@ -1,0 +1,113 @@
+// korvell alerts: what the keeper has raised, and the switches of the kinds.
+
+#include "Base/LocalTime.h"
+#include "Base/Text.h"
+#include "Core/Health/AlertPosting.h"
+#include "Tool/AskKeeper.h"
+#include "Tool/Commands.h"
+#include "Tool/Table.h"
+#include "Tool/Wrap.h"
+
+#include <fmt/format.h>
+#include <utility>
+
+namespace korvell {
+
+namespace {
+
+using Kind = HealthAlert::Kind;
+
+std::string localTimeText(const TimeZone& zone, Date date) {
+  const auto time = localTime(zone, date);
+  return fmt::format("{} {:02}:{:02}", dayText(localDay(zone, date)), time.hour, time.minute);
+}
+
+std::optional<std::vector<HealthAlert>> raisedAlerts(Context& context) {
+  const auto state = askKeeper(context, {"alerts"});
+  const auto* told = state ? state->find("alerts") : nullptr;
+  std::vector<HealthAlert> alerts;
+  return told && fromValue(*told, alerts) ? std::optional(std::move(alerts)) : std::nullopt;
+}
+
+Value kindsValue(const UserDefaults& defaults) {
+  Value kinds = Value::array();
+  for (const auto& kind : allCases<Kind>())
+    kinds.append(Value::object({{"kind", kind.rawValue},
+                                {"title", localized(kind.title)},
+                                {"enabled", isEnabled(kind.value, defaults)}}));
+  return kinds;
+}
+
+void printAlerts(Context& context, const std::vector<HealthAlert>& alerts) {
+  if (alerts.empty()) return context.out.line(localized("No alerts since Korvell was started."));
+  SystemTimeZone zone;
+  bool first = true;
+  for (const auto& alert : alerts) {
+    if (!std::exchange(first, false)) context.out.line();
+    context.out.line(context.out.ink(Ink::dim, localTimeText(zone, alert.date)));
+    context.out.line(context.out.ink(Ink::bold, escapedControls(alert.title)));
+    for (const auto& line : wrapped(escapedControls(alert.detail), context.out.columns()))
+      context.out.line(line);
+  }
+}
+
+int listAlerts(Context& context, const Arguments& arguments) {
+  const auto alerts = raisedAlerts(context);
+  if (!alerts)
+    return fail(context, localized("alerts need a running Korvell: the application, or \"korvell run\""));
+  if (arguments.flag("--json"))
+    printJSON(context.out, Value::object({{"alerts", toValue(*alerts)}}));
+  else
+    printAlerts(context, *alerts);
+  return exitOK;
+}
+
+int listKinds(Context& context, const Arguments& arguments) {
+  const auto& defaults = *context.host.defaults;
+  if (arguments.flag("--json")) {
+    printJSON(context.out, Value::object({{"kinds", kindsValue(defaults)}}));
+    return exitOK;
+  }
+  Table table({{"KIND"}, {"ALERTS"}, {"WHEN", Column::Align::left, true}});
+  for (const auto& kind : allCases<Kind>()) {
+    const bool on = isEnabled(kind.value, defaults);
+    table.row({std::string(kind.rawValue),
+               {on ? localized("on") : localized("off"), on ? Ink::good : Ink::dim},
+               localized(kind.title)});
+  }
+  table.print(context.out);
+  return exitOK;
+}
+
+int setKind(Context& context, const Arguments& arguments, bool enabled) {
+  const auto kind = *fromRawValue<Kind>(arguments.text("KIND").value_or(""));
+  if (!context.host.defaults->set(defaultsKey(kind), enabled))
+    return fail(context, localized("the setting could not be stored"));
+  return listKinds(context, {});
+}
+
+Option kindOption() {
+  Option option{"KIND", Option::Kind::positional, "Which alerts", {}, true};
+  for (const auto& kind : allCases<Kind>()) option.choices.emplace_back(kind.rawValue);
+  return option;
+}
+
+} // namespace
+
+Command alertsCommand() {
+  return {"alerts",
+          "Show what Korvell has alerted about, and choose what it alerts about",
+          {jsonOption()},
+          listAlerts,
+          {{"list", "List them, the newest first", {jsonOption()}, listAlerts},
+           {"kinds", "List the kinds and their switches", {jsonOption()}, listKinds},
+           {"on",
+            "Switch a kind on",
+            {kindOption()},
+            [](Context& context, const Arguments& arguments) { return setKind(context, arguments, true); }},
+           {"off", "Switch a kind off", {kindOption()}, [](Context& context, const Arguments& arguments) {
+              return setKind(context, arguments, false);
+            }}}};
+}
+
+} // namespace korvell

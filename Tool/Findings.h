@@ -1,0 +1,15 @@
+#pragma once
+// The health report as lines for a terminal: the score, then each finding with what it costs and its fix.
+
+#include "Core/Health/HealthReport.h"
+#include "Tool/Terminal.h"
+
+#include <string>
+#include <vector>
+
+namespace korvell {
+
+/// At most `width` columns each.
+std::vector<std::string> findingLines(const Terminal& terminal, const HealthReport& report, int width);
+
+} // namespace korvell

@@ -1,0 +1,61 @@
+// korvell report: the weekly report as it would read now, and its switch. Sends nothing.
+
+#include "Base/SystemQueue.h"
+#include "Core/Health/WeeklyReport.h"
+#include "Tool/Commands.h"
+#include "Tool/Wrap.h"
+
+namespace korvell {
+
+namespace {
+
+int printReport(Context& context, const Arguments& arguments) {
+  HistoryStore history(systemQueueFactory(), context.clock, context.host.folders.data, HistoryAccess::reader);
+  const auto& defaults = *context.host.defaults;
+  const auto report = WeeklyReport::make(history, defaults, context.clock.now());
+  if (arguments.flag("--json")) {
+    Value value = Value::object({{"enabled", WeeklyReport::isEnabled(defaults)}});
+    if (report) value.set("title", report->title).set("body", report->body);
+    printJSON(context.out, value);
+    return exitOK;
+  }
+  const auto print = [&](Ink ink, std::string_view text) {
+    for (const auto& line : wrapped(text, context.out.columns()))
+      context.out.line(context.out.ink(ink, line));
+  };
+  if (report) {
+    print(Ink::bold, report->title);
+    print(Ink::plain, report->body);
+  } else {
+    print(Ink::plain, localized("No health score was recorded in the past seven days."));
+    print(Ink::dim, localized("Korvell records while it runs: the application, or \"korvell run\"."));
+  }
+  if (!WeeklyReport::isEnabled(defaults)) print(Ink::dim, localized("The weekly report is switched off."));
+  return exitOK;
+}
+
+int setReport(Context& context, bool enabled) {
+  if (!WeeklyReport::setEnabled(enabled, *context.host.defaults))
+    return fail(context, localized("the setting could not be stored"));
+  context.out.line(enabled ? localized("The weekly report comes on Monday morning.")
+                           : localized("The weekly report is switched off."));
+  return exitOK;
+}
+
+} // namespace
+
+Command reportCommand() {
+  return {"report",
+          "Print the weekly report as it would read now",
+          {jsonOption()},
+          printReport,
+          {{"on",
+            "Send a weekly report on Monday morning",
+            {},
+            [](Context& context, const Arguments&) { return setReport(context, true); }},
+           {"off", "Send no weekly report", {}, [](Context& context, const Arguments&) {
+              return setReport(context, false);
+            }}}};
+}
+
+} // namespace korvell
