@@ -144,7 +144,7 @@ TEST(SettingsFile, aChangeThatCannotBeStoredSaysSoAndHarmsNothing) {
 
 TEST(SettingsFile, processesDoNotLoseEachOthersChanges) {
   World w;
-  constexpr int processes = 3, changes = 12;
+  constexpr int processes = 3, changes = 6;
   for (int process = 0; process < processes; ++process) {
     if (fork() != 0) continue;
     bool good = true;
