@@ -16,12 +16,24 @@ namespace {
 
 constexpr std::int64_t usualLimit = 20;
 
-std::vector<AppUsage> currentApps(Context& context) {
+struct Measured {
+  std::vector<AppUsage> apps;
+  std::optional<PrivilegedUse> privileged; ///< what the helper told, and what stayed hidden
+};
+
+/// The keeper's last measurement, or one of our own.
+Measured currentApps(Context& context) {
   SystemSnapshot snapshot;
-  const auto state = askKeeper(context, {"snapshot"});
+  const auto state = askKeeper(context, {"snapshot", "privileged"});
   const auto* told = state ? state->find("snapshot") : nullptr;
-  if (told && fromValue(*told, snapshot)) return std::move(snapshot.apps);
-  return measure(context).snapshot.apps;
+  if (told && fromValue(*told, snapshot)) {
+    Measured measured{.apps = std::move(snapshot.apps)};
+    const auto* privileged = state->find("privileged");
+    if (PrivilegedUse use; privileged && fromValue(*privileged, use)) measured.privileged = use;
+    return measured;
+  }
+  Tick tick = measure(context);
+  return {std::move(tick.snapshot.apps), tick.privileged};
 }
 
 /// The record and the sums that the table shows.
@@ -85,7 +97,7 @@ int runTop(Context& context, const Arguments& arguments) {
   if (const auto pid = arguments.number("--why")) return runWhy(context, *pid, json);
   const auto key = fromRawValue<UsageKey>(arguments.text("--by").value_or("cpu")).value_or(UsageKey::cpu);
   const auto limit = arguments.number("--limit").value_or(usualLimit);
-  auto apps = currentApps(context);
+  auto [apps, privileged] = currentApps(context);
   const bool energy = showsEnergy(apps);
   std::vector<ProcessUsage> processes;
   if (arguments.flag("--processes")) {
@@ -102,6 +114,7 @@ int runTop(Context& context, const Arguments& arguments) {
     for (const auto& app : apps) list.append(appValue(app));
     value.set("apps", std::move(list));
     if (arguments.flag("--processes")) value.set("processes", toValue(processes));
+    if (privileged) value.set("privileged", toValue(*privileged));
     printJSON(context.out, value);
     return exitOK;
   }
