@@ -177,7 +177,8 @@ bool fromValue(const Value& value, T& result) {
       result.reset();
       return true;
     }
-    return fromValue(value, result.emplace());
+    // Made here and moved: clang finds a record nested in another one not default-constructible in place.
+    return fromValue(value, result.emplace(typename detail::ElementOf<T>::OptionalType{}));
   } else if constexpr (detail::Vector<T>) {
     const auto* elements = value.asArray();
     if (!elements) return false;
