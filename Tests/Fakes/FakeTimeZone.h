@@ -3,6 +3,7 @@
 
 #include "Base/LocalTime.h"
 
+#include <atomic>
 #include <utility>
 #include <vector>
 
@@ -28,7 +29,7 @@ public:
   /// The user moves: the next reload() sees it.
   void move(int offset) { afterReload_ = offset; }
 
-  mutable int asked = 0;
+  mutable std::atomic<int> asked = 0; ///< scans ask from several threads
 
 private:
   int initial_;
