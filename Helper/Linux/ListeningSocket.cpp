@@ -48,7 +48,7 @@ std::optional<Descriptor> inheritedListener() {
   return Descriptor(firstInherited);
 }
 
-Result<Descriptor> listenAt(const std::string& path, std::optional<gid_t> group) {
+Result<Descriptor> listenAt(const std::string& path, std::optional<gid_t> group, SocketReach reach) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   if (path.empty() || path.size() >= sizeof address.sun_path) return Failure{"the path is empty or too long"};
@@ -60,8 +60,10 @@ Result<Descriptor> listenAt(const std::string& path, std::optional<gid_t> group)
   const bool bound = bind(listener.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
   umask(before);
   if (!bound) return Failure{why("bind")};
-  if (group && (chown(path.c_str(), uid_t(-1), *group) != 0 || chmod(path.c_str(), 0660) != 0))
-    return Failure{why("the socket's group")};
+  if (group && chown(path.c_str(), uid_t(-1), *group) != 0) return Failure{why("the socket's group")};
+  const bool isShared = group || reach == SocketReach::everyone;
+  if (isShared && chmod(path.c_str(), static_cast<mode_t>(reach)) != 0)
+    return Failure{why("the socket's mode")};
   if (listen(listener.get(), backlog) != 0) return Failure{why("listen")};
   return listener;
 }

@@ -15,8 +15,15 @@ namespace korvell {
 /// listening local sequenced-packet socket.
 std::optional<Descriptor> inheritedListener();
 
-/// Listens under `path`, which root and the group may connect to (mode 0660). A socket that nobody listens on
-/// any more is replaced; anything else that is there is left alone.
-Result<Descriptor> listenAt(const std::string& path, std::optional<gid_t> group);
+/// Who may connect to a socket's file. Who is answered is decided by the peer's credentials all the same.
+enum class SocketReach : mode_t {
+  group = 0660,    ///< root and the group
+  everyone = 0666, ///< for users who are admitted one by one
+};
+
+/// Listens under `path`. A socket that nobody listens on any more is replaced; anything else that is there is
+/// left alone.
+Result<Descriptor> listenAt(const std::string& path, std::optional<gid_t> group,
+                            SocketReach reach = SocketReach::group);
 
 } // namespace korvell

@@ -86,7 +86,8 @@ Result<PeerAdmission> admissionFor(const Configuration& configuration) {
 }
 
 Result<Descriptor> listenerFor(const Configuration& configuration, const PeerAdmission& admission) {
-  if (!configuration.socket.empty()) return listenAt(configuration.socket, admission.group);
+  const auto reach = admission.users.empty() ? SocketReach::group : SocketReach::everyone;
+  if (!configuration.socket.empty()) return listenAt(configuration.socket, admission.group, reach);
   auto listener = inheritedListener();
   if (!listener)
     return Failure{"no socket was handed over; start it by its socket unit, or with --socket PATH"};
