@@ -46,7 +46,7 @@ public:
     std::int64_t total = 0;
     while (std::int64_t(text.size()) < size) {
       fmt::format_to(std::back_inserter(text),
-                     R"({{"timestamp":"{}","type":"turn_context","payload":{{"cwd":"/home/ann/work/tool{}",)"
+                     R"({{"timestamp":"{}","type":"turn_context","payload":{{"cwd":"/home/ann/code/tool{}",)"
                      R"("approval_policy":"on-request","model":"gpt-5.{}"}}}})"
                      "\n",
                      time(), random_() % 8, 4 + random_() % 2);

@@ -155,7 +155,7 @@ TEST(ClaudeLineTests, linesAreDatedInTheLocalZone) {
 
 TEST(CodexLineTests, countsWhatTheLastTurnUsed) {
   Codex codex;
-  EXPECT_FALSE(codex.line(CodexText::context("gpt-5.5", "/home/ann/work/api")));
+  EXPECT_FALSE(codex.line(CodexText::context("gpt-5.5", "/home/ann/code/api")));
   ASSERT_TRUE(codex.line(CodexText{.last = R"("input_tokens":50,"cached_input_tokens":20,)"
                                            R"("cache_write_input_tokens":3,"output_tokens":7)"}
                              .text()));
