@@ -2,10 +2,11 @@
 
 namespace korvell {
 
-AppModel::AppModel(Queue& main, std::unique_ptr<Sampler> sampler, const Attention& attention, Seams seams)
+AppModel::AppModel(Queue& main, std::unique_ptr<Sampler> sampler, const Attention& attention, Seams seams,
+                   std::unique_ptr<AIUsageStore> aiUsage)
     : snapshot(SystemSnapshot::empty(main.clock().now())), menuBar(seams.defaults), main_(main),
       sampler_(std::move(sampler)), attention_(attention), seams_(seams),
-      self_(std::make_shared<AppModel*>(this)) {
+      self_(std::make_shared<AppModel*>(this)), aiUsage_(std::move(aiUsage)) {
   if (seams_.notifications) seams_.notifications->requestPermission();
   // The handler outlives no model: the timer is destroyed first, and what is on its way to the main queue
   // finds the weak pointer empty.
@@ -15,9 +16,13 @@ AppModel::AppModel(Queue& main, std::unique_ptr<Sampler> sampler, const Attentio
     });
   });
   timer_->schedule(Seconds(0), watchedPace.interval, watchedPace.leeway);
+  if (!aiUsage_) return;
+  aiUsage_->onAlert = [this](const HealthAlert& alert) { addAlerts({alert}); };
+  aiUsage_->start();
 }
 
 AppModel::~AppModel() {
+  aiUsage_.reset();
   timer_.reset();
   self_.reset();
 }
@@ -61,12 +66,13 @@ void AppModel::publish(const Tick& tick) {
   if (tick.projects) projects.set(*tick.projects);
   if (tick.startupItems) startupItems.set(*tick.startupItems);
   if (tick.totals) totals.set(*tick.totals);
-  if (!tick.alerts.empty()) {
-    auto all = tick.alerts;
-    all.insert(all.end(), alerts->begin(), alerts->end());
-    if (all.size() > mostAlerts) all.resize(mostAlerts);
-    alerts.set(std::move(all));
-  }
+  if (!tick.alerts.empty()) addAlerts(tick.alerts);
+}
+
+void AppModel::addAlerts(std::vector<HealthAlert> newest) {
+  newest.insert(newest.end(), alerts->begin(), alerts->end());
+  if (newest.size() > mostAlerts) newest.resize(mostAlerts);
+  alerts.set(std::move(newest));
 }
 
 void AppModel::judge(const Tick& tick) {

@@ -3,11 +3,13 @@
 //
 // Main thread only (the queue `main` that it is given). It never waits for the sampler: results come by an
 // asynchronous hand-off to the main queue. Sampling starts with the construction and ends with the
-// destruction, which waits for a cycle in progress and drops its result.
+// destruction, which waits for a cycle in progress and drops its result. The AI usage is scanned on the
+// store's own timer meanwhile; its plan-limit alerts join the others.
 
 #include "App/MenuBarState.h"
 #include "Base/Published.h"
 #include "Base/Queue.h"
+#include "Core/AIUsage/AIUsageStore.h"
 #include "Core/Health/HealthReport.h"
 #include "Core/Loop/Pace.h"
 #include "Core/Loop/Sampler.h"
@@ -35,7 +37,9 @@ public:
     Notifications* notifications = nullptr; ///< asked for permission once
   };
 
-  AppModel(Queue& main, std::unique_ptr<Sampler> sampler, const Attention& attention, Seams seams);
+  /// Without `aiUsage` there is no accounting of AI usage.
+  AppModel(Queue& main, std::unique_ptr<Sampler> sampler, const Attention& attention, Seams seams,
+           std::unique_ptr<AIUsageStore> aiUsage = nullptr);
   AppModel(Queue& main, std::unique_ptr<Sampler> sampler, const Attention& attention)
       : AppModel(main, std::move(sampler), attention, Seams()) {}
   ~AppModel();
@@ -65,11 +69,14 @@ public:
   /// The user has just opened something: the fast pace, at once.
   void wake();
   Sampler& sampler() { return *sampler_; }
+  AIUsageStore* aiUsage() { return aiUsage_.get(); } ///< null without
+  const AIUsageStore* aiUsage() const { return aiUsage_.get(); }
 
 private:
   void apply(const Tick& tick);
   void setWatched(bool watched, Seconds first);
   void publish(const Tick& tick);
+  void addAlerts(std::vector<HealthAlert> newest);
   void extendLiveSeries(const SystemSnapshot& snapshot);
   void judge(const Tick& tick);
 
@@ -81,6 +88,7 @@ private:
   std::int64_t ticks_ = 0;          ///< applied so far
   bool watched_ = true;             ///< the fast pace is in force
   std::unique_ptr<Timer> timer_;
+  std::unique_ptr<AIUsageStore> aiUsage_;
 };
 
 } // namespace korvell

@@ -1,6 +1,8 @@
 #include "App/Assembly.h"
 
 #include "Base/SystemQueue.h"
+#include "Base/UUID.h"
+#include "Core/Health/AlertPosting.h"
 #include "Core/Machine/LinuxOwners.h"
 #include "Core/Machine/MacOwners.h"
 
@@ -58,7 +60,7 @@ std::unique_ptr<Sampler> Assembly::makeSampler(HistoryStore* history) {
   subjects.processes = makeProcessSampler();
   if (host_.processes) subjects.devServers = makeDevServerScanner();
   subjects.history = history;
-  subjects.zone = &zone_;
+  subjects.zone = host_.zone.get();
   subjects.launchItems = host_.launchItems.get();
   subjects.table = host_.processes.get();
   subjects.control = host_.processControl.get();
@@ -73,6 +75,21 @@ std::unique_ptr<Sampler> Assembly::makeSampler(HistoryStore* history) {
   }
   return std::make_unique<Sampler>(systemQueueFactory()(Sampler::queueLabel), *host_.machine,
                                    std::move(subjects));
+}
+
+std::unique_ptr<AIUsageStore> Assembly::makeAIUsageStore(Queue& main) {
+  if (!host_.logFiles || !host_.defaults || !host_.notifications) return nullptr;
+  const auto makeScanner = [this](Cancellation ending) {
+    auto options = AIUsageScanner::defaults(host_.folders);
+    options.cancellation = std::move(ending);
+    return std::make_unique<AIUsageScanner>(std::move(options), *host_.logFiles, *host_.zone, clock_);
+  };
+  const auto postAlert = [this](const HealthAlert& alert) {
+    return post(alert, *host_.defaults, *host_.notifications);
+  };
+  return std::make_unique<AIUsageStore>(
+      main, systemQueueFactory(), clock_, makeScanner,
+      PlanLimitAlerts::Seams{*host_.defaults, *host_.zone, randomUUID, postAlert});
 }
 
 } // namespace korvell

@@ -20,6 +20,14 @@ Value liveValue(const AppModel& model) {
   return live;
 }
 
+Value aiUsageValue(const AppModel& model) {
+  const auto* store = model.aiUsage();
+  if (!store) return {};
+  auto value = summaryValue(*store->summary, store->zone());
+  value.set("isScanning", *store->isScanning);
+  return value;
+}
+
 // The parts of a state, in the order in which they are printed.
 constexpr Part parts[] = {
     {"snapshot", [](const AppModel& model) { return toValue(*model.snapshot); }},
@@ -31,6 +39,7 @@ constexpr Part parts[] = {
     {"startupItems", [](const AppModel& model) { return toValue(*model.startupItems); }},
     {"report", [](const AppModel& model) { return *model.hasSample ? reportValue(*model.report) : Value(); }},
     {"alerts", [](const AppModel& model) { return toValue(*model.alerts); }},
+    {"aiUsage", aiUsageValue},
     {"totals", [](const AppModel& model) { return toValue(*model.totals); }},
     {"live", liveValue},
 };

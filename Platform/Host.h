@@ -2,12 +2,14 @@
 // The operating system's answers, one object for each seam. makeHost() is defined once per system and called
 // by main functions only; everything below main receives the seams that it needs as references.
 
+#include "Base/LocalTime.h"
 #include "Base/Localization.h"
 #include "Base/UserFolders.h"
 #include "Platform/DesktopFiles.h"
 #include "Platform/Diagnostics.h"
 #include "Platform/FileTree.h"
 #include "Platform/LaunchItems.h"
+#include "Platform/LogFiles.h"
 #include "Platform/MachineCounters.h"
 #include "Platform/MachineState.h"
 #include "Platform/Notifications.h"
@@ -32,8 +34,10 @@ struct Host {
   std::uint32_t user = 0;               ///< effective user id
   std::string locale;                   ///< of texts, "de_DE.UTF-8"; empty for the English ones
   std::span<const LocalizedText> words; ///< the system's own words for localized()
+  std::unique_ptr<TimeZone> zone = std::make_unique<SystemTimeZone>(); ///< the user's
   std::unique_ptr<UserDefaults> defaults;
   std::unique_ptr<FileTree> fileTree;
+  std::unique_ptr<LogFiles> logFiles;
   std::unique_ptr<Trash> trash;
   std::unique_ptr<MachineCounters> machine;
   std::unique_ptr<Diagnostics> diagnostics;

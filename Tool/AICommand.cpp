@@ -3,7 +3,6 @@
 #include "Base/Format.h"
 #include "Core/AIUsage/AIUsageScanner.h"
 #include "Core/AIUsage/PlanLimitAlerts.h"
-#include "Platform/Posix/PosixLogFiles.h"
 #include "Tool/Commands.h"
 #include "Tool/Progress.h"
 #include "Tool/Table.h"
@@ -21,17 +20,16 @@ constexpr std::int64_t longScan = std::int64_t{64} << 20;
 constexpr int barWidth = 16;
 
 struct Usage {
-  SystemTimeZone zone;
-  AIUsageSummary summary;
-  AIUsageScanner::Outcome outcome = AIUsageScanner::Outcome::done;
+  const TimeZone& zone;
   Date now;
+  AIUsageSummary summary = {};
+  AIUsageScanner::Outcome outcome = AIUsageScanner::Outcome::done;
 };
 
 Usage readUsage(Context& context) {
-  Usage usage;
-  usage.now = context.clock.now();
-  PosixLogFiles files;
-  AIUsageScanner scanner(AIUsageScanner::defaults(context.host.folders), files, usage.zone, context.clock);
+  auto& host = context.host;
+  Usage usage{*host.zone, context.clock.now()};
+  AIUsageScanner scanner(AIUsageScanner::defaults(host.folders), *host.logFiles, *host.zone, context.clock);
   Progress progress(context.err, context.clock);
   const auto text = localized("Reading your Claude Code and Codex history for the first time…");
   const auto stats = scanner.refresh(usage.now, [&](std::int64_t bytes, std::int64_t of) {
@@ -60,21 +58,9 @@ int report(Context& context, AIUsageScanner::Outcome outcome) {
 }
 
 Value json(const Usage& usage, Date since, std::optional<AITool> tool) {
-  Value rows = Value::array();
-  for (const auto& row : usage.summary.rowsSince(since, tool)) {
-    Value object = Value::object({{"day", dayText(localDay(usage.zone, row.day))},
-                                  {"tool", rawValue(row.tool)},
-                                  {"model", row.model},
-                                  {"project", row.project},
-                                  {"tokens", toValue(row.tokens)}});
-    object.set("cost", row.cost);
-    rows.append(std::move(object));
-  }
-  Value result = Value::object({{"rows", std::move(rows)}});
-  if (usage.summary.codexLimits) result.set("codexLimits", toValue(*usage.summary.codexLimits));
-  result.set("updatedAt", usage.summary.updatedAt);
-  if (usage.summary.lastScan) result.set("lastScan", toValue(*usage.summary.lastScan));
-  return result;
+  auto shown = usage.summary;
+  shown.rows = shown.rowsSince(since, tool);
+  return summaryValue(shown, usage.zone);
 }
 
 std::string dollars(std::optional<double> cost) {

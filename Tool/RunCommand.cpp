@@ -24,7 +24,8 @@ int runKeeper(Context& context, const Arguments&) {
   HeadlessLoop loop;
   const FixedAttention unwatched(false);
   AppModel model(loop.main(), assembly.makeSampler(&history), unwatched,
-                 {context.host.state.get(), context.host.defaults.get(), context.host.notifications.get()});
+                 {context.host.state.get(), context.host.defaults.get(), context.host.notifications.get()},
+                 assembly.makeAIUsageStore(loop.main()));
   Keeper keeper(loop.main(), model);
 
   const auto socket = keeperSocketPath(context.host.folders);

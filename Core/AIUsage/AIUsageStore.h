@@ -31,6 +31,9 @@ public:
   Published<bool> isScanning;
   std::function<void(const HealthAlert&)> onAlert; ///< gets each plan-limit alert that was accepted
 
+  /// The zone of the summary's days.
+  const TimeZone& zone() const { return alerts_.zone(); }
+
   /// Refreshes from now on, first after five seconds. Calling it again changes nothing.
   void start();
   /// Scans once, unless a scan is running.

@@ -23,6 +23,7 @@ public:
 
   /// Posts what is due and returns what was accepted.
   std::vector<HealthAlert> check(const AICodexLimits& limits, Date now);
+  const TimeZone& zone() const { return seams_.zone; }
 
 private:
   bool markAlerted(const AIPlanLimit& limit);

@@ -94,6 +94,24 @@ std::vector<AIProjectTotal> AIUsageSummary::byProject(Date since, std::optional<
   return sortedValues(std::move(groups));
 }
 
+Value summaryValue(const AIUsageSummary& summary, const TimeZone& zone) {
+  Value rows = Value::array();
+  for (const auto& row : summary.rows) {
+    Value object = Value::object({{"day", dayText(localDay(zone, row.day))},
+                                  {"tool", rawValue(row.tool)},
+                                  {"model", row.model},
+                                  {"project", row.project},
+                                  {"tokens", toValue(row.tokens)}});
+    object.set("cost", row.cost);
+    rows.append(std::move(object));
+  }
+  Value result = Value::object({{"rows", std::move(rows)}});
+  if (summary.codexLimits) result.set("codexLimits", toValue(*summary.codexLimits));
+  result.set("updatedAt", summary.updatedAt);
+  if (summary.lastScan) result.set("lastScan", toValue(*summary.lastScan));
+  return result;
+}
+
 std::optional<double> listCost(std::string_view model, const Counts& counts) {
   const auto price = AIPricing::price(model);
   if (!price) return std::nullopt;

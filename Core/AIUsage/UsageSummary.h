@@ -88,6 +88,9 @@ struct AIUsageSummary {
   bool operator==(const AIUsageSummary&) const = default;
 };
 
+/// As commands and the keeper tell it: days as texts in the zone, absent figures left out.
+Value summaryValue(const AIUsageSummary& summary, const TimeZone& zone);
+
 /// Dollars at list prices; nothing for a model without a price.
 std::optional<double> listCost(std::string_view model, const Counts& counts);
 

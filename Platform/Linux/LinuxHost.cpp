@@ -13,6 +13,7 @@
 #include "Platform/Linux/LinuxTrash.h"
 #include "Platform/Linux/LinuxUsageHelper.h"
 #include "Platform/Linux/SettingsFile.h"
+#include "Platform/Posix/PosixLogFiles.h"
 
 #include <unistd.h>
 
@@ -31,7 +32,6 @@ std::string sessionBus(const Environment& environment) {
 
 Host makeHost(const Environment& environment) {
   static const SystemClock clock;
-  static const SystemTimeZone zone;
   Host host;
   host.folders = linuxUserFolders(environment);
   host.user = geteuid();
@@ -40,7 +40,8 @@ Host makeHost(const Environment& environment) {
   host.words = linuxWords();
   host.defaults = std::make_unique<SettingsFile>(host.folders.config, clock);
   host.fileTree = std::make_unique<LinuxFileTree>();
-  host.trash = std::make_unique<LinuxTrash>(host.folders.dataHome, getuid(), clock, zone);
+  host.logFiles = std::make_unique<PosixLogFiles>();
+  host.trash = std::make_unique<LinuxTrash>(host.folders.dataHome, getuid(), clock, *host.zone);
   host.machine = std::make_unique<LinuxMachineCounters>();
   host.processes = std::make_unique<LinuxProcessTable>(LinuxProcessTable::systemSources());
   host.processControl = std::make_unique<LinuxProcessControl>();

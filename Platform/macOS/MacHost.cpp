@@ -1,5 +1,6 @@
 #include "Base/Shell.h"
 #include "Platform/Host.h"
+#include "Platform/Posix/PosixLogFiles.h"
 #include "Platform/macOS/MacApplications.h"
 #include "Platform/macOS/MacDiagnostics.h"
 #include "Platform/macOS/MacFileTree.h"
@@ -25,6 +26,7 @@ Host makeHost(const Environment& environment) {
   host.words = {}; // the keys are this system's words
   host.defaults = std::make_unique<SystemUserDefaults>(host.folders.data);
   host.fileTree = std::make_unique<MacFileTree>();
+  host.logFiles = std::make_unique<PosixLogFiles>();
   host.trash = std::make_unique<MacTrash>(host.folders.home, getuid());
   host.machine = std::make_unique<MacMachineCounters>();
   host.diagnostics = std::make_unique<MacDiagnostics>(*host.machine, clock);

@@ -1,7 +1,14 @@
 #include "App/AppModel.h"
 
+#include "App/Keeper.h"
 #include "Base/ManualQueue.h"
+#include "Core/Health/AlertPosting.h"
+#include "Tests/Fakes/FakeLogFiles.h"
 #include "Tests/Fakes/FakeMachineCounters.h"
+#include "Tests/Fakes/FakeNotifications.h"
+#include "Tests/Fakes/FakeTimeZone.h"
+#include "Tests/Fakes/FakeUserDefaults.h"
+#include "Tests/Fakes/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -124,6 +131,72 @@ TEST_F(AppModelTests, aTickOnItsWayWhenTheModelEndsIsDropped) {
   model.reset();
   time.advance(Seconds(30));
   EXPECT_EQ(published.size(), 0u);
+}
+
+// The store inside the model: its timer, its alerts among the others, its switch, its summary for other
+// processes, and an end in the middle of everything.
+TEST_F(AppModelTests, planLimitsOfAICodingToolsRaiseAlerts) {
+  const TemporaryFolder folder;
+  const FakeTimeZone zone;
+  FakeTimeZone scanZone;
+  FakeUserDefaults defaults;
+  FakeNotifications notifications;
+  FakeLogFiles files;
+  const auto begin = time.clock().now();
+  const auto spend = [&](double percent, int windowMinutes) {
+    auto& log = files.files["/home/ann/.codex/sessions/a.jsonl"];
+    log.modified = time.clock().now();
+    log.text += R"({"timestamp":")" + rfc3339(log.modified) +
+                R"(","type":"event_msg","payload":{"type":"token_count","rate_limits":{"primary":)" +
+                R"({"used_percent":)" + std::to_string(percent) + R"(,"window_minutes":)" +
+                std::to_string(windowMinutes) + R"(,"resets_at":)" +
+                std::to_string(std::int64_t(begin.sinceEpoch) + 90'000) + "}}}}\n";
+  };
+  model = std::make_unique<AppModel>(
+      *main, std::make_unique<Sampler>(time.makeQueue(Sampler::queueLabel), machine), attention,
+      AppModel::Seams{},
+      std::make_unique<AIUsageStore>(
+          *main, time.factory(), time.clock(),
+          [&](Cancellation ending) {
+            return std::make_unique<AIUsageScanner>(
+                AIUsageScanner::Options{folder / "ai-usage.sqlite", "/home/ann", ending}, files, scanZone,
+                time.clock());
+          },
+          PlanLimitAlerts::Seams{
+              defaults, zone, [] { return std::string("id"); },
+              [&](const HealthAlert& alert) { return post(alert, defaults, notifications); }}));
+  const auto titles = [&] {
+    std::vector<std::string> all;
+    for (const auto& alert : *model->alerts) all.push_back(alert.title);
+    return all;
+  };
+  spend(79, 300);
+  time.advance(Seconds(10));
+  EXPECT_THAT(titles(), ElementsAre());
+  spend(80, 300);
+  time.advance(Seconds(300));
+  spend(91.5, 10'080);
+  time.advance(Seconds(300));
+  EXPECT_THAT(titles(), ElementsAre("Codex weekly limit at 91%", "Codex 5-hour limit at 80%"));
+  EXPECT_THAT(notifications.titles(), ElementsAre("Codex 5-hour limit at 80%", "Codex weekly limit at 91%"));
+
+  defaults.set("alert.aiPlanLimit", false);
+  spend(99, 1'440);
+  time.advance(Seconds(300));
+  defaults.set("alert.aiPlanLimit", true);
+  time.advance(Seconds(300));
+  EXPECT_EQ(notifications.posted.size(), 2u) << "held back while switched off, and not made up for";
+
+  std::string told;
+  Keeper(*main, *model)
+      .handle(*parseJSON(R"({"ask":"state","parts":["aiUsage"]})"), [&](const Value& answer) {
+        told = dumpJSON(*answer.find("aiUsage")->find("codexLimits")->find("primary")->find("usedPercent"));
+      });
+  EXPECT_EQ(told, "99.0");
+
+  model->aiUsage()->refresh();
+  model.reset();
+  time.advance(Seconds(600));
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "Platform/Posix/PosixLogFiles.h"
 #include "Tests/Fakes/FakeClock.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 #include "Tool/Commands.h"
@@ -24,6 +25,7 @@ struct AICommandTests : testing::Test {
 
   AICommandTests() {
     clock.wall = SystemClock().now(); // log files bear the machine's time
+    host.logFiles = std::make_unique<PosixLogFiles>();
     host.folders.home = folder / "home";
     host.folders.data = folder / "data";
     const auto now = rfc3339(clock.wall);
