@@ -17,49 +17,73 @@ namespace {
 
 /// Scans that read less are over before a progress line could be read.
 constexpr std::int64_t longScan = std::int64_t{64} << 20;
-constexpr int barWidth = 16;
+constexpr int limitBarWidth = 16;
 
 struct Usage {
   const TimeZone& zone;
   Date now;
+  std::string databasePath;
   AIUsageSummary summary = {};
   AIUsageScanner::Outcome outcome = AIUsageScanner::Outcome::done;
+  std::optional<std::string> putAside = {}; ///< where a damaged database is kept
+};
+
+/// What of the usage is shown, and how.
+struct View {
+  Date since;
+  AIPeriod period;
+  std::optional<AITool> tool;
+  std::string by;
 };
 
 Usage readUsage(Context& context) {
   auto& host = context.host;
-  Usage usage{*host.zone, context.clock.now()};
-  AIUsageScanner scanner(AIUsageScanner::defaults(host.folders), *host.logFiles, *host.zone, context.clock);
+  const auto options = AIUsageScanner::defaults(host.folders);
+  Usage usage{*host.zone, context.clock.now(), options.databasePath};
+  AIUsageScanner scanner(options, *host.logFiles, *host.zone, context.clock);
+  const bool isFirst = scanner.summary(days(AIPeriod::month), usage.now).rows.empty();
+  const auto text = isFirst ? localized("Reading your Claude Code and Codex history for the first time…")
+                            : localized("Reading ~/.claude and ~/.codex…");
   Progress progress(context.err, context.clock);
-  const auto text = localized("Reading your Claude Code and Codex history for the first time…");
   const auto stats = scanner.refresh(usage.now, [&](std::int64_t bytes, std::int64_t of) {
     if (of >= longScan) progress.show(std::min(1.0, double(bytes) / double(of)), text);
   });
-  usage.outcome = scanner.lastOutcome();
   usage.summary = scanner.summary(days(AIPeriod::month), usage.now);
   usage.summary.lastScan = stats;
+  usage.outcome = scanner.lastOutcome();
+  usage.putAside = scanner.putAside();
   return usage;
 }
 
 /// Says what kept the figures from being up to date.
-int report(Context& context, AIUsageScanner::Outcome outcome) {
-  switch (outcome) {
+int report(Context& context, const Usage& usage) {
+  const auto say = [&](const char* text, const std::string& path) {
+    return fail(context, localized(text, {{"path", path}}));
+  };
+  switch (usage.outcome) {
   case AIUsageScanner::Outcome::locked:
-    return fail(context, localized("another Korvell is reading the logs; these are the figures from before"));
+    return say("another Korvell is reading the logs; these are the figures from before", {});
   case AIUsageScanner::Outcome::foreign:
-    return fail(context, localized("the usage database was changed by another version of Korvell"));
+    return say("{path} was changed by another version of Korvell; these are the figures from before",
+               usage.databasePath);
+  case AIUsageScanner::Outcome::full:
+    return say("there is no room on the disk for {path}; these are the figures from before",
+               usage.databasePath);
   case AIUsageScanner::Outcome::failed:
-    return fail(context, localized("the usage database can't be written; the figures may be old"));
+    return say("{path} can't be written; these are the figures from before", usage.databasePath);
   case AIUsageScanner::Outcome::cancelled:
   case AIUsageScanner::Outcome::done:
     break;
   }
+  if (usage.putAside)
+    say("the usage database was damaged and is kept as {path}; the last 30 days were counted anew",
+        *usage.putAside);
   return exitOK;
 }
 
-Value json(const Usage& usage, Date since, std::optional<AITool> tool) {
+Value json(const Usage& usage, const View& view) {
   auto shown = usage.summary;
-  shown.rows = shown.rowsSince(since, tool);
+  shown.rows = shown.rowsSince(view.since, view.tool);
   return summaryValue(shown, usage.zone);
 }
 
@@ -69,100 +93,151 @@ std::string dollars(std::optional<double> cost) {
   return fmt::format("${}.{:02}", Format::grouped(cents / 100), cents % 100);
 }
 
-const std::vector<Column>& tokenColumns() {
-  using enum Column::Align;
-  static const std::vector<Column> columns = {
-      {localized("Input"), right},      {localized("Output"), right}, {localized("Cache write"), right},
-      {localized("Cache read"), right}, {localized("Total"), right},  {localized("Cost"), right}};
-  return columns;
-}
+/// What gives way, step by step, until a table fits the terminal.
+struct Layout {
+  bool splitsCache; ///< writes and reads in columns of their own
+  int barWidth;
+};
+constexpr Layout layouts[] = {{true, 16}, {true, 8}, {false, 16}, {false, 6}, {false, 1}};
 
-std::vector<Table::Cell> cells(std::vector<Table::Cell> leading, const AITokens& tokens,
-                               std::optional<double> cost, Ink ink = Ink::plain) {
-  for (const auto count : {tokens.input, tokens.output, tokens.cacheWrite, tokens.cacheRead, tokens.total()})
-    leading.push_back({Format::grouped(count), ink});
-  leading.push_back({dollars(cost), ink});
-  return leading;
-}
+class UsageTables {
+public:
+  UsageTables(const Usage& usage, const View& view, Layout layout)
+      : usage_(usage), view_(view), layout_(layout) {}
 
-Table tableWith(std::vector<Column> columns) {
-  columns.insert(columns.end(), tokenColumns().begin(), tokenColumns().end());
-  return Table(std::move(columns));
-}
-
-/// Every day from the first with usage to today, with a bar for its share of the busiest day's tokens.
-Table dayTable(const Usage& usage, Date since, std::optional<AITool> tool) {
-  std::map<CalendarDay, std::pair<AITokens, double>> sums;
-  for (const auto& row : usage.summary.rowsSince(since, tool)) {
-    auto& [tokens, cost] = sums[localDay(usage.zone, row.day)];
-    tokens += row.tokens;
-    cost += row.cost.value_or(0);
+  Table make() const {
+    Table table = view_.by == "model" ? byModel() : view_.by == "project" ? byProject() : byDay();
+    table.row(cells({{localized("Total"), Ink::bold}, ""}, usage_.summary.tokens(view_.since, view_.tool),
+                    usage_.summary.cost(view_.since, view_.tool), Ink::bold));
+    return table;
   }
-  double most = 1;
-  for (const auto& [day, sum] : sums) most = std::max(most, double(sum.first.total()));
-  Table table = tableWith({{localized("Day")}, {localized("Tokens per day")}});
-  if (sums.empty()) return table;
-  const auto last = std::max(sums.rbegin()->first, localDay(usage.zone, usage.now));
-  for (auto day = sums.begin()->first; day <= last; day = day + 1) {
-    const auto& [tokens, cost] = sums[day];
-    table.row(
-        cells({dayText(day), {bar(double(tokens.total()) / most, barWidth), Ink::accent}}, tokens, cost));
+
+private:
+  Table tableWith(std::vector<Column> columns) const {
+    for (const char* name :
+         layout_.splitsCache
+             ? std::initializer_list<const char*>{"Input", "Output", "Cache write", "Cache read", "Total",
+                                                  "Cost"}
+             : std::initializer_list<const char*>{"Input", "Output", "Cache", "Total", "Cost"})
+      columns.push_back({localized(name), Column::Align::right});
+    return Table(std::move(columns));
   }
-  return table;
+
+  std::vector<Table::Cell> cells(std::vector<Table::Cell> leading, const AITokens& tokens,
+                                 std::optional<double> cost, Ink ink = Ink::plain) const {
+    const auto add = [&](std::int64_t count) { leading.push_back({Format::grouped(count), ink}); };
+    add(tokens.input);
+    add(tokens.output);
+    if (layout_.splitsCache) {
+      add(tokens.cacheWrite);
+      add(tokens.cacheRead);
+    } else {
+      add(AITokens{.cacheWrite = tokens.cacheWrite, .cacheRead = tokens.cacheRead}.total());
+    }
+    add(tokens.total());
+    leading.push_back({dollars(cost), ink});
+    return leading;
+  }
+
+  /// Every day from the first with usage to today, with a bar for its share of the busiest day's tokens.
+  Table byDay() const {
+    std::map<CalendarDay, std::pair<AITokens, double>> sums;
+    for (const auto& row : usage_.summary.rowsSince(view_.since, view_.tool)) {
+      auto& [tokens, cost] = sums[localDay(usage_.zone, row.day)];
+      tokens += row.tokens;
+      cost += row.cost.value_or(0);
+    }
+    double most = 1;
+    for (const auto& [day, sum] : sums) most = std::max(most, double(sum.first.total()));
+    Table table = tableWith({{localized("Day")}, {""}});
+    const auto last = std::max(sums.rbegin()->first, localDay(usage_.zone, usage_.now));
+    for (auto day = sums.begin()->first; day <= last; day = day + 1) {
+      const auto& [tokens, cost] = sums[day];
+      table.row(cells({dayText(day), {bar(double(tokens.total()) / most, layout_.barWidth), Ink::accent}},
+                      tokens, cost));
+    }
+    return table;
+  }
+
+  /// A model's name tells its tool, too.
+  Table byModel() const {
+    const bool namesTool = layout_.splitsCache;
+    Table table = tableWith(
+        {{localized("Model"), Column::Align::left, true, 12}, {namesTool ? localized("Tool") : ""}});
+    for (const auto& total : usage_.summary.byModel(view_.since, view_.tool))
+      table.row(
+          cells({total.model, namesTool ? std::string(title(total.tool)) : ""}, total.tokens, total.cost));
+    return table;
+  }
+
+  Table byProject() const {
+    Table table = tableWith({{localized("Project"), Column::Align::left, true, 12}, {""}});
+    for (const auto& total : usage_.summary.byProject(view_.since, view_.tool))
+      table.row(cells({total.name, ""}, total.tokens, total.cost));
+    return table;
+  }
+
+  const Usage& usage_;
+  const View& view_;
+  Layout layout_;
+};
+
+void printCosts(Context& context, const Usage& usage, const View& view) {
+  const auto cost = [&](const std::string& label, Date since) {
+    context.out.line(context.out.ink(Ink::dim, label + ": " + dollars(usage.summary.cost(since, view.tool)) +
+                                                   " " + localized("at API list prices")));
+  };
+  cost(localized("API-equivalent today"), AIUsageSummary::startOfPeriod(1, usage.now, usage.zone));
+  if (view.period != AIPeriod::today) cost(localized("API-equivalent, ") + title(view.period), view.since);
 }
 
-Table modelTable(const Usage& usage, Date since, std::optional<AITool> tool) {
-  Table table = tableWith({{localized("Tool")}, {localized("Model"), Column::Align::left, true, 12}});
-  for (const auto& total : usage.summary.byModel(since, tool))
-    table.row(cells({title(total.tool), total.model}, total.tokens, total.cost));
-  return table;
-}
-
-Table projectTable(const Usage& usage, Date since, std::optional<AITool> tool) {
-  Table table = tableWith({{localized("Project"), Column::Align::left, true, 12}, {""}});
-  for (const auto& total : usage.summary.byProject(since, tool))
-    table.row(cells({total.name, ""}, total.tokens, total.cost));
-  return table;
-}
-
-void print(Context& context, const Usage& usage, Date since, const Arguments& arguments,
-           std::optional<AITool> tool, AIPeriod period) {
+void print(Context& context, const Usage& usage, const View& view) {
   auto& out = context.out;
-  if (usage.summary.rowsSince(since, tool).empty()) {
-    out.line(period == AIPeriod::month && !tool
-                 ? localized("No Claude Code or Codex usage in the last 30 days.")
-                 : localized("No usage in this period."));
+  if (usage.summary.rowsSince(view.since, view.tool).empty()) {
+    if (usage.outcome == AIUsageScanner::Outcome::done)
+      out.line(usage.summary.rows.empty() ? localized("No Claude Code or Codex usage in the last 30 days.")
+                                          : localized("No usage in this period."));
     return;
   }
-  const auto by = arguments.text("--by").value_or("day");
-  Table table = by == "model"     ? modelTable(usage, since, tool)
-                : by == "project" ? projectTable(usage, since, tool)
-                                  : dayTable(usage, since, tool);
-  table.row(cells({{localized("Total"), Ink::bold}, ""}, usage.summary.tokens(since, tool),
-                  usage.summary.cost(since, tool), Ink::bold));
-  table.print(out);
+  for (const auto& layout : layouts) {
+    const Table table = UsageTables(usage, view, layout).make();
+    const bool isLast = &layout == std::end(layouts) - 1;
+    if (!isLast && table.narrowest() > out.columns()) continue;
+    out.line(out.ink(Ink::bold, localized(view.by == "model"     ? "By model"
+                                          : view.by == "project" ? "Top projects"
+                                                                 : "Tokens per day")));
+    table.print(out);
+    break;
+  }
   out.line();
-  out.line(out.ink(Ink::dim, localized("Cost: API-equivalent, ") + localized("at API list prices") + "."));
+  printCosts(context, usage, view);
   out.line(out.ink(Ink::dim, localized("From ~/.claude and ~/.codex, nothing leaves your Mac.")));
+}
+
+View viewOf(const Arguments& arguments, const Usage& usage) {
+  View view;
+  view.period = fromRawValue<AIPeriod>(arguments.text("--period").value_or("30d")).value_or(AIPeriod::month);
+  if (const auto name = arguments.text("--tool"))
+    view.tool = *name == "codex" ? AITool::codex : AITool::claude;
+  view.by = arguments.text("--by").value_or("day");
+  view.since = AIUsageSummary::startOfPeriod(days(view.period), usage.now, usage.zone);
+  return view;
 }
 
 int runAI(Context& context, const Arguments& arguments) {
   const auto usage = readUsage(context);
-  const auto period =
-      fromRawValue<AIPeriod>(arguments.text("--period").value_or("30d")).value_or(AIPeriod::month);
-  std::optional<AITool> tool;
-  if (const auto name = arguments.text("--tool")) tool = *name == "codex" ? AITool::codex : AITool::claude;
-  const auto since = AIUsageSummary::startOfPeriod(days(period), usage.now, usage.zone);
-  if (arguments.flag("--json"))
-    printJSON(context.out, json(usage, since, tool));
-  else
-    print(context, usage, since, arguments, tool, period);
-  if (arguments.flag("--explain") && !arguments.flag("--json")) {
+  const auto view = viewOf(arguments, usage);
+  if (arguments.flag("--json")) {
+    printJSON(context.out, json(usage, view));
+    return report(context, usage);
+  }
+  print(context, usage, view);
+  if (arguments.flag("--explain")) {
     context.out.line();
     for (const auto& line : wrapped(costExplanation(), std::min(context.out.columns(), widestSummary)))
       context.out.line(line);
   }
-  return report(context, usage.outcome);
+  return report(context, usage);
 }
 
 int runLimits(Context& context, const Arguments& arguments) {
@@ -182,7 +257,7 @@ int runLimits(Context& context, const Arguments& arguments) {
       const bool running = limit.resetsAt > usage.now;
       const auto ink = !running ? Ink::dim : limit.usedPercent >= 80 ? Ink::warning : Ink::good;
       table.row({limit.name() + localized(" limit"),
-                 {bar(limit.usedPercent / 100, barWidth), ink},
+                 {bar(limit.usedPercent / 100, limitBarWidth), ink},
                  {Format::percent(limit.usedPercent), ink},
                  {running ? localized("resets ") + resetText(usage.zone, limit.resetsAt)
                           : localized("window has reset"),
@@ -190,7 +265,7 @@ int runLimits(Context& context, const Arguments& arguments) {
     }
     table.print(context.out);
   }
-  return report(context, usage.outcome);
+  return report(context, usage);
 }
 
 } // namespace

@@ -38,6 +38,11 @@ std::vector<int> Table::widths(int width) const {
   return widths;
 }
 
+int Table::narrowest() const {
+  const auto widths = this->widths(0);
+  return std::accumulate(widths.begin(), widths.end(), gap * (int(widths.size()) - 1));
+}
+
 std::vector<std::string> Table::lines(const Terminal& terminal, int width) const {
   const auto widths = this->widths(width);
   const auto format = [&](const std::vector<Cell>& cells) {

@@ -33,6 +33,8 @@ public:
   /// The lines, the titles first (none when every title is empty), each at most `width` columns.
   std::vector<std::string> lines(const Terminal& terminal, int width) const;
   void print(Terminal& terminal) const;
+  /// The columns that the lines take when those that give way have done so.
+  int narrowest() const;
 
 private:
   std::vector<int> widths(int width) const;

@@ -23,12 +23,16 @@ AIUsageScanner::Options AIUsageScanner::defaults(const UserFolders& folders) {
 AIUsageScanner::AIUsageScanner(Options options, LogFiles& files, TimeZone& zone, const Clock& clock)
     : options_(std::move(options)), files_(files), zone_(zone), clock_(clock),
       database_(options_.databasePath, clock.now()) {
-  load();
+  loaded_ = load();
 }
 
-void AIUsageScanner::load() {
-  states_ = database_.fileStates();
+/// False leaves states that would count what was counted before.
+bool AIUsageScanner::load() {
+  auto states = database_.fileStates();
+  if (!states) return false;
+  states_ = std::move(*states);
   latestLimits_ = database_.limits();
+  return !database_.isOpen() || database_.problem() == UsageDatabase::Problem::none;
 }
 
 FileState AIUsageScanner::initialState(AITool tool, const std::string& path) const {
@@ -67,6 +71,7 @@ AIScanStats AIUsageScanner::refresh(Date now, const Progress& progress) {
   AIScanStats stats;
   Seconds helpers{0};
   outcome_ = scan(now, progress, stats, helpers);
+  if (database_.problem() == UsageDatabase::Problem::damaged) outcome_ = scan(now, progress, stats, helpers);
   stats.seconds = (clock_.monotonic() - start).count();
   stats.cpuSeconds = (threadCPUTime() - startCPU + helpers).count();
   return stats;
@@ -74,8 +79,12 @@ AIScanStats AIUsageScanner::refresh(Date now, const Progress& progress) {
 
 AIUsageScanner::Outcome AIUsageScanner::scan(Date now, const Progress& progress, AIScanStats& stats,
                                              Seconds& helpers) {
-  if (!database_.begin()) return database_.isForeign() ? Outcome::foreign : Outcome::locked;
-  if (database_.changedElsewhere()) load();
+  if (!database_.begin(now, options_.cancellation)) return failure();
+  if (database_.changedElsewhere() || !loaded_) loaded_ = load();
+  if (!loaded_) {
+    database_.rollback();
+    return failure();
+  }
   auto tasks = newBytes(now, stats);
   Accounting accounting(database_, dayText(localDay(zone_, now)), latestLimits_);
   ScanProgress report;
@@ -88,22 +97,41 @@ AIUsageScanner::Outcome AIUsageScanner::scan(Date now, const Progress& progress,
     return Outcome::cancelled;
   }
   accounting.flush();
-  if (accounting.failed() || !database_.commit()) {
+  if (!database_.commit()) {
     database_.rollback();
     stats = {};
-    return Outcome::failed;
+    return failure();
   }
   stats.records = accounting.records();
   for (const auto& [path, state] : accounting.states()) states_[path] = state;
   latestLimits_ = accounting.limits();
-  return Outcome::done;
+  return database_.isOpen() ? Outcome::done : Outcome::failed;
+}
+
+AIUsageScanner::Outcome AIUsageScanner::failure() const {
+  if (options_.cancellation.isCancelled()) return Outcome::cancelled;
+  switch (database_.problem()) {
+  case UsageDatabase::Problem::locked:
+    return Outcome::locked;
+  case UsageDatabase::Problem::full:
+    return Outcome::full;
+  case UsageDatabase::Problem::foreign:
+    return Outcome::foreign;
+  default:
+    return Outcome::failed;
+  }
 }
 
 AIUsageSummary AIUsageScanner::summary(int days, Date now) {
   AIUsageSummary summary;
   std::map<std::string, std::optional<Date>> midnights;
   const auto since = localDay(zone_, AIUsageSummary::startOfPeriod(days, now, zone_));
-  for (auto& row : database_.rows(dayText(since))) {
+  auto stored = database_.rows(dayText(since));
+  if (database_.problem() == UsageDatabase::Problem::damaged) {
+    refresh(now);
+    stored = database_.rows(dayText(since));
+  }
+  for (auto& row : stored) {
     auto [day, isNew] = midnights.try_emplace(row.day);
     if (const auto parsed = isNew ? parseDay(row.day) : std::nullopt)
       day->second = startOfDay(zone_, *parsed);

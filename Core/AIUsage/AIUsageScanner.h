@@ -3,7 +3,8 @@
 //
 // Lives on the queue "Korvell.aiUsage". A scan is one transaction: killed at any moment, or failing, it
 // leaves no trace, and the next one reads the same bytes again. Two processes may scan the same logs into
-// the same database; the second waits for the first and takes over what it wrote.
+// the same database; the second waits for the first and takes over what it wrote. A damaged database is put
+// aside and counted anew from the logs.
 
 #include "Base/UserFolders.h"
 #include "Core/AIUsage/Scan.h"
@@ -23,7 +24,8 @@ public:
     done,
     locked, ///< another process held the database for too long
     cancelled,
-    failed,  ///< the database could not be written
+    full,    ///< no room on the disk for the database
+    failed,  ///< the database can't be opened or written
     foreign, ///< the database was changed by another version of Korvell
   };
 
@@ -37,6 +39,8 @@ public:
   using Progress = std::function<void(std::int64_t bytes, std::int64_t of)>;
   AIScanStats refresh(Date now, const Progress& progress = {});
   Outcome lastOutcome() const { return outcome_; }
+  /// Where a damaged database was put.
+  const std::optional<std::string>& putAside() const { return database_.putAside(); }
 
   AIUsageSummary summary(int days, Date now);
   const std::optional<AICodexLimits>& latestLimits() const { return latestLimits_; }
@@ -45,7 +49,8 @@ private:
   std::vector<ScanTask> newBytes(Date now, AIScanStats& stats);
   FileState initialState(AITool tool, const std::string& path) const;
   Outcome scan(Date now, const Progress& progress, AIScanStats& stats, Seconds& helpers);
-  void load();
+  bool load();
+  Outcome failure() const;
 
   Options options_;
   LogFiles& files_;
@@ -54,6 +59,7 @@ private:
   UsageDatabase database_;
   std::unordered_map<std::string, FileState> states_;
   std::optional<AICodexLimits> latestLimits_;
+  bool loaded_ = false; ///< the states are those of the database
   Outcome outcome_ = Outcome::done;
 };
 

@@ -36,7 +36,7 @@ bool SeenKeys::isFirstSighting(std::uint64_t key) {
   if (!insert(key)) return false;
   if (used_ * 2 < slots_.size()) return true;
   if (slots_.size() >= largestTable) {
-    failed_ |= !flush();
+    flush();
     return true;
   }
   auto previous = std::exchange(slots_, std::vector<std::uint64_t>(slots_.size() * 4));
@@ -46,7 +46,7 @@ bool SeenKeys::isFirstSighting(std::uint64_t key) {
   return true;
 }
 
-bool SeenKeys::flush() {
+void SeenKeys::flush() {
   std::vector<std::int64_t> keys;
   keys.reserve(used_ + 1);
   for (auto& slot : slots_)
@@ -55,8 +55,7 @@ bool SeenKeys::flush() {
   used_ = 0;
   std::sort(keys.begin(), keys.end());
   anyStored_ |= !keys.empty();
-  for (const auto key : keys) failed_ |= !database_.addSeen(std::uint64_t(key), scanDay_);
-  return !failed_;
+  for (const auto key : keys) database_.addSeen(std::uint64_t(key), scanDay_);
 }
 
 Accounting::Accounting(UsageDatabase& database, std::string scanDay, std::optional<AICodexLimits> limits)
@@ -84,20 +83,20 @@ void Accounting::add(const Bucket& bucket, const Counts& counts) {
 }
 
 void Accounting::finishFile(const std::string& path, const FileState& state) {
-  failed_ |= !database_.saveFile(path, state);
+  database_.saveFile(path, state);
   states_[path] = state;
 }
 
 void Accounting::flushUsage() {
-  for (const auto& [bucket, counts] : pending_) failed_ |= !database_.addUsage(bucket, counts);
+  for (const auto& [bucket, counts] : pending_) database_.addUsage(bucket, counts);
   pending_.clear();
   pendingBytes_ = 0;
 }
 
 void Accounting::flush() {
   flushUsage();
-  failed_ |= !seen_.flush();
-  if (limits_ && limits_ != storedLimits_) failed_ |= !database_.saveLimits(*limits_);
+  seen_.flush();
+  if (limits_ && limits_ != storedLimits_) database_.saveLimits(*limits_);
 }
 
 } // namespace korvell

@@ -13,9 +13,9 @@ namespace korvell {
 class SeenKeys {
 public:
   SeenKeys(UsageDatabase& database, std::string scanDay);
-  /// True once for each key. False answers of the database count as first sightings.
+  /// True once for each key.
   bool isFirstSighting(std::uint64_t key);
-  bool flush();
+  void flush();
 
 private:
   bool insert(std::uint64_t key);
@@ -23,7 +23,6 @@ private:
   UsageDatabase& database_;
   std::string scanDay_;
   bool anyStored_;
-  bool failed_ = false;
   std::vector<std::uint64_t> slots_; ///< open addressing; 0 is free
   std::size_t used_ = 0;
   bool zeroSeen_ = false;
@@ -40,7 +39,7 @@ public:
   void flush();
 
   /// Something could not be written: the transaction is of no use.
-  bool failed() const { return failed_; }
+  bool failed() const { return database_.isOpen() && database_.problem() != UsageDatabase::Problem::none; }
   std::int64_t records() const { return records_; }
   const std::optional<AICodexLimits>& limits() const { return limits_; }
   /// The states of all finished files.
@@ -57,7 +56,6 @@ private:
   std::unordered_map<Bucket, Counts, BucketHash> pending_;
   std::size_t pendingBytes_ = 0;
   std::int64_t records_ = 0;
-  bool failed_ = false;
 };
 
 } // namespace korvell

@@ -1,11 +1,11 @@
 #include "Core/History/HistoryDatabase.h"
 
+#include "Base/DatabaseFile.h"
 #include "Base/UserFolders.h"
 #include "Core/History/AppSums.h"
 
 #include <algorithm>
 #include <filesystem>
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 #include <sqlite3.h>
 
@@ -60,12 +60,21 @@ std::optional<std::string> textOrNothing(const Statement& statement, int column)
 
 bool HistoryDatabase::ensureOpen(Date now) {
   const bool keeper = access_ == HistoryAccess::keeper;
-  if (keeper && (damaged_ || fileMoved())) close();
-  if (keeper && damaged_) moveAside(now);
+  if (keeper && hasMoved(db_)) {
+    close();
+    damaged_ = false; // whoever moved the file has dealt with it
+  }
+  if (keeper && damaged_) putAside(now);
   if (db_ || open()) return true;
   if (!keeper || !damaged_) return false;
-  moveAside(now);
+  putAside(now);
   return open();
+}
+
+void HistoryDatabase::putAside(Date now) {
+  close();
+  moveAside(path_, now);
+  damaged_ = false;
 }
 
 void HistoryDatabase::close() {
@@ -115,31 +124,8 @@ bool HistoryDatabase::isForeign() {
   return !systemFits || (apps && !db_.prepare(insertAppSQL));
 }
 
-bool HistoryDatabase::fileMoved() const {
-  int moved = 0;
-  if (db_) sqlite3_file_control(db_.handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
-  return moved != 0;
-}
-
-void HistoryDatabase::moveAside(Date now) {
-  damaged_ = false;
-  const auto folder = std::filesystem::path(path_).parent_path();
-  const auto date = std::chrono::system_clock::time_point(
-      std::chrono::duration_cast<std::chrono::system_clock::duration>(Seconds{now.sinceEpoch}));
-  const auto stem = fmt::format("history-damaged-{:%Y-%m-%d-%H%M%S}",
-                                fmt::gmtime(std::chrono::system_clock::to_time_t(date)));
-  std::error_code error;
-  auto target = folder / (stem + ".sqlite");
-  for (int i = 2; std::filesystem::exists(target, error); ++i)
-    target = folder / fmt::format("{}-{}.sqlite", stem, i);
-  // The log first: a log without its database is nothing, a new database with a foreign log is damaged.
-  for (const char* suffix : {"-wal", "-shm", ""})
-    std::filesystem::rename(path_ + suffix, target.string() + suffix, error);
-}
-
 bool HistoryDatabase::isDamage(int code) {
-  const int primary = code & 0xff;
-  const bool damage = primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB;
+  const bool damage = meansDamage(code);
   damaged_ |= damage;
   return damage;
 }

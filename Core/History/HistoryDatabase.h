@@ -52,8 +52,7 @@ private:
   bool open();
   bool prepareForWriting();
   bool isForeign();
-  bool fileMoved() const;
-  void moveAside(Date now);
+  void putAside(Date now);
   bool commit();
   bool writeSystemRow(const HistoryMinute& minute);
   void writeAppRow(std::int64_t ts, const HistoryApp& app);

@@ -5,7 +5,9 @@
 #include "Tests/Fakes/FakeLogFiles.h"
 #include "Tests/Fakes/FakeTimeZone.h"
 #include "Tests/Fakes/TemporaryFolder.h"
+#include "Tests/Fakes/TestVFS.h"
 
+#include <fstream>
 #include <gtest/gtest.h>
 #include <random>
 #include <sys/stat.h>
@@ -70,6 +72,7 @@ protected:
   FakeLogFiles files;
   FakeTimeZone zone;
   FakeClock clock;
+  TestVFS disk{clock};
   std::unique_ptr<AIUsageScanner> scanner;
 };
 
@@ -214,19 +217,79 @@ TEST_F(ScannerTests, anotherScannersWorkIsTakenOver) {
   EXPECT_EQ(usage(), oneMessage + "2026-03-01 unknown Home 30 7; ");
 }
 
-TEST_F(ScannerTests, aScanThatCannotBeStoredIsRepeated) {
-  append(claudeFolder + "a.jsonl", ClaudeText{}.text());
-  append(codexFolder + "b.jsonl", CodexText{}.text());
-  scanner = open();
-  auto db = Database::open(database(), Database::Mode::readWrite);
-  ASSERT_EQ(db.exec("CREATE TRIGGER full BEFORE INSERT ON usage BEGIN SELECT RAISE(ROLLBACK, 'full'); END"),
-            0);
-  EXPECT_EQ(scan().records, 0);
-  EXPECT_EQ(scanner->lastOutcome(), Outcome::failed);
-  EXPECT_EQ(dump(), "") << "nothing of it";
-  ASSERT_EQ(db.exec("DROP TRIGGER full"), 0);
-  EXPECT_EQ(scan().records, 2);
-  EXPECT_EQ(usage(), oneMessage + "2026-03-01 unknown Home 30 7; ");
+// What disks, other processes and people do to the database: the outcome tells it, and once it is over the
+// totals are those of an undisturbed scan.
+TEST_F(ScannerTests, noFaultOfTheDatabaseLosesOrRepeatsAnything) {
+  const auto overwrite = [&](std::size_t from, std::size_t to) {
+    std::fstream file(database(), std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(std::streamoff(from));
+    file << std::string(to - from, '\x5a');
+  };
+  std::optional<Database> other;
+  struct Row {
+    const char* what;
+    bool closed; ///< the fault comes while no scanner is open
+    Outcome outcome;
+    std::function<void()> fault, mend;
+    bool isPutAside = false;
+  };
+  const auto nothing = [] {};
+  const Row rows[] = {
+      {"text in its place", true, Outcome::done, [&] { overwrite(0, 5'000); }, nothing, true},
+      {"cut short", true, Outcome::done, [&] { std::filesystem::resize_file(database(), 5'000); }, nothing,
+       true},
+      {"pages overwritten", true, Outcome::done, [&] { overwrite(4'096, 9 * 4'096); }, nothing, true},
+      {"pages overwritten while it is open", true, Outcome::done,
+       [&] {
+         scanner = open();
+         overwrite(4'096, 9 * 4'096);
+       },
+       nothing, true},
+      {"deleted", false, Outcome::done, [&] { std::filesystem::remove_all(folder.path() / "data"); },
+       nothing},
+      {"a full disk", false, Outcome::full, [&] { disk.writeError = SQLITE_FULL; }, nothing},
+      {"a full disk at the start", true, Outcome::full, [&] { disk.writeError = SQLITE_FULL; }, nothing},
+      {"a broken disk", false, Outcome::failed, [&] { disk.writeError = SQLITE_IOERR_WRITE; }, nothing},
+      {"states that can't be read", true, Outcome::failed, [&] { disk.readError = SQLITE_IOERR_READ; },
+       nothing},
+      {"no way to open it", true, Outcome::failed, [&] { disk.openError = SQLITE_CANTOPEN; }, nothing},
+      {"another process's lock", false, Outcome::locked,
+       [&] {
+         other = Database::open(database(), Database::Mode::readWrite);
+         EXPECT_EQ(other->exec("BEGIN IMMEDIATE"), SQLITE_OK);
+       },
+       [&] { other.reset(); }},
+      {"a transaction that ends by itself", false, Outcome::failed,
+       [&] {
+         Database::open(database(), Database::Mode::readWrite)
+             .exec("CREATE TRIGGER full BEFORE INSERT ON usage BEGIN SELECT RAISE(ROLLBACK, 'full'); END");
+       },
+       [&] { Database::open(database(), Database::Mode::readWrite).exec("DROP TRIGGER full"); }}};
+  const auto write = [&](int message) {
+    append(claudeFolder + "a.jsonl", ClaudeText{.id = "msg_" + std::to_string(message)}.text());
+    append(codexFolder + "b.jsonl", CodexText{.total = 1 + message}.text());
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    scanner.reset();
+    std::filesystem::remove_all(folder.path() / "data");
+    files.files.clear();
+    for (int i = 0; i < 300; ++i) append(claudeFolder + std::to_string(i) + ".jsonl", "{}");
+    write(1);
+    scan();
+    if (row.closed) scanner.reset();
+    row.fault();
+    write(2);
+    scan();
+    EXPECT_EQ(scanner->lastOutcome(), row.outcome);
+    EXPECT_EQ(scanner->putAside().has_value(), row.isPutAside);
+    disk.writeError = disk.readError = disk.openError = SQLITE_OK;
+    row.mend();
+    scan();
+    EXPECT_EQ(scanner->lastOutcome(), Outcome::done);
+    EXPECT_EQ(usage(), "2026-03-01 claude-sonnet-4-5 shop 2 4; 2026-03-01 unknown Home 60 14; ");
+    EXPECT_EQ(scanner->summary(30, clock.wall).rows.size(), 2u);
+  }
 }
 
 TEST_F(ScannerTests, aNewerVersionsDatabaseIsLeftAlone) {

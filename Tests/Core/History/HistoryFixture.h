@@ -3,7 +3,7 @@
 
 #include "Base/ManualQueue.h"
 #include "Core/History/HistoryStore.h"
-#include "TestVFS.h"
+#include "Tests/Fakes/TestVFS.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

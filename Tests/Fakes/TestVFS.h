@@ -1,9 +1,10 @@
 #pragma once
-// SQLite's default file system with a clock and with disk faults of a test's making. While one exists, every
-// database that is opened goes through it.
+// SQLite's default file system with a clock and with disk faults of a test's making; nobody sleeps while
+// another holds a lock. While one exists, every database that is opened goes through it.
 
 #include "Base/Date.h"
 
+#include <algorithm>
 #include <map>
 #include <sqlite3.h>
 
@@ -17,6 +18,7 @@ public:
     vfs_.zName = "korvell-test";
     vfs_.xOpen = open;
     vfs_.xCurrentTimeInt64 = now;
+    vfs_.xSleep = [](sqlite3_vfs*, int microseconds) { return microseconds; };
     sqlite3_vfs_register(&vfs_, 1);
   }
   ~TestVFS() {
@@ -27,6 +29,7 @@ public:
   TestVFS& operator=(const TestVFS&) = delete;
 
   int writeError = SQLITE_OK; ///< what every write to a file answers instead of writing
+  int readError = SQLITE_OK;
   int openError = SQLITE_OK;
 
 private:
@@ -48,8 +51,15 @@ private:
     methods.original = file->pMethods;
     methods.patched = *file->pMethods;
     methods.patched.xWrite = write;
+    methods.patched.xRead = read;
+    methods.patched.xFetch = nullptr; // read, not mapped
+    methods.patched.iVersion = std::min(methods.patched.iVersion, 2);
     file->pMethods = &methods.patched;
     return code;
+  }
+  static int read(sqlite3_file* file, void* bytes, int count, sqlite3_int64 offset) {
+    if (current()->readError != SQLITE_OK) return current()->readError;
+    return reinterpret_cast<const Methods*>(file->pMethods)->original->xRead(file, bytes, count, offset);
   }
   static int write(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 offset) {
     if (current()->writeError != SQLITE_OK) return current()->writeError;
