@@ -57,27 +57,26 @@ Usage readUsage(Context& context) {
 
 /// Says what kept the figures from being up to date.
 int report(Context& context, const Usage& usage) {
-  const auto say = [&](const char* text, const std::string& path) {
-    return fail(context, localized(text, {{"path", path}}));
+  const auto path = usage.putAside.value_or(usage.databasePath);
+  const auto say = [&](const char* text, const std::string& more = {}) {
+    return fail(context, localized(text, {{"path", path}}) + more);
   };
+  const auto old = usage.summary.rows.empty() ? "" : localized("; these are the figures from before");
   switch (usage.outcome) {
   case AIUsageScanner::Outcome::locked:
-    return say("another Korvell is reading the logs; these are the figures from before", {});
+    return say("another Korvell is reading the logs", old);
   case AIUsageScanner::Outcome::foreign:
-    return say("{path} was changed by another version of Korvell; these are the figures from before",
-               usage.databasePath);
+    return say("{path} was changed by another version of Korvell", old);
   case AIUsageScanner::Outcome::full:
-    return say("there is no room on the disk for {path}; these are the figures from before",
-               usage.databasePath);
+    return say("there is no room on the disk for {path}", old);
   case AIUsageScanner::Outcome::failed:
-    return say("{path} can't be written; these are the figures from before", usage.databasePath);
+    return say("{path} can't be read or written", old);
   case AIUsageScanner::Outcome::cancelled:
   case AIUsageScanner::Outcome::done:
     break;
   }
   if (usage.putAside)
-    say("the usage database was damaged and is kept as {path}; the last 30 days were counted anew",
-        *usage.putAside);
+    say("the usage database was damaged and is kept as {path}; the last 30 days were counted anew");
   return exitOK;
 }
 

@@ -3,8 +3,8 @@
 
 #include "Base/ManualQueue.h"
 #include "Core/History/HistoryStore.h"
-#include "Tests/Fakes/TestVFS.h"
 #include "Tests/Fakes/TemporaryFolder.h"
+#include "Tests/Fakes/TestVFS.h"
 
 #include <gtest/gtest.h>
 #include <memory>
