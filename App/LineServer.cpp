@@ -1,19 +1,18 @@
 #include "App/LineServer.h"
 
+#include "Base/LocalAddress.h"
 #include "Base/ThreadControl.h"
 #include "Base/UserFolders.h"
 #include "Platform/PeerUser.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <list>
 #include <mutex>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <utility>
 #include <vector>
 
@@ -21,21 +20,13 @@ namespace korvell {
 
 namespace {
 
-std::optional<sockaddr_un> addressOf(const std::string& path) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  if (path.empty() || path.size() >= sizeof address.sun_path) return std::nullopt;
-  std::memcpy(address.sun_path, path.data(), path.size());
-  return address;
-}
-
 void makePrivate(int descriptor, bool blocking) {
   fcntl(descriptor, F_SETFD, FD_CLOEXEC);
   if (!blocking) fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) | O_NONBLOCK);
 }
 
 Descriptor listenAt(const std::string& path) {
-  const auto address = addressOf(path);
+  const auto address = LocalAddress::of(path);
   if (!address || !ensurePrivateFolder(path.substr(0, path.rfind('/')))) return {};
   struct stat info {};
   if (lstat(path.c_str(), &info) == 0 && S_ISSOCK(info.st_mode)) unlink(path.c_str());
@@ -43,8 +34,7 @@ Descriptor listenAt(const std::string& path) {
   if (!socket) return {};
   makePrivate(socket.get(), false);
   // Nobody can connect before listen(), so the mode may be set in between.
-  if (bind(socket.get(), reinterpret_cast<const sockaddr*>(&*address), sizeof *address) != 0 ||
-      chmod(path.c_str(), 0600) != 0 || ::listen(socket.get(), 16) != 0)
+  if (!address->bind(socket.get()) || chmod(path.c_str(), 0600) != 0 || ::listen(socket.get(), 16) != 0)
     return {};
   return socket;
 }
@@ -52,11 +42,11 @@ Descriptor listenAt(const std::string& path) {
 } // namespace
 
 Descriptor connectLocal(const std::string& path) {
-  const auto address = addressOf(path);
+  const auto address = LocalAddress::of(path);
   Descriptor socket(address ? ::socket(AF_UNIX, SOCK_STREAM, 0) : -1);
   if (!socket) return {};
   makePrivate(socket.get(), true);
-  if (connect(socket.get(), reinterpret_cast<const sockaddr*>(&*address), sizeof *address) != 0) return {};
+  if (!address->connect(socket.get())) return {};
   return socket;
 }
 

@@ -1,5 +1,6 @@
 #include "Helper/Linux/ListeningSocket.h"
 
+#include "Base/LocalAddress.h"
 #include "Base/Text.h"
 
 #include <cerrno>
@@ -8,7 +9,6 @@
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 
 namespace korvell {
 
@@ -26,12 +26,11 @@ int option(int socket, int name) {
 std::string why(const char* what) { return std::string(what) + ": " + std::strerror(errno); }
 
 /// True when a socket is there that refuses connections: its owner has ended.
-bool isAbandoned(const std::string& path, const sockaddr_un& address) {
+bool isAbandoned(const std::string& path, const LocalAddress& address) {
   struct stat info {};
   if (lstat(path.c_str(), &info) != 0 || !S_ISSOCK(info.st_mode)) return false;
   const Descriptor probe(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-  return probe && connect(probe.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 &&
-         errno == ECONNREFUSED;
+  return probe && !address.connect(probe.get()) && errno == ECONNREFUSED;
 }
 
 } // namespace
@@ -49,15 +48,13 @@ std::optional<Descriptor> inheritedListener() {
 }
 
 Result<Descriptor> listenAt(const std::string& path, std::optional<gid_t> group, SocketReach reach) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  if (path.empty() || path.size() >= sizeof address.sun_path) return Failure{"the path is empty or too long"};
-  std::memcpy(address.sun_path, path.data(), path.size());
+  const auto address = LocalAddress::of(path);
+  if (!address) return Failure{"the path is empty or too long"};
   Descriptor listener(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   if (!listener) return Failure{why("socket")};
-  if (isAbandoned(path, address)) unlink(path.c_str());
+  if (isAbandoned(path, *address)) unlink(path.c_str());
   const mode_t before = umask(0177); // nobody connects before the owner is right
-  const bool bound = bind(listener.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  const bool bound = address->bind(listener.get());
   umask(before);
   if (!bound) return Failure{why("bind")};
   if (group && chown(path.c_str(), uid_t(-1), *group) != 0) return Failure{why("the socket's group")};

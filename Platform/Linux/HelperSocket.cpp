@@ -1,24 +1,19 @@
 #include "Platform/Linux/HelperSocket.h"
 
+#include "Base/LocalAddress.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
-#include <cstring>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 
 namespace korvell {
 
 std::shared_ptr<HelperSocket> HelperSocket::connect(const std::string& path, std::function<void()> lost) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  if (path.empty() || path.size() >= sizeof address.sun_path) return nullptr;
-  std::memcpy(address.sun_path, path.data(), path.size());
+  const auto address = LocalAddress::of(path);
   Descriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-  if (!socket) return nullptr;
-  if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
-    return nullptr;
+  if (!address || !socket || !address->connect(socket.get())) return nullptr;
   return std::shared_ptr<HelperSocket>(new HelperSocket(std::move(socket), std::move(lost)));
 }
 

@@ -12,6 +12,8 @@
 
 namespace korvell {
 
+using testing::ElementsAre;
+
 using FileTreeMaker = std::function<std::unique_ptr<FileTree>()>;
 
 class FileTreeContract : public testing::TestWithParam<FileTreeMaker> {
@@ -40,8 +42,7 @@ TEST_P(FileTreeContract, sizesAreAllocatedBytesOfFilesWithOneName) {
   const auto all = tree->sizes({disk / "a", disk / "a/b/large", disk / "a/linked", disk / "a/b/link-to-file",
                                 disk / "a/b/link-to-folder", disk / "nowhere", disk / "outside/x"},
                                never);
-  EXPECT_THAT(
-      all, testing::ElementsAre(disk.independentSize("a"), disk.independentSize("a/b/large"), 0, 0, 0, 0, 0));
+  EXPECT_THAT(all, ElementsAre(disk.independentSize("a"), disk.independentSize("a/b/large"), 0, 0, 0, 0, 0));
   EXPECT_LT(all[0], 600'000) << "neither the sparse file's length nor what links lead to";
   EXPECT_GE(all[1], 300'000);
 }
@@ -56,8 +57,8 @@ TEST_P(FileTreeContract, severalThreadsFindWhatOneFinds) {
   const auto expected = disk.independentSize(".");
   for (int round = 0; round < 20; ++round) EXPECT_EQ(size(disk / "."), expected);
   EXPECT_THAT(tree->sizes({disk / "wide", disk / "small", disk / "branch"}, never),
-              testing::ElementsAre(disk.independentSize("wide"), disk.independentSize("small"),
-                                   disk.independentSize("branch")));
+              ElementsAre(disk.independentSize("wide"), disk.independentSize("small"),
+                          disk.independentSize("branch")));
 }
 
 TEST_P(FileTreeContract, depthIsNoLimit) {
@@ -115,9 +116,7 @@ TEST_P(FileTreeContract, whatAPathNamesIsTold) {
   for (const char* path : {"", "relative", "/", "/tmp/", "/tmp/.", "/tmp/..", "/no/such/folder"})
     EXPECT_EQ(tree->located(path), std::nullopt) << path;
 
-  EXPECT_FALSE(tree->isExecutable(disk / "d/file"));
-  EXPECT_FALSE(tree->isExecutable(disk / "d"));
-  EXPECT_FALSE(tree->isExecutable(disk / "nowhere"));
+  for (const char* path : {"d/file", "d", "nowhere"}) EXPECT_FALSE(tree->isExecutable(disk / path)) << path;
   disk.mode("d/file", 0755);
   EXPECT_TRUE(tree->isExecutable(disk / "link/file"));
 }
@@ -130,8 +129,8 @@ TEST_P(FileTreeContract, listingsAreInTheOrderOfTheNames) {
   EXPECT_EQ(listing.state, FolderListing::State::read);
   EXPECT_EQ(listing.device, tree->info(disk / "d")->identity.device);
   EXPECT_THAT(listing.entries,
-              testing::ElementsAre(FolderEntry{"C", FileKind::link}, FolderEntry{"a", FileKind::folder},
-                                   FolderEntry{"b", FileKind::regular}));
+              ElementsAre(FolderEntry{"C", FileKind::link}, FolderEntry{"a", FileKind::folder},
+                          FolderEntry{"b", FileKind::regular}));
   disk.link("d", "link");
   for (const char* path : {"link", "d/b", "nowhere"})
     EXPECT_EQ(tree->list(disk / path).state, FolderListing::State::missing) << path;
@@ -163,8 +162,8 @@ TEST_P(FileTreeContract, removingNeverFollowsALinkAndNeverLeavesTheFolder) {
   for (const char* name : {"", ".", "..", "../precious", "one/file", "/etc", "link/file"})
     EXPECT_EQ(tree->remove(disk / "bin", {name}), 0u) << name;
   EXPECT_EQ(tree->remove(disk / "bin", {"../precious", "one", "two", "link"}), 3u);
-  EXPECT_THAT(disk.names("bin"), testing::ElementsAre("other"));
-  EXPECT_THAT(disk.names("precious"), testing::ElementsAre("file"));
+  EXPECT_THAT(disk.names("bin"), ElementsAre("other"));
+  EXPECT_THAT(disk.names("precious"), ElementsAre("file"));
 }
 
 TEST_P(FileTreeContract, readOnlyFoldersAreRemovedToo) {

@@ -11,6 +11,8 @@
 
 namespace korvell {
 
+using namespace std::string_literals;
+
 using TrashMaker = std::function<std::unique_ptr<Trash>(const GeneratedTree&)>;
 
 inline FileIdentity identityAt(const std::string& path) {
@@ -44,24 +46,19 @@ TEST_P(TrashContract, filesFoldersAndLinksAreMovedWhole) {
   disk.file("home/things/folder/inner", 10);
   disk.link("nowhere", "home/things/dangling");
   disk.link("folder", "home/things/link");
-  const auto link = identityAt(disk / "home/things/link"),
-             dangling = identityAt(disk / "home/things/dangling");
-  const auto folder = identityAt(disk / "home/things/folder"), file = identityAt(disk / "home/things/file");
-  EXPECT_THAT(move({{disk / "home/things/link"},
-                    {disk / "home/things/dangling"},
-                    {disk / "home/things/folder"},
-                    {disk / "home/things/file", file}}),
-              testing::Each(true));
-  EXPECT_THAT(inside(), testing::UnorderedElementsAre(link, dangling, folder, file));
-  EXPECT_THAT(disk.names("home/things"), testing::IsEmpty());
-}
-
-TEST_P(TrashContract, namesThatAreTakenDoNotHinder) {
-  for (int i = 0; i < 3; ++i) {
-    disk.file("home/things/same", 10);
-    EXPECT_THAT(move({{disk / "home/things/same"}}), testing::ElementsAre(true));
+  std::vector<TrashRequest> requests;
+  std::vector<FileIdentity> objects;
+  for (const char* name : {"link", "dangling", "folder", "file"}) {
+    requests.push_back({disk / ("home/things/"s + name)});
+    objects.push_back(identityAt(requests.back().path));
   }
-  EXPECT_EQ(inside().size(), 3u);
+  requests.back().picked = objects.back();
+  EXPECT_THAT(move(requests), testing::Each(true));
+  EXPECT_THAT(inside(), testing::UnorderedElementsAreArray(objects));
+  EXPECT_THAT(disk.names("home/things"), testing::IsEmpty());
+  disk.file("home/things/file", 10);
+  EXPECT_THAT(move({{disk / "home/things/file"}}), testing::ElementsAre(true)) << "the name is taken";
+  EXPECT_EQ(inside().size(), 5u);
 }
 
 TEST_P(TrashContract, whatIsNotWhatWasPickedStays) {
@@ -83,18 +80,16 @@ TEST_P(TrashContract, whatIsNotWhatWasPickedStays) {
 
 TEST_P(TrashContract, oneThatCannotBeMovedDoesNotHinderTheOthers) {
   disk.file("home/things/b", 10);
-  const auto outcomes = trash->move({{disk / "home/things/absent"},
-                                     {"relative"},
-                                     {""},
-                                     {"/"},
-                                     {disk / "home/things/b/.."},
-                                     {disk / "home/things/b"}});
+  auto outcomes = trash->move({{disk / "home/things/absent"},
+                               {"relative"},
+                               {""},
+                               {"/"},
+                               {disk / "home/things/b/.."},
+                               {disk / "home/things/b"}});
   ASSERT_EQ(outcomes.size(), 6u);
-  for (std::size_t i = 0; i < 5; ++i) {
-    EXPECT_FALSE(outcomes[i]) << i;
-    EXPECT_TRUE(outcomes[i] || !outcomes[i].reason().empty()) << i;
-  }
-  EXPECT_TRUE(outcomes[5]);
+  EXPECT_TRUE(outcomes.back());
+  outcomes.pop_back();
+  for (const auto& outcome : outcomes) EXPECT_TRUE(!outcome && !outcome.reason().empty());
 }
 
 } // namespace korvell

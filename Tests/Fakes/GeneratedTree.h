@@ -5,31 +5,18 @@
 #include "Base/Descriptor.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
-#include <stdexcept>
-#include <string>
 #include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
-#include <vector>
 
 namespace korvell {
 
-class GeneratedTree {
+class GeneratedTree : public TemporaryFolder {
 public:
-  std::string operator/(const std::string& name) const { return folder_ / name; }
-  std::string root() const { return folder_.path().string(); }
+  std::string root() const { return path().string(); }
 
   void folder(const std::string& name) { std::filesystem::create_directories(*this / name); }
-  void file(const std::string& name, std::size_t bytes) { text(name, std::string(bytes, 'x')); }
-  void text(const std::string& name, const std::string& text) {
-    makeParent(name);
-    std::ofstream(*this / name, std::ios::binary) << text;
-  }
+  void file(const std::string& name, std::size_t bytes) { write(name, std::string(bytes, 'x')); }
   /// A hole with some bytes at its end.
   void sparseFile(const std::string& name, off_t length, std::size_t bytes) {
     makeParent(name);
@@ -61,7 +48,7 @@ public:
     Descriptor at(open((*this / name).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const auto writeByte = [](int folder, const char* name) {
       const Descriptor fd(openat(folder, name, O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
-      check(write(fd.get(), "x", 1) == 1);
+      check(::write(fd.get(), "x", 1) == 1);
     };
     for (int level = 0; level < depth; ++level) {
       writeByte(at.get(), "f");
@@ -78,14 +65,6 @@ public:
     if (rename(entry.c_str(), aside.c_str()) != 0) return;
     if (symlink(target.c_str(), entry.c_str()) == 0) unlink(entry.c_str());
     if (rename(aside.c_str(), entry.c_str()) != 0) std::filesystem::remove_all(aside);
-  }
-
-  std::vector<std::string> names(const std::string& name) const {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(*this / name))
-      names.push_back(entry.path().filename().string());
-    std::ranges::sort(names);
-    return names;
   }
 
   /// Allocated bytes of the regular files with one name, by lstat alone.
@@ -115,8 +94,6 @@ private:
   void makeParent(const std::string& name) {
     std::filesystem::create_directories(std::filesystem::path(*this / name).parent_path());
   }
-
-  TemporaryFolder folder_;
 };
 
 /// While it lives this process can't open many files.

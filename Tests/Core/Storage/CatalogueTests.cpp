@@ -1,6 +1,7 @@
 #include "Core/Storage/StorageLocations.h"
 #include "Core/Storage/StorageModels.h"
 #include "Platform/Formats/LinuxWords.h"
+#include "Tests/Fakes/FakeEnvironment.h"
 
 #include <gmock/gmock.h>
 
@@ -24,13 +25,7 @@ TEST(CatalogueTests, twentyKindsInFiveGroupsThatFollowEachOther) {
   EXPECT_THAT(sizes, ElementsAre(5, 1, 10, 1, 3));
 }
 
-TEST(CatalogueTests, rawValuesAreExact) {
-  EXPECT_EQ(fromRawValue<StorageKind>("derivedData"), derivedData);
-  EXPECT_EQ(fromRawValue<StorageKind>("DerivedData"), std::nullopt);
-  EXPECT_EQ(fromRawValue<StorageKind>(""), std::nullopt);
-}
-
-TEST(CatalogueTests, safetyAndColourFollowTheKind) {
+TEST(CatalogueTests, safetyColourAndExplanationFollowTheKind) {
   std::vector<StorageKind> check, keep;
   for (const auto& row : allCases<StorageKind>()) {
     if (safety(row.value) == StorageSafety::check) check.push_back(row.value);
@@ -39,23 +34,13 @@ TEST(CatalogueTests, safetyAndColourFollowTheKind) {
   }
   EXPECT_THAT(check, ElementsAre(docker, appCaches, trash, downloads));
   EXPECT_THAT(keep, ElementsAre(archives));
-}
-
-TEST(CatalogueTests, packageManagersShareOneExplanationExceptHomebrew) {
   EXPECT_EQ(packageCacheKinds().size(), 9u);
   for (const auto kind : packageCacheKinds()) EXPECT_EQ(explanation(kind), explanation(npm));
   EXPECT_NE(explanation(homebrew), explanation(npm));
 }
 
-Environment environment(std::map<std::string, std::string, std::less<>> values) {
-  return [=](std::string_view name) -> std::optional<std::string> {
-    const auto found = values.find(name);
-    return found == values.end() ? std::nullopt : std::optional(found->second);
-  };
-}
-
 TEST(CatalogueTests, macOSKeepsPackagesInItsLibrary) {
-  const auto places = macOSStorageLocations(macOSUserFolders(environment({{"HOME", "/Users/u"}})));
+  const auto places = macOSStorageLocations(macOSUserFolders(fakeEnvironment({{"HOME", "/Users/u"}})));
   EXPECT_THAT(places.cachePaths(pnpm),
               ElementsAre("/Users/u/Library/pnpm/store", "/Users/u/Library/Caches/pnpm"));
   EXPECT_THAT(places.cachePaths(uv), ElementsAre("/Users/u/.cache/uv", "/Users/u/Library/Caches/uv"));
@@ -67,8 +52,8 @@ TEST(CatalogueTests, macOSKeepsPackagesInItsLibrary) {
 }
 
 TEST(CatalogueTests, linuxFollowsTheBaseDirectories) {
-  const auto folders =
-      linuxUserFolders(environment({{"HOME", "/home/u"}, {"XDG_CACHE_HOME", "/c"}, {"XDG_DATA_HOME", "/d"}}));
+  const auto folders = linuxUserFolders(
+      fakeEnvironment({{"HOME", "/home/u"}, {"XDG_CACHE_HOME", "/c"}, {"XDG_DATA_HOME", "/d"}}));
   const auto places = linuxStorageLocations(folders, "");
   EXPECT_THAT(places.cachePaths(pnpm), ElementsAre("/d/pnpm/store", "/c/pnpm"));
   EXPECT_THAT(places.cachePaths(yarn), ElementsAre("/c/yarn", "/home/u/.yarn/berry/cache"));
@@ -82,10 +67,7 @@ TEST(CatalogueTests, linuxFollowsTheBaseDirectories) {
 }
 
 TEST(CatalogueTests, linuxTakesTheDownloadsFolderFromTheDesktop) {
-  const struct {
-    const char* text;
-    const char* folder;
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"", "/home/u/Downloads"},
       {"# a comment\nXDG_DOWNLOAD_DIR=\"$HOME/Téléchargements/\"\n", "/home/u/Téléchargements"},
       {"XDG_DOWNLOAD_DIR=\"/data/in\\\"box\"", "/data/in\"box"},
@@ -98,9 +80,9 @@ TEST(CatalogueTests, linuxTakesTheDownloadsFolderFromTheDesktop) {
       {"XDG_DOWNLOAD_DIR=\"$HOME/unclosed\\", "/home/u/Downloads"},
       {"XDG_DOWNLOAD_DIR=$HOME/bare", "/home/u/Downloads"},
   };
-  const auto folders = linuxUserFolders(environment({{"HOME", "/home/u"}}));
-  for (const auto& row : rows)
-    EXPECT_EQ(linuxStorageLocations(folders, row.text).downloads, row.folder) << row.text;
+  const auto folders = linuxUserFolders(fakeEnvironment({{"HOME", "/home/u"}}));
+  for (const auto& [text, folder] : rows)
+    EXPECT_EQ(linuxStorageLocations(folders, text).downloads, folder) << text;
 }
 
 TEST(CatalogueTests, aCategoryIsSortedBySizeAndKeepsTheOrderOfEquals) {
@@ -109,21 +91,8 @@ TEST(CatalogueTests, aCategoryIsSortedBySizeAndKeepsTheOrderOfEquals) {
       category(npm, {{.id = "a", .bytes = 1}, {.id = "b", .bytes = 2}, {.id = "c", .bytes = 1}});
   ASSERT_TRUE(found);
   EXPECT_EQ(found->bytes, 4);
-  std::string order;
-  for (const auto& item : found->items) order += item.id;
-  EXPECT_EQ(order, "bac");
-  EXPECT_EQ(found->action, StorageAction::toTrash());
-  EXPECT_EQ(found->note, std::nullopt);
+  EXPECT_EQ(found->items[0].id + found->items[1].id + found->items[2].id, "bac");
   EXPECT_DEATH((void)category(npm, {{.bytes = INT64_MAX}, {.bytes = 1}}), "64 bits");
-}
-
-TEST(CatalogueTests, actionsAreEqualWhenEveryPartIs) {
-  const auto action = StorageAction::command("/bin/a", {"x"}, Seconds{1});
-  EXPECT_EQ(action, StorageAction::command("/bin/a", {"x"}, Seconds{1}));
-  EXPECT_NE(action, StorageAction::command("/bin/b", {"x"}, Seconds{1}));
-  EXPECT_NE(action, StorageAction::command("/bin/a", {}, Seconds{1}));
-  EXPECT_NE(action, StorageAction::command("/bin/a", {"x"}, Seconds{2}));
-  EXPECT_NE(StorageAction::toTrash(), StorageAction::emptyTrash());
 }
 
 TEST(CatalogueTests, theHomeFolderIsShownAsATilde) {

@@ -31,62 +31,63 @@ PendingCleanup everything(const StorageScanResult& result) {
 }
 
 TEST(PendingCleanupTests, movingNamesTheFirstFourItems) {
-  const struct {
-    int count;
-    const char* message;
-  } rows[] = {
-      {1, "Moves to the Trash:\n~/1\nYou can put it back from the Trash."},
-      {4, "Moves to the Trash:\n~/1\n~/2\n~/3\n~/4\nYou can put them back from the Trash."},
-      {5, "Moves to the Trash:\n~/1\n~/2\n~/3\n~/4\nand 1 more\nYou can put them back from the Trash."},
-      {6, "Moves to the Trash:\n~/1\n~/2\n~/3\n~/4\nand 2 more\nYou can put them back from the Trash."},
+  const std::pair<int, std::string> rows[] = {
+      {1, "~/1\nYou can put it back"},
+      {4, "~/1\n~/2\n~/3\n~/4\nYou can put them back"},
+      {5, "~/1\n~/2\n~/3\n~/4\nand 1 more\nYou can put them back"},
+      {6, "~/1\n~/2\n~/3\n~/4\nand 2 more\nYou can put them back"},
   };
-  for (const auto& row : rows) {
-    const auto pending = everything({{pipCategory(row.count)}, Date{}});
-    EXPECT_EQ(pending.message(), row.message);
-    EXPECT_EQ(pending.title(), "Move " + std::to_string(row.count) + ".00 MB to the Trash?");
+  for (const auto& [count, text] : rows) {
+    const auto pending = everything({{pipCategory(count)}, Date{}});
+    EXPECT_EQ(pending.message(), "Moves to the Trash:\n" + text + " from the Trash.");
+    EXPECT_EQ(pending.title(), "Move " + std::to_string(count) + ".00 MB to the Trash?");
     EXPECT_EQ(pending.button(), "Move to Trash");
   }
 }
 
 TEST(PendingCleanupTests, whatIsLostForGoodIsSaid) {
-  const auto xcrun =
-      StorageAction::command("/usr/bin/xcrun", {"simctl", "delete", "unavailable"}, Seconds{120});
-  const auto brew =
-      StorageAction::command("/opt/homebrew/bin/brew", {"cleanup", "--prune=all"}, Seconds{600});
-  const auto prune = StorageAction::command("/usr/bin/docker", {"system", "prune", "-f"}, Seconds{300});
+  const auto run = [](const char* path, std::vector<std::string> arguments) {
+    return StorageAction::command(path, std::move(arguments), Seconds{1});
+  };
   const struct {
-    StorageCategory category;
-    const char* message;
-    const char* action;
+    StorageKind kind;
+    StorageItem item;
+    StorageAction action;
+    const char *message, *actionTitle;
   } rows[] = {
-      {commandCategory(simulatorDevices, {.id = "simctl-unavailable", .title = "3 simulators"}, xcrun),
+      {simulatorDevices,
+       {.id = "simctl-unavailable", .title = "3 simulators"},
+       run("/usr/bin/xcrun", {"simctl", "delete", "unavailable"}),
        "Runs \"xcrun simctl delete unavailable\". Permanently deletes 3 simulators for OS versions that are "
-       "no longer "
-       "installed, with their apps and data. This cannot be undone.",
+       "no longer installed, with their apps and data. This cannot be undone.",
        "Clean Up…"},
-      {commandCategory(homebrew, {.id = "/home/u/.cache/Homebrew"}, brew),
+      {homebrew,
+       {.id = "/home/u/.cache/Homebrew"},
+       run("/opt/homebrew/bin/brew", {"cleanup", "--prune=all"}),
        "Runs \"brew cleanup --prune=all\". Permanently deletes the downloads in ~/.cache/Homebrew and old "
-       "versions of "
-       "what you installed. This cannot be undone.",
+       "versions of what you installed. This cannot be undone.",
        "Clean Up…"},
-      {commandCategory(docker, {.id = "docker-prune"}, prune),
+      {docker,
+       {.id = "docker-prune"},
+       run("/usr/bin/docker", {"system", "prune", "-f"}),
        "Runs \"docker system prune -f\". Permanently deletes every stopped container, networks no container "
-       "uses, "
-       "dangling images and unused build cache. Tagged images and volumes are kept. Stopped containers "
-       "cannot be "
-       "recovered.",
+       "uses, dangling images and unused build cache. Tagged images and volumes are kept. Stopped containers "
+       "cannot be recovered.",
        "Prune…"},
-      {commandCategory(trash, {.id = "t"}, StorageAction::emptyTrash()),
-       "Permanently deletes everything in your Trash (~/.Trash). This cannot be undone.", "Empty Trash…"},
-      {commandCategory(npm, {.id = "n"}, StorageAction::command("/bin/npm", {"x"}, Seconds{1})),
-       "Runs \"npm x\". This cannot be undone.", "Clean Up…"},
+      {trash,
+       {.id = "t"},
+       StorageAction::emptyTrash(),
+       "Permanently deletes everything in your Trash (~/.Trash). This cannot be undone.",
+       "Empty Trash…"},
+      {npm, {.id = "n"}, run("/bin/npm", {"x"}), "Runs \"npm x\". This cannot be undone.", "Clean Up…"},
   };
   for (const auto& row : rows) {
-    const auto pending = everything({{row.category}, Date{}});
+    const auto category = commandCategory(row.kind, row.item, row.action);
+    const auto pending = everything({{category}, Date{}});
     EXPECT_EQ(pending.message(), row.message);
     EXPECT_EQ(pending.title(), "Free 0 B?");
     EXPECT_EQ(pending.button(), "Delete Permanently");
-    EXPECT_EQ(actionTitle(row.category), row.action);
+    EXPECT_EQ(actionTitle(category), row.actionTitle);
   }
 }
 
@@ -103,8 +104,7 @@ TEST(PendingCleanupTests, onlyTickedItemsOfTheResultAreTaken) {
   ASSERT_EQ(first.items.size(), 1u);
   EXPECT_EQ(first.items[0].id, "/home/u/2");
   const auto none = PendingCleanup::of(result, {"/gone"}, "/home/u");
-  EXPECT_TRUE(none.items.empty());
-  EXPECT_TRUE(none.categories.empty());
+  EXPECT_TRUE(none.items.empty() && none.categories.empty());
   EXPECT_NE(first.id, none.id);
 }
 

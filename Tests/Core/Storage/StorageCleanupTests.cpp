@@ -63,16 +63,14 @@ TEST(StorageCleanupTests, whatAKindFreedIsNeverNegative) {
   const StorageScanResult result{
       {found(npm, {item(npm, "a", 5)}), found(docker, {item(docker, "d", 9)}, prune)}, Date{}};
   const auto plan = CleanupPlan::of(result, {item(npm, "a", 5), item(docker, "d", 9)});
-  const struct {
-    std::map<StorageKind, std::int64_t> after;
-    const char* feedback;
-  } rows[] = {
+  const std::pair<std::map<StorageKind, std::int64_t>, const char*> rows[] = {
       {{{npm, 50}, {docker, 9}}, "Nothing changed. The files may be in use or protected."},
       {{{npm, 50}, {docker, 8}}, "Freed 1 B."},
       {{{npm, 4}, {docker, 10}}, "Moved 1 B to the Trash. Empty the Trash to get the space back."},
       {{{npm, 0}, {docker, 0}}, "Freed 9 B. Moved 5 B to the Trash. Empty the Trash to get the space back."},
   };
-  for (const auto& row : rows) EXPECT_EQ(freedBytes(plan, {{}, row.after, {}}).feedback(), row.feedback);
+  for (const auto& [after, feedback] : rows)
+    EXPECT_EQ(freedBytes(plan, {{}, after, {}}).feedback(), feedback);
 }
 
 TEST(StorageCleanupTests, onlyItemsOfThisResultAreTaken) {
@@ -121,32 +119,28 @@ TEST(StorageCleanupTests, movingFreesWhatWasMeasuredAndTheTrashHoldsIt) {
 
 TEST(StorageCleanupTests, whatWasExchangedSinceTheScanStays) {
   StorageWorld world;
-  world.disk.file("home/code/old/node_modules/x", 5000);
-  world.disk.file("home/precious/node_modules/x", 5000);
-  world.disk.folder("home/precious/src");
-  world.disk.date("home/precious/src", world.clock.wall);
+  auto& disk = world.disk;
+  disk.file("home/code/old/node_modules/x", 5000);
+  disk.file("home/precious/node_modules/x", 5000);
+  disk.folder("home/precious/src");
+  disk.date("home/precious/src", world.clock.wall);
+  const auto exchangeProject = [&] {
+    disk.move("home/code/old", "home/code/moved");
+    disk.link("../precious", "home/code/old");
+  };
   std::vector<std::string> problems;
-  // The project makes room for a link to another one.
-  EXPECT_EQ(cleanAll(world, nodeModules, &problems,
-                     [&] {
-                       world.disk.move("home/code/old", "home/code/moved");
-                       world.disk.link("../precious", "home/code/old");
-                     })
-                .logged(),
-            0);
+  EXPECT_EQ(cleanAll(world, nodeModules, &problems, exchangeProject).logged(), 0);
   EXPECT_THAT(problems, testing::Contains("~/code/old/node_modules: It is no longer there."));
-  EXPECT_THAT(world.disk.names("home/code/moved"), ElementsAre("node_modules"));
+  EXPECT_THAT(disk.names("home/code/moved"), ElementsAre("node_modules"));
+  EXPECT_THAT(disk.names("home/precious"), ElementsAre("node_modules", "src"));
 
-  // The dependencies themselves are a link by now, or another folder.
-  world.disk.file("home/.npm/_cacache/x", 5000);
-  EXPECT_EQ(cleanAll(world, npm, nullptr,
-                     [&] {
-                       world.disk.move("home/.npm/_cacache", "home/.npm/aside");
-                       world.disk.file("home/.npm/_cacache/another", 5000);
-                     })
-                .logged(),
-            0);
-  EXPECT_THAT(world.disk.names("home/.npm"), ElementsAre("_cacache", "aside"));
+  disk.file("home/.npm/_cacache/x", 5000);
+  const auto exchangeCache = [&] {
+    disk.move("home/.npm/_cacache", "home/.npm/aside");
+    disk.file("home/.npm/_cacache/another", 5000);
+  };
+  EXPECT_EQ(cleanAll(world, npm, nullptr, exchangeCache).logged(), 0);
+  EXPECT_THAT(disk.names("home/.npm"), ElementsAre("_cacache", "aside"));
 }
 
 TEST(StorageCleanupTests, emptyingReachesNothingOutsideTheTrash) {
@@ -172,9 +166,8 @@ TEST(StorageCleanupTests, emptyingReachesNothingOutsideTheTrash) {
   // The whole Trash is a link: nothing in it is touched.
   disk.move("home/trash", "home/aside");
   disk.link("precious", "home/trash");
-  const StorageScan linked = world.scan();
-  linked.removeItems({disk / "home/trash/x"}, disk / "home/trash");
-  (void)linked.perform(StorageAction::emptyTrash(), {});
+  scan.removeItems({disk / "home/trash/x"}, disk / "home/trash");
+  (void)scan.perform(StorageAction::emptyTrash(), {});
   EXPECT_THAT(disk.names("home/precious"), ElementsAre("x"));
 }
 
@@ -191,10 +184,10 @@ private:
 TEST(StorageCleanupTests, recordsGoWithTheirEntries) {
   StorageWorld world;
   auto& disk = world.disk;
-  for (const auto* name :
+  for (const std::string name :
        {"files/gone/x", "files/stays/inner/x", "info/gone.trashinfo", "info/stays.trashinfo",
         "info/orphan.trashinfo", "info/coming.trashinfo", "info/notes"})
-    disk.file("home/bin/" + std::string(name), 1);
+    disk.file("home/bin/" + name, 1);
   disk.date("home/bin/info/coming.trashinfo", world.clock.wall - Seconds{59});
   disk.date("home/bin/info/orphan.trashinfo", world.clock.wall - Seconds{61});
   const AsOrdinaryUser user(disk);
@@ -222,9 +215,7 @@ TEST(StorageCleanupTests, commandsThatFailFreeNothing) {
 
 TEST(StorageLogTests, recordsAddUpAndOddValuesCountAsNone) {
   FakeUserDefaults defaults;
-  EXPECT_EQ(StorageLog::total(defaults), 0);
-  StorageLog::record(0, Date{5}, defaults);
-  StorageLog::record(-3, Date{5}, defaults);
+  for (const int nothing : {0, -3}) StorageLog::record(nothing, Date{5}, defaults);
   EXPECT_THAT(defaults.changed, IsEmpty());
   StorageLog::record(10, Date{5}, defaults);
   StorageLog::record(std::int64_t{1} << 40, Date{6}, defaults);
@@ -239,7 +230,6 @@ TEST(StorageLogTests, recordsAddUpAndOddValuesCountAsNone) {
   EXPECT_THAT(StorageLog::entries(defaults), IsEmpty());
   StorageLog::record(7, Date{7}, defaults);
   EXPECT_EQ(StorageLog::total(defaults), 7);
-  EXPECT_THAT(StorageLog::entries(defaults), ElementsAre(FreedEntry{Date{7}, 7}));
   defaults.set("storage.freedTotal", std::int64_t{INT64_MAX});
   EXPECT_DEATH(StorageLog::record(1, Date{8}, defaults), "64 bits");
 }

@@ -4,7 +4,6 @@
 #include "Tests/FixturesFolder.h"
 
 #include <cmath>
-
 #include <gmock/gmock.h>
 
 namespace korvell {
@@ -14,18 +13,18 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using enum StorageKind;
 
-class StorageScanTests : public testing::Test {
-protected:
+struct StorageScanTests : testing::Test {
   StorageWorld world;
   GeneratedTree& disk = world.disk;
 
   std::optional<StorageCategory> scan(StorageKind kind) { return world.scan().scan(kind); }
-  std::vector<std::string> ids(const std::optional<StorageCategory>& found) {
+  /// The items' places below the home folder.
+  std::vector<std::string> ids(const std::vector<StorageItem>& items) {
     std::vector<std::string> names;
-    const auto prefix = (disk / "home").size() + 1;
-    for (const auto& item : found.value_or(StorageCategory{}).items) names.push_back(item.id.substr(prefix));
+    for (const auto& item : items) names.push_back(item.id.substr((disk / "home/").size()));
     return names;
   }
+  std::vector<std::string> ids(StorageKind kind) { return ids(scan(kind).value_or(StorageCategory{}).items); }
   static std::string fixture(const std::string& name) {
     return readFile(fixturePath("Storage/" + name), 1 << 20).value();
   }
@@ -73,10 +72,8 @@ TEST_F(StorageScanTests, everyLinuxKindMeasuresWhatLiesOnTheDisk) {
   for (const auto kind :
        {derivedData, deviceSupport, archives, simulatorDevices, simulatorCaches, cocoapods, downloads})
     EXPECT_FALSE(scan(kind)) << rawValue(kind);
-}
-
-TEST_F(StorageScanTests, anEmptyHomeHasNothingToOffer) {
-  for (const auto& row : allCases<StorageKind>()) EXPECT_FALSE(scan(row.value)) << row.rawValue;
+  StorageWorld empty;
+  for (const auto& row : allCases<StorageKind>()) EXPECT_FALSE(empty.scan().scan(row.value)) << row.rawValue;
 }
 
 TEST_F(StorageScanTests, cachesThatAreLinksAreNotMeasured) {
@@ -86,7 +83,7 @@ TEST_F(StorageScanTests, cachesThatAreLinksAreNotMeasured) {
   disk.file("home/.cache/real/x", 1);
   disk.link("../../Documents", "home/.cache/real/link");
   EXPECT_FALSE(scan(npm));
-  EXPECT_THAT(ids(scan(appCaches)), ElementsAre(".cache/real"));
+  EXPECT_THAT(ids(appCaches), ElementsAre(".cache/real"));
   EXPECT_EQ(scan(appCaches)->bytes, world.size(".cache/real"));
 }
 
@@ -100,11 +97,10 @@ TEST_F(StorageScanTests, xcodeKeepsFoldersOfKnownNames) {
   disk.file("home/Library/Developer/CoreSimulator/Caches/dyld/x", 5000);
   disk.date("home/Library/Developer/Xcode/Archives/2024-01-01/App.xcarchive", Date{1'704'100'000});
   const std::string xcode = "Library/Developer/Xcode/";
-  EXPECT_THAT(ids(scan(derivedData)),
-              ElementsAre(xcode + "DerivedData/App-abc", xcode + "DerivedData/Other-def"));
-  EXPECT_THAT(ids(scan(deviceSupport)),
+  EXPECT_THAT(ids(derivedData), ElementsAre(xcode + "DerivedData/App-abc", xcode + "DerivedData/Other-def"));
+  EXPECT_THAT(ids(deviceSupport),
               ElementsAre(xcode + "iOS DeviceSupport/17.0", xcode + "watchOS DeviceSupport/10.0"));
-  EXPECT_THAT(ids(scan(archives)), ElementsAre(xcode + "Archives/2024-01-01/App.xcarchive"));
+  EXPECT_THAT(ids(archives), ElementsAre(xcode + "Archives/2024-01-01/App.xcarchive"));
   EXPECT_EQ(scan(archives)->items[0].date, Date{1'704'100'000});
   EXPECT_EQ(scan(simulatorCaches)->items[0].detail, "~/Library/Developer/CoreSimulator/Caches");
 }
@@ -138,7 +134,7 @@ TEST_F(StorageScanTests, homebrewTellsItsCache) {
   disk.file("home/.cache/Homebrew/bottle", 5000);
   const auto id = [&](ShellResult result) {
     world.printed["brew --cache"] = std::move(result);
-    const auto found = ids(scan(homebrew));
+    const auto found = ids(homebrew);
     return found.empty() ? "none" : found[0];
   };
   EXPECT_EQ(id({disk / "home/elsewhere/\nsecond line\n"}), "elsewhere");
@@ -197,7 +193,7 @@ TEST_F(StorageScanTests, onlyTheTenLargestAppCachesAreItems) {
   disk.file("home/Library/Caches/com.apple.Safari/x", 1);
   disk.file("home/Library/Caches/CocoaPods/x", 1);
   disk.file("home/Library/Caches/org.example/x", 1);
-  EXPECT_THAT(ids(scan(appCaches)), ElementsAre("Library/Caches/org.example"));
+  EXPECT_THAT(ids(appCaches), ElementsAre("Library/Caches/org.example"));
   EXPECT_EQ(scan(appCaches)->note, std::nullopt);
 }
 
@@ -216,7 +212,7 @@ TEST_F(StorageScanTests, theTrashOfACacheVolumeIsNoCache) {
   disk.file("home/.cache/app/x", 1);
   FolderTrash inside(disk / "home/.cache/.Trash-1000/files");
   const StorageScan scan(world.locations(), world.files, inside, {}, world.clock);
-  EXPECT_THAT(ids(scan.scan(appCaches)), ElementsAre(".cache/app"));
+  EXPECT_THAT(ids(scan.scan(appCaches).value().items), ElementsAre(".cache/app"));
 }
 
 TEST_F(StorageScanTests, theTrashIsMeasuredAsAWhole) {
@@ -262,10 +258,8 @@ TEST_F(StorageScanTests, dependenciesOfProjectsThatRest) {
   disk.date("home/code/bare", old);
 
   const auto found = world.scan().staleNodeModules(std::nullopt, old + Seconds{30 * 86400.0 + 1});
-  std::vector<std::string> names;
-  for (const auto& item : found) names.push_back(item.id.substr((disk / "home/").size()));
-  EXPECT_THAT(names, ElementsAre("a/b/c/d/node_modules", "code/bare/node_modules", "code/old/node_modules",
-                                 "code/old/packages/inner/node_modules"));
+  EXPECT_THAT(ids(found), ElementsAre("a/b/c/d/node_modules", "code/bare/node_modules",
+                                      "code/old/node_modules", "code/old/packages/inner/node_modules"));
   EXPECT_EQ(found[2].title, "old");
   EXPECT_EQ(found[2].detail, "~/code/old");
   EXPECT_EQ(found[2].bytes, world.size("code/old/node_modules"));
@@ -285,23 +279,20 @@ TEST_F(StorageScanTests, largeOldDownloadsAreFilesAndPackages) {
   disk.link("/etc/hostname", "home/Downloads/link");
   const auto added = world.files.info(disk / "home/Downloads/exact")->added;
   const auto find = [&](Seconds later) {
-    std::vector<std::string> names;
-    for (const auto& item : world.scan().largeOldDownloads(disk / "home/Downloads", 8192, added + later))
-      names.push_back(item.title);
-    return names;
+    return ids(world.scan().largeOldDownloads(disk / "home/Downloads", 8192, added + later));
   };
-  EXPECT_THAT(find(Seconds{31 * 86400.0}), ElementsAre("Tool.app", "exact"));
+  EXPECT_THAT(find(Seconds{31 * 86400.0}), ElementsAre("Downloads/Tool.app", "Downloads/exact"));
   EXPECT_THAT(find(Seconds{29 * 86400.0}), IsEmpty());
   EXPECT_FALSE(scan(downloads)) << "nothing of half a gigabyte";
 }
 
 TEST_F(StorageScanTests, theFirstProgramThatMayBeRunCounts) {
-  disk.text("bin/plain", "");
+  disk.write("bin/plain", "");
   world.program("good");
-  const auto find = [&](std::vector<std::string> paths) { return world.scan().executable(paths); };
-  EXPECT_EQ(find({disk / "bin/absent", disk / "bin/plain", disk / "bin", disk / "bin/good", "/bin/sh"}),
+  EXPECT_EQ(world.scan().executable(
+                {disk / "bin/absent", disk / "bin/plain", disk / "bin", disk / "bin/good", "/bin/sh"}),
             disk / "bin/good");
-  EXPECT_EQ(find({}), std::nullopt);
+  EXPECT_EQ(world.scan().executable({}), std::nullopt);
 }
 
 TEST_F(StorageScanTests, linksInTheUsersFoldersAreResolvedOnce) {

@@ -14,8 +14,7 @@ using testing::IsEmpty;
 using enum StorageKind;
 
 /// What lies on a disk that only the test knows: bytes of a kind, one item each.
-class StorageScannerTests : public testing::Test {
-protected:
+struct StorageScannerTests : testing::Test {
   ManualScheduler time;
   std::unique_ptr<Queue> main = time.makeQueue("main");
   std::unique_ptr<Queue> slow = time.makeQueue("Korvell.storage");
@@ -50,6 +49,10 @@ protected:
     time.run();
   }
   std::vector<StorageItem> items(StorageKind kind) { return (*scanner->result)->category(kind)->items; }
+  void clean(StorageKind kind) {
+    scanner->clean(items(kind));
+    time.run();
+  }
 };
 
 TEST_F(StorageScannerTests, aScanTellsWhereItIsAndWhatItFound) {
@@ -66,7 +69,6 @@ TEST_F(StorageScannerTests, aScanTellsWhereItIsAndWhatItFound) {
   EXPECT_FALSE(*scanner->isScanning);
   EXPECT_THAT(progress, ElementsAre(0, 0, 0.25, 0.5, 0.75, 1));
   EXPECT_THAT(steps, ElementsAre("", "npm cache", "Go build cache", "pip cache", "Trash", ""));
-  ASSERT_TRUE(*scanner->result);
   EXPECT_EQ((*scanner->result)->categories.size(), 3u);
   EXPECT_EQ((*scanner->result)->date, time.clock().now());
   EXPECT_EQ(scanner->reclaimableBytes(), 180);
@@ -135,8 +137,7 @@ TEST_F(StorageScannerTests, aCleanupIsMeasuredToldAndLoggedOnce) {
   EXPECT_EQ(*scanner->freedTotal, 100);
   EXPECT_EQ(scanner->reclaimableBytes(), 80);
 
-  scanner->clean(items(trash));
-  time.run();
+  clean(trash);
   EXPECT_EQ(*scanner->feedback, "Freed 30 B.");
   EXPECT_EQ(*scanner->freedTotal, 100) << "it was logged when it was moved";
   EXPECT_THAT(StorageLog::entries(defaults), ElementsAre(FreedEntry{date, 100}));
@@ -159,30 +160,15 @@ TEST_F(StorageScannerTests, itemsOfAnEarlierScanAreRefused) {
   EXPECT_THAT(StorageLog::entries(defaults), IsEmpty());
 }
 
-TEST_F(StorageScannerTests, aKindThatIsBeingCleanedIsNotCleanedTwice) {
+TEST_F(StorageScannerTests, aCleanupIsLoggedOnceThoughAnotherOrAScanOvertakesIt) {
   scanAll();
   scanner->clean(items(npm));
-  scanner->clean(items(npm));
-  time.run();
-  EXPECT_EQ(*scanner->freedTotal, 100);
-}
-
-TEST_F(StorageScannerTests, aScanThatOvertakesACleanupStillLogsIt) {
-  scanAll();
-  const auto picked = items(npm);
-  scanner->clean(picked);
+  scanner->clean(items(npm)); // is being cleaned
   scanner->scan({npm, pip});
   time.run();
   EXPECT_EQ(*scanner->freedTotal, 100);
   EXPECT_EQ((*scanner->result)->categories.size(), 1u);
   EXPECT_THAT(*scanner->working, IsEmpty());
-}
-
-TEST_F(StorageScannerTests, resultsThatComeAfterItsEndFallOnNobody) {
-  scanner->scan({npm});
-  scanner.reset();
-  time.run();
-  EXPECT_THAT(defaults.changed, IsEmpty());
 }
 
 TEST_F(StorageScannerTests, dyingInACleanupLogsNothingAndTheNextOneOnlyItsOwn) {
@@ -191,10 +177,10 @@ TEST_F(StorageScannerTests, dyingInACleanupLogsNothingAndTheNextOneOnlyItsOwn) {
   scanner.reset(); // killed before the clean-up was told to anyone
   time.run();
   EXPECT_FALSE(disk.contains(npm));
+  EXPECT_THAT(defaults.changed, IsEmpty());
   scanner = make();
   scanAll();
-  scanner->clean(items(pip));
-  time.run();
+  clean(pip);
   EXPECT_EQ(StorageLog::total(defaults), 50);
   EXPECT_EQ(StorageLog::entries(defaults).size(), 1u);
 }

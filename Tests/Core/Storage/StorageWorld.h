@@ -3,11 +3,10 @@
 
 #include "Core/Storage/StorageScan.h"
 #include "Tests/Fakes/FakeClock.h"
+#include "Tests/Fakes/FakeEnvironment.h"
 #include "Tests/Fakes/FolderTrash.h"
 #include "Tests/Fakes/GeneratedTree.h"
 #include "Tests/Fakes/PortableFileTree.h"
-
-#include <map>
 
 namespace korvell {
 
@@ -27,9 +26,7 @@ struct StorageWorld {
   }
 
   UserFolders folders() const {
-    const auto environment = [this](std::string_view name) -> std::optional<std::string> {
-      return name == "HOME" ? std::optional(disk / "home") : std::nullopt;
-    };
+    const auto environment = fakeEnvironment({{"HOME", disk / "home"}});
     return onMac ? macOSUserFolders(environment) : linuxUserFolders(environment);
   }
   StorageLocations locations() const {
@@ -52,7 +49,7 @@ struct StorageWorld {
         clock);
   }
   void program(const std::string& name, const std::string& text = "") {
-    disk.text("bin/" + name, text);
+    disk.write("bin/" + name, text);
     disk.mode("bin/" + name, 0755);
   }
   /// The bytes of files that lie on the disk, by lstat alone.

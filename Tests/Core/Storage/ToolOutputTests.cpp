@@ -9,30 +9,14 @@ namespace korvell {
 namespace {
 
 TEST(ToolOutputTests, sizesAsDockerPrintsThem) {
-  const struct {
-    const char* text;
-    std::int64_t bytes;
-  } rows[] = {
-      {"1.546GB (85%)", 1'546'000'000},
-      {"0B", 0},
-      {"12.3kB", 12'300},
-      {"7 MB", 7'000'000},
-      {"2TB", 2'000'000'000'000},
-      {"1.5GiB", 1'610'612'736},
-      {"999B (100%)", 999},
-      {" 1KB", 1000},
-      {"", 0},
-      {"GB", 0},
-      {"-2.5e+08 B (-8%)", 0},
-      {"5", 0},
-      {"1XB", 0},
-      {"inf GB", 0},
-      {"nanB", 0},
-      {"0x10B", 0},
-      {"9e30GB", 0},
-      {"1.2.3MB", 0},
+  const std::pair<const char*, std::int64_t> rows[] = {
+      {"1.546GB (85%)", 1'546'000'000}, {"12.3kB", 12'300},   {"7 MB", 7'000'000}, {"2TB", 2'000'000'000'000},
+      {"1.5GiB", 1'610'612'736},        {"999B (100%)", 999}, {" 1KB", 1000},
   };
-  for (const auto& row : rows) EXPECT_EQ(dockerBytes(row.text), row.bytes) << row.text;
+  for (const auto& [text, bytes] : rows) EXPECT_EQ(dockerBytes(text), bytes) << text;
+  for (const char* none :
+       {"", "0B", "GB", "-2.5e+08 B (-8%)", "5", "1XB", "inf GB", "nanB", "0x10B", "9e30GB", "1.2.3MB"})
+    EXPECT_EQ(dockerBytes(none), 0) << none;
 }
 
 /// Runs real programs, with little patience.

@@ -1,68 +1,41 @@
 #include "Helper/Linux/UsageReader.h"
 
-#include "Tests/Fakes/TemporaryFolder.h"
+#include "Tests/Fakes/ProcTree.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
 
 using namespace korvell;
 
 namespace {
 
-/// A process tree built from proc(5).
 struct UsageReaderTests : testing::Test {
-  TemporaryFolder proc;
-  UsageReader reader{proc.path().string()};
-
-  void write(const std::string& name, const std::string& text) const {
-    std::filesystem::create_directories(std::filesystem::path(proc / name).parent_path());
-    std::ofstream(proc / name) << text;
-  }
-  void process(int pid, std::uint64_t start, int childFaults, std::uint64_t read,
-               std::uint64_t written) const {
-    const auto id = std::to_string(pid);
-    // Fields 11 and 22 are the minor faults of waited-for children and the start.
-    write(id + "/stat", id + " (a (b) c) S 1 1 1 0 -1 4194304 5 " + std::to_string(childFaults) +
-                            " 0 0 1 1 0 0 20 0 1 0 " + std::to_string(start) +
-                            " 1000 10 18446744073709551615" +
-                            " 1 1 1 1 1 0 0 0 0 0 0 0 17 0 0 0 0 0 0 0 0 0 0 0 0 0 0\n");
-    write(id + "/io", io(read, written));
-  }
-  static std::string io(std::uint64_t read, std::uint64_t written) {
-    return "rchar: 1\nwchar: 2\nsyscr: 3\nsyscw: 4\nread_bytes: " + std::to_string(read) +
-           "\nwrite_bytes: " + std::to_string(written) + "\ncancelled_write_bytes: 0\n";
-  }
+  ProcTree tree;
+  UsageReader reader{tree.folder.path().string()};
 };
 
 } // namespace
 
 TEST_F(UsageReaderTests, tellsStorageBytesAndTheStartAndNothingElse) {
-  process(42, 777, 0, 1000, 2000);
+  tree.put(42, {.comm = "a (b) c", .start = 777, .anonymousPages = 9, .io = {1000, 2000}});
   EXPECT_EQ(reader.read(42), (RusageSample{.diskRead = 1000, .diskWritten = 2000, .start = 777}));
-  process(42, 777, 0, 1500, 2000);
+  tree.put(42, {.start = 777, .io = {1500, 2000}});
   EXPECT_EQ(reader.read(42)->diskRead, 1500u);
-  EXPECT_FALSE(reader.read(43));
-  write("44/stat", "44 (cut");
-  write("44/io", io(1, 1));
-  EXPECT_FALSE(reader.read(44));
-  process(45, 1, 0, 1, 1);
-  std::filesystem::remove(proc / "45/io");
-  EXPECT_FALSE(reader.read(45));
+  tree.put(42, {.start = 888, .io = {5, 0}});
+  EXPECT_EQ(reader.read(42), (RusageSample{.diskRead = 5, .start = 888})) << "a reused id begins anew";
+}
+
+TEST_F(UsageReaderTests, whatCanNotBeReadIsNotTold) {
+  tree.write("44/stat", "44 (cut");
+  tree.writeIO("44/io", {1, 1});
+  tree.put(45, {});
+  std::filesystem::remove(tree.folder / "45/io");
+  for (const ProcessID pid : {43, 44, 45}) EXPECT_FALSE(reader.read(pid)) << pid;
 }
 
 TEST_F(UsageReaderTests, whatEndedChildrenPassOnIsNotTold) {
-  process(42, 777, 0, 1000, 0);
+  tree.put(42, {.io = {1000, 0}});
   ASSERT_TRUE(reader.read(42));
-  process(42, 777, 9, 1'001'100, 0); // a child that had read a million bytes was waited for
-  write("42/task/42/io", io(1100, 0));
+  tree.put(42, {.childFaults = 9, .io = {1'001'100, 0}}); // a child that had read a million was waited for
+  tree.writeIO("42/task/42/io", {1100, 0});
   EXPECT_EQ(reader.read(42)->diskRead, 1100u);
-}
-
-TEST_F(UsageReaderTests, aReusedIdBeginsAnew) {
-  process(42, 777, 0, 1'000'000, 0);
-  ASSERT_TRUE(reader.read(42));
-  process(42, 888, 0, 5, 0);
-  const auto sample = reader.read(42);
-  EXPECT_EQ(sample->start, 888u);
-  EXPECT_EQ(sample->diskRead, 5u);
 }

@@ -3,18 +3,16 @@
 
 #include "Helper/Linux/UsageServer.h"
 
+#include "Base/LocalAddress.h"
 #include "Helper/Linux/ListeningSocket.h"
 #include "Helper/Linux/PeerAdmission.h"
 #include "Platform/Formats/UsagePackets.h"
 #include "Tests/Fakes/FakeClock.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
-#include <cstring>
 #include <gmock/gmock.h>
 #include <numeric>
 #include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/un.h>
 
 using namespace korvell;
 
@@ -31,30 +29,22 @@ std::vector<ProcessID> upTo(int count) {
 class Client {
 public:
   explicit Client(const std::string& path) : socket_(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK, 0)) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    EXPECT_EQ(connect(socket_.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    EXPECT_TRUE(LocalAddress::of(path)->connect(socket_.get()));
   }
   void say(const std::vector<std::uint8_t>& packet) {
     send(socket_.get(), packet.data(), packet.size(), MSG_NOSIGNAL);
   }
   void ask(const std::vector<ProcessID>& pids) { say(UsagePackets::request(pids)); }
-  /// Reads what is there.
+  /// Reads what is there; an end of the connection reads as malformed.
   State hear() {
     std::vector<std::uint8_t> packet(65536);
     auto state = State::incomplete;
     while (state == State::incomplete) {
       const auto size = recv(socket_.get(), packet.data(), packet.size(), 0);
       if (size < 0) return state;
-      if (size == 0) closed_ = true;
       state = reader_.take(std::span(packet).first(std::size_t(size)));
     }
     return state;
-  }
-  bool isClosed() {
-    hear();
-    return closed_;
   }
   std::size_t records() { return std::exchange(reader_, {}).records().size() / RusageSample::recordSize; }
   void leave() { socket_.reset(); }
@@ -62,7 +52,6 @@ public:
 private:
   Descriptor socket_;
   UsageAnswerReader reader_;
-  bool closed_ = false;
 };
 
 struct UsageServerTests : testing::Test {
@@ -87,15 +76,18 @@ struct UsageServerTests : testing::Test {
     server.turn(Seconds{0});
     return client;
   }
+  void turns(int count) {
+    while (count-- > 0) server.turn(Seconds{0});
+  }
   /// Lets the server work and the client read until there is an answer; the number of its records.
-  std::optional<std::size_t> answer(Client& client) {
-    for (int turns = 0; turns < 200; ++turns) {
-      server.turn(Seconds{0});
-      const auto state = client.hear();
-      if (state == State::complete) return client.records();
-      if (state == State::malformed) return std::nullopt;
+  std::optional<std::size_t> answer(Client& client, const std::vector<ProcessID>& question) {
+    client.ask(question);
+    auto state = State::incomplete;
+    for (int i = 0; i < 200 && state == State::incomplete; ++i) {
+      turns(1);
+      state = client.hear();
     }
-    return std::nullopt;
+    return state == State::complete ? std::optional(client.records()) : std::nullopt;
   }
 };
 
@@ -103,72 +95,50 @@ struct UsageServerTests : testing::Test {
 
 TEST_F(UsageServerTests, answersRequestsOfAllSizes) {
   auto client = join();
-  for (const int count : {3, 0, 256, 257, 8192}) {
-    client.ask(upTo(count));
-    EXPECT_EQ(answer(client), std::size_t(count));
-  }
-  client.ask({-5, 0, 4});
-  EXPECT_EQ(answer(client), 1u);
+  for (const int count : {3, 0, 256, 257, 8192}) EXPECT_EQ(answer(client, upTo(count)), std::size_t(count));
+  EXPECT_EQ(answer(client, {-5, 0, 4}), 1u);
 }
 
-TEST_F(UsageServerTests, closesOnWhatIsNoRequestAndServesTheOthers) {
+TEST_F(UsageServerTests, closesOnWhatIsNoRequestAndOnStrangersAndServesTheOthers) {
   auto good = join();
-  for (const std::size_t size : {1u, 7u, 32'769u, 32'772u, 100'000u}) {
+  for (const std::size_t size : {0u, 1u, 7u, 32'769u, 32'772u, 100'000u}) {
     auto bad = join();
     bad.say(std::vector<std::uint8_t>(size, 0x41));
-    server.turn(Seconds{0});
-    EXPECT_TRUE(bad.isClosed()) << size;
+    turns(1);
+    EXPECT_EQ(bad.hear(), State::malformed) << size;
   }
-  auto empty = join();
-  empty.say({});
-  server.turn(Seconds{0});
-  EXPECT_TRUE(empty.isClosed());
-  good.ask({1});
-  EXPECT_EQ(answer(good), 1u);
-  EXPECT_EQ(server.connections(), 1u);
-}
-
-TEST_F(UsageServerTests, aStrangerIsRefused) {
   user.reset();
-  auto stranger = join();
-  EXPECT_TRUE(stranger.isClosed());
-  EXPECT_EQ(server.connections(), 0u);
+  EXPECT_EQ(join().hear(), State::malformed);
+  EXPECT_EQ(answer(good, {1}), 1u);
+  EXPECT_EQ(server.connections(), 1u);
 }
 
 TEST_F(UsageServerTests, sendsWhatItHasWhenTheTimeIsOver) {
   whileReading = [this](ProcessID) { clock.advance(Seconds{0.0001}); };
   auto client = join();
-  client.ask(upTo(8192));
-  const auto records = answer(client);
+  const auto records = answer(client, upTo(8192));
   ASSERT_TRUE(records);
   EXPECT_EQ(*records % UsageServer::processesAtOnce, 0u);
   EXPECT_GE(*records, 768u);
   EXPECT_LE(*records, 1024u) << "0.08 s at 0.1 ms a process, and the part that was under way";
   whileReading = [](ProcessID) {};
-  client.ask({1, 2});
-  EXPECT_EQ(answer(client), 2u);
+  EXPECT_EQ(answer(client, {1, 2}), 2u);
 }
 
 TEST_F(UsageServerTests, aPeerThatDoesNotReadHoldsNobodyAndIsGivenUp) {
   auto silent = join(), good = join();
   silent.ask(upTo(8192));
-  for (int i = 0; i < 50; ++i) server.turn(Seconds{0});
-  good.ask({1});
-  EXPECT_EQ(answer(good), 1u);
+  turns(50);
+  EXPECT_EQ(answer(good, {1}), 1u);
   EXPECT_EQ(server.connections(), 2u);
   clock.advance(Seconds{0.081});
-  server.turn(Seconds{0});
+  turns(1);
   EXPECT_EQ(server.connections(), 1u);
-  good.ask({1});
-  EXPECT_EQ(answer(good), 1u);
-}
-
-TEST_F(UsageServerTests, aPeerThatLeavesMidwayIsForgotten) {
-  auto client = join();
-  client.ask(upTo(8192));
-  server.turn(Seconds{0});
-  client.leave();
-  for (int i = 0; i < 50; ++i) server.turn(Seconds{0});
+  EXPECT_EQ(answer(good, {1}), 1u);
+  good.ask(upTo(8192));
+  turns(1);
+  good.leave(); // midway
+  turns(50);
   EXPECT_EQ(server.connections(), 0u);
 }
 
@@ -178,22 +148,20 @@ TEST_F(UsageServerTests, aUserHasFewConnectionsAndAllTogetherNotMany) {
     clock.advance(Seconds{1});
     join().leave(); // gone, but not noticed before the next turn
   }
-  first.ask({1}); // heard from more lately than the second
-  EXPECT_EQ(answer(first), 1u);
+  EXPECT_EQ(answer(first, {1}), 1u); // heard from more lately than the second
   std::vector<Client> more;
   for (int i = 0; i < 4; ++i) {
     clock.advance(Seconds{1});
     more.push_back(join());
   }
   EXPECT_EQ(server.connections(), 4u);
-  EXPECT_TRUE(second.isClosed());
+  EXPECT_EQ(second.hear(), State::malformed);
   for (std::uint32_t other = 2000; other < 2100; ++other) {
     user = other;
     more.push_back(join());
   }
   EXPECT_EQ(server.connections(), 32u);
-  more.back().ask({1});
-  EXPECT_EQ(answer(more.back()), 1u);
+  EXPECT_EQ(answer(more.back(), {1}), 1u);
 }
 
 TEST_F(UsageServerTests, thousandsOfConnectionsLeaveItServing) {
@@ -207,8 +175,7 @@ TEST_F(UsageServerTests, thousandsOfConnectionsLeaveItServing) {
     if (i % 3 == 1) hostile.back().leave();
     if (hostile.size() > 100) hostile.clear();
   }
-  good.ask(upTo(300));
-  EXPECT_EQ(answer(good), 300u);
+  EXPECT_EQ(answer(good, upTo(300)), 300u);
   EXPECT_LE(server.connections(), 5u);
 }
 
@@ -217,11 +184,10 @@ TEST_F(UsageServerTests, onlyRequestsKeepItAwake) {
   clock.advance(Seconds{10});
   auto client = join();
   client.say({1});
-  server.turn(Seconds{0});
+  turns(1);
   EXPECT_EQ(server.lastRequest(), begin);
   auto asking = join();
-  asking.ask({1});
-  answer(asking);
+  answer(asking, {1});
   EXPECT_EQ(server.lastRequest(), begin + Seconds{10});
 }
 
@@ -231,16 +197,13 @@ TEST(ListeningSocket, takesThePlaceOfAnAbandonedOneOnly) {
   {
     const auto first = listenAt(path, getgid());
     ASSERT_TRUE(first);
-    struct stat info {};
-    ASSERT_EQ(stat(path.c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0660u);
+    EXPECT_EQ(folder.permissions("socket"), 0660u);
     EXPECT_FALSE(listenAt(path, std::nullopt)) << "somebody listens there";
   }
   EXPECT_TRUE(listenAt(path, std::nullopt)) << "nobody does any more";
-  const auto file = folder / "file";
-  ASSERT_EQ(std::system(("echo mine > " + file).c_str()), 0);
-  EXPECT_FALSE(listenAt(file, std::nullopt));
-  EXPECT_TRUE(std::filesystem::is_regular_file(file));
+  folder.write("file", "mine");
+  EXPECT_FALSE(listenAt(folder / "file", std::nullopt));
+  EXPECT_EQ(folder.text("file"), "mine");
   EXPECT_FALSE(listenAt(std::string(200, 'a'), std::nullopt));
 }
 

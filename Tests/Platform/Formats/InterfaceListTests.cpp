@@ -50,32 +50,28 @@ InterfaceCounters counters(const char* name, std::uint64_t in, std::uint64_t out
   return {.name = name, .displayName = {}, .bytes = {.in = in, .out = out}};
 }
 
-using List = std::vector<InterfaceCounters>;
-
-TEST(InterfaceListTests, recordsAreFoundBetweenOthers) {
+TEST(InterfaceListTests, recordsAreReadUntilTheListIsDamaged) {
   const std::uint64_t large = std::uint64_t{5} << 32;
-  EXPECT_EQ(Buffer().interface(2, large, 7).address(132).address(20).interface(3, 1, 2).parse(),
-            (List{counters("en0", large, 7), counters("en1", 1, 2)}));
-}
-
-TEST(InterfaceListTests, theLastRecordOfANameCounts) {
-  EXPECT_EQ(Buffer().interface(2, 1, 1).interface(3, 5, 5).interface(4, 9, 8).parse(),
-            (List{counters("en0", 9, 8), counters("en1", 5, 5)}));
-}
-
-TEST(InterfaceListTests, anInterfaceWithoutANameIsLeftOut) {
-  EXPECT_EQ(Buffer().interface(99, 1, 1).interface(1, 2, 3).parse(), (List{counters("lo0", 2, 3)}));
-}
-
-TEST(InterfaceListTests, damageEndsTheWalk) {
-  const List first{counters("en0", 1, 2)};
-  EXPECT_EQ(Buffer().parse(), List{});
-  EXPECT_EQ(Buffer().interface(2, 1, 2).record(18, 0, 160).interface(3, 1, 1).parse(), first) << "no length";
-  EXPECT_EQ(Buffer().interface(2, 1, 2).interface(3, 1, 1).cut(49).parse(), first) << "111 bytes left";
-  EXPECT_EQ(Buffer().interface(2, 1, 2).interface(3, 3, 4).cut(48).parse(),
-            (List{counters("en0", 1, 2), counters("en1", 3, 4)}))
-      << "112 bytes are enough";
-  EXPECT_EQ(Buffer().interface(2, 1, 2).record(12, 60000, 120).parse(), first) << "longer than the buffer";
+  const auto en0 = counters("en0", 1, 2), en1 = counters("en1", 3, 4);
+  const struct {
+    const char* what;
+    Buffer buffer;
+    std::vector<InterfaceCounters> found;
+  } rows[] = {
+      {"nothing", Buffer(), {}},
+      {"links between other records",
+       Buffer().interface(2, large, 7).address(132).address(20).interface(3, 3, 4),
+       {counters("en0", large, 7), en1}},
+      {"the last record of a name counts",
+       Buffer().interface(2, 1, 1).interface(3, 3, 4).interface(4, 9, 8),
+       {counters("en0", 9, 8), en1}},
+      {"one without a name", Buffer().interface(99, 1, 1).interface(2, 1, 2), {en0}},
+      {"no length", Buffer().interface(2, 1, 2).record(18, 0, 160).interface(3, 3, 4), {en0}},
+      {"111 bytes left", Buffer().interface(2, 1, 2).interface(3, 3, 4).cut(49), {en0}},
+      {"112 bytes are enough", Buffer().interface(2, 1, 2).interface(3, 3, 4).cut(48), {en0, en1}},
+      {"longer than the buffer", Buffer().interface(2, 1, 2).record(12, 60000, 120), {en0}},
+  };
+  for (const auto& row : rows) EXPECT_EQ(row.buffer.parse(), row.found) << row.what;
 }
 
 TEST(InterfaceListTests, onlyLinksCount) {

@@ -37,11 +37,9 @@ TEST(LinuxTextsTests, coresAreFastFromFourFifthsOfTheFastest) {
 }
 
 TEST(LinuxTextsTests, decimals) {
-  EXPECT_EQ(parseDecimal("8.45 x"), 8.45);
-  EXPECT_EQ(parseDecimal("18446744073709551615.25"), 18446744073709551615.25);
-  EXPECT_EQ(parseDecimal("7"), 7);
-  EXPECT_EQ(parseDecimal(".5"), std::nullopt);
-  EXPECT_EQ(parseDecimal(""), std::nullopt);
+  const std::pair<const char*, std::optional<double>> rows[] = {
+      {"8.45 x", 8.45}, {"18446744073709551615.25", 18446744073709551615.25}, {"7", 7}, {".5", {}}, {"", {}}};
+  for (const auto& [text, number] : rows) EXPECT_EQ(parseDecimal(text), number) << text;
 }
 
 TEST(LinuxTextsTests, pressureNeedsShortMemoryNotOnlyStalls) {
@@ -79,8 +77,9 @@ TEST(LinuxTextsTests, memoryThatDoesNotAddUpStaysInBounds) {
 
 TEST(LinuxTextsTests, networkLines) {
   std::vector<NetworkLine> lines;
-  parseNetDev("Inter-|   Receive\n face |bytes\n  eth0:18446744073709551615 2 3 4 5 6 7 8 77 9\neth0:1: 5 0 "
-              "0 0 0 0 0 0 6\n",
+  parseNetDev("Inter-|   Receive\n face |bytes\n"
+              "  eth0:18446744073709551615 2 3 4 5 6 7 8 77 9\n"
+              "eth0:1: 5 0 0 0 0 0 0 0 6\n",
               lines);
   ASSERT_EQ(lines.size(), 2u);
   EXPECT_EQ(lines[0].name, "eth0");
@@ -152,14 +151,20 @@ TEST(LinuxTextsTests, volumesThatAreShown) {
   }
 }
 
-PowerSupply pack(std::string_view uevent) { return parsePowerSupply(PowerSupply::Kind::battery, uevent); }
+PowerSupply supply(PowerSupply::Kind kind, std::initializer_list<const char*> properties) {
+  std::string uevent;
+  for (const std::string property : properties) uevent += "POWER_SUPPLY_" + property + "\n";
+  return parsePowerSupply(kind, uevent);
+}
+PowerSupply pack(std::initializer_list<const char*> properties) {
+  return supply(PowerSupply::Kind::battery, properties);
+}
+PowerSupply adapter(const char* online) { return supply(PowerSupply::Kind::adapter, {online}); }
 
 TEST(LinuxTextsTests, packsThatCountChargeAndSignTheirCurrent) {
-  const auto battery =
-      combinedBattery({pack("POWER_SUPPLY_STATUS=Discharging\nPOWER_SUPPLY_VOLTAGE_MIN_DESIGN=10000000\n"
-                            "POWER_SUPPLY_VOLTAGE_NOW=11000000\nPOWER_SUPPLY_CURRENT_NOW=-2000000\n"
-                            "POWER_SUPPLY_CHARGE_NOW=2200000\nPOWER_SUPPLY_CHARGE_FULL=4000000\n"
-                            "POWER_SUPPLY_CHARGE_FULL_DESIGN=5000000\n")});
+  const auto battery = combinedBattery({pack(
+      {"STATUS=Discharging", "VOLTAGE_MIN_DESIGN=10000000", "VOLTAGE_NOW=11000000", "CURRENT_NOW=-2000000",
+       "CHARGE_NOW=2200000", "CHARGE_FULL=4000000", "CHARGE_FULL_DESIGN=5000000"})});
   ASSERT_TRUE(battery);
   EXPECT_DOUBLE_EQ(battery->fullCapacity / battery->designCapacity, 0.8);
   EXPECT_DOUBLE_EQ(battery->systemWatts, 22);
@@ -169,15 +174,12 @@ TEST(LinuxTextsTests, packsThatCountChargeAndSignTheirCurrent) {
 }
 
 TEST(LinuxTextsTests, severalPacksAreOneBattery) {
-  const auto battery = combinedBattery(
-      {pack(
-           "POWER_SUPPLY_STATUS=Not charging\nPOWER_SUPPLY_CYCLE_COUNT=10\nPOWER_SUPPLY_ENERGY_NOW=20000000\n"
-           "POWER_SUPPLY_ENERGY_FULL=20000000\nPOWER_SUPPLY_ENERGY_FULL_DESIGN=25000000\nPOWER_SUPPLY_"
-           "CAPACITY=100\n"),
-       pack("POWER_SUPPLY_STATUS=Charging\nPOWER_SUPPLY_CYCLE_COUNT=90\nPOWER_SUPPLY_ENERGY_NOW=10000000\n"
-            "POWER_SUPPLY_ENERGY_FULL=40000000\nPOWER_SUPPLY_ENERGY_FULL_DESIGN=50000000\nPOWER_SUPPLY_POWER_"
-            "NOW=30000000\n"),
-       pack("POWER_SUPPLY_PRESENT=0\nPOWER_SUPPLY_STATUS=Unknown\n")});
+  const auto battery =
+      combinedBattery({pack({"STATUS=Not charging", "CYCLE_COUNT=10", "ENERGY_NOW=20000000",
+                             "ENERGY_FULL=20000000", "ENERGY_FULL_DESIGN=25000000", "CAPACITY=100"}),
+                       pack({"STATUS=Charging", "CYCLE_COUNT=90", "ENERGY_NOW=10000000",
+                             "ENERGY_FULL=40000000", "ENERGY_FULL_DESIGN=50000000", "POWER_NOW=30000000"}),
+                       pack({"PRESENT=0", "STATUS=Unknown"})});
   ASSERT_TRUE(battery);
   EXPECT_EQ(battery->percent, 50);
   EXPECT_EQ(battery->cycles, 90);
@@ -185,28 +187,21 @@ TEST(LinuxTextsTests, severalPacksAreOneBattery) {
   EXPECT_EQ(battery->externalConnected, true);
   EXPECT_EQ(battery->systemWatts, 0) << "what flows goes into the battery";
   EXPECT_EQ(battery->minutesRemaining, std::nullopt);
-  EXPECT_EQ(combinedBattery({pack("POWER_SUPPLY_PRESENT=0\n")}), std::nullopt);
+  EXPECT_EQ(combinedBattery({pack({"PRESENT=0"})}), std::nullopt);
 }
 
 TEST(LinuxTextsTests, adaptersTellWhatPowersTheMachine) {
-  const auto adapter = [](const char* online) {
-    return parsePowerSupply(PowerSupply::Kind::adapter, online);
-  };
-  const auto draining = pack("POWER_SUPPLY_STATUS=Discharging\nPOWER_SUPPLY_CAPACITY=50\n");
-  EXPECT_EQ(combinedBattery({draining, adapter("POWER_SUPPLY_ONLINE=0"), adapter("POWER_SUPPLY_ONLINE=1")})
-                ->externalConnected,
-            true)
+  const auto draining = pack({"STATUS=Discharging", "CAPACITY=50"});
+  EXPECT_EQ(combinedBattery({draining, adapter("ONLINE=0"), adapter("ONLINE=1")})->externalConnected, true)
       << "an adapter that is too weak still is one";
-  EXPECT_EQ(combinedBattery({pack("POWER_SUPPLY_STATUS=Full\n"), adapter("POWER_SUPPLY_ONLINE=0")})
-                ->externalConnected,
-            false);
+  EXPECT_EQ(combinedBattery({pack({"STATUS=Full"}), adapter("ONLINE=0")})->externalConnected, false);
   EXPECT_EQ(powerSupplyKind("USB_PD\n"), PowerSupply::Kind::adapter);
   EXPECT_EQ(powerSupplyKind("UPS\n"), std::nullopt);
 }
 
 TEST(LinuxTextsTests, cardsAreNamedByTheList) {
-  constexpr auto list = "# list\n1000  Other\n\t73df  Wrong\n1002  Maker\n\t73df  Navi 22 [Radeon RX "
-                        "6700]\n\t\t1002 0e36  Card\n"
+  constexpr auto list = "# list\n1000  Other\n\t73df  Wrong\n1002  Maker\n"
+                        "\t73df  Navi 22 [Radeon RX 6700]\n\t\t1002 0e36  Card\n"
                         "\t73ff  Plain name\n8086  Intel\n\t0001  X\nC 03  Display\n\t73df  VGA\n";
   EXPECT_EQ(pciDeviceName(list, 0x1002, 0x73df), "Radeon RX 6700");
   EXPECT_EQ(pciDeviceName(list, 0x1002, 0x73ff), "Plain name");

@@ -9,9 +9,6 @@ namespace {
 TEST(ProcessFilesTests, theCommandNameEndsAtTheLastParenthesis) {
   const std::string rest =
       " S 17 1 1 0 -1 4194560 100 2000 0 0 7 5 0 0 20 0 31 0 123456 1 1 18446744073709551615 0";
-  struct Row {
-    std::string comm;
-  };
   for (const std::string comm : {"bash", "a b", "x) S 99 (y", ")", "(", "", "line\nfeed", "\x01\x7f"}) {
     const auto text = "40 (" + comm + ")" + rest;
     const auto stat = parseProcessStat(text);
@@ -40,10 +37,7 @@ TEST(ProcessFilesTests, whatTheKernelDoesNotWriteIsRefused) {
 }
 
 TEST(ProcessFilesTests, theControlGroupIsTheUnifiedOneWhereItSaysSomething) {
-  struct Row {
-    const char *text, *expected;
-  };
-  const Row rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"0::/user.slice/a.scope\n", "/user.slice/a.scope"},
       {"12:memory:/docker/1\n1:name=systemd:/system.slice/x.service\n0::/system.slice/y.service\n",
        "/system.slice/y.service"},

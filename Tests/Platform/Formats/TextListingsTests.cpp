@@ -22,11 +22,7 @@ TEST(ProcessTrafficTests, rowsThatDoNotParseAreSkipped) {
     EXPECT_EQ(parseProcessTraffic(std::string(",bytes_in,bytes_out,\n") + row + "\nok.2,3,4,\n"),
               (ProcessTraffic{{2, {3, 4}}}))
         << row;
-}
-
-TEST(ProcessTrafficTests, aLoneLineIsAHeader) {
-  EXPECT_EQ(parseProcessTraffic(""), ProcessTraffic{});
-  EXPECT_EQ(parseProcessTraffic("ok.2,3,4,\n"), ProcessTraffic{});
+  EXPECT_EQ(parseProcessTraffic("ok.2,3,4,\n"), ProcessTraffic{}) << "a lone line is a header";
 }
 
 /// Answers one command line and fails the test at any other.
@@ -53,13 +49,13 @@ TEST(ProgramsTests, aSlowOrMissingProgramTellsNothing) {
   Program lsof{"/usr/sbin/lsof -nP -iTCP -sTCP:LISTEN -F pn", Seconds{4},
                ShellResult{.output = "p2\nn*:80\n", .exitStatus = 1}};
   EXPECT_EQ(readListeningPorts(lsof.runner()), (PortsByPID{{2, {80}}}));
-
-  nettop.answer->timedOut = lsof.answer->timedOut = true;
-  EXPECT_EQ(readProcessTraffic(nettop.runner()), ProcessTraffic{});
-  EXPECT_EQ(readListeningPorts(lsof.runner()), PortsByPID{});
-  nettop.answer = lsof.answer = std::nullopt;
-  EXPECT_EQ(readProcessTraffic(nettop.runner()), ProcessTraffic{});
-  EXPECT_EQ(readListeningPorts(lsof.runner()), PortsByPID{});
+  auto late = *lsof.answer;
+  late.timedOut = true;
+  for (const auto& none : {std::optional(late), std::optional<ShellResult>()}) {
+    nettop.answer = lsof.answer = none;
+    EXPECT_EQ(readProcessTraffic(nettop.runner()), ProcessTraffic{});
+    EXPECT_EQ(readListeningPorts(lsof.runner()), PortsByPID{});
+  }
 }
 
 TEST(LaunchJobsTests, theLabelIsWhatFollowsTheSecondTab) {
@@ -92,10 +88,6 @@ TEST(ListeningPortsTests, portsBelongToTheProcessAboveThem) {
   EXPECT_EQ(parseListeningPorts("p412\nf23\nn127.0.0.1:5432\nf24\nn[::1]:5432\n"
                                 "p99\nn*:8080\nn[fe80::1%en0]:80\nn*:3000\n"),
             (Ports{{412, {5432}}, {99, {80, 3000, 8080}}}));
-}
-
-TEST(ListeningPortsTests, linesThatDoNotParseMeanNothing) {
-  EXPECT_EQ(parseListeningPorts(""), Ports{});
   EXPECT_EQ(parseListeningPorts("n*:80\n"), Ports{}) << "no process yet";
   EXPECT_EQ(parseListeningPorts("p5\np\nn*:80\n"), Ports{}) << "the process did not parse";
   for (const char* address : {"n*:http", "n*", "n", "n*:", "n*:70000", "n*:-1", "x*:80"})

@@ -40,17 +40,9 @@ TEST(UsagePackets, whatIsNoAnswerIsRefused) {
   const auto end = UsagePackets::end(1);
   auto wrongMagic = end;
   wrongMagic[0] ^= 1;
-  const std::vector<std::uint8_t> bad[] = {{},
-                                           {1},
-                                           std::vector<std::uint8_t>(55),
-                                           std::vector<std::uint8_t>(57),
-                                           end /* nothing was sent */,
-                                           wrongMagic,
-                                           records(8193)};
-  for (const auto& packet : bad) {
-    UsageAnswerReader reader;
-    EXPECT_EQ(reader.take(packet), State::malformed) << packet.size();
-  }
+  const std::vector<std::uint8_t> empty, cutShort(55), tooLong(57);
+  for (const auto& packet : {empty, cutShort, tooLong, end /* nothing was sent */, wrongMagic, records(8193)})
+    EXPECT_EQ(UsageAnswerReader().take(packet), State::malformed) << packet.size();
   UsageAnswerReader flooded;
   for (int i = 0; i < 8; ++i) EXPECT_EQ(flooded.take(records(1024)), State::incomplete);
   EXPECT_EQ(flooded.take(records(1)), State::malformed) << "more than can be asked for";

@@ -1,4 +1,6 @@
-#include "ProcTree.h"
+#include "Platform/Linux/LinuxProcessTable.h"
+
+#include "Tests/Fakes/ProcTree.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,22 +9,30 @@ namespace korvell {
 namespace {
 
 using testing::ElementsAre;
+using testing::Field;
 
 struct LinuxProcessTableTests : testing::Test {
   ProcTree tree;
+  double sinceBoot = 100;
   using Process = ProcTree::Process;
 
-  static const ProcessCounters& find(const std::vector<ProcessCounters>& list, ProcessID pid) {
-    for (const auto& counters : list)
-      if (counters.pid == pid) return counters;
-    ADD_FAILURE() << "no process " << pid;
-    static const ProcessCounters none;
-    return none;
+  LinuxProcessTable tableOf(ProcTree& world) {
+    LinuxProcessTable::Sources sources;
+    sources.proc = world.folder.path().string();
+    sources.sys = world.folder / "sys";
+    sources.cpuClock = [&world](ProcessID pid) -> std::optional<std::uint64_t> {
+      const auto clock = world.clocks.find(pid);
+      return clock == world.clocks.end() ? std::nullopt : std::optional(clock->second);
+    };
+    sources.sinceBoot = [this] { return Seconds{sinceBoot}; };
+    sources.bootTime = Date{1'000'000};
+    return LinuxProcessTable(std::move(sources));
   }
-  static std::vector<ProcessID> pids(const std::vector<ProcessCounters>& list) {
-    std::vector<ProcessID> ids;
-    for (const auto& counters : list) ids.push_back(counters.pid);
-    return ids;
+
+  static ProcessCounters find(const std::vector<ProcessCounters>& list, ProcessID pid) {
+    const auto found = std::ranges::find(list, pid, &ProcessCounters::pid);
+    if (found == list.end()) ADD_FAILURE() << "no process " << pid;
+    return found == list.end() ? ProcessCounters{} : *found;
   }
 };
 
@@ -31,9 +41,9 @@ TEST_F(LinuxProcessTableTests, aProcessIsReadFromItsFiles) {
   tree.add(40,
            {.comm = "a) R (b\x1b[2J", .parent = 1, .start = 4321, .anonymousPages = 25600, .io = {512, 4096}},
            77);
-  auto table = tree.table();
+  auto table = tableOf(tree);
   const auto list = table.read();
-  EXPECT_EQ(pids(list), (std::vector{1, 40}));
+  ASSERT_EQ(list.size(), 2u);
   const ProcessCounters expected{.pid = 40,
                                  .parent = 1,
                                  .comm = "a) R (b\x1b[2J",
@@ -49,13 +59,10 @@ TEST_F(LinuxProcessTableTests, aProcessIsReadFromItsFiles) {
 }
 
 TEST_F(LinuxProcessTableTests, aStillClockSparesTheFilesAndAMovedOneDoesNot) {
-  Process process{.io = {100, 0}};
-  tree.add(40, process, 5);
-  auto table = tree.table();
+  tree.add(40, {.io = {100, 0}}, 5);
+  auto table = tableOf(tree);
   table.read();
-  process.io.read = 900;
-  process.comm = "exec'd";
-  tree.put(40, process);
+  tree.put(40, {.comm = "exec'd", .io = {900, 0}});
   EXPECT_EQ(find(table.read(), 40).diskRead, 100u);
   tree.clocks[40] = 6;
   EXPECT_EQ(find(table.read(), 40).diskRead, 900u);
@@ -64,84 +71,62 @@ TEST_F(LinuxProcessTableTests, aStillClockSparesTheFilesAndAMovedOneDoesNot) {
 
 TEST_F(LinuxProcessTableTests, memoryOfSleepersIsReadInRotation) {
   for (ProcessID pid = 1; pid <= 20; ++pid) tree.add(pid, {});
-  auto table = tree.table();
+  auto table = tableOf(tree);
   table.read();
   for (ProcessID pid = 1; pid <= 20; ++pid)
     tree.put(pid, {.anonymousPages = 1}); // too little to show as a whole
-  const auto seen = [&] {
-    const auto& list = table.read();
-    return std::count_if(list.begin(), list.end(), [](const auto& c) { return c.footprint == 4096; });
-  };
-  tree.sinceBoot += 2;
-  EXPECT_EQ(seen(), 2);
-  for (int cycle = 0; cycle < 9; ++cycle) {
-    tree.sinceBoot += 2;
-    table.read();
+  for (int cycle = 1; cycle <= 10; ++cycle) {
+    sinceBoot += 2;
+    EXPECT_EQ(std::ranges::count(table.read(), 4096u, &ProcessCounters::footprint), 2 * cycle);
   }
-  EXPECT_EQ(seen(), 20) << "none older than 30 s";
 }
 
 TEST_F(LinuxProcessTableTests, unexplainedMemoryHasEveryProcessReadAgain) {
-  Process sleeper, worker;
-  tree.add(40, sleeper);
-  tree.add(41, worker);
-  for (ProcessID pid = 100; pid < 110; ++pid) tree.add(pid, {});
-  auto table = tree.table();
+  for (ProcessID pid = 40; pid < 52; ++pid) tree.add(pid, {});
+  auto table = tableOf(tree);
   table.read();
   // Another process wrote 16 MiB into the sleeper's memory.
-  sleeper.anonymousPages = 4096;
-  tree.put(40, sleeper);
-  tree.anonymousKiB += 16 * 1024;
-  tree.writeMeminfo();
+  tree.put(40, {.anonymousPages = 4096});
+  tree.writeMeminfo({.anonymous = 1'016'384});
   EXPECT_EQ(find(table.read(), 40).footprint, 16u << 20);
   // What a process that ran took explains the machine's advance: nobody else is read.
-  sleeper.anonymousPages = 1;
-  tree.put(40, sleeper);
-  worker.anonymousPages = 8192;
-  tree.add(41, worker, 2);
-  tree.anonymousKiB += 32 * 1024;
-  tree.writeMeminfo();
+  tree.put(40, {.anonymousPages = 1});
+  tree.add(41, {.anonymousPages = 8192}, 2);
+  tree.writeMeminfo({.anonymous = 1'049'152});
   const auto& list = table.read();
   EXPECT_EQ(find(list, 41).footprint, 32u << 20);
   EXPECT_EQ(find(list, 40).footprint, 16u << 20);
 }
 
 TEST_F(LinuxProcessTableTests, swappedMemoryCounts) {
-  tree.swapTotalKiB = 1000, tree.swapFreeKiB = 900;
-  tree.writeMeminfo();
+  tree.writeMeminfo({.swapTotal = 1000, .swapFree = 900});
   tree.add(40, {.anonymousPages = 10, .swapKiB = 64});
-  EXPECT_EQ(find(tree.table().read(), 40).footprint, 40u * 1024 + 64 * 1024);
+  EXPECT_EQ(find(tableOf(tree).read(), 40).footprint, 40u * 1024 + 64 * 1024);
 }
 
 TEST_F(LinuxProcessTableTests, aSleeperIsFoundUnderItsNewParent) {
-  struct Row {
+  const struct {
     const char* what;
-    std::function<void(ProcTree&)> end;
-  };
-  const Row rows[] = {
-      {"the parent is gone", [](ProcTree& tree) { tree.remove(40); }},
-      {"the parent is a zombie", [](ProcTree& tree) { tree.add(40, {.state = 'Z'}, 2); }},
-      {"the parent's id is somebody else's",
-       [](ProcTree& tree) {
-         tree.remove(40);
-         tree.add(40, {.start = 5000}, 9);
-       }},
-  };
+    std::optional<Process> parentNow;
+  } rows[] = {{"the parent is gone", {}},
+              {"the parent is a zombie", Process{.state = 'Z'}},
+              {"the parent's id is somebody else's", Process{.start = 5000}}};
   for (const auto& row : rows) {
     ProcTree world;
     world.add(40, {}, 1);
     world.add(41, {.parent = 40}, 1);
-    auto table = world.table();
+    auto table = tableOf(world);
     EXPECT_EQ(find(table.read(), 41).parent, 40) << row.what;
     world.put(41, {.parent = 1});
-    row.end(world);
+    world.remove(40);
+    if (row.parentNow) world.add(40, *row.parentNow, 9);
     EXPECT_EQ(find(table.read(), 41).parent, 1) << row.what;
   }
 }
 
 TEST_F(LinuxProcessTableTests, aReusedIDIsReadAsAnother) {
   tree.add(40, {.comm = "old", .start = 10, .io = {5000, 0}}, 100);
-  auto table = tree.table();
+  auto table = tableOf(tree);
   table.read();
   tree.remove(40);
   tree.add(40, {.comm = "new", .start = 20, .io = {1, 0}}, 50);
@@ -152,34 +137,30 @@ TEST_F(LinuxProcessTableTests, aReusedIDIsReadAsAnother) {
 }
 
 TEST_F(LinuxProcessTableTests, theShellDoesNotInheritWhatItsChildWrote) {
-  Process shell{.io = {0, 100}};
-  tree.add(40, shell, 1);
-  tree.writeIO("40/task/40/io", {0, 100});
+  tree.add(40, {.io = {0, 100}}, 1);
   tree.add(41, {.parent = 40, .io = {0, 5'000'000}});
-  auto table = tree.table();
+  auto table = tableOf(tree);
   table.read();
   tree.remove(41);
-  shell.io.written = 9'000'100; // the child wrote some more before it ended
-  shell.childFaults = 70;
-  tree.add(40, shell, 2);
-  EXPECT_EQ(find(table.read(), 40).diskWritten, 100u);
-  // And goes on to write itself, without reaping and with.
-  shell.io.written += 11;
-  tree.writeIO("40/task/40/io", {0, 111});
-  tree.add(40, shell, 3);
-  EXPECT_EQ(find(table.read(), 40).diskWritten, 111u);
-  shell.io.written += 1'000'022;
-  shell.childFaults = 90;
-  tree.writeIO("40/task/40/io", {0, 133});
-  tree.add(40, shell, 4);
-  EXPECT_EQ(find(table.read(), 40).diskWritten, 133u);
+  const struct {
+    const char* what;
+    std::uint64_t written, childFaults, own;
+  } rows[] = {{"a child was waited for that had written some more", 9'000'100, 70, 100},
+              {"the shell goes on to write itself", 9'000'111, 70, 111},
+              {"both", 10'000'133, 90, 133}};
+  std::uint64_t clock = 2;
+  for (const auto& row : rows) {
+    tree.writeIO("40/task/40/io", {0, row.own});
+    tree.add(40, {.childFaults = row.childFaults, .io = {0, row.written}}, clock++);
+    EXPECT_EQ(find(table.read(), 40).diskWritten, row.own) << row.what;
+  }
 }
 
 TEST_F(LinuxProcessTableTests, kernelThreadsHaveNoFigures) {
   tree.add(40,
            {.comm = "kworker/0:1-events", .parent = 2, .flags = 0x4208060, .anonymousPages = 5, .io = {9, 9}},
            1);
-  auto table = tree.table();
+  auto table = tableOf(tree);
   const auto first = find(table.read(), 40);
   EXPECT_EQ(first.comm, "kworker/0:1");
   EXPECT_EQ(first.footprint + first.diskRead + first.hidden, 0u);
@@ -190,20 +171,18 @@ TEST_F(LinuxProcessTableTests, kernelThreadsHaveNoFigures) {
 }
 
 TEST_F(LinuxProcessTableTests, whatCanNotBeReadIsLeftOutAndTheRestIsThere) {
-  tree.add(40, {});
-  tree.add(41, {});
-  tree.add(42, {});
+  for (const ProcessID pid : {40, 41, 42}) tree.add(pid, {});
   std::filesystem::remove(tree.folder / "41/stat");
   tree.write("42/stat", "42 (cut sho");
   tree.write("43/statm", "1 1 1");
   tree.write("self", "no process");
-  EXPECT_THAT(pids(tree.table().read()), ElementsAre(40));
+  EXPECT_THAT(tableOf(tree).read(), ElementsAre(Field(&ProcessCounters::pid, 40)));
 }
 
 TEST_F(LinuxProcessTableTests, withoutACPUClockTicksServe) {
   tree.add(40, {.ticks = 250});
   tree.clocks.clear();
-  auto table = tree.table();
+  auto table = tableOf(tree);
   EXPECT_EQ(find(table.read(), 40).cpuTime, 2'500'000'000u);
   tree.put(40, {.ticks = 251, .io = {7, 0}});
   EXPECT_EQ(find(table.read(), 40).cpuTime, 2'510'000'000u);
@@ -225,10 +204,10 @@ TEST_F(LinuxProcessTableTests, factsAreWhatDecidesAboutTheOwner) {
                               .controlGroup = "/user.slice/user-1000.slice/session-3.scope",
                               .desktopFile = "/usr/share/applications/firefox-esr.desktop",
                               .launchedPID = 40};
-  EXPECT_EQ(tree.table().facts(40), expected);
-  tree.sinceBoot = 91; // one second after its start
-  EXPECT_FALSE(tree.table().facts(40)->settled);
-  EXPECT_EQ(tree.table().facts(41), std::nullopt);
+  EXPECT_EQ(tableOf(tree).facts(40), expected);
+  sinceBoot = 91; // one second after its start
+  EXPECT_FALSE(tableOf(tree).facts(40)->settled);
+  EXPECT_EQ(tableOf(tree).facts(41), std::nullopt);
 }
 
 TEST_F(LinuxProcessTableTests, thePackagesEnergyIsSharedByCPUTime) {
@@ -241,7 +220,7 @@ TEST_F(LinuxProcessTableTests, thePackagesEnergyIsSharedByCPUTime) {
   tree.write("sys/class/powercap/intel-rapl:0:0/energy_uj", "77");
   tree.add(40, {}, 1000);
   tree.add(41, {}, 1000);
-  auto table = tree.table();
+  auto table = tableOf(tree);
   EXPECT_TRUE(table.energyIsEstimate());
   table.read();
   package(0, 3000); // 4,000 µJ on, wrapped

@@ -6,28 +6,26 @@
 #include "Tests/Fakes/FolderTrash.h"
 
 #include <csignal>
-#include <fstream>
-#include <sstream>
 #include <sys/wait.h>
 
 namespace korvell {
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+using namespace std::string_literals;
 
 /// A home folder and a volume, which is a folder that the table of mounts names.
 struct World {
   explicit World(const GeneratedTree& tree) : disk(tree) {
     clock.wall = {1'772'366'400.75}; // 2026-03-01 12:00 UTC
     std::filesystem::create_directories(disk / "volume");
-    std::ofstream(disk / "mountinfo") << "20 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
-                                      << "21 20 8:2 / " << disk / "volume"
-                                      << " rw - ext4 /dev/sdb1 rw\n"
-                                      << "22 20 0:9 / " << disk / "home/.cache"
-                                      << " rw - tmpfs tmpfs rw\n"
-                                      << "23 20 0:10 / " << disk / "server"
-                                      << " rw - nfs4 host:/export rw\n";
+    disk.write("mountinfo", "20 1 8:1 / / rw - ext4 /dev/sda1 rw\n21 20 8:2 / " + disk / "volume" +
+                                " rw - ext4 /dev/sdb1 rw\n22 20 0:9 / " + disk / "home/.cache" +
+                                " rw - tmpfs tmpfs rw\n23 20 0:10 / " + disk / "server" +
+                                " rw - nfs4 host:/export rw\n");
   }
   std::unique_ptr<LinuxTrash> trash() {
     return std::make_unique<LinuxTrash>(disk / "home/.local/share", geteuid(), clock, zone,
@@ -38,36 +36,35 @@ struct World {
   FakeTimeZone zone{3600};
 };
 
-class LinuxTrashTests : public testing::Test {
-protected:
+struct LinuxTrashTests : testing::Test {
   GeneratedTree disk;
   World world{disk};
   std::unique_ptr<LinuxTrash> trash = world.trash();
-  const std::string mine = ".Trash-" + std::to_string(geteuid());
+  const std::string user = std::to_string(geteuid()), mine = ".Trash-" + user;
+  const std::string files = "home/.local/share/Trash/files", info = "home/.local/share/Trash/info/";
 
-  std::string text(const std::string& name) {
-    std::ostringstream text;
-    text << std::ifstream(disk / name).rdbuf();
-    return text.str();
-  }
   bool move(const std::string& name) { return bool(trash->move({{disk / name}}).front()); }
 };
 
 TEST_F(LinuxTrashTests, theRecordSaysFromWhereAndWhen) {
   disk.file("home/\xc3\xa4 a%20b\n\xff", 1);
   ASSERT_TRUE(move("home/\xc3\xa4 a%20b\n\xff"));
-  EXPECT_EQ(text("home/.local/share/Trash/info/\xc3\xa4 a%20b\n\xff.trashinfo"),
+  EXPECT_EQ(disk.text(info + "\xc3\xa4 a%20b\n\xff.trashinfo"),
             "[Trash Info]\nPath=" + (disk / "home") +
                 "/%C3%A4%20a%2520b%0A%FF\nDeletionDate=2026-03-01T13:00:00\n");
-  struct stat status {};
-  lstat((disk / "home/.local/share/Trash").c_str(), &status);
-  EXPECT_EQ(status.st_mode & 07777, 0700u);
+  EXPECT_EQ(disk.permissions("home/.local/share/Trash"), 0700u);
+
+  disk.file("home/real/file", 1);
+  disk.link("real", "home/alias");
+  ASSERT_TRUE(move("home/alias/file"));
+  EXPECT_THAT(disk.text(info + "file.trashinfo"), HasSubstr("/home/real/file\n"))
+      << "not the link on the way";
 }
 
 TEST_F(LinuxTrashTests, aVolumeKeepsWhatWasOnIt) {
   disk.file("volume/in/file", 1);
   ASSERT_TRUE(move("volume/in/file"));
-  EXPECT_THAT(text("volume/" + mine + "/info/file.trashinfo"), testing::HasSubstr("Path=in/file\n"));
+  EXPECT_THAT(disk.text("volume/" + mine + "/info/file.trashinfo"), HasSubstr("Path=in/file\n"));
   EXPECT_THAT(disk.names("volume/" + mine + "/files"), ElementsAre("file"));
 
   // An administrator's Trash is preferred, once it has the sticky bit.
@@ -78,22 +75,18 @@ TEST_F(LinuxTrashTests, aVolumeKeepsWhatWasOnIt) {
   disk.mode("volume/.Trash", 01777);
   disk.file("volume/third", 1);
   ASSERT_TRUE(move("volume/third"));
-  EXPECT_THAT(disk.names("volume/.Trash/" + std::to_string(geteuid()) + "/files"), ElementsAre("third"));
+  EXPECT_THAT(disk.names("volume/.Trash/" + user + "/files"), ElementsAre("third"));
 
-  std::vector<std::string> folders;
-  for (const auto& folder : trash->folders()) folders.push_back(folder.entries);
-  EXPECT_THAT(folders, ElementsAre(disk / "volume/.Trash/" + std::to_string(geteuid()) + "/files",
-                                   disk / ("volume/" + mine + "/files")));
-}
-
-TEST_F(LinuxTrashTests, whateverWasMovedIsListed) {
   disk.file("home/.cache/pip/x", 1);
   disk.folder("server/" + mine);
   ASSERT_TRUE(move("home/.cache/pip"));
-  const auto folders = trash->folders();
-  ASSERT_EQ(folders.size(), 1u) << "servers are not asked: one that is gone blocks";
-  EXPECT_EQ(folders[0].entries, disk / ("home/.cache/" + mine + "/files"));
   EXPECT_THAT(disk.names("home/.cache/" + mine + "/files"), ElementsAre("pip"));
+  std::vector<std::string> listed;
+  for (const auto& folder : trash->folders()) listed.push_back(folder.entries);
+  EXPECT_THAT(listed, UnorderedElementsAre(disk / ("volume/.Trash/" + user + "/files"),
+                                           disk / ("volume/" + mine + "/files"),
+                                           disk / ("home/.cache/" + mine + "/files")))
+      << "servers are not asked: one that is gone blocks";
 }
 
 TEST_F(LinuxTrashTests, aTrashThatIsALinkIsNotUsed) {
@@ -115,21 +108,20 @@ TEST_F(LinuxTrashTests, aTrashThatIsALinkIsNotUsed) {
 }
 
 TEST_F(LinuxTrashTests, theTrashAndWhatHoldsItStay) {
-  disk.file("home/.local/share/Trash/files/entry", 1);
-  disk.folder("home/.local/share/Trash/info");
+  disk.file(files + "/entry", 1);
+  disk.folder(info);
   disk.file("volume/" + mine + "/files/entry", 1);
-  for (const std::string& name :
-       std::vector<std::string>{"home/.local/share/Trash", "home/.local/share/Trash/files/entry",
-                                "home/.local/share", "home", "volume", "volume/" + mine + "/files/entry"})
+  for (const auto& name : {"home/.local/share/Trash"s, files + "/entry", "home/.local/share"s, "home"s,
+                           "volume"s, "volume/" + mine + "/files/entry"})
     EXPECT_FALSE(move(name)) << name;
 }
 
 TEST_F(LinuxTrashTests, takenNamesAreNumberedAndLongOnesAreCut) {
-  disk.file("home/.local/share/Trash/files/lonely", 1); // an entry without a record
+  disk.file(files + "/lonely", 1); // an entry without a record
   disk.file("home/lonely", 1);
   ASSERT_TRUE(move("home/lonely"));
-  EXPECT_THAT(disk.names("home/.local/share/Trash/files"), ElementsAre("lonely", "lonely.2"));
-  EXPECT_THAT(disk.names("home/.local/share/Trash/info"), ElementsAre("lonely.2.trashinfo"));
+  EXPECT_THAT(disk.names(files), ElementsAre("lonely", "lonely.2"));
+  EXPECT_THAT(disk.names(info), ElementsAre("lonely.2.trashinfo"));
 
   std::string longName;
   while (longName.size() + 2 <= 255) longName += "\xc3\xa4";
@@ -137,29 +129,22 @@ TEST_F(LinuxTrashTests, takenNamesAreNumberedAndLongOnesAreCut) {
     disk.file("home/" + longName, 1);
     ASSERT_TRUE(move("home/" + longName));
   }
-  for (const auto& name : disk.names("home/.local/share/Trash/files")) {
+  for (const auto& name : disk.names(files)) {
     EXPECT_LE(name.size(), 245u);
     const auto body = name.substr(0, name.find('.'));
     EXPECT_TRUE(name[0] == 'l' || body.size() % 2 == 0) << "cut within a character";
   }
 }
 
-TEST_F(LinuxTrashTests, aLinkOnTheWayIsRecordedAsTheRealPlace) {
-  disk.file("home/real/file", 1);
-  disk.link("real", "home/alias");
-  ASSERT_TRUE(move("home/alias/file"));
-  EXPECT_THAT(text("home/.local/share/Trash/info/file.trashinfo"), testing::HasSubstr("/home/real/file\n"));
-}
-
 TEST_F(LinuxTrashTests, withoutPermissionNothingIsLeftBehind) {
   disk.file("home/closed/file", 1);
-  const AsOrdinaryUser user(disk);
+  const AsOrdinaryUser ordinary(disk);
   trash = world.trash();
   disk.mode("home/closed", 0500);
   const auto outcome = trash->move({{disk / "home/closed/file"}}).front();
   ASSERT_FALSE(outcome);
   EXPECT_EQ(outcome.reason(), "You may not move it.");
-  EXPECT_THAT(disk.names("home/.local/share/Trash/info"), IsEmpty());
+  EXPECT_THAT(disk.names(info), IsEmpty());
   disk.mode("home/closed", 0700);
 }
 
@@ -191,11 +176,10 @@ TEST_F(LinuxTrashTests, dyingMidwayLosesNothing) {
   waitpid(child, &status, 0);
   ASSERT_TRUE(WIFSIGNALED(status));
   EXPECT_EQ(disk.names("home/things").size(), 8u);
-  const auto entries = disk.names("home/.local/share/Trash/files");
+  const auto entries = disk.names(files);
   EXPECT_EQ(entries.size(), 12u);
   for (const auto& name : entries)
-    EXPECT_THAT(text("home/.local/share/Trash/info/" + name + ".trashinfo"),
-                testing::HasSubstr("/things/" + name));
+    EXPECT_THAT(disk.text(info + name + ".trashinfo"), HasSubstr("/things/" + name));
 }
 
 std::unique_ptr<Trash> linuxTrash(const GeneratedTree& disk) {

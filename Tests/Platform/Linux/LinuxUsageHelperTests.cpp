@@ -1,11 +1,9 @@
 #include "Platform/Linux/LinuxUsageHelper.h"
 
-#include "Base/Files.h"
+#include "Tests/Fakes/FakeEnvironment.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
-#include <fstream>
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 
 using namespace korvell;
 using testing::ElementsAre;
@@ -17,15 +15,11 @@ struct LinuxUsageHelperTests : testing::Test {
   TemporaryFolder root;
   std::vector<std::string> commands;
   std::map<std::string, int> exitStatus; ///< of a command that fails
-  std::map<std::string, std::string> variables{{"SUDO_UID", "1000"}};
+  std::map<std::string, std::string, std::less<>> variables{{"SUDO_UID", "1000"}};
   bool administrator = true, group = false;
   LinuxUsageHelper helper{{.root = root.path().string(),
                            .ownFolder = root / "own",
-                           .environment = [this](std::string_view name) -> std::optional<std::string> {
-                             const auto found = variables.find(std::string(name));
-                             if (found == variables.end()) return std::nullopt;
-                             return found->second;
-                           },
+                           .environment = [this](auto name) { return fakeEnvironment(variables)(name); },
                            .run = [this](const std::string& path, const std::vector<std::string>& arguments,
                                          Seconds) -> std::optional<ShellResult> {
                              if (!path.starts_with("/usr/sbin/") && !path.ends_with("systemctl"))
@@ -40,16 +34,8 @@ struct LinuxUsageHelperTests : testing::Test {
                            .groupExists = [this] { return group; }}};
 
   LinuxUsageHelperTests() {
-    write("own/korvell-helper", "program");
+    root.write("own/korvell-helper", "program");
     std::filesystem::create_directories(root / "run/systemd/system");
-  }
-  void write(const std::string& name, const std::string& text) const {
-    std::filesystem::create_directories(std::filesystem::path(root / name).parent_path());
-    std::ofstream(root / name) << text;
-  }
-  mode_t modeOf(const std::string& name) const {
-    struct stat info {};
-    return stat((root / name).c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
   }
 };
 
@@ -64,10 +50,10 @@ TEST_F(LinuxUsageHelperTests, enablingInstallsAndDisablingTakesAway) {
                                     "/usr/sbin/usermod --append --groups korvell ada",
                                     "/usr/bin/systemctl daemon-reload",
                                     "/usr/bin/systemctl enable --now korvell-helper.socket"));
-  EXPECT_EQ(modeOf("usr/local/libexec/korvell-helper"), 0755u);
-  EXPECT_EQ(modeOf("usr/local/libexec"), 0755u);
-  EXPECT_EQ(modeOf("etc/systemd/system/korvell-helper.service"), 0644u);
-  const auto service = readFile(root / "etc/systemd/system/korvell-helper.service", 1 << 20).value();
+  EXPECT_EQ(root.permissions("usr/local/libexec/korvell-helper"), 0755u);
+  EXPECT_EQ(root.permissions("usr/local/libexec"), 0755u);
+  EXPECT_EQ(root.permissions("etc/systemd/system/korvell-helper.service"), 0644u);
+  const auto service = root.text("etc/systemd/system/korvell-helper.service");
   EXPECT_THAT(service, HasSubstr("\nExecStart=/usr/local/libexec/korvell-helper\n"));
   EXPECT_THAT(service, HasSubstr("\nSystemCallFilter=@system-service\n"))
       << "only the program's place is filled in";
@@ -116,9 +102,9 @@ TEST_F(LinuxUsageHelperTests, saysWhyItCannotBeEnabled) {
 TEST_F(LinuxUsageHelperTests, theStatusIsWhatTheFilesTell) {
   std::filesystem::remove(root / "own/korvell-helper");
   EXPECT_EQ(helper.status(), UsageHelperStatus::notFound);
-  write("usr/lib/systemd/system/korvell-helper.socket", "");
+  root.write("usr/lib/systemd/system/korvell-helper.socket", "");
   EXPECT_EQ(helper.status(), UsageHelperStatus::notEnabled);
-  write("run/korvell-helper.sock", "");
+  root.write("run/korvell-helper.sock", "");
   EXPECT_EQ(helper.status(), UsageHelperStatus::enabled);
   EXPECT_FALSE(helper.connect([] {})) << "no socket, or nobody behind it";
 }

@@ -6,42 +6,25 @@
 #include "Tests/Fakes/TemporaryFolder.h"
 
 #include <csignal>
-#include <fstream>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 using namespace korvell;
 using testing::ElementsAre;
-using testing::UnorderedElementsAre;
 
 namespace {
 
 struct World final : UserDefaultsWorld {
   TemporaryFolder home;
   FakeClock clock;
-  const std::string folder = home / "config/korvell";
-  const std::string path = folder + "/settings.json";
+  const std::string folder = home / "config/korvell", path = folder + "/settings.json";
   std::unique_ptr<UserDefaults> open() override { return std::make_unique<SettingsFile>(folder, clock); }
 
-  std::string text() const { return readFile(path, 1 << 20).value_or("(no file)"); }
-  void write(const std::string& bytes) const {
-    std::filesystem::create_directories(folder);
-    std::ofstream(path, std::ios::binary) << bytes;
-  }
-  std::vector<std::string> files() const {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder))
-      names.push_back(entry.path().filename().string());
-    return names;
-  }
+  std::string text() const { return home.text("config/korvell/settings.json"); }
+  void write(const std::string& bytes) const { home.write("config/korvell/settings.json", bytes); }
+  std::vector<std::string> files() const { return home.names("config/korvell"); }
 };
-
-mode_t modeOf(const std::string& path) {
-  struct stat info {};
-  return stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
-}
 
 } // namespace
 
@@ -64,20 +47,16 @@ TEST(SettingsFile, isATextForPeople) {
   EXPECT_EQ(defaults->value("mine"), Value(Value::Array{1})) << "members that nobody knows stay";
 }
 
-TEST(SettingsFile, isForItsUserOnly) {
-  World w;
-  umask(0);
-  EXPECT_TRUE(w.open()->set("a", 1));
-  EXPECT_EQ(modeOf(w.path), 0600u);
-  EXPECT_EQ(modeOf(w.path + ".lock"), 0600u);
-  EXPECT_EQ(modeOf(w.folder), 0700u);
-  umask(022);
-}
-
-TEST(SettingsFile, readingMakesNothingAndAChangeWithoutDifferenceWritesNothing) {
+TEST(SettingsFile, isForItsUserOnlyAndIsWrittenForAChangeOnly) {
   World w;
   EXPECT_FALSE(w.open()->value("a"));
-  EXPECT_FALSE(std::filesystem::exists(w.folder));
+  EXPECT_FALSE(std::filesystem::exists(w.folder)) << "reading makes nothing";
+  umask(0);
+  EXPECT_TRUE(w.open()->set("a", 1));
+  umask(022);
+  EXPECT_EQ(w.home.permissions("config/korvell/settings.json"), 0600u);
+  EXPECT_EQ(w.home.permissions("config/korvell/settings.json.lock"), 0600u);
+  EXPECT_EQ(w.home.permissions("config/korvell"), 0700u);
   w.write("{\"a\":1}");
   EXPECT_TRUE(w.open()->set("a", 1));
   EXPECT_TRUE(w.open()->remove("b"));
@@ -95,15 +74,15 @@ TEST(SettingsFile, whatIsNoSettingsIsKeptAside) {
     w.write(damaged);
     EXPECT_TRUE(w.open()->set("c", 3)) << "a second one in the same second";
     EXPECT_EQ(w.open()->integer("c"), 3) << damaged;
-    EXPECT_THAT(w.files(), UnorderedElementsAre("settings.json", "settings.json.lock",
-                                                "settings.json.damaged-2026-03-01T12:00:00.000Z",
-                                                "settings.json.damaged-2026-03-01T12:00:00.000Z-again"));
+    EXPECT_THAT(w.files(),
+                ElementsAre("settings.json", "settings.json.damaged-2026-03-01T12:00:00.000Z",
+                            "settings.json.damaged-2026-03-01T12:00:00.000Z-again", "settings.json.lock"));
     EXPECT_EQ(readFile(w.path + ".damaged-2026-03-01T12:00:00.000Z", 100), damaged);
   }
   World empty;
   empty.write(" \n");
   EXPECT_TRUE(empty.open()->set("a", 1));
-  EXPECT_THAT(empty.files(), UnorderedElementsAre("settings.json", "settings.json.lock"));
+  EXPECT_THAT(empty.files(), ElementsAre("settings.json", "settings.json.lock"));
 }
 
 TEST(SettingsFile, linksStayLinks) {
@@ -134,7 +113,7 @@ TEST(SettingsFile, aChangeThatCannotBeStoredSaysSoAndHarmsNothing) {
   std::signal(SIGXFSZ, handler);
   EXPECT_FALSE(stored);
   EXPECT_EQ(w.text(), before);
-  EXPECT_THAT(w.files(), UnorderedElementsAre("settings.json", "settings.json.lock"));
+  EXPECT_THAT(w.files(), ElementsAre("settings.json", "settings.json.lock"));
 
   std::filesystem::remove(w.path);
   std::filesystem::create_directory(w.path); // no regular file: neither readable nor replaced
@@ -164,7 +143,7 @@ TEST(SettingsFile, processesDoNotLoseEachOthersChanges) {
   EXPECT_EQ(w.open()->integer("shared"), processes * changes);
   for (int process = 0; process < processes; ++process)
     EXPECT_EQ(w.open()->integer("own." + std::to_string(process)), changes);
-  EXPECT_THAT(w.files(), UnorderedElementsAre("settings.json", "settings.json.lock"));
+  EXPECT_THAT(w.files(), ElementsAre("settings.json", "settings.json.lock"));
 }
 
 TEST(FileLock, isHeldByOneAndGivenBackAtTheEnd) {

@@ -1,13 +1,12 @@
 #pragma once
 // A /proc in a temporary folder, written in the formats that proc(5) documents, with CPU clocks beside it.
-// Counts nothing by itself: what is read again shows by what a test changed behind the clock's back.
+// What is read again shows by what a test changed behind the clock's back.
 
-#include "Platform/Linux/LinuxProcessTable.h"
+#include "Platform/Formats/ProcessFiles.h"
+#include "Platform/ProcessTable.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
-#include <filesystem>
 #include <fmt/format.h>
-#include <fstream>
 #include <map>
 
 namespace korvell {
@@ -20,32 +19,27 @@ struct ProcTree {
     unsigned flags = 0x400000;
     std::uint64_t childFaults = 0;
     std::uint64_t ticks = 0;
-    int threads = 1;
     std::uint64_t start = 1000;
     std::uint64_t anonymousPages = 0;
-    std::uint64_t sharedPages = 7;
     std::uint64_t swapKiB = 0;
     ProcessIO io;
     std::uint32_t user = 1000;
-    std::string commandLine, controlGroup = "/", environment, executable;
+    std::string controlGroup = "/", environment, executable;
   };
 
   TemporaryFolder folder;
   std::map<ProcessID, std::uint64_t> clocks; ///< nanoseconds
-  double sinceBoot = 100;
-  std::uint64_t anonymousKiB = 1'000'000, swapTotalKiB = 0, swapFreeKiB = 0;
 
-  ProcTree() { writeMeminfo(); }
+  ProcTree() { writeMeminfo({}); }
 
-  void write(const std::string& name, std::string_view text) const {
-    const auto path = folder.path() / name;
-    std::filesystem::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << text;
-  }
-  void writeMeminfo() const {
+  void write(const std::string& name, std::string_view text) const { folder.write(name, text); }
+  struct KiB {
+    std::uint64_t anonymous = 1'000'000, swapTotal = 0, swapFree = 0;
+  };
+  void writeMeminfo(const KiB& memory) const {
     write("meminfo",
           fmt::format("MemTotal: 16000000 kB\nAnonPages: {:8} kB\nSwapTotal: {} kB\nSwapFree: {} kB\n",
-                      anonymousKiB, swapTotalKiB, swapFreeKiB));
+                      memory.anonymous, memory.swapTotal, memory.swapFree));
   }
   void writeIO(const std::string& name, const ProcessIO& io) const {
     write(name, fmt::format("rchar: 1\nwchar: 2\nsyscr: 3\nsyscw: 4\nread_bytes: {}\nwrite_bytes: {}\n"
@@ -56,15 +50,15 @@ struct ProcTree {
   void put(ProcessID pid, const Process& p) const {
     const auto at = std::to_string(pid) + "/";
     write(at + "stat",
-          fmt::format("{} ({}) {} {} 5 5 0 -1 {} 10 {} 0 0 {} 0 0 0 20 0 {} 0 {} 1000 5 18446744073709551615"
+          fmt::format("{} ({}) {} {} 5 5 0 -1 {} 10 {} 0 0 {} 0 0 0 20 0 1 0 {} 1000 5 18446744073709551615"
                       " 1 1 0 0 0 0 0\n",
-                      pid, p.comm, p.state, p.parent, p.flags, p.childFaults, p.ticks, p.threads, p.start));
-    write(at + "statm", fmt::format("9999 {} {} 1 0 2 0\n", p.anonymousPages + p.sharedPages, p.sharedPages));
+                      pid, p.comm, p.state, p.parent, p.flags, p.childFaults, p.ticks, p.start));
+    write(at + "statm", fmt::format("9999 {} 7 1 0 2 0\n", p.anonymousPages + 7));
     write(at + "status",
           fmt::format("Name:\t{}\nUmask:\t0022\nUid:\t{}\t{}\t0\t0\nVmSwap:\t{} kB\nRssAnon:\t{} kB\n", "x",
                       0, p.user, p.swapKiB, p.anonymousPages * 4));
     writeIO(at + "io", p.io);
-    write(at + "cmdline", p.commandLine);
+    write(at + "cmdline", "");
     write(at + "cgroup", "0::" + p.controlGroup + "\n");
     write(at + "environ", p.environment);
     if (!p.executable.empty()) {
@@ -79,20 +73,6 @@ struct ProcTree {
   void remove(ProcessID pid) {
     std::filesystem::remove_all(folder.path() / std::to_string(pid));
     clocks.erase(pid);
-  }
-
-  LinuxProcessTable table(std::unique_ptr<SocketSource> sockets = nullptr) {
-    LinuxProcessTable::Sources sources;
-    sources.proc = folder.path().string();
-    sources.sys = folder / "sys";
-    sources.cpuClock = [this](ProcessID pid) -> std::optional<std::uint64_t> {
-      const auto clock = clocks.find(pid);
-      return clock == clocks.end() ? std::nullopt : std::optional(clock->second);
-    };
-    sources.sinceBoot = [this] { return Seconds{sinceBoot}; };
-    sources.bootTime = Date{1'000'000};
-    sources.sockets = std::move(sockets);
-    return LinuxProcessTable(std::move(sources));
   }
 };
 
