@@ -1,12 +1,12 @@
-#include "Tool/Command.h"
 #include "Tool/Confirmation.h"
 
-#include <gtest/gtest.h>
+#include "CommandFixture.h"
 
 namespace korvell {
 namespace {
 
 using Kind = Option::Kind;
+using testing::HasSubstr;
 
 int echo(Context& context, const Arguments& arguments) {
   context.out.line("limit " + std::to_string(arguments.number("--limit").value_or(-1)));
@@ -21,7 +21,7 @@ int ask(Context& context, const Arguments& arguments) {
   return confirmed(context, arguments, "Everything will go.") ? exitOK : exitFailed;
 }
 
-struct CommandLineTests : testing::Test {
+struct CommandLineTests : CommandFixture {
   const std::vector<Command> commands = {
       {"echo",
        "Says what it was given",
@@ -32,17 +32,7 @@ struct CommandLineTests : testing::Test {
         {"WHO", Kind::positional, "Whom"}},
        echo},
       {"group", "Has parts", {}, nullptr, {{"ask", "Asks first", {yesOption()}, ask}}}};
-  SystemClock clock;
-  Host host{};
-  std::string output, errors;
-  Terminal out{output, 80}, err{errors, 80};
-  Context context{host, clock, [](std::string_view) { return std::nullopt; }, out, err};
-
-  int run(std::vector<std::string> arguments) {
-    output.clear();
-    errors.clear();
-    return runCommandLine(context, commands, arguments);
-  }
+  int run(const std::vector<std::string>& arguments) { return CommandFixture::run(commands, arguments); }
 };
 
 TEST_F(CommandLineTests, valuesArriveTyped) {
@@ -63,22 +53,22 @@ TEST_F(CommandLineTests, mistakesEndWithTwoAndSayWhy) {
   for (const auto& arguments : mistakes) {
     EXPECT_EQ(run(arguments), exitUsage) << arguments.back();
     EXPECT_EQ(output, "") << arguments.back();
-    EXPECT_EQ(errors.rfind("korvell: ", 0), 0u) << errors;
+    EXPECT_THAT(errors, testing::StartsWith("korvell: ")) << arguments.back();
   }
 }
 
 TEST_F(CommandLineTests, helpIsOfTheInnermostCommand) {
   EXPECT_EQ(run({"--help"}), exitOK);
-  EXPECT_NE(output.find("Says what it was given"), std::string::npos);
+  EXPECT_THAT(output, HasSubstr("Says what it was given"));
   EXPECT_EQ(run({"group", "ask", "--help"}), exitOK);
-  EXPECT_NE(output.find("--yes"), std::string::npos);
+  EXPECT_THAT(output, HasSubstr("--yes"));
   EXPECT_EQ(run({}), exitOK);
-  EXPECT_NE(output.find("echo"), std::string::npos);
+  EXPECT_THAT(output, HasSubstr("echo"));
 }
 
 TEST_F(CommandLineTests, withoutATerminalNothingIsConfirmedUnlessYes) {
   EXPECT_EQ(run({"group", "ask"}), exitFailed);
-  EXPECT_NE(errors.find("Everything will go."), std::string::npos);
+  EXPECT_THAT(errors, HasSubstr("Everything will go."));
   EXPECT_EQ(run({"group", "ask", "--yes"}), exitOK);
 }
 

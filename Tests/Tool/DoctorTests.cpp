@@ -1,11 +1,9 @@
 #include "Base/Text.h"
 #include "Tests/Fakes/FakeDiagnostics.h"
 #include "Tests/Fakes/FakeMachineCounters.h"
-#include "Tool/Commands.h"
 #include "Tool/Wrap.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "CommandFixture.h"
 
 namespace korvell {
 namespace {
@@ -22,16 +20,9 @@ TEST(WrapTests, wordsFillLines) {
   EXPECT_THAT(wrapped("", 5), IsEmpty());
 }
 
-struct DoctorTests : testing::Test {
-  SystemClock clock;
-  Host host{};
-  std::string output, errors;
-  Terminal out{output, 80}, err{errors, 80};
-  Context context{host, clock, [](std::string_view) { return std::nullopt; }, out, err};
-
-  int run(std::vector<std::string> arguments) {
-    const std::vector<Command> commands = {doctorCommand()};
-    return runCommandLine(context, commands, arguments);
+struct DoctorTests : CommandFixture {
+  int run(const std::vector<std::string>& arguments) {
+    return CommandFixture::run({doctorCommand()}, arguments);
   }
   void examine() {
     auto diagnostics = std::make_unique<FakeDiagnostics>();
@@ -57,10 +48,6 @@ TEST_F(DoctorTests, everySourceWithItsStateAndWhatItWouldTake) {
   EXPECT_THAT(output, HasSubstr("Only root may read it.\n  A sentence that"));
   EXPECT_THAT(output, HasSubstr("Korvell itself: 1.0 ms of CPU for one cycle, 5.00 MB of memory\n"));
   for (const auto line : splitLines(output)) EXPECT_LE(displayWidth(line), 80) << line;
-}
-
-TEST_F(DoctorTests, jsonHasTheFiguresOfThoseThatCanBeRead) {
-  examine();
   EXPECT_EQ(run({"doctor", "--json"}), exitOK);
   EXPECT_THAT(output, HasSubstr(R"("state":"refused")"));
   EXPECT_THAT(output, HasSubstr(R"("residentBytes":5242880)"));

@@ -1,12 +1,11 @@
 #include "Core/Storage/StorageLog.h"
-#include "Tests/Fakes/FakeClock.h"
+#include "Tests/Fakes/FakeEnvironment.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
 #include "Tests/Fakes/FolderTrash.h"
 #include "Tests/Fakes/GeneratedTree.h"
 #include "Tests/Fakes/PortableFileTree.h"
-#include "Tool/Commands.h"
 
-#include <gmock/gmock.h>
+#include "CommandFixture.h"
 
 namespace korvell {
 namespace {
@@ -15,19 +14,12 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-struct StorageCommandTests : testing::Test {
+struct StorageCommandTests : CommandFixture {
   GeneratedTree disk;
-  FakeClock clock;
-  Host host{};
-  std::string output, errors;
-  Terminal out{output, 80}, err{errors, 80};
-  Context context{host, clock, [](std::string_view) { return std::nullopt; }, out, err};
 
   StorageCommandTests() {
     host.system = SystemKind::linuxDesktop;
-    host.folders = linuxUserFolders([this](std::string_view name) -> std::optional<std::string> {
-      return name == "HOME" ? std::optional(disk / "home") : std::nullopt;
-    });
+    host.folders = linuxUserFolders(fakeEnvironment({{"HOME", disk / "home"}}));
     host.fileTree = std::make_unique<PortableFileTree>(1u);
     host.trash = std::make_unique<FolderTrash>(disk / "home/trash");
     host.defaults = std::make_unique<FakeUserDefaults>();
@@ -36,10 +28,8 @@ struct StorageCommandTests : testing::Test {
     disk.file("home/.cargo/registry/src/x", 4096);
   }
   int run(std::vector<std::string> arguments) {
-    output.clear();
-    errors.clear();
     arguments.insert(arguments.begin(), "storage");
-    return runCommandLine(context, std::vector<Command>{storageCommand()}, arguments);
+    return CommandFixture::run({storageCommand()}, arguments);
   }
 };
 
