@@ -15,11 +15,11 @@ std::vector<std::string_view> split(std::string_view text, char separator);
 std::string_view trimmed(std::string_view text);
 std::string lowercased(std::string_view ascii);
 
-/// The whole text as a decimal number; nothing when anything else stands in it or it does not fit.
+/// The whole text as a number; nothing when anything else stands in it or it does not fit.
 template <class Integer>
-std::optional<Integer> parseInteger(std::string_view text) {
+std::optional<Integer> parseInteger(std::string_view text, int base = 10) {
   Integer value{};
-  auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
   if (error != std::errc{} || end != text.data() + text.size() || text.empty()) return std::nullopt;
   return value;
 }

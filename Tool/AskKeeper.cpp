@@ -4,17 +4,10 @@
 
 namespace korvell {
 
-namespace {
-
-/// A keeper in the middle of a cycle answers a little later; one that hangs is not waited for.
-constexpr Seconds statePatience{2};
-
-} // namespace
-
-std::optional<Value> askKeeper(Context& context, std::initializer_list<const char*> parts) {
+std::optional<Value> askKeeper(Context& context, std::initializer_list<const char*> parts, Seconds patience) {
   Value names = Value::array();
   for (const char* part : parts) names.append(part);
-  auto state = tellKeeper(context, Value::object({{"ask", "state"}, {"parts", names}}), statePatience);
+  auto state = tellKeeper(context, Value::object({{"ask", "state"}, {"parts", names}}), patience);
   const auto* hasSample = state ? state->find("hasSample") : nullptr;
   return hasSample && hasSample->asBool() == true ? state : std::nullopt;
 }

@@ -103,6 +103,19 @@ Arguments argumentsOf(const Bound& bound) {
   return arguments;
 }
 
+std::string unexpected(const CLI::App& app) {
+  constexpr bool withSubcommands = true;
+  std::string words;
+  for (const auto& word : app.remaining(withSubcommands)) words += " " + escapedControls(word);
+  return localized("Not expected here:") + words;
+}
+
+int wrongUsage(Context& context, std::string_view message) {
+  fail(context, message);
+  context.err.line(localized("Run korvell --help for what it can do."));
+  return exitUsage;
+}
+
 } // namespace
 
 int runCommandLine(Context& context, std::span<const Command> commands,
@@ -128,10 +141,10 @@ int runCommandLine(Context& context, std::span<const Command> commands,
   } catch (const CLI::CallForVersion&) {
     context.out.line(std::string("korvell ") + version);
     return exitOK;
+  } catch (const CLI::ExtrasError&) {
+    return wrongUsage(context, unexpected(app)); // the library's own text lists them backwards
   } catch (const CLI::ParseError& error) {
-    fail(context, error.what());
-    context.err.line(localized("Run korvell --help for what it can do."));
-    return exitUsage;
+    return wrongUsage(context, error.what());
   }
 
   // Of a command and its subcommand the innermost one runs.

@@ -43,30 +43,64 @@ Ink inkForScore(int score) { return score >= 75 ? Ink::good : score >= 50 ? Ink:
 
 std::string indented(const std::string& text) { return std::string(labelWidth + 2, ' ') + text; }
 
-void addFinding(std::vector<std::string>& lines, const Terminal& terminal, const Insight& insight,
-                int width) {
+/// Mark, title and cost of a finding.
+std::string heading(const Terminal& terminal, const Insight& insight, int width) {
   const auto& look = looks[std::size_t(insight.severity)];
   const auto cost = fmt::format(" −{}", insight.penalty);
+  const int room = width - labelWidth - 2 - displayWidth(cost);
+  const auto title = truncatedToWidth(escapedControls(insight.title), std::max(8, room));
+  return std::string(labelWidth, ' ') + terminal.ink(look.ink, look.mark) + " " +
+         terminal.ink(Ink::bold, title) + terminal.ink(Ink::dim, cost);
+}
+
+void addFinding(std::vector<std::string>& lines, const Terminal& terminal, const Insight& insight,
+                int width) {
   const int room = width - labelWidth - 2;
-  const auto heading =
-      truncatedToWidth(escapedControls(insight.title), std::max(8, room - displayWidth(cost)));
-  lines.push_back(std::string(labelWidth, ' ') + terminal.ink(look.ink, look.mark) + " " +
-                  terminal.ink(Ink::bold, heading) + terminal.ink(Ink::dim, cost));
+  lines.push_back(heading(terminal, insight, width));
   for (const auto& line : wrapped(escapedControls(insight.detail), room)) lines.push_back(indented(line));
   if (insight.action)
     for (const auto& line : wrapped("→ " + escapedControls(fixText(*insight.action)), room))
       lines.push_back(indented(terminal.ink(Ink::accent, line)));
 }
 
+/// A finding on one line: what fits of the detail stands behind the title.
+std::string headline(const Terminal& terminal, const Insight& insight, int width) {
+  constexpr int fewestColumns = 12;
+  auto line = heading(terminal, insight, width);
+  const int room = width - inkedWidth(line) - 2;
+  if (room >= fewestColumns)
+    line += "  " + terminal.ink(Ink::dim, truncatedToWidth(escapedControls(insight.detail), room));
+  return line;
+}
+
+std::string scoreLine(const Terminal& terminal, const HealthReport& report) {
+  auto label = localized("Health");
+  label.append(std::size_t(std::max(1, labelWidth - displayWidth(label))), ' ');
+  return terminal.ink(Ink::bold, label) +
+         terminal.ink(inkForScore(report.score), fmt::format("{} {}", report.score, report.label()));
+}
+
 } // namespace
 
 std::vector<std::string> findingLines(const Terminal& terminal, const HealthReport& report, int width) {
-  auto label = localized("Health");
-  label.append(std::size_t(std::max(1, labelWidth - displayWidth(label))), ' ');
-  std::vector<std::string> lines = {
-      terminal.ink(Ink::bold, label) +
-      terminal.ink(inkForScore(report.score), fmt::format("{} {}", report.score, report.label()))};
+  std::vector<std::string> lines = {scoreLine(terminal, report)};
   for (const auto& insight : report.insights) addFinding(lines, terminal, insight, width);
+  return lines;
+}
+
+std::vector<std::string> findingLines(const Terminal& terminal, const HealthReport& report, int width,
+                                      int height) {
+  auto lines = findingLines(terminal, report, width);
+  const auto most = std::size_t(std::max(2, height));
+  if (lines.size() <= most) return lines;
+  lines.resize(1);
+  const bool all = report.insights.size() < most;
+  const auto shown = all ? report.insights.size() : most - 2; // the last line tells of the rest
+  for (std::size_t i = 0; i < shown; ++i) lines.push_back(headline(terminal, report.insights[i], width));
+  if (!all)
+    lines.push_back(indented(
+        terminal.ink(Ink::dim, localized("and {count} more: korvell status",
+                                         {{"count", std::to_string(report.insights.size() - shown)}}))));
   return lines;
 }
 

@@ -12,4 +12,9 @@ namespace korvell {
 /// At most `width` columns each.
 std::vector<std::string> findingLines(const Terminal& terminal, const HealthReport& report, int width);
 
+/// The same in at most `height` lines, but for two: whole where that is enough, else a line for each finding,
+/// else the most severe and how many more there are.
+std::vector<std::string> findingLines(const Terminal& terminal, const HealthReport& report, int width,
+                                      int height);
+
 } // namespace korvell

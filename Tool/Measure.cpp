@@ -1,6 +1,7 @@
 #include "Tool/Measure.h"
 
 #include "App/Assembly.h"
+#include "Tool/AskKeeper.h"
 
 #include <thread>
 
@@ -30,6 +31,34 @@ Tick measure(Context& context) {
   Tick tick = syncResult(sampler->queue(), cycle);
   keepSlowReadings(first, tick);
   return tick;
+}
+
+namespace {
+
+std::optional<Measurement> keeperMeasurement(Context& context) {
+  Measurement told{.fromKeeper = true};
+  const auto state = askKeeper(context, {"snapshot", "report", "privileged"});
+  const auto* snapshot = state ? state->find("snapshot") : nullptr;
+  const auto* report = state ? state->find("report") : nullptr;
+  if (!snapshot || !report) return std::nullopt;
+  if (!fromValue(*snapshot, told.snapshot) || !fromValue(*report, told.report)) return std::nullopt;
+  const auto* privileged = state->find("privileged");
+  if (PrivilegedUse use; privileged && fromValue(*privileged, use)) told.privileged = use;
+  return told;
+}
+
+} // namespace
+
+Measurement currentMeasurement(Context& context) {
+  if (auto told = keeperMeasurement(context)) return std::move(*told);
+  Tick tick = measure(context);
+  Measurement own{.privileged = tick.privileged};
+  own.report = HealthReport::make(tick.snapshot, tick.sensors, tick.cpuTenMinuteAverage,
+                                  tick.projects.value_or(std::vector<DevProject>()),
+                                  tick.startupItems.value_or(std::vector<StartupItem>()), *context.host.state,
+                                  context.clock.now());
+  own.snapshot = std::move(tick.snapshot);
+  return own;
 }
 
 } // namespace korvell

@@ -1,6 +1,7 @@
 #pragma once
 // A measurement for a command that runs once.
 
+#include "Core/Health/HealthReport.h"
 #include "Core/Loop/Tick.h"
 #include "Tool/Command.h"
 
@@ -8,5 +9,16 @@ namespace korvell {
 
 /// Two cycles of the sampling loop a second apart: the second one has rates. Takes that second.
 Tick measure(Context& context);
+
+/// How the machine is doing.
+struct Measurement {
+  SystemSnapshot snapshot;
+  HealthReport report;
+  std::optional<PrivilegedUse> privileged; ///< what the helper told, and what stayed hidden
+  bool fromKeeper = false;
+};
+
+/// The keeper's last measurement; without a keeper one of our own, whose report knows no ten minutes.
+Measurement currentMeasurement(Context& context);
 
 } // namespace korvell

@@ -1,8 +1,6 @@
 // korvell status: what the keeper measured last, or two cycles of the sampling loop a second apart, and what
 // is to be said about it.
 
-#include "Core/Health/HealthReport.h"
-#include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
 #include "Tool/Findings.h"
 #include "Tool/Measure.h"
@@ -14,36 +12,7 @@ namespace korvell {
 
 namespace {
 
-struct Status {
-  SystemSnapshot snapshot;
-  HealthReport report;
-  std::optional<PrivilegedUse> privileged;
-  bool fromKeeper = false;
-};
-
-std::optional<Status> keeperStatus(Context& context) {
-  Status status{.fromKeeper = true};
-  const auto state = askKeeper(context, {"snapshot", "report", "privileged"});
-  const auto* snapshot = state ? state->find("snapshot") : nullptr;
-  const auto* report = state ? state->find("report") : nullptr;
-  if (!snapshot || !report) return std::nullopt;
-  if (!fromValue(*snapshot, status.snapshot) || !fromValue(*report, status.report)) return std::nullopt;
-  const auto* privileged = state->find("privileged");
-  if (PrivilegedUse use; privileged && fromValue(*privileged, use)) status.privileged = use;
-  return status;
-}
-
-Status ownStatus(Context& context) {
-  const Tick tick = measure(context);
-  Status status{.snapshot = tick.snapshot, .privileged = tick.privileged};
-  status.report = HealthReport::make(tick.snapshot, tick.sensors, tick.cpuTenMinuteAverage,
-                                     tick.projects.value_or(std::vector<DevProject>()),
-                                     tick.startupItems.value_or(std::vector<StartupItem>()),
-                                     *context.host.state, context.clock.now());
-  return status;
-}
-
-Value jsonOf(const Status& status) {
+Value jsonOf(const Measurement& status) {
   Value value = reportValue(status.report);
   value.set("keeper", status.fromKeeper);
   value.set("snapshot", toValue(status.snapshot));
@@ -64,7 +33,7 @@ void printTopApps(Context& context, std::vector<AppUsage> apps, int width) {
   for (const auto& app : apps) context.out.line(table.line(app));
 }
 
-void print(Context& context, const Status& status) {
+void print(Context& context, const Measurement& status) {
   Terminal& out = context.out;
   const int width = std::min(out.columns(), widestSummary);
   for (const auto& line : findingLines(out, status.report, width)) out.line(line);
@@ -79,8 +48,7 @@ void print(Context& context, const Status& status) {
 }
 
 int runStatus(Context& context, const Arguments& arguments) {
-  auto told = keeperStatus(context);
-  const Status status = told ? std::move(*told) : ownStatus(context);
+  const auto status = currentMeasurement(context);
   if (arguments.flag("--json"))
     printJSON(context.out, jsonOf(status));
   else

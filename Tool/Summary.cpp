@@ -11,7 +11,8 @@ namespace korvell {
 namespace {
 
 constexpr int labelWidth = 9;
-constexpr int barWidth = 20;
+constexpr int barWidth = 20, narrowBar = 8;
+constexpr int narrowRoom = 65; ///< columns behind the label
 
 std::string padded(std::string text, int width) {
   text.append(size_t(std::max(0, width - displayWidth(text))), ' ');
@@ -23,32 +24,47 @@ class Lines {
 public:
   Lines(const Terminal& terminal, int width) : terminal_(terminal), width_(width) {}
 
-  /// `head` may hold inks and is never cut; `rest` is plain.
-  void add(std::string_view label, const std::string& head, std::string_view rest = {}) {
+  /// `head` may hold inks and is never cut. Of the parts, which are plain, those stand behind it that fit;
+  /// of the first one what fits.
+  void add(std::string_view label, const std::string& head, const std::vector<std::string>& parts = {}) {
     std::string line = terminal_.ink(Ink::bold, padded(std::string(label), labelWidth)) + head;
-    const int room = width_ - labelWidth - inkedWidth(head);
-    if (!rest.empty() && room > 2) line += terminal_.ink(Ink::dim, truncatedToWidth(rest, room));
+    std::size_t next = 0;
+    const auto rest = joinedFrom(parts, next, room() - inkedWidth(head));
+    if (!rest.empty()) line += terminal_.ink(Ink::dim, rest);
     lines_.push_back(std::move(line));
   }
+  /// All parts, on as many lines as they take.
+  void addAll(const std::vector<std::string>& parts) {
+    for (std::size_t next = 0; next < parts.size();)
+      lines_.push_back(std::string(labelWidth, ' ') +
+                       terminal_.ink(Ink::dim, joinedFrom(parts, next, room())));
+  }
   int room() const { return width_ - labelWidth; }
+  /// What stands before the details of a share: a bar, narrower where there is little room, and the figure.
+  std::string gauge(double percent) const {
+    const int width = room() < narrowRoom ? narrowBar : barWidth;
+    return terminal_.ink(inkForPercent(percent), bar(percent / 100, width)) +
+           fmt::format(" {:>4}  ", Format::percent(percent));
+  }
   std::vector<std::string> take() { return std::move(lines_); }
 
 private:
+  /// The parts from `next` on that fit into the room, at least one; `next` is the first that did not.
+  static std::string joinedFrom(const std::vector<std::string>& parts, std::size_t& next, int room) {
+    if (next >= parts.size() || room <= 2) return {};
+    auto text = truncatedToWidth(parts[next++], room);
+    for (; next < parts.size(); ++next) {
+      auto longer = text + " · " + parts[next];
+      if (displayWidth(longer) > room) break;
+      text = std::move(longer);
+    }
+    return text;
+  }
+
   const Terminal& terminal_;
   int width_;
   std::vector<std::string> lines_;
 };
-
-std::string joined(const std::vector<std::string>& parts) {
-  std::string result;
-  for (const auto& part : parts) result += (result.empty() ? "" : " · ") + part;
-  return result;
-}
-
-std::string gauge(const Terminal& terminal, double percent) {
-  return terminal.ink(inkForPercent(percent), bar(percent / 100, barWidth)) +
-         fmt::format(" {:>4}  ", Format::percent(percent));
-}
 
 void addCores(Lines& lines, const Terminal& terminal, const std::vector<double>& cores) {
   // A few cores get a bar and a figure each, many a column each.
@@ -83,45 +99,44 @@ void addCPU(Lines& lines, const Terminal& terminal, const CPUStats& cpu) {
     details.push_back(
         localized("{p} performance, {e} efficiency cores",
                   {{"p", std::to_string(cpu.performanceCores)}, {"e", std::to_string(cpu.efficiencyCores)}}));
-  lines.add(title(Metric::cpu), gauge(terminal, cpu.total), joined(details));
+  lines.add(title(Metric::cpu), lines.gauge(cpu.total), details);
   if (cpu.perCore.size() > 1) addCores(lines, terminal, cpu.perCore);
 }
 
-void addMemory(Lines& lines, const Terminal& terminal, const MemoryStats& memory) {
+void addMemory(Lines& lines, const MemoryStats& memory) {
   if (memory.total == 0) return lines.add(title(Metric::memory), noFigure);
   const auto size = [](std::uint64_t bytes) { return Format::memory(double(bytes)); };
   const double share = double(memory.used()) / double(memory.total) * 100;
-  lines.add(
-      title(Metric::memory), gauge(terminal, share),
-      joined({localized("{used} of {total}", {{"used", size(memory.used())}, {"total", size(memory.total)}}),
-              localized("pressure {p}", {{"p", title(memory.pressure)}})}));
+  lines.add(title(Metric::memory), lines.gauge(share),
+            {localized("{used} of {total}", {{"used", size(memory.used())}, {"total", size(memory.total)}}),
+             localized("pressure {p}", {{"p", title(memory.pressure)}})});
   std::vector<std::string> parts = {localized("apps {n}", {{"n", size(memory.app)}}),
                                     localized("wired {n}", {{"n", size(memory.wired)}}),
                                     localized("cached {n}", {{"n", size(memory.cached)}}),
                                     localized("free {n}", {{"n", size(memory.free)}})};
   if (memory.compressed > 0) parts.push_back(localized("compressed {n}", {{"n", size(memory.compressed)}}));
   if (memory.swapUsed > 0) parts.push_back(localized("swap {n}", {{"n", size(memory.swapUsed)}}));
-  lines.add("", "", joined(parts));
+  lines.addAll(parts);
 }
 
 void addTraffic(Lines& lines, const SystemSnapshot& snapshot) {
   lines.add(title(Metric::disk),
             padded("↓ " + Format::rate(snapshot.disk.readRate), 13) +
                 padded("↑ " + Format::rate(snapshot.disk.writeRate), 13),
-            localized("read and written"));
+            {localized("read and written")});
   const auto& network = snapshot.network;
   lines.add(title(Metric::network),
             padded("↓ " + Format::rate(network.inRate), 13) +
                 padded("↑ " + Format::rate(network.outRate), 13),
-            escapedControls(network.interface));
+            {escapedControls(network.interface)});
 }
 
-void addPower(Lines& lines, const Terminal& terminal, const SystemSnapshot& snapshot) {
+void addPower(Lines& lines, const SystemSnapshot& snapshot) {
   const auto& gpu = snapshot.gpu;
   const bool gpuKnown = gpu.utilization > 0 || gpu.memoryInUse > 0;
   if (gpuKnown)
-    lines.add(title(Metric::gpu), gauge(terminal, gpu.utilization),
-              joined({Format::memory(double(gpu.memoryInUse)), escapedControls(gpu.name)}));
+    lines.add(title(Metric::gpu), lines.gauge(gpu.utilization),
+              {Format::memory(double(gpu.memoryInUse)), escapedControls(gpu.name)});
   else
     lines.add(title(Metric::gpu), noFigure);
 
@@ -142,18 +157,18 @@ void addPower(Lines& lines, const Terminal& terminal, const SystemSnapshot& snap
       localized("health {n}", {{"n", battery.health > 0 ? Format::percent(battery.health) : noFigure}}));
   details.push_back(localized("{n} cycles", {{"n", std::to_string(battery.cycles)}}));
   if (battery.temperature != 0) details.push_back(Format::celsius(battery.temperature));
-  lines.add(localized("Battery"), gauge(terminal, battery.percent), joined(details));
+  lines.add(localized("Battery"), lines.gauge(battery.percent), details);
 }
 
-void addVolumes(Lines& lines, const Terminal& terminal, const std::vector<VolumeInfo>& volumes) {
+void addVolumes(Lines& lines, const std::vector<VolumeInfo>& volumes) {
   bool first = true;
   for (const auto& volume : volumes) {
     const double used = volume.total > 0 ? 100.0 - double(volume.available) / double(volume.total) * 100 : 0;
     const auto space = localized("{free} of {total} free", {{"free", Format::bytes(double(volume.available))},
                                                             {"total", Format::bytes(double(volume.total))}});
     const bool named = volume.name != volume.url;
-    lines.add(first ? localized("Volumes") : "", gauge(terminal, used) + padded(space, 25),
-              escapedControls(named ? volume.name + " (" + volume.url + ")" : volume.url));
+    lines.add(first ? localized("Volumes") : "", lines.gauge(used) + padded(space, 25),
+              {escapedControls(named ? volume.name + " (" + volume.url + ")" : volume.url)});
     first = false;
   }
 }
@@ -167,10 +182,10 @@ Ink inkForPercent(double percent) {
 std::vector<std::string> summaryLines(const Terminal& terminal, const SystemSnapshot& snapshot, int width) {
   Lines lines(terminal, width);
   addCPU(lines, terminal, snapshot.cpu);
-  addMemory(lines, terminal, snapshot.memory);
+  addMemory(lines, snapshot.memory);
   addTraffic(lines, snapshot);
-  addPower(lines, terminal, snapshot);
-  addVolumes(lines, terminal, snapshot.disk.volumes);
+  addPower(lines, snapshot);
+  addVolumes(lines, snapshot.disk.volumes);
   return lines.take();
 }
 

@@ -3,7 +3,6 @@
 #include "App/Assembly.h"
 #include "Base/Record.h"
 #include "Base/Text.h"
-#include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
 #include "Tool/Measure.h"
 #include "Tool/UsageTable.h"
@@ -15,26 +14,6 @@ namespace korvell {
 namespace {
 
 constexpr std::int64_t usualLimit = 20;
-
-struct Measured {
-  std::vector<AppUsage> apps;
-  std::optional<PrivilegedUse> privileged; ///< what the helper told, and what stayed hidden
-};
-
-/// The keeper's last measurement, or one of our own.
-Measured currentApps(Context& context) {
-  SystemSnapshot snapshot;
-  const auto state = askKeeper(context, {"snapshot", "privileged"});
-  const auto* told = state ? state->find("snapshot") : nullptr;
-  if (told && fromValue(*told, snapshot)) {
-    Measured measured{.apps = std::move(snapshot.apps)};
-    const auto* privileged = state->find("privileged");
-    if (PrivilegedUse use; privileged && fromValue(*privileged, use)) measured.privileged = use;
-    return measured;
-  }
-  Tick tick = measure(context);
-  return {std::move(tick.snapshot.apps), tick.privileged};
-}
 
 /// The record and the sums that the table shows.
 Value appValue(const AppUsage& app) {
@@ -97,7 +76,8 @@ int runTop(Context& context, const Arguments& arguments) {
   if (const auto pid = arguments.number("--why")) return runWhy(context, *pid, json);
   const auto key = fromRawValue<UsageKey>(arguments.text("--by").value_or("cpu")).value_or(UsageKey::cpu);
   const auto limit = arguments.number("--limit").value_or(usualLimit);
-  auto [apps, privileged] = currentApps(context);
+  auto measured = currentMeasurement(context);
+  auto& apps = measured.snapshot.apps;
   const bool energy = showsEnergy(apps);
   std::vector<ProcessUsage> processes;
   if (arguments.flag("--processes")) {
@@ -114,7 +94,7 @@ int runTop(Context& context, const Arguments& arguments) {
     for (const auto& app : apps) list.append(appValue(app));
     value.set("apps", std::move(list));
     if (arguments.flag("--processes")) value.set("processes", toValue(processes));
-    if (privileged) value.set("privileged", toValue(*privileged));
+    if (measured.privileged) value.set("privileged", toValue(*measured.privileged));
     printJSON(context.out, value);
     return exitOK;
   }

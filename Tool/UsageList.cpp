@@ -94,16 +94,16 @@ std::vector<std::string> UsageList::lines(const UsageTable& table, int height) {
   if (height < 2) return lines;
   page_ = height - 1;
   top_ = std::clamp(top_, std::max(0, selected_ - page_ + 1), selected_);
-  lines.push_back(table.titles(localized("Application"), key_));
+  lines.push_back(table.titles("    " + localized("Application"), key_));
   const auto end = std::min(rows_.size(), std::size_t(top_ + page_));
   for (auto i = std::size_t(top_); i < end; ++i) {
     const auto& app = apps_[rows_[i].app];
     const bool selected = int(i) == selected_;
-    if (rows_[i].process) {
-      lines.push_back(table.line(app.processes[*rows_[i].process], selected, "    "));
-    } else {
-      lines.push_back(table.line(app, selected, unfolded_.contains(app.id) ? "− " : "+ "));
-    }
+    const std::string cursor = selected ? "› " : "  "; // colour alone is not for every terminal and eye
+    if (rows_[i].process)
+      lines.push_back(table.line(app.processes[*rows_[i].process], selected, cursor + "  "));
+    else
+      lines.push_back(table.line(app, selected, cursor + (unfolded_.contains(app.id) ? "− " : "+ ")));
   }
   return lines;
 }

@@ -70,6 +70,7 @@ std::string UsageTable::line(std::string_view name, const Figures& figures, bool
   line += padded(orBlank(figures.disk, Format::rate), figureWidth, true);
   line += padded(orBlank(figures.network, Format::rate), figureWidth, true);
   if (energy_) line += padded(orBlank(figures.power, Format::watts), figureWidth, true);
+  line.erase(line.find_last_not_of(' ') + 1);
   return line;
 }
 

@@ -5,7 +5,9 @@
 #include "Base/Format.h"
 #include "Base/HostedQueue.h"
 #include "Base/Text.h"
+#include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
+#include "Tool/Findings.h"
 #include "Tool/Screen.h"
 #include "Tool/Summary.h"
 #include "Tool/UsageList.h"
@@ -24,20 +26,33 @@ std::string clockText(Date date) {
   return fmt::format("{:02}:{:02}:{:02}", local.tm_hour, local.tm_min, local.tm_sec);
 }
 
-std::vector<std::string> frame(const Terminal& terminal, const AppModel& model, UsageList& list,
-                               bool energyIsEstimate, int columns, int rows) {
+/// The two ends of a line.
+std::string spread(const std::string& left, const std::string& right, int width) {
+  const int gap = std::max(1, width - inkedWidth(left) - inkedWidth(right));
+  return left + std::string(std::size_t(gap), ' ') + right;
+}
+
+struct View {
+  const Terminal& terminal;
+  const AppModel& model;
+  const HealthReport& report;
+  UsageList& list;
+  bool energyIsEstimate;
+};
+
+std::vector<std::string> frame(const View& view, int columns, int rows) {
+  constexpr int findingsShare = 4; // a quarter of the screen, the rest is for figures
+  const auto& [terminal, model, report, list, energyIsEstimate] = view;
   const int width = std::min(columns, widestSummary);
-  std::vector<std::string> lines;
-  const auto time = clockText(model.snapshot->date);
-  const std::string name = "Korvell";
-  const int gap = std::max(1, width - displayWidth(name) - displayWidth(time));
-  lines.push_back(terminal.ink(Ink::accent, name) + std::string(size_t(gap), ' ') + time);
-  lines.push_back("");
-  if (!model.hasSample.get()) {
-    lines.push_back(localized("Measuring…"));
-  } else {
+  const bool ready = model.hasSample.get();
+  auto lines = ready ? findingLines(terminal, report, width, rows / findingsShare)
+                     : std::vector{localized("Measuring…")};
+  const auto sign = terminal.ink(Ink::accent, "Korvell") + "  " + clockText(model.snapshot->date);
+  lines.front() = spread(lines.front(), sign, width);
+  if (ready) {
+    lines.emplace_back();
     for (auto& line : summaryLines(terminal, *model.snapshot, width)) lines.push_back(std::move(line));
-    lines.push_back("");
+    lines.emplace_back();
     const UsageTable table(terminal, width, list.showsEnergy(), energyIsEstimate);
     for (auto& line : list.lines(table, rows - 1 - int(lines.size()))) lines.push_back(std::move(line));
   }
@@ -47,6 +62,15 @@ std::vector<std::string> frame(const Terminal& terminal, const AppModel& model, 
   return lines;
 }
 
+/// What the keeper finds, which knows the last ten minutes and what has been idle, else what we find.
+HealthReport currentReport(Context& context, const AppModel& model) {
+  constexpr Seconds patience{0.2}; // a screen must not stand still for a keeper that does
+  HealthReport report;
+  const auto state = askKeeper(context, {"report"}, patience);
+  const auto* told = state ? state->find("report") : nullptr;
+  return told && fromValue(*told, report) ? report : *model.report;
+}
+
 int runWatch(Context& context, const Arguments&) {
   if (const auto reason = Screen::unavailable(context.out, context.environment))
     return fail(context, *reason);
@@ -54,15 +78,19 @@ int runWatch(Context& context, const Arguments&) {
   HostedQueue main("main", [&screen] { screen.wake(); });
   FixedAttention watched(true);
   Assembly assembly(context.host, context.clock);
-  AppModel model(main, assembly.makeSampler(nullptr), watched);
+  AppModel model(main, assembly.makeSampler(nullptr), watched, {context.host.state.get()});
+  HealthReport report;
   UsageList list;
   const bool estimate = context.host.processes && context.host.processes->energyIsEstimate();
   const auto draw = [&] {
-    screen.draw(frame(context.out, model, list, estimate, screen.columns(), screen.rows()));
+    screen.draw(frame({context.out, model, report, list, estimate}, screen.columns(), screen.rows()));
   };
   const auto subscription = model.snapshot.observe([&](const SystemSnapshot& snapshot) {
     list.setApps(snapshot.apps);
-    main.async(draw);
+    main.async([&] { // once the model has judged what it publishes here
+      report = currentReport(context, model);
+      draw();
+    });
   });
   draw();
   for (;;) {

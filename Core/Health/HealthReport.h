@@ -1,8 +1,9 @@
 #pragma once
 // One measurement of the machine as a score from 0 to 100 and the findings that lower it.
 //
-// Pure but for what it asks the machine's state (temperature, uptime, files), which answers at once: fit for
-// the main thread after every cycle. The rules are one table, in HealthReport.cpp.
+// Pure but for what it asks the machine's state (temperature, uptime), which answers at once: fit for the
+// main thread after every cycle. Whether programs exist was asked when the startup items were scanned. The
+// rules are one table, in HealthReport.cpp.
 
 #include "Base/Enum.h"
 #include "Base/Record.h"

@@ -1,5 +1,8 @@
 #include "Core/Machine/SystemSampler.h"
 
+#include "Base/Localization.h"
+#include "Platform/Formats/EnergyCounters.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -48,9 +51,10 @@ std::map<std::string, ByteCounters> byName(const std::vector<InterfaceCounters>&
   return result;
 }
 
-std::string lastComponent(const std::string& path) {
+/// What people call the volume that is mounted there.
+std::string nameOfMount(const std::string& path) {
   const auto end = path.find_last_not_of('/');
-  if (end == std::string::npos) return "/";
+  if (end == std::string::npos) return localized("System disk");
   const auto slash = path.find_last_of('/', end);
   const auto begin = slash == std::string::npos ? 0 : slash + 1;
   return path.substr(begin, end + 1 - begin);
@@ -159,17 +163,7 @@ GPUStats gpuStats(const std::map<std::string, std::uint64_t>& previous, const st
 
 double packageWatts(const std::map<int, EnergyCounter>& previous, const std::map<int, EnergyCounter>& now,
                     Seconds elapsed) {
-  std::uint64_t microjoules = 0;
-  for (const auto& [package, counter] : now) {
-    const auto before = previous.find(package);
-    if (before == previous.end()) continue;
-    const auto old = before->second.microjoules;
-    if (counter.microjoules >= old)
-      microjoules += counter.microjoules - old;
-    else if (counter.wrapsAt > old)
-      microjoules += counter.wrapsAt - old + counter.microjoules;
-  }
-  return perSecond(microjoules, elapsed) / 1e6;
+  return perSecond(microjoulesBetween(previous, now), elapsed) / 1e6;
 }
 
 BatteryStats batteryStats(const PowerReading& now, double packageWatts) {
@@ -197,7 +191,7 @@ std::vector<VolumeInfo> volumeInfos(const std::vector<Volume>& now) {
   std::vector<VolumeInfo> infos;
   for (const auto& volume : now) {
     if (volume.total <= 0) continue;
-    infos.push_back({volume.name.empty() ? lastComponent(volume.mountPoint) : volume.name, volume.mountPoint,
+    infos.push_back({volume.name.empty() ? nameOfMount(volume.mountPoint) : volume.name, volume.mountPoint,
                      volume.total, volume.available});
   }
   return infos;

@@ -1,5 +1,6 @@
 #include "Platform/Formats/LinuxDevices.h"
 
+#include "Base/Text.h"
 #include "Platform/Formats/TextScanner.h"
 
 #include <algorithm>
@@ -51,9 +52,22 @@ void parseNetDev(std::string_view text, std::vector<NetworkLine>& into) {
   } while (scanner.nextLine());
 }
 
+namespace {
+
+struct Route {
+  std::string_view name;
+  std::uint64_t metric = 0;
+};
+
+/// Of the routes met so far the one with the lowest metric; of equals the first.
+void keepBetter(Route& best, const Route& route) {
+  if (best.name.empty() || route.metric < best.metric) best = route;
+}
+
+} // namespace
+
 std::string_view parseDefaultRoute(std::string_view text) {
-  std::string_view best;
-  std::uint64_t bestMetric = 0;
+  Route best;
   TextScanner scanner(text);
   while (scanner.nextLine()) { // the first line is a heading
     const auto name = scanner.word();
@@ -61,12 +75,27 @@ std::string_view parseDefaultRoute(std::string_view text) {
     scanner.skipWords(4); // gateway, flags, references, uses
     const auto metric = scanner.number();
     const auto mask = scanner.word();
-    if (destination != "00000000" || mask != "00000000") continue;
-    if (!best.empty() && metric >= bestMetric) continue;
-    best = name;
-    bestMetric = metric;
+    if (destination == "00000000" && mask == "00000000") keepBetter(best, {name, metric});
   }
-  return best;
+  return best.name;
+}
+
+std::string_view parseDefaultRoute6(std::string_view text) {
+  constexpr std::uint64_t up = 0x1, refuses = 0x200; // RTF_UP, RTF_REJECT
+  constexpr int hexadecimal = 16;
+  Route best;
+  TextScanner scanner(text);
+  do {
+    const auto destination = scanner.word();
+    const auto prefixLength = scanner.word();
+    scanner.skipWords(3); // source, its prefix length, gateway
+    const auto metric = parseInteger<std::uint64_t>(scanner.word(), hexadecimal).value_or(~0ull);
+    scanner.skipWords(2); // references, uses
+    const auto flags = parseInteger<std::uint64_t>(scanner.word(), hexadecimal).value_or(0);
+    const bool everywhere = prefixLength == "00" && destination.find_first_not_of('0') == destination.npos;
+    if (everywhere && (flags & (up | refuses)) == up) keepBetter(best, {scanner.word(), metric});
+  } while (scanner.nextLine());
+  return best.name;
 }
 
 } // namespace korvell

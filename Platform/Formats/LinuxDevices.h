@@ -34,8 +34,10 @@ struct NetworkLine {
 };
 void parseNetDev(std::string_view text, std::vector<NetworkLine>& into);
 
-/// The interface of the default route in /proc/net/route; empty without one. Of several, the one with the
-/// lowest metric.
+/// The interface of the default route in /proc/net/route (IPv4); empty without one. Of several, the one with
+/// the lowest metric.
 std::string_view parseDefaultRoute(std::string_view text);
+/// Likewise of /proc/net/ipv6_route, where routes that refuse their packets are listed too.
+std::string_view parseDefaultRoute6(std::string_view text);
 
 } // namespace korvell

@@ -1,6 +1,7 @@
 #include "Platform/Linux/LinuxMachineState.h"
 
 #include "Base/Text.h"
+#include "Platform/Formats/LinuxProcessor.h"
 
 #include <set>
 
@@ -27,9 +28,8 @@ void LinuxMachineState::refresh() {
   refreshed_ = now;
   // Counts the time asleep, unlike the monotonic clock.
   if (const auto text = reader_.read(proc_ + "/uptime")) {
-    const auto words = split(*text, ' ');
-    const auto whole = parseInteger<std::uint64_t>(words.front().substr(0, words.front().find('.')));
-    if (whole) uptime_ = double(*whole);
+    const auto sinceBoot = text->substr(0, text->find(' '));
+    if (const auto seconds = parseDecimal(sinceBoot)) uptime_ = *seconds;
   }
 }
 

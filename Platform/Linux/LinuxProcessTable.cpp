@@ -1,5 +1,6 @@
 #include "Platform/Linux/LinuxProcessTable.h"
 
+#include "Platform/Formats/EnergyCounters.h"
 #include "Platform/Formats/ProcessFiles.h"
 #include "Platform/Formats/ProcessName.h"
 
@@ -54,7 +55,9 @@ LinuxProcessTable::Sources LinuxProcessTable::systemSources() {
 }
 
 LinuxProcessTable::LinuxProcessTable(Sources sources)
-    : sources_(std::move(sources)), proc_(sources_.proc), energy_(sources_.sys) {}
+    : sources_(std::move(sources)), proc_(sources_.proc), energy_(sources_.sys) {
+  energy_.find(reader_);
+}
 
 const std::vector<ProcessCounters>& LinuxProcessTable::read() {
   const Seconds now = sources_.sinceBoot();
@@ -321,14 +324,16 @@ void LinuxProcessTable::scanDescriptors(bool ofThoseThatMoved) {
 
 /// The packages' energy goes to the processes by their shares of the CPU time that was used.
 void LinuxProcessTable::shareEnergy() {
-  if (!energy_.readable()) return;
-  const auto used = energy_.advance();
+  if (!energy_.isReadable()) return;
+  auto packages = energy_.read(reader_);
+  const double used = static_cast<double>(microjoulesBetween(packages_, packages)) * 1000; // nanojoules
+  packages_ = std::move(packages);
   double total = 0;
   for (const auto& state : states_) total += static_cast<double>(state.cpuAdvance);
-  if (!used || total <= 0) return;
+  if (total <= 0) return;
   for (std::size_t i = 0; i < counters_.size(); ++i)
-    counters_[i].energy += static_cast<std::uint64_t>(static_cast<double>(*used) *
-                                                      static_cast<double>(states_[i].cpuAdvance) / total);
+    counters_[i].energy +=
+        static_cast<std::uint64_t>(used * static_cast<double>(states_[i].cpuAdvance) / total);
 }
 
 PortsByPID LinuxProcessTable::listeningPorts() {

@@ -18,6 +18,7 @@
 #include "Platform/ProcessTable.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -51,7 +52,7 @@ public:
   std::optional<std::string> workingDirectory(ProcessID pid) override;
   PortsByPID listeningPorts() override;
   Timebase timebase() const override { return {}; }
-  bool energyIsEstimate() const override { return energy_.readable(); }
+  bool energyIsEstimate() const override { return energy_.isReadable(); }
 
 private:
   /// What is remembered of a process beside its counters.
@@ -90,7 +91,9 @@ private:
 
   Sources sources_;
   ProcDirectory proc_;
+  FileReader reader_;
   PackageEnergy energy_;
+  std::map<int, EnergyCounter> packages_; ///< as they were last read
   SocketLedger ledger_;
   std::vector<ProcessCounters> counters_, nextCounters_; ///< by ascending id, states_ in step
   std::vector<State> states_, nextStates_;

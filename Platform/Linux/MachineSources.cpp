@@ -153,7 +153,7 @@ void Examination::battery() {
 }
 
 void Examination::packages() {
-  const auto& packages = machine_.powerSources().packages();
+  const auto& packages = machine_.powerSources().energy().packages();
   for (const auto& package : packages) {
     auto& report = add("Processor power", package.file, package.readable ? State::readable : State::refused);
     if (package.readable) {

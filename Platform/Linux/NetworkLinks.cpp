@@ -7,7 +7,8 @@
 namespace korvell {
 
 NetworkLinks::NetworkLinks(const std::string& proc, std::string sys)
-    : counters_(proc + "/net/dev"), routes_(proc + "/net/route"), folder_(std::move(sys) + "/class/net/") {}
+    : counters_(proc + "/net/dev"), routes_(proc + "/net/route"), routes6_(proc + "/net/ipv6_route"),
+      folder_(std::move(sys) + "/class/net/") {}
 
 std::vector<InterfaceCounters> NetworkLinks::counters(FileReader& reader) {
   std::vector<InterfaceCounters> result;
@@ -20,11 +21,17 @@ std::vector<InterfaceCounters> NetworkLinks::counters(FileReader& reader) {
     if (known_[i].hardware || !anyHardware_)
       result.push_back({known_[i].name, known_[i].displayName, lines_[i].bytes});
   if (!anyHardware_) {
-    const auto routes = routes_.read(reader);
-    const auto name = routes ? parseDefaultRoute(*routes) : std::string_view{};
+    const auto name = defaultInterface(reader);
     std::erase_if(result, [&](const InterfaceCounters& interface) { return interface.name != name; });
   }
   return result;
+}
+
+std::string NetworkLinks::defaultInterface(FileReader& reader) {
+  if (const auto routes = routes_.read(reader))
+    if (const auto name = parseDefaultRoute(*routes); !name.empty()) return std::string(name);
+  const auto routes = routes6_.read(reader);
+  return routes ? std::string(parseDefaultRoute6(*routes)) : std::string();
 }
 
 bool NetworkLinks::isKnown() const {

@@ -27,9 +27,11 @@ private:
   };
   bool isKnown() const;
   void learn();
+  std::string defaultInterface(FileReader& reader); ///< of IPv4, else of IPv6; empty without a default route
 
   KeptFile counters_;
   KeptFile routes_;
+  KeptFile routes6_;
   std::string folder_;
   std::vector<NetworkLine> lines_;
   std::vector<Known> known_; ///< in the order of the lines

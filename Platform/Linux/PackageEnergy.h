@@ -1,9 +1,12 @@
 #pragma once
-// What the processor packages have used, from the power-capping framework (Documentation/power/powercap).
-// Readable by root only since kernel 5.10.
+// What the processor packages have used, from the power-capping framework (RAPL;
+// Documentation/power/powercap). Since Linux 5.10 only root may read the counters.
+
+#include "Platform/Linux/FileReader.h"
+#include "Platform/MachineCounters.h"
 
 #include <cstdint>
-#include <optional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -11,19 +14,24 @@ namespace korvell {
 
 class PackageEnergy {
 public:
+  struct Package {
+    int number = 0;
+    std::string file;
+    std::uint64_t wrapsAt = 0;
+    bool readable = false;
+  };
+
   /// `sys` is the root of sysfs.
-  explicit PackageEnergy(const std::string& sys);
-  /// Whether there is a package whose counter can be read.
-  bool readable() const { return !packages_.empty(); }
-  /// Nanojoules of all packages since the last call; nothing at the first call or when nothing is readable.
-  std::optional<std::uint64_t> advance();
+  explicit PackageEnergy(const std::string& sys) : folder_(sys + "/class/powercap/") {}
+
+  /// Looks for packages anew.
+  void find(FileReader& reader);
+  std::map<int, EnergyCounter> read(FileReader& reader) const;
+  const std::vector<Package>& packages() const { return packages_; }
+  bool isReadable() const;
 
 private:
-  struct Package {
-    std::string counter; ///< path of energy_uj
-    std::uint64_t range = 0;
-    std::optional<std::uint64_t> last;
-  };
+  std::string folder_;
   std::vector<Package> packages_;
 };
 

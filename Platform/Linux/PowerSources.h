@@ -1,8 +1,8 @@
 #pragma once
-// Batteries, adapters and the energy counters of processor packages (RAPL).
+// Batteries, adapters and the energy counters of processor packages.
 
 #include "Platform/Formats/PowerSupplies.h"
-#include "Platform/Linux/FileReader.h"
+#include "Platform/Linux/PackageEnergy.h"
 
 #include <string>
 #include <vector>
@@ -11,7 +11,7 @@ namespace korvell {
 
 class PowerSources {
 public:
-  explicit PowerSources(std::string sys);
+  explicit PowerSources(const std::string& sys);
 
   /// Looks for supplies and packages anew.
   void find(FileReader& reader);
@@ -21,22 +21,13 @@ public:
     PowerSupply::Kind kind = PowerSupply::Kind::battery;
     std::string file;
   };
-  struct Package {
-    int number = 0;
-    std::string file;
-    std::uint64_t wrapsAt = 0;
-    bool readable = false; ///< since Linux 5.10 only the system may read the counter
-  };
   const std::vector<Supply>& supplies() const { return supplies_; }
-  const std::vector<Package>& packages() const { return packages_; }
+  const PackageEnergy& energy() const { return energy_; }
 
 private:
-  void findSupplies(FileReader& reader);
-  void findPackages(FileReader& reader);
-
-  std::string sys_;
+  std::string folder_;
   std::vector<Supply> supplies_;
-  std::vector<Package> packages_;
+  PackageEnergy energy_;
 };
 
 } // namespace korvell

@@ -24,13 +24,21 @@ struct UsageListTests : testing::Test {
              .processes = {{.pid = 10, .name = "alpha", .cpu = 1}, {.pid = 11, .name = "helper", .cpu = 4}}},
             {.id = "b", .name = "Beta", .processes = {{.pid = 20, .name = "beta", .cpu = 3, .memory = 9}}}};
   }
-  /// The names alone, without the titles.
+  /// The names alone, without the titles; the selection stands where the cursor does.
   std::vector<std::string> names(int height = 20) {
+    constexpr std::string_view cursor = "›";
     std::vector<std::string> names;
-    for (const auto& line : list.lines(table, height)) names.emplace_back(trimmed(line.substr(0, 20)));
+    selection.clear();
+    for (auto line : list.lines(table, height)) {
+      const bool selected = line.starts_with(cursor);
+      if (selected) line.erase(0, cursor.size());
+      names.emplace_back(trimmed(line.substr(0, 20)));
+      if (selected) selection = names.back();
+    }
     names.erase(names.begin());
     return names;
   }
+  std::string selection;
 };
 
 TEST_F(UsageListTests, applicationsUnfoldIntoTheirProcesses) {

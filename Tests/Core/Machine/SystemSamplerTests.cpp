@@ -123,7 +123,7 @@ TEST_F(SystemSamplerCycleTests, volumesAreKeptForThirtySecondsUnlessThereAreNone
   machine.mountedVolumes = {
       {"", "/", 100, 40}, {"", "/media/me/STICK/", 50, 0}, {"Data", "/data", 9, 9}, {"", "/empty", 0, 0}};
   const std::vector<VolumeInfo> expected{
-      {"/", "/", 100, 40}, {"STICK", "/media/me/STICK/", 50, 0}, {"Data", "/data", 9, 9}};
+      {"System disk", "/", 100, 40}, {"STICK", "/media/me/STICK/", 50, 0}, {"Data", "/data", 9, 9}};
   EXPECT_EQ(sample(sampler).disk.volumes, expected);
   machine.mountedVolumes.clear();
   clock.advance(Seconds{30});

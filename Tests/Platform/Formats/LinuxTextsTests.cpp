@@ -96,6 +96,15 @@ TEST(LinuxTextsTests, theDefaultRouteWithTheLowestMetric) {
                          "eth1\t00000000\t0\t3\t0\t0\t100\t00000000\n";
   EXPECT_EQ(parseDefaultRoute(table), "eth0");
   EXPECT_EQ(parseDefaultRoute("Iface\n"), "");
+
+  const std::string nowhere(32, '0'), route = nowhere + " 00 " + nowhere + " 00 fe80" + nowhere.substr(4);
+  const auto table6 = nowhere + " 40 " + nowhere + " 00 " + nowhere + " 00000001 1 0 00000001 prefix\n" + //
+                      route + " 00000400 00000002 00000000 00000003     wlan0\n" +                        //
+                      route + " 00000064 00000002 00000000 00000003     eth0\n" +                         //
+                      route + " 00000001 00000002 00000000 00000002     down\n" +                         //
+                      route + " 00000000 00000001 00000000 00200201     lo\n";
+  EXPECT_EQ(parseDefaultRoute6(table6), "eth0");
+  EXPECT_EQ(parseDefaultRoute6(""), "");
 }
 
 TEST(LinuxTextsTests, disksGoByTheirNames) {

@@ -74,6 +74,9 @@ TEST(ProcessNameTests, namesComeFromTheProgramThatRuns) {
       {"", "something else", "comm", "comm"},
       {"", "", "comm", "comm"},
       {"/memfd:sealed-9117", "runc\0init\0"s, "runc", "runc"},
+      {"/memfd:sealed-91173221a7ea", "tools/worker\0-v\0"s, "memfd:sealed-91", "worker"},
+      {"/memfd:sealed-9117", "worker"s, "4", "worker"},
+      {"/memfd:sealed-9117", "", "4", "sealed-9117"},
   };
   for (const auto& row : rows)
     EXPECT_EQ(processName(row.path, row.commandLine, row.comm), row.expected) << row.commandLine;

@@ -213,6 +213,7 @@ TEST_F(LinuxProcessTableTests, factsAreWhatDecidesAboutTheOwner) {
 TEST_F(LinuxProcessTableTests, thePackagesEnergyIsSharedByCPUTime) {
   const auto package = [&](int number, std::uint64_t used) {
     const auto at = fmt::format("sys/class/powercap/intel-rapl:{}/", number);
+    tree.write(at + "name", fmt::format("package-{}\n", number));
     tree.write(at + "energy_uj", std::to_string(used) + "\n");
     tree.write(at + "max_energy_range_uj", "1000000\n");
   };
