@@ -68,7 +68,7 @@ int listKinds(Context& context, const Arguments& arguments) {
     printJSON(context.out, Value::object({{"kinds", kindsValue(defaults)}}));
     return exitOK;
   }
-  Table table({{"KIND"}, {"ALERTS"}, {"WHEN", Column::Align::left, true}});
+  Table table({{localized("Kind")}, {localized("Alerts")}, {localized("When"), Column::Align::left, true}});
   for (const auto& kind : allCases<Kind>()) {
     const bool on = isEnabled(kind.value, defaults);
     table.row({std::string(kind.rawValue),

@@ -5,12 +5,15 @@
 #include "Base/Localization.h"
 #include "Base/Text.h"
 #include "Tool/Version.h"
+#include "Tool/Wrap.h"
 
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <algorithm>
 #include <list>
+#include <memory>
+#include <sstream>
 
 namespace korvell {
 
@@ -42,6 +45,40 @@ int fail(Context& context, std::string_view message, ExitCode code) {
 
 namespace {
 
+constexpr int widestHelp = 100;
+
+/// The library's help, its texts broken where the terminal ends.
+class WrappedHelp final : public CLI::Formatter {
+public:
+  explicit WrappedHelp(int columns) : columns_(columns) { column_width(textColumn); }
+
+  std::string make_description(const CLI::App* app) const override {
+    return lines(app->get_description(), columns_) + "\n";
+  }
+  std::string make_subcommand(const CLI::App* command) const override {
+    std::ostringstream line;
+    CLI::detail::format_help(line, command->get_name(), behindNames(command->get_description()), textColumn);
+    return line.str();
+  }
+  std::string make_option_desc(const CLI::Option* option) const override {
+    return behindNames(option->get_description());
+  }
+
+private:
+  static constexpr int textColumn = 26, narrowest = 20;
+
+  static std::string lines(const std::string& text, int columns) {
+    std::string result;
+    for (const auto& line : wrapped(text, columns)) result += (result.empty() ? "" : "\n") + line;
+    return result;
+  }
+  std::string behindNames(const std::string& text) const {
+    return lines(text, std::max(narrowest, columns_ - textColumn));
+  }
+
+  int columns_;
+};
+
 /// One command's parser together with where its values arrive.
 struct Bound {
   const Command* command = nullptr;
@@ -49,9 +86,19 @@ struct Bound {
   std::list<std::pair<const Option*, CLI::Option*>> options;
 };
 
+std::string helpOf(const Option& option) {
+  auto help = localized(option.help);
+  std::string_view before = ": ";
+  for (const auto& choice : option.choices) {
+    help.append(before).append(choice);
+    before = ", ";
+  }
+  return help;
+}
+
 void addOption(Bound& bound, const Option& option) {
   CLI::Option* added = nullptr;
-  const auto help = localized(option.help);
+  const auto help = helpOf(option); // const: else the library takes it for the place of the value
   const auto placeholder = option.kind == Option::Kind::number ? "N" : "TEXT";
   switch (option.kind) {
   case Option::Kind::flag:
@@ -76,7 +123,7 @@ void addOption(Bound& bound, const Option& option) {
       const auto number = parseInteger<std::int64_t>(value);
       return number && *number >= 0 ? std::string() : localized("not a whole number: ") + value;
     });
-  if (!option.choices.empty()) added->check(CLI::IsMember(option.choices));
+  if (!option.choices.empty()) added->check(CLI::IsMember(option.choices).description(""));
   added->required(option.required);
   bound.options.emplace_back(&option, added);
 }
@@ -124,8 +171,9 @@ int runCommandLine(Context& context, std::span<const Command> commands,
       localized("Korvell watches this computer's health. Nothing that it measures leaves the machine."),
       "korvell");
   app.set_help_flag("-h,--help", localized("Print this help and exit"));
-  app.set_version_flag("--version", std::string("korvell ") + version);
-  app.get_formatter()->column_width(26);
+  app.set_version_flag("--version", std::string("korvell ") + version,
+                       localized("Print the version and exit"));
+  app.formatter(std::make_shared<WrappedHelp>(std::min(context.out.columns(), widestHelp)));
   app.require_subcommand(0, 1);
   std::list<Bound> all;
   for (const auto& command : commands) bind(all, app, command);
@@ -134,9 +182,7 @@ int runCommandLine(Context& context, std::span<const Command> commands,
     std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
     app.parse(reversed);
   } catch (const CLI::CallForHelp&) {
-    CLI::App* deepest = &app;
-    while (!deepest->get_subcommands().empty()) deepest = deepest->get_subcommands().front();
-    context.out.write(deepest->help());
+    context.out.write(app.help()); // of the innermost command
     return exitOK;
   } catch (const CLI::CallForVersion&) {
     context.out.line(std::string("korvell ") + version);

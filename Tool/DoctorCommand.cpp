@@ -90,9 +90,10 @@ int runDoctor(Context& context, const Arguments& arguments) {
   printSources(context.out, sources);
   printReasons(context.out, sources);
   context.out.line();
-  context.out.line(localized(
+  const auto costs = localized(
       "Korvell itself: {time} of CPU for one cycle, {memory} of memory",
-      {{"time", timeText(cost.cycleMicroseconds)}, {"memory", Format::memory(double(cost.resident))}}));
+      {{"time", timeText(cost.cycleMicroseconds)}, {"memory", Format::memory(double(cost.resident))}});
+  for (const auto& line : wrapped(costs, context.out.columns())) context.out.line(line);
   return exitOK;
 }
 

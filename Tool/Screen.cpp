@@ -136,11 +136,17 @@ int Screen::rows() const {
 }
 
 void Screen::draw(const std::vector<std::string>& lines) {
-  // One write a frame, each line cleared to its end, and nothing after the last line scrolls.
+  // One write a frame, each line cleared to its end, and nothing after the last line scrolls. Behind a full
+  // line the cursor still stands on its last column, and clearing would take that.
   std::string frame = "\x1b[?2026h\x1b[H";
   const size_t count = std::min(lines.size(), size_t(rows()));
-  for (size_t i = 0; i < count; ++i) frame += (i > 0 ? "\r\n" : "") + lines[i] + "\x1b[K";
-  frame += "\x1b[J\x1b[?2026l";
+  const int width = columns();
+  for (size_t i = 0; i < count; ++i) {
+    frame += (i > 0 ? "\r\n" : "") + lines[i];
+    if (inkedWidth(lines[i]) < width) frame += "\x1b[K";
+  }
+  if (count < size_t(rows())) frame += "\x1b[J";
+  frame += "\x1b[?2026l";
   out_.write(frame);
   out_.flush();
 }

@@ -12,6 +12,8 @@ namespace {
 
 constexpr int figureWidth = 11;
 constexpr int narrowestName = 12;
+constexpr int roomyName = 24;
+constexpr int longestID = 7;   ///< digits of the largest process id
 constexpr double busyCPU = 90; ///< percent of one core
 
 std::string padded(std::string text, int width, bool right) {
@@ -54,7 +56,8 @@ std::string UsageTable::line(const AppUsage& app, bool selected, std::string_vie
 }
 
 std::string UsageTable::line(const ProcessUsage& process, bool selected, std::string_view mark) const {
-  const auto name = fmt::format("{}{} {}", mark, process.pid, escapedControls(process.name));
+  const int idWidth = nameWidth() >= roomyName ? longestID : 0;
+  const auto name = fmt::format("{}{:<{}} {}", mark, process.pid, idWidth, escapedControls(process.name));
   return line(name,
               {process.cpu, double(process.memory), process.diskRead + process.diskWrite,
                process.netIn + process.netOut, process.power},

@@ -55,13 +55,18 @@ TEST_F(CommandLineTests, mistakesEndWithTwoAndSayWhy) {
     EXPECT_EQ(output, "") << arguments.back();
     EXPECT_THAT(errors, testing::StartsWith("korvell: ")) << arguments.back();
   }
+  run({"echo", "me", "one", "two\x1b"});
+  EXPECT_THAT(errors, testing::StartsWith("korvell: Not expected here: one two\\x1b\n"));
 }
 
 TEST_F(CommandLineTests, helpIsOfTheInnermostCommand) {
   EXPECT_EQ(run({"--help"}), exitOK);
   EXPECT_THAT(output, HasSubstr("Says what it was given"));
   EXPECT_EQ(run({"group", "ask", "--help"}), exitOK);
+  EXPECT_THAT(output, HasSubstr("Usage: korvell group ask"));
   EXPECT_THAT(output, HasSubstr("--yes"));
+  EXPECT_EQ(run({"echo", "--help"}), exitOK);
+  EXPECT_THAT(output, HasSubstr("Order: cpu, memory\n"));
   EXPECT_EQ(run({}), exitOK);
   EXPECT_THAT(output, HasSubstr("echo"));
 }

@@ -45,7 +45,7 @@ TEST_F(UsageListTests, applicationsUnfoldIntoTheirProcesses) {
   list.setApps(apps());
   EXPECT_THAT(names(), ElementsAre("+ Alpha (2)", "+ Beta"));
   EXPECT_TRUE(list.handleKey('\n'));
-  EXPECT_THAT(names(), ElementsAre("− Alpha (2)", "11 helper", "10 alpha", "+ Beta"));
+  EXPECT_THAT(names(), ElementsAre("− Alpha (2)", "11      helper", "10      alpha", "+ Beta"));
   list.setApps(apps());
   EXPECT_EQ(names().size(), 4u) << "stays unfolded";
   list.handleKey(Screen::down); // on a process: folds its application
@@ -59,7 +59,7 @@ TEST_F(UsageListTests, theSelectionStaysWithWhatWasChosen) {
   list.handleKey(Screen::down); // Beta
   list.handleKey('m');          // Beta is first now
   list.handleKey(Screen::right);
-  EXPECT_THAT(names(), ElementsAre("− Beta", "20 beta", "+ Alpha (2)"));
+  EXPECT_THAT(names(), ElementsAre("− Beta", "20      beta", "+ Alpha (2)"));
   list.setApps({apps()[0]}); // Beta has ended
   EXPECT_THAT(names(), ElementsAre("+ Alpha (2)"));
   list.setApps({});
@@ -85,7 +85,7 @@ TEST_F(UsageListTests, namesAreSafeAndEveryLineFits) {
   const AppUsage wide{.id = "w",
                       .name = "日本語の名前がとても長いアプリケーション日本語の名前がとても長い",
                       .processes = {process}};
-  EXPECT_THAT(table.line(process), HasSubstr("1 x\\x1b[2J\\x0a"));
+  EXPECT_THAT(table.line(process), HasSubstr("1       x\\x1b[2J\\x0a"));
   for (const auto& line :
        {table.line(process), table.line(wide, true, "+ "), table.titles("Application", UsageKey::cpu)})
     EXPECT_LE(inkedWidth(line), 80) << line;
