@@ -1,13 +1,10 @@
+#include "CommandFixture.h"
 #include "Platform/Posix/PosixLogFiles.h"
-#include "Tests/Fakes/FakeClock.h"
 #include "Tests/Fakes/TemporaryFolder.h"
-#include "Tool/Commands.h"
 
 #include <filesystem>
 #include <fmt/format.h>
 #include <fstream>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace korvell {
 namespace {
@@ -15,13 +12,8 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-struct AICommandTests : testing::Test {
+struct AICommandTests : CommandFixture {
   TemporaryFolder folder;
-  FakeClock clock;
-  Host host{};
-  std::string output, errors;
-  Terminal out{output, 120}, err{errors, 80};
-  Context context{host, clock, [](std::string_view) { return std::nullopt; }, out, err};
 
   AICommandTests() {
     clock.wall = SystemClock().now(); // log files bear the machine's time
@@ -48,27 +40,28 @@ struct AICommandTests : testing::Test {
     std::filesystem::create_directories(file.parent_path());
     std::ofstream(file) << line << "\n";
   }
-  int run(std::vector<std::string> arguments) {
-    output.clear();
+  int ai(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "ai");
-    return runCommandLine(context, std::vector<Command>{aiCommand()}, arguments);
+    return run({aiCommand()}, arguments);
   }
 };
 
 TEST_F(AICommandTests, tablesByDayModelAndProject) {
-  EXPECT_EQ(run({}), exitOK);
+  EXPECT_EQ(ai({}), exitOK);
   EXPECT_THAT(output, HasSubstr("2,345,687"));
-  EXPECT_THAT(output, HasSubstr("$38.19"));
-  EXPECT_EQ(run({"--by", "model"}), exitOK);
+  EXPECT_THAT(output, HasSubstr("API-equivalent, 30 days: $38.19 at API list prices"));
+  for (std::size_t begin = 0, end = 0; (end = output.find('\n', begin)) != std::string::npos; begin = end + 1)
+    EXPECT_LE(inkedWidth(output.substr(begin, end - begin)), 80);
+  EXPECT_EQ(ai({"--by", "model"}), exitOK);
   EXPECT_LT(output.find("claude-sonnet-4-5"), output.find("unknown"));
-  EXPECT_EQ(run({"--by", "project", "--tool", "codex", "--explain"}), exitOK);
+  EXPECT_EQ(ai({"--by", "project", "--tool", "codex", "--explain"}), exitOK);
   EXPECT_THAT(output, Not(HasSubstr("shop")));
-  EXPECT_THAT(output, HasSubstr("checked 2026-09-25"));
-  EXPECT_EQ(run({"--by", "week"}), exitUsage);
+  EXPECT_THAT(output, HasSubstr("2026-09-25). Subscription"));
+  EXPECT_EQ(ai({"--by", "week"}), exitUsage);
 }
 
 TEST_F(AICommandTests, oneObjectOfJSONHoldsAllRowsWhateverTheTable) {
-  EXPECT_EQ(run({"--by", "project", "--json"}), exitOK);
+  EXPECT_EQ(ai({"--by", "project", "--json"}), exitOK);
   const auto json = parseJSON(output).value();
   const auto& rows = *json.find("rows")->asArray();
   ASSERT_EQ(rows.size(), 2u);
@@ -78,19 +71,26 @@ TEST_F(AICommandTests, oneObjectOfJSONHoldsAllRowsWhateverTheTable) {
   EXPECT_FALSE(rows[1].find("cost")) << "no price";
   EXPECT_EQ(json.find("lastScan")->find("records")->asInt(), 2);
   EXPECT_EQ(json.find("codexLimits")->find("primary")->find("usedPercent")->asDouble(), 84.6);
-  EXPECT_EQ(run({"--json"}), exitOK);
+  EXPECT_EQ(ai({"--json"}), exitOK);
   EXPECT_EQ(parseJSON(output)->find("lastScan")->find("files")->asInt(), 0);
 }
 
-TEST_F(AICommandTests, limits) {
-  EXPECT_EQ(run({"limits"}), exitOK);
+TEST_F(AICommandTests, limitsNothingAndFaults) {
+  EXPECT_EQ(ai({"limits"}), exitOK);
   EXPECT_THAT(output, HasSubstr("Codex plan: pro"));
   EXPECT_THAT(output, HasSubstr("window has reset"));
+  std::ofstream(host.folders.data + "/ai-usage.sqlite") << std::string(5'000, 'x');
+  EXPECT_EQ(ai({}), exitOK);
+  EXPECT_THAT(output, HasSubstr("$38.19"));
+  EXPECT_THAT(errors, HasSubstr("ai-usage-damaged-"));
   std::filesystem::remove_all(folder.path());
-  EXPECT_EQ(run({"limits"}), exitOK);
-  EXPECT_THAT(output, HasSubstr("no Codex sessions yet"));
-  EXPECT_EQ(run({}), exitOK);
-  EXPECT_THAT(output, HasSubstr("No Claude Code or Codex usage in the last 30 days."));
+  EXPECT_EQ(ai({"limits"}), exitOK);
+  EXPECT_EQ(output, "no Codex sessions yet\n");
+  EXPECT_EQ(ai({}), exitOK);
+  EXPECT_EQ(output, "No Claude Code or Codex usage in the last 30 days.\n");
+  host.folders.data = "/dev/null/nowhere";
+  EXPECT_EQ(ai({}), exitFailed);
+  EXPECT_EQ(output + errors, "korvell: /dev/null/nowhere/ai-usage.sqlite can't be read or written\n");
 }
 
 } // namespace

@@ -10,23 +10,19 @@ namespace {
 constexpr int million = 1'000'000;
 
 TEST(PricingTests, theLongestEntryThatANameBeginsWithIsItsPrice) {
-  const auto input = [](const char* model) { return AIPricing::price(model).value().input; };
-  EXPECT_EQ(input("CLAUDE-SONNET-4-5"), 3);
-  EXPECT_EQ(input("gpt-5-codex-high"), 1.25);
-  EXPECT_EQ(AIPricing::price("claude-fable-5-1-x")->cacheRead, 0.25);
-  EXPECT_EQ(AIPricing::price("claude-fable-5-2")->cacheRead, 1);
-  EXPECT_EQ(input("claude-opus-5-5"), 4);
-  EXPECT_EQ(input("claude-opus-5"), 5);
-  for (const char* model : {"gpt-4o", "", "claude-sonnet", "xclaude-opus-5"})
-    EXPECT_FALSE(AIPricing::price(model));
+  const std::tuple<const char*, Counts, double> rows[] = {
+      {"CLAUDE-SONNET-4-5", {million, 2 * million, 0, 0, million}, 3 + 30 + 0.3},
+      {"claude-sonnet-4-5", {0, 0, million, 400'000, 0}, 4.65},
+      {"gpt-5-codex-high", {million}, 1.25},
+      {"claude-fable-5-1-x", {.cacheRead = million}, 0.25},
+      {"claude-fable-5-2", {.cacheRead = million}, 1},
+      {"claude-opus-5-5", {million}, 4},
+      {"claude-opus-5", {million}, 5}};
+  for (const auto& [model, counts, dollars] : rows)
+    EXPECT_DOUBLE_EQ(listCost(model, counts).value(), dollars) << model;
+  for (const char* model : {"gpt-4o", "", "claude-sonnet", "xclaude-opus-5", "unknown"})
+    EXPECT_FALSE(listCost(model, {million})) << model;
   EXPECT_EQ(AIPricing::table().size(), 23u);
-}
-
-TEST(PricingTests, costs) {
-  EXPECT_DOUBLE_EQ(listCost("claude-sonnet-4-5", {0, 0, million, 400'000, 0}).value(), 4.65);
-  EXPECT_DOUBLE_EQ(listCost("claude-sonnet-4-5", {million, 2 * million, 0, 0, million}).value(),
-                   3 + 30 + 0.3);
-  EXPECT_FALSE(listCost("unknown", {million}));
 }
 
 AIUsageRow row(double day, AITool tool, const char* model, const char* project, std::int64_t input,
@@ -63,14 +59,11 @@ TEST(SummaryTests, periodsBeginAtMidnight) {
   EXPECT_EQ(AIUsageSummary::startOfPeriod(7, {midnight10 + 1}, zone).sinceEpoch, midnight4);
 }
 
-TEST(LimitsTests, names) {
+TEST(LimitsTests, namesAndTheTightest) {
   const std::pair<std::int64_t, const char*> rows[] = {{10'080, "Weekly"}, {300, "5-hour"}, {1'440, "1-day"},
                                                        {4'320, "3-day"},   {120, "2-hour"}, {90, "1-hour"}};
   for (const auto& [minutes, name] : rows) EXPECT_EQ((AIPlanLimit{0, minutes, {}}).name(), name);
-}
-
-TEST(LimitsTests, theTightestIsTheFullestThatIsStillRunning) {
-  AICodexLimits limits{
+  const AICodexLimits limits{
       .date = {1}, .primary = AIPlanLimit{90, 300, {100}}, .secondary = AIPlanLimit{90, 10'080, {200}}};
   EXPECT_EQ(limits.tightest({99})->windowMinutes, 300);
   EXPECT_EQ(limits.tightest({100})->windowMinutes, 10'080);
