@@ -113,12 +113,13 @@ public:
 
 private:
   Table tableWith(std::vector<Column> columns) const {
-    for (const char* name :
-         layout_.splitsCache
-             ? std::initializer_list<const char*>{"Input", "Output", "Cache write", "Cache read", "Total",
-                                                  "Cost"}
-             : std::initializer_list<const char*>{"Input", "Output", "Cache", "Total", "Cost"})
-      columns.push_back({localized(name), Column::Align::right});
+    std::vector<const char*> names = {"Input", "Output"};
+    if (layout_.splitsCache)
+      names.insert(names.end(), {"Cache write", "Cache read"});
+    else
+      names.push_back("Cache");
+    names.insert(names.end(), {"Total", "Cost"});
+    for (const char* name : names) columns.push_back({localized(name), Column::Align::right});
     return Table(std::move(columns));
   }
 
