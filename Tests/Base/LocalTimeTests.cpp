@@ -104,25 +104,19 @@ TEST(LocalTimeTests, readsOnlyDaysThatExist) {
 
 // The child process has the variable from its start, as a user's shell sets it.
 TEST(LocalTimeTests, theSystemZoneIsTheOneOfTZ) {
-  struct Row {
-    const char* tz;
-    std::int64_t instant;
-    int expected;
+  const std::tuple<const char*, std::int64_t, int> rows[] = {
+      {"EST5EDT,M3.2.0,M11.1.0", newYorkSpring2025 - 1, -5 * hour},
+      {"EST5EDT,M3.2.0,M11.1.0", newYorkSpring2025, -4 * hour},
+      {"<+1245>-12:45", 0, 12 * hour + 2'700},
+      {"UTC0", newYorkSpring2025, 0}};
+  const auto zoneIs = [](const char* tz, std::int64_t instant, int offset) {
+    SystemTimeZone zone;
+    setenv("TZ", tz, 1);
+    zone.reload();
+    std::exit(zone.secondsFromGMT(instant) == offset ? 0 : 1);
   };
-  const Row rows[] = {{"EST5EDT,M3.2.0,M11.1.0", newYorkSpring2025 - 1, -5 * hour},
-                      {"EST5EDT,M3.2.0,M11.1.0", newYorkSpring2025, -4 * hour},
-                      {"<+1245>-12:45", 0, 12 * hour + 2'700},
-                      {"UTC0", newYorkSpring2025, 0}};
   for (const auto& row : rows)
-    EXPECT_EXIT(
-        {
-          SystemTimeZone zone;
-          setenv("TZ", row.tz, 1);
-          zone.reload();
-          std::exit(zone.secondsFromGMT(row.instant) == row.expected ? 0 : 1);
-        },
-        testing::ExitedWithCode(0), "")
-        << row.tz;
+    EXPECT_EXIT(std::apply(zoneIs, row), testing::ExitedWithCode(0), "") << std::get<0>(row);
 }
 
 } // namespace

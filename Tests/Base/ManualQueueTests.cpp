@@ -30,7 +30,6 @@ TEST(ManualQueue, advanceFiresWhatIsDueOnAllQueuesInTheOrderOfTime) {
   three->schedule(Seconds{3}, none, none);
   w.time.advance(Seconds{4});
   EXPECT_THAT(w.log, ElementsAre("0 two", "2 two", "3 three", "4 two"));
-  EXPECT_EQ(w.time.clock().monotonic(), Seconds{4});
 }
 
 TEST(ManualQueue, theBeatStaysThroughFractionsSleepAndAWallClockThatIsSet) {
@@ -57,30 +56,18 @@ TEST(ManualQueue, tasksWaitForTheTestAndHandOverBetweenQueues) {
   w.a->async([&] {
     w.note("a")();
     w.b->async(w.note("b, handed over"));
-    EXPECT_TRUE(syncResult(*w.b, [&] { return w.b->isCurrent() && !w.a->isCurrent(); }));
-    EXPECT_TRUE(w.a->isCurrent());
-    EXPECT_THAT(w.log, ElementsAre("0 a", "0 b, handed over")) << "sync comes after what was added before";
+    // Comes after what was added before; a queue that would wait for the one that waits for it is found out.
+    w.b->sync([&] {
+      w.note("b")();
+      EXPECT_THROW(w.a->sync([] {}), std::logic_error);
+    });
+    w.a->async(w.note("never"));
+    w.a.reset(); // while it runs
+    w.b->async(w.note("after"));
   });
   EXPECT_TRUE(w.log.empty());
   w.time.run();
-  EXPECT_EQ(w.log.size(), 2u);
-}
-
-TEST(ManualQueue, queuesThatWouldWaitForEachOtherAreFoundOut) {
-  World w;
-  w.a->async([&] { w.b->sync([&] { EXPECT_THROW(w.a->sync([] {}), std::logic_error); }); });
-  w.time.run();
-}
-
-TEST(ManualQueue, aTaskMayDestroyItsQueueWhileItRuns) {
-  World w;
-  w.a->async([&] {
-    w.a->async(w.note("never"));
-    w.a.reset();
-    w.b->async(w.note("after"));
-  });
-  w.time.run();
-  EXPECT_THAT(w.log, ElementsAre("0 after"));
+  EXPECT_THAT(w.log, ElementsAre("0 a", "0 b, handed over", "0 b", "0 after"));
 }
 
 TEST(QueueCore, theDeadlineLeavesNoTimerLaterThanItsLeewayAllows) {

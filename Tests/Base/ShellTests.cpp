@@ -1,6 +1,7 @@
 // Shell against children that misbehave. All of them end by themselves within seconds, also when a test
 // fails.
 
+#include "Base/Descriptor.h"
 #include "Base/Shell.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
@@ -67,14 +68,10 @@ TEST(Shell, whatCannotBeStartedHasNoResult) {
 }
 
 TEST(Shell, onlyTheStandardDescriptorsAreInherited) {
-  const int leaked = open("/dev/null", O_RDONLY); // inheritable on purpose
-  ASSERT_GE(fcntl(leaked, F_DUPFD, 57), 57);
-  const auto result = Shell::run("/bin/ls", {"/dev/fd/"}, ample);
-  ASSERT_TRUE(result);
+  const Descriptor low(open("/dev/null", O_RDONLY)), high(fcntl(low.get(), F_DUPFD, 57)); // inheritable
+  ASSERT_GE(high.get(), 57);
   // 3 is the descriptor with which ls reads the folder.
-  EXPECT_EQ(result->output, "0\n1\n2\n3\n");
-  for (int i = 57; fcntl(i, F_GETFD) >= 0; ++i) close(i);
-  close(leaked);
+  EXPECT_EQ(Shell::run("/bin/ls", {"/dev/fd/"}, ample).value().output, "0\n1\n2\n3\n");
 }
 
 TEST(Shell, signalsAreTheDefaultOnesWhateverTheCallerBlocksOrIgnores) {
@@ -91,7 +88,6 @@ TEST(Shell, signalsAreTheDefaultOnesWhateverTheCallerBlocksOrIgnores) {
 
 TEST(Shell, outputBeyondTheMostIsReadAndDropped) {
   const auto result = Shell::run("/usr/bin/head", {"-c", std::to_string(70 << 20), "/dev/zero"}, ample);
-  ASSERT_TRUE(result);
   EXPECT_EQ(result->exitStatus, 0) << "it was not stopped by a full or closed pipe";
   EXPECT_EQ(result->output.size(), size_t{64} << 20);
 }
@@ -135,15 +131,13 @@ TEST(Shell, noChildInTheGroupSurvivesATimeOut) {
   const TemporaryFolder folder;
   const std::string fifo = folder / "fifo";
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-  const int reading = open(fifo.c_str(), O_RDONLY | O_NONBLOCK);
-  ASSERT_GE(reading, 0);
+  const Descriptor reading(open(fifo.c_str(), O_RDONLY | O_NONBLOCK));
   const auto result =
       script("(trap '' TERM; exec 3>" + fifo + "; sleep 3; echo survived >&3) & sleep 5", Seconds{0.3});
   ASSERT_TRUE(result);
   EXPECT_TRUE(result->timedOut);
   // The end of the file comes when all who could write are gone.
-  fcntl(reading, F_SETFL, 0);
+  fcntl(reading.get(), F_SETFL, 0);
   char byte = 0;
-  EXPECT_EQ(read(reading, &byte, 1), 0) << "something was written";
-  close(reading);
+  EXPECT_EQ(read(reading.get(), &byte, 1), 0) << "something was written";
 }

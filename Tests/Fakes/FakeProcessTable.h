@@ -25,7 +25,6 @@ public:
   std::map<ProcessID, Entry> processes;
   PortsByPID ports;
   Timebase base;
-  bool estimated = false;
   std::vector<ProcessID> asked;
   std::vector<Sent> sent;
 
@@ -51,8 +50,8 @@ public:
     return entry ? std::optional(entry->counters.start) : std::nullopt;
   }
   std::optional<Date> startDate(ProcessID pid) override {
-    const auto* entry = find(pid);
-    return entry ? std::optional(Date{double(entry->counters.start)}) : std::nullopt;
+    const auto ticks = start(pid);
+    return ticks ? std::optional(Date{double(*ticks)}) : std::nullopt;
   }
   std::optional<std::string> workingDirectory(ProcessID pid) override {
     const auto* entry = find(pid);
@@ -60,7 +59,7 @@ public:
   }
   PortsByPID listeningPorts() override { return ports; }
   Timebase timebase() const override { return base; }
-  bool energyIsEstimate() const override { return estimated; }
+  bool energyIsEstimate() const override { return false; }
 
   SignalOutcome send(ProcessID pid, std::uint64_t start, ProcessSignal signal) override {
     const auto* entry = find(pid);
@@ -85,8 +84,7 @@ public:
 
   std::vector<RunningApplication> list() override { return applications; }
   bool quit(ProcessID pid, bool force) override {
-    const bool known = std::any_of(applications.begin(), applications.end(),
-                                   [pid](const auto& application) { return application.pid == pid; });
+    const bool known = std::ranges::count(applications, pid, &RunningApplication::pid) > 0;
     if (known) quits.emplace_back(pid, force);
     return known;
   }

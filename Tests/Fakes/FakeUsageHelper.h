@@ -19,7 +19,6 @@ public:
   bool refuses = false;             ///< nobody to connect to
   std::function<void()> whileAsked; ///< run while a request is waited for
   std::optional<Failure> failure;   ///< of enable() and disable()
-  bool offered = true;
 
   int statusQuestions = 0;
   int connections = 0;
@@ -39,7 +38,7 @@ public:
     lost.push_back(std::move(onLost));
     return std::make_shared<Connection>(*this);
   }
-  bool isOffered() override { return offered; }
+  bool isOffered() override { return true; }
   Outcome enable() override { return turn(UsageHelperStatus::enabled); }
   Outcome disable() override { return turn(UsageHelperStatus::notEnabled); }
   void openApprovalSettings() override {}

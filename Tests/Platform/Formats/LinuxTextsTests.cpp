@@ -12,7 +12,6 @@ namespace korvell {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 TEST(LinuxTextsTests, ticksAreSummedByKind) {
   const auto cores = parseProcStat("cpu  9 9 9 9 9 9 9 9 9 9\ncpu3 10 2 30 400 50 6 7 8 9 1\nintr 5\n");
@@ -25,12 +24,11 @@ TEST(LinuxTextsTests, ticksAreSummedByKind) {
 
 TEST(LinuxTextsTests, coreLists) {
   EXPECT_THAT(parseCPUList("0-2,5,8-9\n"), ElementsAre(0, 1, 2, 5, 8, 9));
-  EXPECT_THAT(parseCPUList("\n"), IsEmpty());
+  EXPECT_THAT(parseCPUList("\n"), testing::IsEmpty());
   EXPECT_THAT(parseCPUList("3-1,x,-4,0-99999999,7"), ElementsAre(7));
 }
 
 TEST(LinuxTextsTests, coresAreFastFromFourFifthsOfTheFastest) {
-  EXPECT_EQ(coreKinds({1024, 1024}), (CoreKinds{0, 0}));
   EXPECT_EQ(coreKinds({236, 231, 190, 189}), (CoreKinds{0, 0})) << "boost rankings of equal cores";
   EXPECT_EQ(coreKinds({485, 485, 1024, 820}), (CoreKinds{2, 2}));
   EXPECT_EQ(coreKinds({}), (CoreKinds{0, 0}));
@@ -216,7 +214,6 @@ TEST(LinuxTextsTests, cardsAreNamedByTheList) {
   EXPECT_EQ(pciDeviceName(list, 0x1002, 0x73ff), "Plain name");
   EXPECT_EQ(pciDeviceName(list, 0x1002, 0x0001), "") << "another maker's";
   EXPECT_EQ(pciDeviceName(list, 0x1002, 0x0e36), "") << "a card's own number";
-  EXPECT_EQ(pciDeviceName("", 1, 1), "");
   EXPECT_EQ(parsePCINumber("0x10de\n"), 0x10de);
   EXPECT_EQ(parsePCINumber("10de"), std::nullopt);
   EXPECT_EQ(parsePCINumber("0x1ffff"), std::nullopt);
