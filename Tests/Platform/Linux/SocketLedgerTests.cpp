@@ -62,6 +62,10 @@ TEST_F(SocketLedgerTests, whatWasCountedBeforeTheFirstLookIsNobodys) {
   EXPECT_EQ(ledger.total(7), ByteCounters{});
   cycle({connection(1, 5001, 5002)});
   EXPECT_EQ(ledger.total(7), (ByteCounters{1, 2}));
+  for (const std::uint64_t steppedBack : {4000, 5001}) {
+    cycle({connection(1, steppedBack, 5002)});
+    EXPECT_EQ(ledger.total(7), (ByteCounters{1, 2})) << "nothing counts twice";
+  }
 }
 
 TEST_F(SocketLedgerTests, shortConnectionsBelongToWhoHeldTheLastOneOrListens) {
