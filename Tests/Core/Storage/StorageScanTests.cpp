@@ -12,6 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using enum StorageKind;
+using namespace std::string_literals;
 
 struct StorageScanTests : testing::Test {
   StorageWorld world;
@@ -76,15 +77,26 @@ TEST_F(StorageScanTests, everyLinuxKindMeasuresWhatLiesOnTheDisk) {
   for (const auto& row : allCases<StorageKind>()) EXPECT_FALSE(empty.scan().scan(row.value)) << row.rawValue;
 }
 
-TEST_F(StorageScanTests, cachesThatAreLinksAreNotMeasured) {
+TEST_F(StorageScanTests, whatIsNoCacheIsNotMeasuredAsOne) {
   disk.file("home/Documents/thesis", 100'000);
   disk.link("../Documents", "home/.npm/_cacache");
   disk.link("../Documents", "home/.cache/innocent");
   disk.file("home/.cache/real/x", 1);
   disk.link("../../Documents", "home/.cache/real/link");
+  disk.file("home/.cache/.Trash-1000/files/x", 1);
+  FolderTrash onVolume(disk / "home/.cache/.Trash-1000/files");
+  auto places = world.locations();
   EXPECT_FALSE(scan(npm));
-  EXPECT_THAT(ids(appCaches), ElementsAre(".cache/real"));
-  EXPECT_EQ(scan(appCaches)->bytes, world.size(".cache/real"));
+  const auto scanWith = [&] {
+    return StorageScan(places, world.files, onVolume, {}, world.clock).scan(appCaches);
+  };
+  const auto found = scanWith().value();
+  EXPECT_THAT(ids(found.items), ElementsAre(".cache/real"));
+  EXPECT_EQ(found.bytes, world.size(".cache/real"));
+  for (const auto& holdsHome : {disk / "home", disk.root(), "/"s}) {
+    places.cacheHome = holdsHome;
+    EXPECT_FALSE(scanWith()) << holdsHome;
+  }
 }
 
 TEST_F(StorageScanTests, xcodeKeepsFoldersOfKnownNames) {
@@ -195,24 +207,6 @@ TEST_F(StorageScanTests, onlyTheTenLargestAppCachesAreItems) {
   disk.file("home/Library/Caches/org.example/x", 1);
   EXPECT_THAT(ids(appCaches), ElementsAre("Library/Caches/org.example"));
   EXPECT_EQ(scan(appCaches)->note, std::nullopt);
-}
-
-TEST_F(StorageScanTests, aCacheFolderThatHoldsTheHomeFolderIsNotTrusted) {
-  disk.file("home/Documents/x", 1);
-  auto places = world.locations();
-  for (const auto& folder : {disk / "home", disk.root(), std::string("/")}) {
-    places.cacheHome = folder;
-    const StorageScan scan(places, world.files, world.trash, {}, world.clock);
-    EXPECT_FALSE(scan.scan(appCaches)) << folder;
-  }
-}
-
-TEST_F(StorageScanTests, theTrashOfACacheVolumeIsNoCache) {
-  disk.file("home/.cache/.Trash-1000/files/x", 1);
-  disk.file("home/.cache/app/x", 1);
-  FolderTrash inside(disk / "home/.cache/.Trash-1000/files");
-  const StorageScan scan(world.locations(), world.files, inside, {}, world.clock);
-  EXPECT_THAT(ids(scan.scan(appCaches).value().items), ElementsAre(".cache/app"));
 }
 
 TEST_F(StorageScanTests, theTrashIsMeasuredAsAWhole) {

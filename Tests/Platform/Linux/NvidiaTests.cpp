@@ -54,13 +54,10 @@ TEST_F(NvidiaTests, aSleepingCardIsLeftAsleep) {
   EXPECT_EQ(counter("startedTimes"), 2);
 }
 
-TEST_F(NvidiaTests, aCardThatTheLibraryDoesNotKnowIsLeftOut) {
+TEST_F(NvidiaTests, whatTheLibraryDoesNotKnowIsLeftOutAndWithoutItThereIsNoFigure) {
   tree.write("proc/driver/nvidia/gpus/0000:02:00.0/information", "Model: Other\n");
   cards.find(reader);
   EXPECT_THAT(read("active"), ElementsAre(GPUCounters{42, 3ull << 30}));
-}
-
-TEST_F(NvidiaTests, withoutTheLibraryThereIsNoFigure) {
   GraphicsCards without{tree / "proc", tree / "sys", {}, tree / "libnone.so.1"};
   without.find(reader);
   EXPECT_THAT(without.counters(reader), IsEmpty());
