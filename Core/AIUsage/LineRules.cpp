@@ -9,14 +9,14 @@ namespace korvell {
 
 namespace {
 
-/// Calls `handle` with every line of a block that contains `needle`.
+/// Calls `handle` with every line of a block that contains `needle`, and where in the line it first stands.
 template <class Handle>
 void forEachLineWith(const Needle& needle, std::string_view block, Handle&& handle) {
   while (const auto hit = findWithSIMD(needle, block)) {
     const auto before = lastLineFeed(block.substr(0, *hit));
     const std::size_t begin = before ? *before + 1 : 0;
     const std::size_t end = std::min(block.find('\n', *hit), block.size());
-    handle(block.substr(begin, end - begin));
+    handle(block.substr(begin, end - begin), *hit - begin);
     block.remove_prefix(std::min(end + 1, block.size()));
   }
 }
@@ -62,11 +62,17 @@ std::optional<std::uint64_t> messageKey(std::string_view line) {
 }
 
 void ClaudeLines::lines(std::string_view lines) {
-  forEachLineWith(usageNeedle, lines, [this](std::string_view candidate) { line(candidate); });
+  forEachLineWith(usageNeedle, lines, [this](auto line, auto at) { candidate(line, at); });
 }
 
 bool ClaudeLines::line(std::string_view line) {
-  if (!contains(line, usageNeedle) || !contains(line, assistantNeedle)) return false;
+  const auto usage = findWithSIMD(usageNeedle, line);
+  return usage && candidate(line, *usage);
+}
+
+bool ClaudeLines::candidate(std::string_view line, std::size_t usage) {
+  // The line's own type is written behind its message, whose text is most of the line.
+  if (!contains(line.substr(usage), assistantNeedle) && !contains(line, assistantNeedle)) return false;
   const auto key = messageKey(line);
   if (key && tools_.keys.contains(*key)) return false;
   if (key) tools_.keys.add(*key);
@@ -107,12 +113,17 @@ bool ClaudeLines::decodedLine(std::string_view raw, std::optional<std::uint64_t>
 }
 
 void CodexLines::lines(std::string_view lines) {
-  forEachLineWith(codexNeedle, lines, [this](std::string_view candidate) { line(candidate); });
+  forEachLineWith(codexNeedle, lines, [this](auto line, auto at) { candidate(line, at); });
 }
 
 bool CodexLines::line(std::string_view raw) {
-  const bool hasTokenCount = contains(raw, tokenCountNeedle);
-  if (!hasTokenCount && !contains(raw, turnContextNeedle)) return false;
+  const auto needle = findWithSIMD(codexNeedle, raw);
+  return needle && candidate(raw, *needle);
+}
+
+bool CodexLines::candidate(std::string_view raw, std::size_t needle) {
+  const bool hasTokenCount = contains(raw.substr(needle), tokenCountNeedle);
+  if (!hasTokenCount && !contains(raw.substr(needle), turnContextNeedle)) return false;
   const auto line = tools_.decoder.codex(raw);
   if (!line || !line->payload) return false;
   if (line->type == "turn_context") {

@@ -87,6 +87,8 @@ public:
   void lines(std::string_view lines);
 
 private:
+  /// A line with the usage needle at `usage`.
+  bool candidate(std::string_view line, std::size_t usage);
   bool decodedLine(std::string_view line, std::optional<std::uint64_t> key);
 
   LineTools& tools_;
@@ -105,6 +107,8 @@ public:
   void lines(std::string_view lines);
 
 private:
+  /// A line with what its two needles have in common at `needle`, and nowhere before.
+  bool candidate(std::string_view line, std::size_t needle);
   void context(const CodexPayload& payload);
   bool tokenCount(const CodexLine& line);
 

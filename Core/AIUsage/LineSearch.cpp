@@ -1,82 +1,64 @@
 #include "Core/AIUsage/LineSearch.h"
 
-#include <bit>
-#include <cstdint>
+#include <algorithm>
 #include <cstring>
 
 namespace korvell {
 
 namespace {
 
-// The compilers' own vectors: SSE2 on x86-64, NEON on arm64, no intrinsics of either.
-using Block = unsigned char __attribute__((vector_size(16)));
-constexpr std::size_t lanes = sizeof(Block);
-constexpr std::size_t stride = 4 * lanes;
-
-Block load(const char* bytes) {
-  Block block;
-  std::memcpy(&block, bytes, lanes);
-  return block;
-}
-
-Block every(char byte) { return Block{} + static_cast<unsigned char>(byte); }
-
-struct Halves {
-  std::uint64_t low, high;
-};
-
-Halves halves(Block mask) {
-  Halves result;
-  std::memcpy(&result, &mask, sizeof result);
-  return result;
-}
-
-bool any(Block mask) {
-  const auto [low, high] = halves(mask);
-  return (low | high) != 0;
-}
-
-static_assert(std::endian::native == std::endian::little, "lane numbers are read off little-endian words");
-
-/// Calls `accept` with each set lane in order until it answers true.
-template <class Accept>
-bool firstLane(Block mask, Accept&& accept) {
-  const auto [low, high] = halves(mask);
-  for (int half = 0; half < 2; ++half)
-    for (std::uint64_t word = half ? high : low; word != 0;) {
-      const int lane = std::countr_zero(word) / 8;
-      if (accept(std::size_t(half * 8 + lane))) return true;
-      word &= ~(std::uint64_t{0xff} << (lane * 8));
-    }
-  return false;
-}
+constexpr std::size_t stride = 128;
 
 struct Anchors {
-  Block first, second, third;
-  const char *atFirst, *atSecond, *atThird;
+  const char *atRare, *atSecond; ///< at position 0
+  char rare, second;
 
   Anchors(const Needle& needle, const char* bytes)
-      : first(every(needle.text[needle.first])), second(every(needle.text[needle.second])),
-        third(every(needle.text[needle.third])), atFirst(bytes + needle.first),
-        atSecond(bytes + needle.second), atThird(bytes + needle.third) {}
-  Block two(std::size_t at) const {
-    return Block((load(atFirst + at) == first) & (load(atSecond + at) == second));
-  }
-  Block three(std::size_t at) const { return Block(two(at) & (load(atThird + at) == third)); }
+      : atRare(bytes + needle.rare), atSecond(bytes + needle.second), rare(needle.text[needle.rare]),
+        second(needle.text[needle.second]) {}
 };
 
-/// The first of `blocks` times sixteen positions at which the whole needle stands.
-// Kept out of the loop that finds nothing, so that its registers are its own.
-[[gnu::noinline]] std::optional<std::size_t> confirm(const Needle& needle, const Anchors& anchors,
-                                                     const char* bytes, std::size_t at, int blocks) {
-  std::size_t found = 0;
-  for (; blocks > 0; --blocks, at += lanes) {
-    const Block mask = anchors.three(at);
-    if (any(mask) && firstLane(mask, [&](std::size_t lane) {
-          found = at + lane;
-          return std::memcmp(bytes + found, needle.text.data(), needle.text.size()) == 0;
-        }))
-      return found;
+/// The first stride from `at` on in which both anchors agree at a position; else where whole strides end.
+// A plain loop over bytes, without a branch: compilers turn it into the widest vectors that they may use.
+[[gnu::always_inline]] inline std::size_t nextStride(Anchors anchors, std::size_t at, std::size_t positions) {
+  for (; at + stride <= positions; at += stride) {
+    const char* const rare = anchors.atRare + at;
+    const char* const second = anchors.atSecond + at;
+    unsigned char agree = 0;
+    for (std::size_t i = 0; i < stride; ++i)
+      agree |= static_cast<unsigned char>((rare[i] == anchors.rare) & (second[i] == anchors.second));
+    if (agree) break;
+  }
+  return at;
+}
+
+using NextStride = std::size_t (*)(Anchors, std::size_t, std::size_t);
+
+std::size_t nextStrideAnywhere(Anchors anchors, std::size_t at, std::size_t positions) {
+  return nextStride(anchors, at, positions);
+}
+
+#if defined(__x86_64__)
+// Twice as wide as what every such processor has.
+[[gnu::target("avx2")]] std::size_t nextStrideAVX2(Anchors anchors, std::size_t at, std::size_t positions) {
+  return nextStride(anchors, at, positions);
+}
+const NextStride widestNextStride = __builtin_cpu_supports("avx2") ? nextStrideAVX2 : nextStrideAnywhere;
+#else
+constexpr NextStride widestNextStride = nextStrideAnywhere;
+#endif
+
+/// The first of the positions from `at` to `end` at which the whole needle stands.
+std::optional<std::size_t> confirm(const Needle& needle, const char* bytes, std::size_t at, std::size_t end) {
+  const char rare = needle.text[needle.rare];
+  const char* const last = bytes + end + needle.rare;
+  for (const char* next = bytes + at + needle.rare; next < last; ++next) {
+    next = static_cast<const char*>(std::memchr(next, rare, std::size_t(last - next)));
+    if (!next) break;
+    const char* const begin = next - needle.rare;
+    if (begin[needle.second] == needle.text[needle.second] &&
+        std::memcmp(begin, needle.text.data(), needle.text.size()) == 0)
+      return std::size_t(begin - bytes);
   }
   return std::nullopt;
 }
@@ -84,33 +66,26 @@ struct Anchors {
 } // namespace
 
 std::optional<std::size_t> findWithSIMD(const Needle& needle, std::string_view range) {
-  const std::string_view text = needle.text;
-  if (text.size() < 2 || range.size() < text.size()) return std::nullopt;
-  const char* const bytes = range.data();
-  const std::size_t positions = range.size() - text.size() + 1;
-  const Anchors anchors(needle, bytes);
-  std::size_t at = 0;
-  for (; at + stride <= positions; at += stride)
-    if (any(anchors.two(at) | anchors.two(at + lanes) | anchors.two(at + 2 * lanes) |
-            anchors.two(at + 3 * lanes)))
-      if (const auto found = confirm(needle, anchors, bytes, at, 4)) return found;
-  for (; at + lanes <= positions; at += lanes)
-    if (const auto found = confirm(needle, anchors, bytes, at, 1)) return found;
-  for (; at < positions; ++at)
-    if (std::memcmp(bytes + at, text.data(), text.size()) == 0) return at;
+  if (needle.text.size() < 2 || range.size() < needle.text.size()) return std::nullopt;
+  const std::size_t positions = range.size() - needle.text.size() + 1;
+  const Anchors anchors(needle, range.data());
+  for (std::size_t at = 0; at < positions;) {
+    at = widestNextStride(anchors, at, positions);
+    const std::size_t end = std::min(at + stride, positions);
+    if (const auto found = confirm(needle, range.data(), at, end)) return found;
+    at = end;
+  }
   return std::nullopt;
 }
 
 std::optional<std::size_t> lastLineFeed(std::string_view range) {
-  const Block lineFeed = every('\n');
-  std::size_t end = range.size();
-  for (; end >= stride; end -= stride) {
-    const char* const block = range.data() + end - stride;
-    const auto mask = [&](std::size_t i) { return Block(load(block + i * lanes) == lineFeed); };
-    if (any(mask(0) | mask(1) | mask(2) | mask(3))) break;
-  }
-  const std::size_t at = range.substr(0, end).rfind('\n');
-  return at == std::string_view::npos ? std::nullopt : std::optional(at);
+#if defined(__GLIBC__)
+  const void* const last = memrchr(range.data(), '\n', range.size());
+  return last ? std::optional(std::size_t(static_cast<const char*>(last) - range.data())) : std::nullopt;
+#else
+  const auto last = range.rfind('\n');
+  return last == std::string_view::npos ? std::nullopt : std::optional(last);
+#endif
 }
 
 } // namespace korvell

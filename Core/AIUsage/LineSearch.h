@@ -1,10 +1,11 @@
 #pragma once
-// Searching raw log bytes, sixteen at a time.
+// Searching raw log bytes as fast as they are read.
 //
 // Nearly all bytes of a log belong to lines that do not matter, so the whole block is searched for the byte
-// string that makes a line matter, and lines are cut out only around a hit. Two bytes of the string, the
-// first anchors, are compared at every position; where both agree the third is, and then the whole string.
-// Anchors that rarely meet in JSON keep such confirmations rare.
+// string that makes a line matter, and lines are cut out only around a hit. Two bytes of the string, its
+// anchors, are compared at every position of a stride at once; only a stride in which both agree somewhere is
+// looked at more closely. Anchors that are rare, and rarely meet, in JSON and in program text keep that
+// seldom.
 
 #include <cstddef>
 #include <optional>
@@ -14,23 +15,21 @@ namespace korvell {
 
 struct Needle {
   std::string_view text;
-  std::size_t first = 0, second = 1, third = 1; ///< where in the text the anchors are
+  std::size_t rare = 0, second = 1; ///< where in the text the anchors are; the first one is the rarer
 
   constexpr Needle(std::string_view text) : text(text) {}
-  constexpr Needle(std::string_view text, std::size_t first, std::size_t second, std::size_t third)
-      : text(text), first(first), second(second), third(third) {}
+  constexpr Needle(std::string_view text, char rare, char second)
+      : text(text), rare(text.find(rare)), second(text.find(second)) {}
 };
 
-// A quote inside a text is written with a backslash before it, so a quote behind a letter, and a colon before
-// a quote, belong to the line's own members.
-inline constexpr Needle usageNeedle{"\"usage\":{", 1, 6, 8};
-inline constexpr Needle assistantNeedle{"\"type\":\"assistant\"", 7, 8, 6};
-inline constexpr Needle messageIDNeedle{"\"id\":\"msg_", 9, 6, 4};
-inline constexpr Needle requestIDNeedle{"\"requestId\":\"", 8, 9, 10};
-inline constexpr Needle tokenCountNeedle{"\"type\":\"token_count\"", 13, 12, 14};
-inline constexpr Needle turnContextNeedle{"\"type\":\"turn_context\"", 12, 11, 13};
+inline constexpr Needle usageNeedle{"\"usage\":{", '{', 'g'};
+inline constexpr Needle assistantNeedle{"\"type\":\"assistant\"", 'y', ':'};
+inline constexpr Needle messageIDNeedle{"\"id\":\"msg_", 'g', ':'};
+inline constexpr Needle requestIDNeedle{"\"requestId\":\"", 'q', 'I'};
+inline constexpr Needle tokenCountNeedle{"\"type\":\"token_count\"", 'k', '_'};
+inline constexpr Needle turnContextNeedle{"\"type\":\"turn_context\"", 'x', '_'};
 /// How the two needles of Codex lines begin.
-inline constexpr Needle codexNeedle{"\"type\":\"t", 7, 8, 6};
+inline constexpr Needle codexNeedle{"\"type\":\"t", 'y', ':'};
 
 /// The offset of the first occurrence. A needle shorter than two bytes is found nowhere.
 std::optional<std::size_t> findWithSIMD(const Needle& needle, std::string_view range);
