@@ -24,11 +24,17 @@ void Statement::bindPointer(int index, void* pointer, const char* type) {
 int Statement::step() { return statement_ ? sqlite3_step(statement_.get()) : SQLITE_MISUSE; }
 bool Statement::stepRow() { return step() == SQLITE_ROW; }
 
-bool Statement::run() {
+bool Statement::runKeepingBindings() {
   int code = step();
   while (code == SQLITE_ROW) code = step();
-  reset();
+  sqlite3_reset(statement_.get());
   return code == SQLITE_DONE;
+}
+
+bool Statement::run() {
+  const bool done = runKeepingBindings();
+  reset();
+  return done;
 }
 
 void Statement::reset() {

@@ -38,6 +38,8 @@ public:
   bool stepRow(); ///< true while there is a row
   /// Steps to the end and resets; true when it got there without an error.
   bool run();
+  /// The same, with the bindings kept: only what differs has to be bound for the next time.
+  bool runKeepingBindings();
   void reset(); ///< ready to bind and step again; bindings are cleared
 
   bool isNull(int column) const;

@@ -55,7 +55,7 @@ void SeenKeys::flush() {
   used_ = 0;
   std::sort(keys.begin(), keys.end());
   anyStored_ |= !keys.empty();
-  for (const auto key : keys) database_.addSeen(std::uint64_t(key), scanDay_);
+  database_.addSeen(keys, scanDay_);
 }
 
 Accounting::Accounting(UsageDatabase& database, std::string scanDay, std::optional<AICodexLimits> limits)
@@ -73,11 +73,13 @@ void Accounting::merge(AITool tool, FileState& state, const EventBatch& batch) {
   if (batch.limits) keepNewer(limits_, *batch.limits);
 }
 
-void Accounting::add(const Bucket& bucket, const Counts& counts) {
+void Accounting::add(const BucketView& bucket, const Counts& counts) {
   if (counts.total() < 1) return;
-  const auto [entry, isNew] = pending_.try_emplace(bucket);
-  entry->second += counts;
-  if (!isNew) return;
+  if (const auto known = pending_.find(bucket); known != pending_.end()) {
+    known->second += counts;
+    return;
+  }
+  const auto entry = pending_.emplace(bucket, counts).first;
   pendingBytes_ += sizeof(*entry) + bucket.model.size() + bucket.project.size();
   if (pendingBytes_ > mostPendingBytes) flushUsage();
 }

@@ -46,14 +46,14 @@ public:
   const std::map<std::string, FileState>& states() const { return states_; }
 
 private:
-  void add(const Bucket& bucket, const Counts& counts);
+  void add(const BucketView& bucket, const Counts& counts);
   void flushUsage();
 
   UsageDatabase& database_;
   SeenKeys seen_;
   std::optional<AICodexLimits> limits_, storedLimits_;
   std::map<std::string, FileState> states_;
-  std::unordered_map<Bucket, Counts, BucketHash> pending_;
+  std::unordered_map<Bucket, Counts, BucketHash, std::equal_to<>> pending_;
   std::size_t pendingBytes_ = 0;
   std::int64_t records_ = 0;
 };

@@ -64,8 +64,11 @@ void Scan::read(std::size_t index, LineTools& tools, BlockBuffer& buffer) {
 }
 
 void Scan::mergeInTurn(std::size_t index, EventBatch& batch) {
-  std::unique_lock lock(mutex_);
-  turn_.wait(lock, [&] { return due_ == index; });
+  {
+    std::unique_lock lock(mutex_);
+    turn_.wait(lock, [&] { return due_ == index; });
+  }
+  // While this file is due and not finished, nobody else merges.
   accounting_.merge(tasks_[index].tool, tasks_[index].state, batch);
   stopped_ = accounting_.failed();
   batch.clear();
@@ -75,17 +78,27 @@ void Scan::finish(std::size_t index, Batch batch) {
   std::unique_lock lock(mutex_);
   waitingBytes_ += batch->bytes();
   waiting_.emplace(index, std::move(batch));
-  for (auto due = waiting_.begin(); due != waiting_.end() && due->first == due_;
-       due = waiting_.erase(due), ++due_) {
-    auto& task = tasks_[due_];
-    accounting_.merge(task.tool, task.state, *due->second);
-    accounting_.finishFile(task.path, task.state);
-    waitingBytes_ -= due->second->bytes();
-  }
-  stopped_ = accounting_.failed();
-  turn_.notify_all();
+  if (!merging_) mergeDue(lock);
   // The file that is due is in the hands of another thread, which waits for nobody.
   turn_.wait(lock, [&] { return waitingBytes_ <= mostWaitingBytes || waiting_.empty(); });
+}
+
+/// Merges outside the lock, so that other threads go on reading while the database takes its time.
+void Scan::mergeDue(std::unique_lock<std::mutex>& lock) {
+  merging_ = true;
+  for (auto due = waiting_.begin(); due != waiting_.end() && due->first == due_; due = waiting_.begin()) {
+    const Batch batch = std::move(waiting_.extract(due).mapped());
+    auto& task = tasks_[due_];
+    lock.unlock();
+    accounting_.merge(task.tool, task.state, *batch);
+    accounting_.finishFile(task.path, task.state);
+    lock.lock();
+    stopped_ = accounting_.failed();
+    waitingBytes_ -= batch->bytes();
+    ++due_;
+    turn_.notify_all();
+  }
+  merging_ = false;
 }
 
 void Scan::report(std::int64_t bytes) {

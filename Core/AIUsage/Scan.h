@@ -41,6 +41,7 @@ private:
   void read(std::size_t index, LineTools& tools, BlockBuffer& buffer);
   void mergeInTurn(std::size_t index, EventBatch& batch);
   void finish(std::size_t index, Batch batch);
+  void mergeDue(std::unique_lock<std::mutex>& lock);
   bool stopped() const { return stopped_ || cancellation_.isCancelled(); }
   void report(std::int64_t bytes);
 
@@ -54,9 +55,10 @@ private:
 
   std::atomic<std::size_t> next_ = 0;
   std::atomic<bool> stopped_ = false; ///< the accounting failed, going on is pointless
-  std::mutex mutex_;                  ///< guards what follows, and the accounting
+  std::mutex mutex_;                  ///< guards what follows
   std::condition_variable turn_;
-  std::size_t due_ = 0; ///< the file whose events are merged next
+  std::size_t due_ = 0;  ///< the file whose events are merged next, by the thread that works on it or
+  bool merging_ = false; ///< by one that merges what is due; the accounting is that one thread's
   std::map<std::size_t, Batch> waiting_;
   std::size_t waitingBytes_ = 0;
   Seconds helpersTime_{0};

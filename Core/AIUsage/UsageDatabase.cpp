@@ -167,7 +167,7 @@ void UsageDatabase::write(Statement& statement) {
   if (problem_ != Problem::none) return;
   if (!db_.inTransaction())
     problem_ = Problem::unusable;
-  else if (!statement.run())
+  else if (!statement.runKeepingBindings())
     note(db_.lastErrorCode());
 }
 
@@ -286,11 +286,13 @@ void UsageDatabase::saveLimits(const AICodexLimits& limits) {
   write(saveLimits_);
 }
 
-void UsageDatabase::addSeen(std::uint64_t hash, const std::string& day) {
+void UsageDatabase::addSeen(std::span<const std::int64_t> hashes, const std::string& day) {
   if (!db_) return;
-  addSeen_.bind(1, std::int64_t(hash));
   addSeen_.bind(2, day);
-  write(addSeen_);
+  for (const auto hash : hashes) {
+    addSeen_.bind(1, hash);
+    write(addSeen_);
+  }
 }
 
 } // namespace korvell

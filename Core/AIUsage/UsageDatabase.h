@@ -14,6 +14,7 @@
 #include "Core/AIUsage/UsageRecords.h"
 
 #include <functional>
+#include <span>
 #include <unordered_map>
 
 namespace korvell {
@@ -62,7 +63,7 @@ public:
   void saveFile(const std::string& path, const FileState& state);
   void addUsage(const Bucket& bucket, const Counts& counts);
   void saveLimits(const AICodexLimits& limits);
-  void addSeen(std::uint64_t hash, const std::string& day);
+  void addSeen(std::span<const std::int64_t> hashes, const std::string& day);
 
   bool hasSeen(std::uint64_t hash);
   bool hasSeenAny();

@@ -33,10 +33,10 @@ std::int64_t Counts::total() const {
   return addTokens(addTokens(addTokens(input, output), cacheWrite), cacheRead);
 }
 
-std::size_t BucketHash::operator()(const Bucket& bucket) const {
+std::size_t BucketHash::operator()(const BucketView& bucket) const {
   std::size_t seed = std::hash<std::int64_t>{}(bucket.day.number * 2 + (bucket.tool == AITool::codex));
-  seed = hashCombine(seed, std::hash<std::string>{}(bucket.model));
-  return hashCombine(seed, std::hash<std::string>{}(bucket.project));
+  seed = hashCombine(seed, std::hash<std::string_view>{}(bucket.model));
+  return hashCombine(seed, std::hash<std::string_view>{}(bucket.project));
 }
 
 } // namespace korvell

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace korvell {
 
@@ -26,6 +27,16 @@ struct Counts {
   std::int64_t total() const;
 };
 
+/// Which row of the usage table, in somebody else's texts.
+struct BucketView {
+  CalendarDay day; ///< local
+  AITool tool = AITool::claude;
+  std::string_view model;
+  std::string_view project;
+
+  bool operator==(const BucketView&) const = default;
+};
+
 /// One row of the usage table.
 struct Bucket {
   CalendarDay day; ///< local
@@ -33,11 +44,15 @@ struct Bucket {
   std::string model;
   std::string project;
 
+  explicit Bucket(const BucketView& view)
+      : day(view.day), tool(view.tool), model(view.model), project(view.project) {}
+  operator BucketView() const { return {day, tool, model, project}; }
   bool operator==(const Bucket&) const = default;
 };
 
 struct BucketHash {
-  std::size_t operator()(const Bucket& bucket) const;
+  using is_transparent = void;
+  std::size_t operator()(const BucketView& bucket) const;
 };
 
 /// How far a log file is read, and what later lines need to know of earlier ones.
