@@ -17,9 +17,11 @@ using State = SourceReport::State;
 SourceReport processes(const ProcessSourceRoots& roots, const Clock& clock) {
   SourceReport report{.name = localized("Processes"), .source = roots.proc + "/*/stat"};
   report.state = fileState(roots.proc + "/1/stat");
-  if (roots.table && !roots.table->read().empty())
-    report.microseconds = readingMicroseconds(clock, [&] { roots.table->read(); });
-  if (report.state == State::readable) return report;
+  if (report.state == State::readable) {
+    if (roots.table && !roots.table->read().empty())
+      report.microseconds = readingMicroseconds(clock, [&] { roots.table->read(); });
+    return report;
+  }
   report.state = State::refused;
   report.reason = localized("The system hides other users' processes (hidepid).");
   report.remedy =
