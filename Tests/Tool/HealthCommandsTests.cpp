@@ -1,7 +1,8 @@
-// status, alerts and report beside a keeper that a test plays.
+// status, top, alerts and report beside a keeper that a test plays.
 
 #include "App/KeeperLock.h"
 #include "App/LineServer.h"
+#include "Base/Text.h"
 #include "Core/Health/HealthAlert.h"
 #include "Core/Health/HealthReport.h"
 #include "Tests/Fakes/FakeClock.h"
@@ -16,6 +17,7 @@
 namespace korvell {
 namespace {
 
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 using Action = Insight::Action;
@@ -56,6 +58,11 @@ struct HealthCommandsTests : testing::Test {
     ASSERT_TRUE(keeper);
     lock->announce(keeperSocketPath(host.folders));
   }
+  void startKeeper(const std::vector<AppUsage>& apps) {
+    SystemSnapshot snapshot;
+    snapshot.apps = apps;
+    startKeeper(Value::object({{"snapshot", toValue(snapshot)}, {"report", reportValue(report)}}));
+  }
   int run(const std::vector<std::string>& arguments) {
     out.clear();
     err.clear();
@@ -67,7 +74,7 @@ struct HealthCommandsTests : testing::Test {
 };
 
 TEST_F(HealthCommandsTests, statusTellsTheFindingsAndTheirFixes) {
-  startKeeper(Value::object({{"snapshot", toValue(SystemSnapshot())}, {"report", reportValue(report)}}));
+  startKeeper(std::vector<AppUsage>());
   EXPECT_EQ(run({"status"}), exitOK);
   EXPECT_THAT(out, testing::StartsWith("Health   65 Fair\n"
                                        "         ● Disk\\x1b[2J is almost full −20\n"
@@ -85,7 +92,7 @@ TEST_F(HealthCommandsTests, statusTellsTheFindingsAndTheirFixes) {
 }
 
 TEST_F(HealthCommandsTests, statusAsJSONAndAsACheck) {
-  startKeeper(Value::object({{"snapshot", toValue(SystemSnapshot())}, {"report", reportValue(report)}}));
+  startKeeper(std::vector<AppUsage>());
   EXPECT_EQ(run({"status", "--json", "--check", "65"}), exitOK);
   const auto json = *parseJSON(out);
   EXPECT_EQ(json.find("score")->asInt(), 65);
@@ -98,6 +105,50 @@ TEST_F(HealthCommandsTests, statusAsJSONAndAsACheck) {
       R"({"severity":"warning","title":"CPU busy for 10 minutes","detail":"91% on average. Editor is the )"
       R"(main load.","penalty":15,"action":{"kind":"quitApp","bundlePath":"/Editor","name":"Editor"}})");
   EXPECT_EQ(run({"status", "--check", "66"}), exitFailed);
+}
+
+TEST_F(HealthCommandsTests, findingsOnFewLines) {
+  std::string sink;
+  const Terminal terminal(sink, 60);
+  EXPECT_EQ(findingLines(terminal, report, 60, 20), findingLines(terminal, report, 60))
+      << "all that there is";
+  EXPECT_THAT(findingLines(terminal, report, 60, 4),
+              ElementsAre("Health   65 Fair", "         ● Disk\\x1b[2J is almost full −20  3.00 GB free. Th…",
+                          "         ▲ CPU busy for 10 minutes −15  91% on average. Edi…",
+                          "         · Up for 15 days −4  A restart clears leaked memor…"));
+  for (const int height : {0, 2, 3}) {
+    const auto lines = findingLines(terminal, report, 60, height);
+    EXPECT_EQ(lines.size(), std::size_t(std::max(2, height)));
+    EXPECT_EQ(lines.back(), height == 3 ? "           and 2 more: korvell status"
+                                        : "           and 3 more: korvell status");
+  }
+  for (const auto& line : findingLines(terminal, report, 60, 20))
+    EXPECT_THAT(plainText(line), Not(HasSubstr("?"))) << "a terminal without Unicode shows everything";
+}
+
+TEST_F(HealthCommandsTests, topSortsWhatTheKeeperMeasured) {
+  startKeeper(
+      {{.id = "a", .name = "Alpha", .processes = {{.pid = 1, .name = "a1", .cpu = 2, .memory = 3 << 20}}},
+       {.id = "b",
+        .name = "Beta",
+        .processes = {{.pid = 2, .name = "b1", .cpu = 30, .memory = 1 << 20, .power = 2},
+                      {.pid = 3, .name = "b2", .cpu = 1, .memory = 1 << 20}}}});
+  const auto rows = [this](std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "top");
+    EXPECT_EQ(run(arguments), exitOK);
+    std::vector<std::string> names;
+    for (const auto line : splitLines(out)) names.emplace_back(trimmed(line.substr(0, 10)));
+    return names;
+  };
+  EXPECT_THAT(rows({}), ElementsAre("Applicatio", "Beta (2)", "Alpha"));
+  EXPECT_THAT(out, HasSubstr("Energy")) << "one of them tells its power";
+  EXPECT_THAT(rows({"--by", "memory", "--limit", "1"}), ElementsAre("Applicatio", "Alpha"));
+  EXPECT_THAT(rows({"--processes", "--limit", "2"}), ElementsAre("Process", "2 b1", "1 a1"));
+  EXPECT_EQ(run({"top", "--json", "--processes", "--limit", "1"}), exitOK);
+  const auto json = *parseJSON(out);
+  EXPECT_EQ(json.find("apps")->asArray()->size(), 1u);
+  EXPECT_EQ(json.find("apps")->asArray()->front().find("cpu")->asDouble(), 31);
+  EXPECT_EQ(json.find("processes")->asArray()->front().find("pid")->asInt(), 2);
 }
 
 TEST_F(HealthCommandsTests, alertsComeFromTheKeeper) {

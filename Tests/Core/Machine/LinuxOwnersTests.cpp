@@ -124,68 +124,42 @@ struct LinuxOwnersRules : testing::Test {
 };
 
 TEST_F(LinuxOwnersRules, theFirstRuleThatAnswersDecides) {
-  const std::string entries = "/usr/share/applications/";
   const std::string app = "/user.slice/user-1000.slice/user@1000.service/app.slice/";
+  const std::string firefox = "/usr/lib/firefox-esr/", entries = "/usr/share/applications/";
   struct Row {
     ProcessFacts facts;
-    std::string key, name, rule;
+    std::string decision; ///< key, name and rule; E: where entries stand
   };
   const Row rows[] = {
-      {{.path = "/usr/lib/firefox-esr/firefox-esr", .user = 0, .kernelThread = true},
-       "system",
-       "Linux",
-       "kernel thread"},
-      {{.path = "/usr/lib/firefox-esr/firefox-esr", .user = 33}, "system", "Linux", "system user"},
+      {{.path = firefox + "firefox-esr", .user = 0, .kernelThread = true}, "system|Linux|kernel thread"},
+      {{.path = firefox + "firefox-esr", .user = 33}, "system|Linux|system user"},
       {{.path = "/bin/x", .user = 1000, .controlGroup = app + "app-FIREFOX\\x2desr-1.scope"},
-       entries + "firefox-esr.desktop",
-       "Feuerfuchs",
-       "control group of an application"},
+       "E:firefox-esr.desktop|Feuerfuchs|control group of an application"},
       {{.user = 1000, .controlGroup = app + "app-unknown-1.scope"},
-       "proc:unknown",
-       "unknown",
-       "control group of an application"},
+       "proc:unknown|unknown|control group of an application"},
       {{.user = 1000, .controlGroup = app + "snap.spotify.spotify-1.scope"},
-       entries + "spotify_spotify.desktop",
-       "Spotify",
-       "snap"},
+       "E:spotify_spotify.desktop|Spotify|snap"},
       {{.user = 1000, .controlGroup = "/system.slice/docker-0123456789abcdef.scope"},
-       "container:0123456789ab",
-       "Container 0123456789ab",
-       "container"},
+       "container:0123456789ab|Container 0123456789ab|container"},
       {{.user = 1000, .controlGroup = app + "syncthing.service"},
-       "proc:syncthing.service",
-       "syncthing",
-       "control group of a unit"},
+       "proc:syncthing.service|syncthing|control group of a unit"},
       {{.user = 1000, .desktopFile = entries + "script.desktop"},
-       entries + "script.desktop",
-       "Script",
-       "launched from a desktop entry"},
+       "E:script.desktop|Script|launched from a desktop entry"},
       {{.path = "/tmp/.mount_Tool1/usr/bin/tool", .user = 1000, .appImage = "/home/me/Tool.AppImage"},
-       "/home/me/Tool.AppImage",
-       "Tool.AppImage",
-       "AppImage"},
+       "/home/me/Tool.AppImage|Tool.AppImage|AppImage"},
       {{.path = "/usr/bin/ls", .name = "ls", .user = 1000, .appImage = "/home/me/Tool.AppImage"},
-       "proc:ls",
-       "ls",
-       "process"},
-      {{.path = "/usr/lib/firefox-esr/plugin-container", .user = 1000},
-       entries + "firefox-esr.desktop",
-       "Feuerfuchs",
-       "program"},
-      {{.path = "/opt/my tool/helper", .user = 1000}, entries + "quoted.desktop", "My Tool", "program"},
-      {{.path = "/usr/bin/python3.11", .name = "python3.11", .user = 1000},
-       "proc:python3.11",
-       "python3.11",
-       "process"},
-      {{.path = "/usr/bin/htop", .name = "htop", .user = 1000}, "proc:htop", "htop", "process"},
-      {{.path = "/usr/libexec/gvfsd", .user = 1000}, "system", "Linux", "system path"},
-      {{.path = "/usr/local/sbin/mine", .name = "mine", .user = 1000}, "proc:mine", "mine", "process"},
+       "proc:ls|ls|process"},
+      {{.path = firefox + "plugin-container", .user = 1000}, "E:firefox-esr.desktop|Feuerfuchs|program"},
+      {{.path = "/opt/my tool/helper", .user = 1000}, "E:quoted.desktop|My Tool|program"},
+      {{.path = "/usr/bin/python3.11", .name = "python", .user = 1000}, "proc:python|python|process"},
+      {{.path = "/usr/bin/htop", .name = "htop", .user = 1000}, "proc:htop|htop|process"},
+      {{.path = "/usr/libexec/gvfsd", .user = 1000}, "system|Linux|system path"},
+      {{.path = "/usr/local/sbin/mine", .name = "mine", .user = 1000}, "proc:mine|mine|process"},
   };
   for (const auto& row : rows) {
-    const auto decision = decide(row.facts);
-    EXPECT_EQ(decision.owner->key, row.key) << row.rule;
-    EXPECT_EQ(decision.owner->name, row.name) << row.rule;
-    EXPECT_EQ(decision.rule, row.rule) << row.key;
+    const auto [owner, rule] = decide(row.facts);
+    const auto key = owner->key.starts_with(entries) ? "E:" + owner->key.substr(entries.size()) : owner->key;
+    EXPECT_EQ(key + "|" + owner->name + "|" + std::string(rule), row.decision);
   }
 }
 

@@ -95,21 +95,15 @@ TEST_F(ProcessSamplerTests, countersOfTwoCyclesBecomeRates) {
   }
 }
 
-TEST_F(ProcessSamplerTests, theTimebaseTurnsUnitsIntoNanoseconds) {
+TEST_F(ProcessSamplerTests, unitsOfTheTimebaseOverElapsedTime) {
   table.base = {125, 3};
   ProcessSampler fresh{{table, applications, owners, clock}, 4};
   auto& counters = table.add(7, "app").counters;
-  fresh.sample({});
-  counters.cpuTime += 24'000'000; // one second at 24 MHz
-  clock.advance(Seconds{4});
-  EXPECT_NEAR(process(fresh.sample({}), 7).cpu, 25, 1e-9);
-}
-
-TEST_F(ProcessSamplerTests, aCycleWithoutElapsedTimeShowsNoRates) {
-  auto& counters = table.add(7, "app").counters;
-  cycle();
-  counters.cpuTime = 1'000'000'000;
-  EXPECT_EQ(process(cycle(0), 7).cpu, 0);
+  for (const auto& [elapsed, cpu] : {std::pair(0.0, 0.0), std::pair(4.0, 25.0), std::pair(0.0, 0.0)}) {
+    counters.cpuTime += 24'000'000; // one second at 24 MHz
+    clock.advance(Seconds{elapsed});
+    EXPECT_NEAR(process(fresh.sample({}), 7).cpu, cpu, 1e-9) << elapsed;
+  }
 }
 
 TEST_F(ProcessSamplerTests, aReusedProcessIDIsAnotherProcess) {
@@ -150,6 +144,8 @@ TEST_F(ProcessSamplerTests, whatIsGoneIsForgotten) {
   EXPECT_EQ(sampler.identity(9), nullptr);
   table.add(9, "app-helper", 7).counters.cpuTime = 1'000'000'000;
   EXPECT_EQ(process(cycle(), 9).cpu, 0);
+  table.add(10, "app").facts = {};
+  EXPECT_EQ(process(cycle(), 10).name, "pid 10") << "a name for want of facts";
 }
 
 TEST_F(ProcessSamplerTests, onlyWhatWasHiddenComesFromTheHelper) {
@@ -220,11 +216,6 @@ TEST_F(ProcessSamplerTests, processesOfOneOwnerAreOneApplication) {
   EXPECT_THAT(process(apps, 5).ports, IsEmpty());
   EXPECT_EQ(apps[1].mainPID, std::nullopt) << "not among the running applications";
   EXPECT_EQ(apps[2].id, "key:other-late");
-}
-
-TEST_F(ProcessSamplerTests, aProcessWithoutFactsKeepsANumberForAName) {
-  table.add(7, "app").facts = {};
-  EXPECT_EQ(process(cycle(), 7).name, "pid 7");
 }
 
 } // namespace

@@ -148,20 +148,15 @@ TEST(SystemSamplerTests, thePrimaryInterfaceMovedTheMost) {
 }
 
 TEST(SystemSamplerTests, graphicsShowTheBusiestAndAllTheirMemory) {
-  EXPECT_EQ(gpuStats({}, {}, {}, Seconds{1}), GPUStats{});
   EXPECT_EQ(gpuStats({}, {{30, 100}, {70, 20}, {0, 1}}, {.graphicsName = "Apple M9"}, Seconds{1}),
             (GPUStats{"Apple M9", 70, 121}));
-}
-
-TEST(SystemSamplerTests, enginesThatCountTheirTimeAreBusyForTheirShareOfIt) {
   const std::map<std::string, std::uint64_t> previous = {
       {"a render", 1'000'000'000}, {"a copy", 9}, {"b x", 5}};
   const std::vector<GPUCounters> now = {
       {0, 7, {{"a render", 1'500'000'000}, {"a copy", 100'000'009}, {"a new", 9'000'000'000}}},
       {0, 0, {{"b x", 0}}}};
-  EXPECT_DOUBLE_EQ(gpuStats(previous, now, {}, Seconds{2}).utilization, 25);
-  EXPECT_EQ(gpuStats(previous, now, {}, Seconds{0}).utilization, 0);
-  EXPECT_EQ(gpuStats(previous, now, {}, Seconds{0.1}).utilization, 100) << "readings some time apart";
+  for (const auto& [seconds, share] : {std::pair(2.0, 25.0), std::pair(0.0, 0.0), std::pair(0.1, 100.0)})
+    EXPECT_DOUBLE_EQ(gpuStats(previous, now, {}, Seconds{seconds}).utilization, share) << seconds;
 }
 
 TEST(SystemSamplerTests, packageCountersWrapAtTheirRange) {
@@ -181,39 +176,31 @@ TEST(SystemSamplerTests, packageCountersWrapAtTheirRange) {
   EXPECT_EQ(packageWatts(rows[0].previous, rows[0].now, Seconds{0}), 0);
 }
 
-TEST(SystemSamplerTests, timeRemainingIsShownOnlyOnTheBattery) {
-  struct Row {
-    std::optional<bool> external;
-    std::optional<int> minutes;
-    std::optional<int> shown;
-  };
-  const Row rows[] = {
-      {false, 161, 161}, {false, 1, 1},   {false, 65534, 65534}, {false, 65535, {}},      {false, 0, {}},
-      {false, -5, {}},   {false, {}, {}}, {true, 161, {}},       {std::nullopt, 161, {}},
-  };
-  for (const auto& row : rows) {
-    PowerReading power{
-        .battery = BatteryReading{.externalConnected = row.external, .minutesRemaining = row.minutes}};
-    EXPECT_EQ(batteryStats(power, 0).minutesRemaining, row.shown) << row.minutes.value_or(-1);
-    EXPECT_EQ(batteryStats(power, 0).onAC, row.external.value_or(true));
-  }
-}
-
 TEST(SystemSamplerTests, batteryFiguresStayInTheirBounds) {
   struct Row {
-    double full, design, health;
-    std::optional<int> percent;
-    int shown;
+    BatteryReading reading;
+    std::optional<int> minutes;
+    double health = 0;
+    int percent = 0;
   };
-  const Row rows[] = {{41, 50, 82, 61, 61}, {60, 50, 100, 104, 100}, {41, 0, 0, {}, 0}, {0, 50, 0, -3, 0}};
+  const Row rows[] = {{{.externalConnected = false, .minutesRemaining = 1}, 1},
+                      {{.externalConnected = false, .minutesRemaining = 65534}, 65534},
+                      {{.externalConnected = false, .minutesRemaining = 65535}, {}},
+                      {{.externalConnected = false, .minutesRemaining = 0}, {}},
+                      {{.externalConnected = false}, {}},
+                      {{.externalConnected = true, .minutesRemaining = 161}, {}},
+                      {{.minutesRemaining = 161}, {}},
+                      {{.percent = 61, .fullCapacity = 41, .designCapacity = 50}, {}, 82, 61},
+                      {{.percent = 104, .fullCapacity = 60, .designCapacity = 50}, {}, 100, 100},
+                      {{.fullCapacity = 41}, {}},
+                      {{.percent = -3, .designCapacity = 50}, {}}};
   for (const auto& row : rows) {
-    const auto stats = batteryStats({.battery = BatteryReading{.present = true,
-                                                               .percent = row.percent,
-                                                               .fullCapacity = row.full,
-                                                               .designCapacity = row.design}},
-                                    0);
+    const auto stats = batteryStats({.battery = row.reading}, 0);
+    SCOPED_TRACE(&row - rows);
+    EXPECT_EQ(stats.minutesRemaining, row.minutes);
+    EXPECT_EQ(stats.onAC, row.reading.externalConnected.value_or(true));
     EXPECT_DOUBLE_EQ(stats.health, row.health);
-    EXPECT_EQ(stats.percent, row.shown);
+    EXPECT_EQ(stats.percent, row.percent);
   }
 }
 
