@@ -1,6 +1,16 @@
 #include "App/AppModel.h"
 
+#include <algorithm>
+#include <unistd.h>
+
 namespace korvell {
+
+namespace {
+
+/// Most applications that were asked to quit have done so by then.
+constexpr Seconds timeToQuit{0.5};
+
+} // namespace
 
 AppModel::AppModel(Queue& main, std::unique_ptr<Sampler> sampler, const Attention& attention, Seams seams,
                    std::unique_ptr<AIUsageStore> aiUsage)
@@ -23,18 +33,77 @@ AppModel::AppModel(Queue& main, std::unique_ptr<Sampler> sampler, const Attentio
 
 AppModel::~AppModel() {
   aiUsage_.reset();
+  removals_.reset(); // waits for one that is under way
   timer_.reset();
   self_.reset();
+}
+
+// A cycle that was under way when a list's clock was reset has handed its tick over before: queues keep their
+// order. So the next tick to be applied is one of after the reset.
+void AppModel::afterCycle(Task done) {
+  afterCycle_.push_back(std::move(done));
+  timer_->schedule(Seconds(0), paceFor(watched_).interval, paceFor(watched_).leeway);
 }
 
 void AppModel::stop(const DevServer& server, std::function<void(StopOutcome)> done) {
   const auto finished = [&main = main_, weak = std::weak_ptr(self_), done](StopOutcome outcome) {
     main.async([weak, done, outcome] {
-      if (!weak.expired()) done(outcome);
+      if (const auto self = weak.lock()) (*self)->afterCycle([done, outcome] { done(outcome); });
     });
   };
   sampler_->queue().async([sampler = sampler_.get(), pid = server.pid, startedAt = server.startedAt,
                            finished] { sampler->stopServer(pid, startedAt, finished); });
+}
+
+void AppModel::quit(const AppUsage& app, bool force, std::function<void(QuitResult)> done) {
+  sampler_->queue().async([weak = std::weak_ptr(self_), sampler = sampler_.get(), &main = main_, app, force,
+                           done = std::move(done)] {
+    main.async([weak, targets = sampler->targets(app, force, getpid()), force, done] {
+      if (const auto self = weak.lock()) (*self)->quit(targets, force, done);
+    });
+  });
+}
+
+void AppModel::quit(const std::string& bundlePath, std::function<void(QuitResult)> done) {
+  const auto app = std::ranges::find(snapshot->apps, bundlePath, &AppUsage::bundlePath);
+  if (app == snapshot->apps.end()) return done({});
+  quit(*app, false, std::move(done));
+}
+
+void AppModel::quit(std::vector<QuitTarget> targets, bool force, std::function<void(QuitResult)> done) {
+  sampler_->queue().async([sampler = sampler_.get(), weak = std::weak_ptr(self_), &main = main_,
+                           targets = std::move(targets), force, done = std::move(done)] {
+    main.async([weak, result = sampler->quit(targets, force), done] {
+      const auto self = weak.lock();
+      if (!self) return;
+      auto& model = **self;
+      model.timer_->schedule(timeToQuit, paceFor(model.watched_).interval, paceFor(model.watched_).leeway);
+      done(result);
+    });
+  });
+}
+
+void AppModel::rescanStartupItems(Task done) {
+  sampler_->queue().async(
+      [sampler = sampler_.get(), weak = std::weak_ptr(self_), &main = main_, done = std::move(done)] {
+        sampler->rescanStartup();
+        main.async([weak, done] {
+          if (const auto self = weak.lock()) (*self)->afterCycle(done);
+        });
+      });
+}
+
+void AppModel::remove(const StartupItem& item, std::function<void(Outcome)> done) {
+  if (!seams_.launchItems || !seams_.trash || !seams_.makeQueue)
+    return done(Failure{localized("Startup items can't be removed here.")});
+  // Stopping a job may take seconds, which the sampling loop must not wait for.
+  if (!removals_) removals_ = seams_.makeQueue("Korvell.removals");
+  removals_->async([weak = std::weak_ptr(self_), &main = main_, items = seams_.launchItems,
+                    trash = seams_.trash, item, done = std::move(done)] {
+    main.async([weak, outcome = StartupScanner::remove(item, *items, *trash), done] {
+      if (const auto self = weak.lock()) (*self)->rescanStartupItems([done, outcome] { done(outcome); });
+    });
+  });
 }
 
 void AppModel::wake() {
@@ -52,10 +121,12 @@ void AppModel::apply(const Tick& tick) {
   if (const bool watched = attention_.isWatched(); watched != watched_)
     setWatched(watched, paceFor(watched).first);
   publish(tick);
-  if (ticks_ < 2) return;
-  hasSample.setIfChanged(true);
-  extendLiveSeries(tick.snapshot);
-  if (seams_.state) judge(tick);
+  if (ticks_ >= 2) {
+    hasSample.setIfChanged(true);
+    extendLiveSeries(tick.snapshot);
+    if (seams_.state) judge(tick);
+  }
+  for (const auto& done : std::exchange(afterCycle_, {})) done();
 }
 
 void AppModel::publish(const Tick& tick) {

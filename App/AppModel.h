@@ -14,6 +14,7 @@
 #include "Core/Loop/Pace.h"
 #include "Core/Loop/Sampler.h"
 #include "Platform/Attention.h"
+#include "Platform/Trash.h"
 
 #include <map>
 #include <memory>
@@ -35,6 +36,10 @@ public:
     const MachineState* state = nullptr;
     const UserDefaults* defaults = nullptr; ///< the menu bar's style; the icon without
     Notifications* notifications = nullptr; ///< asked for permission once
+    // For removing startup items, on a queue that is made when it is first needed.
+    LaunchItems* launchItems = nullptr;
+    Trash* trash = nullptr;
+    QueueFactory makeQueue = {};
   };
 
   /// Without `aiUsage` there is no accounting of AI usage.
@@ -62,9 +67,19 @@ public:
 
   MenuBarState menuBar;
 
-  /// Stops a development server, politely and after three seconds for good; `done` is called once, on the
-  /// main queue, unless the model ends before.
+  // The user's actions. `done` is called once, on the main queue, unless the model ends before; by then the
+  // lists above show what has changed, but for applications, which take their time to quit.
+
+  /// Stops a development server, politely and after three seconds for good.
   void stop(const DevServer& server, std::function<void(StopOutcome)> done);
+  /// Asks an application of the snapshot to quit, or ends it at once; never this process.
+  void quit(const AppUsage& app, bool force, std::function<void(QuitResult)> done);
+  void quit(const std::string& bundlePath, std::function<void(QuitResult)> done);
+  /// The same of processes that somebody else saw.
+  void quit(std::vector<QuitTarget> targets, bool force, std::function<void(QuitResult)> done);
+  void rescanStartupItems(Task done);
+  /// Stops a leftover's job and moves its file to the Trash.
+  void remove(const StartupItem& item, std::function<void(Outcome)> done);
 
   /// The user has just opened something: the fast pace, at once.
   void wake();
@@ -74,6 +89,7 @@ public:
 
 private:
   void apply(const Tick& tick);
+  void afterCycle(Task done);
   void setWatched(bool watched, Seconds first);
   void publish(const Tick& tick);
   void addAlerts(std::vector<HealthAlert> newest);
@@ -87,8 +103,10 @@ private:
   std::shared_ptr<AppModel*> self_; ///< what a late hand-off finds empty
   std::int64_t ticks_ = 0;          ///< applied so far
   bool watched_ = true;             ///< the fast pace is in force
+  std::vector<Task> afterCycle_;    ///< run when the next tick has been applied
   std::unique_ptr<Timer> timer_;
   std::unique_ptr<AIUsageStore> aiUsage_;
+  std::unique_ptr<Queue> removals_; ///< null until the first
 };
 
 } // namespace korvell

@@ -64,6 +64,7 @@ std::unique_ptr<Sampler> Assembly::makeSampler(HistoryStore* history) {
   subjects.launchItems = host_.launchItems.get();
   subjects.table = host_.processes.get();
   subjects.control = host_.processControl.get();
+  subjects.applications = host_.applications.get();
   subjects.state = host_.state.get();
   if (history && host_.defaults && host_.notifications) {
     // Alerts and reports are the keeper's, whose sign is the history that it records.

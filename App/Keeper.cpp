@@ -1,6 +1,6 @@
 #include "App/Keeper.h"
 
-#include "Base/Localization.h"
+#include "App/KeeperActions.h"
 
 #include <algorithm>
 #include <utility>
@@ -51,22 +51,13 @@ bool isWanted(const Value* wanted, std::string_view name) {
   });
 }
 
-struct OutcomeName {
-  StopOutcome outcome;
-  std::string_view name;
-};
-constexpr OutcomeName outcomeNames[] = {{StopOutcome::ended, "ended"},
-                                        {StopOutcome::killed, "killed"},
-                                        {StopOutcome::gone, "gone"},
-                                        {StopOutcome::denied, "denied"}};
-
 } // namespace
 
 Value refusal(std::string_view reason) { return Value::object({{"ok", false}, {"error", reason}}); }
 
 Keeper::Keeper(Queue& main, AppModel& model)
     : main_(main), model_(model), self_(std::make_shared<Keeper*>(this)) {
-  addAction("stopServer", [this](const Value& request, Answer answer) { stopServer(request, answer); });
+  addModelActions(*this, model);
 }
 
 Keeper::~Keeper() {
@@ -106,24 +97,6 @@ void Keeper::answerState(const Value& request, const Answer& answer) const {
     if (auto value = part.value(model_); !value.isNull()) state.set(part.name, std::move(value));
   }
   answer(std::move(state));
-}
-
-void Keeper::stopServer(const Value& request, Answer answer) {
-  const auto* pid = request.find("pid");
-  const auto* startedAt = request.find("startedAt");
-  for (const DevProject& project : *model_.projects)
-    for (const DevServer& server : project.servers) {
-      if (!pid || pid->asInt() != server.pid) continue;
-      // Compared as it was told: a text has no more than milliseconds.
-      if (!startedAt || !startedAt->asString() || *startedAt->asString() != rfc3339(server.startedAt))
-        continue;
-      return model_.stop(server, [answer = std::move(answer)](StopOutcome outcome) {
-        const auto entry = std::find_if(std::begin(outcomeNames), std::end(outcomeNames),
-                                        [&](const auto& row) { return row.outcome == outcome; });
-        answer(Value::object({{"ok", true}, {"outcome", entry->name}}));
-      });
-    }
-  answer(refusal(localized("There is no such server any more.")));
 }
 
 } // namespace korvell

@@ -3,7 +3,7 @@
 //
 //   {"ask":"state"}                        everything that is published, each part under its name
 //   {"ask":"state","parts":["projects"]}   only these parts
-//   {"do":"stopServer","pid":1234,"startedAt":"2026-03-01T12:34:56.789Z"}
+//   {"do":"NAME", …}                       an action; KeeperActions.h has those of the model
 //
 // An answer is {"ok":true, …} or {"ok":false,"error":"…"}. Asking changes nothing. Lives on the main queue;
 // the socket's thread only hands lines over. Destroyed before the model.
@@ -38,7 +38,6 @@ public:
 
 private:
   void answerState(const Value& request, const Answer& answer) const;
-  void stopServer(const Value& request, Answer answer);
 
   Queue& main_;
   AppModel& model_;

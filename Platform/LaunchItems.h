@@ -2,10 +2,14 @@
 // The files by which the system starts programs by itself: launch agents and daemons on macOS, autostart
 // entries and systemd services on Linux. What the files say is read by Core/Startup.
 //
-// From any thread but the main one; files() reads the disk, the rest may start a program.
+// From any thread but the main one, and from several at once. files() and isMissing() read the disk;
+// loadedJobs() asks whoever runs the jobs, and waits some seconds at most; stop() and removed() may start a
+// program.
 
 #include "Base/Result.h"
+#include "Platform/FileTree.h"
 
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -23,6 +27,9 @@ struct LaunchFile {
   LaunchFormat format = LaunchFormat::propertyList;
   std::string path;  ///< absolute
   std::string bytes; ///< its content
+  /// What was read, for moving exactly that: the path without links before its last part, and the object.
+  std::string location;
+  FileIdentity identity{};
   bool operator==(const LaunchFile&) const = default;
 };
 
@@ -34,10 +41,18 @@ struct LaunchJob {
   bool operator==(const LaunchJob&) const = default;
 };
 
-/// Labels of the jobs that the system has loaded, as far as this user may see them.
+/// What one manager of jobs tells this user about them.
+struct ManagedJobs {
+  std::set<std::string> loaded; ///< labels
+  /// By label: whether the manager starts it by itself. Only where it decides that and not the job's file.
+  std::map<std::string, bool> enabled;
+  std::string silence; ///< why it told nothing, a sentence, localised; empty when it answered
+  bool operator==(const ManagedJobs&) const = default;
+};
+
 struct LoadedJobs {
-  std::set<std::string> ofUser;
-  std::set<std::string> ofSystem;
+  ManagedJobs user, system;
+  const ManagedJobs& of(LaunchScope scope) const { return scope == LaunchScope::system ? system : user; }
 };
 
 /// Where programs are looked for that a file does not name by a path.

@@ -3,6 +3,7 @@
 #include "App/Assembly.h"
 #include "Base/Text.h"
 #include "Core/Machine/Quit.h"
+#include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
 #include "Tool/Confirmation.h"
 
@@ -16,14 +17,7 @@ namespace korvell {
 namespace {
 
 constexpr std::size_t mostListed = 20;
-
-StartTimes startTimes(const std::vector<AppUsage>& apps, const ProcessSampler& sampler) {
-  StartTimes starts;
-  for (const auto& app : apps)
-    for (const auto& process : app.processes)
-      if (const auto* identity = sampler.identity(process.pid)) starts[process.pid] = identity->start;
-  return starts;
-}
+constexpr Seconds keeperPatience{3};
 
 /// By process id, by key, or by name, case told apart only where that helps.
 std::vector<AppUsage> matching(const std::vector<AppUsage>& apps, const std::string& what) {
@@ -72,6 +66,25 @@ std::string listOf(const std::vector<QuitTarget>& targets, const AppUsage& app) 
   return list;
 }
 
+/// So that what the keeper shows follows at once; nothing when there is none, or none that does it.
+std::optional<QuitResult> quitThroughKeeper(Context& context, const std::vector<QuitTarget>& targets,
+                                            bool force) {
+  Value processes = Value::array();
+  for (const auto& target : targets)
+    processes.append(
+        Value::object({{"pid", std::int64_t{target.pid}}, {"start", std::int64_t(target.start)}}));
+  const auto answer = tellKeeper(
+      context, Value::object({{"do", "quit"}, {"processes", std::move(processes)}, {"force", force}}),
+      keeperPatience);
+  const auto count = [&](const char* name) {
+    const auto* value = answer ? answer->find(name) : nullptr;
+    return value ? value->asInt() : std::nullopt;
+  };
+  const auto sent = count("sent"), gone = count("gone"), denied = count("denied");
+  if (!sent || !gone || !denied) return std::nullopt;
+  return QuitResult{int(*sent), int(*gone), int(*denied)};
+}
+
 int report(Context& context, bool json, const std::string& name, const QuitResult& result) {
   if (json)
     printJSON(context.out, Value::object({{"name", name},
@@ -106,12 +119,14 @@ int runQuit(Context& context, const Arguments& arguments) {
   if (!asProcess && isSystemGroup(app))
     return fail(context, localized("{name} is the system itself: end its processes one by one, by their ids.",
                                    {{"name", name}}));
-  const auto targets = quitTargets(app, startTimes(apps, *sampler), force, getpid());
+  const auto targets = quitTargets(app, startTimes(app, *sampler), force, getpid());
   if (targets.empty()) return fail(context, localized("{name} is Korvell itself.", {{"name", name}}));
   if (!confirmed(context, arguments, question(name, targets.size(), force) + listOf(targets, app)))
     return exitFailed;
+  const auto told = quitThroughKeeper(context, targets, force);
   const auto result =
-      quitProcesses(targets, force, {*host.processes, *host.applications, *host.processControl});
+      told ? *told
+           : quitProcesses(targets, force, {*host.processes, *host.applications, *host.processControl});
   return report(context, arguments.flag("--json"), name, result);
 }
 

@@ -24,7 +24,12 @@ int runKeeper(Context& context, const Arguments&) {
   HeadlessLoop loop;
   const FixedAttention unwatched(false);
   AppModel model(loop.main(), assembly.makeSampler(&history), unwatched,
-                 {context.host.state.get(), context.host.defaults.get(), context.host.notifications.get()},
+                 {.state = context.host.state.get(),
+                  .defaults = context.host.defaults.get(),
+                  .notifications = context.host.notifications.get(),
+                  .launchItems = context.host.launchItems.get(),
+                  .trash = context.host.trash.get(),
+                  .makeQueue = systemQueueFactory()},
                  assembly.makeAIUsageStore(loop.main()));
   Keeper keeper(loop.main(), model);
 

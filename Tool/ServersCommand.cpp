@@ -107,21 +107,6 @@ int listServers(Context& context, const Arguments& arguments) {
 
 // Stopping
 
-constexpr struct {
-  StopOutcome outcome;
-  const char* name; ///< as the keeper tells it
-  bool stopped;
-  const char* sentence; ///< {server} is its name and process
-} outcomes[] = {{StopOutcome::ended, "ended", true, "{server} has stopped."},
-                {StopOutcome::killed, "killed", true, "{server} did not stop by itself and was killed."},
-                {StopOutcome::gone, "gone", false, "{server} is not running any more."},
-                {StopOutcome::denied, "denied", false, "{server} belongs to another user."}};
-
-const auto& outcomeRow(StopOutcome outcome) {
-  return *std::find_if(std::begin(outcomes), std::end(outcomes),
-                       [&](const auto& row) { return row.outcome == outcome; });
-}
-
 /// The keeper does it; nothing when it does not answer or refuses.
 std::optional<StopOutcome> stopThroughKeeper(Context& context, const DevServer& server) {
   const auto answer = tellKeeper(context,
@@ -131,9 +116,7 @@ std::optional<StopOutcome> stopThroughKeeper(Context& context, const DevServer& 
                                  stopPatience);
   const auto* told = answer ? answer->find("outcome") : nullptr;
   if (!told || !told->asString()) return answer ? std::optional(StopOutcome::gone) : std::nullopt;
-  for (const auto& row : outcomes)
-    if (*told->asString() == row.name) return row.outcome;
-  return std::nullopt;
+  return fromRawValue<StopOutcome>(*told->asString());
 }
 
 std::optional<StopOutcome> stopHere(Context& context, const DevServer& server) {
@@ -162,9 +145,16 @@ std::string nameOf(const DevServer& server) {
   return fmt::format("{} (PID {})", escapedControls(server.name), server.pid);
 }
 
+std::string sentence(const DevServer& server, std::optional<StopOutcome> outcome) {
+  std::string_view text = "{server} may still be running.";
+  for (const auto& row : allCases<StopOutcome>())
+    if (row.value == outcome) text = row.title;
+  return localized(text, {{"server", nameOf(server)}});
+}
+
 Value outcomeValue(const DevServer& server, std::optional<StopOutcome> outcome) {
   Value value = Value::object({{"server", toValue(server)}});
-  if (outcome) value.set("outcome", outcomeRow(*outcome).name);
+  if (outcome) value.set("outcome", rawValue(*outcome));
   return value;
 }
 
@@ -179,12 +169,8 @@ int runStop(Context& context, const Arguments& arguments) {
       if (!confirmed(context, arguments, question)) return exitFailed;
       const auto outcome = stopServer(context, found, server);
       if (arguments.flag("--json")) printJSON(context.out, outcomeValue(server, outcome));
-      if (!outcome)
-        return fail(context, localized("{server} may still be running.", {{"server", nameOf(server)}}));
-      const auto& row = outcomeRow(*outcome);
-      const auto sentence = localized(row.sentence, {{"server", nameOf(server)}});
-      if (!row.stopped) return fail(context, sentence);
-      if (!arguments.flag("--json")) context.out.line(sentence);
+      if (!outcome || !hasStopped(*outcome)) return fail(context, sentence(server, outcome));
+      if (!arguments.flag("--json")) context.out.line(sentence(server, outcome));
       return exitOK;
     }
   return fail(context, localized("{pid} is none of the servers in \"korvell servers\"",
@@ -219,12 +205,11 @@ int runStopIdle(Context& context, const Arguments& arguments) {
   for (const DevServer& server : idle) {
     const auto outcome = stopServer(context, found, server);
     results.append(outcomeValue(server, outcome));
-    if (outcome && outcomeRow(*outcome).stopped) {
+    if (outcome && hasStopped(*outcome)) {
       ++stopped;
       memory += server.memory;
     } else {
-      fail(context, outcome ? localized(outcomeRow(*outcome).sentence, {{"server", nameOf(server)}})
-                            : localized("{server} may still be running.", {{"server", nameOf(server)}}));
+      fail(context, sentence(server, outcome));
     }
   }
   if (arguments.flag("--json"))

@@ -2,6 +2,7 @@
 
 #include "Base/Format.h"
 #include "Core/Startup/StartupScanner.h"
+#include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
 #include "Tool/Confirmation.h"
 #include "Tool/Table.h"
@@ -12,6 +13,25 @@
 namespace korvell {
 
 namespace {
+
+struct Scanned {
+  std::vector<StartupItem> items;
+  bool fromKeeper = false;
+};
+
+constexpr Seconds scanPatience{6};
+/// Stopping and disabling a job, and having the system read its files again.
+constexpr Seconds removalPatience{40};
+
+/// As of now. A keeper looks again and then shows the same.
+Scanned scan(Context& context) {
+  Scanned scanned;
+  const auto answer = tellKeeper(context, Value::object({{"do", "rescanStartupItems"}}), scanPatience);
+  const auto* told = answer ? answer->find("startupItems") : nullptr;
+  scanned.fromKeeper = told && fromValue(*told, scanned.items);
+  if (!scanned.fromKeeper) scanned.items = StartupScanner::scan(*context.host.launchItems);
+  return scanned;
+}
 
 Table::Cell state(const StartupItem& item) {
   if (item.isLeftover) return {localized("leftover"), Ink::warning};
@@ -25,7 +45,22 @@ std::string program(const StartupItem& item) {
   return item.program.value_or(noFigure);
 }
 
-void printItems(Terminal& out, const std::vector<StartupItem>& items) {
+void printHint(Terminal& out, std::string_view text) {
+  for (const auto& line : wrapped(text, std::min(out.columns(), widestSummary)))
+    out.line(out.ink(Ink::dim, line));
+}
+
+/// Why the states of some of the items say nothing about being loaded.
+std::set<std::string> silences(const std::vector<StartupItem>& items, LaunchItems& launchItems) {
+  const auto jobs = launchItems.loadedJobs();
+  std::set<std::string> reasons;
+  for (const auto& item : items)
+    if (const auto& reason = jobs.of(item.scope).silence; !reason.empty())
+      reasons.insert(localized("For {scope}: {reason}", {{"scope", title(item.scope)}, {"reason", reason}}));
+  return reasons;
+}
+
+void printItems(Terminal& out, const std::vector<StartupItem>& items, LaunchItems& launchItems) {
   if (items.empty()) {
     out.line(localized("No startup items"));
     return;
@@ -41,25 +76,26 @@ void printItems(Terminal& out, const std::vector<StartupItem>& items) {
   }
   table.print(out);
   out.line();
-  const auto explanation = localized(
-      "Background programs that launch with your Mac. Leftovers point to programs that no longer exist, "
-      "usually from apps you already deleted.");
-  for (const auto& line : wrapped(explanation, std::min(out.columns(), widestSummary)))
-    out.line(out.ink(Ink::dim, line));
+  printHint(out, localized("Background programs that launch with your Mac. Leftovers point to programs that "
+                           "no longer exist, usually from apps you already deleted."));
+  const auto reasons = silences(items, launchItems);
+  if (reasons.empty()) return;
+  printHint(out, localized("Which of them are loaded is not known."));
+  for (const auto& reason : reasons) printHint(out, reason);
 }
 
 int runList(Context& context, const Arguments& arguments) {
-  const auto items = StartupScanner::scan(*context.host.launchItems);
+  const auto items = scan(context).items;
   if (arguments.flag("--json"))
     printJSON(context.out, Value::object({{"items", toValue(items)}}));
   else
-    printItems(context.out, items);
+    printItems(context.out, items, *context.host.launchItems);
   return exitOK;
 }
 
 /// The only item of that label or path; otherwise says what is wrong.
-std::optional<StartupItem> findItem(Context& context, const std::string& name) {
-  auto items = StartupScanner::scan(*context.host.launchItems);
+std::optional<StartupItem> findItem(Context& context, std::vector<StartupItem> items,
+                                    const std::string& name) {
   std::erase_if(items, [&](const StartupItem& item) { return item.label != name && item.plistPath != name; });
   if (items.size() == 1) return std::move(items.front());
   if (items.empty()) {
@@ -72,8 +108,23 @@ std::optional<StartupItem> findItem(Context& context, const std::string& name) {
   return std::nullopt;
 }
 
+/// The keeper does it, so that nothing that it shows is out of date afterwards.
+Outcome removeThroughKeeper(Context& context, const StartupItem& item) {
+  Value request =
+      Value::object({{"do", "removeStartupItem"}, {"plistPath", item.plistPath}, {"label", item.label}});
+  request.set("program", item.program);
+  const auto answer = tellKeeper(context, request, removalPatience);
+  if (!answer)
+    return Failure{
+        localized("Korvell did not answer; {label} may still be removed.", {{"label", item.label}})};
+  const auto *done = answer->find("ok"), *error = answer->find("error");
+  if (done && done->asBool() == true) return success();
+  return Failure{error && error->asString() ? *error->asString() : localized("Korvell refused.")};
+}
+
 int runRemove(Context& context, const Arguments& arguments) {
-  const auto item = findItem(context, arguments.text("LABEL").value_or(""));
+  auto scanned = scan(context);
+  const auto item = findItem(context, std::move(scanned.items), arguments.text("LABEL").value_or(""));
   if (!item) return exitFailed;
   if (!item->isLeftover)
     return fail(context,
@@ -81,7 +132,9 @@ int runRemove(Context& context, const Arguments& arguments) {
                           {{"label", item->label}}));
   if (!confirmed(context, arguments, item->label + "\n" + StartupScanner::confirmation(*item)))
     return exitFailed;
-  const auto removed = StartupScanner::remove(*item, *context.host.launchItems, *context.host.trash);
+  const auto removed = scanned.fromKeeper
+                           ? removeThroughKeeper(context, *item)
+                           : StartupScanner::remove(*item, *context.host.launchItems, *context.host.trash);
   if (!removed) return fail(context, removed.reason());
   context.out.line(localized("Moved {path} to the Trash.", {{"path", item->plistPath}}));
   return exitOK;

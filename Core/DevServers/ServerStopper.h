@@ -6,6 +6,7 @@
 // are left to the system. Holds the stops that are under way; destroyed before its queue, on it or after the
 // queue's last task.
 
+#include "Base/Enum.h"
 #include "Base/Queue.h"
 #include "Platform/ProcessTable.h"
 
@@ -21,6 +22,22 @@ enum class StopOutcome {
   gone,   ///< it had ended before, or its id belongs to another process: no signal was sent
   denied, ///< it belongs to somebody else
 };
+
+/// The titles are sentences about {server}.
+template <>
+struct EnumTable<StopOutcome> {
+  using enum StopOutcome;
+  static constexpr EnumCase<StopOutcome> cases[] = {
+      {ended, "ended", "{server} has stopped."},
+      {killed, "killed", "{server} did not stop by itself and was killed."},
+      {gone, "gone", "{server} is not running any more."},
+      {denied, "denied", "{server} belongs to another user."}};
+};
+
+/// True when this stop ended it.
+constexpr bool hasStopped(StopOutcome outcome) {
+  return outcome == StopOutcome::ended || outcome == StopOutcome::killed;
+}
 
 class ServerStopper {
 public:

@@ -28,7 +28,20 @@ Sampler::~Sampler() {
 
 void Sampler::stopServer(ProcessID pid, Date startedAt, ServerStopper::Done done) {
   if (!stopper_) return done(StopOutcome::gone);
-  stopper_->stop(pid, startedAt, std::move(done));
+  stopper_->stop(pid, startedAt, [this, done = std::move(done)](StopOutcome outcome) {
+    lastDevScan_ = Date::distantPast();
+    done(outcome);
+  });
+}
+
+std::vector<QuitTarget> Sampler::targets(const AppUsage& app, bool force, ProcessID self) const {
+  if (!subjects_.processes) return {};
+  return quitTargets(app, startTimes(app, *subjects_.processes), force, self);
+}
+
+QuitResult Sampler::quit(const std::vector<QuitTarget>& targets, bool force) {
+  if (!subjects_.table || !subjects_.control || !subjects_.applications) return {.gone = int(targets.size())};
+  return quitProcesses(targets, force, {*subjects_.table, *subjects_.applications, *subjects_.control});
 }
 
 // The order of a cycle: the machine, its processes, then the tasks with clocks of their own (sensors,

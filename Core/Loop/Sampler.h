@@ -12,6 +12,7 @@
 #include "Core/History/HistoryStore.h"
 #include "Core/Loop/Tick.h"
 #include "Core/Machine/ProcessSampler.h"
+#include "Core/Machine/Quit.h"
 #include "Core/Machine/SystemSampler.h"
 #include "Core/Startup/StartupScanner.h"
 #include "Platform/MachineCounters.h"
@@ -44,6 +45,7 @@ public:
     /// For stopping processes; the table is the one that the samplers above read.
     ProcessTable* table = nullptr;
     ProcessControl* control = nullptr;
+    RunningApplications* applications = nullptr;
   };
 
   Sampler(std::unique_ptr<Queue> queue, MachineCounters& machine, Subjects subjects);
@@ -54,8 +56,15 @@ public:
   Queue& queue() { return *queue_; }
   Tick tick();
 
-  /// See ServerStopper; without a table and a control every server is `gone`.
+  /// See ServerStopper; without a table and a control every server is `gone`. The next cycle looks for
+  /// servers again.
   void stopServer(ProcessID pid, Date startedAt, ServerStopper::Done done);
+  /// Who is to end when an application of the last cycle's is quit; see quitTargets().
+  std::vector<QuitTarget> targets(const AppUsage& app, bool force, ProcessID self) const;
+  /// See quitProcesses(); without the three above everybody is gone.
+  QuitResult quit(const std::vector<QuitTarget>& targets, bool force);
+  /// The next cycle scans the startup items, whenever it did last.
+  void rescanStartup() { lastStartupScan_ = Date::distantPast(); }
 
   /// Which thresholds the slower tasks go by.
   void setWatched(bool watched) { isWatched_ = watched; }

@@ -1,6 +1,16 @@
 #include "Core/Machine/Quit.h"
 
+#include "Core/Machine/ProcessSampler.h"
+
 namespace korvell {
+
+StartTimes startTimes(const AppUsage& app, const ProcessSampler& sampler) {
+  StartTimes starts;
+  for (const auto& process : app.processes)
+    if (const auto* identity = sampler.identity(process.pid); identity && identity->name() == process.name)
+      starts[process.pid] = identity->start;
+  return starts;
+}
 
 std::vector<QuitTarget> quitTargets(const AppUsage& app, const StartTimes& starts, bool force,
                                     ProcessID self) {

@@ -20,6 +20,11 @@ struct QuitTarget {
 
 using StartTimes = std::unordered_map<ProcessID, std::uint64_t>;
 
+class ProcessSampler;
+/// Of the application's processes, as the sampler's last cycle found them; without those whose id belongs to
+/// one of another name by now.
+StartTimes startTimes(const AppUsage& app, const ProcessSampler& sampler);
+
 /// Who gets the signal. Politely: the process that stands for the application, which ends its others itself,
 /// or each one where there is none. With `force`: every process. Never `self`, and nobody whose start time
 /// is unknown.

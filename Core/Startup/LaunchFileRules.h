@@ -6,8 +6,8 @@
 //   program      Program, else the first   Exec without "env A=b"; TryExec    first ExecStart
 //                of ProgramArguments       when that one is missing; the
 //                                          folder of a flatpak that is gone
-//   runsAtLoad   RunAtLoad                 unless Hidden or                   [Install] has WantedBy
-//                                          X-GNOME-Autostart-enabled=false
+//   runsAtLoad   RunAtLoad                 unless Hidden or                   [Install] has WantedBy;
+//                                          X-GNOME-Autostart-enabled=false    systemd knows better (scan)
 //   keepAlive    KeepAlive true or a       never                              Restart other than "no"
 //                dictionary of conditions
 

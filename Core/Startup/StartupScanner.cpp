@@ -10,9 +10,22 @@ namespace korvell {
 
 namespace {
 
-bool isLoaded(const StartupItem& item, LaunchFormat format, const LoadedJobs& jobs) {
-  const auto& labels = item.scope == LaunchScope::system ? jobs.ofSystem : jobs.ofUser;
-  return labels.contains(format == LaunchFormat::desktopEntry ? autostartUnitName(item.label) : item.label);
+void addWhatIsKnown(StartupItem& item, LaunchFormat format, const ManagedJobs& jobs) {
+  const bool isEntry = format == LaunchFormat::desktopEntry;
+  item.isLoaded = jobs.loaded.contains(isEntry ? autostartUnitName(item.label) : item.label);
+  if (const auto known = jobs.enabled.find(item.label); !isEntry && known != jobs.enabled.end())
+    item.runsAtLoad = known->second;
+}
+
+/// The file of an item as it is now; nothing when it has gone or no longer says what the item says.
+std::optional<LaunchFile> unchangedFile(const StartupItem& item, LaunchItems& launchItems) {
+  for (auto& file : launchItems.files()) {
+    if (file.path != item.plistPath) continue;
+    const auto now = readLaunchFile(file, launchItems);
+    if (now && now->label == item.label && now->program == item.program && now->scope == item.scope)
+      return std::move(file);
+  }
+  return std::nullopt;
 }
 
 } // namespace
@@ -23,7 +36,7 @@ std::vector<StartupItem> StartupScanner::scan(LaunchItems& launchItems) {
   for (const auto& file : launchItems.files()) {
     auto item = readLaunchFile(file, launchItems);
     if (!item) continue;
-    item->isLoaded = isLoaded(*item, file.format, jobs);
+    addWhatIsKnown(*item, file.format, jobs.of(item->scope));
     item->isLeftover = isProgramMissing(item->program, launchItems);
     items.push_back(std::move(*item));
   }
@@ -44,9 +57,11 @@ Outcome StartupScanner::remove(const StartupItem& item, LaunchItems& launchItems
   if (!isProgramMissing(item.program, launchItems))
     return Failure{
         localized("The program of {label} exists. Only leftovers are removed.", {{"label", item.label}})};
+  const auto file = unchangedFile(item, launchItems);
+  if (!file) return Failure{localized("{path} has changed. Look at it again.", {{"path", item.plistPath}})};
   const LaunchJob job{.scope = item.scope, .path = item.plistPath, .label = item.label};
   if (auto stopped = launchItems.stop(job); !stopped) return stopped;
-  const auto moved = trash.move({{.path = item.plistPath, .picked = {}}});
+  const auto moved = trash.move({{.path = file->location, .picked = file->identity}});
   if (moved.empty() || !moved.front())
     return Failure{moved.empty() ? localized("The Trash did not answer.") : moved.front().reason()};
   launchItems.removed(job);

@@ -19,8 +19,9 @@ struct StartupScanner {
   /// What to confirm before remove().
   static std::string confirmation(const StartupItem& item);
 
-  /// Stops the job and moves its file to the Trash. Only for leftovers: when the program exists by now, or
-  /// this user may not remove the file, nothing is changed.
+  /// Stops the job and moves its file to the Trash: the very file that still says what the item says. Only
+  /// for leftovers: when the program exists by now, the file says something else, or this user may not
+  /// remove it, nothing is changed.
   static Outcome remove(const StartupItem& item, LaunchItems& launchItems, Trash& trash);
 };
 

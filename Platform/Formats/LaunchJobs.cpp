@@ -18,15 +18,4 @@ std::set<std::string> parseLaunchJobs(std::string_view listing) {
   return labels;
 }
 
-std::set<std::string> parseLoadedUnits(std::string_view listing) {
-  std::set<std::string> units;
-  for (const auto line : splitLines(listing)) {
-    const auto entry = trimmed(line);
-    const auto name = entry.substr(0, entry.find(' '));
-    const auto rest = trimmed(entry.substr(name.size()));
-    if (rest.substr(0, rest.find(' ')) == "loaded") units.emplace(name);
-  }
-  return units;
-}
-
 } // namespace korvell

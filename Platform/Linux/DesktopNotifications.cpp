@@ -4,16 +4,14 @@
 #include "Base/Localization.h"
 #include "Base/Text.h"
 #include "Base/ThreadControl.h"
+#include "Platform/Linux/BusHandles.h"
 
 #include <algorithm>
 #include <atomic>
-#include <climits>
-#include <ctime>
 #include <deque>
 #include <list>
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <systemd/sd-bus.h>
 #include <thread>
 #include <vector>
 
@@ -30,16 +28,6 @@ constexpr const char* openAction = "default";            // what a click on the 
 constexpr std::uint64_t answerTimeout = 10'000'000;      // microseconds
 constexpr std::size_t mostPending = 32;
 constexpr std::size_t mostShown = 64;
-
-struct CloseBus {
-  void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
-};
-using Bus = std::unique_ptr<sd_bus, CloseBus>;
-
-struct UnrefMessage {
-  void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-};
-using Message = std::unique_ptr<sd_bus_message, UnrefMessage>;
 
 Message methodCall(sd_bus* bus, const char* member) {
   sd_bus_message* message = nullptr;
@@ -187,20 +175,11 @@ private:
     if (bus_) {
       files[1] = {sd_bus_get_fd(bus_.get()), short(std::max(0, sd_bus_get_events(bus_.get()))), 0};
       std::uint64_t until = UINT64_MAX;
-      if (sd_bus_get_timeout(bus_.get(), &until) >= 0 && until != UINT64_MAX) milliseconds = fromNow(until);
+      if (sd_bus_get_timeout(bus_.get(), &until) >= 0) milliseconds = millisecondsUntil(until);
     }
     poll(files, 2, milliseconds);
     eventfd_t ignored = 0;
     if (files[0].revents) eventfd_read(wake_.get(), &ignored);
-  }
-
-  /// From microseconds of the monotonic clock, as the bus tells its next time-out, rounded up.
-  static int fromNow(std::uint64_t until) {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    const auto microseconds = std::uint64_t(now.tv_sec) * 1'000'000 + std::uint64_t(now.tv_nsec) / 1'000;
-    if (until <= microseconds) return 0;
-    return int(std::min<std::uint64_t>((until - microseconds + 999) / 1'000, INT_MAX));
   }
 
   /// The bus went away, perhaps long ago and unnoticed: what it has not answered is worth another bus.

@@ -2,7 +2,7 @@
 
 #include "Base/Localization.h"
 #include "Platform/Formats/KeyFile.h"
-#include "Platform/Formats/LaunchJobs.h"
+#include "Platform/Linux/ServiceManager.h"
 
 #include <unistd.h>
 
@@ -11,7 +11,7 @@ namespace korvell {
 namespace {
 
 constexpr const char* systemctlPath = "/usr/bin/systemctl";
-constexpr Seconds listingPatience{3};
+constexpr Seconds listingPatience{2};   // the sampling loop waits
 constexpr Seconds stoppingPatience{10}; // a service may take its time to end
 
 std::string folderOf(const std::string& path) { return path.substr(0, path.rfind('/')); }
@@ -26,13 +26,8 @@ std::string managerOf(const LaunchJob& job) {
 } // namespace
 
 LoadedJobs LinuxLaunchItems::loadedJobs() {
-  const auto units = [this](const char* manager) {
-    const auto listing =
-        run_(systemctlPath, {manager, "list-units", "--all", "--plain", "--no-legend", "--type=service"},
-             listingPatience);
-    return listing && !listing->timedOut ? parseLoadedUnits(listing->output) : std::set<std::string>{};
-  };
-  return {.ofUser = units("--user"), .ofSystem = units("--system")};
+  return {.user = askServiceManager(buses_.session, listingPatience),
+          .system = askServiceManager(buses_.system, listingPatience)};
 }
 
 Outcome LinuxLaunchItems::stop(const LaunchJob& job) {

@@ -1,19 +1,26 @@
 #pragma once
-// Autostart entries and systemd services, and systemd's jobs through systemctl.
+// Autostart entries and systemd services. What is loaded and enabled is asked of systemd over D-Bus;
+// systemctl is started only to stop and disable what is to be removed.
 
 #include "Base/Shell.h"
 #include "Platform/Posix/PosixLaunchItems.h"
 
 namespace korvell {
 
+/// Addresses as in DBUS_SESSION_BUS_ADDRESS; empty where there is no such bus.
+struct BusAddresses {
+  std::string session;
+  std::string system = "unix:path=/run/dbus/system_bus_socket";
+};
+
 class LinuxLaunchItems final : public PosixLaunchItems {
 public:
   /// `root` stands before the paths that belong to no user.
-  LinuxLaunchItems(const UserFolders& folders, CommandRunner run, const std::string& root = {})
+  LinuxLaunchItems(const UserFolders& folders, CommandRunner run, BusAddresses buses,
+                   const std::string& root = {})
       : PosixLaunchItems(linuxLaunchFolders(folders, root), linuxProgramPlaces(folders, root)),
-        run_(std::move(run)) {}
+        run_(std::move(run)), buses_(std::move(buses)) {}
 
-  /// Empty on a system that systemd does not run.
   LoadedJobs loadedJobs() override;
   Outcome stop(const LaunchJob& job) override;
   void removed(const LaunchJob& job) override;
@@ -22,6 +29,7 @@ private:
   void systemctl(std::vector<std::string> arguments);
 
   CommandRunner run_;
+  const BusAddresses buses_;
 };
 
 } // namespace korvell

@@ -40,9 +40,11 @@ std::vector<std::string> entries(const std::string& folder, std::string_view suf
   return paths;
 }
 
-bool isLink(const std::string& path) {
-  struct stat status {};
-  return lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+/// The folder without links; empty when it is not there.
+std::string realFolder(const std::string& folder) {
+  std::error_code error;
+  auto real = std::filesystem::canonical(folder, error).string();
+  return error ? std::string() : real;
 }
 
 std::string dropIns(const std::string& unitPath) {
@@ -91,12 +93,20 @@ ProgramPlaces linuxProgramPlaces(const UserFolders& folders, const std::string& 
 std::vector<LaunchFile> PosixLaunchItems::files() {
   std::vector<LaunchFile> files;
   for (const auto& folder : folders_) {
+    const auto real = realFolder(folder.path);
     for (auto& path : entries(folder.path, suffixOf(folder.format))) {
-      if (folder.format != LaunchFormat::propertyList && isLink(path)) continue;
+      struct stat status {};
+      if (lstat(path.c_str(), &status) != 0) continue;
+      if (folder.format != LaunchFormat::propertyList && S_ISLNK(status.st_mode)) continue;
       auto bytes = readFile(path, largestFile);
       if (!bytes) continue;
       if (folder.format == LaunchFormat::systemdService) *bytes += dropIns(path);
-      files.push_back({folder.scope, folder.format, std::move(path), std::move(*bytes)});
+      files.push_back({.scope = folder.scope,
+                       .format = folder.format,
+                       .path = path,
+                       .bytes = std::move(*bytes),
+                       .location = real + path.substr(folder.path.size()),
+                       .identity = {std::uint64_t(status.st_dev), std::uint64_t(status.st_ino)}});
     }
   }
   return files;

@@ -1,5 +1,6 @@
 #include "Platform/macOS/MacLaunchItems.h"
 
+#include "Base/Localization.h"
 #include "Platform/Formats/LaunchJobs.h"
 
 namespace korvell {
@@ -13,9 +14,12 @@ constexpr Seconds patience{3};
 
 LoadedJobs MacLaunchItems::loadedJobs() {
   const auto listing = run_(launchctl, {"list"}, patience);
-  if (!listing || listing->timedOut) return {};
-  const auto labels = parseLaunchJobs(listing->output);
-  return {.ofUser = labels, .ofSystem = labels};
+  ManagedJobs jobs;
+  if (listing && !listing->timedOut)
+    jobs.loaded = parseLaunchJobs(listing->output);
+  else
+    jobs.silence = localized("launchctl did not answer.");
+  return {.user = jobs, .system = jobs};
 }
 
 Outcome MacLaunchItems::stop(const LaunchJob& job) {

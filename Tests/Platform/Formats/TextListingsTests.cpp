@@ -73,15 +73,6 @@ TEST(LaunchJobsTests, theLabelIsWhatFollowsTheSecondTab) {
   EXPECT_EQ(parseLaunchJobs(""), std::set<std::string>{});
 }
 
-TEST(LaunchJobsTests, loadedUnits) {
-  EXPECT_EQ(parseLoadedUnits("cron.service              loaded    active   running Regular jobs\n"
-                             "  app-org.x\\x2dy@autostart.service loaded inactive dead    Y\n"
-                             "apparmor.service          not-found inactive dead    apparmor.service\n"
-                             "broken.service            masked    inactive dead    loaded\n"
-                             "\nalone\n"),
-            (std::set<std::string>{"cron.service", "app-org.x\\x2dy@autostart.service"}));
-}
-
 using Ports = PortsByPID;
 
 TEST(ListeningPortsTests, portsBelongToTheProcessAboveThem) {

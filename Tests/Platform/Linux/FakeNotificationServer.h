@@ -1,22 +1,11 @@
 #pragma once
-// A session bus with nothing on it but a notification service: both answered on one connection at a time, on
-// a thread of its own. What it can do and how it answers is set before the first notification.
+// A session bus with nothing on it but a notification service. What it can do and how it answers is set
+// before the first notification.
 
-#include "Base/Descriptor.h"
-#include "Base/Queue.h"
+#include "FakeBus.h"
 
 #include <condition_variable>
-#include <deque>
-#include <map>
-#include <mutex>
 #include <optional>
-#include <poll.h>
-#include <string>
-#include <sys/eventfd.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <systemd/sd-bus.h>
-#include <thread>
 #include <vector>
 
 namespace korvell {
@@ -33,22 +22,10 @@ public:
 
   explicit FakeNotificationServer(const std::string& path, std::vector<std::string> capabilities = {},
                                   bool answers = true)
-      : path_(path), capabilities_(std::move(capabilities)), answers_(answers),
-        listener_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)), wake_(eventfd(0, EFD_CLOEXEC)) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof(address.sun_path) - 1);
-    unlink(path.c_str());
-    bind(listener_.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address));
-    listen(listener_.get(), 4);
-    thread_ = std::thread([this] { run(); });
-  }
-  ~FakeNotificationServer() {
-    tell([this] { stopping_ = true; });
-    thread_.join();
-  }
+      : capabilities_(std::move(capabilities)), answers_(answers),
+        bus_(path, [this](sd_bus_message* message) { return called(message); }) {}
 
-  std::string address() const { return "unix:path=" + path_; }
+  std::string address() const { return bus_.address(); }
 
   /// The next notification; nothing when none comes within a generous time.
   std::optional<Received> next() {
@@ -64,87 +41,34 @@ public:
     return changed_.wait_for(lock, std::chrono::seconds(10), [&] { return asked_; });
   }
   void invoke(std::uint32_t id, const char* action) {
-    tell([=, this] { emit("ActionInvoked", "us", id, action); });
+    bus_.tell([=, this] { emit("ActionInvoked", "us", id, action); });
   }
   void close(std::uint32_t id) {
-    tell([=, this] { emit("NotificationClosed", "uu", id, 2u); });
+    bus_.tell([=, this] { emit("NotificationClosed", "uu", id, 2u); });
   }
-  /// Ends the connection, as a bus that goes away.
-  void hangUp() {
-    tell([this] { bus_ = sd_bus_close_unref(bus_); });
-  }
+  void hangUp() { bus_.hangUp(); }
 
 private:
-  void tell(Task task) {
-    {
-      const std::lock_guard lock(mutex_);
-      tasks_.push_back(std::move(task));
-    }
-    eventfd_write(wake_.get(), 1);
-  }
-
   template <class... Arguments>
   void emit(const char* member, const char* types, Arguments... arguments) {
     sd_bus_message* signal = nullptr;
-    sd_bus_message_new_signal(bus_, &signal, "/org/freedesktop/Notifications",
+    sd_bus_message_new_signal(bus_.connection(), &signal, "/org/freedesktop/Notifications",
                               "org.freedesktop.Notifications", member);
     sd_bus_message_append(signal, types, arguments...);
     sd_bus_message_set_sender(signal, ":1.3"); // as the bus does
-    sd_bus_send(bus_, signal, nullptr);
+    sd_bus_send(bus_.connection(), signal, nullptr);
     sd_bus_message_unref(signal);
   }
 
-  void run() {
-    while (!stopping_) {
-      pollfd files[] = {{listener_.get(), POLLIN, 0}, {wake_.get(), POLLIN, 0}, {-1, 0, 0}};
-      if (bus_) files[2] = {sd_bus_get_fd(bus_), short(sd_bus_get_events(bus_)), 0};
-      poll(files, 3, -1);
-      if (files[0].revents) accept();
-      if (files[1].revents) runTasks();
-      int result = 1;
-      while (bus_ && result > 0) result = sd_bus_process(bus_, nullptr);
-      if (result < 0) bus_ = sd_bus_close_unref(bus_);
-    }
-    bus_ = sd_bus_close_unref(bus_);
-  }
-
-  void runTasks() {
-    eventfd_t ignored = 0;
-    eventfd_read(wake_.get(), &ignored);
-    std::deque<Task> tasks;
+  int called(sd_bus_message* message) {
     {
       const std::lock_guard lock(mutex_);
-      tasks.swap(tasks_);
+      asked_ = true;
     }
-    for (auto& task : tasks) task();
-  }
-
-  void accept() {
-    const int file = accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
-    bus_ = sd_bus_close_unref(bus_);
-    sd_id128_t id{};
-    sd_id128_randomize(&id);
-    sd_bus_new(&bus_);
-    sd_bus_set_fd(bus_, file, file);
-    sd_bus_set_server(bus_, 1, id);
-    sd_bus_set_anonymous(bus_, 1);
-    sd_bus_add_filter(bus_, nullptr, called, this);
-    sd_bus_start(bus_);
-  }
-
-  static int called(sd_bus_message* message, void* data, sd_bus_error*) {
-    auto& server = *static_cast<FakeNotificationServer*>(data);
-    const char* member = sd_bus_message_get_member(message);
-    if (!member) return 0;
-    if (std::string_view(member) == "Hello") return sd_bus_reply_method_return(message, "s", ":1.7");
-    if (std::string_view(member) == "AddMatch") return sd_bus_reply_method_return(message, "");
-    {
-      const std::lock_guard lock(server.mutex_);
-      server.asked_ = true;
-    }
-    server.changed_.notify_all();
-    if (!server.answers_) return 1;
-    return std::string_view(member) == "Notify" ? server.notified(message) : server.asked(message);
+    changed_.notify_all();
+    if (!answers_) return 1;
+    return std::string_view(sd_bus_message_get_member(message)) == "Notify" ? notified(message)
+                                                                            : asked(message);
   }
 
   int asked(sd_bus_message* message) {
@@ -153,7 +77,7 @@ private:
     sd_bus_message_open_container(reply, 'a', "s");
     for (const auto& capability : capabilities_) sd_bus_message_append(reply, "s", capability.c_str());
     sd_bus_message_close_container(reply);
-    const int result = sd_bus_send(bus_, reply, nullptr);
+    const int result = sd_bus_send(bus_.connection(), reply, nullptr);
     sd_bus_message_unref(reply);
     return result < 0 ? result : 1;
   }
@@ -191,20 +115,14 @@ private:
     return result;
   }
 
-  const std::string path_;
   const std::vector<std::string> capabilities_;
   const bool answers_;
-  Descriptor listener_;
-  Descriptor wake_;
-  sd_bus* bus_ = nullptr;
   std::uint32_t id_ = 40;
-  bool stopping_ = false;
   std::mutex mutex_;
   std::condition_variable changed_;
-  std::deque<Task> tasks_;
   std::deque<Received> received_;
   bool asked_ = false;
-  std::thread thread_;
+  FakeBus bus_; ///< last: its thread uses all the others
 };
 
 } // namespace korvell
