@@ -4,12 +4,16 @@
 #include "App/KeeperLock.h"
 #include "Base/ManualQueue.h"
 #include "Base/ThreadQueue.h"
+#include "Core/Machine/Owners.h"
+#include "Tests/Fakes/FakeLaunchItems.h"
 #include "Tests/Fakes/FakeMachineCounters.h"
 #include "Tests/Fakes/FakeProcessTable.h"
+#include "Tests/Fakes/FakeTrash.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
 #include <csignal>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace korvell {
 namespace {
@@ -21,22 +25,39 @@ UserFolders foldersIn(const TemporaryFolder& folder) {
   return folders;
 }
 
+class NobodysRules final : public OwnerRules {
+public:
+  OwnerDecision owner(ProcessID, const ProcessFacts& facts, ProcessLookup&) override {
+    return {std::make_shared<Owner>(Owner{facts.path, facts.name, facts.path}), "each"};
+  }
+  SystemGroup systemGroup() const override { return linuxSystemGroup; }
+};
+
 struct KeeperTests : testing::Test {
   ManualScheduler time;
   FakeMachineCounters machine;
   FakeProcessTable table;
+  FakeRunningApplications applications;
+  NobodysRules owners;
+  FakeLaunchItems launchItems;
+  FakeTrash trash;
   FixedAttention unwatched{false};
   std::unique_ptr<Queue> main = time.makeQueue("main");
   AppModel model{*main, std::make_unique<Sampler>(time.makeQueue(Sampler::queueLabel), machine, subjects()),
-                 unwatched};
+                 unwatched,
+                 AppModel::Seams{.launchItems = &launchItems, .trash = &trash, .makeQueue = time.factory()}};
   Keeper keeper{*main, model};
 
   Sampler::Subjects subjects() {
     Sampler::Subjects subjects;
     subjects.devServers = std::make_unique<DevServerScanner>(
         table, linuxDevServerTables, "/home/u", [](const std::string&) { return false; }, time.clock());
+    subjects.processes = std::make_unique<ProcessSampler>(
+        ProcessSampler::Services{table, applications, owners, time.clock()}, 4);
+    subjects.launchItems = &launchItems;
     subjects.table = &table;
     subjects.control = &table;
+    subjects.applications = &applications;
     return subjects;
   }
   /// The answer to a request, after `span`.
@@ -90,14 +111,92 @@ TEST_F(KeeperTests, stopsListedServersOnly) {
   keeper.handle(*parseJSON(stop), [&](const Value& value) { answer = dumpJSON(value); });
   time.advance(Seconds{2.9});
   EXPECT_EQ(answer, "<none>");
+  table.ports.erase(10); // what the kill does
   time.advance(Seconds{0.3});
   EXPECT_EQ(answer, R"({"ok":true,"outcome":"killed"})");
   EXPECT_EQ(table.sent.size(), 2u);
+  EXPECT_TRUE(model.projects->empty()) << "who asks next sees it gone";
+  table.ports[10] = {3000};
+  time.advance(Seconds{40});
 
   for (auto& [pid, entry] : table.processes) entry.deniesSignals = true;
   EXPECT_EQ(ask(stop), R"({"ok":true,"outcome":"denied"})");
   table.processes.erase(10);
   EXPECT_EQ(ask(stop), R"({"ok":true,"outcome":"gone"})");
+}
+
+TEST_F(KeeperTests, endsOnlyTheProcessesThatTheCallerSaw) {
+  table.add(10, "editor");
+  table.add(11, "reused");
+  table.add(12, "foreign").deniesSignals = true;
+  table.add(getpid(), "korvell");
+  time.advance(Seconds{12});
+  const auto& seen = *model.snapshot;
+  const Date before = seen.date;
+  const auto self = std::to_string(getpid()), selfStart = std::to_string(getpid() * 10);
+  EXPECT_EQ(ask(R"({"do":"quit","processes":[{"pid":10,"start":100},{"pid":11,"start":7},)"
+                R"({"pid":12,"start":120},{"pid":)" +
+                self + R"(,"start":)" + selfStart + "}]}"),
+            R"({"ok":true,"sent":1,"gone":1,"denied":1})");
+  EXPECT_EQ(ask(R"({"do":"quit","force":true,"processes":[{"pid":10,"start":100}]})"),
+            R"({"ok":true,"sent":1,"gone":0,"denied":0})");
+  EXPECT_EQ(table.sent,
+            (std::vector<FakeProcessTable::Sent>{{10, ProcessSignal::terminate}, {10, ProcessSignal::kill}}));
+  table.processes.erase(10);
+  time.advance(Seconds{0.6});
+  EXPECT_GT(model.snapshot->date, before) << "the pace of ten seconds is not waited for";
+  for (auto request :
+       {R"({"do":"quit"})", R"({"do":"quit","processes":[]})", R"({"do":"quit","processes":[10]})",
+        R"({"do":"quit","processes":[{"pid":-1,"start":0}]})",
+        R"({"do":"quit","processes":[{"pid":1,"start":10}]})",
+        R"({"do":"quit","processes":[{"pid":4294967306,"start":100}]})",
+        R"({"do":"quit","processes":[{"pid":10}]})"})
+    EXPECT_EQ(ask(request), R"({"ok":false,"error":"processes are needed, each with its pid and start"})")
+        << request;
+  EXPECT_EQ(table.sent.size(), 2u);
+}
+
+TEST_F(KeeperTests, anApplicationIsQuitByItsBundle) {
+  table.add(10, "editor");
+  time.advance(Seconds{12});
+  QuitResult result{.denied = 9};
+  model.quit("/opt/nobody", [&](const QuitResult& told) { result = told; });
+  EXPECT_EQ(result, QuitResult{});
+  model.quit("/opt/editor", [&](const QuitResult& told) { result = told; });
+  time.run();
+  EXPECT_EQ(result, QuitResult{.sent = 1});
+  // Another process got the id since the snapshot that the user looks at.
+  const auto app = model.snapshot->apps.at(0);
+  table.processes.at(10).counters.start = 555;
+  table.processes.at(10).facts.name = "stranger";
+  time.advance(Seconds{10});
+  model.quit(app, true, [&](const QuitResult& told) { result = told; });
+  time.run();
+  EXPECT_EQ(result, QuitResult{});
+  EXPECT_EQ(table.sent.size(), 1u);
+}
+
+TEST_F(KeeperTests, removesListedLeftoversAndLooksAgain) {
+  launchItems.addUnit(LaunchScope::user, "/u/gone.service", "/opt/gone");
+  time.advance(Seconds{12});
+  launchItems.addUnit(LaunchScope::user, "/u/new.service", "/opt/gone");
+  const std::string missing = R"({"ok":false,"error":"There is no such startup item any more."})";
+  const auto remove = [&](const std::string& name, const std::string& program) {
+    return ask(R"({"do":"removeStartupItem","plistPath":"/u/)" + name + R"(","label":")" + name +
+               R"(","program":")" + program + R"("})");
+  };
+  EXPECT_EQ(remove("new.service", "/opt/gone"), missing) << "not listed yet";
+  EXPECT_EQ(remove("gone.service", "/opt/other"), missing);
+  EXPECT_EQ(ask(R"({"do":"removeStartupItem"})"), missing);
+  const auto answer = *parseJSON(ask(R"({"do":"rescanStartupItems"})"));
+  std::vector<StartupItem> told;
+  ASSERT_TRUE(fromValue(*answer.find("startupItems"), told));
+  EXPECT_EQ(told.size(), 2u);
+  EXPECT_EQ(remove("new.service", "/opt/gone"), R"({"ok":true})");
+  EXPECT_EQ(trash.moved, std::vector<std::string>{"/u/new.service"});
+  EXPECT_EQ(model.startupItems->size(), 1u);
+  launchItems.protection = "It is the system's.";
+  EXPECT_EQ(remove("gone.service", "/opt/gone"), R"({"ok":false,"error":"It is the system's."})");
 }
 
 TEST_F(KeeperTests, aStopUnderWayWhenEverythingEndsIsDropped) {

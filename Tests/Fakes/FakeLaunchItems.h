@@ -1,6 +1,6 @@
 #pragma once
 // A world of launch files. `existing` holds the paths of everything that exists; `log` records what was asked
-// to stop and told as removed, in order.
+// to stop and told as removed, in order. What is told as removed is gone.
 
 #include "Platform/LaunchItems.h"
 
@@ -16,6 +16,16 @@ public:
   std::optional<std::string> protection; ///< why files can't be removed
   std::vector<std::string> log;
 
+  LaunchFile& addUnit(LaunchScope scope, const std::string& path, const std::string& program) {
+    launchFiles.push_back({.scope = scope,
+                           .format = LaunchFormat::systemdService,
+                           .path = path,
+                           .bytes = "[Service]\nExecStart=" + program + "\n[Install]\nWantedBy=x\n",
+                           .location = path,
+                           .identity = {1, launchFiles.size() + 1}});
+    return launchFiles.back();
+  }
+
   std::vector<LaunchFile> files() override { return launchFiles; }
   LoadedJobs loadedJobs() override { return jobs; }
   bool isMissing(const std::string& path) override { return !existing.contains(path); }
@@ -25,7 +35,10 @@ public:
     log.push_back("stop " + job.label);
     return success();
   }
-  void removed(const LaunchJob& job) override { log.push_back("removed " + job.path); }
+  void removed(const LaunchJob& job) override {
+    log.push_back("removed " + job.path);
+    std::erase_if(launchFiles, [&](const LaunchFile& file) { return file.path == job.path; });
+  }
 };
 
 } // namespace korvell

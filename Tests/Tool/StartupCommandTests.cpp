@@ -1,9 +1,7 @@
+#include "KeeperFixture.h"
+#include "Core/Startup/StartupScanner.h"
 #include "Tests/Fakes/FakeLaunchItems.h"
 #include "Tests/Fakes/FakeTrash.h"
-#include "Tool/Commands.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace korvell {
 namespace {
@@ -13,12 +11,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-struct StartupCommandTests : testing::Test {
-  SystemClock clock;
-  Host host{};
-  std::string output, errors;
-  Terminal out{output, 80}, err{errors, 80};
-  Context context{host, clock, [](std::string_view) { return std::nullopt; }, out, err};
+struct StartupCommandTests : KeeperFixture {
   FakeLaunchItems* items = nullptr;
   FakeTrash* trash = nullptr;
 
@@ -26,75 +19,77 @@ struct StartupCommandTests : testing::Test {
     auto world = std::make_unique<FakeLaunchItems>();
     items = world.get();
     items->existing = {"/opt/here"};
-    add(LaunchScope::user, "/u/gone.service", "/opt/gone");
-    add(LaunchScope::user, "/u/here.service", "/opt/here");
-    add(LaunchScope::user, "/u/twice.service", "/opt/gone");
-    add(LaunchScope::system, "/s/twice.service", "/opt/gone");
+    items->addUnit(LaunchScope::user, "/u/gone.service", "/opt/gone");
+    items->addUnit(LaunchScope::user, "/u/here.service", "/opt/here");
+    items->addUnit(LaunchScope::user, "/u/twice.service", "/opt/gone");
+    items->addUnit(LaunchScope::system, "/s/twice.service", "/opt/gone");
     host.launchItems = std::move(world);
     auto bin = std::make_unique<FakeTrash>();
     trash = bin.get();
     host.trash = std::move(bin);
   }
-  void add(LaunchScope scope, const std::string& path, const std::string& program) {
-    items->launchFiles.push_back(
-        {scope, LaunchFormat::systemdService, path, "[Service]\nExecStart=" + program});
-  }
-  int run(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), "startup");
-    return runCommandLine(context, std::vector<Command>{startupCommand()}, arguments);
-  }
 };
 
 TEST_F(StartupCommandTests, leftoversAreListedFirst) {
-  EXPECT_EQ(run({}), exitOK);
-  EXPECT_THAT(output, HasSubstr("gone.service   You            leftover           /opt/gone"));
-  EXPECT_LT(output.find("twice.service"), output.find("here.service"));
+  items->jobs.system.silence = "systemd does not run here.";
+  EXPECT_EQ(run({"startup"}), exitOK);
+  EXPECT_THAT(out, HasSubstr("gone.service   You            leftover          /opt/gone"));
+  EXPECT_LT(out.find("twice.service"), out.find("here.service"));
+  EXPECT_THAT(out, HasSubstr("Which of them are loaded is not known.\n"
+                             "For System daemon: systemd does not run here.\n"));
+  EXPECT_EQ(run({"startup", "list", "--json"}), exitOK);
+  std::vector<StartupItem> told;
+  ASSERT_TRUE(fromValue(*parseJSON(out)->find("items"), told));
+  EXPECT_EQ(told, StartupScanner::scan(*items));
   items->launchFiles.clear();
-  output.clear();
-  EXPECT_EQ(run({"list"}), exitOK);
-  EXPECT_EQ(output, "No startup items\n");
-}
-
-TEST_F(StartupCommandTests, oneObjectOfJSON) {
-  EXPECT_EQ(run({"list", "--json"}), exitOK);
-  const auto first = parseJSON(output)->find("items")->asArray()->front();
-  EXPECT_EQ(first.find("label")->asString()->c_str(), std::string("gone.service"));
-  EXPECT_EQ(*first.find("scope")->asString(), "user");
-  EXPECT_EQ(first.find("isLeftover")->asBool(), true);
+  EXPECT_EQ(run({"startup", "list"}), exitOK);
+  EXPECT_EQ(out, "No startup items\n");
 }
 
 TEST_F(StartupCommandTests, aLeftoverGoesToTheTrash) {
-  EXPECT_EQ(run({"remove", "gone.service", "--yes"}), exitOK);
-  EXPECT_THAT(trash->moved, ElementsAre("/u/gone.service"));
-  EXPECT_EQ(run({"remove", "/s/twice.service", "--yes"}), exitOK);
-  EXPECT_THAT(trash->moved, ElementsAre("/u/gone.service", "/s/twice.service"));
+  EXPECT_EQ(run({"startup", "remove", "/s/twice.service", "--yes"}), exitOK);
+  EXPECT_EQ(run({"startup", "remove", "gone.service", "--yes"}), exitOK);
+  EXPECT_EQ(out, "Moved /u/gone.service to the Trash.\n");
+  EXPECT_THAT(trash->moved, ElementsAre("/s/twice.service", "/u/gone.service"));
+  trash->refused["/u/twice.service"] = "It is in use.";
+  EXPECT_EQ(run({"startup", "remove", "twice.service", "--yes"}), exitFailed);
+  EXPECT_EQ(out + err, "korvell: It is in use.\n");
 }
 
 TEST_F(StartupCommandTests, nothingElseIsRemoved) {
   const std::pair<std::vector<std::string>, const char*> rows[] = {
-      {{"remove", "gone.service"},
-       "gone.service\nIt launches /opt/gone which no longer exists."}, // not confirmed
-      {{"remove", "here.service", "--yes"}, "korvell: here.service is no leftover"},
-      {{"remove", "none.service", "--yes"}, "korvell: there is no startup item none.service\n"},
-      {{"remove", "twice.service", "--yes"},
+      {{"gone.service"}, "gone.service\nIt launches /opt/gone which no longer exists."}, // not confirmed
+      {{"here.service", "--yes"}, "korvell: here.service is no leftover"},
+      {{"none.service", "--yes"}, "korvell: there is no startup item none.service\n"},
+      {{"twice.service", "--yes"},
        "korvell: several startup items are called twice.service; name one by its file:\n  /u/twice.service\n"
-       "  /s/twice.service\n"},
-  };
-  for (const auto& [arguments, message] : rows) {
-    errors.clear();
+       "  /s/twice.service\n"}};
+  for (auto [arguments, message] : rows) {
+    arguments.insert(arguments.begin(), {"startup", "remove"});
     EXPECT_EQ(run(arguments), exitFailed);
-    EXPECT_THAT(errors, StartsWith(message));
+    EXPECT_THAT(err, StartsWith(message));
   }
-  EXPECT_EQ(run({"remove", "--yes"}), exitUsage);
-  EXPECT_THAT(trash->moved, IsEmpty());
+  EXPECT_EQ(run({"startup", "remove", "--yes"}), exitUsage);
+  EXPECT_THAT(trash->requests, IsEmpty());
   EXPECT_THAT(items->log, IsEmpty());
 }
 
-TEST_F(StartupCommandTests, aFileThatStaysIsAFailure) {
-  trash->refused["/u/gone.service"] = "It is in use.";
-  EXPECT_EQ(run({"remove", "gone.service", "--yes"}), exitFailed);
-  EXPECT_EQ(errors, "korvell: It is in use.\n");
-  EXPECT_EQ(output, "");
+TEST_F(StartupCommandTests, besideAKeeperItIsTheKeeperThatLooksAndRemoves) {
+  const std::vector<StartupItem> known{
+      {.label = "k.service", .plistPath = "/k", .program = "/gone", .isLeftover = true}};
+  Value answer = Value::object({{"ok", true}});
+  playKeeper([&](const Value& request) {
+    if (*request.find("do")->asString() == "removeStartupItem") return answer;
+    return Value::object({{"ok", true}, {"startupItems", toValue(known)}});
+  });
+  EXPECT_EQ(run({"startup", "remove", "k.service", "--yes"}), exitOK);
+  EXPECT_THAT(orders, ElementsAre(R"({"do":"rescanStartupItems"})",
+                                  R"({"do":"removeStartupItem","plistPath":"/k","label":"k.service",)"
+                                  R"("program":"/gone"})"));
+  answer = Value::object({{"ok", false}, {"error", "It is in use."}});
+  EXPECT_EQ(run({"startup", "remove", "k.service", "--yes"}), exitFailed);
+  EXPECT_EQ(err, "korvell: It is in use.\n");
+  EXPECT_THAT(trash->requests, IsEmpty());
 }
 
 } // namespace

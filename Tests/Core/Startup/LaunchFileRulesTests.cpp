@@ -15,7 +15,7 @@ FakeLaunchItems world() {
 
 std::optional<StartupItem> read(LaunchFormat format, const std::string& path, const std::string& bytes) {
   auto items = world();
-  return readLaunchFile({LaunchScope::allUsers, format, path, bytes}, items);
+  return readLaunchFile({LaunchScope::allUsers, format, path, bytes, "", {}}, items);
 }
 
 std::optional<StartupItem> readJob(const std::string& members) {
