@@ -51,13 +51,18 @@ void printHint(Terminal& out, std::string_view text) {
 }
 
 /// Why the states of some of the items say nothing about being loaded.
-std::set<std::string> silences(const std::vector<StartupItem>& items, LaunchItems& launchItems) {
+std::vector<std::string> silences(const std::vector<StartupItem>& items, LaunchItems& launchItems) {
   const auto jobs = launchItems.loadedJobs();
-  std::set<std::string> reasons;
+  std::map<std::string, std::set<LaunchScope>> scopes; // by reason
   for (const auto& item : items)
-    if (const auto& reason = jobs.of(item.scope).silence; !reason.empty())
-      reasons.insert(localized("For {scope}: {reason}", {{"scope", title(item.scope)}, {"reason", reason}}));
-  return reasons;
+    if (const auto& reason = jobs.of(item.scope).silence; !reason.empty()) scopes[reason].insert(item.scope);
+  std::vector<std::string> lines;
+  for (const auto& [reason, of] : scopes) {
+    std::string line;
+    for (const auto scope : of) line += (line.empty() ? "" : ", ") + title(scope);
+    lines.push_back(line + ": " + reason);
+  }
+  return lines;
 }
 
 void printItems(Terminal& out, const std::vector<StartupItem>& items, LaunchItems& launchItems) {
@@ -79,8 +84,7 @@ void printItems(Terminal& out, const std::vector<StartupItem>& items, LaunchItem
   printHint(out, localized("Background programs that launch with your Mac. Leftovers point to programs that "
                            "no longer exist, usually from apps you already deleted."));
   const auto reasons = silences(items, launchItems);
-  if (reasons.empty()) return;
-  printHint(out, localized("Which of them are loaded is not known."));
+  if (!reasons.empty()) printHint(out, localized("Which of them are loaded is not known."));
   for (const auto& reason : reasons) printHint(out, reason);
 }
 

@@ -36,7 +36,7 @@ TEST_F(StartupCommandTests, leftoversAreListedFirst) {
   EXPECT_THAT(out, HasSubstr("gone.service   You            leftover          /opt/gone"));
   EXPECT_LT(out.find("twice.service"), out.find("here.service"));
   EXPECT_THAT(out, HasSubstr("Which of them are loaded is not known.\n"
-                             "For System daemon: systemd does not run here.\n"));
+                             "System daemon: systemd does not run here.\n"));
   EXPECT_EQ(run({"startup", "list", "--json"}), exitOK);
   std::vector<StartupItem> told;
   ASSERT_TRUE(fromValue(*parseJSON(out)->find("items"), told));
