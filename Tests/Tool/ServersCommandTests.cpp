@@ -1,6 +1,6 @@
 #include "Base/Record.h"
-#include "KeeperFixture.h"
 #include "Core/DevServers/DevServer.h"
+#include "KeeperFixture.h"
 
 namespace korvell {
 namespace {

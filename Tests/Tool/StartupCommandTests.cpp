@@ -1,5 +1,5 @@
-#include "KeeperFixture.h"
 #include "Core/Startup/StartupScanner.h"
+#include "KeeperFixture.h"
 #include "Tests/Fakes/FakeLaunchItems.h"
 #include "Tests/Fakes/FakeTrash.h"
 
