@@ -40,7 +40,7 @@ Value kindsValue(const UserDefaults& defaults) {
 
 void printAlerts(Context& context, const std::vector<HealthAlert>& alerts) {
   if (alerts.empty()) return context.out.line(localized("No alerts since Korvell was started."));
-  SystemTimeZone zone;
+  const auto& zone = *context.host.zone;
   bool first = true;
   for (const auto& alert : alerts) {
     if (!std::exchange(first, false)) context.out.line();

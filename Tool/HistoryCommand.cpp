@@ -24,9 +24,10 @@ constexpr Seconds liveCover{12};
 
 struct Recorded {
   explicit Recorded(Context& context)
-      : store(systemQueueFactory(), context.clock, context.host.folders.data, HistoryAccess::reader) {}
+      : store(systemQueueFactory(), context.clock, context.host.folders.data, HistoryAccess::reader),
+        zone(*context.host.zone) {}
   HistoryStore store;
-  SystemTimeZone zone;
+  const TimeZone& zone;
 };
 
 template <class E>

@@ -92,8 +92,8 @@ void printCategories(Terminal& out, const StorageScanResult& result) {
 }
 
 /// Every item on a line of its own that is never cut: its id is what `clean --item` takes.
-void printItems(Terminal& out, const StorageScanResult& result, const std::string& home) {
-  const SystemTimeZone zone;
+void printItems(Terminal& out, const StorageScanResult& result, const std::string& home,
+                const TimeZone& zone) {
   constexpr std::size_t sizeWidth = 8;
   for (const auto& category : result.categories) {
     const auto rating = safety(category.kind);
@@ -121,7 +121,7 @@ int runStorage(Context& context, const Arguments& arguments) {
   else if (result.categories.empty())
     printNothing(context.out);
   else if (arguments.flag("--items"))
-    printItems(context.out, result, scan->locations().home);
+    printItems(context.out, result, scan->locations().home, *context.host.zone);
   else
     printCategories(context.out, result);
   return exitOK;
@@ -134,7 +134,7 @@ int runLog(Context& context, const Arguments& arguments) {
     printJSON(context.out, Value::object({{"freedTotal", total}, {"entries", toValue(entries)}}));
     return exitOK;
   }
-  const SystemTimeZone zone;
+  const auto& zone = *context.host.zone;
   Table table({{localized("Day")}, {localized("Freed"), Column::Align::right}});
   for (const auto& entry : entries) table.row({dayText(localDay(zone, entry.date)), sizeText(entry.bytes)});
   if (!table.empty()) {
