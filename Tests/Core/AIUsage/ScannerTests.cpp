@@ -151,6 +151,7 @@ TEST_F(ScannerTests, theDayIsThatOfTheZoneInWhichTheLineIsRead) {
   append(claudeFolder + "a.jsonl", ClaudeText{.id = "msg_2", .timestamp = "2026-03-01T00:30:00Z"}.text());
   scan();
   EXPECT_EQ(usage(), "2026-02-28 claude-sonnet-4-5 shop 1 2; " + oneMessage);
+  EXPECT_EQ(scanner->summary(2, clock.wall).rows.at(0).day, startOfDay(zone, *parseDay("2026-02-28")));
 }
 
 TEST_F(ScannerTests, theNewestLimitsStay) {
