@@ -1,18 +1,11 @@
 // status, top, alerts and report beside a keeper that a test plays.
 
-#include "App/KeeperLock.h"
-#include "App/LineServer.h"
 #include "Base/Text.h"
 #include "Core/Health/HealthAlert.h"
 #include "Core/Health/HealthReport.h"
-#include "Tests/Fakes/FakeClock.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
-#include "Tests/Fakes/TemporaryFolder.h"
-#include "Tool/Commands.h"
+#include "Tests/Tool/KeeperFixture.h"
 #include "Tool/Findings.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace korvell {
 namespace {
@@ -32,44 +25,19 @@ const HealthReport report{
      {Insight::Severity::info, "Up for 15 days",
       "A restart clears leaked memory and applies pending updates.", 4, std::nullopt}}};
 
-struct HealthCommandsTests : testing::Test {
-  TemporaryFolder folder;
-  Host host;
-  FakeClock clock;
-  std::optional<KeeperLock> lock;
-  std::unique_ptr<LineServer> keeper;
-  std::string out, err;
-
+struct HealthCommandsTests : KeeperFixture {
   HealthCommandsTests() {
-    host.folders.home = folder.path().string();
-    host.folders.data = folder / "data";
     host.defaults = std::make_unique<FakeUserDefaults>();
+    columns = 60;
   }
   void startKeeper(Value state) {
-    auto acquired = KeeperLock::acquire(host.folders);
-    ASSERT_TRUE(acquired);
-    lock.emplace(std::move(*acquired));
-    state.set("ok", true);
-    state.set("hasSample", true);
-    keeper = LineServer::listen(
-        keeperSocketPath(host.folders),
-        [state](const std::string&, const LineServer::Reply& reply) { reply(dumpJSON(state)); }, {},
-        isSameUser);
-    ASSERT_TRUE(keeper);
-    lock->announce(keeperSocketPath(host.folders));
+    state.set("ok", true).set("hasSample", true);
+    playKeeper([state](const Value&) { return state; });
   }
   void startKeeper(const std::vector<AppUsage>& apps) {
     SystemSnapshot snapshot;
     snapshot.apps = apps;
     startKeeper(Value::object({{"snapshot", toValue(snapshot)}, {"report", reportValue(report)}}));
-  }
-  int run(const std::vector<std::string>& arguments) {
-    out.clear();
-    err.clear();
-    Terminal outTerminal(out, 60), errTerminal(err, 60);
-    Context context{host,        clock,       [](std::string_view) { return std::optional<std::string>(); },
-                    outTerminal, errTerminal, nullptr};
-    return runCommandLine(context, allCommands(), arguments);
   }
 };
 

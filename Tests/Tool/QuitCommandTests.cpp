@@ -2,8 +2,7 @@
 
 #include "Tests/Fakes/FakeMachineCounters.h"
 #include "Tests/Fakes/FakeProcessTable.h"
-#include "Tests/Fakes/TemporaryFolder.h"
-#include "Tests/Tool/CommandFixture.h"
+#include "Tests/Tool/KeeperFixture.h"
 
 namespace korvell {
 namespace {
@@ -20,8 +19,7 @@ struct Control final : ProcessControl {
   }
 };
 
-struct QuitCommandTests : CommandFixture {
-  TemporaryFolder folder;
+struct QuitCommandTests : KeeperFixture {
   FakeProcessTable* table = nullptr;
 
   QuitCommandTests() {
@@ -29,7 +27,6 @@ struct QuitCommandTests : CommandFixture {
     table = world.get();
     host.system = SystemKind::macOS;
     host.bundleInfo = [](const std::string&, std::string_view) { return std::nullopt; };
-    host.folders.data = folder / "data";
     host.machine = std::make_unique<FakeMachineCounters>();
     host.applications = std::make_unique<FakeRunningApplications>();
     host.processControl = std::make_unique<Control>(*world);
@@ -73,20 +70,31 @@ TEST_F(QuitCommandTests, onlyTheOneThatIsMeantAndOnlyWhenConfirmed) {
     auto arguments = row.arguments;
     arguments.insert(arguments.begin(), "quit");
     table->sent.clear();
-    EXPECT_EQ(run(allCommands(), arguments), row.sent.empty() ? exitFailed : exitOK) << row.said;
+    EXPECT_EQ(run(arguments), row.sent.empty() ? exitFailed : exitOK) << row.said;
     EXPECT_EQ(table->sent, row.sent) << row.said;
-    EXPECT_THAT(output + errors, HasSubstr(row.said));
+    EXPECT_THAT(out + err, HasSubstr(row.said));
   }
 }
 
+TEST_F(QuitCommandTests, aKeeperSendsTheSignals) {
+  playKeeper([](const Value&) {
+    return Value::object({{"ok", true}, {"sent", 1}, {"gone", 1}, {"denied", 0}});
+  });
+  EXPECT_EQ(run({"quit", "worker", "--yes", "--json"}), exitOK);
+  EXPECT_THAT(out, HasSubstr(R"("sent":1,"gone":1,"denied":0)"));
+  ASSERT_EQ(orders.size(), 1u);
+  EXPECT_THAT(orders[0],
+              HasSubstr(R"("processes":[{"pid":10,"start":100},{"pid":11,"start":110}],"force":false)"));
+  EXPECT_TRUE(table->sent.empty());
+}
+
 TEST_F(QuitCommandTests, whyTellsWhoseAProcessIs) {
-  EXPECT_EQ(run(allCommands(), {"top", "--why", "40"}), exitOK);
-  EXPECT_THAT(output,
-              HasSubstr("Application    Editor\nDecided by     bundle\nKey            /a/Editor.app\n"));
-  EXPECT_EQ(run(allCommands(), {"top", "--why", "40", "--json"}), exitOK);
-  EXPECT_THAT(output, HasSubstr(R"("app":"/a/Editor.app","appName":"Editor","rule":"bundle")"));
+  EXPECT_EQ(run({"top", "--why", "40"}), exitOK);
+  EXPECT_THAT(out, HasSubstr("Application    Editor\nDecided by     bundle\nKey            /a/Editor.app\n"));
+  EXPECT_EQ(run({"top", "--why", "40", "--json"}), exitOK);
+  EXPECT_THAT(out, HasSubstr(R"("app":"/a/Editor.app","appName":"Editor","rule":"bundle")"));
   for (const char* nobody : {"999", "4294967336"}) // the latter is 40 in 32 bits
-    EXPECT_EQ(run(allCommands(), {"top", "--why", nobody}), exitFailed) << nobody;
+    EXPECT_EQ(run({"top", "--why", nobody}), exitFailed) << nobody;
 }
 
 } // namespace
