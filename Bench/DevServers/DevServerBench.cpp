@@ -3,18 +3,17 @@
 //
 // CPU milliseconds, medians of rounds in which both take turns.
 
+#include "Bench/Measure.h"
 #include "Core/DevServers/DevServerScanner.h"
 #include "Platform/Host.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
 #include <csignal>
-#include <ctime>
 #include <filesystem>
 #include <fmt/format.h>
 #include <fstream>
 #include <netinet/in.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -65,25 +64,6 @@ private:
   std::vector<pid_t> children_;
 };
 
-double milliseconds(const timeval& time) { return double(time.tv_sec) * 1e3 + double(time.tv_usec) / 1e3; }
-
-double ownCPU() {
-  timespec time{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-  return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
-}
-
-double childrenCPU() {
-  rusage usage{};
-  getrusage(RUSAGE_CHILDREN, &usage);
-  return milliseconds(usage.ru_utime) + milliseconds(usage.ru_stime);
-}
-
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
-}
-
 struct Snapshot {
   std::vector<ProcessUsage> usages;
   ParentsByPID parents;
@@ -118,14 +98,14 @@ int run() {
     UsageByPID usages;
     for (const ProcessUsage& usage : snapshot.usages) usages[usage.pid] = &usage;
     for (int round = -2; round < rounds; ++round) {
-      const double start = ownCPU();
+      const double start = cpuMilliseconds();
       const auto projects = scanner.scan(usages, snapshot.parents);
-      const double scanned = ownCPU() - start;
-      const double before = childrenCPU();
+      const double scanned = cpuMilliseconds() - start;
+      const Seconds before = childrenCPUTime();
       if (std::system("lsof -nP -iTCP -sTCP:LISTEN -F pn > /dev/null 2>&1") != 0) return 1;
       if (round < 0) continue;
       ours.push_back(scanned);
-      lsof.push_back(childrenCPU() - before);
+      lsof.push_back((childrenCPUTime() - before).count() * 1e3);
       found = 0;
       for (const DevProject& project : projects) found += project.servers.size();
     }

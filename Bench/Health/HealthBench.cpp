@@ -2,6 +2,7 @@
 // applications of four processes. The floor is the one thing that neither can do without: adding up the four
 // figures of every process.
 
+#include "Bench/Measure.h"
 #include "Core/Health/AlertEngine.h"
 #include "Core/Health/HealthReport.h"
 
@@ -64,7 +65,7 @@ SystemSnapshot busySnapshot() {
 
 /// Microseconds of the median run.
 template <class Work>
-double median(int runs, Work&& work) {
+double medianTime(int runs, Work&& work) {
   std::vector<double> times;
   for (int i = 0; i < runs; ++i) {
     const auto begin = std::chrono::steady_clock::now();
@@ -72,15 +73,14 @@ double median(int runs, Work&& work) {
     times.push_back(
         std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - begin).count());
   }
-  std::ranges::nth_element(times, times.begin() + runs / 2);
-  return times[std::size_t(runs) / 2];
+  return median(std::move(times));
 }
 
 } // namespace
 
 int main() {
   auto snapshot = busySnapshot();
-  const double floor = median(200, [&] {
+  const double floor = medianTime(200, [&] {
     double sum = 0;
     for (const auto& app : snapshot.apps)
       sum += app.cpu() + double(app.memory()) + app.diskRead() + app.diskWrite() + app.netIn() + app.netOut();
@@ -91,7 +91,7 @@ int main() {
   const std::optional<SensorsSnapshot> sensors = SensorsSnapshot{.cpuCelsius = 97};
   std::vector<DevProject> projects{{"shop", std::vector<DevServer>(5, {.ports = {3000}, .memory = 1 << 28})}};
   std::vector<StartupItem> startup(300, {.label = "x", .program = "/gone", .isLeftover = true});
-  const double report = median(
+  const double report = medianTime(
       200, [&] { sink = HealthReport::make(snapshot, sensors, 95, projects, startup, state, {1e9}).score; });
 
   const NoSettings defaults;
@@ -100,7 +100,7 @@ int main() {
   std::vector<double> evaluations;
   for (int cycle = 0; cycle < 1000; ++cycle) {
     snapshot.date = snapshot.date + Seconds(10);
-    const double time = median(1, [&] { sink = double(engine.evaluate(snapshot).size()); });
+    const double time = medianTime(1, [&] { sink = double(engine.evaluate(snapshot).size()); });
     if (cycle > 400 && cycle % 3 == 0)
       evaluations.push_back(time); // windows are full, and this one evaluates
   }

@@ -2,6 +2,7 @@
 // of every process) once, in the same run: CPU time, medians of rounds in which both sides take turns. Run it
 // as root, or it measures refusals. Exits with 1 when an answer costs more than 1.3 times the floor.
 
+#include "Bench/Measure.h"
 #include "Helper/Linux/UsageReader.h"
 #include "Helper/Shared/RusageService.h"
 
@@ -18,17 +19,6 @@ using namespace korvell;
 
 constexpr int rounds = 41;
 constexpr double mostTimesTheFloor = 1.3;
-
-double cpuMicroseconds() {
-  timespec time{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-  return double(time.tv_sec) * 1e6 + double(time.tv_nsec) / 1e3;
-}
-
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
-}
 
 void readFiles(const std::vector<ProcessID>& pids) {
   static char buffer[4096];

@@ -5,6 +5,7 @@
 // rounds in which both sides take turns, and their ratio. The cache is warm.
 
 #include "Base/SQLite.h"
+#include "Bench/Measure.h"
 #include "Core/History/HistoryDatabase.h"
 #include "Core/History/MinuteAccumulator.h"
 
@@ -23,17 +24,6 @@ namespace {
 
 constexpr int minutesInAMonth = 43'200;
 constexpr int knownApps = 60;
-
-double cpuMilliseconds() {
-  timespec time{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-  return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
-}
-
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
-}
 
 struct Pair {
   double ours, plain;

@@ -3,6 +3,7 @@
 // back, two seconds of sampler time each (so that volumes are read every sixteenth), and what they did to the
 // resident memory. Exits with 1 when a cycle costs more than 1.2 times the floor or the memory grew.
 
+#include "Bench/Measure.h"
 #include "Core/Machine/SystemSampler.h"
 #include "Platform/Linux/LinuxMachineCounters.h"
 
@@ -26,17 +27,6 @@ public:
   Seconds time{0};
 };
 
-double cpuMicroseconds() {
-  timespec time{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-  return double(time.tv_sec) * 1e6 + double(time.tv_nsec) / 1e3;
-}
-
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
-}
-
 /// What a cycle reads on this machine, named here anew and not asked of the adapter where that is possible.
 std::vector<std::string> cycleFiles(LinuxMachineCounters& machine) {
   std::vector<std::string> files = {"/proc/loadavg",         "/proc/stat",    "/proc/meminfo",
@@ -44,7 +34,7 @@ std::vector<std::string> cycleFiles(LinuxMachineCounters& machine) {
   for (const auto& name : folderNames("/sys/block"))
     if (name.starts_with("zram")) files.push_back("/sys/block/" + name + "/mm_stat");
   for (const auto& supply : machine.powerSources().supplies()) files.push_back(supply.file);
-  for (const auto& package : machine.powerSources().packages())
+  for (const auto& package : machine.powerSources().energy().packages())
     if (package.readable) files.push_back(package.file);
   for (const auto& card : machine.graphics().cards())
     if (card.driver == GraphicsCards::Driver::amdgpu)

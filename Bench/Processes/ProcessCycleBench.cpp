@@ -6,6 +6,7 @@
 //
 // usage: ProcessCycleBench [cycles back to back, 10000]
 
+#include "Bench/Measure.h"
 #include "Core/Machine/LinuxOwners.h"
 #include "Core/Machine/ProcessSampler.h"
 #include "Core/Machine/SystemSampler.h"
@@ -31,17 +32,6 @@ public:
   Seconds monotonic() const override { return time; }
   Seconds time{100'000};
 };
-
-double cpuMilliseconds() {
-  timespec time{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-  return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
-}
-
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
-}
 
 /// Everything that a cycle needs, as the application puts it together.
 struct Cycle {

@@ -5,6 +5,7 @@
 //   StorageWalkBench walk FOLDER [ROUNDS]      times floor, one thread and two threads in turn
 //   StorageWalkBench memory FOLDER             how far the peak rises over the idle process
 
+#include "Bench/Measure.h"
 #include "Platform/Linux/LinuxFileTree.h"
 
 #include <algorithm>
@@ -73,13 +74,6 @@ std::int64_t bareWalk(int parent, const char* name) {
   return sum;
 }
 
-double processorSeconds() {
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  const auto seconds = [](const timeval& time) { return double(time.tv_sec) + double(time.tv_usec) / 1e6; };
-  return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
-
 struct Series {
   const char* name;
   std::function<std::int64_t()> run;
@@ -87,18 +81,13 @@ struct Series {
   std::int64_t sum = 0;
 
   void round() {
-    const auto cpuStart = processorSeconds();
+    const auto cpuStart = cpuTime().count();
     const auto start = std::chrono::steady_clock::now();
     sum = run();
     wall.push_back(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
-    cpu.push_back(processorSeconds() - cpuStart);
+    cpu.push_back(cpuTime().count() - cpuStart);
   }
 };
-
-double median(std::vector<double> values) {
-  std::ranges::sort(values);
-  return values[values.size() / 2];
-}
 
 /// From the wish to stop to the return of the call, at several points of the walk.
 double slowestCancel(LinuxFileTree& tree, const std::string& folder) {
