@@ -4,6 +4,7 @@
 
 #include "Tests/Fakes/TemporaryFolder.h"
 
+#include <atomic>
 #include <csignal>
 #include <fstream>
 #include <future>
@@ -50,7 +51,7 @@ struct LineServerTests : testing::Test {
   TemporaryFolder folder;
   const std::string path = folder / "runtime/keeper.sock";
   LineServer::Limits limits{.clients = 3, .line = 1000, .patience = Seconds{60}};
-  bool allowed = true;
+  std::atomic<bool> allowed = true;
   std::promise<LineServer::Reply> kept; ///< of the line "keep"
 
   std::unique_ptr<LineServer> listen() {
@@ -82,8 +83,13 @@ TEST_F(LineServerTests, linesAreAnsweredOneAfterTheOther) {
   EXPECT_EQ(client.line(), "got ");
 }
 
-TEST_F(LineServerTests, whoSendsTooMuchIsDisconnectedAndNobodyElse) {
+TEST_F(LineServerTests, strangersAndWhoSendsTooMuchAreDisconnectedAndNobodyElse) {
   const auto server = listen();
+  allowed = false; // of another user
+  Client stranger(path);
+  stranger.send("x\n");
+  EXPECT_EQ(stranger.line(), "<gone>");
+  allowed = true;
   Client polite(path);
   ASSERT_TRUE(polite.send("a\n"));
   EXPECT_EQ(polite.line(), "got a");
@@ -120,14 +126,6 @@ TEST_F(LineServerTests, thereAreOnlySoManyClients) {
     answer = next.line();
   }
   EXPECT_EQ(answer, "got y");
-}
-
-TEST_F(LineServerTests, otherUsersAreSentAway) {
-  allowed = false;
-  const auto server = listen();
-  Client stranger(path);
-  stranger.send("x\n");
-  EXPECT_EQ(stranger.line(), "<gone>");
 }
 
 TEST_F(LineServerTests, patienceIsLimited) {

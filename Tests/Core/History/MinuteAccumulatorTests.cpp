@@ -39,7 +39,12 @@ TEST(MinuteAccumulatorTests, aMinuteIsTheMeanOfItsSamples) {
   first.network = {.inRate = 5, .outRate = 7};
   first.gpu.utilization = 50;
   first.battery.systemPower = 6;
-  first.apps = {app("both", 30, 400), app("first", 8)};
+  first.apps = {{.id = "both",
+                 .name = "Both",
+                 .bundlePath = "/both",
+                 .processes = {{.cpu = 10, .memory = 150, .diskRead = 3, .diskWrite = 4, .netIn = 5},
+                               {.cpu = 20, .memory = 250, .diskWrite = 40, .netOut = 50, .power = 60}}},
+                app("first", 8)};
   auto second = snapshotAt(178, 30);
   second.apps = {app("both", 50, 200)};
   minute.add(historySample(first, 80));
@@ -50,33 +55,13 @@ TEST(MinuteAccumulatorTests, aMinuteIsTheMeanOfItsSamples) {
   EXPECT_EQ(row.system, (HistoryValues{20, 61.5, 5, 6, 25, 3, 1}));
   EXPECT_EQ(row.score, 80); // the one score, not half of it
   ASSERT_EQ(row.apps.size(), 2u);
-  EXPECT_EQ(row.apps[0].values[cpuColumn], 40);
-  EXPECT_EQ(row.apps[0].values[memoryColumn], 300);
-  EXPECT_EQ(row.apps[1].values[cpuColumn], 4); // absent from one sample of two
+  EXPECT_EQ(row.apps[0].values, (HistoryValues{40, 300, 23.5, 27.5, 0, 30, 22})) << "all its processes";
+  EXPECT_EQ(row.apps[0].path, "/both");
+  EXPECT_EQ(row.apps[1].values[cpuColumn], 4) << "absent from one sample of two";
   EXPECT_TRUE(minute.isEmpty());
-}
-
-TEST(MinuteAccumulatorTests, aNewMinuteStartsFromNothing) {
-  MinuteAccumulator minute;
-  auto snapshot = snapshotAt(0, 50);
-  snapshot.apps = {app("gone", 10)};
-  minute.add(historySample(snapshot, 50));
-  minute.take();
-  minute.add(historySample(snapshotAt(60, 10), std::nullopt));
-  EXPECT_EQ(minute.take(), (HistoryMinute{.ts = 60, .system = {10}, .score = {}, .apps = {}}));
-}
-
-TEST(MinuteAccumulatorTests, anApplicationCountsAllItsProcesses) {
-  auto snapshot = snapshotAt(0);
-  snapshot.apps = {{.id = "a",
-                    .name = "A",
-                    .bundlePath = "/a",
-                    .processes = {{.cpu = 1, .memory = 2, .diskRead = 3, .diskWrite = 4, .netIn = 5},
-                                  {.cpu = 10, .memory = 20, .diskWrite = 40, .netOut = 50, .power = 60}}}};
-  const auto sample = historySample(snapshot, {});
-  ASSERT_EQ(sample.apps.size(), 1u);
-  EXPECT_EQ(sample.apps[0].values, (HistoryValues{11, 22, 47, 55, 0, 60, 44}));
-  EXPECT_EQ(sample.apps[0].path, "/a");
+  minute.add(historySample(snapshotAt(180, 10), std::nullopt));
+  EXPECT_EQ(minute.take(), (HistoryMinute{.ts = 180, .system = {10}, .score = {}, .apps = {}}))
+      << "a new minute starts from nothing";
 }
 
 TEST(MinuteAccumulatorTests, theLargestByAnyValueAreKept) {

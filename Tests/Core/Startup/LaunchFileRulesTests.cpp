@@ -37,32 +37,25 @@ TEST(LaunchFileRulesTests, aJobOfEveryMember) {
 }
 
 TEST(LaunchFileRulesTests, membersThatAreMissingOrOfAnotherType) {
-  const auto empty = readJob("");
+  const auto empty = readJob("<key>Label</key><integer>5</integer><key>KeepAlive</key><string>yes</string>");
   ASSERT_TRUE(empty);
   EXPECT_EQ(empty->label, "com.example.v1") << "the file's name without its extension";
-  EXPECT_EQ(empty->program, std::nullopt);
-  EXPECT_FALSE(empty->runsAtLoad || empty->keepAlive);
+  EXPECT_FALSE(empty->runsAtLoad || empty->keepAlive || empty->program);
 
-  const auto program = [](const char* members) { return readJob(members)->program; };
-  EXPECT_EQ(program("<key>ProgramArguments</key><array><string>/opt/a</string><string>-x</string></array>"),
-            "/opt/a");
-  EXPECT_EQ(
-      program("<key>Program</key><string></string><key>ProgramArguments</key><array><string>/opt/b</string>"
-              "</array>"),
-      "/opt/b");
-  EXPECT_EQ(program("<key>Program</key><integer>1</integer>"), std::nullopt);
-  EXPECT_EQ(program("<key>ProgramArguments</key><array/>"), std::nullopt);
-  EXPECT_EQ(program("<key>ProgramArguments</key><array><integer>1</integer></array>"), std::nullopt);
-  EXPECT_EQ(program("<key>ProgramArguments</key><string>/opt/a</string>"), std::nullopt);
-
-  const auto keepAlive = [](const char* value) {
-    return readJob(std::string("<key>KeepAlive</key>") + value)->keepAlive;
-  };
-  EXPECT_FALSE(keepAlive("<false/>"));
-  EXPECT_TRUE(keepAlive("<dict><key>SuccessfulExit</key><false/></dict>"));
-  EXPECT_FALSE(keepAlive("<dict/>"));
-  EXPECT_FALSE(keepAlive("<string>yes</string>"));
-  EXPECT_EQ(readJob("<key>Label</key><integer>5</integer>")->label, "com.example.v1");
+  const std::string arguments = "<key>ProgramArguments</key>";
+  const std::pair<std::string, std::optional<std::string>> programs[] = {
+      {arguments + "<array><string>/opt/a</string><string>-x</string></array>", "/opt/a"},
+      {"<key>Program</key><string></string>" + arguments + "<array><string>/opt/b</string></array>",
+       "/opt/b"},
+      {"<key>Program</key><integer>1</integer>", std::nullopt},
+      {arguments + "<array/>", std::nullopt},
+      {arguments + "<array><integer>1</integer></array>", std::nullopt},
+      {arguments + "<string>/opt/a</string>", std::nullopt}};
+  for (const auto& [members, program] : programs) EXPECT_EQ(readJob(members)->program, program) << members;
+  for (const auto& [value, keepsAlive] : {std::pair{"<false/>", false},
+                                          {"<dict><key>SuccessfulExit</key><false/></dict>", true},
+                                          {"<dict/>", false}})
+    EXPECT_EQ(readJob(std::string("<key>KeepAlive</key>") + value)->keepAlive, keepsAlive) << value;
 }
 
 TEST(LaunchFileRulesTests, filesThatAreNoneAreSkipped) {
@@ -102,15 +95,16 @@ TEST(LaunchFileRulesTests, programsOfAutostartEntries) {
 }
 
 TEST(LaunchFileRulesTests, whenAutostartEntriesRun) {
-  const auto runs = [](const char* line) {
-    return read(LaunchFormat::desktopEntry, "/x.desktop", std::string("[Desktop Entry]\nExec=sync\n") + line)
-        ->runsAtLoad;
-  };
-  EXPECT_TRUE(runs(""));
-  EXPECT_TRUE(runs("Hidden=false"));
-  EXPECT_TRUE(runs("X-GNOME-Autostart-enabled=true"));
-  EXPECT_FALSE(runs("Hidden=true"));
-  EXPECT_FALSE(runs("X-GNOME-Autostart-enabled=false"));
+  for (const auto& [line, runs] : {std::pair{"", true},
+                                   {"Hidden=false", true},
+                                   {"X-GNOME-Autostart-enabled=true", true},
+                                   {"Hidden=true", false},
+                                   {"X-GNOME-Autostart-enabled=false", false}})
+    EXPECT_EQ(
+        read(LaunchFormat::desktopEntry, "/x.desktop", std::string("[Desktop Entry]\nExec=sync\n") + line)
+            ->runsAtLoad,
+        runs)
+        << line;
 }
 
 TEST(LaunchFileRulesTests, services) {
