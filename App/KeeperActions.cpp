@@ -41,11 +41,10 @@ std::optional<std::vector<QuitTarget>> targetsOf(const Value& request) {
   for (const Value& process : *list) {
     const auto* pid = process.find("pid");
     const auto* start = process.find("start");
-    const auto id = pid ? pid->asInt() : std::nullopt;
-    const auto ticks = start ? start->asInt() : std::nullopt;
-    if (!id || !ticks || *id <= 1 || *id > std::numeric_limits<ProcessID>::max() || *ticks < 0)
-      return std::nullopt;
-    if (*id != getpid()) targets.push_back({ProcessID(*id), std::uint64_t(*ticks)});
+    const auto id = pid ? pid->asInt().value_or(0) : 0;
+    const auto ticks = start ? start->asInt().value_or(-1) : -1;
+    if (id <= 1 || id > std::numeric_limits<ProcessID>::max() || ticks < 0) return std::nullopt;
+    if (id != getpid()) targets.push_back({ProcessID(id), std::uint64_t(ticks)});
   }
   return targets;
 }
