@@ -31,6 +31,7 @@ public:
   int writeError = SQLITE_OK; ///< what every write to a file answers instead of writing
   int readError = SQLITE_OK;
   int openError = SQLITE_OK;
+  int calls = 0; ///< reads and writes that still go well before the errors begin
 
 private:
   struct Methods {
@@ -58,11 +59,11 @@ private:
     return code;
   }
   static int read(sqlite3_file* file, void* bytes, int count, sqlite3_int64 offset) {
-    if (current()->readError != SQLITE_OK) return current()->readError;
+    if (current()->readError != SQLITE_OK && --current()->calls < 0) return current()->readError;
     return reinterpret_cast<const Methods*>(file->pMethods)->original->xRead(file, bytes, count, offset);
   }
   static int write(sqlite3_file* file, const void* bytes, int count, sqlite3_int64 offset) {
-    if (current()->writeError != SQLITE_OK) return current()->writeError;
+    if (current()->writeError != SQLITE_OK && --current()->calls < 0) return current()->writeError;
     return reinterpret_cast<const Methods*>(file->pMethods)->original->xWrite(file, bytes, count, offset);
   }
   static int now(sqlite3_vfs*, sqlite3_int64* julianMilliseconds) {

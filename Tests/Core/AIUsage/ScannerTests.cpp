@@ -41,6 +41,21 @@ protected:
   }
   void append(const std::string& path, const std::string& line) { file(path).text += line + "\n"; }
 
+  /// The next message of each tool.
+  void write(int number) {
+    append(claudeFolder + "a.jsonl", ClaudeText{.id = "msg_" + std::to_string(number)}.text());
+    append(codexFolder + "b.jsonl", CodexText{.total = 1 + number}.text());
+  }
+  /// A database that knows the first message of each tool, and as many other files.
+  void beginAnew(int others) {
+    scanner.reset();
+    std::filesystem::remove_all(folder.path() / "data");
+    files.files.clear();
+    for (int i = 0; i < others; ++i) append(claudeFolder + std::to_string(i) + ".jsonl", "{}");
+    write(1);
+    scan();
+  }
+
   /// One text of all rows, each ended by "; ".
   std::string rows(const std::string& columns) {
     auto db = Database::open(database(), Database::Mode::readOnly);
@@ -71,6 +86,7 @@ protected:
   std::unique_ptr<AIUsageScanner> scanner;
 };
 
+const std::string twoOfEach = "2026-03-01 claude-sonnet-4-5 shop 2 4; 2026-03-01 unknown Home 60 14; ";
 const std::string oneMessage = "2026-03-01 claude-sonnet-4-5 shop 1 2; ";
 
 // Folders' names need not be UTF-8, and messages of zeros add no row.
@@ -240,21 +256,15 @@ TEST_F(ScannerTests, noFaultOfTheDatabaseLosesOrRepeatsAnything) {
       {"a newer version's columns", false, Outcome::foreign, false,
        [&] { execute("ALTER TABLE files ADD COLUMN inode INTEGER"); },
        [&] { execute("ALTER TABLE files DROP COLUMN inode"); }},
+      {"a row that is refused", true, Outcome::failed, false,
+       [&] { execute("CREATE TRIGGER t BEFORE INSERT ON usage BEGIN SELECT RAISE(ABORT, 'no'); END"); },
+       [&] { execute("DROP TRIGGER t"); }},
       {"a transaction that ends by itself", true, Outcome::failed, false,
        [&] { execute("CREATE TRIGGER t BEFORE INSERT ON usage BEGIN SELECT RAISE(ROLLBACK, 'full'); END"); },
        [&] { execute("DROP TRIGGER t"); }}};
-  const auto write = [&](int message) {
-    append(claudeFolder + "a.jsonl", ClaudeText{.id = "msg_" + std::to_string(message)}.text());
-    append(codexFolder + "b.jsonl", CodexText{.total = 1 + message}.text());
-  };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
-    scanner.reset();
-    std::filesystem::remove_all(folder.path() / "data");
-    files.files.clear();
-    for (int i = 0; i < 300; ++i) append(claudeFolder + std::to_string(i) + ".jsonl", "{}");
-    write(1);
-    scan();
+    beginAnew(300);
     if (!row.isOpen) scanner.reset();
     row.fault();
     write(2);
@@ -268,8 +278,30 @@ TEST_F(ScannerTests, noFaultOfTheDatabaseLosesOrRepeatsAnything) {
     row.mend();
     scan();
     EXPECT_EQ(scanner->lastOutcome(), Outcome::done);
-    EXPECT_EQ(usage(), "2026-03-01 claude-sonnet-4-5 shop 2 4; 2026-03-01 unknown Home 60 14; ");
+    EXPECT_EQ(usage(), twoOfEach);
   }
+}
+
+// The disk may begin to fail at any read or write of a scan, from the opening of the database on.
+TEST_F(ScannerTests, theDiskMayFailAtAnyMoment) {
+  for (const auto& [error, code] :
+       {std::pair{&TestVFS::readError, SQLITE_IOERR_READ}, std::pair{&TestVFS::writeError, SQLITE_FULL}})
+    for (int calls = 0;; ++calls) {
+      SCOPED_TRACE(fmt::format("{} after {} calls", code, calls));
+      beginAnew(9);
+      scanner.reset();
+      write(2);
+      disk.calls = calls;
+      disk.*error = code;
+      scan();
+      disk.*error = SQLITE_OK;
+      const bool wentWell = disk.calls >= 0;
+      scan();
+      EXPECT_EQ(scanner->lastOutcome(), Outcome::done);
+      ASSERT_EQ(usage(), twoOfEach);
+      if (wentWell) break;
+      ASSERT_LT(calls, 500);
+    }
 }
 
 TEST_F(ScannerTests, sumsBeyond64BitsEndTheProcessBeforeAnythingIsStored) {
