@@ -4,14 +4,31 @@
 #include "Platform/Linux/LinuxProcessTable.h"
 #include "Platform/Linux/MachineSources.h"
 #include "Platform/Linux/ProcessSources.h"
+#include "Platform/Linux/SourceExamination.h"
 
 #include <ctime>
 #include <unistd.h>
 
 namespace korvell {
 
-LinuxDiagnostics::LinuxDiagnostics(const Clock& clock, LinuxMachineRoots machine)
-    : clock_(clock), machine_(std::move(machine)) {}
+namespace {
+
+constexpr Seconds managerPatience{1};
+
+SourceReport services(std::string name, const std::string& bus, const Clock& clock) {
+  SourceReport report{.name = std::move(name), .source = bus};
+  report.reason = askServiceManager(bus, managerPatience).silence;
+  if (report.reason.empty())
+    report.microseconds = readingMicroseconds(clock, [&] { askServiceManager(bus, managerPatience); });
+  else
+    report.state = SourceReport::State::missing;
+  return report;
+}
+
+} // namespace
+
+LinuxDiagnostics::LinuxDiagnostics(const Clock& clock, BusAddresses buses, LinuxMachineRoots machine)
+    : clock_(clock), buses_(std::move(buses)), machine_(std::move(machine)) {}
 
 std::vector<SourceReport> LinuxDiagnostics::sources() {
   auto reports = machineSources(machine_, clock_);
@@ -19,6 +36,8 @@ std::vector<SourceReport> LinuxDiagnostics::sources() {
   NetlinkSockets sockets;
   for (auto& report : processSources({machine_.proc, &table, &sockets, ::geteuid()}, clock_))
     reports.push_back(std::move(report));
+  reports.push_back(services(localized("Your services"), buses_.session, clock_));
+  reports.push_back(services(localized("The system's services"), buses_.system, clock_));
   return reports;
 }
 

@@ -3,18 +3,20 @@
 
 #include "Platform/Diagnostics.h"
 #include "Platform/Linux/LinuxMachineCounters.h"
+#include "Platform/Linux/ServiceManager.h"
 
 namespace korvell {
 
 class LinuxDiagnostics final : public Diagnostics {
 public:
-  explicit LinuxDiagnostics(const Clock& clock, LinuxMachineRoots machine = {});
+  explicit LinuxDiagnostics(const Clock& clock, BusAddresses buses, LinuxMachineRoots machine = {});
 
   std::vector<SourceReport> sources() override;
   OwnUsage ownUsage() override;
 
 private:
   const Clock& clock_;
+  const BusAddresses buses_;
   LinuxMachineRoots machine_;
 };
 

@@ -32,6 +32,7 @@ std::string sessionBus(const Environment& environment) {
 
 Host makeHost(const Environment& environment) {
   static const SystemClock clock;
+  const BusAddresses buses{.session = sessionBus(environment)};
   Host host;
   host.folders = linuxUserFolders(environment);
   host.user = geteuid();
@@ -47,10 +48,9 @@ Host makeHost(const Environment& environment) {
   host.processControl = std::make_unique<LinuxProcessControl>();
   host.applications = std::make_unique<NoRunningApplications>();
   host.desktopFiles = std::make_unique<DesktopFolders>(DesktopFolders::of(host.folders, environment));
-  host.launchItems = std::make_unique<LinuxLaunchItems>(host.folders, Shell::run,
-                                                        BusAddresses{.session = sessionBus(environment)});
+  host.launchItems = std::make_unique<LinuxLaunchItems>(host.folders, Shell::run, buses);
   host.usageHelper = std::make_unique<LinuxUsageHelper>(LinuxUsageHelper::systemSources(environment));
-  host.diagnostics = std::make_unique<LinuxDiagnostics>(clock);
+  host.diagnostics = std::make_unique<LinuxDiagnostics>(clock, buses);
   host.state = std::make_unique<LinuxMachineState>(clock);
   host.notifications = std::make_unique<DesktopNotifications>(sessionBus(environment));
   return host;

@@ -2,7 +2,6 @@
 
 #include "Base/Localization.h"
 #include "Platform/Formats/KeyFile.h"
-#include "Platform/Linux/ServiceManager.h"
 
 #include <unistd.h>
 

@@ -3,15 +3,10 @@
 // systemctl is started only to stop and disable what is to be removed.
 
 #include "Base/Shell.h"
+#include "Platform/Linux/ServiceManager.h"
 #include "Platform/Posix/PosixLaunchItems.h"
 
 namespace korvell {
-
-/// Addresses as in DBUS_SESSION_BUS_ADDRESS; empty where there is no such bus.
-struct BusAddresses {
-  std::string session;
-  std::string system = "unix:path=/run/dbus/system_bus_socket";
-};
 
 class LinuxLaunchItems final : public PosixLaunchItems {
 public:

@@ -9,6 +9,12 @@
 
 namespace korvell {
 
+/// Addresses as in DBUS_SESSION_BUS_ADDRESS; empty where there is no such bus.
+struct BusAddresses {
+  std::string session;
+  std::string system = "unix:path=/run/dbus/system_bus_socket";
+};
+
 /// The services that the manager has loaded and, of every unit file that it knows, whether it is enabled.
 /// Without an answer within `patience` (no bus at the address, no manager on the bus, one that hangs) the
 /// `silence` tells why. Blocks; from any thread.

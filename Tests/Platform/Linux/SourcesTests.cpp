@@ -112,7 +112,7 @@ TEST_F(SourcesTests, whatOtherUsersProcessesHide) {
 
 TEST_F(SourcesTests, ownUsageIsThisProcess) {
   SystemClock system;
-  LinuxDiagnostics diagnostics(system);
+  LinuxDiagnostics diagnostics(system, {});
   const auto before = diagnostics.ownUsage();
   EXPECT_GT(before.resident, 100'000u);
   EXPECT_GT(before.cpuSeconds, 0);
