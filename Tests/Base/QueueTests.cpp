@@ -190,6 +190,10 @@ TEST_P(QueueContract, aTimerMayOutliveItsQueue) {
   timer->cancel();
 }
 
+template <class Made>
+std::unique_ptr<World> make() {
+  return std::make_unique<Made>();
+}
 std::unique_ptr<World> threadWorld() {
   return std::make_unique<World>(std::make_unique<ThreadQueue>("Korvell.test"));
 }
@@ -197,8 +201,8 @@ std::unique_ptr<World> systemWorld() { return std::make_unique<World>(systemQueu
 
 INSTANTIATE_TEST_SUITE_P(Kinds, QueueContract,
                          testing::Values(Kind{"Thread", threadWorld}, Kind{"System", systemWorld},
-                                         Kind{"Hosted", std::make_unique<HostedWorld>},
-                                         Kind{"Manual", std::make_unique<ManualWorld>}),
+                                         Kind{"Hosted", make<HostedWorld>},
+                                         Kind{"Manual", make<ManualWorld>}),
                          [](const auto& info) { return info.param.name; });
 
 TEST(ThreadQueue, destructionFinishesTheRunningTaskAndDropsTheRest) {

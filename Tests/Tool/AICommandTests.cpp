@@ -2,9 +2,7 @@
 #include "Platform/Posix/PosixLogFiles.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
-#include <filesystem>
 #include <fmt/format.h>
-#include <fstream>
 
 namespace korvell {
 namespace {
@@ -35,11 +33,7 @@ struct AICommandTests : CommandFixture {
               R"("plan_type":"pro"}}}}}})",
               now, std::int64_t(clock.wall.sinceEpoch) - 60));
   }
-  void write(const std::string& path, const std::string& line) {
-    const std::filesystem::path file = host.folders.home + "/" + path;
-    std::filesystem::create_directories(file.parent_path());
-    std::ofstream(file) << line << "\n";
-  }
+  void write(const std::string& path, const std::string& line) { folder.write("home/" + path, line + "\n"); }
   int ai(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "ai");
     return run({aiCommand()}, arguments);
