@@ -3,13 +3,13 @@
 
 #include "App/AppModel.h"
 #include "Base/ManualQueue.h"
-#include "Core/Machine/Owners.h"
 #include "Tests/Fakes/FakeMachineCounters.h"
 #include "Tests/Fakes/FakeMachineState.h"
 #include "Tests/Fakes/FakeNotifications.h"
 #include "Tests/Fakes/FakeProcessTable.h"
 #include "Tests/Fakes/FakeTimeZone.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
+#include "Tests/Fakes/OneEach.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
 #include <functional>
@@ -21,15 +21,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-/// Each process is an application of its own.
-class OneEach final : public OwnerRules {
-public:
-  OwnerDecision owner(ProcessID, const ProcessFacts& facts, ProcessLookup&) override {
-    return {std::make_shared<Owner>(Owner{facts.path, facts.name, facts.path}), "each"};
-  }
-  SystemGroup systemGroup() const override { return linuxSystemGroup; }
-};
 
 constexpr int cores = 4;
 constexpr std::uint64_t gigabyte = 1'000'000'000;

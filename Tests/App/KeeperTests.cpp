@@ -4,11 +4,11 @@
 #include "App/KeeperLock.h"
 #include "Base/ManualQueue.h"
 #include "Base/ThreadQueue.h"
-#include "Core/Machine/Owners.h"
 #include "Tests/Fakes/FakeLaunchItems.h"
 #include "Tests/Fakes/FakeMachineCounters.h"
 #include "Tests/Fakes/FakeProcessTable.h"
 #include "Tests/Fakes/FakeTrash.h"
+#include "Tests/Fakes/OneEach.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
 #include <csignal>
@@ -25,20 +25,12 @@ UserFolders foldersIn(const TemporaryFolder& folder) {
   return folders;
 }
 
-class NobodysRules final : public OwnerRules {
-public:
-  OwnerDecision owner(ProcessID, const ProcessFacts& facts, ProcessLookup&) override {
-    return {std::make_shared<Owner>(Owner{facts.path, facts.name, facts.path}), "each"};
-  }
-  SystemGroup systemGroup() const override { return linuxSystemGroup; }
-};
-
 struct KeeperTests : testing::Test {
   ManualScheduler time;
   FakeMachineCounters machine;
   FakeProcessTable table;
   FakeRunningApplications applications;
-  NobodysRules owners;
+  OneEach owners;
   FakeLaunchItems launchItems;
   FakeTrash trash;
   FixedAttention unwatched{false};
@@ -70,7 +62,7 @@ struct KeeperTests : testing::Test {
   }
 };
 
-TEST_F(KeeperTests, tellsTheWholeStateOrParts) {
+TEST_F(KeeperTests, tellsTheWholeStateOrPartsAndNothingElse) {
   time.advance(Seconds{20});
   const auto state = *parseJSON(ask(R"({"ask":"state"})"));
   EXPECT_EQ(state.find("ok")->asBool(), true);
@@ -85,9 +77,6 @@ TEST_F(KeeperTests, tellsTheWholeStateOrParts) {
       R"({"ok":true,"hasSample":true,"totals":{"cpuToday":0.0,"diskWrittenToday":0.0,"networkToday":0.0,)"
       R"("network7Days":0.0,"network30Days":0.0}})");
   EXPECT_EQ(ask(R"({"ask":"state","parts":[]})"), R"({"ok":true,"hasSample":true})");
-}
-
-TEST_F(KeeperTests, refusesWhatItDoesNotKnow) {
   for (auto request :
        {"{}", R"({"ask":"secrets"})", R"({"ask":{}})", R"({"do":"format"})", R"({"do":["stopServer"]})"})
     EXPECT_EQ(ask(request), R"({"ok":false,"error":"unknown request"})") << request;
@@ -236,9 +225,6 @@ TEST(KeeperLockTests, thereIsOneKeeperAndItsFileTellsWhereItAnswers) {
   const auto failed = KeeperLock::acquire(unwritable);
   ASSERT_FALSE(failed);
   EXPECT_NE(failed.reason().find("can't write"), std::string::npos);
-}
-
-TEST(KeeperLockTests, withoutARuntimeFolderTheDataFolderServes) {
   EXPECT_EQ(keeperSocketPath({.data = "/d", .runtime = "/r"}), "/r/keeper.sock");
   EXPECT_EQ(keeperSocketPath({.data = "/d", .runtime = ""}), "/d/keeper.sock");
 }
