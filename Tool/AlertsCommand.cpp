@@ -38,16 +38,19 @@ Value kindsValue(const UserDefaults& defaults) {
   return kinds;
 }
 
+/// The time in a column of its own, title and detail beside it.
 void printAlerts(Context& context, const std::vector<HealthAlert>& alerts) {
-  if (alerts.empty()) return context.out.line(localized("No alerts since Korvell was started."));
-  const auto& zone = *context.host.zone;
-  bool first = true;
+  constexpr int gap = 2, narrowestText = 20;
+  Terminal& out = context.out;
+  if (alerts.empty()) return out.line(localized("No alerts since Korvell was started."));
   for (const auto& alert : alerts) {
-    if (!std::exchange(first, false)) context.out.line();
-    context.out.line(context.out.ink(Ink::dim, localTimeText(zone, alert.date)));
-    context.out.line(context.out.ink(Ink::bold, escapedControls(alert.title)));
-    for (const auto& line : wrapped(escapedControls(alert.detail), context.out.columns()))
-      context.out.line(line);
+    const auto time = localTimeText(*context.host.zone, alert.date);
+    const auto margin = std::size_t(displayWidth(time) + gap);
+    const int width = std::max(narrowestText, out.columns() - int(margin));
+    auto before = out.ink(Ink::dim, time) + std::string(gap, ' ');
+    for (const auto& [ink, text] : {std::pair(Ink::bold, &alert.title), std::pair(Ink::plain, &alert.detail)})
+      for (const auto& line : wrapped(escapedControls(*text), width))
+        out.line(std::exchange(before, std::string(margin, ' ')) + out.ink(ink, line));
   }
 }
 

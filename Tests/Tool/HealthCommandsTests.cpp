@@ -128,7 +128,7 @@ TEST_F(HealthCommandsTests, alertsComeFromTheKeeper) {
   state.set("alerts", toValue(std::vector<HealthAlert>{alert}));
   startKeeper(std::move(state));
   EXPECT_EQ(run({"alerts"}), exitOK);
-  EXPECT_THAT(out, HasSubstr("\nA\\x09is busy\n11%\n"));
+  EXPECT_THAT(out, HasSubstr("  A\\x09is busy\n                  11%\n"));
   EXPECT_EQ(run({"alerts", "--json"}), exitOK);
   EXPECT_THAT(out, HasSubstr(R"({"alerts":[{"id":"1","kind":"cpu","title":"A\tis busy")"));
 }
