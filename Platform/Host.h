@@ -19,6 +19,7 @@
 #include "Platform/UserDefaults.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -43,6 +44,7 @@ struct Host {
   std::unique_ptr<Diagnostics> diagnostics;
   std::unique_ptr<MachineState> state;
   std::unique_ptr<Notifications> notifications;
+  std::function<void()> openWatch; ///< shows "korvell watch" in a window; null where there is none to open
   std::unique_ptr<ProcessTable> processes;
   std::unique_ptr<ProcessControl> processControl;
   std::unique_ptr<RunningApplications> applications;

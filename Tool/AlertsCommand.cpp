@@ -23,7 +23,7 @@ std::string localTimeText(const TimeZone& zone, Date date) {
 }
 
 std::optional<std::vector<HealthAlert>> raisedAlerts(Context& context) {
-  const auto state = askKeeper(context, {"alerts"});
+  const auto state = keeperState(context, {"alerts"});
   const auto* told = state ? state->find("alerts") : nullptr;
   std::vector<HealthAlert> alerts;
   return told && fromValue(*told, alerts) ? std::optional(std::move(alerts)) : std::nullopt;

@@ -4,10 +4,15 @@
 
 namespace korvell {
 
-std::optional<Value> askKeeper(Context& context, std::initializer_list<const char*> parts, Seconds patience) {
+std::optional<Value> keeperState(Context& context, std::initializer_list<const char*> parts,
+                                 Seconds patience) {
   Value names = Value::array();
   for (const char* part : parts) names.append(part);
-  auto state = tellKeeper(context, Value::object({{"ask", "state"}, {"parts", names}}), patience);
+  return tellKeeper(context, Value::object({{"ask", "state"}, {"parts", names}}), patience);
+}
+
+std::optional<Value> askKeeper(Context& context, std::initializer_list<const char*> parts, Seconds patience) {
+  auto state = keeperState(context, parts, patience);
   const auto* hasSample = state ? state->find("hasSample") : nullptr;
   return hasSample && hasSample->asBool() == true ? state : std::nullopt;
 }

@@ -7,8 +7,11 @@
 
 namespace korvell {
 
-/// These parts of the keeper's state; nothing without a keeper, or with one that has not measured yet. One in
-/// the middle of a cycle answers a little later; one that hangs is not waited for.
+/// These parts of the keeper's state; nothing without a keeper. One in the middle of a cycle answers a little
+/// later; one that hangs is not waited for.
+std::optional<Value> keeperState(Context& context, std::initializer_list<const char*> parts,
+                                 Seconds patience = Seconds(2));
+/// The same for what is measured: nothing, too, from a keeper that has not measured yet.
 std::optional<Value> askKeeper(Context& context, std::initializer_list<const char*> parts,
                                Seconds patience = Seconds(2));
 /// Has the keeper do something; its answer, or nothing when it did not answer.

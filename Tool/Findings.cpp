@@ -3,6 +3,7 @@
 #include "Base/Text.h"
 #include "Tool/Wrap.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 
 namespace korvell {
@@ -32,8 +33,20 @@ constexpr FixCommand fixCommands[] = {{Kind::stopIdleServers, "korvell servers s
                                       {Kind::freeUpSpace, "korvell storage"},
                                       {Kind::showStartupItems, "korvell startup"}};
 
+/// As one word of a shell's command, whatever an application calls itself.
+std::string shellWord(const std::string& text) {
+  const auto isPlain = [](unsigned char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '.' || c == '-';
+  };
+  if (!text.empty() && text.front() != '-' && std::ranges::all_of(text, isPlain)) return text;
+  std::string word = "'";
+  for (const char c : text) word += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return word + "'";
+}
+
 std::string fixText(const Insight::Action& action) {
   auto text = title(action);
+  if (action.kind == Kind::quitApp && action.name) text += ": korvell quit " + shellWord(*action.name);
   for (const auto& [kind, command] : fixCommands)
     if (kind == action.kind) text += ": " + std::string(command);
   return text;

@@ -21,6 +21,8 @@ int runKeeper(Context& context, const Arguments&) {
   // minute in progress.
   HistoryStore history(systemQueueFactory(), context.clock, context.host.folders.data);
   Assembly assembly(context.host, context.clock);
+  if (const auto& open = context.host.openWatch)
+    context.host.notifications->setOpenHandler([open](const std::string&) { open(); });
   HeadlessLoop loop;
   const FixedAttention unwatched(false);
   AppModel model(loop.main(), assembly.makeSampler(&history), unwatched,

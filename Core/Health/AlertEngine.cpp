@@ -103,6 +103,10 @@ constexpr Rule<AppFacts> appRules[] = {{Kind::cpu, busyProcessor},
 constexpr Rule<SystemSnapshot> machineRules[] = {{Kind::diskSpace, fullDisk},
                                                  {Kind::memoryPressure, exhaustedMemory}};
 
+/// Whether an alert that was raised at `last` may be raised again. A clock that was corrected by minutes
+/// brings nobody the same alert twice; one that was set back further does not silence it for as long.
+bool isOver(Date last, Date now) { return now - last >= cooldown || last - now > cooldown; }
+
 std::string alertKey(Kind kind, std::string_view subject) {
   return fmt::format("{}:{}", rawValue(kind), subject);
 }
@@ -119,7 +123,7 @@ public:
     auto texts = rule.check(subject);
     if (!texts || !isWanted(rule.kind)) return;
     auto& last = engine_.lastFired_.try_emplace(alertKey(rule.kind, key), Date::distantPast()).first->second;
-    if (!isDue(last, cooldown, now_)) return;
+    if (!isOver(last, now_)) return;
     last = now_;
     HealthAlert alert{.id = engine_.services_.makeID(),
                       .kind = rule.kind,
@@ -157,7 +161,7 @@ std::vector<HealthAlert> AlertEngine::evaluate(const SystemSnapshot& snapshot) {
   if (!isDue(lastEvaluated_, evaluationInterval, now)) return {};
   lastEvaluated_ = now;
   // What may fire again needs no memory of having fired.
-  std::erase_if(lastFired_, [&](const auto& entry) { return isDue(entry.second, cooldown, now); });
+  std::erase_if(lastFired_, [&](const auto& entry) { return isOver(entry.second, now); });
 
   Round round(*this, now);
   for (const auto& [key, app] : apps_)

@@ -31,6 +31,14 @@ std::optional<Date> dateOf(const Value& entry) {
   return seconds ? std::optional(Date{*seconds}) : std::nullopt;
 }
 
+/// A number as a signed 64-bit integer, also where a writer of settings knows floating-point numbers only.
+std::optional<std::int64_t> wholeNumber(const Value& value) {
+  constexpr double limit = 9'223'372'036'854'775'808.0; // 2^63
+  if (const auto integer = value.asInt()) return integer;
+  const auto number = value.asDouble();
+  return number && *number >= -limit && *number < limit ? std::optional(std::int64_t(*number)) : std::nullopt;
+}
+
 } // namespace
 
 bool WeeklyReport::isEnabled(const UserDefaults& defaults) { return defaults.boolean(enabledKey, true); }
@@ -47,7 +55,10 @@ Date WeeklyReport::mondayMorning(Date date, const TimeZone& zone) {
 bool WeeklyReport::isDue(const UserDefaults& defaults, Date now, const TimeZone& zone) {
   const Date monday = mondayMorning(now, zone);
   const Date lastSent = defaults.date(lastSentKey).value_or(Date::distantPast());
-  return now >= monday && (lastSent < monday || lastSent > now);
+  // Half a day more than a week, because clocks change. A sending in a week to come was dated by a clock that
+  // has been set back since.
+  const Date nextMonday = mondayMorning(monday + week + Seconds{43'200}, zone);
+  return now >= monday && (lastSent < monday || lastSent >= nextMonday);
 }
 
 std::optional<Notification> WeeklyReport::make(HistoryStore& history, const UserDefaults& defaults,
@@ -92,7 +103,7 @@ std::int64_t WeeklyReport::freedBytes(Date since, const UserDefaults& defaults) 
   for (const auto& entry : *log) {
     const auto date = dateOf(entry);
     const auto* bytes = entry.find("bytes");
-    const auto freed = bytes ? bytes->asInt() : std::nullopt;
+    const auto freed = bytes ? wholeNumber(*bytes) : std::nullopt;
     if (!date || !freed || *date < since) continue;
     if (std::int64_t next = 0; !__builtin_add_overflow(sum, *freed, &next)) sum = next;
   }

@@ -13,8 +13,10 @@
 #include "Platform/Linux/LinuxTrash.h"
 #include "Platform/Linux/LinuxUsageHelper.h"
 #include "Platform/Linux/SettingsFile.h"
+#include "Platform/Linux/TerminalWindow.h"
 #include "Platform/Posix/PosixLogFiles.h"
 
+#include <filesystem>
 #include <unistd.h>
 
 namespace korvell {
@@ -52,7 +54,11 @@ Host makeHost(const Environment& environment) {
   host.usageHelper = std::make_unique<LinuxUsageHelper>(LinuxUsageHelper::systemSources(environment));
   host.diagnostics = std::make_unique<LinuxDiagnostics>(clock, buses);
   host.state = std::make_unique<LinuxMachineState>(clock);
-  host.notifications = std::make_unique<DesktopNotifications>(sessionBus(environment));
+  host.notifications = std::make_unique<DesktopNotifications>(buses.session);
+  std::error_code error;
+  const auto tool = std::filesystem::read_symlink("/proc/self/exe", error).string();
+  if (const auto window = TerminalWindow::with({tool, "watch"}, environment))
+    host.openWatch = [window = *window] { window.open(); };
   return host;
 }
 

@@ -37,11 +37,6 @@ UNUserNotificationCenter* centre() {
 
 NSString* text(const std::string& utf8) { return [NSString stringWithUTF8String:utf8.c_str()] ?: @""; }
 
-UNNotificationInterruptionLevel level(Notification::Urgency urgency) {
-  return urgency == Notification::Urgency::low ? UNNotificationInterruptionLevelPassive
-                                               : UNNotificationInterruptionLevelActive;
-}
-
 } // namespace
 
 struct MacNotifications::Delegate {
@@ -64,7 +59,6 @@ void MacNotifications::post(const Notification& notification) {
     UNMutableNotificationContent* content = [UNMutableNotificationContent new];
     content.title = text(notification.title);
     content.body = text(notification.body);
-    content.interruptionLevel = level(notification.urgency);
     UNNotificationRequest* request =
         [UNNotificationRequest requestWithIdentifier:text(notification.identifier)
                                              content:content

@@ -51,7 +51,7 @@ TEST_F(HealthCommandsTests, statusTellsTheFindingsAndTheirFixes) {
                                        "           → Free up space: korvell storage\n"
                                        "         ▲ CPU busy for 10 minutes −15\n"
                                        "           91% on average. Editor is the main load.\n"
-                                       "           → Quit Editor\n"
+                                       "           → Quit Editor: korvell quit Editor\n"
                                        "         · Up for 15 days −4\n"
                                        "           A restart clears leaked memory and applies\n"
                                        "           pending updates.\n"
