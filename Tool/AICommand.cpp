@@ -9,6 +9,7 @@
 #include "Tool/Wrap.h"
 
 #include <algorithm>
+#include <cmath>
 #include <fmt/format.h>
 
 namespace korvell {
@@ -88,16 +89,18 @@ Value json(const Usage& usage, const View& view) {
 
 std::string dollars(std::optional<double> cost) {
   if (!cost) return noFigure;
-  const auto cents = std::int64_t(*cost * 100 + 0.5);
-  return fmt::format("${}.{:02}", Format::grouped(cents / 100), cents % 100);
+  const auto cents = std::int64_t(std::llround(std::abs(*cost) * 100));
+  const auto sign = *cost < 0 && cents > 0 ? "-" : "";
+  return fmt::format("{}${}.{:02}", sign, Format::grouped(cents / 100), cents % 100);
 }
 
 /// What gives way, step by step, until a table fits the terminal.
 struct Layout {
   bool splitsCache; ///< writes and reads in columns of their own
   int barWidth;
+  bool cutsNames = false;
 };
-constexpr Layout layouts[] = {{true, 16}, {true, 8}, {false, 16}, {false, 6}, {false, 1}};
+constexpr Layout layouts[] = {{true, 16}, {true, 8}, {false, 16}, {false, 6}, {false, 1, true}};
 
 class UsageTables {
 public:
@@ -139,7 +142,8 @@ private:
     return leading;
   }
 
-  /// Every day from the first with usage to today, with a bar for its share of the busiest day's tokens.
+  /// Every day from the first with usage to today, and later ones with usage, with a bar for its share of the
+  /// busiest day's tokens.
   Table byDay() const {
     std::map<CalendarDay, std::pair<AITokens, double>> sums;
     for (const auto& row : usage_.summary.rowsSince(view_.since, view_.tool)) {
@@ -150,9 +154,11 @@ private:
     double most = 1;
     for (const auto& [day, sum] : sums) most = std::max(most, double(sum.first.total()));
     Table table = tableWith({{localized("Day")}, {""}});
-    const auto last = std::max(sums.rbegin()->first, localDay(usage_.zone, usage_.now));
-    for (auto day = sums.begin()->first; day <= last; day = day + 1) {
-      const auto& [tokens, cost] = sums[day];
+    // A clock that was wrong once may have dated a line thousands of years ahead.
+    const auto today = localDay(usage_.zone, usage_.now);
+    for (auto day = sums.begin()->first; day <= today; day = day + 1) sums.try_emplace(day);
+    for (const auto& [day, sum] : sums) {
+      const auto& [tokens, cost] = sum;
       table.row(cells({dayText(day), {bar(double(tokens.total()) / most, layout_.barWidth), Ink::accent}},
                       tokens, cost));
     }
@@ -162,8 +168,8 @@ private:
   /// A model's name tells its tool, too.
   Table byModel() const {
     const bool namesTool = layout_.splitsCache;
-    Table table = tableWith(
-        {{localized("Model"), Column::Align::left, true, 12}, {namesTool ? localized("Tool") : ""}});
+    Table table = tableWith({{localized("Model"), Column::Align::left, layout_.cutsNames, 12},
+                             {namesTool ? localized("Tool") : ""}});
     for (const auto& total : usage_.summary.byModel(view_.since, view_.tool))
       table.row(
           cells({total.model, namesTool ? std::string(title(total.tool)) : ""}, total.tokens, total.cost));
@@ -171,7 +177,7 @@ private:
   }
 
   Table byProject() const {
-    Table table = tableWith({{localized("Project"), Column::Align::left, true, 12}, {""}});
+    Table table = tableWith({{localized("Project"), Column::Align::left, layout_.cutsNames, 12}, {""}});
     for (const auto& total : usage_.summary.byProject(view_.since, view_.tool))
       table.row(cells({total.name, ""}, total.tokens, total.cost));
     return table;
@@ -194,9 +200,8 @@ void printCosts(Context& context, const Usage& usage, const View& view) {
 void print(Context& context, const Usage& usage, const View& view) {
   auto& out = context.out;
   if (usage.summary.rowsSince(view.since, view.tool).empty()) {
-    if (usage.outcome == AIUsageScanner::Outcome::done)
-      out.line(usage.summary.rows.empty() ? localized("No Claude Code or Codex usage in the last 30 days.")
-                                          : localized("No usage in this period."));
+    out.line(usage.summary.rows.empty() ? localized("No Claude Code or Codex usage in the last 30 days.")
+                                        : localized("No usage in this period."));
     return;
   }
   for (const auto& layout : layouts) {
@@ -212,6 +217,8 @@ void print(Context& context, const Usage& usage, const View& view) {
   out.line();
   printCosts(context, usage, view);
   out.line(out.ink(Ink::dim, localized("From ~/.claude and ~/.codex, nothing leaves your Mac.")));
+  const auto time = localTime(usage.zone, usage.summary.updatedAt.value_or(usage.now));
+  out.line(out.ink(Ink::dim, localized("Updated ") + fmt::format("{:02}:{:02}", time.hour, time.minute)));
 }
 
 View viewOf(const Arguments& arguments, const Usage& usage) {

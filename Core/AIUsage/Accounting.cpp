@@ -6,7 +6,7 @@ namespace korvell {
 
 namespace {
 
-constexpr std::size_t smallestTable = 1'024;
+constexpr std::size_t smallestTable = 2'048;  ///< grows fourfold
 constexpr std::size_t largestTable = 131'072; ///< a megabyte
 constexpr std::size_t mostPendingBytes = std::size_t{1} << 20;
 

@@ -1,5 +1,7 @@
 #include "Platform/Posix/PosixLogFiles.h"
 
+#include "Platform/Posix/FileStatus.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <dirent.h>
@@ -94,7 +96,7 @@ private:
     } else if (S_ISDIR(info.st_mode)) {
       folders_.push_back(path + "/" + entry.name);
     } else if (S_ISREG(info.st_mode) && hasExtension(entry.name, extension_)) {
-      found_.push_back({path + "/" + entry.name, info.st_size, {double(info.st_mtime)}});
+      found_.push_back({path + "/" + entry.name, info.st_size, modifiedDate(info)});
     }
   }
 

@@ -84,7 +84,8 @@ TEST_F(AICommandTests, limitsNothingAndFaults) {
   EXPECT_EQ(output, "No Claude Code or Codex usage in the last 30 days.\n");
   host.folders.data = "/dev/null/nowhere";
   EXPECT_EQ(ai({}), exitFailed);
-  EXPECT_EQ(output + errors, "korvell: /dev/null/nowhere/ai-usage.sqlite can't be read or written\n");
+  EXPECT_EQ(output, "No Claude Code or Codex usage in the last 30 days.\n");
+  EXPECT_EQ(errors, "korvell: /dev/null/nowhere/ai-usage.sqlite can't be read or written\n");
 }
 
 } // namespace

@@ -64,7 +64,10 @@ TEST(ClaudeLineTests, whatAMessageAdds) {
            .text(),
        "2026-03-01 claude-sonnet-4-5 shop 1 0 0 0 0"},
       // unknown members, whatever they hold
-      {ClaudeText{.extra = R"(,"x":123456789012345678901234567890,"y":-1.5e300,"z":null)"}.text() + " \r",
+      {ClaudeText{.extra = R"(,"x":[123456789012345678901234567890,-1e400,""],"y":"\"-01","z":null,)" +
+                           ("\"long\":\"" + std::string(1'200'000, 'x') + "\"")}
+               .text() +
+           " \r",
        "2026-03-01 claude-sonnet-4-5 shop 1 2 0 0 0"},
       {ClaudeText{.extra = R"(,"usage":5,"id":{},"model":[1],"type":"user","type":"assistant")"}.text(),
        "2026-03-01 claude-sonnet-4-5 shop 1 2 0 0 0"}};
@@ -90,15 +93,16 @@ TEST(ClaudeLineTests, anythingThatIsNoCountedMessageIsSkipped) {
       good.substr(0, good.size() - 1), good + "}", good + good, "\xef\xbb\xbf" + good};
   for (const auto& line : lines) EXPECT_FALSE(File().claude(line)) << line;
   // no whole number of 64 bits, or none in one of two members of that name
-  for (const char* tokens : {R"("1")", "1.5", "1e2", "9223372036854775808", "true", "[]",
-                             R"([],"input_tokens":1)", R"(1,"input_tokens":{})"})
+  for (const char* tokens :
+       {R"("1")", "1.5", "1e2", "9223372036854775808", "1e400", "123456789012345678901234567890", "true",
+        "[]", R"([],"input_tokens":1)", R"(1,"input_tokens":{})"})
     EXPECT_FALSE(File().claude(ClaudeText{.usage = R"("input_tokens":)" + std::string(tokens)}.text()))
         << tokens;
   // behind all that matters
   const std::string deep = R"(,"x":)" + std::string(1100, '[') + std::string(1100, ']');
   for (const std::string extra :
-       {R"(,"cwd":5)", R"(,"x":trux)", R"(,"x":[1,,2])", R"(,"x":01)", R"(,"x":"\q")", R"(,"x":"\ud800")",
-        R"(,"x":[})", ",\"x\":\"\x01\"", ",\"x\":\"\xff\"", deep.c_str()})
+       {R"(,"cwd":5)", R"(,"x":trux)", R"(,"x":[1,,2])", R"(,"x":01)", R"(,"x":[1e400,1.])", R"(,"x":"\q")",
+        R"(,"x":"\ud800")", R"(,"x":[})", ",\"x\":\"\x01\"", ",\"x\":\"\xff\"", deep.c_str()})
     EXPECT_FALSE(File().claude(ClaudeText{.extra = extra}.text())) << extra;
 }
 

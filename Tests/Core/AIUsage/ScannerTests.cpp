@@ -330,8 +330,11 @@ TEST_F(ScannerTests, severalThreadsAndManyScansEqualOneOfEach) {
                   (random() % 20 ? "\n" : "}\n");
     }
   }
-  // Large enough for helpers to be worth it.
-  all.files[claudeFolder + "z.jsonl"] = {std::string(9 << 20, ' ') + "\n", clock.wall};
+  // Large enough for helpers to be worth it, with more events than one batch takes.
+  auto& large = all.files[claudeFolder + "1a.jsonl"];
+  large = {std::string(9 << 20, ' ') + "\n", clock.wall};
+  for (int i = 0; i < 12'000; ++i)
+    large.text += ClaudeText{.id = "msg_" + std::to_string(i * 7 % 9'000)}.text() + "\n";
   std::string expected;
   for (const int threads : {1, 2, 4}) {
     std::filesystem::remove_all(folder.path() / "data");
