@@ -75,9 +75,14 @@ void Sampler::scanDevServers(Tick& tick) {
 
 void Sampler::scanStartup(Tick& tick) {
   const Date now = tick.snapshot.date;
-  if (!subjects_.launchItems || !isDue(lastStartupScan_, startupInterval, now)) return;
-  tick.startupItems = StartupScanner::scan(*subjects_.launchItems);
-  lastStartupScan_ = now;
+  if (!subjects_.launchItems) return;
+  const bool isTime = isDue(lastStartupScan_, startupInterval, now);
+  if (isTime) {
+    startupItems_ = StartupScanner::scan(*subjects_.launchItems);
+    lastStartupScan_ = now;
+  }
+  if (isTime || StartupScanner::refreshLeftovers(startupItems_, *subjects_.launchItems))
+    tick.startupItems = startupItems_;
 }
 
 void Sampler::refreshState(Date now) {

@@ -89,6 +89,7 @@ private:
   Date lastState_ = Date::distantPast();
   Date lastDevScan_ = Date::distantPast();
   Date lastStartupScan_ = Date::distantPast();
+  std::vector<StartupItem> startupItems_; ///< of the last scan
   Date lastWeeklyCheck_ = Date::distantPast();
   Date lastTotals_ = Date::distantPast();
 };

@@ -28,6 +28,13 @@ std::optional<LaunchFile> unchangedFile(const StartupItem& item, LaunchItems& la
   return std::nullopt;
 }
 
+void sort(std::vector<StartupItem>& items) {
+  std::ranges::stable_sort(items, [](const StartupItem& a, const StartupItem& b) {
+    return std::tuple(!a.isLeftover, std::string_view(a.label)) <
+           std::tuple(!b.isLeftover, std::string_view(b.label));
+  });
+}
+
 } // namespace
 
 std::vector<StartupItem> StartupScanner::scan(LaunchItems& launchItems) {
@@ -40,11 +47,19 @@ std::vector<StartupItem> StartupScanner::scan(LaunchItems& launchItems) {
     item->isLeftover = isProgramMissing(item->program, launchItems);
     items.push_back(std::move(*item));
   }
-  std::ranges::stable_sort(items, [](const StartupItem& a, const StartupItem& b) {
-    return std::tuple(!a.isLeftover, std::string_view(a.label)) <
-           std::tuple(!b.isLeftover, std::string_view(b.label));
-  });
+  sort(items);
   return items;
+}
+
+bool StartupScanner::refreshLeftovers(std::vector<StartupItem>& items, LaunchItems& launchItems) {
+  bool changed = false;
+  for (auto& item : items)
+    if (const bool now = isProgramMissing(item.program, launchItems); now != item.isLeftover) {
+      item.isLeftover = now;
+      changed = true;
+    }
+  if (changed) sort(items);
+  return changed;
 }
 
 std::string StartupScanner::confirmation(const StartupItem& item) {

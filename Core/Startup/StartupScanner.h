@@ -16,6 +16,10 @@ struct StartupScanner {
   /// Leftovers first, then by label. A file that can't be read or understood is skipped.
   static std::vector<StartupItem> scan(LaunchItems& launchItems);
 
+  /// Looks again which of the items are leftovers, without reading their files: programs come and go between
+  /// scans. True when one has changed.
+  static bool refreshLeftovers(std::vector<StartupItem>& items, LaunchItems& launchItems);
+
   /// What to confirm before remove().
   static std::string confirmation(const StartupItem& item);
 

@@ -130,6 +130,10 @@ TEST_F(SamplerTests, startupItemsAreScannedEveryHalfHourAtAnyPace) {
   for (int i = 1; i <= 400; ++i)
     if (cycle().startupItems) scans.push_back(i);
   EXPECT_EQ(scans, (std::vector{180, 360}));
+  launchItems.existing.insert("/opt/gone"); // installed again
+  const Tick last = cycle();
+  ASSERT_TRUE(last.startupItems) << "no scan is due, but the program has come";
+  EXPECT_FALSE(last.startupItems->front().isLeftover);
 }
 
 } // namespace
