@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
 #include <poll.h>
 
 namespace korvell {
@@ -20,7 +19,6 @@ std::optional<KeeperClient> KeeperClient::connect(const UserFolders& folders) {
   const auto path = announcedSocket(folders);
   Descriptor socket = path ? connectLocal(*path) : Descriptor();
   if (!socket || !isSameUser(socket.get())) return std::nullopt;
-  fcntl(socket.get(), F_SETFL, fcntl(socket.get(), F_GETFL) | O_NONBLOCK);
   return KeeperClient(std::move(socket));
 }
 

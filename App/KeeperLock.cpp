@@ -35,8 +35,10 @@ void KeeperLock::announce(const std::string& socketPath) const {
 }
 
 std::string keeperSocketPath(const UserFolders& folders) {
-  return (folders.runtime.empty() ? folders.data : folders.runtime) + "/keeper.sock";
+  return folders.runtime.empty() ? spareSocketPath(folders) : folders.runtime + "/keeper.sock";
 }
+
+std::string spareSocketPath(const UserFolders& folders) { return folders.data + "/keeper.sock"; }
 
 std::optional<std::string> announcedSocket(const UserFolders& folders) {
   const auto text = readFile(lockPath(folders), 4096);

@@ -31,6 +31,8 @@ private:
 
 /// Where a keeper listens: in the runtime folder, or in the data folder where there is none.
 std::string keeperSocketPath(const UserFolders& folders);
+/// In the data folder: for when the keeper of another data folder listens in the runtime folder.
+std::string spareSocketPath(const UserFolders& folders);
 /// Where the keeper of this data folder, if there is one, said that it answers.
 std::optional<std::string> announcedSocket(const UserFolders& folders);
 

@@ -20,19 +20,30 @@ namespace korvell {
 
 namespace {
 
-void makePrivate(int descriptor, bool blocking) {
+void makePrivate(int descriptor) {
   fcntl(descriptor, F_SETFD, FD_CLOEXEC);
-  if (!blocking) fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) | O_NONBLOCK);
+  fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) | O_NONBLOCK);
+}
+
+/// Whether a process listens there, even one that answers nobody.
+bool isInUse(const LocalAddress& address) {
+  const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM, 0));
+  if (!socket) return false;
+  makePrivate(socket.get());
+  return address.connect(socket.get()) || errno == EAGAIN;
 }
 
 Descriptor listenAt(const std::string& path) {
   const auto address = LocalAddress::of(path);
   if (!address || !ensurePrivateFolder(path.substr(0, path.rfind('/')))) return {};
   struct stat info {};
-  if (lstat(path.c_str(), &info) == 0 && S_ISSOCK(info.st_mode)) unlink(path.c_str());
+  if (lstat(path.c_str(), &info) == 0 && S_ISSOCK(info.st_mode)) {
+    if (isInUse(*address)) return {}; // by the keeper of another data folder
+    unlink(path.c_str());
+  }
   Descriptor socket(::socket(AF_UNIX, SOCK_STREAM, 0));
   if (!socket) return {};
-  makePrivate(socket.get(), false);
+  makePrivate(socket.get());
   // Nobody can connect before listen(), so the mode may be set in between.
   if (!address->bind(socket.get()) || chmod(path.c_str(), 0600) != 0 || ::listen(socket.get(), 16) != 0)
     return {};
@@ -45,7 +56,7 @@ Descriptor connectLocal(const std::string& path) {
   const auto address = LocalAddress::of(path);
   Descriptor socket(address ? ::socket(AF_UNIX, SOCK_STREAM, 0) : -1);
   if (!socket) return {};
-  makePrivate(socket.get(), true);
+  makePrivate(socket.get()); // before connecting, which would wait for a listener with a full backlog
   if (!address->connect(socket.get())) return {};
   return socket;
 }
@@ -62,7 +73,7 @@ public:
     if (pipe(ends) != 0) return;
     wakeRead_ = Descriptor(ends[0]);
     wakeWrite_ = Descriptor(ends[1]);
-    for (int end : ends) makePrivate(end, false);
+    for (int end : ends) makePrivate(end);
   }
   bool isReady() const { return bool(wakeRead_); }
 
@@ -181,7 +192,7 @@ void LineServer::Loop::accept() {
     return;
   }
   if (clients_.size() >= limits_.clients || !isAllowed_(socket.get())) return;
-  makePrivate(socket.get(), false);
+  makePrivate(socket.get());
   clients_.push_back({.number = nextClient_++,
                       .socket = std::move(socket),
                       .deadline = clock_.monotonic() + limits_.patience});
@@ -239,10 +250,14 @@ LineServer::LineServer(std::string path, std::shared_ptr<Loop> loop)
     : path_(std::move(path)), loop_(std::move(loop)), thread_([loop = loop_] {
         nameCurrentThread("Korvell.keeper");
         loop->run();
-      }) {}
+      }) {
+  struct stat info {};
+  if (lstat(path_.c_str(), &info) == 0) file_ = info.st_ino;
+}
 
 LineServer::~LineServer() {
-  unlink(path_.c_str());
+  struct stat info {};
+  if (lstat(path_.c_str(), &info) == 0 && info.st_ino == file_) unlink(path_.c_str());
   loop_->stop();
   thread_.join();
 }

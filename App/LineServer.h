@@ -46,11 +46,12 @@ private:
   LineServer(std::string path, std::shared_ptr<Loop> loop);
 
   std::string path_;
+  std::uint64_t file_ = 0;     ///< number of the socket's file, which somebody may replace
   std::shared_ptr<Loop> loop_; ///< outlives the server while answers are on their way
   std::thread thread_;
 };
 
-/// A connected socket; nothing when nobody listens there.
+/// A connected socket that does not block; nothing when nobody listens there, or nobody takes the connection.
 Descriptor connectLocal(const std::string& path);
 /// True for a process of the user who runs this one.
 bool isSameUser(int socket);

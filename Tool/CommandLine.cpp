@@ -138,16 +138,34 @@ void bind(std::list<Bound>& all, CLI::App& parent, const Command& command) {
   if (!command.run) bound.parser->require_subcommand(1);
 }
 
+void addValues(Arguments& arguments, const Option& option, const CLI::Option& parsed) {
+  if (parsed.count() == 0) return;
+  if (option.kind == Option::Kind::flag)
+    arguments.add(option.name);
+  else
+    for (const auto& value : parsed.results()) arguments.add(option.name, value);
+}
+
 Arguments argumentsOf(const Bound& bound) {
   Arguments arguments;
-  for (const auto& [option, parsed] : bound.options) {
-    if (parsed->count() == 0) continue;
-    if (option->kind == Option::Kind::flag)
-      arguments.add(option->name);
-    else
-      for (const auto& value : parsed->results()) arguments.add(option->name, value);
-  }
+  for (const auto& [option, parsed] : bound.options) addValues(arguments, *option, *parsed);
   return arguments;
+}
+
+/// What stands before a subcommand's name counts for the subcommand, where it has such an option; otherwise
+/// the name of the option that it does not have.
+std::optional<std::string> addOuterArguments(Arguments& arguments, const Bound& inner,
+                                             const std::list<Bound>& all) {
+  const auto outer = std::ranges::find(all, inner.parser->get_parent(), &Bound::parser);
+  if (outer == all.end()) return std::nullopt;
+  for (const auto& [option, parsed] : outer->options) {
+    if (parsed->count() == 0) continue;
+    const auto same =
+        std::ranges::find(inner.options, option->name, [](const auto& own) { return own.first->name; });
+    if (same == inner.options.end()) return option->name;
+    if (same->second->count() == 0) addValues(arguments, *option, *parsed);
+  }
+  return std::nullopt;
 }
 
 std::string unexpected(const CLI::App& app) {
@@ -194,9 +212,13 @@ int runCommandLine(Context& context, std::span<const Command> commands,
   }
 
   // Of a command and its subcommand the innermost one runs.
-  for (auto bound = all.rbegin(); bound != all.rend(); ++bound)
-    if (bound->parser->parsed() && bound->command->run)
-      return bound->command->run(context, argumentsOf(*bound));
+  for (auto bound = all.rbegin(); bound != all.rend(); ++bound) {
+    if (!bound->parser->parsed() || !bound->command->run) continue;
+    auto values = argumentsOf(*bound);
+    if (const auto stray = addOuterArguments(values, *bound, all))
+      return wrongUsage(context, localized("Not expected here:") + " " + *stray);
+    return bound->command->run(context, values);
+  }
   context.out.write(app.help());
   return exitOK;
 }

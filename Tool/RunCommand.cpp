@@ -36,8 +36,11 @@ int runKeeper(Context& context, const Arguments&) {
   Keeper keeper(loop.main(), model);
 
   const auto socket = keeperSocketPath(context.host.folders);
+  const auto spare = spareSocketPath(context.host.folders);
   if (keeper.listen(socket))
     lock->announce(socket);
+  else if (keeper.listen(spare))
+    lock->announce(spare);
   else
     context.err.line("korvell: " + localized("can't answer at {socket}; commands will measure by themselves",
                                              {{"socket", socket}}));

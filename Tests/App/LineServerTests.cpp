@@ -1,11 +1,13 @@
 // The keeper's socket among clients that mean harm or don't know better.
 
 #include "App/LineServer.h"
+#include "Base/LocalAddress.h"
 
 #include "Tests/Fakes/TemporaryFolder.h"
 
 #include <atomic>
 #include <csignal>
+#include <fcntl.h>
 #include <fstream>
 #include <future>
 #include <gtest/gtest.h>
@@ -17,7 +19,9 @@ namespace {
 
 class Client {
 public:
-  explicit Client(const std::string& path) : socket_(connectLocal(path)) {}
+  explicit Client(const std::string& path) : socket_(connectLocal(path)) {
+    if (socket_) fcntl(socket_.get(), F_SETFL, 0); // blocking
+  }
   explicit operator bool() const { return bool(socket_); }
   bool send(std::string_view bytes) const {
     while (!bytes.empty()) {
@@ -162,17 +166,33 @@ TEST_F(LineServerTests, answersMayComeLateOrTooLate) {
   EXPECT_FALSE(Client(path));
 }
 
-TEST_F(LineServerTests, onlyASocketIsReplaced) {
+TEST_F(LineServerTests, oneThatTakesNoConnectionsIsNotWaitedFor) {
+  std::filesystem::create_directories(folder / "runtime");
+  const Descriptor hung(::socket(AF_UNIX, SOCK_STREAM, 0));
+  ASSERT_TRUE(LocalAddress::of(path)->bind(hung.get()));
+  ASSERT_EQ(::listen(hung.get(), 0), 0);
+  const Descriptor first = connectLocal(path), second = connectLocal(path);
+  EXPECT_FALSE(connectLocal(path));
+}
+
+TEST_F(LineServerTests, onlyASocketThatNobodyListensAtIsReplaced) {
   std::filesystem::create_directories(folder / "runtime");
   { std::ofstream(path) << "somebody's file"; }
   EXPECT_FALSE(listen());
   EXPECT_EQ(std::filesystem::file_size(path), 15u);
   std::filesystem::remove(path);
+  const Descriptor ended(::socket(AF_UNIX, SOCK_STREAM, 0)); // as a process that was killed leaves it
+  ASSERT_TRUE(LocalAddress::of(path)->bind(ended.get()));
   auto first = listen();
-  const auto second = listen(); // the first one's process died, for all that this one knows
+  ASSERT_TRUE(first);
+  EXPECT_FALSE(listen());
   Client client(path);
   ASSERT_TRUE(client.send("x\n"));
   EXPECT_EQ(client.line(), "got x");
+  std::filesystem::remove(path);
+  const auto second = listen(); // somebody has removed the first one's
+  first.reset();
+  EXPECT_TRUE(Client(path));
 
   const auto tooLong = folder / (std::string(200, 'd') + "/keeper.sock");
   EXPECT_FALSE(LineServer::listen(tooLong, {}, limits, isSameUser));

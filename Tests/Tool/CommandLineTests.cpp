@@ -31,6 +31,11 @@ struct CommandLineTests : CommandFixture {
         {"--kind", Kind::list, "Kinds"},
         {"WHO", Kind::positional, "Whom"}},
        echo},
+      {"outer",
+       "Runs, and has a part",
+       {jsonOption(), {"--limit", Kind::number, "How many"}},
+       echo,
+       {{"inner", "Its part", {jsonOption()}, echo}}},
       {"group", "Has parts", {}, nullptr, {{"ask", "Asks first", {yesOption()}, ask}}}};
   int run(const std::vector<std::string>& arguments) { return CommandFixture::run(commands, arguments); }
 };
@@ -39,6 +44,8 @@ TEST_F(CommandLineTests, valuesArriveTyped) {
   EXPECT_EQ(run({"echo", "--limit", "5", "--by", "memory", "--kind", "a", "--kind", "b c", "--json", "me"}),
             exitOK);
   EXPECT_EQ(output, "limit 5\nby memory\nkind a\nkind b c\njson\nwho me\n");
+  EXPECT_EQ(run({"outer", "--json", "inner"}), exitOK);
+  EXPECT_THAT(output, testing::HasSubstr("json\n")) << "what stands before the part counts for it";
 }
 
 TEST_F(CommandLineTests, mistakesEndWithTwoAndSayWhy) {
@@ -48,6 +55,7 @@ TEST_F(CommandLineTests, mistakesEndWithTwoAndSayWhy) {
                                                           {"echo", "--limit", "-3"},
                                                           {"echo", "--limit", "99999999999999999999"},
                                                           {"echo", "--by", "size"},
+                                                          {"outer", "--limit", "3", "inner"},
                                                           {"group"},
                                                           {"group", "nonsense"}};
   for (const auto& arguments : mistakes) {
