@@ -165,7 +165,8 @@ int runStop(Context& context, const Arguments& arguments) {
   for (const DevProject& project : found.projects)
     for (const DevServer& server : project.servers) {
       if (server.pid != *pid) continue;
-      const auto question = localized("{server} will receive a stop signal.", {{"server", nameOf(server)}});
+      const auto question =
+          localized("{server} will receive a stop signal.", {{"server", escapedControls(server.name)}});
       if (!confirmed(context, arguments, question)) return exitFailed;
       const auto outcome = stopServer(context, found, server);
       if (arguments.flag("--json")) printJSON(context.out, outcomeValue(server, outcome));
