@@ -104,26 +104,35 @@ std::optional<StartupItem> readDesktopEntry(const LaunchFile& file, LaunchItems&
 }
 
 /// Absent when it depends on something that is only known when the unit starts.
-std::optional<std::string> programOf(std::string_view execStart, LaunchItems& launchItems) {
-  const auto written = unitProgram(execStart);
-  if (!written) return std::nullopt;
+std::optional<std::string> withoutSpecifiers(std::string_view written) {
   std::string program;
-  for (size_t i = 0; i < written->size(); ++i) {
-    const char c = (*written)[i];
-    if (c == '$' || (c == '%' && written->compare(i, 2, "%%") != 0)) return std::nullopt;
+  for (size_t i = 0; i < written.size(); ++i) {
+    const char c = written[i];
+    if (c == '$' || (c == '%' && written.substr(i, 2) != "%%")) return std::nullopt;
     program += c;
     if (c == '%') ++i;
   }
-  return resolved(program, launchItems);
+  return program;
+}
+
+/// The first program that it starts. None where the unit has it looked for in places of its own: inside
+/// another root, or, by its name, in other folders.
+std::optional<std::string> serviceProgram(const KeyFile& unit, LaunchItems& launchItems) {
+  const auto isSet = [&](std::string_view key) { return !unit.last("Service", key).value_or("").empty(); };
+  const auto starts = unit.all("Service", "ExecStart");
+  if (starts.empty() || isSet("RootDirectory") || isSet("RootImage")) return std::nullopt;
+  const auto written = unitProgram(starts.front());
+  if (!written || (isBareName(*written) && isSet("ExecSearchPath"))) return std::nullopt;
+  const auto program = withoutSpecifiers(*written);
+  return program ? std::optional(resolved(*program, launchItems)) : std::nullopt;
 }
 
 std::optional<StartupItem> readService(const LaunchFile& file, LaunchItems& launchItems) {
   const auto unit = KeyFile::parseUnit(file.bytes);
-  const auto starts = unit.all("Service", "ExecStart");
   const auto restart = unit.last("Service", "Restart").value_or("");
   return StartupItem{.label = fileName(file.path),
                      .plistPath = file.path,
-                     .program = starts.empty() ? std::nullopt : programOf(starts.front(), launchItems),
+                     .program = serviceProgram(unit, launchItems),
                      .scope = file.scope,
                      .runsAtLoad = !unit.all("Install", "WantedBy").empty(),
                      .keepAlive = !restart.empty() && restart != "no"};

@@ -50,7 +50,8 @@ Host makeHost(const Environment& environment) {
   host.processControl = std::make_unique<LinuxProcessControl>();
   host.applications = std::make_unique<NoRunningApplications>();
   host.desktopFiles = std::make_unique<DesktopFolders>(DesktopFolders::of(host.folders, environment));
-  host.launchItems = std::make_unique<LinuxLaunchItems>(host.folders, Shell::run, buses);
+  host.launchItems =
+      std::make_unique<LinuxLaunchItems>(host.folders, Shell::run, buses, environment("PATH").value_or(""));
   host.usageHelper = std::make_unique<LinuxUsageHelper>(LinuxUsageHelper::systemSources(environment));
   host.diagnostics = std::make_unique<LinuxDiagnostics>(clock, buses);
   host.state = std::make_unique<LinuxMachineState>(clock);

@@ -10,10 +10,10 @@ namespace korvell {
 
 class LinuxLaunchItems final : public PosixLaunchItems {
 public:
-  /// `root` stands before the paths that belong to no user.
+  /// `searchPath` as in PATH; `root` stands before the paths that belong to no user.
   LinuxLaunchItems(const UserFolders& folders, CommandRunner run, BusAddresses buses,
-                   const std::string& root = {})
-      : PosixLaunchItems(linuxLaunchFolders(folders, root), linuxProgramPlaces(folders, root)),
+                   std::string_view searchPath, const std::string& root = {})
+      : PosixLaunchItems(linuxLaunchFolders(folders, root), linuxProgramPlaces(folders, searchPath, root)),
         run_(std::move(run)), buses_(std::move(buses)) {}
 
   LoadedJobs loadedJobs() override;

@@ -1,6 +1,7 @@
 #include "Platform/Posix/PosixLaunchItems.h"
 
 #include "Base/Files.h"
+#include "Base/Text.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -78,14 +79,18 @@ ProgramPlaces macOSProgramPlaces() {
           .flatpakRoots = {}};
 }
 
-ProgramPlaces linuxProgramPlaces(const UserFolders& folders, const std::string& root) {
+ProgramPlaces linuxProgramPlaces(const UserFolders& folders, std::string_view searchPath,
+                                 const std::string& root) {
   ProgramPlaces places;
   for (const char* folder : {"/usr/local/sbin", "/usr/local/bin", "/usr/sbin", "/usr/bin", "/sbin", "/bin",
                              "/usr/local/games", "/usr/games", "/snap/bin"})
     places.folders.push_back(root + folder);
-  // Sessions put these in front of the system's.
-  places.folders.push_back(folders.home + "/.local/bin");
-  places.folders.push_back(folders.home + "/bin");
+  // Sessions put these in front of the system's. They also count when this process began outside of one.
+  for (const char* folder : {"/.local/bin", "/bin", "/.cargo/bin"})
+    places.folders.push_back(folders.home + folder);
+  for (const auto folder : split(searchPath, ':'))
+    if (folder.starts_with('/') && std::ranges::find(places.folders, folder) == places.folders.end())
+      places.folders.emplace_back(folder);
   places.flatpakRoots = {root + "/var/lib/flatpak", folders.dataHome + "/flatpak"};
   return places;
 }

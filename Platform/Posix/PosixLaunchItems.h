@@ -6,6 +6,7 @@
 #include "Platform/LaunchItems.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace korvell {
@@ -22,7 +23,9 @@ struct LaunchFolder {
 std::vector<LaunchFolder> macOSLaunchFolders(const UserFolders& folders, const std::string& root = {});
 std::vector<LaunchFolder> linuxLaunchFolders(const UserFolders& folders, const std::string& root = {});
 ProgramPlaces macOSProgramPlaces();
-ProgramPlaces linuxProgramPlaces(const UserFolders& folders, const std::string& root = {});
+/// `searchPath`: the folders of the session's PATH, separated by colons; relative ones are left out.
+ProgramPlaces linuxProgramPlaces(const UserFolders& folders, std::string_view searchPath,
+                                 const std::string& root = {});
 
 class PosixLaunchItems : public LaunchItems {
 public:

@@ -127,6 +127,11 @@ TEST(LaunchFileRulesTests, services) {
       {"ExecStart=/opt/%", std::nullopt},
       {"ExecStart=${TOOL} x", std::nullopt},
       {"ExecStartPre=/opt/x", std::nullopt},
+      {"ExecStart=/opt/x\nRootDirectory=/srv/box", std::nullopt},
+      {"ExecStart=sync\nRootImage=/srv/box.raw", std::nullopt},
+      {"ExecStart=/opt/x\nRootDirectory=/srv/box\nRootDirectory=", "/opt/x"},
+      {"ExecStart=-gone\nExecSearchPath=/opt/own/bin", std::nullopt},
+      {"ExecStart=/opt/x\nExecSearchPath=/opt/own/bin", "/opt/x"},
       {"ExecStart=/opt/a\n[Service]\nExecStart=\nExecStart=/opt/b", "/opt/b"},
   };
   for (const auto& [lines, program] : rows) {

@@ -28,6 +28,7 @@ protected:
                            return std::nullopt; // nothing can be started
                          },
                          {.session = "", .system = ""},
+                         "/opt/own/bin:relative::" + (disk / "usr/bin"),
                          disk.path().string()};
 
   std::vector<std::string> paths() {
@@ -98,6 +99,15 @@ TEST_F(LaunchItemsTests, whatIsMissing) {
   EXPECT_TRUE(items.isMissing(disk / "opt/dangling"));
   EXPECT_TRUE(items.isMissing(disk / "opt/here/below"));
   EXPECT_FALSE(items.isMissing(disk / "opt/circle")) << "can't be told";
+}
+
+TEST_F(LaunchItemsTests, whereProgramsAreLookedFor) {
+  const auto& searched = items.places().folders;
+  for (const std::string& folder : {disk / "usr/bin", disk / "usr/games", disk / "usr/local/games",
+                                    disk / "snap/bin", disk / "home/me/bin", disk / "home/me/.local/bin",
+                                    disk / "home/me/.cargo/bin", std::string("/opt/own/bin")})
+    EXPECT_EQ(std::ranges::count(searched, folder), 1) << folder;
+  EXPECT_TRUE(std::ranges::all_of(searched, [](const auto& folder) { return folder.starts_with('/'); }));
 }
 
 TEST_F(LaunchItemsTests, jobsAreStoppedByTheirManager) {
