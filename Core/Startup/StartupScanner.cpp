@@ -28,6 +28,17 @@ std::optional<LaunchFile> unchangedFile(const StartupItem& item, LaunchItems& la
   return std::nullopt;
 }
 
+/// Of a job that was stopped before its file turned out to stay.
+Failure fileStayed(const LaunchFile& file, const std::string& reason) {
+  // Only systemd is also told not to start it again.
+  const auto text =
+      file.format == LaunchFormat::systemdService
+          ? localized("The job was disabled and stopped, but its file {path} is still there: ",
+                      {{"path", file.path}})
+          : localized("The job was stopped, but its file {path} is still there: ", {{"path", file.path}});
+  return Failure{text + reason};
+}
+
 void sort(std::vector<StartupItem>& items) {
   std::ranges::stable_sort(items, [](const StartupItem& a, const StartupItem& b) {
     return std::tuple(!a.isLeftover, std::string_view(a.label)) <
@@ -78,7 +89,7 @@ Outcome StartupScanner::remove(const StartupItem& item, LaunchItems& launchItems
   if (auto stopped = launchItems.stop(job); !stopped) return stopped;
   const auto moved = trash.move({{.path = file->location, .picked = file->identity}});
   if (moved.empty() || !moved.front())
-    return Failure{moved.empty() ? localized("The Trash did not answer.") : moved.front().reason()};
+    return fileStayed(*file, moved.empty() ? localized("The Trash did not answer.") : moved.front().reason());
   launchItems.removed(job);
   return success();
 }

@@ -25,7 +25,8 @@ struct StartupScanner {
 
   /// Stops the job and moves its file to the Trash: the very file that still says what the item says. Only
   /// for leftovers: when the program exists by now, the file says something else, or this user may not
-  /// remove it, nothing is changed.
+  /// remove it, nothing is changed. A file that the Trash refuses stays, its job stopped; the failure says
+  /// so.
   static Outcome remove(const StartupItem& item, LaunchItems& launchItems, Trash& trash);
 };
 

@@ -98,11 +98,23 @@ TEST_F(RemovalTests, whatIsNoLongerThatLeftoverIsLeftAlone) {
 }
 
 TEST_F(RemovalTests, aFileThatStaysIsNotReportedAsGone) {
-  trash.refused["/real/units/a.service"] = "The disk is full.";
-  const auto outcome = StartupScanner::remove(item, items, trash);
-  ASSERT_FALSE(outcome);
-  EXPECT_EQ(outcome.reason(), "The disk is full.");
-  EXPECT_THAT(items.log, ElementsAre("stop a.service"));
+  items.launchFiles.push_back({user,
+                               LaunchFormat::desktopEntry,
+                               "/a.desktop",
+                               "[Desktop Entry]\nExec=/opt/gone\n",
+                               "/a.desktop",
+                               {}});
+  const char* said[] = {"The job was stopped, but its file /a.desktop is still there: The disk is full.",
+                        "The job was disabled and stopped, but its file /units/a.service is still there: "
+                        "The disk is full."};
+  trash.refused = {{"/real/units/a.service", "The disk is full."}, {"/a.desktop", "The disk is full."}};
+  const auto listed = StartupScanner::scan(items);
+  for (std::size_t i = 0; i < std::size(said); ++i) {
+    const auto outcome = StartupScanner::remove(listed.at(i), items, trash);
+    ASSERT_FALSE(outcome);
+    EXPECT_EQ(outcome.reason(), said[i]);
+  }
+  EXPECT_THAT(items.log, ElementsAre("stop a.desktop", "stop a.service"));
 }
 
 TEST_F(RemovalTests, theQuestionNamesTheProgram) {
