@@ -1,6 +1,7 @@
 // korvell startup: what the system starts by itself; leftovers of deleted applications can be removed.
 
 #include "Base/Format.h"
+#include "Base/Text.h"
 #include "Core/Startup/StartupScanner.h"
 #include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
@@ -103,44 +104,57 @@ std::optional<StartupItem> findItem(Context& context, std::vector<StartupItem> i
   std::erase_if(items, [&](const StartupItem& item) { return item.label != name && item.plistPath != name; });
   if (items.size() == 1) return std::move(items.front());
   if (items.empty()) {
-    fail(context, localized("there is no startup item {name}", {{"name", name}}));
+    fail(context, localized("there is no startup item {name}", {{"name", escapedControls(name)}}));
   } else {
-    fail(context,
-         localized("several startup items are called {name}; name one by its file:", {{"name", name}}));
-    for (const auto& item : items) context.err.line("  " + item.plistPath);
+    fail(context, localized("several startup items are called {name}; name one by its file:",
+                            {{"name", escapedControls(name)}}));
+    for (const auto& item : items) context.err.line("  " + escapedControls(item.plistPath));
   }
   return std::nullopt;
 }
 
-/// The keeper does it, so that nothing that it shows is out of date afterwards.
-Outcome removeThroughKeeper(Context& context, const StartupItem& item) {
+/// The keeper does it, so that nothing that it shows is out of date afterwards. Nothing when it does not
+/// answer.
+std::optional<Outcome> removeThroughKeeper(Context& context, const StartupItem& item) {
   Value request =
       Value::object({{"do", "removeStartupItem"}, {"plistPath", item.plistPath}, {"label", item.label}});
   request.set("program", item.program);
   const auto answer = tellKeeper(context, request, removalPatience);
-  if (!answer)
-    return Failure{
-        localized("Korvell did not answer; {label} may still be removed.", {{"label", item.label}})};
+  if (!answer) return std::nullopt;
   const auto *done = answer->find("ok"), *error = answer->find("error");
   if (done && done->asBool() == true) return success();
   return Failure{error && error->asString() ? *error->asString() : localized("Korvell refused.")};
+}
+
+Value outcomeValue(const StartupItem& item, const std::optional<Outcome>& removed) {
+  Value value = Value::object({{"item", toValue(item)}});
+  if (removed) value.set("outcome", *removed ? "trashed" : "failed");
+  if (removed && !*removed) value.set("error", removed->reason());
+  return value;
 }
 
 int runRemove(Context& context, const Arguments& arguments) {
   auto scanned = scan(context);
   const auto item = findItem(context, std::move(scanned.items), arguments.text("LABEL").value_or(""));
   if (!item) return exitFailed;
+  const auto label = escapedControls(item->label);
   if (!item->isLeftover)
     return fail(context,
                 localized("{label} is no leftover: only items whose program no longer exists are removed",
-                          {{"label", item->label}}));
-  if (!confirmed(context, arguments, item->label + "\n" + StartupScanner::confirmation(*item)))
+                          {{"label", label}}));
+  if (!confirmed(context, arguments, label + "\n" + escapedControls(StartupScanner::confirmation(*item))))
     return exitFailed;
-  const auto removed = scanned.fromKeeper
-                           ? removeThroughKeeper(context, *item)
-                           : StartupScanner::remove(*item, *context.host.launchItems, *context.host.trash);
-  if (!removed) return fail(context, removed.reason());
-  context.out.line(localized("Moved {path} to the Trash.", {{"path", item->plistPath}}));
+  const std::optional<Outcome> removed =
+      scanned.fromKeeper ? removeThroughKeeper(context, *item)
+                         : StartupScanner::remove(*item, *context.host.launchItems, *context.host.trash);
+  const bool json = arguments.flag("--json");
+  if (json) printJSON(context.out, outcomeValue(*item, removed));
+  if (!removed)
+    return fail(context,
+                localized("Korvell did not answer; {label} may still be removed.", {{"label", label}}));
+  if (!*removed) return fail(context, escapedControls(removed->reason()));
+  if (!json)
+    context.out.line(localized("Moved {path} to the Trash.", {{"path", escapedControls(item->plistPath)}}));
   return exitOK;
 }
 
@@ -155,7 +169,8 @@ Command startupCommand() {
            {"remove",
             "Move a leftover's file to the Trash",
             {{"LABEL", Option::Kind::positional, "The item's name or the path of its file", {}, true},
-             yesOption()},
+             yesOption(),
+             jsonOption()},
             runRemove}}};
 }
 

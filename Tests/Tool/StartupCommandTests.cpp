@@ -9,6 +9,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::StartsWith;
 
 struct StartupCommandTests : KeeperFixture {
@@ -53,7 +54,38 @@ TEST_F(StartupCommandTests, aLeftoverGoesToTheTrash) {
   EXPECT_THAT(trash->moved, ElementsAre("/s/twice.service", "/u/gone.service"));
   trash->refused["/u/twice.service"] = "It is in use.";
   EXPECT_EQ(run({"startup", "remove", "twice.service", "--yes"}), exitFailed);
-  EXPECT_EQ(out + err, "korvell: It is in use.\n");
+  const std::string said =
+      "The job was disabled and stopped, but its file /u/twice.service is still there: It is in use.";
+  EXPECT_EQ(out + err, "korvell: " + said + "\n");
+  EXPECT_EQ(run({"startup", "remove", "twice.service", "--yes", "--json"}), exitFailed);
+  EXPECT_EQ(*parseJSON(out)->find("error")->asString(), said);
+  trash->refused.clear();
+  const auto item = toValue(StartupScanner::scan(*items).front());
+  EXPECT_EQ(run({"startup", "remove", "twice.service", "--yes", "--json"}), exitOK);
+  EXPECT_EQ(parseJSON(out), Value::object({{"item", item}, {"outcome", "trashed"}}));
+}
+
+TEST_F(StartupCommandTests, whatFilesSayReachesTheTerminalWithoutControls) {
+  items->addUnit(LaunchScope::user, "/u/\x1b[2J.service", "/opt/\x1b[A");
+  items->addUnit(LaunchScope::user, "/v/\x1b[2J.service", "/opt/\x1b[A");
+  items->addUnit(LaunchScope::user, "/u/\x1b[3J.service", "/opt/here");
+  trash->refused["/v/\x1b[2J.service"] = "In use: \x1b[B";
+  std::string printed;
+  for (const std::vector<std::string>& arguments : {std::vector<std::string>{"\x1b[2J.service"},
+                                                    {"/u/\x1b[2J.service"},
+                                                    {"/u/\x1b[2J.service", "--yes"},
+                                                    {"/v/\x1b[2J.service", "--yes"},
+                                                    {"\x1b[3J.service"},
+                                                    {"\x1b[4J.service"}}) {
+    std::vector<std::string> words{"startup", "remove"};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    run(words);
+    printed += out + err;
+  }
+  EXPECT_THAT(printed, Not(HasSubstr("\x1b")));
+  for (const char* text : {"called \\x1b[2J", "  /v/\\x1b[2J", "launches /opt/\\x1b[A", "Moved /u/\\x1b[2J",
+                           "In use: \\x1b[B", "\\x1b[3J.service is no leftover", "item \\x1b[4J"})
+    EXPECT_THAT(printed, HasSubstr(text));
 }
 
 TEST_F(StartupCommandTests, nothingElseIsRemoved) {
