@@ -297,6 +297,7 @@ void LinuxProcessTable::updateSockets(Seconds now) {
 void LinuxProcessTable::findHolders(Seconds now) {
   if (ledger_.wanted().empty()) return;
   scanDescriptors(true);
+  ledger_.settle();
   if (ledger_.wanted().empty() || now - lastFullScan_ < fullScanInterval) return;
   lastFullScan_ = now;
   scanDescriptors(false);

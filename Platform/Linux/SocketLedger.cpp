@@ -33,12 +33,14 @@ void SocketLedger::update(std::span<const SocketRecord> alive, std::span<const S
   ++cycle_;
   wanted_.clear();
   listeners_.clear();
+  listening_.clear();
   for (const auto& record : alive) {
     auto [entry, isNew] = sockets_.try_emplace(record.cookie);
     auto& socket = entry->second;
     if (isNew && firstLook) socket.credited = {record.received, record.sent};
     socket.record = record;
     socket.cycle = cycle_;
+    if (record.listening && record.inode) listening_[record.inode] = record.cookie;
     if (socket.holder) {
       credit(socket, record);
       if (record.listening) listeners_.try_emplace(record.localPort, socket.holder);
@@ -75,7 +77,21 @@ void SocketLedger::credit(Socket& socket, const SocketRecord& record) {
                      std::max(record.sent, socket.credited.out)};
 }
 
+void SocketLedger::assignListener(Socket& socket, ProcessID pid) {
+  if (!socket.holder) {
+    socket.holder = pid;
+    credit(socket, socket.record);
+    listeners_.try_emplace(socket.record.localPort, pid);
+  } else if (socket.holder != pid &&
+             std::find(socket.sharers.begin(), socket.sharers.end(), pid) == socket.sharers.end()) {
+    socket.sharers.push_back(pid);
+    totals_.try_emplace(pid);
+  }
+}
+
 void SocketLedger::assign(std::uint32_t inode, ProcessID pid) {
+  if (const auto listener = listening_.find(inode); listener != listening_.end())
+    return assignListener(sockets_.at(listener->second), pid);
   const auto want = wanted_.find(inode);
   if (want == wanted_.end()) return;
   auto& socket = sockets_.at(want->second);
@@ -83,15 +99,16 @@ void SocketLedger::assign(std::uint32_t inode, ProcessID pid) {
   socket.holder = pid;
   credit(socket, socket.record);
   const auto& record = socket.record;
-  if (record.listening) {
-    listeners_.try_emplace(record.localPort, pid);
-    return;
-  }
   if (peers_.size() >= maximumPeers) peers_.clear();
   peers_[{record.user, record.remotePort, record.remoteAddress}] = pid;
 }
 
+void SocketLedger::settle() {
+  std::erase_if(wanted_, [this](const auto& entry) { return sockets_.at(entry.second).holder != 0; });
+}
+
 void SocketLedger::giveUp() {
+  settle();
   for (const auto& [inode, cookie] : wanted_) {
     auto& socket = sockets_.at(cookie);
     socket.patience = std::clamp(socket.patience * 2, firstPatience, longestPatience);
@@ -107,8 +124,14 @@ ByteCounters SocketLedger::total(ProcessID pid) const {
 
 void SocketLedger::forget(ProcessID pid) {
   if (totals_.erase(pid) == 0) return; // it never held a socket
-  for (auto& [cookie, socket] : sockets_)
-    if (socket.holder == pid) socket.holder = 0;
+  for (auto& [cookie, socket] : sockets_) {
+    std::erase(socket.sharers, pid);
+    if (socket.holder != pid) continue;
+    socket.holder = 0;
+    if (socket.sharers.empty()) continue;
+    socket.holder = socket.sharers.front();
+    socket.sharers.erase(socket.sharers.begin());
+  }
   std::erase_if(peers_, [pid](const auto& entry) { return entry.second == pid; });
   std::erase_if(listeners_, [pid](const auto& entry) { return entry.second == pid; });
 }
@@ -116,7 +139,10 @@ void SocketLedger::forget(ProcessID pid) {
 PortsByPID SocketLedger::listeningPorts() const {
   PortsByPID ports;
   for (const auto& [cookie, socket] : sockets_)
-    if (socket.record.listening && socket.holder) ports[socket.holder].push_back(socket.record.localPort);
+    if (socket.record.listening && socket.holder) {
+      ports[socket.holder].push_back(socket.record.localPort);
+      for (const auto pid : socket.sharers) ports[pid].push_back(socket.record.localPort);
+    }
   for (auto& [pid, list] : ports) {
     std::sort(list.begin(), list.end());
     list.erase(std::unique(list.begin(), list.end()), list.end());

@@ -24,8 +24,12 @@ public:
   void update(std::span<const SocketRecord> alive, std::span<const SocketRecord> closed);
   /// Inodes of sockets whose holder is to be looked for: those that nobody looked for in vain lately.
   const std::unordered_map<std::uint32_t, std::uint64_t>& wanted() const { return wanted_; }
-  /// `pid` holds the socket with that inode. Of several holders the first one that is told stays.
+  /// `pid` holds the socket with that inode. Of several holders the first one that is told has its bytes; a
+  /// listening socket's are all kept, for a child that inherited it serves the port too. It stays wanted
+  /// until settle(), so that one scan finds them all, and takes any that another socket's scan comes across.
   void assign(std::uint32_t inode, ProcessID pid);
+  /// A scan has ended: what has a holder is wanted no longer.
+  void settle();
   /// Nobody was found for what is still wanted: leaves it alone for a while.
   void giveUp();
 
@@ -38,7 +42,8 @@ private:
   struct Socket {
     SocketRecord record;
     ProcessID holder = 0;
-    ByteCounters credited; ///< what has been counted to a holder, or lies before the first look
+    std::vector<ProcessID> sharers; ///< other holders, of a listening socket
+    ByteCounters credited;          ///< what has been counted to a holder, or lies before the first look
     std::uint32_t cycle = 0;
     std::uint32_t lookAgain = 0; ///< cycle from which on it is wanted again
     std::uint32_t patience = 0;  ///< cycles that it was last left alone for
@@ -53,13 +58,15 @@ private:
     std::size_t operator()(const Peer& peer) const;
   };
 
+  void assignListener(Socket& socket, ProcessID pid);
   void credit(Socket& socket, const SocketRecord& record);
   void close(const SocketRecord& record);
   ProcessID likelyHolder(const SocketRecord& record) const;
 
-  std::unordered_map<std::uint64_t, Socket> sockets_;       ///< by cookie
-  std::unordered_map<std::uint32_t, std::uint64_t> wanted_; ///< inode to cookie
-  std::unordered_map<ProcessID, ByteCounters> totals_;
+  std::unordered_map<std::uint64_t, Socket> sockets_;          ///< by cookie
+  std::unordered_map<std::uint32_t, std::uint64_t> wanted_;    ///< inode to cookie
+  std::unordered_map<std::uint32_t, std::uint64_t> listening_; ///< inode to cookie, rebuilt every cycle
+  std::unordered_map<ProcessID, ByteCounters> totals_;     ///< has every process that holds or held a socket
   std::unordered_map<std::uint16_t, ProcessID> listeners_; ///< by port, rebuilt every cycle
   std::unordered_map<Peer, ProcessID, PeerHash> peers_;
   std::uint32_t cycle_ = 0;

@@ -95,6 +95,23 @@ TEST_F(SocketLedgerTests, aSocketOutlivesItsHolder) {
   EXPECT_EQ(ledger.total(7).in, 0u);
 }
 
+TEST_F(SocketLedgerTests, aListeningSocketIsServedByAllThatHoldIt) {
+  cycle({});
+  cycle({listener(2, 8080)});
+  for (const ProcessID pid : {8, 9, 9}) ledger.assign(20, pid);
+  EXPECT_TRUE(ledger.wanted().contains(20)) << "the scan goes on";
+  ledger.settle();
+  EXPECT_THAT(ledger.wanted(), IsEmpty());
+  cycle({listener(2, 8080), connection(1, 5, 0)});
+  ledger.assign(20, 10); // forked later, met while the connection's holder was looked for
+  EXPECT_EQ(ledger.listeningPorts(), (PortsByPID{{8, {8080}}, {9, {8080}}, {10, {8080}}}));
+  ledger.forget(9);
+  ledger.forget(8);
+  cycle({listener(2, 8080)});
+  EXPECT_EQ(ledger.listeningPorts(), (PortsByPID{{10, {8080}}}));
+  EXPECT_THAT(ledger.wanted(), IsEmpty());
+}
+
 TEST_F(SocketLedgerTests, whatNobodyHoldsIsLookedForLessAndLessOften) {
   int looks = 0;
   for (int i = 0; i < 200; ++i) {
