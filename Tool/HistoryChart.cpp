@@ -84,10 +84,10 @@ std::vector<std::optional<double>> chartColumns(const std::vector<HistoryPoint>&
 }
 
 std::vector<std::string> chartLines(const Terminal& terminal, Metric metric,
-                                    const std::vector<HistoryPoint>& points, const ChartSpan& span,
-                                    const TimeZone& zone, int width) {
-  const auto summary = *summaryOf(points);
-  const double top = summary.maximum > 0 ? summary.maximum : 1;
+                                    const std::vector<HistoryPoint>& points, const SeriesSummary& summary,
+                                    const ChartSpan& span, const TimeZone& zone, int width) {
+  const double highest = summaryOf(points)->maximum;
+  const double top = highest > 0 ? highest : 1;
   const std::string topLabel = formatMetric(metric, top), middleLabel = formatMetric(metric, top / 2),
                     zeroLabel = formatMetric(metric, 0);
   const int labels = std::max({displayWidth(topLabel), displayWidth(middleLabel), displayWidth(zeroLabel)});

@@ -11,12 +11,7 @@
 
 namespace korvell {
 
-struct SeriesSummary {
-  double minimum = 0;
-  double mean = 0;
-  double maximum = 0;
-};
-/// Nothing for an empty series.
+/// Of the points, each weighing the same; nothing for an empty series.
 std::optional<SeriesSummary> summaryOf(const std::vector<HistoryPoint>& points);
 
 /// What a chart shows: values between `begin` and `end`, each standing for `cover` from its date on.
@@ -30,10 +25,10 @@ struct ChartSpan {
 std::vector<std::optional<double>> chartColumns(const std::vector<HistoryPoint>& points,
                                                 const ChartSpan& span, int columns);
 
-/// The chart with its axes and a line of minimum, mean and maximum; every line at most `width` columns.
-/// `points` is not empty.
+/// The chart with its axes, scaled to its points, and the summary's line of minimum, mean and maximum; every
+/// line at most `width` columns. `points` is not empty.
 std::vector<std::string> chartLines(const Terminal& terminal, Metric metric,
-                                    const std::vector<HistoryPoint>& points, const ChartSpan& span,
-                                    const TimeZone& zone, int width);
+                                    const std::vector<HistoryPoint>& points, const SeriesSummary& summary,
+                                    const ChartSpan& span, const TimeZone& zone, int width);
 
 } // namespace korvell

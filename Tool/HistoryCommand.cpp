@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <limits>
 
 namespace korvell {
 
@@ -24,8 +25,10 @@ constexpr Seconds liveCover{12};
 
 struct Recorded {
   explicit Recorded(Context& context)
-      : store(systemQueueFactory(), context.clock, context.host.folders.data, HistoryAccess::reader),
+      : path(context.host.folders.data + "/" + std::string(HistoryStore::fileName)),
+        store(systemQueueFactory(), context.clock, context.host.folders.data, HistoryAccess::reader),
         zone(*context.host.zone) {}
+  std::string path;
   HistoryStore store;
   const TimeZone& zone;
 };
@@ -45,6 +48,18 @@ HistoryRange rangeOf(const Arguments& arguments) {
   return HistoryRange::h24;
 }
 
+/// 0 is all, as everywhere.
+int limitOf(const Arguments& arguments) {
+  constexpr std::int64_t all = std::numeric_limits<int>::max();
+  const auto limit = arguments.number("--limit").value_or(defaultLimit);
+  return int(limit == 0 ? all : std::min(limit, all));
+}
+
+int failUnreadable(Context& context, const Recorded& recorded) {
+  return fail(context,
+              localized("the history can't be read: {path}", {{"path", escapedControls(recorded.path)}}));
+}
+
 int nothingRecorded(Context& context, std::string_view what) {
   context.out.line(what);
   const auto hint = localized("Korvell records while it runs: the application, or \"korvell run\".");
@@ -57,7 +72,9 @@ int nothingRecorded(Context& context, std::string_view what) {
 
 struct Series {
   std::vector<HistoryPoint> points;
+  std::optional<SeriesSummary> summary;
   ChartSpan span;
+  bool isReadable = true;
 };
 
 /// The last minutes come from the keeper, which has more of them than the database.
@@ -65,9 +82,10 @@ std::optional<Series> liveSeries(Context& context, Metric metric, ChartSpan span
   const auto state = askKeeper(context, {"live"});
   const auto* live = state ? state->find("live") : nullptr;
   const auto* told = live ? live->find(rawValue(metric)) : nullptr;
-  Series series{{}, span};
+  Series series{.span = span};
   series.span.cover = liveCover;
   if (!told || !fromValue(*told, series.points)) return std::nullopt;
+  series.summary = summaryOf(series.points);
   return series;
 }
 
@@ -78,14 +96,18 @@ Series seriesOf(Context& context, Recorded& recorded, Metric metric, HistoryRang
   const ChartSpan span{now - Seconds{double(row.seconds)}, now, Seconds{double(std::max(row.bucket, 60))}};
   if (range == HistoryRange::live)
     if (auto live = liveSeries(context, metric, span)) return *live;
-  return {recorded.store.series(metric, range), span};
+  auto& store = recorded.store;
+  Series series{store.series(metric, range), store.summary(metric, range), span};
+  series.isReadable = store.isReadable();
+  return series;
 }
 
 int showSeries(Context& context, const Arguments& arguments, Metric metric) {
   Recorded recorded(context);
   const auto range = rangeOf(arguments);
   const auto series = seriesOf(context, recorded, metric, range);
-  const auto summary = summaryOf(series.points);
+  if (!series.isReadable) return failUnreadable(context, recorded);
+  const auto& summary = series.summary;
   if (arguments.flag("--json")) {
     Value value = Value::object(
         {{"metric", rawValue(metric)}, {"range", rawValue(range)}, {"points", toValue(series.points)}});
@@ -97,9 +119,10 @@ int showSeries(Context& context, const Arguments& arguments, Metric metric) {
     printJSON(context.out, value);
     return exitOK;
   }
-  if (!summary) return nothingRecorded(context, localized("Nothing was recorded in this time."));
+  if (!summary || series.points.empty())
+    return nothingRecorded(context, localized("Nothing was recorded in this time."));
   context.out.line(context.out.ink(Ink::bold, title(metric) + " · " + title(range)));
-  for (const auto& line : chartLines(context.out, metric, series.points, series.span, recorded.zone,
+  for (const auto& line : chartLines(context.out, metric, series.points, *summary, series.span, recorded.zone,
                                      std::min(context.out.columns(), widestSummary)))
     context.out.line(line);
   return exitOK;
@@ -110,8 +133,8 @@ int showSeries(Context& context, const Arguments& arguments, Metric metric) {
 int showTop(Context& context, const Arguments& arguments, Metric metric) {
   Recorded recorded(context);
   const auto range = rangeOf(arguments);
-  const int limit = int(std::min<std::int64_t>(arguments.number("--limit").value_or(defaultLimit), 1000));
-  const auto apps = recorded.store.topApps(metric, range, limit);
+  const auto apps = recorded.store.topApps(metric, range, limitOf(arguments));
+  if (!recorded.store.isReadable()) return failUnreadable(context, recorded);
   if (arguments.flag("--json")) {
     printJSON(
         context.out,
@@ -208,6 +231,7 @@ int showMinute(Context& context, const Arguments& arguments, const std::string& 
                           {{"text", escapedControls(text)}}),
                 exitUsage);
   const auto minute = recorded.store.minute(*at);
+  if (!recorded.store.isReadable()) return failUnreadable(context, recorded);
   if (arguments.flag("--json")) {
     printJSON(context.out,
               minute ? minuteValue(*minute) : Value::object({{"date", *at}, {"apps", Value::array()}}));
@@ -221,11 +245,19 @@ int showMinute(Context& context, const Arguments& arguments, const std::string& 
   context.out.line(context.out.ink(Ink::bold, shown));
   printMinute(context, *minute,
               fromRawValue<Metric>(arguments.text("METRIC").value_or("cpu")).value_or(Metric::cpu),
-              std::size_t(arguments.number("--limit").value_or(defaultLimit)));
+              std::size_t(limitOf(arguments)));
   return exitOK;
 }
 
+/// Arguments of which one would be ignored beside the other.
+constexpr std::pair<const char*, const char*> contradictions[] = {
+    {"--at", "--top"}, {"--at", "--range"}, {"--top", "METRIC"}};
+
 int runHistory(Context& context, const Arguments& arguments) {
+  for (const auto& [one, other] : contradictions)
+    if (arguments.text(one) && arguments.text(other))
+      return fail(context, localized("{one} and {other} can't be combined", {{"one", one}, {"other", other}}),
+                  exitUsage);
   if (const auto time = arguments.text("--at")) return showMinute(context, arguments, *time);
   if (const auto top = arguments.text("--top"))
     return showTop(context, arguments, *fromRawValue<Metric>(*top));
@@ -245,7 +277,7 @@ Command historyCommand() {
             rawValues<HistoryRange>(lowercased)},
            {"--top", Option::Kind::text, "The apps that used the most of a metric", rawValues<Metric>(asIs)},
            {"--at", Option::Kind::text, "Who was it at that time: 14:32, \"2026-03-01 14:32\""},
-           {"--limit", Option::Kind::number, "How many apps to list"},
+           {"--limit", Option::Kind::number, "Show so many apps, 0 for all (15)"},
            jsonOption()},
           runHistory};
 }

@@ -124,6 +124,14 @@ bool HistoryDatabase::isForeign() {
   return !systemFits || (apps && !db_.prepare(insertAppSQL));
 }
 
+bool HistoryDatabase::isReadable() {
+  std::error_code error;
+  if (!std::filesystem::exists(path_, error) && !error) return true;
+  // The first statement is what opens the log: where that fails, no other one reads anything either.
+  Statement schema = query("SELECT COUNT(*) FROM sqlite_master");
+  return row(schema) && !isForeign() && !damaged_;
+}
+
 bool HistoryDatabase::isDamage(int code) {
   const bool damage = meansDamage(code);
   damaged_ |= damage;
@@ -211,6 +219,13 @@ std::vector<HistoryPoint> HistoryDatabase::series(Metric metric, std::int64_t si
   std::vector<HistoryPoint> points;
   while (row(statement)) points.push_back({Date{double(statement.integer(0))}, statement.real(1)});
   return points;
+}
+
+std::optional<SeriesSummary> HistoryDatabase::summary(Metric metric, std::int64_t since) {
+  Statement statement = query(fmt::format("SELECT MIN({0}), AVG({0}), MAX({0}) FROM system WHERE ts >= {1}",
+                                          rawValue(metric), since));
+  if (!row(statement) || statement.isNull(1)) return std::nullopt;
+  return SeriesSummary{statement.real(0), statement.real(1), statement.real(2)};
 }
 
 std::vector<double> HistoryDatabase::recent(Metric metric, std::int64_t since) {

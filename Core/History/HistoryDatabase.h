@@ -32,6 +32,9 @@ public:
   bool ensureOpen(Date now);
   /// SQLite met damage: the next ensureOpen() of a keeper moves the file aside.
   bool isDamaged() const { return damaged_; }
+  /// False when there is a file that can't be read, is damaged or no history; a missing one has no rows, and
+  /// that is all. Damage may lie anywhere: ask after the queries.
+  bool isReadable();
   void close();
 
   /// Writes one minute in one transaction, in place of any rows that it has. False when nothing was stored.
@@ -40,6 +43,8 @@ public:
 
   // Queries; `since` is Unix time in whole seconds.
   std::vector<HistoryPoint> series(Metric metric, std::int64_t since, int bucket);
+  /// Of the minutes themselves, each weighing the same; nothing when none has a value.
+  std::optional<SeriesSummary> summary(Metric metric, std::int64_t since);
   std::vector<double> recent(Metric metric, std::int64_t since);
   std::vector<AppTotal> topApps(Metric metric, std::int64_t since, std::size_t limit, bool wholeHistory);
   double average(Metric metric, std::int64_t since, int minimumMinutes);

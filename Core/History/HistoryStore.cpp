@@ -74,6 +74,15 @@ std::vector<HistoryPoint> HistoryStore::series(Metric metric, HistoryRange range
   });
 }
 
+std::optional<SeriesSummary> HistoryStore::summary(Metric metric, HistoryRange range) {
+  return query(
+      [&](HistoryDatabase& database) { return database.summary(metric, secondsAgo(spanOf(range).seconds)); });
+}
+
+bool HistoryStore::isReadable() {
+  return query([](HistoryDatabase& database) { return database.isReadable(); });
+}
+
 std::vector<double> HistoryStore::recent(Metric metric, int minutes) {
   return query([&](HistoryDatabase& database) { return database.recent(metric, secondsAgo(minutes * 60)); });
 }

@@ -38,7 +38,11 @@ public:
   /// Writes the minute in progress and closes the database; waits for it. Nothing is recorded afterwards.
   void close();
 
+  /// False when the answers are empty or short because the file can't be read; a missing file has no rows.
+  bool isReadable();
   std::vector<HistoryPoint> series(Metric metric, HistoryRange range);
+  /// Of the recorded minutes behind series(); nothing when there are none.
+  std::optional<SeriesSummary> summary(Metric metric, HistoryRange range);
   /// The minutes' values of the last `minutes`, the oldest first.
   std::vector<double> recent(Metric metric, int minutes);
   /// The largest first.

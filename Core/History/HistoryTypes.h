@@ -42,6 +42,15 @@ inline constexpr HistorySpan historySpans[] = {{HistoryRange::live, 300, 2},
 
 constexpr HistorySpan spanOf(HistoryRange range) { return historySpans[std::size_t(range)]; }
 
+/// Over the minutes of a range, or the points of a series.
+struct SeriesSummary {
+  double minimum = 0;
+  double mean = 0;
+  double maximum = 0;
+
+  bool operator==(const SeriesSummary&) const = default;
+};
+
 /// An application's mean over all recorded minutes of a range; minutes in which it was not kept count as 0.
 struct AppTotal {
   std::string name;

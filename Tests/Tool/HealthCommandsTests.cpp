@@ -3,6 +3,8 @@
 #include "Base/Text.h"
 #include "Core/Health/HealthAlert.h"
 #include "Core/Health/HealthReport.h"
+#include "Core/History/HistoryDatabase.h"
+#include "Tests/Fakes/FakeTimeZone.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
 #include "Tests/Tool/KeeperFixture.h"
 #include "Tool/Findings.h"
@@ -152,6 +154,45 @@ TEST_F(HealthCommandsTests, theReportReadsTheHistoryAndSendsNothing) {
   EXPECT_THAT(out, HasSubstr("No health score was recorded"));
   EXPECT_TRUE(static_cast<FakeUserDefaults&>(*host.defaults).changed.empty());
   EXPECT_FALSE(std::filesystem::exists(host.folders.data + "/history.sqlite"));
+}
+
+TEST_F(HealthCommandsTests, historyTellsNothingRecordedFromUnreadable) {
+  host.zone = std::make_unique<FakeTimeZone>(0);
+  using Line = std::vector<std::string>;
+  for (const auto& line :
+       {Line{"history", "cpu", "--top", "memory"}, Line{"history", "--at", "14:32", "--top", "cpu"},
+        Line{"history", "--at", "14:32", "--range", "7d"}}) {
+    EXPECT_EQ(run(line), exitUsage);
+    EXPECT_THAT(err, HasSubstr("can't be combined"));
+  }
+  const Line lines[] = {
+      {"history", "cpu"}, {"history", "--top", "cpu", "--limit", "0"}, {"history", "--at", "14:32"}};
+  for (const auto& line : lines) EXPECT_EQ(run(line), exitOK) << "there is no file";
+  folder.write("data/history.sqlite", std::string(3000, 'x'));
+  for (const auto& line : lines) {
+    EXPECT_EQ(run(line), exitFailed);
+    EXPECT_THAT(err, HasSubstr(host.folders.data + "/history.sqlite"));
+  }
+  std::filesystem::remove(folder / "data/history.sqlite");
+  {
+    HistoryDatabase keeper(folder / "data/history.sqlite", HistoryAccess::keeper);
+    ASSERT_TRUE(keeper.ensureOpen(clock.now()));
+    HistoryMinute minute{
+        .ts = std::int64_t(clock.now().sinceEpoch) / 60 * 60, .system = {}, .score = {}, .apps = {}};
+    for (int i = 0; i < 20; ++i)
+      minute.apps.push_back({.id = "a" + std::to_string(i),
+                             .name = "App" + std::to_string(i),
+                             .path = {},
+                             .values = {1.0 + i}});
+    ASSERT_TRUE(keeper.write(minute));
+  }
+  for (const auto& line : {Line{"history", "--top", "cpu"}, Line{"history", "--at", rfc3339(clock.now())}})
+    for (const auto& [limit, last] : {std::pair{"0", true}, std::pair{"15", false}}) {
+      auto limited = line;
+      limited.insert(limited.end(), {"--limit", limit});
+      EXPECT_EQ(run(limited), exitOK) << err;
+      EXPECT_EQ(out.find("App0 ") != std::string::npos, last) << out;
+    }
 }
 
 } // namespace

@@ -40,20 +40,21 @@ TEST(HistoryChartTests, aChartFitsAndShowsItsScale) {
   std::vector<HistoryPoint> points;
   for (int i = 0; i < 240; ++i)
     if (i < 60 || i >= 120) points.push_back({span.begin + Seconds{i * 180.0}, i < 60 ? 0.0 : i - 119.0});
+  const SeriesSummary summary{0, 41, 180}; // a minute's peak lies above every bucket
   for (int width : {24, 40, 80, 120}) {
     const Terminal terminal(sink, width);
-    const auto lines = chartLines(terminal, Metric::cpu, points, span, zone, width);
+    const auto lines = chartLines(terminal, Metric::cpu, points, summary, span, zone, width);
     ASSERT_EQ(lines.size(), 11u);
     for (std::size_t i = 0; i + 1 < lines.size(); ++i) EXPECT_LE(inkedWidth(lines[i]), width) << lines[i];
   }
-  const auto lines = chartLines(Terminal(sink, 38), Metric::cpu, points, span, zone, 38);
+  const auto lines = chartLines(Terminal(sink, 38), Metric::cpu, points, summary, span, zone, 38);
   EXPECT_EQ(lines, (std::vector<std::string>{
                        "120% ┤                              ▂▆", "     │                            ▂▆██",
                        "     │                          ▂▆████", "     │                        ▂▆██████",
                        " 60% ┤                      ▂▆████████", "     │                    ▂▆██████████",
                        "     │                  ▂▆████████████", "     │▁▁▁▁▁▁▁▁        ▂▆██████████████",
                        "  0% └────────────────────────────────", "      01:00 04:00   07:00        13:00",
-                       "minimum 0% · mean 40% · maximum 120%"}));
+                       "minimum 0% · mean 41% · maximum 180%"}));
 }
 
 TEST(TimeArgumentTests, timesAreReadAsPeopleTypeThem) {

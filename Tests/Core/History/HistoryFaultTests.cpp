@@ -37,6 +37,7 @@ TEST_F(HistoryFaultTests, whatIsNoHistoryIsKeptAsideAndANewOneBegun) {
     SCOPED_TRACE(what);
     for (const auto& name : filesLike("history")) std::filesystem::remove(folder / name);
     std::ofstream(folder / "history.sqlite", std::ios::binary) << content;
+    EXPECT_FALSE(open(HistoryAccess::reader)->isReadable());
     store = open();
     record(6000, 10);
     record(6060, 10);
@@ -115,6 +116,7 @@ TEST_F(HistoryFaultTests, aDatabaseThatCannotBeOpenedIsTriedAgain) {
   EXPECT_TRUE(store->series(Metric::cpu, HistoryRange::d30).empty());
   EXPECT_TRUE(store->topApps(Metric::cpu, HistoryRange::d30, 3).empty());
   EXPECT_EQ(store->averageScore(start), std::nullopt);
+  EXPECT_FALSE(open(HistoryAccess::reader)->isReadable());
   EXPECT_EQ(store->totalBytes("network", start), 0);
   disk.openError = SQLITE_OK;
   record(120, 3);

@@ -62,6 +62,9 @@ TEST_F(HistoryStoreTests, queriesAnswerFromTheirRange) {
   ASSERT_EQ(series.size(), 2u);
   EXPECT_EQ(series[0], (HistoryPoint{Date{1'772'365'320}, 80})); // buckets of three minutes
   EXPECT_EQ(series[1], (HistoryPoint{start, 30}));
+  EXPECT_EQ(store->summary(Metric::cpu, HistoryRange::h12), (SeriesSummary{10, 42.5, 80}))
+      << "of the minutes";
+  EXPECT_EQ(store->summary(Metric::cpu, HistoryRange::live), (SeriesSummary{10, 30, 60}));
 
   const auto minute = store->minute(start + Seconds{70});
   ASSERT_TRUE(minute);
@@ -154,12 +157,15 @@ TEST_F(HistoryStoreTests, aReaderChangesNothing) {
   store = open(HistoryAccess::reader);
   record(1e7, 50);
   EXPECT_EQ(store->average(Metric::cpu, start, 0), 10);
+  EXPECT_EQ(store->summary(Metric::cpu, HistoryRange::h12), std::nullopt);
+  EXPECT_TRUE(store->isReadable());
   store.reset();
   EXPECT_EQ(content(), before);
 
   std::filesystem::remove(folder / "history.sqlite");
   store = open(HistoryAccess::reader);
   EXPECT_EQ(store->average(Metric::cpu, start, 0), 0);
+  EXPECT_TRUE(store->isReadable()) << "nothing was recorded, that is all";
   EXPECT_FALSE(std::filesystem::exists(folder / "history.sqlite"));
 }
 
