@@ -9,6 +9,7 @@
 #include "Tool/HistoryChart.h"
 #include "Tool/Table.h"
 #include "Tool/TimeArgument.h"
+#include "Tool/UnreadableHistory.h"
 #include "Tool/Wrap.h"
 
 #include <algorithm>
@@ -25,10 +26,8 @@ constexpr Seconds liveCover{12};
 
 struct Recorded {
   explicit Recorded(Context& context)
-      : path(context.host.folders.data + "/" + std::string(HistoryStore::fileName)),
-        store(systemQueueFactory(), context.clock, context.host.folders.data, HistoryAccess::reader),
+      : store(systemQueueFactory(), context.clock, context.host.folders.data, HistoryAccess::reader),
         zone(*context.host.zone) {}
-  std::string path;
   HistoryStore store;
   const TimeZone& zone;
 };
@@ -53,11 +52,6 @@ int limitOf(const Arguments& arguments) {
   constexpr std::int64_t all = std::numeric_limits<int>::max();
   const auto limit = arguments.number("--limit").value_or(defaultLimit);
   return int(limit == 0 ? all : std::min(limit, all));
-}
-
-int failUnreadable(Context& context, const Recorded& recorded) {
-  return fail(context,
-              localized("the history can't be read: {path}", {{"path", escapedControls(recorded.path)}}));
 }
 
 int nothingRecorded(Context& context, std::string_view what) {
@@ -106,7 +100,7 @@ int showSeries(Context& context, const Arguments& arguments, Metric metric) {
   Recorded recorded(context);
   const auto range = rangeOf(arguments);
   const auto series = seriesOf(context, recorded, metric, range);
-  if (!series.isReadable) return failUnreadable(context, recorded);
+  if (!series.isReadable) return failUnreadableHistory(context);
   const auto& summary = series.summary;
   if (arguments.flag("--json")) {
     Value value = Value::object(
@@ -134,7 +128,7 @@ int showTop(Context& context, const Arguments& arguments, Metric metric) {
   Recorded recorded(context);
   const auto range = rangeOf(arguments);
   const auto apps = recorded.store.topApps(metric, range, limitOf(arguments));
-  if (!recorded.store.isReadable()) return failUnreadable(context, recorded);
+  if (!recorded.store.isReadable()) return failUnreadableHistory(context);
   if (arguments.flag("--json")) {
     printJSON(
         context.out,
@@ -231,7 +225,7 @@ int showMinute(Context& context, const Arguments& arguments, const std::string& 
                           {{"text", escapedControls(text)}}),
                 exitUsage);
   const auto minute = recorded.store.minute(*at);
-  if (!recorded.store.isReadable()) return failUnreadable(context, recorded);
+  if (!recorded.store.isReadable()) return failUnreadableHistory(context);
   if (arguments.flag("--json")) {
     printJSON(context.out,
               minute ? minuteValue(*minute) : Value::object({{"date", *at}, {"apps", Value::array()}}));

@@ -3,6 +3,7 @@
 #include "Base/SystemQueue.h"
 #include "Core/Health/WeeklyReport.h"
 #include "Tool/Commands.h"
+#include "Tool/UnreadableHistory.h"
 #include "Tool/Wrap.h"
 
 namespace korvell {
@@ -13,6 +14,7 @@ int printReport(Context& context, const Arguments& arguments) {
   HistoryStore history(systemQueueFactory(), context.clock, context.host.folders.data, HistoryAccess::reader);
   const auto& defaults = *context.host.defaults;
   const auto report = WeeklyReport::make(history, defaults, context.clock.now());
+  if (!history.isReadable()) return failUnreadableHistory(context);
   if (arguments.flag("--json")) {
     Value value = Value::object({{"enabled", WeeklyReport::isEnabled(defaults)}});
     if (report) value.set("title", report->title).set("body", report->body);

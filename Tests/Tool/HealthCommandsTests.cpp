@@ -154,6 +154,9 @@ TEST_F(HealthCommandsTests, theReportReadsTheHistoryAndSendsNothing) {
   EXPECT_THAT(out, HasSubstr("No health score was recorded"));
   EXPECT_TRUE(static_cast<FakeUserDefaults&>(*host.defaults).changed.empty());
   EXPECT_FALSE(std::filesystem::exists(host.folders.data + "/history.sqlite"));
+  std::filesystem::create_directories(host.folders.data);
+  std::ofstream(host.folders.data + "/history.sqlite") << std::string(9'000, 'x');
+  EXPECT_EQ(run({"report"}), exitFailed) << "not a week without a score";
 }
 
 TEST_F(HealthCommandsTests, historyTellsNothingRecordedFromUnreadable) {
