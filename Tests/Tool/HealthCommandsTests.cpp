@@ -154,9 +154,6 @@ TEST_F(HealthCommandsTests, theReportReadsTheHistoryAndSendsNothing) {
   EXPECT_THAT(out, HasSubstr("No health score was recorded"));
   EXPECT_TRUE(static_cast<FakeUserDefaults&>(*host.defaults).changed.empty());
   EXPECT_FALSE(std::filesystem::exists(host.folders.data + "/history.sqlite"));
-  std::filesystem::create_directories(host.folders.data);
-  std::ofstream(host.folders.data + "/history.sqlite") << std::string(9'000, 'x');
-  EXPECT_EQ(run({"report"}), exitFailed) << "not a week without a score";
 }
 
 TEST_F(HealthCommandsTests, historyTellsNothingRecordedFromUnreadable) {
@@ -168,8 +165,10 @@ TEST_F(HealthCommandsTests, historyTellsNothingRecordedFromUnreadable) {
     EXPECT_EQ(run(line), exitUsage);
     EXPECT_THAT(err, HasSubstr("can't be combined"));
   }
-  const Line lines[] = {
-      {"history", "cpu"}, {"history", "--top", "cpu", "--limit", "0"}, {"history", "--at", "14:32"}};
+  const Line lines[] = {{"history", "cpu"},
+                        {"history", "--top", "cpu", "--limit", "0"},
+                        {"history", "--at", "14:32"},
+                        {"report"}};
   for (const auto& line : lines) EXPECT_EQ(run(line), exitOK) << "there is no file";
   folder.write("data/history.sqlite", std::string(3000, 'x'));
   for (const auto& line : lines) {
