@@ -133,6 +133,8 @@ JSON toJSON(const Value& value) {
 } // namespace
 
 std::optional<Value> parseJSON(std::string_view text) {
+  // The library takes the first NUL for the end of the text, whatever follows.
+  if (text.find('\0') != std::string_view::npos) return std::nullopt;
   // The callback sees every value before it is built: a document that nests too deep is given up there.
   bool tooDeep = false;
   const auto limit = [&tooDeep](int depth, JSON::parse_event_t event, JSON&) {

@@ -59,6 +59,7 @@ TEST(JSON, refusesWhatIsMalformed) {
   for (const char* text : {"", " ", "{", "[1,]", "{\"a\":1,}", "{'a':1}", "01", "NaN", "tru", "[1]x", "{}{}",
                            "\"a", "\"\\ud800\"", "\"\xFF\"", "\"\xC0\xAF\"", "// a comment\n1", "1e999"})
     EXPECT_FALSE(parseJSON(text)) << text;
+  EXPECT_FALSE(parseJSON(std::string_view("{}\0x", 4))) << "a NUL ends nothing";
 }
 
 TEST(JSON, depthIsLimitedBeforeAnythingIsBuilt) {
