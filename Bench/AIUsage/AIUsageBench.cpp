@@ -105,6 +105,7 @@ std::size_t listAndStat(const std::string& folder) {
 void benchFirstScan(const std::string& self, const std::string& home) {
   // In a program of its own: a child's peak memory is never less than its parent's at its start.
   runProgram({self, "--generate", home, "1", "1000000000", "400"});
+  sync(); // else the kernel would still be writing in the first rounds
   std::vector<std::string> cat = {"cat"};
   std::uintmax_t bytes = 0;
   for (const auto& entry : fs::recursive_directory_iterator(home))
