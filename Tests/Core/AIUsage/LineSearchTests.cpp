@@ -7,6 +7,8 @@
 namespace korvell {
 namespace {
 
+constexpr std::size_t vectors[] = {16, 32, 64};
+
 // Texts over three letters agree with the needles' anchors all the time.
 TEST(LineSearchTests, findsWhatAPlainSearchFinds) {
   std::mt19937 random(7);
@@ -17,8 +19,9 @@ TEST(LineSearchTests, findsWhatAPlainSearchFinds) {
     for (auto& c : text) c = char('a' + (random() % 8 == 0 ? random() % 3 : 0));
     for (const auto& needle : needles) {
       const auto expected = text.find(needle.text);
-      const auto found = findWithSIMD(needle, text);
-      ASSERT_EQ(found.value_or(std::string::npos), expected) << needle.text << " in " << text;
+      for (const auto vector : vectors)
+        ASSERT_EQ(findWithSIMD(needle, text, vector).value_or(std::string::npos), expected)
+            << needle.text << " in " << text << " with vectors of " << vector;
     }
     if (!text.empty()) text[random() % text.size()] = '\n';
     ASSERT_EQ(lastLineFeed(text).value_or(std::string::npos), text.rfind('\n')) << text;
@@ -32,8 +35,10 @@ TEST(LineSearchTests, everyNeedleIsFoundAtEveryPlace) {
       for (const std::size_t after : {0, 1, 15, 64}) {
         const std::string text =
             std::string(before, '"') + std::string(needle.text) + std::string(after, '"');
-        EXPECT_EQ(findWithSIMD(needle, text), before) << needle.text;
-        EXPECT_FALSE(findWithSIMD(needle, std::string_view(text).substr(before + 1))) << needle.text;
+        for (const auto vector : vectors) {
+          EXPECT_EQ(findWithSIMD(needle, text, vector), before) << needle.text;
+          EXPECT_FALSE(findWithSIMD(needle, std::string_view(text).substr(before + 1), vector));
+        }
       }
 }
 
