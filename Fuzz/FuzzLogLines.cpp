@@ -1,7 +1,8 @@
-// Any bytes as log lines of both tools: blocks of lines give what the single lines give, and what the strict
-// decoder takes is JSON for the other reader too.
+// Any bytes as log lines of both tools: blocks of lines give what the single lines give, and lines are
+// well-formed for the scanner where they are for the other reader of JSON.
 
 #include "Base/Value.h"
+#include "Core/AIUsage/JSONTokens.h"
 #include "Core/AIUsage/LineRules.h"
 #include "Fuzz/Expect.h"
 
@@ -15,9 +16,22 @@ struct Greenwich final : TimeZone {
   int secondsFromGMT(std::int64_t) const override { return 0; }
 } const zone;
 
-/// The other reader refuses what nests deeper than 512.
-bool mayBeDeep(std::string_view line) {
-  return std::count_if(line.begin(), line.end(), [](char c) { return c == '[' || c == '{'; }) > 512;
+/// The other reader refuses what nests deeper than 512, and numbers beyond all types.
+bool mayBeTooMuch(std::string_view line) {
+  std::size_t digits = 0, mostDigits = 0, exponents = 0, open = 0;
+  for (const char c : line) {
+    digits = '0' <= c && c <= '9' ? digits + 1 : 0;
+    mostDigits = std::max(mostDigits, digits);
+    exponents += c == 'e' || c == 'E';
+    open += c == '[' || c == '{';
+  }
+  return open > 512 || mostDigits > 300 || (exponents > 0 && mostDigits > 2);
+}
+
+void compareReaders(JSONTokens& tokens, std::string_view line) {
+  if (mayBeTooMuch(line)) return;
+  const bool wellFormed = tokens.begin(line) && tokens.skip() && tokens.atEnd();
+  expect(wellFormed == parseJSON(line).has_value());
 }
 
 constexpr std::int64_t sane = std::int64_t{1} << 60;
@@ -36,19 +50,20 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
   std::string padded(reinterpret_cast<const char*>(data), size);
   padded += '\n';
   const std::size_t length = padded.size();
-  padded.append(LineDecoder::padding, 'x');
+  padded.append(JSONTokens::padding, 'x');
   const std::string_view block = std::string_view(padded).substr(0, length);
 
   LineTools tools(zone, "/home/ann"), lineTools(zone, "/home/ann");
   EventBatch single, whole;
   FileState singleFile, wholeFile;
   LineDecoder decoder;
+  JSONTokens tokens;
   ClaudeLines singleClaude(lineTools, single), wholeClaude(tools, whole);
   CodexLines singleCodex(lineTools, single, singleFile), wholeCodex(tools, whole, wholeFile);
   for (std::size_t begin = 0; begin < length;) {
     const auto end = block.find('\n', begin);
     const auto line = block.substr(begin, end - begin);
-    if (decoder.claude(line)) expect(parseJSON(line).has_value() || mayBeDeep(line));
+    compareReaders(tokens, line);
     if (const auto decoded = decoder.codex(line); decoded && endsTheProcess(*decoded)) return 0;
     begin = end + 1;
   }

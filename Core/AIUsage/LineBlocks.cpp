@@ -1,7 +1,7 @@
 #include "Core/AIUsage/LineBlocks.h"
 
+#include "Core/AIUsage/JSONTokens.h"
 #include "Core/AIUsage/LineSearch.h"
-#include "Core/AIUsage/LogLines.h"
 
 #include <algorithm>
 #include <cstring>
@@ -9,11 +9,11 @@
 namespace korvell {
 
 bool BlockBuffer::resize(std::size_t capacity) {
-  auto* grown = static_cast<char*>(std::realloc(bytes_.get(), capacity + LineDecoder::padding));
+  auto* grown = static_cast<char*>(std::realloc(bytes_.get(), capacity + JSONTokens::padding));
   if (!grown) return false;
   (void)bytes_.release();
   bytes_.reset(grown);
-  std::memset(grown + capacity, 0, LineDecoder::padding);
+  std::memset(grown + capacity, 0, JSONTokens::padding);
   capacity_ = capacity;
   return true;
 }

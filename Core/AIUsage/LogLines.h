@@ -7,9 +7,9 @@
 // bits. Nesting deeper than 1,024 is refused.
 
 #include "Base/Record.h"
+#include "Core/AIUsage/JSONTokens.h"
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string_view>
 
@@ -118,23 +118,14 @@ struct CodexLine {
 /// Decodes one line at a time; the texts of a result live until the next call. Not for several threads.
 class LineDecoder {
 public:
-  /// Bytes behind a line that must be readable; what they hold does not matter.
-  static const std::size_t padding;
-
-  LineDecoder();
-  ~LineDecoder();
-  LineDecoder(const LineDecoder&) = delete;
-  LineDecoder& operator=(const LineDecoder&) = delete;
-
   std::optional<ClaudeLine> claude(std::string_view line);
   std::optional<CodexLine> codex(std::string_view line);
 
 private:
-  struct Parser;
   template <class Line>
   std::optional<Line> decode(std::string_view line);
 
-  std::unique_ptr<Parser> parser_;
+  JSONTokens json_;
 };
 
 } // namespace korvell

@@ -12,7 +12,7 @@ namespace korvell {
 class PaddedLine {
 public:
   explicit PaddedLine(std::string_view line) : size_(line.size()), bytes_(line) {
-    bytes_.append(LineDecoder::padding, 'x');
+    bytes_.append(JSONTokens::padding, 'x');
   }
   operator std::string_view() const { return std::string_view(bytes_).substr(0, size_); }
 

@@ -1,0 +1,98 @@
+#pragma once
+// One line of JSON, token by token, and no byte of it unchecked.
+//
+// The library's first pass finds where tokens begin and sees to UTF-8, closed texts and control characters;
+// its own later passes either build a tree of values, and copy and unescape every text for that, or leave
+// what nobody asks for unchecked. Here the grammar is checked along the way and texts stay where they are.
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace korvell {
+
+class JSONTokens {
+public:
+  /// Bytes behind a line that must be readable; what they hold does not matter.
+  static const std::size_t padding;
+
+  JSONTokens();
+  ~JSONTokens();
+  JSONTokens(const JSONTokens&) = delete;
+  JSONTokens& operator=(const JSONTokens&) = delete;
+
+  /// Begins a line; false when it is malformed in a way that tokens don't show. Texts of the line before
+  /// die with it.
+  bool begin(std::string_view line);
+  bool atEnd() const { return next_ == end_; }
+
+  // Each reads the value that is next and goes behind it; false when it is another one or malformed, and the
+  // rest of the line is then of no use.
+  bool null() { return peek() == 'n' && isNull(); } ///< when false, any other value may still be read
+  bool text(std::string_view& result);              ///< lives until the next line begins
+  bool integer(std::int64_t& result);               ///< written without a fraction or an exponent
+  bool number(double& result);                      ///< finite
+  /// Calls `member` with every name; it reads the value and tells whether that was good.
+  template <class Member>
+  bool object(Member&& member);
+  bool skip(); ///< any value, numbers beyond all types included
+
+private:
+  static constexpr int deepest = 1'024;
+
+  struct Library;
+  static bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+  /// The next token's first byte.
+  char peek() const { return next_ < end_ ? line_[*next_] : '\0'; }
+  /// The next one, whole, with its quotes. Where the line ends, nothing.
+  std::string_view token() const {
+    if (atEnd()) return {};
+    const char* const begin = line_.data() + *next_;
+    const char* end = line_.data() + next_[1];
+    while (isSpace(end[-1])) --end; // stops at the token's first byte, which is none
+    return {begin, std::size_t(end - begin)};
+  }
+  bool take(char c) {
+    if (peek() != c) return false;
+    ++next_;
+    return true;
+  }
+  /// As it is written where no escape in it can stand for a letter.
+  bool name(std::string_view& result) {
+    if (peek() != '"') return false;
+    result = token();
+    ++next_;
+    if (rareEscapes_) return unescape(result);
+    result = result.substr(1, result.size() - 2);
+    return true;
+  }
+  bool unescape(std::string_view& text); ///< takes its quotes away, too
+  bool isNull();
+  bool array();
+
+  std::unique_ptr<Library> library_;
+  std::string_view line_;
+  const std::uint32_t *next_ = nullptr, *end_ = nullptr; ///< where tokens begin; at the end the line's size
+  int depth_ = 0;
+  bool rareEscapes_ = false;      ///< somewhere in the line
+  std::deque<std::string> texts_; ///< without their escapes
+};
+
+template <class Member>
+bool JSONTokens::object(Member&& member) {
+  if (!take('{') || ++depth_ > deepest) return false;
+  if (!take('}')) {
+    do {
+      std::string_view called;
+      if (!name(called) || !take(':') || !member(called)) return false;
+    } while (take(','));
+    if (!take('}')) return false;
+  }
+  --depth_;
+  return true;
+}
+
+} // namespace korvell
