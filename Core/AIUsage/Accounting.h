@@ -8,24 +8,30 @@
 
 namespace korvell {
 
-/// Which messages were counted, in this scan and before. New keys gather in memory and go to the database
-/// sorted, which costs it a fraction of what it takes to insert them one by one in the order of a hash.
+/// Which messages were counted, in this scan and before. New keys stay in memory, where they are looked up,
+/// and go to the database in sorted portions: that costs it a fraction of what it takes to insert them one by
+/// one in the order of a hash, and while one thread does it, others go on reading.
 class SeenKeys {
 public:
   SeenKeys(UsageDatabase& database, std::string scanDay);
   /// True once for each key.
   bool isFirstSighting(std::uint64_t key);
+  /// Writes what is not yet written.
   void flush();
+  /// Fetches what isFirstSighting() will look at: most of it is too far away to wait for.
+  void prepare(std::uint64_t key) const;
 
 private:
   bool insert(std::uint64_t key);
+  void makeRoom();
 
   UsageDatabase& database_;
   std::string scanDay_;
-  bool anyStored_;
+  bool anyStored_;                   ///< the database holds keys that are not in the table
   std::vector<std::uint64_t> slots_; ///< open addressing; 0 is free
   std::size_t used_ = 0;
   bool zeroSeen_ = false;
+  std::vector<std::int64_t> unwritten_;
 };
 
 class Accounting {
@@ -46,15 +52,15 @@ public:
   const std::map<std::string, FileState>& states() const { return states_; }
 
 private:
-  void add(const BucketView& bucket, const Counts& counts);
+  void add(const Bucket& bucket, const Counts& counts);
   void flushUsage();
 
   UsageDatabase& database_;
   SeenKeys seen_;
   std::optional<AICodexLimits> limits_, storedLimits_;
   std::map<std::string, FileState> states_;
-  std::unordered_map<Bucket, Counts, BucketHash, std::equal_to<>> pending_;
-  std::size_t pendingBytes_ = 0;
+  StringPool models_, projects_;
+  std::unordered_map<Bucket, Counts, BucketHash> pending_;
   std::int64_t records_ = 0;
 };
 

@@ -32,33 +32,21 @@ std::optional<std::string_view> quotedAfter(const Needle& needle, std::string_vi
 
 } // namespace
 
-const std::string* StringPool::intern(std::string_view text) {
-  if (last_ && *last_ == text) return last_;
-  auto found = texts_.find(text);
-  if (found == texts_.end()) {
-    found = texts_.emplace(text).first;
-    bytes_ += text.size() + sizeof(std::string);
-  }
-  return last_ = &*found;
-}
-
-void StringPool::clear() {
-  texts_.clear();
-  last_ = nullptr;
-  bytes_ = 0;
-}
-
 void EventBatch::clear() {
   events.clear();
   limits.reset();
-  texts.clear();
+  models.clear();
+  projects.clear();
 }
 
-std::optional<std::uint64_t> messageKey(std::string_view line) {
+std::optional<std::uint64_t> MessageKeys::key(std::string_view line) {
   const auto message = quotedAfter(messageIDNeedle, line);
   if (!message) return std::nullopt;
-  const auto request = quotedAfter(requestIDNeedle, line);
-  return fnv1a(request.value_or(""), fnv1a(":", fnv1a(*message, fnv1a("msg_"))));
+  const auto request = quotedAfter(requestIDNeedle, line).value_or("");
+  if (last_ && *message == message_ && request == request_) return last_;
+  message_ = *message;
+  request_ = request;
+  return last_ = fnv1a(request, fnv1a(":", fnv1a(*message, fnv1a("msg_"))));
 }
 
 void ClaudeLines::lines(std::string_view lines) {
@@ -73,7 +61,7 @@ bool ClaudeLines::line(std::string_view line) {
 bool ClaudeLines::candidate(std::string_view line, std::size_t usage) {
   // The line's own type is written behind its message, whose text is most of the line.
   if (!contains(line.substr(usage), assistantNeedle) && !contains(line, assistantNeedle)) return false;
-  const auto key = messageKey(line);
+  const auto key = messageKeys_.key(line);
   if (key && tools_.keys.contains(*key)) return false;
   if (key) tools_.keys.add(*key);
   if (decodedLine(line, key)) return true;
@@ -97,9 +85,9 @@ bool ClaudeLines::decodedLine(std::string_view raw, std::optional<std::uint64_t>
       project_ = projectName(cwd_, "", tools_.home);
     }
     event.namesProject = true;
-    event.project = batch_.texts.intern(project_);
+    event.project = batch_.projects.intern(project_);
   }
-  event.model = batch_.texts.intern(normalizedModel(*model));
+  event.model = batch_.models.intern(normalizedModel(*model));
   const auto writes = usage->cache_creation_input_tokens.value_or(0);
   const auto hourWrites =
       usage->cache_creation ? usage->cache_creation->ephemeral_1h_input_tokens.value_or(0) : 0;
@@ -154,8 +142,8 @@ bool CodexLines::tokenCount(const CodexLine& line) {
   const auto cached = last.cached_input_tokens.value_or(0);
   const auto input = subtractTokens(last.input_tokens.value_or(0), cached);
   batch_.events.push_back({.day = tools_.days.day(*instant),
-                           .model = batch_.texts.intern(file_.model),
-                           .project = batch_.texts.intern(file_.project.empty() ? "Home" : file_.project),
+                           .model = batch_.models.intern(file_.model),
+                           .project = batch_.projects.intern(file_.project.empty() ? "Home" : file_.project),
                            .counts = {.input = std::max<std::int64_t>(input, 0),
                                       .output = last.output_tokens.value_or(0),
                                       .cacheWrite = last.cache_write_input_tokens.value_or(0),

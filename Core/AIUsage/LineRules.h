@@ -13,27 +13,9 @@
 
 #include <array>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 namespace korvell {
-
-/// Texts kept once, at addresses that stay.
-class StringPool {
-public:
-  const std::string* intern(std::string_view text);
-  std::size_t bytes() const { return bytes_; }
-  void clear();
-
-private:
-  struct Hash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
-  };
-  std::unordered_set<std::string, Hash, std::equal_to<>> texts_;
-  const std::string* last_ = nullptr;
-  std::size_t bytes_ = 0;
-};
 
 struct UsageEvent {
   std::optional<std::uint64_t> key; ///< of the message; absent where nothing tells it from others
@@ -45,13 +27,13 @@ struct UsageEvent {
   Counts counts;
 };
 
-/// Part of a file's events, in order. Its texts live as long as its pool.
+/// Part of a file's events, in order. Their texts live as long as it.
 struct EventBatch {
   std::vector<UsageEvent> events;
   std::optional<AICodexLimits> limits; ///< the newest reading
-  StringPool texts;
+  StringPool models, projects;
 
-  std::size_t bytes() const { return events.size() * sizeof(UsageEvent) + texts.bytes(); }
+  std::size_t bytes() const { return events.size() * sizeof(UsageEvent) + models.bytes() + projects.bytes(); }
   void clear();
 };
 
@@ -63,6 +45,18 @@ public:
 
 private:
   std::array<std::uint64_t, 8'192> slots_{};
+};
+
+/// The keys of Claude Code lines, each of a message and its request, cut out of the raw bytes.
+class MessageKeys {
+public:
+  /// Nothing without an id.
+  std::optional<std::uint64_t> key(std::string_view line);
+
+private:
+  // A message's parts are lines that follow each other: most keys are the one before.
+  std::string message_, request_;
+  std::optional<std::uint64_t> last_;
 };
 
 /// What one thread needs to work on lines.
@@ -80,7 +74,7 @@ class ClaudeLines {
 public:
   ClaudeLines(LineTools& tools, EventBatch& batch) : tools_(tools), batch_(batch) {}
 
-  /// One line without its line feed, LineDecoder::padding readable bytes behind it. True when an event that
+  /// One line without its line feed, JSONTokens::padding readable bytes behind it. True when an event that
   /// counts was added.
   bool line(std::string_view line);
   /// Whole lines, each with its line feed: the same as line() for each of them.
@@ -93,6 +87,7 @@ private:
 
   LineTools& tools_;
   EventBatch& batch_;
+  MessageKeys messageKeys_;
   std::string cwd_;
   std::string project_; ///< of cwd_
 };
@@ -116,8 +111,5 @@ private:
   EventBatch& batch_;
   FileState& file_;
 };
-
-/// The key of a Claude Code line's message and request, cut out of the raw bytes; nothing without an id.
-std::optional<std::uint64_t> messageKey(std::string_view line);
 
 } // namespace korvell

@@ -51,8 +51,8 @@ Counts countsFrom(const Statement& row, int column) {
 void bindKey(Statement& statement, const std::string& day, const Bucket& bucket) {
   statement.bind(1, day);
   statement.bind(2, rawValue(bucket.tool));
-  statement.bind(3, bucket.model);
-  statement.bind(4, bucket.project);
+  statement.bind(3, *bucket.model);
+  statement.bind(4, *bucket.project);
 }
 
 } // namespace
@@ -107,7 +107,7 @@ bool UsageDatabase::ensureTables() {
   if (problem_ != Problem::none) return false;
   // Write-ahead logging lets summaries read during a scan. A power cut may take the last scan, with its
   // offsets, and the next one repeats it from the logs: no need to wait for the disk.
-  db_.exec("PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL");
+  db_.exec("PRAGMA synchronous=NORMAL; PRAGMA journal_mode=WAL");
   ready_ = execute(schemaScript) && prepareAll();
   return ready_;
 }

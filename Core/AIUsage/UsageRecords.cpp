@@ -33,10 +33,26 @@ std::int64_t Counts::total() const {
   return addTokens(addTokens(addTokens(input, output), cacheWrite), cacheRead);
 }
 
-std::size_t BucketHash::operator()(const BucketView& bucket) const {
-  std::size_t seed = std::hash<std::int64_t>{}(bucket.day.number * 2 + (bucket.tool == AITool::codex));
-  seed = hashCombine(seed, std::hash<std::string_view>{}(bucket.model));
-  return hashCombine(seed, std::hash<std::string_view>{}(bucket.project));
+const std::string* StringPool::intern(std::string_view text) {
+  if (last_ && *last_ == text) return last_;
+  auto found = texts_.find(text);
+  if (found == texts_.end()) {
+    found = texts_.emplace(text).first;
+    bytes_ += text.size() + sizeof(std::string);
+  }
+  return last_ = &*found;
+}
+
+void StringPool::clear() {
+  texts_.clear();
+  last_ = nullptr;
+  bytes_ = 0;
+}
+
+std::size_t BucketHash::operator()(const Bucket& bucket) const {
+  const std::hash<const void*> hash;
+  const auto day = std::size_t(bucket.day.number * 2 + (bucket.tool == AITool::codex));
+  return hashCombine(hashCombine(day, hash(bucket.model)), hash(bucket.project));
 }
 
 } // namespace korvell

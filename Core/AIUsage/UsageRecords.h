@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 
 namespace korvell {
 
@@ -27,32 +28,35 @@ struct Counts {
   std::int64_t total() const;
 };
 
-/// Which row of the usage table, in somebody else's texts.
-struct BucketView {
-  CalendarDay day; ///< local
-  AITool tool = AITool::claude;
-  std::string_view model;
-  std::string_view project;
+/// Texts kept once, at addresses that stay: equal ones of a pool have the same.
+class StringPool {
+public:
+  const std::string* intern(std::string_view text);
+  std::size_t bytes() const { return bytes_; }
+  void clear();
 
-  bool operator==(const BucketView&) const = default;
+private:
+  struct Hash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
+  };
+  std::unordered_set<std::string, Hash, std::equal_to<>> texts_;
+  const std::string* last_ = nullptr;
+  std::size_t bytes_ = 0;
 };
 
-/// One row of the usage table.
+/// One row of the usage table. Its texts are a pool's, and compared by their addresses.
 struct Bucket {
   CalendarDay day; ///< local
   AITool tool = AITool::claude;
-  std::string model;
-  std::string project;
+  const std::string* model;
+  const std::string* project;
 
-  explicit Bucket(const BucketView& view)
-      : day(view.day), tool(view.tool), model(view.model), project(view.project) {}
-  operator BucketView() const { return {day, tool, model, project}; }
   bool operator==(const Bucket&) const = default;
 };
 
 struct BucketHash {
-  using is_transparent = void;
-  std::size_t operator()(const BucketView& bucket) const;
+  std::size_t operator()(const Bucket& bucket) const;
 };
 
 /// How far a log file is read, and what later lines need to know of earlier ones.

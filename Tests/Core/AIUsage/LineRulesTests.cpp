@@ -107,11 +107,12 @@ TEST(ClaudeLineTests, anythingThatIsNoCountedMessageIsSkipped) {
 }
 
 TEST(ClaudeLineTests, theKeyIsMessageAndRequestAndSpentByTheFirstLine) {
-  EXPECT_EQ(messageKey(R"({"id":"msg_a","requestId":"r"})"), fnv1a("msg_a:r"));
-  EXPECT_EQ(messageKey(R"({"id":"msg_a"})"), fnv1a("msg_a:"));
-  EXPECT_EQ(messageKey(R"({"id":"msg_a","requestId":"r)"), fnv1a("msg_a:"));
-  EXPECT_EQ(messageKey(R"({"id":"msg_a)"), std::nullopt);
-  EXPECT_EQ(messageKey(R"({"id":"chat_a","requestId":"r"})"), std::nullopt);
+  MessageKeys keys;
+  EXPECT_EQ(keys.key(R"({"id":"msg_a","requestId":"r"})"), fnv1a("msg_a:r"));
+  EXPECT_EQ(keys.key(R"({"id":"msg_a"})"), fnv1a("msg_a:"));
+  EXPECT_EQ(keys.key(R"({"id":"msg_a","requestId":"r)"), fnv1a("msg_a:"));
+  EXPECT_EQ(keys.key(R"({"id":"msg_a)"), std::nullopt);
+  EXPECT_EQ(keys.key(R"({"id":"chat_a","requestId":"r"})"), std::nullopt);
   EXPECT_EQ(fnv1a(""), 0xcbf29ce484222325);
   EXPECT_EQ(fnv1a("foobar"), 0x85944171f73967e8);
 
