@@ -68,7 +68,8 @@ TEST(JSONTokensTests, numbers) {
   const auto integer = [&](const char* text) {
     std::int64_t value = 0;
     const PaddedLine line(text);
-    return tokens.begin(line) && tokens.integer(value) && tokens.atEnd() ? std::optional(value) : std::nullopt;
+    return tokens.begin(line) && tokens.integer(value) && tokens.atEnd() ? std::optional(value)
+                                                                         : std::nullopt;
   };
   const auto number = [&](const char* text) {
     double value = 0;
