@@ -1,6 +1,6 @@
 #pragma once
-// What every implementation of MachineCounters owes, whatever the machine: run against the fake, the trees of
-// other machines and the machine at hand.
+// What every implementation of MachineCounters owes, whatever the machine: run against the trees of other
+// machines and the machine at hand.
 
 #include "Platform/MachineCounters.h"
 

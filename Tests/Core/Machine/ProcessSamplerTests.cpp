@@ -4,7 +4,6 @@
 #include "Tests/Fakes/FakeProcessTable.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace korvell {
 namespace {
@@ -48,50 +47,47 @@ struct ProcessSamplerTests : testing::Test {
     ADD_FAILURE() << "no process " << pid;
     return {};
   }
+  /// What the next cycle makes of process 7's counters.
+  void expectRates(ProcessCounters counters, ProcessUsage rates, const char* what) {
+    counters.pid = 7;
+    counters.footprint = 99;
+    table.add(7, "app").counters = counters;
+    rates.pid = 7;
+    rates.name = "app";
+    rates.path = "/opt/app";
+    rates.memory = 99;
+    EXPECT_EQ(process(cycle(), 7), rates) << what;
+  }
 };
 
 TEST_F(ProcessSamplerTests, countersOfTwoCyclesBecomeRates) {
-  struct Row {
+  constexpr std::uint64_t s = 1'000'000'000;
+  const ProcessCounters some{
+      .cpuTime = s, .diskRead = 10, .diskWritten = 20, .energy = s, .network = {{5, 6}}};
+  const struct {
     const char* what;
     ProcessCounters before, after;
     ProcessUsage expected;
-  };
-  const auto counters = [](std::uint64_t cpu, std::uint64_t read, std::uint64_t written, std::uint64_t energy,
-                           std::optional<ByteCounters> network) {
-    return ProcessCounters{.pid = 7,
-                           .start = 5,
-                           .cpuTime = cpu,
-                           .footprint = 99,
-                           .diskRead = read,
-                           .diskWritten = written,
-                           .energy = energy,
-                           .network = network};
-  };
-  constexpr std::uint64_t s = 1'000'000'000;
-  const Row rows[] = {
+  } rows[] = {
       {"everything advances",
-       counters(s, 10, 20, s, {{5, 6}}),
-       counters(2 * s, 210, 420, 5 * s, {{105, 206}}),
+       some,
+       {.cpuTime = 2 * s, .diskRead = 210, .diskWritten = 420, .energy = 5 * s, .network = {{105, 206}}},
        {.cpu = 50, .diskRead = 100, .diskWrite = 200, .netIn = 50, .netOut = 100, .power = 2}},
-      {"everything goes backwards", counters(s, 10, 20, s, {{5, 6}}), counters(0, 0, 0, 0, {{0, 0}}), {}},
-      {"more than all processors", counters(0, 0, 0, 0, {}), counters(100 * s, 0, 0, 0, {}), {.cpu = 400}},
-      {"500 watts are believed", counters(0, 0, 0, 0, {}), counters(0, 0, 0, 1000 * s, {}), {.power = 500}},
-      {"more is a jump", counters(0, 0, 0, 0, {}), counters(0, 0, 0, 1000 * s + 10, {}), {.power = 0}},
-      {"traffic that was not read before", counters(0, 0, 0, 0, {}), counters(0, 0, 0, 0, {{500, 500}}), {}},
-      {"traffic that is not read now", counters(0, 0, 0, 0, {{1, 1}}), counters(0, 0, 0, 0, {}), {}},
+      {"everything goes backwards", some, {.network = {{0, 0}}}, {}},
+      {"more than all processors", {}, {.cpuTime = 100 * s}, {.cpu = 400}},
+      {"500 watts are believed", {}, {.energy = 1000 * s}, {.power = 500}},
+      {"more is a jump", {}, {.energy = 1000 * s + 10}, {}},
+      {"traffic that was not read before", {}, {.network = {{500, 500}}}, {}},
+      {"a reused process id",
+       {.start = 1, .network = {{1, 1}}},
+       {.start = 2, .cpuTime = s, .network = {{9, 9}}},
+       {}},
   };
   for (const auto& row : rows) {
-    ProcessSampler fresh{{table, applications, owners, clock}, 4};
     table.processes.clear();
-    table.add(7, "app").counters = row.before;
-    const auto first = process(fresh.sample({}), 7);
-    EXPECT_EQ(first.cpu + first.diskRead + first.netIn + first.power, 0) << row.what;
-    EXPECT_EQ(first.memory, 99u) << row.what;
-    table.processes[7].counters = row.after;
-    clock.advance(Seconds{2});
-    auto expected = row.expected;
-    expected.pid = 7, expected.name = "app", expected.path = "/opt/app", expected.memory = 99;
-    EXPECT_EQ(process(fresh.sample({}), 7), expected) << row.what;
+    cycle();
+    expectRates(row.before, {}, row.what);
+    expectRates(row.after, row.expected, row.what);
   }
 }
 
@@ -106,19 +102,6 @@ TEST_F(ProcessSamplerTests, unitsOfTheTimebaseOverElapsedTime) {
   }
 }
 
-TEST_F(ProcessSamplerTests, aReusedProcessIDIsAnotherProcess) {
-  table.add(7, "app").counters.cpuTime = 1000;
-  cycle();
-  auto& reused = table.add(7, "other");
-  reused.counters.start = 71;
-  reused.counters.cpuTime = 5'000'000'000;
-  reused.counters.network = {{1000, 1000}};
-  const auto apps = cycle();
-  EXPECT_EQ(apps.at(0).id, "key:other");
-  EXPECT_EQ(process(apps, 7).cpu, 0) << "the stranger's life is no advance";
-  EXPECT_EQ(sampler.identity(7)->path(), "/opt/other");
-}
-
 TEST_F(ProcessSamplerTests, factsAreAskedOnceForAnIdentity) {
   table.add(7, "app");
   table.add(8, "young").facts.settled = false;
@@ -131,6 +114,9 @@ TEST_F(ProcessSamplerTests, factsAreAskedOnceForAnIdentity) {
   table.processes[7].counters.comm = "exec'd"; // same process, another program
   table.processes[7].facts.path = "/opt/exec'd";
   EXPECT_EQ(process(cycle(), 7).path, "/opt/exec'd");
+  table.add(7, "other").counters.start = 71; // another process by a reused id
+  EXPECT_EQ(cycle().at(0).id, "key:other");
+  EXPECT_EQ(sampler.identity(7)->path(), "/opt/other");
 }
 
 TEST_F(ProcessSamplerTests, whatIsGoneIsForgotten) {
@@ -151,29 +137,26 @@ TEST_F(ProcessSamplerTests, whatIsGoneIsForgotten) {
 TEST_F(ProcessSamplerTests, onlyWhatWasHiddenComesFromTheHelper) {
   const RusageSample answer{
       .footprint = 11, .cpuTime = 22, .diskRead = 33, .diskWritten = 44, .energy = 55, .start = 70};
-  const ProcessCounters own{.pid = 7, .start = 70, .cpuTime = 1, .footprint = 2, .diskRead = 3, .energy = 4};
-  struct Row {
+  const struct {
     const char* what;
     std::uint8_t hidden;
-    std::uint64_t start; ///< of the answer
+    std::uint64_t start; ///< our own reading
     std::uint8_t unknown;
-    std::uint64_t cpu, memory, read, energy;
-  };
-  const Row rows[] = {
-      {"disk only", hiddenDisk, 70, 0, 1, 2, 33, 4},
-      {"all but the start", 15, 70, 0, 22, 11, 33, 55},
-      {"nothing", 0, 70, 0, 1, 2, 3, 4},
-      {"an answer about another process", 15, 71, 15, 1, 2, 3, 4},
-      {"the start itself was hidden", 31, 71, 0, 22, 11, 33, 55},
+    std::vector<std::uint64_t> figures;
+  } rows[] = {
+      {"disk only", hiddenDisk, 70, 0, {1, 2, 33, 44, 4, 70}},
+      {"memory only", hiddenMemory, 70, 0, {1, 11, 3, 0, 4, 70}},
+      {"all but the start", 15, 70, 0, {22, 11, 33, 44, 55, 70}},
+      {"an answer about another process", 15, 71, 15, {1, 2, 3, 0, 4, 71}},
+      {"the start itself was hidden", 31, 0, 0, {22, 11, 33, 44, 55, 70}},
   };
   for (const auto& row : rows) {
-    auto merged = own;
-    merged.hidden = row.hidden;
-    auto sample = answer;
-    sample.start = row.start;
-    EXPECT_EQ(mergeHidden(merged, &sample), row.unknown) << row.what;
-    EXPECT_THAT((std::vector{merged.cpuTime, merged.footprint, merged.diskRead, merged.energy}),
-                ElementsAre(row.cpu, row.memory, row.read, row.energy))
+    ProcessCounters merged{
+        .start = row.start, .cpuTime = 1, .footprint = 2, .diskRead = 3, .energy = 4, .hidden = row.hidden};
+    EXPECT_EQ(mergeHidden(merged, &answer), row.unknown) << row.what;
+    EXPECT_EQ((std::vector{merged.cpuTime, merged.footprint, merged.diskRead, merged.diskWritten,
+                           merged.energy, merged.start}),
+              row.figures)
         << row.what;
   }
 }

@@ -1,27 +1,17 @@
 #include "Core/Machine/Quit.h"
-#include "Core/Machine/UsageOrder.h"
 
 #include "Tests/Fakes/FakeProcessTable.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace korvell {
 namespace {
 
 using testing::ElementsAre;
 
-AppUsage editor() {
-  return {.id = "/e.desktop",
-          .name = "Editor",
-          .bundlePath = "/e.desktop",
-          .mainPID = 10,
-          .processes = {{.pid = 10}, {.pid = 11}, {.pid = 12}}};
-}
-
 TEST(QuitTests, theMainProcessIsAskedAndForceMeansAll) {
   const StartTimes starts{{10, 100}, {11, 110}};
-  auto app = editor();
+  AppUsage app{.mainPID = 10, .processes = {{.pid = 10}, {.pid = 11}, {.pid = 12}}};
   EXPECT_THAT(quitTargets(app, starts, false, 99), ElementsAre(QuitTarget{10, 100}));
   EXPECT_THAT(quitTargets(app, starts, true, 99), ElementsAre(QuitTarget{10, 100}, QuitTarget{11, 110}))
       << "nobody whose start is unknown";
@@ -52,25 +42,6 @@ TEST(QuitTests, aReusedProcessIDGetsNoSignal) {
   EXPECT_THAT(applications.quits, ElementsAre(std::pair{13, false}));
   (void)quitProcesses({{10, 100}}, true, {table, applications, table});
   EXPECT_EQ(table.sent.back().signal, ProcessSignal::kill);
-}
-
-TEST(UsageOrderTests, theLargestFirstAndEqualOnesByName) {
-  std::vector<AppUsage> apps{
-      {.id = "b", .name = "b", .processes = {{.cpu = 5, .memory = 1}}},
-      {.id = "a", .name = "a", .processes = {{.cpu = 5, .diskRead = 9}}},
-      {.id = "c", .name = "c", .processes = {{.cpu = 3, .netIn = 2}, {.cpu = 3, .power = 1}}},
-  };
-  const auto order = [&apps](UsageKey key) {
-    sortByUsage(apps, key);
-    std::string names;
-    for (const auto& app : apps) names += app.name;
-    return names;
-  };
-  EXPECT_EQ(order(UsageKey::cpu), "cab");
-  EXPECT_EQ(order(UsageKey::memory), "bac");
-  EXPECT_EQ(order(UsageKey::disk), "abc");
-  EXPECT_EQ(order(UsageKey::network), "cab");
-  EXPECT_EQ(order(UsageKey::energy), "cab");
 }
 
 } // namespace
