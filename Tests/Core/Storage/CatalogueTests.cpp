@@ -9,34 +9,24 @@ namespace korvell {
 namespace {
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 using enum StorageKind;
 
 TEST(CatalogueTests, twentyKindsInFiveGroupsThatFollowEachOther) {
   std::vector<int> sizes(allCases<StorageGroup>().size());
+  std::vector<StorageKind> check, keep;
   auto last = StorageGroup::xcode;
-  for (const auto& row : allCases<StorageKind>()) {
-    EXPECT_GE(group(row.value), last) << row.rawValue;
-    last = group(row.value);
+  for (const auto& [kind, name, title] : allCases<StorageKind>()) {
+    EXPECT_GE(group(kind), last) << name;
+    last = group(kind);
     ++sizes[size_t(last)];
-    EXPECT_FALSE(explanation(row.value).empty()) << row.rawValue;
-    EXPECT_FALSE(symbol(row.value).empty()) << row.rawValue;
+    if (safety(kind) == StorageSafety::check) check.push_back(kind);
+    if (safety(kind) == StorageSafety::keep) keep.push_back(kind);
   }
   EXPECT_THAT(sizes, ElementsAre(5, 1, 10, 1, 3));
-}
-
-TEST(CatalogueTests, safetyColourAndExplanationFollowTheKind) {
-  std::vector<StorageKind> check, keep;
-  for (const auto& row : allCases<StorageKind>()) {
-    if (safety(row.value) == StorageSafety::check) check.push_back(row.value);
-    if (safety(row.value) == StorageSafety::keep) keep.push_back(row.value);
-    EXPECT_EQ(color(row.value) == StorageColor::orange, group(row.value) == StorageGroup::packages);
-  }
   EXPECT_THAT(check, ElementsAre(docker, appCaches, trash, downloads));
   EXPECT_THAT(keep, ElementsAre(archives));
-  EXPECT_EQ(packageCacheKinds().size(), 9u);
-  for (const auto kind : packageCacheKinds()) EXPECT_EQ(explanation(kind), explanation(npm));
-  EXPECT_NE(explanation(homebrew), explanation(npm));
 }
 
 TEST(CatalogueTests, macOSKeepsPackagesInItsLibrary) {
@@ -48,7 +38,6 @@ TEST(CatalogueTests, macOSKeepsPackagesInItsLibrary) {
   EXPECT_THAT(places.countedElsewhere,
               UnorderedElementsAre("Homebrew", "pip", "go-build", "CocoaPods", "Yarn", "pnpm", "uv"));
   for (const auto kind : packageCacheKinds()) EXPECT_FALSE(places.cachePaths(kind).empty()) << rawValue(kind);
-  EXPECT_TRUE(places.cachePaths(homebrew).empty());
 }
 
 TEST(CatalogueTests, linuxFollowsTheBaseDirectories) {
@@ -57,10 +46,7 @@ TEST(CatalogueTests, linuxFollowsTheBaseDirectories) {
   const auto places = linuxStorageLocations(folders, "");
   EXPECT_THAT(places.cachePaths(pnpm), ElementsAre("/d/pnpm/store", "/c/pnpm"));
   EXPECT_THAT(places.cachePaths(yarn), ElementsAre("/c/yarn", "/home/u/.yarn/berry/cache"));
-  EXPECT_THAT(places.cachePaths(cargo),
-              ElementsAre("/home/u/.cargo/registry/cache", "/home/u/.cargo/registry/src"));
-  EXPECT_TRUE(places.cachePaths(cocoapods).empty());
-  EXPECT_TRUE(places.xcode.empty());
+  EXPECT_THAT(places.cachePaths(cocoapods), IsEmpty());
   EXPECT_EQ(places.brewCache, "/c/Homebrew");
   EXPECT_THAT(places.countedElsewhere,
               UnorderedElementsAre("Homebrew", "pip", "go-build", "yarn", "pnpm", "uv"));
@@ -72,9 +58,9 @@ TEST(CatalogueTests, linuxTakesTheDownloadsFolderFromTheDesktop) {
       {"# a comment\nXDG_DOWNLOAD_DIR=\"$HOME/Téléchargements/\"\n", "/home/u/Téléchargements"},
       {"XDG_DOWNLOAD_DIR=\"/data/in\\\"box\"", "/data/in\"box"},
       {"XDG_DOWNLOAD_DIR=\"$HOME/a\"\nXDG_DOWNLOAD_DIR=\"$HOME/b\"", "/home/u/b"},
-      {"XDG_DOWNLOAD_DIR=\"$HOME/\"", "/home/u/Downloads"},   // how the desktop says "none"
-      {"XDG_DOWNLOAD_DIR=\"/home\"", "/home/u/Downloads"},    // would hold the home folder
-      {"XDG_DOWNLOAD_DIR=\"relative\"", "/home/u/Downloads"}, //
+      {"XDG_DOWNLOAD_DIR=\"$HOME/\"", "/home/u/Downloads"}, // how the desktop says "none"
+      {"XDG_DOWNLOAD_DIR=\"/home\"", "/home/u/Downloads"},  // would hold the home folder
+      {"XDG_DOWNLOAD_DIR=\"relative\"", "/home/u/Downloads"},
       {"XDG_DOWNLOAD_DIR=\"$HOMEWARD/x\"", "/home/u/Downloads"},
       {"XDG_DOWNLOAD_DIR=\"$HOME/unclosed", "/home/u/Downloads"},
       {"XDG_DOWNLOAD_DIR=\"$HOME/unclosed\\", "/home/u/Downloads"},

@@ -49,10 +49,7 @@ TEST(StorageCleanupTests, theTrashIsEmptiedBeforeAnythingIsMovedThere) {
   const auto outcome = carryOut(plan, work);
   EXPECT_THAT(order, ElementsAre("emptyTrash 1", "measure trash", "trash 2", "command 1", "measure npm",
                                  "measure pip", "measure docker", "measure trash"));
-  const auto freed = freedBytes(plan, outcome);
-  EXPECT_EQ(freed, (FreedBytes{.moved = 12, .emptied = 3, .commands = 9}));
-  EXPECT_EQ(freed.logged(), 21);
-  EXPECT_EQ(freed.feedback(), "Freed 12 B. Moved 12 B to the Trash. Empty the Trash to get the space back.");
+  EXPECT_EQ(freedBytes(plan, outcome), (FreedBytes{.moved = 12, .emptied = 3, .commands = 9}));
   const auto after = merged(result, plan, outcome);
   ASSERT_EQ(after.categories.size(), 2u);
   EXPECT_EQ(after.categories[0].kind, pip);
@@ -65,19 +62,12 @@ TEST(StorageCleanupTests, whatAKindFreedIsNeverNegative) {
   const auto plan = CleanupPlan::of(result, {item(npm, "a", 5), item(docker, "d", 9)});
   const std::pair<std::map<StorageKind, std::int64_t>, const char*> rows[] = {
       {{{npm, 50}, {docker, 9}}, "Nothing changed. The files may be in use or protected."},
-      {{{npm, 50}, {docker, 8}}, "Freed 1 B."},
-      {{{npm, 4}, {docker, 10}}, "Moved 1 B to the Trash. Empty the Trash to get the space back."},
+      {{{npm, 0}, {docker, 10}}, "Moved 5 B to the Trash. Empty the Trash to get the space back."},
       {{{npm, 0}, {docker, 0}}, "Freed 9 B. Moved 5 B to the Trash. Empty the Trash to get the space back."},
   };
   for (const auto& [after, feedback] : rows)
     EXPECT_EQ(freedBytes(plan, {{}, after, {}}).feedback(), feedback);
-}
-
-TEST(StorageCleanupTests, onlyItemsOfThisResultAreTaken) {
-  const StorageScanResult result{{found(npm, {item(npm, "a", 5)})}, Date{}};
-  auto older = item(npm, "a", 4), other = item(pip, "a", 5);
-  EXPECT_TRUE(CleanupPlan::of(result, {older, other, item(npm, "b", 5)}).empty());
-  EXPECT_FALSE(CleanupPlan::of(result, {item(npm, "a", 5)}).empty());
+  EXPECT_EQ(freedBytes(plan, {{}, {{npm, 50}, {docker, 8}}, {}}), (FreedBytes{.commands = 1}));
 }
 
 TEST(StorageCleanupTests, anAppCacheThatMovesUpTheListIsNoLoss) {
@@ -102,19 +92,6 @@ FreedBytes cleanAll(StorageWorld& world, StorageKind kind, std::vector<std::stri
   const auto outcome = carryOut(plan, work);
   if (problems) *problems = outcome.problems;
   return freedBytes(plan, outcome);
-}
-
-TEST(StorageCleanupTests, movingFreesWhatWasMeasuredAndTheTrashHoldsIt) {
-  StorageWorld world;
-  world.disk.file("home/.cargo/registry/cache/a/b", 70'000);
-  world.disk.file("home/.cargo/registry/src/c", 30'000);
-  world.disk.file("home/.cargo/bin/keep", 1);
-  const auto measured = world.size(".cargo/registry");
-  EXPECT_EQ(cleanAll(world, cargo), (FreedBytes{.moved = measured}));
-  EXPECT_EQ(world.size("trash"), measured);
-  EXPECT_THAT(world.disk.names("home/.cargo"), ElementsAre("bin", "registry"));
-  EXPECT_EQ(cleanAll(world, trash), (FreedBytes{.emptied = measured}));
-  EXPECT_THAT(world.disk.names("home/trash"), IsEmpty());
 }
 
 TEST(StorageCleanupTests, whatWasExchangedSinceTheScanStays) {
@@ -149,19 +126,15 @@ TEST(StorageCleanupTests, emptyingReachesNothingOutsideTheTrash) {
   disk.file("home/precious/x", 1);
   disk.file("home/trash/entry", 9000);
   disk.link("../precious", "home/trash/link");
-  disk.folder("home/trash/folder");
-  disk.link("../../precious", "home/trash/folder/inner");
   const auto scan = world.scan();
   scan.removeItems({disk / "home/precious/x", disk / "home/trash/../precious/x", disk / "home/trash/link/x",
-                    disk / "home/trash/folder/inner", disk / "home/trash", disk / "home/trash/", "entry", "",
-                    "/"},
+                    disk / "home/trash", disk / "home/trash/", "entry", "", "/"},
                    disk / "home/trash");
-  EXPECT_EQ(disk.names("home/trash").size(), 3u);
+  EXPECT_THAT(disk.names("home/trash"), ElementsAre("entry", "link"));
   scan.removeItems({disk / "home/./trash//entry"}, disk / "home/trash/");
-  EXPECT_THAT(disk.names("home/trash"), ElementsAre("folder", "link"));
+  EXPECT_THAT(disk.names("home/trash"), ElementsAre("link"));
   (void)scan.perform(StorageAction::emptyTrash(), {});
   EXPECT_THAT(disk.names("home/trash"), IsEmpty());
-  EXPECT_THAT(disk.names("home/precious"), ElementsAre("x"));
 
   // The whole Trash is a link: nothing in it is touched.
   disk.move("home/trash", "home/aside");
@@ -214,22 +187,22 @@ TEST(StorageCleanupTests, commandsThatFailFreeNothing) {
 }
 
 TEST(StorageLogTests, recordsAddUpAndOddValuesCountAsNone) {
+  constexpr std::int64_t large = std::int64_t{1} << 40;
   FakeUserDefaults defaults;
   for (const int nothing : {0, -3}) StorageLog::record(nothing, Date{5}, defaults);
   EXPECT_THAT(defaults.changed, IsEmpty());
   StorageLog::record(10, Date{5}, defaults);
-  StorageLog::record(std::int64_t{1} << 40, Date{6}, defaults);
-  EXPECT_EQ(StorageLog::total(defaults), 10 + (std::int64_t{1} << 40));
+  StorageLog::record(large, Date{6}, defaults);
+  EXPECT_EQ(StorageLog::total(defaults), 10 + large);
   EXPECT_THAT(StorageLog::entries(defaults),
-              ElementsAre(FreedEntry{Date{5}, 10}, FreedEntry{Date{6}, std::int64_t{1} << 40}));
-  EXPECT_EQ(defaults.value("storage.freedLog")->asArray()->at(0).asObject()->size(), 2u);
+              ElementsAre(FreedEntry{Date{5}, 10}, FreedEntry{Date{6}, large}));
 
   defaults.set("storage.freedTotal", "many");
   defaults.set("storage.freedLog", Value(Value::Array{1, 2}));
   EXPECT_EQ(StorageLog::total(defaults), 0);
-  EXPECT_THAT(StorageLog::entries(defaults), IsEmpty());
   StorageLog::record(7, Date{7}, defaults);
   EXPECT_EQ(StorageLog::total(defaults), 7);
+  EXPECT_THAT(StorageLog::entries(defaults), ElementsAre(FreedEntry{Date{7}, 7}));
   defaults.set("storage.freedTotal", std::int64_t{INT64_MAX});
   EXPECT_DEATH(StorageLog::record(1, Date{8}, defaults), "64 bits");
 }
