@@ -10,7 +10,6 @@ namespace {
 
 using enum LaunchScope;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 struct StartupScannerTests : testing::Test {
   FakeLaunchItems items;
@@ -22,108 +21,73 @@ struct StartupScannerTests : testing::Test {
       if (item.*which) result.push_back(item.label);
     return result;
   }
+  void addEntry(const std::string& path, const std::string& program) {
+    items.launchFiles.push_back(
+        {user, LaunchFormat::desktopEntry, path, "[Desktop Entry]\nExec=" + program, path, {}});
+  }
 };
 
 TEST_F(StartupScannerTests, leftoversComeFirstThenLabels) {
   items.existing = {"/opt/here"};
-  for (const auto& [scope, name, program] :
-       {std::tuple{user, "b.service", "/opt/here"}, std::tuple{user, "z.service", "/opt/gone"},
-        std::tuple{allUsers, "a.service", "%h/x"}, std::tuple{LaunchScope::system, "Z.service", "/opt/here"},
-        std::tuple{LaunchScope::system, "b.service", "/opt/here"},
-        std::tuple{LaunchScope::system, "c.service", "gone"}})
-    items.addUnit(scope, std::string("/units/") + name, program);
+  items.addUnit(user, "/units/b.service", "/opt/here");
+  items.addUnit(user, "/units/z.service", "/opt/gone");
+  items.addUnit(allUsers, "/units/a.service", "%h/x");
+  items.addUnit(LaunchScope::system, "/units/c.service", "gone");
   items.launchFiles.push_back({user, LaunchFormat::propertyList, "/broken.plist", "broken", "", {}});
   std::vector<std::string> order;
   for (const auto& item : StartupScanner::scan(items)) order.push_back(item.label);
-  EXPECT_THAT(order,
-              ElementsAre("c.service", "z.service", "Z.service", "a.service", "b.service", "b.service"));
+  EXPECT_THAT(order, ElementsAre("c.service", "z.service", "a.service", "b.service"));
   EXPECT_THAT(labels(&StartupItem::isLeftover), ElementsAre("c.service", "z.service"));
-  EXPECT_EQ(StartupScanner::scan(items)[4].scope, user) << "of equal labels the first one read stays first";
 }
 
-TEST_F(StartupScannerTests, whatTheManagersKnow) {
+TEST_F(StartupScannerTests, aScopesManagerKnowsBetterThanTheFile) {
   items.addUnit(user, "/u/a.service", "/x");
   items.addUnit(allUsers, "/u/b.service", "/x");
   items.addUnit(LaunchScope::system, "/s/c.service", "/x");
-  items.addUnit(LaunchScope::system, "/s/d.service", "/x");
-  items.launchFiles.push_back(
-      {user, LaunchFormat::desktopEntry, "/autostart/my-app.desktop", "[Desktop Entry]\nExec=/x\n", "", {}});
-  const std::string generated = R"(app-my\x2dapp@autostart.service)";
-  items.jobs.user = {.loaded = {"a.service", "b.service", "c.service", generated},
-                     .enabled = {{"a.service", true}, {"b.service", false}, {generated, false}},
+  addEntry("/autostart/my-app.desktop", "/x"); // the file alone says when it runs
+  items.jobs.user = {.loaded = {"a.service", "c.service", R"(app-my\x2dapp@autostart.service)"},
+                     .enabled = {{"a.service", true}, {"b.service", false}, {"my-app.desktop", false}},
                      .silence = {}};
-  items.jobs.system = {.loaded = {"d.service"}, .enabled = {{"a.service", false}}, .silence = {}};
-  EXPECT_THAT(labels(&StartupItem::isLoaded),
-              ElementsAre("a.service", "b.service", "d.service", "my-app.desktop"));
-  EXPECT_THAT(labels(&StartupItem::runsAtLoad),
-              ElementsAre("a.service", "c.service", "d.service", "my-app.desktop"))
-      << "of b.service the manager knows better than its file";
+  items.jobs.system = {.loaded = {"b.service"}, .enabled = {{"a.service", false}}, .silence = {}};
+  EXPECT_THAT(labels(&StartupItem::isLoaded), ElementsAre("a.service", "my-app.desktop"));
+  EXPECT_THAT(labels(&StartupItem::runsAtLoad), ElementsAre("a.service", "c.service", "my-app.desktop"));
 }
 
-struct RemovalTests : StartupScannerTests {
-  RemovalTests() {
-    auto& file = items.addUnit(user, "/units/a.service", "/opt/gone");
-    file.location = "/real/units/a.service";
-    item = StartupScanner::scan(items).front();
-  }
-  StartupItem item;
-};
+TEST_F(StartupScannerTests, theJobIsStoppedAndTheFileThatWasReadGoesToTheTrash) {
+  addEntry("/a.desktop", "/opt/gone");
+  items.addUnit(user, "/units/b.service", "/opt/gone").location = "/real/b.service";
+  const auto listed = StartupScanner::scan(items);
+  trash.refused = {{"/real/b.service", "The disk is full."}, {"/a.desktop", "The disk is full."}};
+  const char* said[] = {"The job was stopped, but its file /a.desktop is still there: The disk is full.",
+                        "The job was disabled and stopped, but its file /units/b.service is still there: "
+                        "The disk is full."};
+  for (std::size_t i = 0; i < std::size(said); ++i)
+    EXPECT_EQ(StartupScanner::remove(listed.at(i), items, trash).reason(), said[i]);
+  EXPECT_THAT(items.log, ElementsAre("stop a.desktop", "stop b.service"));
 
-TEST_F(RemovalTests, theJobIsStoppedAndTheFileThatWasReadGoesToTheTrash) {
-  EXPECT_TRUE(StartupScanner::remove(item, items, trash));
-  EXPECT_THAT(items.log, ElementsAre("stop a.service", "removed /units/a.service"));
-  EXPECT_THAT(trash.moved, ElementsAre("/real/units/a.service"));
-  EXPECT_EQ(trash.requests.front().picked, (FileIdentity{1, 1}));
+  trash = {};
+  items.log.clear();
+  EXPECT_TRUE(StartupScanner::remove(listed.at(1), items, trash));
+  EXPECT_THAT(items.log, ElementsAre("stop b.service", "removed /units/b.service"));
+  EXPECT_THAT(trash.moved, ElementsAre("/real/b.service"));
+  EXPECT_EQ(trash.requests.front().picked, (FileIdentity{1, 2}));
 }
 
-TEST_F(RemovalTests, whatIsNoLongerThatLeftoverIsLeftAlone) {
+TEST_F(StartupScannerTests, whatIsNoLongerThatLeftoverIsLeftAlone) {
   const std::pair<const char*, std::function<void()>> changes[] = {
       {"its program is back", [&] { items.existing = {"/opt/gone"}; }},
-      {"it names no program", [&] { item.program.reset(); }},
       {"another program is gone", [&] { items.launchFiles[0].bytes = "[Service]\nExecStart=/opt/other"; }},
       {"it has gone", [&] { items.launchFiles.clear(); }},
       {"it belongs to the system", [&] { items.protection = "It belongs to the system."; }}};
-  const auto files = items.launchFiles;
-  const auto listed = item;
   for (const auto& [why, change] : changes) {
-    items.launchFiles = files;
-    items.existing.clear();
-    item = listed;
+    items = {};
+    items.addUnit(user, "/units/a.service", "/opt/gone");
+    const auto listed = StartupScanner::scan(items).front();
     change();
-    const auto outcome = StartupScanner::remove(item, items, trash);
+    const auto outcome = StartupScanner::remove(listed, items, trash);
     ASSERT_FALSE(outcome) << why;
-    EXPECT_TRUE(!items.protection || outcome.reason() == *items.protection) << outcome.reason();
+    EXPECT_EQ(outcome.reason() == "It belongs to the system.", items.protection.has_value());
     EXPECT_TRUE(items.log.empty() && trash.requests.empty()) << why;
-  }
-}
-
-TEST_F(RemovalTests, aFileThatStaysIsNotReportedAsGone) {
-  items.launchFiles.push_back({user,
-                               LaunchFormat::desktopEntry,
-                               "/a.desktop",
-                               "[Desktop Entry]\nExec=/opt/gone\n",
-                               "/a.desktop",
-                               {}});
-  const char* said[] = {"The job was stopped, but its file /a.desktop is still there: The disk is full.",
-                        "The job was disabled and stopped, but its file /units/a.service is still there: "
-                        "The disk is full."};
-  trash.refused = {{"/real/units/a.service", "The disk is full."}, {"/a.desktop", "The disk is full."}};
-  const auto listed = StartupScanner::scan(items);
-  for (std::size_t i = 0; i < std::size(said); ++i) {
-    const auto outcome = StartupScanner::remove(listed.at(i), items, trash);
-    ASSERT_FALSE(outcome);
-    EXPECT_EQ(outcome.reason(), said[i]);
-  }
-  EXPECT_THAT(items.log, ElementsAre("stop a.desktop", "stop a.service"));
-}
-
-TEST_F(RemovalTests, theQuestionNamesTheProgram) {
-  for (const auto& [program, words] : {std::pair{std::optional<std::string>("/opt/gone"), "/opt/gone"},
-                                       std::pair{std::optional<std::string>(), "a program"}}) {
-    item.program = program;
-    EXPECT_EQ(StartupScanner::confirmation(item),
-              std::string("It launches ") + words +
-                  " which no longer exists. The file goes to the Trash, so you can put it back.");
   }
 }
 
