@@ -12,10 +12,7 @@ TEST(DevServerRulesTests, executablesThatAreTheSystemsAreSkipped) {
     bool onMacOS, onLinux;
   };
   for (const Row& row :
-       {Row{"/opt/homebrew/bin/node", false, false},
-        {"/usr/bin/python3.11", false, false},
-        {"/usr/local/bin/caddy", false, false},
-        {"/usr/lib/jvm/java-17-openjdk-amd64/bin/java", true, false},
+       {Row{"/usr/bin/python3.11", false, false},
         {"/usr/lib/postgresql/15/bin/postgres", true, false},
         {"/usr/lib/systemd/systemd-resolved", true, true},
         {"/usr/libexec/rapportd", true, true},
@@ -24,31 +21,28 @@ TEST(DevServerRulesTests, executablesThatAreTheSystemsAreSkipped) {
         {"/System/Library/CoreServices/ControlCenter", true, false},
         {"/Library/Frameworks/x", true, false},
         {"/Applications/Postgres.app/Contents/MacOS/postgres", true, false},
-        {"/opt/homebrew/Frameworks/Python.framework/Versions/3.12/Resources/Python.app/Contents/"
-         "MacOS/Python",
-         false, false}}) {
+        {"/opt/Python.framework/Versions/3.12/Resources/Python.app/Contents/MacOS/Python", false, false}}) {
     EXPECT_EQ(isSkippedExecutable(row.path, macOSDevServerTables), row.onMacOS) << row.path;
     EXPECT_EQ(isSkippedExecutable(row.path, linuxDevServerTables), row.onLinux) << row.path;
   }
 }
 
 TEST(DevServerRulesTests, infrastructureIsMatchedByItsWholeName) {
-  for (const auto* tables : {&macOSDevServerTables, &linuxDevServerTables}) {
-    for (auto name : {"ssh", "com.docker.backend", "privoxy", "qemu-system-x86_64"})
-      EXPECT_TRUE(isInfrastructure(name, *tables)) << name;
-    for (auto name : {"sshfs-web", "node", "Tor", ""}) EXPECT_FALSE(isInfrastructure(name, *tables)) << name;
+  for (const auto& [name, onMacOS, onLinux] : {std::tuple{"ssh", true, true},
+                                               {"com.docker.backend", true, true},
+                                               {"docker-proxy", false, true},
+                                               {"sshfs-web", false, false},
+                                               {"Tor", false, false},
+                                               {"", false, false}}) {
+    EXPECT_EQ(isInfrastructure(name, macOSDevServerTables), onMacOS) << name;
+    EXPECT_EQ(isInfrastructure(name, linuxDevServerTables), onLinux) << name;
   }
-  EXPECT_TRUE(isInfrastructure("docker-proxy", linuxDevServerTables));
-  EXPECT_FALSE(isInfrastructure("docker-proxy", macOSDevServerTables));
 }
 
 TEST(DevServerRulesTests, runtimesAreRecognisedByTheirBeginning) {
-  for (auto [name, label] : {std::pair{"node", "node"},
-                             {"Python", "python"},
+  for (auto [name, label] : {std::pair{"Python", "python"},
                              {"python3.11", "python"},
-                             {"beam.smp", "beam"},
                              {"postgres: writer", "postgres"},
-                             {"redis-server", "redis"},
                              {"Caddy", "Caddy"},
                              {"my-node", "my-node"}})
     EXPECT_EQ(runtimeLabel(name), label);
@@ -56,11 +50,9 @@ TEST(DevServerRulesTests, runtimesAreRecognisedByTheirBeginning) {
 
 TEST(DevServerRulesTests, descendantsComeOnceEvenFromACircle) {
   const auto children = childrenOf({{2, 1}, {3, 2}, {4, 2}, {5, 4}, {6, 1}, {1, 5}});
-  auto found = descendants(2, children);
+  const auto found = descendants(2, children);
   EXPECT_EQ(found.front(), 2);
-  EXPECT_EQ(std::set(found.begin(), found.end()), (std::set<ProcessID>{1, 2, 3, 4, 5, 6}));
-  EXPECT_EQ(found.size(), 6u);
-  EXPECT_EQ(descendants(6, children), std::vector<ProcessID>{6});
+  EXPECT_EQ(std::multiset(found.begin(), found.end()), (std::multiset<ProcessID>{1, 2, 3, 4, 5, 6}));
 }
 
 TEST(DevServerRulesTests, theServiceIsTheDeepestMarkedFolderTheProjectItsRepository) {
@@ -69,21 +61,14 @@ TEST(DevServerRulesTests, theServiceIsTheDeepestMarkedFolderTheProjectItsReposit
     const char *directory, *service, *project;
   };
   const Row rows[] = {
-      {{}, "/home/u/scratch/a", "/home/u/scratch/a", "/home/u/scratch/a"},
-      {{"/home/u/shop/.git", "/home/u/shop/api/package.json"},
-       "/home/u/shop/api/src",
-       "/home/u/shop/api",
-       "/home/u/shop"},
-      {{"/home/u/shop/.git", "/home/u/shop/package.json"}, "/home/u/shop", "/home/u/shop", "/home/u/shop"},
-      {{"/home/u/a/go.mod"}, "/home/u/a/cmd/x", "/home/u/a", "/home/u/a"},
-      {{"/home/u/a/Cargo.toml", "/home/u/a/b/mix.exs"}, "/home/u/a/b", "/home/u/a/b", "/home/u/a/b"},
-      {{"/home/u/a/.git", "/home/u/a/vendor/lib/.git"},
-       "/home/u/a/vendor/lib/src",
-       "/home/u/a/vendor/lib",
-       "/home/u/a/vendor/lib"},
+      {{}, "/home/u/a/b", "/home/u/a/b", "/home/u/a/b"},
+      {{"/home/u/a/.git", "/home/u/a/b/package.json"}, "/home/u/a/b/src", "/home/u/a/b", "/home/u/a"},
+      {{"/home/u/a/.git", "/home/u/a/package.json"}, "/home/u/a", "/home/u/a", "/home/u/a"},
+      {{"/home/u/a/Cargo.toml", "/home/u/a/b/mix.exs"}, "/home/u/a/b/c", "/home/u/a/b", "/home/u/a/b"},
+      {{"/home/u/a/Cargo.toml"}, "/home/u/a/b", "/home/u/a", "/home/u/a"},
+      {{"/home/u/a/.git", "/home/u/a/b/.git"}, "/home/u/a/b/src", "/home/u/a/b", "/home/u/a/b"},
       // What marks the home folder itself, or what lies above it, is nobody's project.
-      {{"/home/u/.git", "/home/.git", "/.git"}, "/home/u/a", "/home/u/a", "/home/u/a"},
-      {{"/home/u/package.json"}, "/home/u/a/b", "/home/u/a/b", "/home/u/a/b"}};
+      {{"/home/u/.git", "/home/u/package.json", "/home/.git"}, "/home/u/a/b", "/home/u/a/b", "/home/u/a/b"}};
   for (const Row& row : rows) {
     const auto exists = [&](const std::string& path) { return row.files.contains(path); };
     EXPECT_EQ(projectFolders(row.directory, "/home/u", exists), (ProjectFolders{row.service, row.project}))
@@ -92,11 +77,9 @@ TEST(DevServerRulesTests, theServiceIsTheDeepestMarkedFolderTheProjectItsReposit
 }
 
 TEST(DevServerRulesTests, idleIsLongerThanHalfAnHour) {
-  DevServer exactly{.pid = 1, .lastActive = Date{1000}}, longer{.pid = 2, .lastActive = Date{999}},
-      future{.pid = 3, .lastActive = Date{1e9}};
-  const auto idle = idleServers(
-      {{.name = "a", .servers = {exactly}}, {.name = "b", .servers = {longer, future}}}, Date{2800});
-  EXPECT_EQ(idle, std::vector<DevServer>{longer});
+  DevServer exactly{.lastActive = Date{1000}}, longer{.lastActive = Date{999}},
+      future{.lastActive = Date{1e9}};
+  EXPECT_EQ(idleServers({{"a", {exactly}}, {"b", {longer, future}}}, Date{2800}), std::vector{longer});
 }
 
 } // namespace
