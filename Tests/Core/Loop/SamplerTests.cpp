@@ -5,21 +5,16 @@
 #include "Tests/Fakes/FakeMachineCounters.h"
 #include "Tests/Fakes/FakeProcessTable.h"
 #include "Tests/Fakes/FakeTimeZone.h"
+#include "Tests/Fakes/OneEach.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace korvell {
 namespace {
 
-class OneOwner final : public OwnerRules {
-public:
-  OwnerDecision owner(ProcessID, const ProcessFacts&, ProcessLookup&) override { return {owner_, "all"}; }
-  SystemGroup systemGroup() const override { return linuxSystemGroup; }
-
-private:
-  std::shared_ptr<Owner> owner_ = std::make_shared<Owner>(Owner{"app", "App", {}});
-};
+using testing::ElementsAre;
 
 struct SamplerTests : testing::Test {
   const Date start{1'772'370'120}; // two minutes past an hour
@@ -27,17 +22,13 @@ struct SamplerTests : testing::Test {
   FakeMachineCounters machine;
   FakeProcessTable table;
   FakeRunningApplications applications;
-  OneOwner owners;
+  OneEach owners;
   FakeTimeZone zone;
   FakeLaunchItems launchItems;
   TemporaryFolder folder;
-  std::unique_ptr<HistoryStore> store = openHistory();
-  HistoryStore& history = *store;
+  HistoryStore history{time.factory(), time.clock(), folder.path().string()};
   Sampler sampler{time.makeQueue(Sampler::queueLabel), machine, subjects()};
 
-  std::unique_ptr<HistoryStore> openHistory(HistoryAccess access = HistoryAccess::keeper) {
-    return std::make_unique<HistoryStore>(time.factory(), time.clock(), folder.path().string(), access);
-  }
   Sampler::Subjects subjects() {
     Sampler::Subjects subjects;
     subjects.processes = std::make_unique<ProcessSampler>(
@@ -49,50 +40,40 @@ struct SamplerTests : testing::Test {
     subjects.launchItems = &launchItems;
     return subjects;
   }
-  /// A cycle ten seconds after the last one, in which the disk wrote `written` bytes and a core was half
-  /// busy.
-  Tick cycle(std::uint64_t written = 0) {
+  /// A cycle ten seconds after the last one, in which the disk wrote a megabyte and a core was half busy.
+  Tick cycle() {
     time.clock().elapse(Seconds{10});
-    machine.diskCounters[1].out += written;
+    machine.diskCounters[1].out += 1'000'000;
     machine.cpuCounters.cores[0].user += 50;
     machine.cpuCounters.cores[0].idle += 50;
     return syncResult(sampler.queue(), [&] { return sampler.tick(); });
   }
+  /// Which of the next cycles, from 1 on, filled this part of their ticks.
+  template <class Part>
+  std::vector<int> cyclesWith(std::optional<Part> Tick::*part, int count) {
+    std::vector<int> found;
+    for (int i = 1; i <= count; ++i)
+      if (cycle().*part) found.push_back(i);
+    return found;
+  }
 };
 
-TEST_F(SamplerTests, theFirstCycleIsNotRecordedLaterOnesAreWithTheLastScore) {
-  const Tick first = cycle(5'000'000);
-  EXPECT_EQ(first.totals, std::nullopt);
+TEST_F(SamplerTests, theHistoryIsOfAllCyclesButTheFirst) {
+  std::vector<double> averages;
   sampler.setLastScore(70);
-  cycle(1'000'000); // 100 kB/s
-  history.close();
-  const auto minute = openHistory(HistoryAccess::reader)->minute(time.clock().now());
+  for (int i = 0; i < 49; ++i) averages.push_back(cycle().cpuTenMinuteAverage);
+  EXPECT_EQ(averages[46], 0) << "the eighth minute is stored when the ninth begins";
+  EXPECT_DOUBLE_EQ(averages[47], 50);
+  const auto minute = history.minute(start);
   ASSERT_TRUE(minute);
   EXPECT_EQ(minute->score, 70);
-  EXPECT_DOUBLE_EQ(minute->system[diskWriteColumn], 100'000); // the mean of one sample
-}
-
-TEST_F(SamplerTests, theTenMinuteAverageNeedsEightMinutes) {
-  double last = 0;
-  int cycles = 0;
-  while (last == 0 && cycles < 100) {
-    last = cycle().cpuTenMinuteAverage;
-    ++cycles;
-  }
-  // Recorded from the second cycle on; the eighth minute is stored when the ninth begins.
-  EXPECT_EQ(cycles, 8 * 6);
-  EXPECT_DOUBLE_EQ(last, 50);
+  EXPECT_DOUBLE_EQ(minute->system[diskWriteColumn], 100'000) << "the first cycle knows no rate";
 }
 
 TEST_F(SamplerTests, totalsComeOnceAMinuteAndTodayBeginsAtLocalMidnight) {
-  std::vector<int> withTotals;
-  for (int i = 0; i < 20; ++i)
-    if (cycle(1'000'000).totals) withTotals.push_back(i);
-  EXPECT_EQ(withTotals, (std::vector{1, 7, 13, 19}));
-
+  EXPECT_THAT(cyclesWith(&Tick::totals, 20), ElementsAre(2, 8, 14, 20));
   time.clock().elapse(Seconds{300});
-  const Totals before = *cycle().totals;
-  EXPECT_DOUBLE_EQ(before.diskWrittenToday, 3 * 60 * 100'000 + 2 * 60 * 50'000);
+  EXPECT_DOUBLE_EQ(cycle().totals->diskWrittenToday, 4 * 60 * 100'000);
   // A zone in which the day has just begun.
   zone.move(int(86'400 - std::int64_t(time.clock().now().sinceEpoch) % 86'400));
   time.clock().elapse(Seconds{60});
@@ -104,36 +85,28 @@ TEST_F(SamplerTests, developmentServersAreScannedOnTheirOwnClock) {
   table.ports[10] = {3000};
   const Tick first = cycle();
   ASSERT_TRUE(first.projects);
-  ASSERT_EQ(first.projects->size(), 1u);
   EXPECT_EQ(first.projects->at(0).name, "shop");
-  EXPECT_TRUE(first.snapshot.apps.at(0).processes.at(0).ports.empty());
-  EXPECT_EQ(cycle().snapshot.apps.at(0).processes.at(0).ports, std::vector{3000});
-
+  EXPECT_THAT(first.snapshot.apps.at(0).processes.at(0).ports, ElementsAre());
   sampler.setWatched(false);
-  std::vector<int> scans;
-  for (int i = 2; i < 10; ++i)
-    if (cycle().projects) scans.push_back(i);
-  EXPECT_EQ(scans, (std::vector{4, 7}));
-  time.clock().setNow(start - Seconds{1e6}); // set back: due at once
-  EXPECT_TRUE(cycle().projects);
+  const Tick second = cycle();
+  EXPECT_FALSE(second.projects);
+  EXPECT_THAT(second.snapshot.apps.at(0).processes.at(0).ports, ElementsAre(3000));
+  EXPECT_THAT(cyclesWith(&Tick::projects, 6), ElementsAre(2, 5));
+  time.clock().setNow(start - Seconds{1e6});
+  EXPECT_TRUE(cycle().projects) << "the clock was set back: due at once";
 }
 
 TEST_F(SamplerTests, startupItemsAreScannedEveryHalfHourAtAnyPace) {
-  launchItems.launchFiles = {
-      {LaunchScope::user, LaunchFormat::systemdService, "/u/gone.service", "[Service]\nExecStart=/opt/gone"}};
+  launchItems.addUnit(LaunchScope::user, "/u/gone.service", "/opt/gone");
   const Tick first = cycle();
   ASSERT_TRUE(first.startupItems);
-  ASSERT_EQ(first.startupItems->size(), 1u);
-  EXPECT_TRUE(first.startupItems->front().isLeftover);
+  EXPECT_TRUE(first.startupItems->at(0).isLeftover);
   sampler.setWatched(false);
-  std::vector<int> scans;
-  for (int i = 1; i <= 400; ++i)
-    if (cycle().startupItems) scans.push_back(i);
-  EXPECT_EQ(scans, (std::vector{180, 360}));
+  EXPECT_THAT(cyclesWith(&Tick::startupItems, 400), ElementsAre(180, 360));
   launchItems.existing.insert("/opt/gone"); // installed again
   const Tick last = cycle();
   ASSERT_TRUE(last.startupItems) << "no scan is due, but the program has come";
-  EXPECT_FALSE(last.startupItems->front().isLeftover);
+  EXPECT_FALSE(last.startupItems->at(0).isLeftover);
 }
 
 } // namespace
