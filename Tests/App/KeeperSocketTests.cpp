@@ -1,0 +1,100 @@
+// How a keeper is found and asked by other processes.
+
+#include "App/Keeper.h"
+#include "App/KeeperClient.h"
+#include "App/KeeperLock.h"
+#include "Base/ThreadQueue.h"
+#include "Tests/Fakes/FakeMachineCounters.h"
+#include "Tests/Fakes/TemporaryFolder.h"
+
+#include <csignal>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace korvell {
+namespace {
+
+struct KeeperSocketTests : testing::Test {
+  static constexpr Seconds patience{20};
+  TemporaryFolder folder;
+  UserFolders folders;
+  const Value askState = Value::object({{"ask", "state"}});
+
+  KeeperSocketTests() {
+    std::signal(SIGPIPE, SIG_IGN); // as the tool's main does
+    folders.data = folder / "data";
+    folders.runtime = folder / "runtime";
+  }
+  KeeperLock announced() const {
+    auto lock = KeeperLock::acquire(folders);
+    lock->announce(keeperSocketPath(folders));
+    return std::move(*lock);
+  }
+};
+
+TEST_F(KeeperSocketTests, thereIsOneKeeperAndItsFileTellsWhereItAnswers) {
+  EXPECT_EQ(announcedSocket(folders), std::nullopt);
+  {
+    auto first = KeeperLock::acquire(folders);
+    ASSERT_TRUE(first);
+    first->announce("/run/somewhere/keeper.sock");
+    EXPECT_EQ(KeeperLock::acquire(folders).reason(), "Korvell is already running.");
+    EXPECT_EQ(announcedSocket(folders), "/run/somewhere/keeper.sock");
+  }
+  EXPECT_EQ(announcedSocket(folders), std::nullopt);
+  EXPECT_TRUE(KeeperLock::acquire(folders));
+
+  auto unwritable = folders;
+  unwritable.data = folder / "data/keeper.lock/below";
+  EXPECT_THAT(KeeperLock::acquire(unwritable).reason(), testing::HasSubstr("can't write"));
+  EXPECT_EQ(keeperSocketPath({.data = "/d", .runtime = "/r"}), "/r/keeper.sock");
+  EXPECT_EQ(keeperSocketPath({.data = "/d", .runtime = ""}), "/d/keeper.sock");
+}
+
+TEST_F(KeeperSocketTests, clientsAskARunningKeeper) {
+  const auto lock = announced();
+  EXPECT_FALSE(KeeperClient::connect(folders)) << "announced, but nobody is there";
+
+  FakeMachineCounters machine;
+  FixedAttention unwatched(false);
+  ThreadQueue main("main");
+  std::unique_ptr<AppModel> model;
+  std::unique_ptr<Keeper> keeper;
+  main.sync([&] {
+    model = std::make_unique<AppModel>(
+        main, std::make_unique<Sampler>(std::make_unique<ThreadQueue>(Sampler::queueLabel), machine),
+        unwatched);
+    keeper = std::make_unique<Keeper>(main, *model);
+    EXPECT_TRUE(keeper->listen(keeperSocketPath(folders)));
+  });
+  auto client = KeeperClient::connect(folders);
+  ASSERT_TRUE(client);
+  EXPECT_EQ(client->ask(Value("no object"), patience), refusal("not a JSON object"));
+  const auto state = client->ask(askState, patience);
+  ASSERT_TRUE(state);
+  EXPECT_NE(state->find("snapshot"), nullptr);
+  main.sync([&] {
+    keeper.reset();
+    model.reset();
+  });
+  EXPECT_EQ(client->ask(askState, patience), std::nullopt);
+}
+
+TEST_F(KeeperSocketTests, aKeeperThatDoesNotAnswerInTimeIsGivenUp) {
+  const auto lock = announced();
+  const auto server = LineServer::listen(
+      keeperSocketPath(folders),
+      [](const std::string& line, const LineServer::Reply& reply) {
+        if (line == "\"noise\"") reply("\xff{not json");
+      },
+      {}, isSameUser);
+  auto client = KeeperClient::connect(folders);
+  ASSERT_TRUE(client);
+  EXPECT_EQ(client->ask(Value("silence"), Seconds{0.01}), std::nullopt);
+  EXPECT_EQ(client->ask(Value("again"), patience), std::nullopt); // at once: the connection was given up
+  client = KeeperClient::connect(folders);
+  EXPECT_EQ(client->ask(Value("noise"), patience), std::nullopt);
+}
+
+} // namespace
+} // namespace korvell
