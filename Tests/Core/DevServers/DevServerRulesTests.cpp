@@ -15,11 +15,9 @@ TEST(DevServerRulesTests, executablesThatAreTheSystemsAreSkipped) {
        {Row{"/usr/bin/python3.11", false, false},
         {"/usr/lib/postgresql/15/bin/postgres", true, false},
         {"/usr/lib/systemd/systemd-resolved", true, true},
-        {"/usr/libexec/rapportd", true, true},
         {"/usr/sbin/cupsd", true, true},
         {"/sbin/rpcbind", false, true},
         {"/System/Library/CoreServices/ControlCenter", true, false},
-        {"/Library/Frameworks/x", true, false},
         {"/Applications/Postgres.app/Contents/MacOS/postgres", true, false},
         {"/opt/Python.framework/Versions/3.12/Resources/Python.app/Contents/MacOS/Python", false, false}}) {
     EXPECT_EQ(isSkippedExecutable(row.path, macOSDevServerTables), row.onMacOS) << row.path;
