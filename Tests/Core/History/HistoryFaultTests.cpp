@@ -59,36 +59,31 @@ TEST_F(HistoryFaultTests, damageFoundLaterLosesNoMinute) {
 TEST_F(HistoryFaultTests, minutesWaitUntilTheFaultIsOver) {
   Database other;
   const auto failWrites = [&](int code) { return [this, code] { disk.writeError = code; }; };
+  const auto lock = [&] {
+    other = Database::open(path, Database::Mode::readWrite);
+    EXPECT_EQ(other.exec("BEGIN IMMEDIATE"), SQLITE_OK);
+  };
+  const auto failToOpen = [&] {
+    store->close();
+    disk.openError = SQLITE_CANTOPEN;
+    store = open();
+  };
   struct Fault {
     const char* name;
     std::function<void()> begin;
     bool isReadable;
   };
-  const Fault faults[] = {{"no room", failWrites(SQLITE_FULL), true},
-                          {"a broken disk", failWrites(SQLITE_IOERR_WRITE), true},
-                          {"locked",
-                           [&] {
-                             other = Database::open(path, Database::Mode::readWrite);
-                             ASSERT_EQ(other.exec("BEGIN IMMEDIATE"), SQLITE_OK);
-                           },
-                           true},
-                          {"can't be opened",
-                           [&] {
-                             store->close();
-                             disk.openError = SQLITE_CANTOPEN;
-                             store = open();
-                           },
-                           false}};
-  for (const auto& fault : faults) {
+  for (const auto& fault : {Fault{"no room", failWrites(SQLITE_FULL), true},
+                            {"a broken disk", failWrites(SQLITE_IOERR_WRITE), true},
+                            {"locked", lock, true},
+                            {"can't be opened", failToOpen, false}}) {
     SCOPED_TRACE(fault.name);
     record(0, 1);
     record(60, 2);
-    store->close();
-    store = open();
     fault.begin();
     record(120, 3);
     record(180, 4);
-    EXPECT_EQ(store->average(Metric::cpu, start, 0), fault.isReadable ? 1.5 : 0);
+    EXPECT_EQ(store->average(Metric::cpu, start, 0), fault.isReadable ? 1 : 0);
     EXPECT_EQ(store->topApps(Metric::cpu, HistoryRange::d30, 3).size(), fault.isReadable ? 1u : 0u);
     EXPECT_EQ(open(HistoryAccess::reader)->isReadable(), fault.isReadable);
     disk.writeError = disk.openError = SQLITE_OK;
