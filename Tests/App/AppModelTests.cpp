@@ -53,6 +53,7 @@ TEST_F(AppModelTests, theFirstTickShowsTheMachineButNoRates) {
   EXPECT_TRUE(model->hasSample.get());
   EXPECT_EQ(model->live->size(), allCases<Metric>().size());
   EXPECT_EQ(model->live->at(Metric::cpu).size(), 1u);
+  EXPECT_EQ(state.refreshes, 2) << "what is told by differences needs two readings";
 }
 
 TEST_F(AppModelTests, thePaceFollowsWhoeverWatches) {
@@ -181,6 +182,8 @@ TEST_F(AppModelTests, planLimitsOfAICodingToolsRaiseAlerts) {
       });
   EXPECT_EQ(told, Value(80.0));
 
+  for (int i = 0; i < 150; ++i) model->aiUsage()->onAlert({});
+  EXPECT_EQ(model->alerts->size(), AppModel::mostAlerts);
   model->aiUsage()->refresh();
   model.reset();
   time.advance(Seconds{600});

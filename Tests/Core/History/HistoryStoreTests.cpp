@@ -19,6 +19,7 @@ TEST_F(HistoryStoreTests, aMinuteIsWrittenWhenTheNextOneBeginsOrTheStoreIsClosed
               ElementsAre("app App - 20.0"));
   store->close();
   record(120, 10); // too late
+  record(180, 10);
   EXPECT_THAT(rows("SELECT cpu || ' ' || ifnull(score, 'NULL') FROM system ORDER BY ts"),
               ElementsAre("20.0 90.0", "1.0 NULL"));
 }
@@ -36,6 +37,7 @@ TEST_F(HistoryStoreTests, aMinuteThatIsThereIsReplacedNotDoubled) {
 }
 
 TEST_F(HistoryStoreTests, queriesAnswerFromTheirRange) {
+  record(-864'000, 5); // ten days
   record(-1000, 80, 10);
   record(0, 10, 60);
   record(60, 20);
@@ -49,6 +51,10 @@ TEST_F(HistoryStoreTests, queriesAnswerFromTheirRange) {
   EXPECT_EQ(store->averageScore(start + Seconds{121}), std::nullopt);
   EXPECT_EQ(store->totalBytes("network", start), (100 + 200 + 600) * 60);
   EXPECT_EQ(store->totalBytes("ts", start), 0);
+  EXPECT_EQ(
+      usageTotals(*store, start, clock.now()),
+      (Totals{
+          .cpuToday = 30, .networkToday = 900 * 60, .network7Days = 1700 * 60, .network30Days = 1750 * 60}));
 
   EXPECT_THAT(store->series(Metric::cpu, HistoryRange::h12), // buckets of three minutes
               ElementsAre(HistoryPoint{Date{1'772'365'320}, 80}, HistoryPoint{start, 30}));

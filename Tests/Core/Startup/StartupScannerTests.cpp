@@ -15,10 +15,11 @@ struct StartupScannerTests : testing::Test {
   FakeLaunchItems items;
   FakeTrash trash;
 
-  std::vector<std::string> labels(bool StartupItem::*which) {
+  static std::vector<std::string> labels(const std::vector<StartupItem>& listed,
+                                         bool StartupItem::*which = nullptr) {
     std::vector<std::string> result;
-    for (const auto& item : StartupScanner::scan(items))
-      if (item.*which) result.push_back(item.label);
+    for (const auto& item : listed)
+      if (!which || item.*which) result.push_back(item.label);
     return result;
   }
   void addEntry(const std::string& path, const std::string& program) {
@@ -34,10 +35,13 @@ TEST_F(StartupScannerTests, leftoversComeFirstThenLabels) {
   items.addUnit(allUsers, "/units/a.service", "%h/x");
   items.addUnit(LaunchScope::system, "/units/c.service", "gone");
   items.launchFiles.push_back({user, LaunchFormat::propertyList, "/broken.plist", "broken", "", {}});
-  std::vector<std::string> order;
-  for (const auto& item : StartupScanner::scan(items)) order.push_back(item.label);
-  EXPECT_THAT(order, ElementsAre("c.service", "z.service", "a.service", "b.service"));
-  EXPECT_THAT(labels(&StartupItem::isLeftover), ElementsAre("c.service", "z.service"));
+  auto listed = StartupScanner::scan(items);
+  EXPECT_THAT(labels(listed), ElementsAre("c.service", "z.service", "a.service", "b.service"));
+  EXPECT_THAT(labels(listed, &StartupItem::isLeftover), ElementsAre("c.service", "z.service"));
+  EXPECT_FALSE(StartupScanner::refreshLeftovers(listed, items));
+  items.existing = {"/opt/gone"};
+  EXPECT_TRUE(StartupScanner::refreshLeftovers(listed, items));
+  EXPECT_THAT(labels(listed), ElementsAre("b.service", "c.service", "a.service", "z.service"));
 }
 
 TEST_F(StartupScannerTests, aScopesManagerKnowsBetterThanTheFile) {
@@ -49,8 +53,10 @@ TEST_F(StartupScannerTests, aScopesManagerKnowsBetterThanTheFile) {
                      .enabled = {{"a.service", true}, {"b.service", false}, {"my-app.desktop", false}},
                      .silence = {}};
   items.jobs.system = {.loaded = {"b.service"}, .enabled = {{"a.service", false}}, .silence = {}};
-  EXPECT_THAT(labels(&StartupItem::isLoaded), ElementsAre("a.service", "my-app.desktop"));
-  EXPECT_THAT(labels(&StartupItem::runsAtLoad), ElementsAre("a.service", "c.service", "my-app.desktop"));
+  const auto listed = StartupScanner::scan(items);
+  EXPECT_THAT(labels(listed, &StartupItem::isLoaded), ElementsAre("a.service", "my-app.desktop"));
+  EXPECT_THAT(labels(listed, &StartupItem::runsAtLoad),
+              ElementsAre("a.service", "c.service", "my-app.desktop"));
 }
 
 TEST_F(StartupScannerTests, theJobIsStoppedAndTheFileThatWasReadGoesToTheTrash) {
@@ -67,7 +73,7 @@ TEST_F(StartupScannerTests, theJobIsStoppedAndTheFileThatWasReadGoesToTheTrash) 
 
   trash = {};
   items.log.clear();
-  EXPECT_TRUE(StartupScanner::remove(listed.at(1), items, trash));
+  ASSERT_TRUE(StartupScanner::remove(listed.at(1), items, trash));
   EXPECT_THAT(items.log, ElementsAre("stop b.service", "removed /units/b.service"));
   EXPECT_THAT(trash.moved, ElementsAre("/real/b.service"));
   EXPECT_EQ(trash.requests.front().picked, (FileIdentity{1, 2}));
