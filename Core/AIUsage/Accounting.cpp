@@ -13,7 +13,7 @@ constexpr std::size_t mostUnwritten = 32'768; ///< a quarter of a megabyte
 constexpr std::size_t lookahead = 8;          ///< events
 constexpr std::size_t mostPendingBytes = std::size_t{1} << 20;
 
-// The keys are hashes, but anyone can write a log: the product spreads chosen ones too.
+// The high bits of a product depend on all bits of the key.
 std::size_t slotOf(std::uint64_t key, std::size_t size) {
   return std::size_t((key * 0x9e3779b97f4a7c15) >> 40) & (size - 1);
 }
@@ -24,22 +24,18 @@ SeenKeys::SeenKeys(UsageDatabase& database, std::string scanDay)
     : database_(database), scanDay_(std::move(scanDay)), anyStored_(database.hasSeenAny()),
       slots_(smallestTable) {}
 
-bool SeenKeys::insert(std::uint64_t key) {
-  if (key == 0) return !std::exchange(zeroSeen_, true);
-  std::size_t slot = slotOf(key, slots_.size());
-  while (slots_[slot] != 0 && slots_[slot] != key) slot = (slot + 1) & (slots_.size() - 1);
-  if (slots_[slot] == key) return false;
-  slots_[slot] = key;
-  ++used_;
-  return true;
+/// The key's, or the free one where it belongs.
+std::uint64_t& SeenKeys::slot(std::uint64_t key) {
+  std::size_t at = slotOf(key, slots_.size());
+  while (slots_[at] != 0 && slots_[at] != key) at = (at + 1) & (slots_.size() - 1);
+  return slots_[at];
 }
 
 void SeenKeys::makeRoom() {
   if (slots_.size() < largestTable) {
     const auto previous = std::exchange(slots_, std::vector<std::uint64_t>(slots_.size() * 4));
-    used_ = 0;
     for (const auto key : previous)
-      if (key != 0) insert(key);
+      if (key != 0) slot(key) = key;
   } else {
     flush();
     anyStored_ = true;
@@ -48,9 +44,19 @@ void SeenKeys::makeRoom() {
   }
 }
 
+// Keys that are not new change nothing: how many of them come depends on the threads, and the portions must
+// not.
 bool SeenKeys::isFirstSighting(std::uint64_t key) {
+  const bool isZero = key == 0; // which marks free slots
+  if (isZero ? zeroSeen_ : slot(key) == key) return false;
+  if (anyStored_ && database_.hasSeen(key)) return false;
   if (used_ * 2 >= slots_.size()) makeRoom();
-  if (!insert(key) || (anyStored_ && database_.hasSeen(key))) return false;
+  if (isZero) {
+    zeroSeen_ = true;
+  } else {
+    slot(key) = key;
+    ++used_;
+  }
   unwritten_.push_back(std::int64_t(key));
   if (unwritten_.size() >= mostUnwritten) flush();
   return true;
@@ -78,16 +84,16 @@ void Accounting::merge(AITool tool, FileState& state, const EventBatch& batch) {
     if (event.key && !seen_.isFirstSighting(*event.key)) continue;
     if (!event.counted) continue;
     if (event.namesProject) state.project = *event.project;
+    ++records_;
+    if (event.counts.total() < 1) continue;
     const auto* model = models_.intern(*event.model);
     const auto* project = projects_.intern(event.project ? *event.project : state.project);
     add({event.day, tool, model, project}, event.counts);
-    ++records_;
   }
   if (batch.limits) keepNewer(limits_, *batch.limits);
 }
 
 void Accounting::add(const Bucket& bucket, const Counts& counts) {
-  if (counts.total() < 1) return;
   pending_[bucket] += counts;
   const auto bytes = pending_.size() * sizeof(*pending_.begin()) + models_.bytes() + projects_.bytes();
   if (bytes > mostPendingBytes) flushUsage();

@@ -22,7 +22,7 @@ public:
   void prepare(std::uint64_t key) const;
 
 private:
-  bool insert(std::uint64_t key);
+  std::uint64_t& slot(std::uint64_t key);
   void makeRoom();
 
   UsageDatabase& database_;

@@ -13,7 +13,7 @@ namespace korvell {
 namespace {
 
 constexpr std::size_t usualLine = std::size_t{1} << 16;
-constexpr std::size_t longLine = std::size_t{1} << 20;
+constexpr std::size_t longLine = std::size_t{1} << 18;
 
 /// Whether a backslash begins anything but the escapes that program text is full of, none of which stands for
 /// a letter; or a run of three may do so, whose meaning depends on its length.
@@ -131,10 +131,10 @@ bool JSONTokens::begin(std::string_view line) {
   return true;
 }
 
-bool JSONTokens::unescape(std::string_view& text) {
+bool JSONTokens::unescape(std::string_view& text, std::string& plain) {
   const auto value = parseJSON(text);
   if (!value || !value->asString()) return false;
-  text = texts_.emplace_back(*value->asString());
+  text = plain = *value->asString();
   return true;
 }
 
@@ -148,7 +148,7 @@ bool JSONTokens::text(std::string_view& result) {
   if (peek() != '"') return false;
   result = token();
   ++next_;
-  if (result.find('\\') != std::string_view::npos) return unescape(result);
+  if (result.find('\\') != std::string_view::npos) return unescape(result, texts_.emplace_back());
   result = result.substr(1, result.size() - 2);
   return true;
 }

@@ -35,7 +35,8 @@ public:
   bool text(std::string_view& result);              ///< lives until the next line begins
   bool integer(std::int64_t& result);               ///< written without a fraction or an exponent
   bool number(double& result);                      ///< finite
-  /// Calls `member` with every name; it reads the value and tells whether that was good.
+  /// Calls `member` with every name, which lives until the value is read; it reads the value and tells
+  /// whether that was good.
   template <class Member>
   bool object(Member&& member);
   bool skip(); ///< any value, numbers beyond all types included
@@ -65,11 +66,12 @@ private:
     if (peek() != '"') return false;
     result = token();
     ++next_;
-    if (rareEscapes_) return unescape(result);
+    if (rareEscapes_ && result.find('\\') != std::string_view::npos) return unescape(result, name_);
     result = result.substr(1, result.size() - 2);
     return true;
   }
-  bool unescape(std::string_view& text); ///< takes its quotes away, too
+  /// Takes the quotes away, too; the text is then that of `plain`.
+  bool unescape(std::string_view& text, std::string& plain);
   bool isNull();
   bool array();
 
@@ -79,6 +81,7 @@ private:
   int depth_ = 0;
   bool rareEscapes_ = false;      ///< somewhere in the line
   std::deque<std::string> texts_; ///< without their escapes
+  std::string name_;
 };
 
 template <class Member>

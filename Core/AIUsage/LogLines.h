@@ -4,7 +4,7 @@
 // The fields bear the names that the tools give them. A line decodes when all of it is well-formed JSON in
 // UTF-8 and no member named here has a wrong type; null counts as absent, unknown members are ignored, of a
 // member written twice the last counts. Integers are written without a fraction or an exponent and fit 64
-// bits. Nesting deeper than 1,024 is refused.
+// bits. Nesting deeper than 1,024 and a byte order mark are refused.
 
 #include "Base/Record.h"
 #include "Core/AIUsage/JSONTokens.h"
