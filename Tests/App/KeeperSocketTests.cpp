@@ -8,6 +8,7 @@
 #include "Tests/Fakes/TemporaryFolder.h"
 
 #include <csignal>
+#include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -82,16 +83,19 @@ TEST_F(KeeperSocketTests, clientsAskARunningKeeper) {
 
 TEST_F(KeeperSocketTests, aKeeperThatDoesNotAnswerInTimeIsGivenUp) {
   const auto lock = announced();
+  std::promise<LineServer::Reply> late;
   const auto server = LineServer::listen(
       keeperSocketPath(folders),
-      [](const std::string& line, const LineServer::Reply& reply) {
-        if (line == "\"noise\"") reply("\xff{not json");
+      [&](const std::string& line, const LineServer::Reply& reply) {
+        if (line == "\"noise\"") return reply("\xff{not json");
+        late.set_value(reply);
       },
       {}, isSameUser);
   auto client = KeeperClient::connect(folders);
   ASSERT_TRUE(client);
   EXPECT_EQ(client->ask(Value("silence"), Seconds{0.01}), std::nullopt);
-  EXPECT_EQ(client->ask(Value("again"), patience), std::nullopt); // at once: the connection was given up
+  late.get_future().get()("1");
+  EXPECT_EQ(client->ask(Value("again"), patience), std::nullopt) << "that was the answer to the first";
   client = KeeperClient::connect(folders);
   EXPECT_EQ(client->ask(Value("noise"), patience), std::nullopt);
 }
