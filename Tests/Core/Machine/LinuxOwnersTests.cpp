@@ -109,6 +109,7 @@ TEST_F(LinuxOwnersRules, theFirstRuleThatAnswersDecides) {
        "proc:unknown|unknown|control group of an application"},
       {{.user = 1000, .controlGroup = app + "snap.spotify.spotify-1.scope"},
        "E:spotify_spotify.desktop|Spotify|snap"},
+      {{.user = 1000, .controlGroup = app + "snap.core.core-1.scope"}, "proc:core|core|snap"},
       {{.user = 1000, .controlGroup = "/system.slice/docker-0123456789abcdef.scope"},
        "container:0123456789ab|Container 0123456789ab|container"},
       {{.user = 1000, .controlGroup = app + "syncthing.service"},

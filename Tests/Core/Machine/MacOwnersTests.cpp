@@ -59,6 +59,7 @@ TEST(MacOwnersTests, theResponsibleProcessAnswersForItsHelpers) {
   processes.add(10, 1, {.path = "/Applications/Editor.app/Contents/MacOS/Editor", .name = "Editor"});
   processes.add(11, 1, {.path = "", .name = "pid 11"});
   processes.add(12, 1, {.path = "/opt/node/bin/node", .name = "node"});
+  processes.add(42, 1, {.path = "/Users/me/bin/tool", .name = "tool"});
   const struct {
     ProcessID responsible;
     const char* key;

@@ -16,7 +16,7 @@ TEST(ModelsTests, anApplicationIsTheSumOfItsProcesses) {
 
 TEST(ModelsTests, metricsAreTakenAndShownInTheirOwnUnit) {
   SystemSnapshot snapshot;
-  snapshot.memory = {.app = 100 << 20, .wired = 50 << 20, .compressed = 10 << 20, .cached = 999};
+  snapshot.memory = {.app = 100 << 20, .wired = 50 << 20, .compressed = 10 << 20, .cached = 9 << 20};
   snapshot.disk = {.readRate = 1e6, .writeRate = 2e6};
   snapshot.battery.systemPower = 12.34;
   const auto text = [&](Metric metric) { return formatMetric(metric, metricValue(metric, snapshot)); };

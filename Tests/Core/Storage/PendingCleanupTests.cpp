@@ -75,7 +75,8 @@ TEST(PendingCleanupTests, onePermanentCategoryMakesTheWholeCleanupPermanent) {
   const auto bin = commandCategory(trash, {.id = "t"}, StorageAction::emptyTrash());
   const auto pending = everything({{pipCategory(1), bin}, Date{}});
   EXPECT_EQ(pending.button(), "Delete Permanently");
-  EXPECT_THAT(pending.message(), HasSubstr("from the Trash.\n\nPermanently deletes"));
+  EXPECT_THAT(pending.message(),
+              HasSubstr("~/1\nYou can put it back from the Trash.\n\nPermanently deletes"));
 }
 
 TEST(PendingCleanupTests, onlyTickedItemsOfTheResultAreTaken) {
