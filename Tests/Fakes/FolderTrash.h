@@ -3,7 +3,6 @@
 
 #include "Platform/Trash.h"
 
-#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <sys/stat.h>
@@ -13,9 +12,6 @@ namespace korvell {
 class FolderTrash final : public Trash {
 public:
   explicit FolderTrash(std::string folder) : folder_(std::move(folder)) {}
-
-  std::vector<TrashRequest> requests; ///< everything that was asked for, in order
-  bool refuses = false;               ///< nothing can be moved
 
   std::vector<Outcome> move(const std::vector<TrashRequest>& asked) override {
     std::vector<Outcome> outcomes;
@@ -29,22 +25,22 @@ public:
 
 private:
   Outcome move(const TrashRequest& request) {
-    requests.push_back(request);
     const std::filesystem::path path = request.path;
     struct stat status {};
-    if (refuses || !path.is_absolute() || !path.has_filename() || path.filename() == ".." ||
+    if (!path.is_absolute() || !path.has_filename() || path.filename() == ".." ||
         lstat(path.c_str(), &status) != 0)
       return Failure{"It could not be moved."};
     const FileIdentity found{std::uint64_t(status.st_dev), std::uint64_t(status.st_ino)};
     const bool plain = std::filesystem::canonical(path.parent_path()) == path.parent_path();
     if (request.picked && (!plain || found != *request.picked)) return Failure{"It is no longer there."};
     std::filesystem::create_directories(folder_);
-    const auto name = path.filename().string() + "-" + std::to_string(requests.size());
+    const auto name = path.filename().string() + "-" + std::to_string(++moved_);
     std::filesystem::rename(path, folder_ + "/" + name);
     return success();
   }
 
   std::string folder_;
+  int moved_ = 0;
 };
 
 } // namespace korvell
