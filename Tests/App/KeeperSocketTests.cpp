@@ -87,8 +87,8 @@ TEST_F(KeeperSocketTests, aKeeperThatDoesNotAnswerInTimeIsGivenUp) {
   const auto server = LineServer::listen(
       keeperSocketPath(folders),
       [&](const std::string& line, const LineServer::Reply& reply) {
-        if (line == "\"noise\"") return reply("\xff{not json");
-        late.set_value(reply);
+        if (line == "\"silence\"") late.set_value(reply);
+        if (line == "\"noise\"") reply("\xff{not json");
       },
       {}, isSameUser);
   auto client = KeeperClient::connect(folders);

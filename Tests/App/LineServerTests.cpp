@@ -5,12 +5,15 @@
 #include "Tests/Fakes/TemporaryFolder.h"
 
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
 #include <future>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 
 namespace korvell {
 namespace {
