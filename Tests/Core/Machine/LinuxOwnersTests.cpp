@@ -132,6 +132,8 @@ TEST_F(LinuxOwnersRules, theFirstRuleThatAnswersDecides) {
     const auto key = owner->key.starts_with(entries) ? "E:" + owner->key.substr(entries.size()) : owner->key;
     EXPECT_EQ(key + "|" + owner->name + "|" + std::string(rule), row.decision);
   }
+  LinuxOwners ofRoot(files, "", 0);
+  EXPECT_EQ(ofRoot.owner(500, {.path = "/bin/x", .name = "x"}, lookup).rule, "process") << "its own user";
 }
 
 TEST_F(LinuxOwnersRules, whatATerminalStartedBelongsToIt) {

@@ -28,7 +28,8 @@ TEST(StorageCleanupTests, theTrashIsEmptiedBeforeAnythingIsMovedThere) {
   const auto emptying = StorageAction::emptyTrash();
   const StorageScanResult result{
       {found(npm, {item(npm, "a", 5)}), found(pip, {item(pip, "b", 7), item(pip, "c", 1)}),
-       found(docker, {item(docker, "d", 9)}, prune), found(trash, {item(trash, "t", 3)}, emptying)},
+       found(docker, {item(docker, "d", 9)}, prune), found(trash, {item(trash, "t", 3)}, emptying),
+       found(downloads, {item(downloads, "e", 2)})},
       Date{}};
   const auto plan = CleanupPlan::of(
       result, {item(trash, "t", 3), item(docker, "d", 9), item(pip, "b", 7), item(npm, "a", 5)});
@@ -50,7 +51,7 @@ TEST(StorageCleanupTests, theTrashIsEmptiedBeforeAnythingIsMovedThere) {
                                  "measure pip", "measure docker", "measure trash"));
   EXPECT_EQ(freedBytes(plan, outcome), (FreedBytes{.moved = 12, .emptied = 3, .commands = 9}));
   const auto after = merged(result, plan, outcome);
-  ASSERT_EQ(after.categories.size(), 2u);
+  ASSERT_EQ(after.categories.size(), 3u);
   EXPECT_EQ(after.categories[0].kind, pip);
   EXPECT_EQ(after.category(trash)->bytes, 12) << "what was just moved lies there now";
 }

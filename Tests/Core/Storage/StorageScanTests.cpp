@@ -227,8 +227,8 @@ TEST_F(StorageScanTests, dependenciesOfProjectsThatRest) {
   project("a/b/c/d/five-is-too-deep", old);
   project(".hidden/p", old);
   project("code/old/node_modules/nested", old);
-  disk.file("home/code/old/.git/index", 10);     // both are younger than 30 days
-  disk.file("home/code/old/packages/.git/x", 1); //
+  disk.file("home/code/old/.git/index", 10); // work on the history is no work on the project
+  disk.date("home/code/old/.git/index", recent);
   for (const auto* part : {"code/old/packages", "code/old/packages/inner", "a/b/c/d/five-is-too-deep"})
     disk.date(std::string("home/") + part, old);
   disk.link("code/old/node_modules", "home/code/linked/node_modules");
