@@ -99,8 +99,10 @@ struct Layout {
   bool splitsCache; ///< writes and reads in columns of their own
   int barWidth;
   bool cutsNames = false;
+  bool sumsUp = true; ///< has a column for all tokens
 };
-constexpr Layout layouts[] = {{true, 16}, {true, 8}, {false, 16}, {false, 6}, {false, 1, true}};
+constexpr Layout layouts[] = {{true, 16}, {true, 8},        {false, 16},
+                              {false, 6}, {false, 1, true}, {false, 1, true, false}};
 
 class UsageTables {
 public:
@@ -109,19 +111,25 @@ public:
 
   Table make() const {
     Table table = view_.by == "model" ? byModel() : view_.by == "project" ? byProject() : byDay();
-    table.row(cells({{localized("Total"), Ink::bold}, ""}, usage_.summary.tokens(view_.since, view_.tool),
+    std::vector<Table::Cell> leading = {{localized("Total"), Ink::bold}};
+    if (view_.by == "day" || namesTools()) leading.emplace_back("");
+    table.row(cells(std::move(leading), usage_.summary.tokens(view_.since, view_.tool),
                     usage_.summary.cost(view_.since, view_.tool), Ink::bold));
     return table;
   }
 
 private:
+  /// A model's name tells its tool, too.
+  bool namesTools() const { return view_.by == "model" && layout_.splitsCache; }
+
   Table tableWith(std::vector<Column> columns) const {
     std::vector<const char*> names = {"Input", "Output"};
     if (layout_.splitsCache)
       names.insert(names.end(), {"Cache write", "Cache read"});
     else
       names.push_back("Cache");
-    names.insert(names.end(), {"Total", "Cost"});
+    if (layout_.sumsUp) names.push_back("Total");
+    names.push_back("Cost");
     for (const char* name : names) columns.push_back({localized(name), Column::Align::right});
     return Table(std::move(columns));
   }
@@ -137,7 +145,7 @@ private:
     } else {
       add(AITokens{.cacheWrite = tokens.cacheWrite, .cacheRead = tokens.cacheRead}.total());
     }
-    add(tokens.total());
+    if (layout_.sumsUp) add(tokens.total());
     leading.push_back({dollars(cost), ink});
     return leading;
   }
@@ -165,21 +173,22 @@ private:
     return table;
   }
 
-  /// A model's name tells its tool, too.
   Table byModel() const {
-    const bool namesTool = layout_.splitsCache;
-    Table table = tableWith({{localized("Model"), Column::Align::left, layout_.cutsNames, 12},
-                             {namesTool ? localized("Tool") : ""}});
-    for (const auto& total : usage_.summary.byModel(view_.since, view_.tool))
-      table.row(
-          cells({total.model, namesTool ? std::string(title(total.tool)) : ""}, total.tokens, total.cost));
+    std::vector<Column> columns = {{localized("Model"), Column::Align::left, layout_.cutsNames, 12}};
+    if (namesTools()) columns.push_back({localized("Tool")});
+    Table table = tableWith(std::move(columns));
+    for (const auto& total : usage_.summary.byModel(view_.since, view_.tool)) {
+      std::vector<Table::Cell> leading = {total.model};
+      if (namesTools()) leading.emplace_back(std::string(title(total.tool)));
+      table.row(cells(std::move(leading), total.tokens, total.cost));
+    }
     return table;
   }
 
   Table byProject() const {
-    Table table = tableWith({{localized("Project"), Column::Align::left, layout_.cutsNames, 12}, {""}});
+    Table table = tableWith({{localized("Project"), Column::Align::left, layout_.cutsNames, 12}});
     for (const auto& total : usage_.summary.byProject(view_.since, view_.tool))
-      table.row(cells({total.name, ""}, total.tokens, total.cost));
+      table.row(cells({total.name}, total.tokens, total.cost));
     return table;
   }
 

@@ -1,3 +1,4 @@
+#include "Base/Text.h"
 #include "CommandFixture.h"
 #include "Platform/Posix/PosixLogFiles.h"
 #include "Tests/Fakes/TemporaryFolder.h"
@@ -44,14 +45,25 @@ TEST_F(AICommandTests, tablesByDayModelAndProject) {
   EXPECT_EQ(ai({}), exitOK);
   EXPECT_THAT(output, HasSubstr("2,345,687"));
   EXPECT_THAT(output, HasSubstr("API-equivalent, 30 days: $38.19 at API list prices"));
-  for (std::size_t begin = 0, end = 0; (end = output.find('\n', begin)) != std::string::npos; begin = end + 1)
-    EXPECT_LE(inkedWidth(output.substr(begin, end - begin)), 80);
   EXPECT_EQ(ai({"--by", "model"}), exitOK);
   EXPECT_LT(output.find("claude-sonnet-4-5"), output.find("unknown"));
   EXPECT_EQ(ai({"--by", "project", "--tool", "codex", "--explain"}), exitOK);
   EXPECT_THAT(output, Not(HasSubstr("shop")));
   EXPECT_THAT(output, HasSubstr("2026-09-25). Subscription"));
   EXPECT_EQ(ai({"--by", "week"}), exitUsage);
+}
+
+TEST_F(AICommandTests, tablesFitWhateverTheFigures) {
+  for (const char* tokens : {"1", "123456789", "123456789012"}) {
+    write(fmt::format(".claude/projects/-p-a-project-with-a-long-name/{}.jsonl", tokens),
+          fmt::format(R"({{"type":"assistant","timestamp":"{}","message":{{"model":"claude-a-long-name-7",)"
+                      R"("usage":{{"input_tokens":{},"output_tokens":{},"cache_read_input_tokens":{}}}}}}})",
+                      rfc3339(clock.wall), tokens, tokens, tokens));
+    for (const char* by : {"day", "model", "project"}) {
+      EXPECT_EQ(ai({"--by", by}), exitOK);
+      for (const auto line : splitLines(output)) EXPECT_LE(inkedWidth(std::string(line)), 80) << line;
+    }
+  }
 }
 
 TEST_F(AICommandTests, oneObjectOfJSONHoldsAllRowsWhateverTheTable) {
