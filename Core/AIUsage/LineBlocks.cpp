@@ -8,6 +8,10 @@
 
 namespace korvell {
 
+namespace {
+constexpr std::size_t alignment = 64; ///< a line of the processor's cache
+}
+
 bool BlockBuffer::resize(std::size_t capacity) {
   auto* grown = static_cast<char*>(std::realloc(bytes_.get(), capacity + JSONTokens::padding));
   if (!grown) return false;
@@ -27,23 +31,27 @@ LineBlocks::LineBlocks(OpenLog& log, BlockBuffer& buffer, std::int64_t offset, s
 /// Room behind the bytes read: moves a begun line to the front, and grows where it fills the buffer.
 bool LineBlocks::makeRoom() {
   if (!buffer_.data()) return false;
-  if (begin_ > 0) {
-    std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
-    end_ -= begin_;
-    begin_ = 0;
-  }
-  if (end_ <= maximumLine_ && end_ < buffer_.capacity()) return true;
-  if (end_ > maximumLine_) {
+  if (end_ - begin_ > maximumLine_) {
     passingOver_ = true;
-    end_ = 0;
-    return true;
+    begin_ = end_;
   }
-  // One byte more than the longest line, for its line feed.
-  return buffer_.resize(std::min(buffer_.capacity() * 2, std::max(maximumLine_ + 1, blockSize)));
+  const std::size_t kept = end_ - begin_;
+  const std::size_t most = std::max(maximumLine_ + 1, blockSize) + alignment;
+  if (kept + alignment > buffer_.capacity() && !buffer_.resize(std::min(buffer_.capacity() * 2, most)))
+    return false;
+  // The kernel copies fastest to where addresses are aligned as the file's offsets are.
+  const auto address = reinterpret_cast<std::uintptr_t>(buffer_.data());
+  const std::size_t front = (std::size_t(readAt_) - kept - address) % alignment;
+  std::memmove(buffer_.data() + front, buffer_.data() + begin_, kept);
+  begin_ = front;
+  end_ = front + kept;
+  return true;
 }
 
 bool LineBlocks::fill() {
-  const auto count = log_.read(buffer_.data() + end_, buffer_.capacity() - end_, readAt_);
+  // No more than the longest line with its line feed, so that a longer one is never handed out.
+  const std::size_t room = std::min(buffer_.capacity(), begin_ + maximumLine_ + 1) - end_;
+  const auto count = log_.read(buffer_.data() + end_, room, readAt_);
   if (count <= 0) return false;
   readAt_ += count;
   end_ += std::size_t(count);
@@ -55,7 +63,7 @@ bool LineBlocks::next(std::string_view& lines) {
     const std::size_t known = end_;
     if (!fill()) return false;
     if (passingOver_) {
-      const auto* feed = static_cast<const char*>(std::memchr(buffer_.data(), '\n', end_));
+      const auto* feed = static_cast<const char*>(std::memchr(buffer_.data() + begin_, '\n', end_ - begin_));
       begin_ = feed ? std::size_t(feed - buffer_.data()) + 1 : end_;
       if (!feed) continue;
       passingOver_ = false;
