@@ -1,45 +1,15 @@
-#include "Core/Loop/Sampler.h"
-
-#include "Base/ManualQueue.h"
-#include "Tests/Fakes/FakeLaunchItems.h"
-#include "Tests/Fakes/FakeMachineCounters.h"
-#include "Tests/Fakes/FakeProcessTable.h"
-#include "Tests/Fakes/FakeTimeZone.h"
-#include "Tests/Fakes/OneEach.h"
-#include "Tests/Fakes/TemporaryFolder.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "LoopFixture.h"
 
 namespace korvell {
 namespace {
 
 using testing::ElementsAre;
 
-struct SamplerTests : testing::Test {
-  const Date start{1'772'370'120}; // two minutes past an hour
-  ManualScheduler time{start};
-  FakeMachineCounters machine;
-  FakeProcessTable table;
-  FakeRunningApplications applications;
-  OneEach owners;
-  FakeTimeZone zone;
-  FakeLaunchItems launchItems;
-  TemporaryFolder folder;
-  HistoryStore history{time.factory(), time.clock(), folder.path().string()};
+struct SamplerTests : LoopFixture {
+  const Date start = time.clock().now();
   Sampler sampler{time.makeQueue(Sampler::queueLabel), machine, subjects()};
 
-  Sampler::Subjects subjects() {
-    Sampler::Subjects subjects;
-    subjects.processes = std::make_unique<ProcessSampler>(
-        ProcessSampler::Services{table, applications, owners, time.clock()}, 4);
-    subjects.devServers = std::make_unique<DevServerScanner>(
-        table, linuxDevServerTables, "/home/u", [](const std::string&) { return false; }, time.clock());
-    subjects.history = &history;
-    subjects.zone = &zone;
-    subjects.launchItems = &launchItems;
-    return subjects;
-  }
+  SamplerTests() : LoopFixture({1'772'370'120}) {} // two minutes past an hour
   /// A cycle ten seconds after the last one, in which the disk wrote a megabyte and a core was half busy.
   Tick cycle() {
     time.clock().elapse(Seconds{10});
