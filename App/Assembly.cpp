@@ -18,7 +18,6 @@ constexpr Seconds helperStart{1};
 
 std::unique_ptr<OwnerRules> ownerRules(Host& host) {
   if (host.system == SystemKind::macOS) return std::make_unique<MacOwners>(host.bundleInfo);
-  if (!host.desktopFiles) return nullptr;
   return std::make_unique<LinuxOwners>(*host.desktopFiles, host.locale, host.user);
 }
 
@@ -29,7 +28,6 @@ Assembly::Assembly(Host& host, const Clock& clock) : host_(host), clock_(clock),
 }
 
 std::unique_ptr<ProcessSampler> Assembly::makeProcessSampler() {
-  if (!host_.processes || !host_.applications || !owners_) return nullptr;
   PrivilegedRusage privileged;
   if (helper_) {
     helper_->prepare(helperStart);
@@ -56,30 +54,45 @@ std::unique_ptr<DevServerScanner> Assembly::makeDevServerScanner() const {
 }
 
 std::unique_ptr<Sampler> Assembly::makeSampler(HistoryStore* history) {
-  Sampler::Subjects subjects;
-  subjects.processes = makeProcessSampler();
-  if (host_.processes) subjects.devServers = makeDevServerScanner();
-  subjects.history = history;
-  subjects.zone = host_.zone.get();
-  subjects.launchItems = host_.launchItems.get();
-  subjects.table = host_.processes.get();
-  subjects.control = host_.processControl.get();
-  subjects.applications = host_.applications.get();
-  subjects.state = host_.state.get();
-  if (history && host_.defaults && host_.notifications) {
-    // Alerts and reports are the keeper's, whose sign is the history that it records.
-    subjects.alerts = std::make_unique<AlertEngine>(
-        AlertEngine::Services{*host_.defaults, *host_.notifications},
-        std::string(owners_ ? owners_->systemGroup().key : ""), host_.machine->facts().logicalProcessors);
-    subjects.defaults = host_.defaults.get();
-    subjects.notifications = host_.notifications.get();
-  }
-  return std::make_unique<Sampler>(systemQueueFactory()(Sampler::queueLabel), *host_.machine,
-                                   std::move(subjects));
+  std::optional<Sampler::Keeping> keeping;
+  if (history)
+    keeping.emplace(Sampler::Keeping{
+        *history, *host_.zone,
+        std::make_unique<AlertEngine>(AlertEngine::Services{*host_.defaults, *host_.notifications},
+                                      std::string(owners_->systemGroup().key),
+                                      host_.machine->facts().logicalProcessors),
+        *host_.defaults, *host_.notifications});
+  return std::make_unique<Sampler>(
+      systemQueueFactory()(Sampler::queueLabel), *host_.machine,
+      Sampler::Subjects{makeProcessSampler(), makeDevServerScanner(), *host_.launchItems, *host_.state},
+      std::move(keeping));
+}
+
+AppModel::Seams Assembly::seams() {
+  return {*host_.state,       *host_.defaults, *host_.notifications, quitServices(),
+          *host_.launchItems, *host_.trash,    systemQueueFactory()};
+}
+
+std::unique_ptr<AppModel> Assembly::makeKeepingModel(Queue& main, const Attention& attention) {
+  auto history = std::make_unique<HistoryStore>(systemQueueFactory(), clock_, host_.folders.data);
+  auto sampler = makeSampler(history.get());
+  return std::make_unique<AppModel>(
+      main, AppModel::Parts{std::move(history), std::move(sampler), makeAIUsageStore(main)}, attention,
+      seams());
+}
+
+std::unique_ptr<AppModel> Assembly::makeWatchingModel(Queue& main, const Attention& attention) {
+  auto history =
+      std::make_unique<HistoryStore>(systemQueueFactory(), clock_, host_.folders.data, HistoryAccess::reader);
+  auto own = seams();
+  return std::make_unique<AppModel>(main, AppModel::Parts{std::move(history), makeSampler(nullptr)},
+                                    attention,
+                                    AppModel::Seams{own.state, own.defaults, silent_, own.processes,
+                                                    own.launchItems, own.trash, own.makeQueue});
 }
 
 std::unique_ptr<AIUsageStore> Assembly::makeAIUsageStore(Queue& main) {
-  if (!host_.logFiles || !host_.defaults || !host_.notifications) return nullptr;
+  if (!host_.logFiles) return nullptr;
   const auto makeScanner = [this](Cancellation ending) {
     auto options = AIUsageScanner::defaults(host_.folders);
     options.cancellation = std::move(ending);

@@ -2,6 +2,7 @@
 // Puts the sampling loop together from the operating system's answers: the same way for the keeper, the
 // interface and commands that measure by themselves. Outlives the samplers that it makes.
 
+#include "App/AppModel.h"
 #include "Base/Queue.h"
 #include "Core/AIUsage/AIUsageStore.h"
 #include "Core/Loop/Sampler.h"
@@ -17,19 +18,26 @@ class Assembly {
 public:
   Assembly(Host& host, const Clock& clock);
 
+  /// The model of a process that keeps: records, alerts, reports and accounts.
+  std::unique_ptr<AppModel> makeKeepingModel(Queue& main, const Attention& attention);
+  /// The model of one that only shows: it records and notifies nothing, and reads the history.
+  std::unique_ptr<AppModel> makeWatchingModel(Queue& main, const Attention& attention);
   /// A sampler on a queue of its own. Without a history nothing is recorded. One at a time.
   std::unique_ptr<Sampler> makeSampler(HistoryStore* history);
-  /// For commands that need more of the processes than a snapshot has. Null where they can't be read.
+  /// For commands that need more of the processes than a snapshot has.
   std::unique_ptr<ProcessSampler> makeProcessSampler();
   /// The accounting of what AI coding tools used, which publishes on `main`. Null where logs can't be read.
   std::unique_ptr<AIUsageStore> makeAIUsageStore(Queue& main);
-  const TimeZone& zone() const { return *host_.zone; }
+  /// What ending processes takes.
+  QuitServices quitServices() { return {*host_.processes, *host_.applications, *host_.processControl}; }
 
 private:
+  AppModel::Seams seams();
   std::unique_ptr<DevServerScanner> makeDevServerScanner() const;
 
   Host& host_;
   const Clock& clock_;
+  SilentNotifications silent_;
   std::unique_ptr<OwnerRules> owners_;       ///< this system's
   std::unique_ptr<PrivilegedHelper> helper_; ///< null where there is none
 };

@@ -42,7 +42,7 @@ private:
   Queue& main_;
   AppModel& model_;
   std::map<std::string, Action, std::less<>> actions_;
-  std::shared_ptr<Keeper*> self_; ///< what a late request finds empty
+  Lifeline<Keeper> life_{*this};
   std::unique_ptr<LineServer> server_;
 };
 

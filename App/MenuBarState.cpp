@@ -6,7 +6,7 @@ void MenuBarState::update(int newScore, int newCPU, int newMemory, double cpuExa
   score.setIfChanged(newScore);
   pendingHistory_.push_back(cpuExact);
   if (pendingHistory_.size() > historyLength) pendingHistory_.erase(pendingHistory_.begin());
-  const auto style = defaults_ ? menuBarStyle(*defaults_) : MenuBarStyle::icon;
+  const auto style = menuBarStyle(defaults_);
   if (style != MenuBarStyle::cpuAndMemory && style != MenuBarStyle::graphs) return;
   cpu.setIfChanged(newCPU);
   memory.setIfChanged(newMemory);

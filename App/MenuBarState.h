@@ -14,19 +14,19 @@ class MenuBarState {
 public:
   static constexpr std::size_t historyLength = 14;
 
-  /// Without settings the style is the icon.
-  explicit MenuBarState(const UserDefaults* defaults) : defaults_(defaults) {}
+  MenuBarState(const Queue& main, const UserDefaults& defaults)
+      : score(main), cpu(main), memory(main), cpuHistory(main), defaults_(defaults) {}
 
-  Published<int> score{0};
-  Published<int> cpu{0};                     ///< whole percent
-  Published<int> memory{0};                  ///< whole percent
+  Published<int> score;
+  Published<int> cpu;                        ///< whole percent
+  Published<int> memory;                     ///< whole percent
   Published<std::vector<double>> cpuHistory; ///< percent, oldest first, at most historyLength
 
   /// Once for each cycle; a new style takes effect here.
   void update(int score, int cpu, int memory, double cpuExact);
 
 private:
-  const UserDefaults* defaults_;
+  const UserDefaults& defaults_;
   std::vector<double> pendingHistory_; ///< kept up whatever the style, so that graphs begin filled
 };
 

@@ -16,6 +16,10 @@ std::unique_ptr<Queue> ManualScheduler::makeQueue(std::string label) {
   return std::make_unique<ManualQueue>(*this, std::move(label));
 }
 
+std::unique_ptr<Queue> ManualScheduler::makeMainQueue() {
+  return std::make_unique<ManualQueue>(*this, "main", true);
+}
+
 QueueFactory ManualScheduler::factory() {
   return [this](std::string label) { return makeQueue(std::move(label)); };
 }
@@ -43,8 +47,8 @@ void ManualScheduler::advance(Seconds span) {
   run();
 }
 
-ManualQueue::ManualQueue(ManualScheduler& scheduler, std::string label)
-    : scheduler_(scheduler), label_(std::move(label)),
+ManualQueue::ManualQueue(ManualScheduler& scheduler, std::string label, bool isMain)
+    : scheduler_(scheduler), label_(std::move(label)), isMain_(isMain),
       core_(std::make_shared<QueueCore>(scheduler.clock_, [] {})) {
   scheduler_.queues_.push_back(this);
 }

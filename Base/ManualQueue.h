@@ -37,6 +37,8 @@ public:
   explicit ManualScheduler(Date start = ManualClock().now());
   ManualClock& clock() { return *clock_; }
   std::unique_ptr<Queue> makeQueue(std::string label);
+  /// The main queue: the test's own code counts as running on it, as code on the main loop's thread does.
+  std::unique_ptr<Queue> makeMainQueue();
   QueueFactory factory();
 
   /// Runs what is ready on all queues, what that adds included, without letting time pass.
@@ -55,7 +57,7 @@ private:
 /// other it throws std::logic_error instead.
 class ManualQueue final : public Queue {
 public:
-  ManualQueue(ManualScheduler& scheduler, std::string label);
+  ManualQueue(ManualScheduler& scheduler, std::string label, bool isMain = false);
   ~ManualQueue() override;
   ManualQueue(const ManualQueue&) = delete;
   ManualQueue& operator=(const ManualQueue&) = delete;
@@ -66,7 +68,7 @@ public:
   [[nodiscard]] std::unique_ptr<Timer> timer(Task handler) override {
     return core_->makeTimer(std::move(handler));
   }
-  bool isCurrent() const override { return scheduler_.current_ == this; }
+  bool isCurrent() const override { return scheduler_.current_ == this || (isMain_ && !scheduler_.current_); }
   const Clock& clock() const override { return core_->clock(); }
 
 private:
@@ -77,6 +79,7 @@ private:
 
   ManualScheduler& scheduler_;
   const std::string label_;
+  const bool isMain_;
   std::shared_ptr<QueueCore> core_;
   std::shared_ptr<bool> running_ = std::make_shared<bool>(false); ///< a task may destroy its queue
 };

@@ -1,9 +1,13 @@
 #pragma once
-// A value that tells its observers when it is set. Main thread only.
+// A value that tells its observers when it is set. Lives on one queue, the main one, and asserts it.
 //
 // Observers are called in the order in which they subscribed, with the new value already in place; they may
-// subscribe and unsubscribe from inside a call. An observer lives as long as its Subscription.
+// subscribe and unsubscribe from inside a call. An observer lives as long as its Subscription. Values that
+// belong together are set through a Publication: all of them are in place before anybody is told of one.
 
+#include "Base/Queue.h"
+
+#include <cassert>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -19,8 +23,7 @@ class Published {
 public:
   using Observer = std::function<void(const T&)>;
 
-  Published() = default;
-  explicit Published(T value) : value_(std::move(value)) {}
+  explicit Published(const Queue& queue, T value = {}) : queue_(queue), value_(std::move(value)) {}
   Published(const Published&) = delete;
   Published& operator=(const Published&) = delete;
 
@@ -29,7 +32,7 @@ public:
   const T* operator->() const { return &value_; }
 
   void set(T value) {
-    value_ = std::move(value);
+    place(std::move(value));
     notify();
   }
   /// Publishes only a change.
@@ -44,6 +47,12 @@ public:
   }
 
 private:
+  friend class Publication;
+
+  void place(T value) {
+    assert(queue_.isCurrent());
+    value_ = std::move(value);
+  }
   void notify() {
     std::erase_if(observers_, [](const auto& weak) { return weak.expired(); });
     auto current = observers_;
@@ -51,8 +60,33 @@ private:
       if (auto observer = weak.lock()) (*observer)(value_);
   }
 
-  T value_{};
+  const Queue& queue_;
+  T value_;
   std::vector<std::weak_ptr<Observer>> observers_;
+};
+
+/// Sets several values as one: observers are told when it ends, in the order of the settings.
+class Publication {
+public:
+  Publication() = default;
+  ~Publication() {
+    for (const auto& notice : notices_) notice();
+  }
+  Publication(const Publication&) = delete;
+  Publication& operator=(const Publication&) = delete;
+
+  template <class T>
+  void set(Published<T>& published, T value) {
+    published.place(std::move(value));
+    notices_.push_back([&published] { published.notify(); });
+  }
+  template <class T>
+  void setIfChanged(Published<T>& published, T value) {
+    if (!(*published == value)) set(published, std::move(value));
+  }
+
+private:
+  std::vector<std::function<void()>> notices_;
 };
 
 } // namespace korvell

@@ -5,6 +5,7 @@
 #include "Base/LocalTime.h"
 #include "Base/Localization.h"
 #include "Base/UserFolders.h"
+#include "Platform/Absent.h"
 #include "Platform/DesktopFiles.h"
 #include "Platform/Diagnostics.h"
 #include "Platform/FileTree.h"
@@ -36,22 +37,22 @@ struct Host {
   std::string locale;                   ///< of texts, "de_DE.UTF-8"; empty for the English ones
   std::span<const LocalizedText> words; ///< the system's own words for localized()
   std::unique_ptr<TimeZone> zone = std::make_unique<SystemTimeZone>(); ///< the user's
-  std::unique_ptr<UserDefaults> defaults;
+  std::unique_ptr<UserDefaults> defaults = std::make_unique<NoUserDefaults>();
   std::unique_ptr<FileTree> fileTree;
   std::unique_ptr<LogFiles> logFiles;
-  std::unique_ptr<Trash> trash;
+  std::unique_ptr<Trash> trash = std::make_unique<NoTrash>();
   std::unique_ptr<MachineCounters> machine;
   std::unique_ptr<Diagnostics> diagnostics;
-  std::unique_ptr<MachineState> state;
-  std::unique_ptr<Notifications> notifications;
+  std::unique_ptr<MachineState> state = std::make_unique<UnknownMachineState>();
+  std::unique_ptr<Notifications> notifications = std::make_unique<SilentNotifications>();
   std::function<void()> openWatch; ///< shows "korvell watch" in a window; null where there is none to open
-  std::unique_ptr<ProcessTable> processes;
-  std::unique_ptr<ProcessControl> processControl;
-  std::unique_ptr<RunningApplications> applications;
+  std::unique_ptr<ProcessTable> processes = std::make_unique<NoProcesses>();
+  std::unique_ptr<ProcessControl> processControl = std::make_unique<NoProcessControl>();
+  std::unique_ptr<RunningApplications> applications = std::make_unique<NoRunningApplications>();
   std::unique_ptr<UsageHelperService> usageHelper;
-  std::unique_ptr<LaunchItems> launchItems;
-  std::unique_ptr<DesktopFiles> desktopFiles; ///< null where applications are bundles
-  BundleInfo bundleInfo;                      ///< empty where applications are no bundles
+  std::unique_ptr<LaunchItems> launchItems = std::make_unique<NoLaunchItems>();
+  std::unique_ptr<DesktopFiles> desktopFiles = std::make_unique<NoDesktopFiles>();
+  BundleInfo bundleInfo; ///< empty where applications are no bundles
 };
 
 Host makeHost(const Environment& environment);

@@ -98,10 +98,8 @@ int report(Context& context, bool json, const std::string& name, const QuitResul
 }
 
 int runQuit(Context& context, const Arguments& arguments) {
-  auto& host = context.host;
-  Assembly assembly(host, context.clock);
+  Assembly assembly(context.host, context.clock);
   const auto sampler = assembly.makeProcessSampler();
-  if (!sampler || !host.processControl) return fail(context, localized("Processes can't be read here"));
   const auto what = *arguments.text("APP|PID");
   const bool force = arguments.flag("--force");
   const auto apps = sampler->sample({});
@@ -124,9 +122,7 @@ int runQuit(Context& context, const Arguments& arguments) {
   if (!confirmed(context, arguments, question(name, targets.size(), force) + listOf(targets, app)))
     return exitFailed;
   const auto told = quitThroughKeeper(context, targets, force);
-  const auto result =
-      told ? *told
-           : quitProcesses(targets, force, {*host.processes, *host.applications, *host.processControl});
+  const auto result = told ? *told : quitProcesses(targets, force, assembly.quitServices());
   return report(context, arguments.flag("--json"), name, result);
 }
 

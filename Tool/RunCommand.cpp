@@ -1,11 +1,9 @@
 // korvell run: the keeper without an interface. Measures, records, alerts and answers until it is told to
 // end.
 
-#include "App/AppModel.h"
 #include "App/Assembly.h"
 #include "App/Keeper.h"
 #include "App/KeeperLock.h"
-#include "Base/SystemQueue.h"
 #include "Tool/Commands.h"
 #include "Tool/HeadlessLoop.h"
 
@@ -17,23 +15,13 @@ int runKeeper(Context& context, const Arguments&) {
   const auto lock = KeeperLock::acquire(context.host.folders);
   if (!lock) return fail(context, lock.reason());
 
-  // In the order in which they lean on each other: they end in the reverse one, the history last, with the
-  // minute in progress.
-  HistoryStore history(systemQueueFactory(), context.clock, context.host.folders.data);
   Assembly assembly(context.host, context.clock);
   if (const auto& open = context.host.openWatch)
     context.host.notifications->setOpenHandler([open](const std::string&) { open(); });
   HeadlessLoop loop;
   const FixedAttention unwatched(false);
-  AppModel model(loop.main(), assembly.makeSampler(&history), unwatched,
-                 {.state = context.host.state.get(),
-                  .defaults = context.host.defaults.get(),
-                  .notifications = context.host.notifications.get(),
-                  .launchItems = context.host.launchItems.get(),
-                  .trash = context.host.trash.get(),
-                  .makeQueue = systemQueueFactory()},
-                 assembly.makeAIUsageStore(loop.main()));
-  Keeper keeper(loop.main(), model);
+  const auto model = assembly.makeKeepingModel(loop.main(), unwatched);
+  Keeper keeper(loop.main(), *model);
 
   const auto socket = keeperSocketPath(context.host.folders);
   const auto spare = spareSocketPath(context.host.folders);

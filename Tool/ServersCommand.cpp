@@ -123,9 +123,10 @@ std::optional<StopOutcome> stopHere(Context& context, const DevServer& server) {
   Assembly assembly(context.host, context.clock);
   HeadlessLoop loop;
   const auto sampler = assembly.makeSampler(nullptr);
+  ProcessActions actions(*sampler, assembly.quitServices());
   std::optional<StopOutcome> result;
   sampler->queue().async([&] {
-    sampler->stopServer(server.pid, server.startedAt, [&](StopOutcome outcome) {
+    actions.stopServer(server.pid, server.startedAt, [&](StopOutcome outcome) {
       loop.main().async([&loop, &result, outcome] {
         result = outcome;
         loop.quit();

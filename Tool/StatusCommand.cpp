@@ -24,8 +24,7 @@ constexpr std::size_t shownApps = 5;
 
 void printTopApps(Context& context, std::vector<AppUsage> apps, int width) {
   if (apps.empty()) return;
-  const auto& processes = context.host.processes;
-  const UsageTable table(context.out, width, showsEnergy(apps), processes && processes->energyIsEstimate());
+  const UsageTable table(context.out, width, showsEnergy(apps), context.host.processes->energyIsEstimate());
   sortByUsage(apps, UsageKey::cpu);
   apps.resize(std::min(apps.size(), shownApps));
   context.out.line();

@@ -78,19 +78,17 @@ int runWatch(Context& context, const Arguments&) {
   HostedQueue main("main", [&screen] { screen.wake(); });
   FixedAttention watched(true);
   Assembly assembly(context.host, context.clock);
-  AppModel model(main, assembly.makeSampler(nullptr), watched, {context.host.state.get()});
+  const auto model = assembly.makeWatchingModel(main, watched);
   HealthReport report;
   UsageList list;
-  const bool estimate = context.host.processes && context.host.processes->energyIsEstimate();
+  const bool estimate = context.host.processes->energyIsEstimate();
   const auto draw = [&] {
-    screen.draw(frame({context.out, model, report, list, estimate}, screen.columns(), screen.rows()));
+    screen.draw(frame({context.out, *model, report, list, estimate}, screen.columns(), screen.rows()));
   };
-  const auto subscription = model.snapshot.observe([&](const SystemSnapshot& snapshot) {
-    list.setApps(snapshot.apps);
-    main.async([&] { // once the model has judged what it publishes here
-      report = currentReport(context, model);
-      draw();
-    });
+  const auto subscription = model->cycle.observe([&](std::int64_t) {
+    list.setApps(model->snapshot->apps);
+    report = currentReport(context, *model);
+    draw();
   });
   draw();
   for (;;) {

@@ -10,13 +10,10 @@ constexpr Seconds leeway{10};
 
 AIUsageStore::AIUsageStore(Queue& main, const QueueFactory& makeQueue, const Clock& clock,
                            MakeScanner makeScanner, PlanLimitAlerts::Seams alerts)
-    : main_(main), clock_(clock), makeScanner_(std::move(makeScanner)), alerts_(std::move(alerts)),
-      self_(std::make_shared<AIUsageStore*>(this)), queue_(makeQueue(queueLabel)) {}
+    : summary(main), isScanning(main), main_(main), clock_(clock), makeScanner_(std::move(makeScanner)),
+      alerts_(std::move(alerts)), queue_(makeQueue(queueLabel)) {}
 
-AIUsageStore::~AIUsageStore() {
-  *self_ = nullptr;
-  ending_.cancel();
-}
+AIUsageStore::~AIUsageStore() { ending_.cancel(); }
 
 void AIUsageStore::start() {
   if (timer_) return;
@@ -27,10 +24,10 @@ void AIUsageStore::start() {
 void AIUsageStore::refresh() {
   if (*isScanning) return;
   isScanning.set(true);
-  queue_->async([this, self = self_] {
+  queue_->async([this, watch = life_.watch()] {
     auto result = scan();
-    main_.async([self, result = std::move(result)]() mutable {
-      if (auto* store = *self) store->publish(std::move(result));
+    main_.async([watch, result = std::move(result)]() mutable {
+      if (auto* store = watch.get()) store->publish(std::move(result));
     });
   });
 }

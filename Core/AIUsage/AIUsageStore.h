@@ -5,6 +5,7 @@
 // which the scanner belongs from its creation on; they never overlap. Destroying the store ends a running
 // scan early; the next start repeats it.
 
+#include "Base/Lifeline.h"
 #include "Base/Published.h"
 #include "Base/Queue.h"
 #include "Core/AIUsage/AIUsageScanner.h"
@@ -48,7 +49,7 @@ private:
   MakeScanner makeScanner_;
   PlanLimitAlerts alerts_;
   Cancellation ending_;
-  std::shared_ptr<AIUsageStore*> self_; ///< what a late hand-off finds empty
+  Lifeline<AIUsageStore> life_{*this};
   std::unique_ptr<Timer> timer_;
   std::unique_ptr<AIUsageScanner> scanner_;
   std::unique_ptr<Queue> queue_; ///< ends first

@@ -1,122 +1,98 @@
 #include "Core/Loop/Sampler.h"
 
 #include "Core/Health/WeeklyReport.h"
-#include "Core/Loop/Pace.h"
 
 namespace korvell {
 
-namespace {
+/// A part of a cycle with a clock of its own: how long it rests while somebody looks and while nobody does.
+struct Sampler::SlowTask {
+  SlowPart part;
+  Seconds watched, idle;
+  void (Sampler::*run)(Tick&); ///< fills its part of the tick, or changes what a later step reads
+};
 
-constexpr Seconds totalsInterval{60};
-constexpr Seconds weeklyCheckInterval{600};
-constexpr Seconds startupInterval{
-    1800}; // whether watched or not: people look at the list, not at its changes
+const Sampler::SlowTask Sampler::measuringTasks[] = {
+    {SlowPart::machineState, Seconds(6), Seconds(30), &Sampler::refreshState},
+    {SlowPart::devServers, Seconds(6), Seconds(30), &Sampler::scanDevServers},
+    // Whether watched or not: people look at the list, not at its changes.
+    {SlowPart::startupItems, Seconds(1800), Seconds(1800), &Sampler::scanStartup},
+};
+const Sampler::SlowTask Sampler::keepingTasks[] = {
+    {SlowPart::weeklyReport, Seconds(600), Seconds(600), &Sampler::sendWeeklyReport},
+    {SlowPart::totals, Seconds(60), Seconds(60), &Sampler::sumTotals},
+};
 
-} // namespace
-
-Sampler::Sampler(std::unique_ptr<Queue> queue, MachineCounters& machine, Subjects subjects)
-    : queue_(std::move(queue)), system_(machine, queue_->clock()), subjects_(std::move(subjects)) {
-  if (subjects_.table && subjects_.control) stopper_.emplace(*queue_, *subjects_.table, *subjects_.control);
+Sampler::Sampler(std::unique_ptr<Queue> queue, MachineCounters& machine, Subjects subjects,
+                 std::optional<Keeping> keeping)
+    : queue_(std::move(queue)), system_(machine, queue_->clock()), subjects_(std::move(subjects)),
+      keeping_(std::move(keeping)) {
+  lastRun_.fill(Date::distantPast());
 }
 
-// The stopper's timers before their queue, on it; the queue before everything else, which a task that still
-// runs there may use.
-Sampler::~Sampler() {
-  queue_->sync([this] { stopper_.reset(); });
-  queue_.reset();
-}
+// Before everything else, which a task that still runs there may use.
+Sampler::~Sampler() { queue_.reset(); }
 
-void Sampler::stopServer(ProcessID pid, Date startedAt, ServerStopper::Done done) {
-  if (!stopper_) return done(StopOutcome::gone);
-  stopper_->stop(pid, startedAt, [this, done = std::move(done)](StopOutcome outcome) {
-    lastDevScan_ = Date::distantPast();
-    done(outcome);
-  });
-}
-
-std::vector<QuitTarget> Sampler::targets(const AppUsage& app, bool force, ProcessID self) const {
-  if (!subjects_.processes) return {};
-  return quitTargets(app, startTimes(app, *subjects_.processes), force, self);
-}
-
-QuitResult Sampler::quit(const std::vector<QuitTarget>& targets, bool force) {
-  if (!subjects_.table || !subjects_.control || !subjects_.applications) return {.gone = int(targets.size())};
-  return quitProcesses(targets, force, {*subjects_.table, *subjects_.applications, *subjects_.control});
-}
-
-// The order of a cycle: the machine, its processes, then the tasks with clocks of their own (sensors,
-// development servers, peripherals, startup items), then, from the second cycle on because the first has no
-// rates, what is made of the sample (history, weekly report, alerts, averages, totals).
+// The order of a cycle: the machine, its processes, then the slow parts, then, from the second cycle on
+// because the first has no rates, what is made of the sample.
 Tick Sampler::tick() {
   Tick tick;
   tick.snapshot = SystemSnapshot::empty(queue_->clock().now());
   system_.sample(tick.snapshot);
-  auto& servers = subjects_.devServers;
-  if (subjects_.processes) {
-    tick.snapshot.apps = subjects_.processes->sample(servers ? servers->portsByPID() : PortsByPID());
-    tick.privileged = subjects_.processes->privilegedUse();
-  }
-  refreshState(tick.snapshot.date);
-  scanDevServers(tick);
-  scanStartup(tick);
-  if (count_ >= 1) useSample(tick);
+  tick.snapshot.apps = subjects_.processes->sample(subjects_.devServers->portsByPID());
+  tick.privileged = subjects_.processes->privilegedUse();
+  runDue(measuringTasks, tick);
+  // Programs come and go between two scans.
+  if (!tick.startupItems && StartupScanner::refreshLeftovers(startupItems_, subjects_.launchItems))
+    tick.startupItems = startupItems_;
+  if (count_ >= 1 && keeping_) keep(tick);
   ++count_;
   return tick;
 }
 
-void Sampler::scanDevServers(Tick& tick) {
+void Sampler::runDue(std::span<const SlowTask> tasks, Tick& tick) {
   const Date now = tick.snapshot.date;
-  if (!subjects_.devServers || !isDue(lastDevScan_, paceFor(isWatched_).sensors, now)) return;
-  const auto& processes = subjects_.processes;
-  tick.projects = subjects_.devServers->scan(usageByPID(tick.snapshot.apps),
-                                             processes ? processes->parents() : ParentsByPID());
-  lastDevScan_ = now;
+  for (const auto& task : tasks) {
+    auto& last = lastRun_[std::size_t(task.part)];
+    if (!isDue(last, isWatched_ ? task.watched : task.idle, now)) continue;
+    last = now;
+    (this->*task.run)(tick);
+  }
+}
+
+void Sampler::refreshState(Tick&) {
+  subjects_.state.refresh();
+  // In the second cycle again: what is told by differences needs two readings.
+  if (count_ == 0) runSoon(SlowPart::machineState);
+}
+
+void Sampler::scanDevServers(Tick& tick) {
+  tick.projects = subjects_.devServers->scan(usageByPID(tick.snapshot.apps), subjects_.processes->parents());
 }
 
 void Sampler::scanStartup(Tick& tick) {
+  startupItems_ = StartupScanner::scan(subjects_.launchItems);
+  tick.startupItems = startupItems_;
+}
+
+void Sampler::keep(Tick& tick) {
+  auto& history = keeping_->history;
+  history.record(tick.snapshot, lastScore_);
+  runDue(keepingTasks, tick);
+  tick.alerts = keeping_->alerts->evaluate(tick.snapshot);
+  tick.cpuTenMinuteAverage = history.average(Metric::cpu, tick.snapshot.date - Seconds{600}, 8);
+}
+
+void Sampler::sendWeeklyReport(Tick& tick) {
+  keeping_->zone.reload();
+  WeeklyReport::sendIfDue(keeping_->history, keeping_->defaults, keeping_->notifications, tick.snapshot.date,
+                          keeping_->zone);
+}
+
+void Sampler::sumTotals(Tick& tick) {
+  auto& zone = keeping_->zone;
   const Date now = tick.snapshot.date;
-  if (!subjects_.launchItems) return;
-  const bool isTime = isDue(lastStartupScan_, startupInterval, now);
-  if (isTime) {
-    startupItems_ = StartupScanner::scan(*subjects_.launchItems);
-    lastStartupScan_ = now;
-  }
-  if (isTime || StartupScanner::refreshLeftovers(startupItems_, *subjects_.launchItems))
-    tick.startupItems = startupItems_;
-}
-
-void Sampler::refreshState(Date now) {
-  // The second cycle too: what is told by differences needs two readings.
-  if (!subjects_.state || (count_ > 1 && !isDue(lastState_, paceFor(isWatched_).sensors, now))) return;
-  subjects_.state->refresh();
-  lastState_ = now;
-}
-
-void Sampler::useSample(Tick& tick) {
-  if (subjects_.history) subjects_.history->record(tick.snapshot, lastScore_);
-  sendWeeklyReport(tick.snapshot.date);
-  if (subjects_.alerts) tick.alerts = subjects_.alerts->evaluate(tick.snapshot);
-  if (subjects_.history) readHistory(tick);
-}
-
-void Sampler::sendWeeklyReport(Date now) {
-  auto* history = subjects_.history;
-  auto* zone = subjects_.zone;
-  if (!history || !zone || !subjects_.defaults || !subjects_.notifications) return;
-  if (!isDue(lastWeeklyCheck_, weeklyCheckInterval, now)) return;
-  zone->reload();
-  WeeklyReport::sendIfDue(*history, *subjects_.defaults, *subjects_.notifications, now, *zone);
-  lastWeeklyCheck_ = now;
-}
-
-void Sampler::readHistory(Tick& tick) {
-  HistoryStore& history = *subjects_.history;
-  const Date now = tick.snapshot.date;
-  tick.cpuTenMinuteAverage = history.average(Metric::cpu, now - Seconds{600}, 8);
-  if (!subjects_.zone || !isDue(lastTotals_, totalsInterval, now)) return;
-  subjects_.zone->reload();
-  tick.totals = usageTotals(history, startOfDay(*subjects_.zone, localDay(*subjects_.zone, now)), now);
-  lastTotals_ = now;
+  zone.reload();
+  tick.totals = usageTotals(keeping_->history, startOfDay(zone, localDay(zone, now)), now);
 }
 
 } // namespace korvell

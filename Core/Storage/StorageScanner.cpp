@@ -7,13 +7,14 @@
 namespace korvell {
 
 StorageScanner::StorageScanner(StorageWork work, UserDefaults& defaults, Queue& mainQueue, Queue& workQueue)
-    : freedTotal(StorageLog::total(defaults)), work_(std::make_shared<const StorageWork>(std::move(work))),
-      defaults_(defaults), mainQueue_(mainQueue), workQueue_(workQueue),
-      alive_(std::make_shared<StorageScanner*>(this)) {}
+    : result(mainQueue), isScanning(mainQueue), progress(mainQueue), step(mainQueue), notice(mainQueue),
+      working(mainQueue), selection(mainQueue), feedback(mainQueue),
+      freedTotal(mainQueue, StorageLog::total(defaults)),
+      work_(std::make_shared<const StorageWork>(std::move(work))), defaults_(defaults), mainQueue_(mainQueue),
+      workQueue_(workQueue) {}
 
 StorageScanner::~StorageScanner() {
   if (task_) task_->cancel();
-  *alive_ = nullptr;
 }
 
 std::optional<std::int64_t> StorageScanner::reclaimableBytes() const {
@@ -33,10 +34,10 @@ void StorageScanner::scan(const std::vector<StorageKind>& kinds) {
   task_ = task;
 
   // Runs on the work queue; the scanner itself is touched on the main queue only.
-  workQueue_.async([work = work_, alive = alive_, main = &mainQueue_, task, generation, kinds] {
+  workQueue_.async([work = work_, watch = life_.watch(), main = &mainQueue_, task, generation, kinds] {
     const auto hand = [&](std::function<void(StorageScanner&)> apply) {
-      main->async([alive, generation, apply = std::move(apply)] {
-        if (*alive && (*alive)->isCurrent(generation)) apply(**alive);
+      main->async([watch, generation, apply = std::move(apply)] {
+        if (auto* scanner = watch.get(); scanner && scanner->isCurrent(generation)) apply(*scanner);
       });
     };
     std::vector<StorageCategory> categories;
@@ -92,13 +93,14 @@ void StorageScanner::clean(const std::vector<StorageItem>& items) {
   auto busy = *working;
   for (const auto& [kind, category] : plan.before) busy.insert(kind);
   working.set(std::move(busy));
-  workQueue_.async([work = work_, alive = alive_, main = &mainQueue_, plan = std::move(plan)]() mutable {
-    auto outcome = carryOut(plan, *work);
-    auto cleanup = std::make_shared<const Cleanup>(Cleanup{std::move(plan), std::move(outcome)});
-    main->async([alive, cleanup] {
-      if (*alive) (*alive)->finish(*cleanup);
-    });
-  });
+  workQueue_.async(
+      [work = work_, watch = life_.watch(), main = &mainQueue_, plan = std::move(plan)]() mutable {
+        auto outcome = carryOut(plan, *work);
+        auto cleanup = std::make_shared<const Cleanup>(Cleanup{std::move(plan), std::move(outcome)});
+        main->async([watch, cleanup] {
+          if (auto* scanner = watch.get()) scanner->finish(*cleanup);
+        });
+      });
 }
 
 void StorageScanner::finish(const Cleanup& cleanup) {

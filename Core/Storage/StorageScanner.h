@@ -6,6 +6,7 @@
 // is dropped. A clean-up that a scan overtakes is finished all the same, and logged.
 
 #include "Base/Cancellation.h"
+#include "Base/Lifeline.h"
 #include "Base/Published.h"
 #include "Base/Queue.h"
 #include "Core/Storage/StorageCleanup.h"
@@ -65,8 +66,8 @@ private:
   Queue& mainQueue_;
   Queue& workQueue_;
   std::int64_t generation_ = 0;
-  std::optional<Cancellation> task_;       ///< of the running scan
-  std::shared_ptr<StorageScanner*> alive_; ///< what late hand-offs look at
+  std::optional<Cancellation> task_; ///< of the running scan
+  Lifeline<StorageScanner> life_{*this};
 };
 
 /// All kinds, in order.

@@ -48,7 +48,6 @@ Host makeHost(const Environment& environment) {
   host.machine = std::make_unique<LinuxMachineCounters>();
   host.processes = std::make_unique<LinuxProcessTable>(LinuxProcessTable::systemSources());
   host.processControl = std::make_unique<LinuxProcessControl>();
-  host.applications = std::make_unique<NoRunningApplications>();
   host.desktopFiles = std::make_unique<DesktopFolders>(DesktopFolders::of(host.folders, environment));
   host.launchItems =
       std::make_unique<LinuxLaunchItems>(host.folders, Shell::run, buses, environment("PATH").value_or(""));

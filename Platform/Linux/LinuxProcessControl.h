@@ -17,11 +17,4 @@ private:
   std::string proc_;
 };
 
-/// Linux keeps no list of running applications.
-class NoRunningApplications final : public RunningApplications {
-public:
-  std::vector<RunningApplication> list() override { return {}; }
-  bool quit(ProcessID, bool) override { return false; }
-};
-
 } // namespace korvell

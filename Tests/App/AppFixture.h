@@ -3,10 +3,7 @@
 
 #include "App/AppModel.h"
 #include "Tests/Core/Loop/LoopFixture.h"
-#include "Tests/Fakes/FakeMachineState.h"
-#include "Tests/Fakes/FakeNotifications.h"
 #include "Tests/Fakes/FakeTrash.h"
-#include "Tests/Fakes/FakeUserDefaults.h"
 
 namespace korvell {
 
@@ -17,33 +14,26 @@ struct AppFixture : LoopFixture {
   };
 
   FakeTrash trash;
-  FakeUserDefaults defaults;
-  FakeNotifications notifications;
-  FakeMachineState state;
   SwitchedAttention attention;
-  std::unique_ptr<Queue> main = time.makeQueue("main");
+  std::unique_ptr<Queue> main = time.makeMainQueue();
   std::unique_ptr<AppModel> model;
 
   /// Its first cycle waits for the test to run something.
   AppFixture() : LoopFixture(*parseRFC3339("2026-03-02T08:50:00Z")) { start(); } // a Monday
 
   void start(std::unique_ptr<AIUsageStore> aiUsage = nullptr) {
+    model.reset();
+    auto history = std::make_unique<HistoryStore>(time.factory(), time.clock(), folder.path().string());
+    auto sampler = makeSampler(*history);
     model = std::make_unique<AppModel>(
-        *main, std::make_unique<Sampler>(time.makeQueue(Sampler::queueLabel), machine, subjects()), attention,
-        AppModel::Seams{&state, &defaults, &notifications, &launchItems, &trash, time.factory()},
-        std::move(aiUsage));
-  }
-  Sampler::Subjects subjects() {
-    auto subjects = LoopFixture::subjects();
-    subjects.state = &state;
-    subjects.alerts = std::make_unique<AlertEngine>(AlertEngine::Services{defaults, notifications},
-                                                    std::string(linuxSystemGroup.key), cores);
-    subjects.defaults = &defaults;
-    subjects.notifications = &notifications;
-    subjects.table = &table;
-    subjects.control = &table;
-    subjects.applications = &applications;
-    return subjects;
+        *main, AppModel::Parts{std::move(history), std::move(sampler), std::move(aiUsage)}, attention,
+        AppModel::Seams{state,
+                        defaults,
+                        notifications,
+                        {table, applications, table},
+                        launchItems,
+                        trash,
+                        time.factory()});
   }
 };
 

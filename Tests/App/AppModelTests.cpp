@@ -75,6 +75,23 @@ TEST_F(AppModelTests, thePaceFollowsWhoeverWatches) {
   EXPECT_THAT(cyclesWithin(9), IsEmpty()) << "nobody looks after all";
 }
 
+TEST_F(AppModelTests, whoeverObservesOneValueFindsTheOthersOfItsCycle) {
+  time.advance(Seconds{2});
+  machine.memoryCounters = {16 * gigabyte, MemoryUse{.app = 15 * gigabyte}};
+  table.add(10, "node").directory = "/home/u/shop";
+  table.ports = {{10, {3000}}};
+  int told = 0;
+  const auto look = [&](const auto&) {
+    ++told;
+    EXPECT_EQ(model->live->at(Metric::memory).back().value, metricValue(Metric::memory, *model->snapshot));
+    EXPECT_EQ(model->projects->size(), *model->cycle >= 4 ? 1u : 0u);
+  };
+  const auto all = {model->snapshot.observe(look), model->report.observe(look), model->projects.observe(look),
+                    model->live.observe(look), model->cycle.observe(look)};
+  time.advance(Seconds{4});
+  EXPECT_EQ(told, 2 * int(all.size()) - 1) << "servers are scanned in one of the two";
+}
+
 TEST_F(AppModelTests, theLiveSeriesCoverFiveMinutes) {
   time.advance(Seconds{1000});
   const auto& points = model->live->at(Metric::memory);
@@ -134,7 +151,7 @@ TEST_F(AppModelTests, theLoadShowsInTheScoreTheAlertsAndTheMenuBar) {
   state.thermal = ThermalState::nominal;
   work(0, 900);
   EXPECT_EQ(model->report->score, 100);
-  const double average = history.averageScore(begin).value_or(0);
+  const double average = model->history().averageScore(begin).value_or(0);
   EXPECT_TRUE(average > 85 && average < 99) << average;
 
   machine.memoryCounters.total = 16 * gigabyte;

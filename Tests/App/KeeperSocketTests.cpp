@@ -1,5 +1,6 @@
 // How a keeper is found and asked by other processes.
 
+#include "App/Assembly.h"
 #include "App/Keeper.h"
 #include "App/KeeperClient.h"
 #include "App/KeeperLock.h"
@@ -56,15 +57,17 @@ TEST_F(KeeperSocketTests, clientsAskARunningKeeper) {
   const auto lock = announced();
   EXPECT_FALSE(KeeperClient::connect(folders)) << "announced, but nobody is there";
 
-  FakeMachineCounters machine;
-  FixedAttention unwatched(false);
+  Host host;
+  host.folders = folders;
+  host.machine = std::make_unique<FakeMachineCounters>();
+  const SystemClock clock;
+  Assembly assembly(host, clock);
+  const FixedAttention unwatched(false);
   ThreadQueue main("main");
   std::unique_ptr<AppModel> model;
   std::unique_ptr<Keeper> keeper;
   main.sync([&] {
-    model = std::make_unique<AppModel>(
-        main, std::make_unique<Sampler>(std::make_unique<ThreadQueue>(Sampler::queueLabel), machine),
-        unwatched);
+    model = assembly.makeWatchingModel(main, unwatched);
     keeper = std::make_unique<Keeper>(main, *model);
     EXPECT_TRUE(keeper->listen(keeperSocketPath(folders)));
   });

@@ -1,5 +1,6 @@
 #include "App/MenuBarLabel.h"
 
+#include "Base/ManualQueue.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
 
 #include <gmock/gmock.h>
@@ -14,7 +15,9 @@ using enum MenuBarLabel::Symbol;
 
 struct MenuBarTests : testing::Test {
   FakeUserDefaults defaults;
-  MenuBarState state{&defaults};
+  ManualScheduler time;
+  std::unique_ptr<Queue> main = time.makeMainQueue();
+  MenuBarState state{*main, defaults};
   std::vector<std::string> published;
   Subscription subscriptions[4] = {
       state.score.observe([this](int) { published.emplace_back("score"); }),

@@ -1,3 +1,4 @@
+#include "Base/ManualQueue.h"
 #include "Base/Published.h"
 
 #include <gmock/gmock.h>
@@ -9,7 +10,9 @@ using testing::ElementsAre;
 namespace {
 
 struct World {
-  Published<int> value{1};
+  ManualScheduler time;
+  std::unique_ptr<Queue> main = time.makeMainQueue();
+  Published<int> value{*main, 1};
   std::vector<std::string> calls;
   Subscription note(const std::string& name) {
     return value.observe([this, name](int seen) {
@@ -47,6 +50,21 @@ TEST(Published, observersComeAndGoInsideACall) {
   EXPECT_THAT(w.calls, ElementsAre("self", "end")) << "who left is not called, who came waits for the next";
   w.value.set(3);
   EXPECT_THAT(w.calls, ElementsAre("self", "end", "late3"));
+}
+
+TEST(Published, valuesThatBelongTogetherAreAllInPlaceBeforeAnybodyIsTold) {
+  World w;
+  Published<int> other{*w.main};
+  auto first = w.value.observe([&](int seen) { w.calls.push_back(std::to_string(seen + *other)); });
+  auto second = other.observe([&](int) { w.calls.push_back("other"); });
+  {
+    Publication publication;
+    publication.set(w.value, 2);
+    publication.setIfChanged(w.value, 2);
+    publication.set(other, 10);
+    EXPECT_TRUE(w.calls.empty());
+  }
+  EXPECT_THAT(w.calls, ElementsAre("12", "other"));
 }
 
 TEST(Published, anObserverMaySetTheValueAgain) {

@@ -18,7 +18,7 @@ struct StoreTests : testing::Test {
   FakeTimeZone zone;
   FakeUserDefaults defaults;
   ManualScheduler time;
-  std::unique_ptr<Queue> main = time.makeQueue("main");
+  std::unique_ptr<Queue> main = time.makeMainQueue();
   std::vector<HealthAlert> posted;
   bool accepts = true;
   int scanners = 0;

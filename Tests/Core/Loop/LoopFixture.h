@@ -5,8 +5,11 @@
 #include "Core/Loop/Sampler.h"
 #include "Tests/Fakes/FakeLaunchItems.h"
 #include "Tests/Fakes/FakeMachineCounters.h"
+#include "Tests/Fakes/FakeMachineState.h"
+#include "Tests/Fakes/FakeNotifications.h"
 #include "Tests/Fakes/FakeProcessTable.h"
 #include "Tests/Fakes/FakeTimeZone.h"
+#include "Tests/Fakes/FakeUserDefaults.h"
 #include "Tests/Fakes/OneEach.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
@@ -25,21 +28,25 @@ struct LoopFixture : testing::Test {
   OneEach owners;
   FakeTimeZone zone;
   FakeLaunchItems launchItems;
+  FakeMachineState state;
+  FakeUserDefaults defaults;
+  FakeNotifications notifications;
   TemporaryFolder folder;
-  HistoryStore history{time.factory(), time.clock(), folder.path().string()};
 
   explicit LoopFixture(Date start) : time(start) {}
 
-  Sampler::Subjects subjects() {
-    Sampler::Subjects subjects;
-    subjects.processes = std::make_unique<ProcessSampler>(
+  /// One that keeps, in that history.
+  std::unique_ptr<Sampler> makeSampler(HistoryStore& history) {
+    auto processes = std::make_unique<ProcessSampler>(
         ProcessSampler::Services{table, applications, owners, time.clock()}, cores);
-    subjects.devServers = std::make_unique<DevServerScanner>(
+    auto devServers = std::make_unique<DevServerScanner>(
         table, linuxDevServerTables, "/home/u", [](const std::string&) { return false; }, time.clock());
-    subjects.history = &history;
-    subjects.zone = &zone;
-    subjects.launchItems = &launchItems;
-    return subjects;
+    auto alerts = std::make_unique<AlertEngine>(AlertEngine::Services{defaults, notifications},
+                                                std::string(linuxSystemGroup.key), cores);
+    return std::make_unique<Sampler>(
+        time.makeQueue(Sampler::queueLabel), machine,
+        Sampler::Subjects{std::move(processes), std::move(devServers), launchItems, state},
+        Sampler::Keeping{history, zone, std::move(alerts), defaults, notifications});
   }
 };
 

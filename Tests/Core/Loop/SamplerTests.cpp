@@ -7,7 +7,9 @@ using testing::ElementsAre;
 
 struct SamplerTests : LoopFixture {
   const Date start = time.clock().now();
-  Sampler sampler{time.makeQueue(Sampler::queueLabel), machine, subjects()};
+  HistoryStore history{time.factory(), time.clock(), folder.path().string()};
+  const std::unique_ptr<Sampler> owned = makeSampler(history);
+  Sampler& sampler = *owned;
 
   SamplerTests() : LoopFixture({1'772'370'120}) {} // two minutes past an hour
   /// A cycle ten seconds after the last one, in which the disk wrote a megabyte and a core was half busy.

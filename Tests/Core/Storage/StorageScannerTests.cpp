@@ -16,7 +16,7 @@ using enum StorageKind;
 /// What lies on a disk that only the test knows: bytes of a kind, one item each.
 struct StorageScannerTests : testing::Test {
   ManualScheduler time;
-  std::unique_ptr<Queue> main = time.makeQueue("main");
+  std::unique_ptr<Queue> main = time.makeMainQueue();
   std::unique_ptr<Queue> slow = time.makeQueue("Korvell.storage");
   FakeUserDefaults defaults;
   std::map<StorageKind, std::int64_t> disk = {{npm, 100}, {pip, 50}, {trash, 30}};
@@ -100,7 +100,7 @@ TEST_F(StorageScannerTests, aCancelledScanLeavesNothing) {
   std::vector<StorageKind> measured;
   whileMeasuring = [&](StorageKind kind) {
     measured.push_back(kind);
-    scanner->cancel();
+    main->sync([&] { scanner->cancel(); });
   };
   scan({npm, pip});
   EXPECT_THAT(measured, ElementsAre(npm));

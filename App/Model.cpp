@@ -1,0 +1,17 @@
+#include "App/Model.h"
+
+namespace korvell {
+
+Model::Model(const Queue& main, const UserDefaults& defaults)
+    : snapshot(main, SystemSnapshot::empty(main.clock().now())), privileged(main), sensors(main),
+      peripherals(main), projects(main), startupItems(main), alerts(main), report(main), live(main),
+      totals(main), selection(main), hasSample(main), cycle(main), menuBar(main, defaults) {}
+
+void Model::publishMenuBar() {
+  const auto& memory = snapshot->memory;
+  const double share = memory.total > 0 ? double(memory.used()) / double(memory.total) * 100 : 0;
+  const double cpu = snapshot->cpu.total;
+  menuBar.update(report->score, int(cpu), int(share), cpu);
+}
+
+} // namespace korvell
