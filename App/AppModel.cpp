@@ -110,6 +110,11 @@ void AppModel::wake() {
   if (!watched_) setWatched(true, Seconds(0));
 }
 
+void AppModel::setOnlookers(std::size_t count) {
+  onlookers_ = count;
+  if (count > 0) wake();
+}
+
 void AppModel::setWatched(bool watched, Seconds first) {
   watched_ = watched;
   sampler_->queue().async([sampler = sampler_.get(), watched] { sampler->setWatched(watched); });
@@ -117,7 +122,7 @@ void AppModel::setWatched(bool watched, Seconds first) {
 }
 
 void AppModel::apply(const Tick& tick) {
-  if (const bool watched = attention_.isWatched(); watched != watched_)
+  if (const bool watched = onlookers_ > 0 || attention_.isWatched(); watched != watched_)
     setWatched(watched, paceFor(watched).first);
   {
     Publication publication;
@@ -155,19 +160,6 @@ void AppModel::judge(const Tick& tick, Publication& publication) {
   publishMenuBar();
   sampler_->queue().async(
       [sampler = sampler_.get(), score = report->score] { sampler->setLastScore(score); });
-}
-
-void AppModel::extendLiveSeries(Publication& publication) {
-  const Date now = snapshot->date;
-  auto series = *live;
-  for (const auto& metric : allCases<Metric>()) {
-    auto& points = series[metric.value];
-    points.push_back({now, metricValue(metric.value, *snapshot)});
-    // A clock that was set back leaves points in the future; they do not belong to the last minutes either.
-    std::erase_if(points,
-                  [&](const HistoryPoint& point) { return now - point.date > liveSpan || point.date > now; });
-  }
-  publication.set(live, std::move(series));
 }
 
 } // namespace korvell

@@ -60,6 +60,8 @@ public:
 
   /// The user has just opened something: the fast pace, at once.
   void wake();
+  /// How many processes show this model to somebody; the fast pace while there are any.
+  void setOnlookers(std::size_t count);
   Sampler& sampler() { return *sampler_; }
   HistoryStore& history() { return *history_; }
   AIUsageStore* aiUsage() { return aiUsage_.get(); } ///< null without
@@ -71,13 +73,13 @@ private:
   void setWatched(bool watched, Seconds first);
   void publish(const Tick& tick, Publication& publication);
   std::vector<HealthAlert> withOlder(std::vector<HealthAlert> newest) const;
-  void extendLiveSeries(Publication& publication);
   void judge(const Tick& tick, Publication& publication);
 
   Queue& main_;
   const Attention& attention_;
   const Seams seams_;
-  bool watched_ = true;          ///< the fast pace is in force
+  bool watched_ = true; ///< the fast pace is in force
+  std::size_t onlookers_ = 0;
   std::vector<Task> afterCycle_; ///< run when the next tick has been applied
   // They end in the reverse order, the history last, with the minute in progress.
   std::unique_ptr<HistoryStore> history_;

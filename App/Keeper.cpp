@@ -1,15 +1,33 @@
 #include "App/Keeper.h"
 
 #include "App/KeeperActions.h"
-#include "App/ModelParts.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace korvell {
 
 Value refusal(std::string_view reason) { return Value::object({{"ok", false}, {"error", reason}}); }
 
-Keeper::Keeper(Queue& main, AppModel& model) : main_(main), model_(model) { addModelActions(*this, model); }
+namespace {
+
+bool isAsking(const Value& request, std::string_view what) {
+  const auto* ask = request.find("ask");
+  return ask && ask->asString() && *ask->asString() == what;
+}
+
+Value accepted(const Value& members) {
+  Value answer = Value::object({{"ok", true}});
+  for (const auto& [name, value] : *members.asObject()) answer.set(name, value);
+  return answer;
+}
+
+} // namespace
+
+Keeper::Keeper(Queue& main, AppModel& model)
+    : main_(main), model_(model), cycles_(model.cycle.observe([this](std::int64_t) { pushCycle(); })) {
+  addModelActions(*this, model);
+}
 
 Keeper::~Keeper() {
   server_.reset();
@@ -17,33 +35,53 @@ Keeper::~Keeper() {
 }
 
 bool Keeper::listen(const std::string& socketPath) {
-  const auto handOver = [&main = main_, watch = life_.watch()](std::string line, LineServer::Reply reply) {
+  const auto handOver = [&main = main_, watch = life_.watch()](std::string line, LineServer::Peer peer) {
     // Read on the socket's thread: the main queue sees well-formed requests only.
     auto request = parseJSON(line);
-    if (!request || !request->asObject()) return reply(dumpJSON(refusal("not a JSON object")));
-    main.async([watch, request = std::move(*request), reply = std::move(reply)] {
-      if (auto* keeper = watch.get())
-        keeper->handle(request, [reply](const Value& answer) { reply(dumpJSON(answer)); });
+    if (!request || !request->asObject()) return peer.answer(dumpJSON(refusal("not a JSON object")));
+    main.async([watch, request = std::move(*request), peer = std::move(peer)] {
+      if (auto* keeper = watch.get()) keeper->receive(request, peer);
     });
   };
   server_ = LineServer::listen(socketPath, handOver, {}, isSameUser);
   return server_ != nullptr;
 }
 
+void Keeper::receive(const Value& request, const LineServer::Peer& peer) {
+  if (isAsking(request, "subscription")) return subscribe(request, peer);
+  handle(request, [peer](const Value& answer) { peer.answer(dumpJSON(answer)); });
+}
+
 void Keeper::handle(const Value& request, Answer answer) {
-  const auto* ask = request.find("ask");
-  if (ask && ask->asString() && *ask->asString() == "state") return answerState(request, answer);
+  if (isAsking(request, "state")) return answer(accepted(PartSelection::of(request).state(model_)));
   const auto* what = request.find("do");
   const auto action = what && what->asString() ? actions_.find(*what->asString()) : actions_.end();
   if (action == actions_.end()) return answer(refusal("unknown request"));
   action->second(request, std::move(answer));
 }
 
-void Keeper::answerState(const Value& request, const Answer& answer) const {
-  Value state = Value::object({{"ok", true}});
-  const auto told = stateValue(model_, request.find("parts"));
-  for (const auto& [name, value] : *told.asObject()) state.set(name, value);
-  answer(std::move(state));
+void Keeper::subscribe(const Value& request, const LineServer::Peer& peer) {
+  const auto* watching = request.find("watching");
+  Subscriber subscriber{peer, PartSelection::of(request), {}, watching && watching->asBool() == true};
+  const auto ignored = subscriber.parts.changes(model_, subscriber.told); // the state has them all
+  peer.subscribe(dumpJSON(accepted(subscriber.parts.state(model_))));
+  subscribers_.push_back(std::move(subscriber));
+  countOnlookers();
+}
+
+void Keeper::pushCycle() {
+  const auto isGone = [this](Subscriber& subscriber) {
+    auto told = subscriber.told;
+    const auto changes = subscriber.parts.changes(model_, told);
+    const auto pushed = subscriber.peer.push(dumpJSON(changes));
+    if (pushed == LineServer::Pushed::taken) subscriber.told = std::move(told);
+    return pushed == LineServer::Pushed::gone;
+  };
+  if (std::erase_if(subscribers_, isGone) > 0) countOnlookers();
+}
+
+void Keeper::countOnlookers() {
+  model_.setOnlookers(std::size_t(std::ranges::count_if(subscribers_, &Subscriber::isWatching)));
 }
 
 } // namespace korvell

@@ -3,18 +3,24 @@
 //
 //   {"ask":"state"}                        everything that is published, each part under its name
 //   {"ask":"state","parts":["projects"]}   only these parts
+//   {"ask":"subscription","parts":[…],"watching":true}
+//                                          the same, and from then on what each cycle changed, a line a
+//                                          cycle; the fast pace while somebody watches
 //   {"do":"NAME", …}                       an action; KeeperActions.h has those of the model
 //
-// An answer is {"ok":true, …} or {"ok":false,"error":"…"}. Asking changes nothing. Lives on the main queue;
-// the socket's thread only hands lines over. Destroyed before the model.
+// An answer is {"ok":true, …} or {"ok":false,"error":"…"}. Asking changes nothing else. A subscriber that is
+// late with fetching a line misses cycles, not changes, and is dropped after ten seconds. Lives on the main
+// queue; the socket's thread only hands lines over. Destroyed before the model.
 
 #include "App/AppModel.h"
 #include "App/LineServer.h"
+#include "App/ModelParts.h"
 
 #include <functional>
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace korvell {
 
@@ -33,15 +39,26 @@ public:
   bool listen(const std::string& socketPath);
   /// Teaches the keeper an action for {"do":"NAME", …}.
   void addAction(std::string name, Action action) { actions_[std::move(name)] = std::move(action); }
-  /// Answers a request as if it had come through the socket.
+  /// Answers a request as if it had come through the socket; subscriptions need the socket.
   void handle(const Value& request, Answer answer);
 
 private:
-  void answerState(const Value& request, const Answer& answer) const;
+  struct Subscriber {
+    LineServer::Peer peer;
+    PartSelection parts;
+    ToldVersions told;
+    bool isWatching;
+  };
+  void receive(const Value& request, const LineServer::Peer& peer);
+  void subscribe(const Value& request, const LineServer::Peer& peer);
+  void pushCycle();
+  void countOnlookers();
 
   Queue& main_;
   AppModel& model_;
   std::map<std::string, Action, std::less<>> actions_;
+  std::vector<Subscriber> subscribers_;
+  Subscription cycles_;
   Lifeline<Keeper> life_{*this};
   std::unique_ptr<LineServer> server_;
 };

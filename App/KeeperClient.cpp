@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <poll.h>
+#include <sys/socket.h>
 
 namespace korvell {
 
@@ -25,7 +26,13 @@ std::optional<KeeperClient> KeeperClient::connect(const UserFolders& folders) {
 std::optional<Value> KeeperClient::ask(const Value& request, Seconds patience) {
   const Seconds limit = clock_.monotonic() + patience;
   if (!socket_ || !send(dumpJSON(request) + "\n", limit)) return std::nullopt;
-  const auto line = readLine(limit);
+  return next(limit - clock_.monotonic());
+}
+
+void KeeperClient::hangUp() const { shutdown(socket_.get(), SHUT_RDWR); }
+
+std::optional<Value> KeeperClient::next(Seconds patience) {
+  const auto line = socket_ ? readLine(clock_.monotonic() + patience) : std::nullopt;
   auto answer = line ? parseJSON(*line) : std::nullopt;
   if (!answer) socket_.reset(); // a late answer must not be taken for that of the next request
   return answer;

@@ -20,6 +20,10 @@ public:
   /// Nothing when no answer came within the time, when it is no JSON, or when the keeper has gone; the
   /// connection is of no more use then.
   std::optional<Value> ask(const Value& request, Seconds patience);
+  /// The next line that a subscription brought.
+  std::optional<Value> next(Seconds patience);
+  /// Ends whatever waits for an answer; from any thread.
+  void hangUp() const;
 
 private:
   explicit KeeperClient(Descriptor socket) : socket_(std::move(socket)) {}

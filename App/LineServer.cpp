@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <list>
+#include <map>
 #include <mutex>
 #include <poll.h>
 #include <sys/socket.h>
@@ -63,7 +64,7 @@ Descriptor connectLocal(const std::string& path) {
 
 bool isSameUser(int socket) { return peerUser(socket) == std::uint32_t(geteuid()); }
 
-/// What the server's thread works with; answers from other threads come in through reply().
+/// What the server's thread works with; lines for clients come in from other threads.
 class LineServer::Loop : public std::enable_shared_from_this<Loop> {
 public:
   Loop(Descriptor listener, Handler handler, Limits limits, PeerCheck isAllowed)
@@ -86,6 +87,26 @@ public:
     wake();
   }
 
+  void answer(std::uint64_t client, std::string text, bool subscribes) {
+    {
+      std::lock_guard lock(mutex_);
+      if (subscribes) subscribers_[client] = true;
+      lines_.push_back({client, std::move(text), subscribes});
+    }
+    wake();
+  }
+  Pushed push(std::uint64_t client, std::string text) {
+    {
+      std::lock_guard lock(mutex_);
+      const auto subscriber = subscribers_.find(client);
+      if (subscriber == subscribers_.end()) return Pushed::gone;
+      if (std::exchange(subscriber->second, true)) return Pushed::busy;
+      lines_.push_back({client, std::move(text), false});
+    }
+    wake();
+    return Pushed::taken;
+  }
+
 private:
   struct Client {
     std::uint64_t number;
@@ -94,6 +115,13 @@ private:
     std::string in{};        ///< received, not yet a line
     std::string out{};       ///< to be sent
     bool isAnswered = false; ///< its answer is being made: nothing is expected of it
+    bool isSubscribed = false;
+    bool isExpected() const { return !out.empty() || !(isAnswered || isSubscribed); }
+  };
+  struct Line {
+    std::uint64_t client;
+    std::string text;
+    bool subscribes;
   };
 
   void wake() {
@@ -101,14 +129,8 @@ private:
     // A full pipe wakes as well.
     [[maybe_unused]] const auto written = write(wakeWrite_.get(), &byte, 1);
   }
-  void reply(std::uint64_t client, std::string answer) {
-    {
-      std::lock_guard lock(mutex_);
-      answers_.emplace_back(client, std::move(answer));
-    }
-    wake();
-  }
-  bool takeAnswers(); ///< false when it is time to stop
+  bool takeLines(); ///< false when it is time to stop
+  void forget(const Client& client);
   void accept();
   bool serve(Client& client, short events); ///< false when the client is to be disconnected
   bool receive(Client& client);
@@ -128,12 +150,14 @@ private:
   Seconds noAcceptBefore_{0}; ///< out of descriptors: asking again at once would only spin
 
   std::mutex mutex_;
-  bool stopping_ = false;                                      ///< guarded by mutex_
-  std::vector<std::pair<std::uint64_t, std::string>> answers_; ///< guarded by mutex_
+  // Guarded by mutex_.
+  bool stopping_ = false;
+  std::vector<Line> lines_;
+  std::map<std::uint64_t, bool> subscribers_; ///< whether a line is on its way to them
 };
 
 void LineServer::Loop::run() {
-  while (takeAnswers()) {
+  while (takeLines()) {
     auto polled = interests();
     if (poll(polled.data(), nfds_t(polled.size()), waitMilliseconds()) < 0 && errno != EINTR) return;
     char drained[64];
@@ -142,25 +166,34 @@ void LineServer::Loop::run() {
     const Seconds now = clock_.monotonic();
     auto events = polled.begin() + 2;
     for (auto client = clients_.begin(); client != clients_.end(); ++events) {
-      const bool late = !client->isAnswered && now >= client->deadline;
+      const bool late = client->isExpected() && now >= client->deadline;
       const bool stays = !late && serve(*client, events->revents);
+      if (!stays) forget(*client);
       client = stays ? std::next(client) : clients_.erase(client);
     }
     if (polled[1].revents != 0) accept();
   }
 }
 
-bool LineServer::Loop::takeAnswers() {
+bool LineServer::Loop::takeLines() {
   std::lock_guard lock(mutex_);
-  for (auto& [number, answer] : std::exchange(answers_, {})) {
-    const auto client = std::find_if(clients_.begin(), clients_.end(),
-                                     [number = number](const Client& c) { return c.number == number; });
-    if (client == clients_.end()) continue;
-    client->out = std::move(answer) + "\n";
+  for (auto& line : std::exchange(lines_, {})) {
+    const auto client = std::ranges::find(clients_, line.client, &Client::number);
+    if (client == clients_.end()) {
+      subscribers_.erase(line.client);
+      continue;
+    }
+    client->out = std::move(line.text) + "\n";
     client->isAnswered = false;
+    client->isSubscribed |= line.subscribes;
     client->deadline = clock_.monotonic() + limits_.patience;
   }
   return !stopping_;
+}
+
+void LineServer::Loop::forget(const Client& client) {
+  std::lock_guard lock(mutex_);
+  subscribers_.erase(client.number);
 }
 
 std::vector<pollfd> LineServer::Loop::interests() const {
@@ -178,7 +211,7 @@ int LineServer::Loop::waitMilliseconds() const {
   std::optional<Seconds> next;
   const auto consider = [&](Seconds deadline) { next = std::min(next.value_or(deadline), deadline); };
   for (const Client& client : clients_)
-    if (!client.isAnswered) consider(client.deadline);
+    if (client.isExpected()) consider(client.deadline);
   if (now < noAcceptBefore_) consider(noAcceptBefore_);
   if (!next) return -1;
   return int(std::clamp((*next - now).count() * 1000 + 1, 0.0, 60'000.0));
@@ -210,6 +243,7 @@ bool LineServer::Loop::receive(Client& client) {
   const auto count = read(client.socket.get(), buffer, sizeof buffer);
   if (count < 0) return errno == EAGAIN || errno == EINTR;
   if (count == 0) return false;
+  if (client.isSubscribed) return false;
   client.in.append(buffer, std::size_t(count));
   return handleLine(client);
 }
@@ -221,9 +255,7 @@ bool LineServer::Loop::handleLine(Client& client) {
   auto line = client.in.substr(0, end);
   client.in.erase(0, end + 1);
   client.isAnswered = true;
-  handler_(std::move(line), [self = weak_from_this(), number = client.number](std::string answer) {
-    if (const auto loop = self.lock()) loop->reply(number, std::move(answer));
-  });
+  handler_(std::move(line), Peer(weak_from_this(), client.number));
   return true;
 }
 
@@ -234,7 +266,25 @@ bool LineServer::Loop::send(Client& client) {
   if (!client.out.empty()) return true;
   client.out.shrink_to_fit();
   client.deadline = clock_.monotonic() + limits_.patience;
+  if (client.isSubscribed) {
+    std::lock_guard lock(mutex_);
+    subscribers_[client.number] = false;
+    return client.in.empty();
+  }
   return handleLine(client); // it may have sent the next line already
+}
+
+void LineServer::Peer::answer(std::string line) const {
+  if (const auto loop = loop_.lock()) loop->answer(client_, std::move(line), false);
+}
+
+void LineServer::Peer::subscribe(std::string line) const {
+  if (const auto loop = loop_.lock()) loop->answer(client_, std::move(line), true);
+}
+
+LineServer::Pushed LineServer::Peer::push(std::string line) const {
+  const auto loop = loop_.lock();
+  return loop ? loop->push(client_, std::move(line)) : Pushed::gone;
 }
 
 std::unique_ptr<LineServer> LineServer::listen(const std::string& path, Handler handler, Limits limits,

@@ -14,4 +14,17 @@ void Model::publishMenuBar() {
   menuBar.update(report->score, int(cpu), int(share), cpu);
 }
 
+void Model::extendLiveSeries(Publication& publication) {
+  const Date now = snapshot->date;
+  auto series = *live;
+  for (const auto& metric : allCases<Metric>()) {
+    auto& points = series[metric.value];
+    points.push_back({now, metricValue(metric.value, *snapshot)});
+    // A clock that was set back leaves points in the future; they do not belong to the last minutes either.
+    std::erase_if(points,
+                  [&](const HistoryPoint& point) { return now - point.date > liveSpan || point.date > now; });
+  }
+  publication.set(live, std::move(series));
+}
+
 } // namespace korvell

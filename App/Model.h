@@ -48,6 +48,8 @@ public:
 
 protected:
   Model(const Queue& main, const UserDefaults& defaults);
+  /// The snapshot's values, at the end of each series.
+  void extendLiveSeries(Publication& publication);
   void publishMenuBar();
 };
 

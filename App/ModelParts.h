@@ -4,20 +4,33 @@
 #include "App/AppModel.h"
 #include "Base/Value.h"
 
-#include <span>
+#include <cstdint>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace korvell {
 
-struct ModelPart {
-  std::string_view name;
-  Value (*value)(const AppModel&); ///< null when there is nothing to tell
+/// The versions of the parts that somebody was told, in the order of the parts; empty at first.
+using ToldVersions = std::vector<std::uint64_t>;
+
+/// Parts of a state: all of them, or some.
+class PartSelection {
+public:
+  /// Of a request: the names in "parts", all without it.
+  static PartSelection of(const Value& request);
+
+  /// {"hasSample":…} and the selected parts, each as the model has it.
+  Value state(const AppModel& model) const;
+  /// The same of the parts that are new since `told`, which is brought up to date. The live series are left
+  /// out: whoever has them extends them by the snapshot.
+  Value changes(const AppModel& model, ToldVersions& told) const;
+
+private:
+  std::vector<bool> wanted_;
 };
 
-/// In the order in which they are printed.
-std::span<const ModelPart> modelParts();
-
-/// {"hasSample":…} and the parts whose names the list has; all of them without a list.
-Value stateValue(const AppModel& model, const Value* wanted);
+/// Takes from a state what it has and can be read.
+void readState(const Value& state, Model& model, Publication& publication);
 
 } // namespace korvell

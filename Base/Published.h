@@ -8,6 +8,7 @@
 #include "Base/Queue.h"
 
 #include <cassert>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -30,6 +31,8 @@ public:
   const T& get() const { return value_; }
   const T& operator*() const { return value_; }
   const T* operator->() const { return &value_; }
+  /// Another number after each setting: for those who look instead of observing.
+  std::uint64_t version() const { return version_; }
 
   void set(T value) {
     place(std::move(value));
@@ -52,6 +55,7 @@ private:
   void place(T value) {
     assert(queue_.isCurrent());
     value_ = std::move(value);
+    ++version_;
   }
   void notify() {
     std::erase_if(observers_, [](const auto& weak) { return weak.expired(); });
@@ -62,6 +66,7 @@ private:
 
   const Queue& queue_;
   T value_;
+  std::uint64_t version_ = 0;
   std::vector<std::weak_ptr<Observer>> observers_;
 };
 

@@ -1,11 +1,10 @@
 // korvell watch: the running model on a full screen, at the loop's own pace.
 
-#include "App/AppModel.h"
 #include "App/Assembly.h"
+#include "App/RemoteModel.h"
 #include "Base/Format.h"
 #include "Base/HostedQueue.h"
 #include "Base/Text.h"
-#include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
 #include "Tool/Findings.h"
 #include "Tool/Screen.h"
@@ -32,20 +31,21 @@ std::string spread(const std::string& left, const std::string& right, int width)
   return left + std::string(std::size_t(gap), ' ') + right;
 }
 
+constexpr Seconds keeperPatience{1};
+
 struct View {
   const Terminal& terminal;
-  const AppModel& model;
-  const HealthReport& report;
+  const Model& model;
   UsageList& list;
   bool energyIsEstimate;
 };
 
 std::vector<std::string> frame(const View& view, int columns, int rows) {
   constexpr int findingsShare = 4; // a quarter of the screen, the rest is for figures
-  const auto& [terminal, model, report, list, energyIsEstimate] = view;
+  const auto& [terminal, model, list, energyIsEstimate] = view;
   const int width = std::min(columns, widestSummary);
   const bool ready = model.hasSample.get();
-  auto lines = ready ? findingLines(terminal, report, width, rows / findingsShare)
+  auto lines = ready ? findingLines(terminal, *model.report, width, rows / findingsShare)
                      : std::vector{localized("Measuring…")};
   const auto sign = terminal.ink(Ink::accent, "Korvell") + "  " + clockText(model.snapshot->date);
   lines.front() = spread(lines.front(), sign, width);
@@ -62,35 +62,33 @@ std::vector<std::string> frame(const View& view, int columns, int rows) {
   return lines;
 }
 
-/// What the keeper finds, which knows the last ten minutes and what has been idle, else what we find.
-HealthReport currentReport(Context& context, const AppModel& model) {
-  constexpr Seconds patience{0.2}; // a screen must not stand still for a keeper that does
-  HealthReport report;
-  const auto state = askKeeper(context, {"report"}, patience);
-  const auto* told = state ? state->find("report") : nullptr;
-  return told && fromValue(*told, report) ? report : *model.report;
-}
-
 int runWatch(Context& context, const Arguments&) {
   if (const auto reason = Screen::unavailable(context.out, context.environment))
     return fail(context, *reason);
   Screen screen(context.out);
   HostedQueue main("main", [&screen] { screen.wake(); });
-  FixedAttention watched(true);
+  const FixedAttention watched(true);
   Assembly assembly(context.host, context.clock);
-  const auto model = assembly.makeWatchingModel(main, watched);
-  HealthReport report;
   UsageList list;
   const bool estimate = context.host.processes->energyIsEstimate();
+  std::unique_ptr<Model> model;
+  Subscription subscription;
   const auto draw = [&] {
-    screen.draw(frame({context.out, *model, report, list, estimate}, screen.columns(), screen.rows()));
+    screen.draw(frame({context.out, *model, list, estimate}, screen.columns(), screen.rows()));
   };
-  const auto subscription = model->cycle.observe([&](std::int64_t) {
+  const auto show = [&](std::unique_ptr<Model> shown) {
+    model = std::move(shown);
+    subscription = model->cycle.observe([&](std::int64_t) {
+      list.setApps(model->snapshot->apps);
+      draw();
+    });
     list.setApps(model->snapshot->apps);
-    report = currentReport(context, *model);
     draw();
-  });
-  draw();
+  };
+  // A keeper's figures where there is one: nothing is measured twice, and everybody sees the same.
+  auto remote = RemoteModel::connect(main, *context.host.defaults, context.host.folders, keeperPatience,
+                                     [&] { show(assembly.makeWatchingModel(main, watched)); });
+  show(remote ? std::unique_ptr<Model>(std::move(remote)) : assembly.makeWatchingModel(main, watched));
   for (;;) {
     const auto deadline = main.nextDeadline();
     const auto event =

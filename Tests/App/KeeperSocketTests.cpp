@@ -86,18 +86,18 @@ TEST_F(KeeperSocketTests, clientsAskARunningKeeper) {
 
 TEST_F(KeeperSocketTests, aKeeperThatDoesNotAnswerInTimeIsGivenUp) {
   const auto lock = announced();
-  std::promise<LineServer::Reply> late;
+  std::promise<LineServer::Peer> late;
   const auto server = LineServer::listen(
       keeperSocketPath(folders),
-      [&](const std::string& line, const LineServer::Reply& reply) {
-        if (line == "\"silence\"") late.set_value(reply);
-        if (line == "\"noise\"") reply("\xff{not json");
+      [&](const std::string& line, const LineServer::Peer& peer) {
+        if (line == "\"silence\"") late.set_value(peer);
+        if (line == "\"noise\"") peer.answer("\xff{not json");
       },
       {}, isSameUser);
   auto client = KeeperClient::connect(folders);
   ASSERT_TRUE(client);
   EXPECT_EQ(client->ask(Value("silence"), Seconds{0.01}), std::nullopt);
-  late.get_future().get()("1");
+  late.get_future().get().answer("1");
   EXPECT_EQ(client->ask(Value("again"), patience), std::nullopt) << "that was the answer to the first";
   client = KeeperClient::connect(folders);
   EXPECT_EQ(client->ask(Value("noise"), patience), std::nullopt);

@@ -1,7 +1,13 @@
 #include "App/Keeper.h"
 
+#include "App/KeeperLock.h"
+#include "App/RemoteModel.h"
+#include "Base/HostedQueue.h"
 #include "Tests/App/AppFixture.h"
 
+#include <atomic>
+#include <csignal>
+#include <thread>
 #include <unistd.h>
 
 namespace korvell {
@@ -40,6 +46,57 @@ TEST_F(KeeperTests, tellsTheWholeStateOrPartsAndNothingElse) {
   EXPECT_EQ(ask(R"({"ask":"state","parts":[]})"), R"({"ok":true,"hasSample":true})");
   for (auto request : {"{}", R"({"ask":{}})", R"({"do":"format"})", R"({"do":["stopServer"]})"})
     EXPECT_EQ(ask(request), R"({"ok":false,"error":"unknown request"})") << request;
+}
+
+TEST_F(KeeperTests, aRemoteModelShowsWhatTheKeeperMeasures) {
+  std::signal(SIGPIPE, SIG_IGN); // as the tool's main does
+  const UserFolders folders{.data = folder / "data", .runtime = folder / "runtime"};
+  auto lock = KeeperLock::acquire(folders);
+  ASSERT_TRUE(lock);
+  lock->announce(keeperSocketPath(folders));
+  table.add(10, "node").directory = "/home/u/shop";
+  table.ports = {{10, {3000}}};
+  time.advance(Seconds{600});
+  ASSERT_TRUE(keeper.listen(keeperSocketPath(folders)));
+
+  const auto slow = model->snapshot->date;
+  HostedQueue other("other", [] {});
+  std::atomic<bool> connected = false;
+  std::thread keeping([&] {
+    while (!connected) time.run();
+  });
+  bool lost = false;
+  const auto remote = RemoteModel::connect(other, defaults, folders, Seconds{20}, [&lost] { lost = true; });
+  connected = true;
+  keeping.join();
+  ASSERT_TRUE(remote);
+  EXPECT_GT(*model->cycle, 61) << "somebody watches: the next cycle was due at once";
+  EXPECT_LT(model->snapshot->date - slow, Seconds{2});
+
+  // A cycle whose line finds the one before still on its way is told with the next one.
+  const auto follow = [&] {
+    do {
+      time.advance(Seconds{2});
+      for (int i = 0; i < 10'000 && rfc3339(remote->snapshot->date) != rfc3339(model->snapshot->date); ++i) {
+        other.runDue();
+        std::this_thread::yield();
+      }
+    } while (rfc3339(remote->snapshot->date) != rfc3339(model->snapshot->date) && !lost);
+    EXPECT_EQ(toValue(*remote->snapshot), toValue(*model->snapshot));
+    EXPECT_EQ(toValue(*remote->projects), toValue(*model->projects));
+    EXPECT_EQ(remote->report->score, model->report->score);
+    EXPECT_EQ(remote->live->at(Metric::memory).back().value, model->live->at(Metric::memory).back().value);
+    EXPECT_GT(remote->live->at(Metric::memory).size(), 20u);
+  };
+  for (int cycle = 0; cycle < 4; ++cycle) {
+    machine.memoryCounters = {16'000'000'000, MemoryUse{.app = std::uint64_t(cycle) << 30}};
+    if (cycle == 1) table.ports.clear();
+    follow();
+  }
+  EXPECT_TRUE(remote->projects->empty());
+  model->alerts.set({{}, {}});
+  follow();
+  EXPECT_EQ(remote->alerts->size(), 2u);
 }
 
 TEST_F(KeeperTests, stopsListedServersOnly) {

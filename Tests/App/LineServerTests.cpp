@@ -51,16 +51,20 @@ struct LineServerTests : testing::Test {
   const std::string path = folder / "runtime/keeper.sock";
   LineServer::Limits limits{.clients = 3, .line = 1000, .patience = Seconds{60}};
   std::atomic<bool> allowed = true;
-  std::promise<LineServer::Reply> kept; ///< of the line "keep"
+  std::promise<LineServer::Peer> kept; ///< of the line "keep"
 
   LineServerTests() { std::signal(SIGPIPE, SIG_IGN); } // as the tool's main does
 
   std::unique_ptr<LineServer> listen() {
     return LineServer::listen(
         path,
-        [this](std::string line, LineServer::Reply reply) {
-          if (line == "keep") return kept.set_value(std::move(reply));
-          reply(line == "much" ? std::string(20'000'000, 'x') : "got " + line);
+        [this](std::string line, LineServer::Peer peer) {
+          if (line == "keep") return kept.set_value(std::move(peer));
+          if (line == "subscribe") {
+            peer.subscribe("subscribed");
+            return kept.set_value(std::move(peer));
+          }
+          peer.answer(line == "much" ? std::string(20'000'000, 'x') : "got " + line);
         },
         limits, [this](int socket) { return allowed && isSameUser(socket); });
   }
@@ -124,21 +128,53 @@ TEST_F(LineServerTests, patienceIsForClientsWhoseTurnItIs) {
 
   const Client waiting(path), greedy(path);
   waiting.send("keep\n");
-  auto reply = kept.get_future().get();
+  auto peer = kept.get_future().get();
   greedy.send("much\n"); // and does not fetch it in time
   // Whoever waits for an answer is not hurried: another client comes and is sent away for its silence first.
   EXPECT_EQ(Client(path).line(), "<gone>");
-  std::thread([&] { reply("at last"); }).join();
+  std::thread([&] { peer.answer("at last"); }).join();
   EXPECT_EQ(waiting.line(), "at last");
   EXPECT_EQ(greedy.line(), "<gone>");
 
   kept = {};
   Client(path).send("keep\n");
-  reply = kept.get_future().get();
-  reply("nobody is there");
+  peer = kept.get_future().get();
+  peer.answer("nobody is there");
   server.reset();
-  reply("nor is the server");
+  peer.answer("nor is the server");
   EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST_F(LineServerTests, subscribersListenAndWhoDoesNotIsDropped) {
+  using Pushed = LineServer::Pushed;
+  limits.patience = Seconds{0.05};
+  auto server = listen();
+  const auto push = [](const LineServer::Peer& peer, const std::string& line) {
+    auto pushed = Pushed::busy;
+    while (pushed == Pushed::busy) pushed = peer.push(line);
+    return pushed;
+  };
+  const auto subscriber = [&](const Client& client) {
+    kept = {};
+    EXPECT_EQ(client.ask("subscribe"), "subscribed");
+    return kept.get_future().get();
+  };
+  const Client listening(path), deaf(path);
+  const auto toListening = subscriber(listening), toDeaf = subscriber(deaf);
+  EXPECT_EQ(Client(path).line(), "<gone>") << "its silence is; a subscriber's is not";
+  for (const char* line : {"1", "2"}) {
+    EXPECT_EQ(push(toListening, line), Pushed::taken);
+    EXPECT_EQ(listening.line(), line);
+  }
+  EXPECT_EQ(toDeaf.push(std::string(20'000'000, 'x')), Pushed::taken);
+  EXPECT_EQ(toDeaf.push("dropped"), Pushed::busy);
+  EXPECT_EQ(push(toDeaf, "late"), Pushed::gone) << "it did not fetch the first in time";
+  listening.send("a word");
+  EXPECT_EQ(listening.line(), "<gone>");
+  EXPECT_EQ(push(toListening, "3"), Pushed::gone);
+  EXPECT_EQ(Client(path).ask("x"), "got x");
+  server.reset();
+  EXPECT_EQ(toListening.push("nobody"), Pushed::gone);
 }
 
 TEST_F(LineServerTests, oneThatTakesNoConnectionsIsNotWaitedFor) {
