@@ -4,8 +4,8 @@
 #include "Helper/Shared/RusageService.h"
 #include "Helper/macOS/UsageReader.h"
 #include "Platform/Formats/CodeRequirement.h"
-#include "Platform/macOS/CodeSignature.h"
-#import "Platform/macOS/RusageHelperProtocol.h"
+#include "Platform/macOS/HelperChannel/CodeSignature.h"
+#import "Platform/macOS/HelperChannel/RusageHelperProtocol.h"
 
 #import <Foundation/Foundation.h>
 

@@ -3,8 +3,8 @@
 #include "Base/Localization.h"
 #include "Base/macOS/CoreFoundation.h"
 #include "Platform/Formats/CodeRequirement.h"
-#include "Platform/macOS/CodeSignature.h"
-#import "Platform/macOS/RusageHelperProtocol.h"
+#include "Platform/macOS/HelperChannel/CodeSignature.h"
+#import "Platform/macOS/HelperChannel/RusageHelperProtocol.h"
 
 #import <Foundation/Foundation.h>
 #import <ServiceManagement/ServiceManagement.h>

@@ -1,4 +1,4 @@
-#include "Platform/macOS/CodeSignature.h"
+#include "Platform/macOS/HelperChannel/CodeSignature.h"
 
 #include "Base/macOS/CoreFoundation.h"
 
