@@ -1,0 +1,65 @@
+# Reads the build files as they are read for one system, on any system and without a compiler, and writes every
+# source that they list into SCRATCH/sources: cmake -DKORVELL_SYSTEM=macOS -DSCRATCH=FOLDER -P cmake/ListSources.cmake
+# It fails where a file does not parse, calls what nobody defines, or lists a source that is not there. Commands
+# that need a project are replaced by ones that take note.
+cmake_minimum_required(VERSION 3.22)
+get_filename_component(CMAKE_SOURCE_DIR ${CMAKE_CURRENT_LIST_DIR} DIRECTORY)
+set(CMAKE_CURRENT_SOURCE_DIR ${CMAKE_SOURCE_DIR})
+set(CMAKE_BINARY_DIR ${SCRATCH})
+set(CMAKE_CURRENT_BINARY_DIR ${SCRATCH})
+string(COMPARE EQUAL "${KORVELL_SYSTEM}" macOS APPLE)
+
+foreach(command IN ITEMS add_custom_target add_dependencies add_test enable_testing find_package
+    gtest_discover_tests include_directories install korvell_compile_small korvell_precompile pkg_check_modules
+    set_property set_target_properties set_tests_properties target_compile_definitions target_compile_options
+    target_include_directories target_link_libraries target_link_options target_precompile_headers)
+  cmake_language(EVAL CODE "function(${command})\nendfunction()")
+endforeach()
+
+function(configure_file source)
+  note_sources("a template" ${source})
+endfunction()
+function(note_sources target)
+  foreach(source IN LISTS ARGN)
+    get_filename_component(path ${source} ABSOLUTE BASE_DIR ${CMAKE_CURRENT_SOURCE_DIR})
+    file(RELATIVE_PATH source ${CMAKE_SOURCE_DIR} ${path})
+    if(NOT EXISTS ${path})
+      message(FATAL_ERROR "${target} names ${source}, which is not there")
+    endif()
+    file(APPEND ${SCRATCH}/sources "${source}\n")
+  endforeach()
+endfunction()
+
+function(add_executable name)
+  note_sources(${name} ${ARGN})
+endfunction()
+function(add_library name)
+  list(REMOVE_ITEM ARGN STATIC OBJECT MODULE SHARED INTERFACE)
+  note_sources(${name} ${ARGN})
+endfunction()
+function(target_sources name)
+  list(REMOVE_ITEM ARGN PRIVATE PUBLIC INTERFACE)
+  note_sources(${name} ${ARGN})
+endfunction()
+function(korvell_room name)
+  cmake_parse_arguments(room "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+  if(room_UNPARSED_ARGUMENTS)
+    message(FATAL_ERROR "${name}: ${room_UNPARSED_ARGUMENTS} belongs to no list")
+  endif()
+  note_sources(${name} ${room_SOURCES})
+endfunction()
+function(korvell_tests name)
+  cmake_parse_arguments(tests "THREADS" "" "SOURCES;LINKS" ${ARGN})
+  note_sources(${name} ${tests_SOURCES})
+endfunction()
+
+function(add_subdirectory folder)
+  set(CMAKE_CURRENT_SOURCE_DIR ${CMAKE_CURRENT_SOURCE_DIR}/${folder})
+  include(${CMAKE_CURRENT_SOURCE_DIR}/CMakeLists.txt)
+endfunction()
+
+file(STRINGS ${CMAKE_SOURCE_DIR}/CMakeLists.txt folders REGEX "^ *add_subdirectory\\(")
+foreach(line IN LISTS folders)
+  string(REGEX REPLACE ".*\\((.*)\\).*" "\\1" folder "${line}")
+  add_subdirectory(${folder})
+endforeach()
