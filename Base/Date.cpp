@@ -11,10 +11,6 @@ Date SystemClock::now() const {
   return {std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count()};
 }
 
-Seconds SystemClock::monotonic() const {
-  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch());
-}
-
 std::string rfc3339(Date date) {
   using namespace std::chrono;
   constexpr double firstSecond = -62'167'219'200, lastSecond = 253'402'300'799.999;

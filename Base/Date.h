@@ -35,11 +35,13 @@ public:
   virtual ~Clock() = default;
   /// The wall clock. It may jump in both directions.
   virtual Date now() const = 0;
-  /// A clock that only goes forward and stands still for nobody's sake; its zero means nothing.
+  /// A clock that only goes forward, whatever is done to the wall clock, and stands still while the machine
+  /// sleeps: the hours of a lid that was shut belong to no rate. Its zero means nothing.
   virtual Seconds monotonic() const = 0;
 };
 
-/// The machine's own clocks.
+/// The machine's own clocks: monotonic() is CLOCK_MONOTONIC on Linux and CLOCK_UPTIME_RAW on macOS, where
+/// CLOCK_MONOTONIC and with it std::chrono::steady_clock run on in sleep.
 class SystemClock final : public Clock {
 public:
   Date now() const override;

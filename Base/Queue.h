@@ -7,6 +7,10 @@
 // loop asks for the work, Base/HostedQueue.h) and ManualQueue (tests, Base/ManualQueue.h). Base/SystemQueue.h
 // makes the one that suits the system.
 //
+// Timers go by time that stands still while the machine sleeps (CLOCK_MONOTONIC on Linux, the clock of
+// mach_absolute_time on macOS): a timer of ten seconds that has run four when the lid is shut fires six
+// seconds after it was opened. What is due by the calendar asks Clock::now() when a timer fires.
+//
 // Destroying a queue finishes the task that runs, drops the rest and joins; destroy queues that post before
 // the queues that are posted to. The main thread never calls sync(), and no queue may wait in sync() for
 // one that waits for it.

@@ -29,9 +29,8 @@ struct ThreadQueue::Shared {
     std::unique_lock lock(mutex);
     const auto wanted = [this] { return woken || stopping; };
     if (deadline) {
-      using Instant = std::chrono::steady_clock::time_point;
-      condition.wait_until(
-          lock, Instant(std::chrono::ceil<std::chrono::steady_clock::duration>(deadline->due)), wanted);
+      // A span, since the library's steady clock need not be the queue's.
+      condition.wait_for(lock, deadline->due - core->clock().monotonic(), wanted);
     } else {
       condition.wait(lock, wanted);
     }
