@@ -4,7 +4,7 @@
 #include "Platform/Linux/LinuxProcessTable.h"
 #include "Platform/Linux/MachineSources.h"
 #include "Platform/Linux/ProcessSources.h"
-#include "Platform/Linux/SourceExamination.h"
+#include "Platform/Posix/SourceExamination.h"
 
 #include <ctime>
 #include <unistd.h>

@@ -1,6 +1,6 @@
 #include "Platform/Linux/MachineSources.h"
 
-#include "Platform/Linux/SourceExamination.h"
+#include "Platform/Posix/SourceExamination.h"
 
 #include <algorithm>
 

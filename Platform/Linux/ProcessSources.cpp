@@ -1,7 +1,7 @@
 #include "Platform/Linux/ProcessSources.h"
 
 #include "Platform/Linux/FileReader.h"
-#include "Platform/Linux/SourceExamination.h"
+#include "Platform/Posix/SourceExamination.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,6 +1,14 @@
 #include "Platform/macOS/MacDiagnostics.h"
 
 #include "Base/Localization.h"
+#include "Base/macOS/CoreFoundation.h"
+#include "Platform/Formats/ListeningPorts.h"
+#include "Platform/Formats/ProcessTraffic.h"
+#include "Platform/Posix/SourceExamination.h"
+#include "Platform/macOS/MacProcessTable.h"
+#include "Platform/macOS/Sysctl.h"
+
+#include <IOKit/ps/IOPowerSources.h>
 
 #include <ctime>
 #include <libproc.h>
@@ -10,45 +18,146 @@ namespace korvell {
 
 namespace {
 
+using State = SourceReport::State;
+
+constexpr const char* noAnswer = "The system does not answer.";
+constexpr ProcessID launchd = 1; ///< runs always, and as root
+
 struct SourceRow {
   const char* name;
   const char* source;
   const char* missing; ///< why a machine may not have it
-  bool (*answers)(MachineCounters&);
+  bool (*answers)(MacSources&);
 };
 
-constexpr const char* noAnswer = "The system does not answer.";
-
-constexpr SourceRow rows[] = {
-    {"Processor", "host_processor_info", noAnswer, [](MachineCounters& m) { return !m.cpu().cores.empty(); }},
-    {"Load", "getloadavg", noAnswer, [](MachineCounters& m) { return m.cpu().load1.has_value(); }},
-    {"Memory", "host_statistics64", noAnswer, [](MachineCounters& m) { return m.memory().use.has_value(); }},
-    {"Disks", "IOBlockStorageDriver", noAnswer, [](MachineCounters& m) { return !m.disks().empty(); }},
-    {"Volumes", "NSFileManager", noAnswer, [](MachineCounters& m) { return !m.volumes().empty(); }},
+constexpr SourceRow machineRows[] = {
+    {"Processor", "host_processor_info", noAnswer,
+     [](MacSources& s) { return !s.machine.cpu().cores.empty(); }},
+    {"Load", "getloadavg", noAnswer, [](MacSources& s) { return s.machine.cpu().load1.has_value(); }},
+    {"Memory", "host_statistics64", noAnswer,
+     [](MacSources& s) { return s.machine.memory().use.has_value(); }},
+    {"Swap", "vm.swapusage", noAnswer,
+     [](MacSources&) { return sysctlValue<xsw_usage>("vm.swapusage").has_value(); }},
+    {"Memory pressure", "kern.memorystatus_vm_pressure_level", noAnswer,
+     [](MacSources&) {
+       return sysctlValue<std::int32_t>("kern.memorystatus_vm_pressure_level").has_value();
+     }},
+    {"Disks", "IOBlockStorageDriver", noAnswer, [](MacSources& s) { return !s.machine.disks().empty(); }},
+    {"Volumes", "NSFileManager", noAnswer, [](MacSources& s) { return !s.machine.volumes().empty(); }},
     {"Network", "NET_RT_IFLIST2", "This machine has no wired, wireless or cellular link.",
-     [](MachineCounters& m) { return !m.interfaces().empty(); }},
+     [](MacSources& s) { return !s.machine.interfaces().empty(); }},
     {"Graphics", "IOAccelerator", "No graphics processor publishes how busy it is.",
-     [](MachineCounters& m) { return !m.gpus().empty(); }},
+     [](MacSources& s) { return !s.machine.gpus().empty(); }},
     {"Battery", "AppleSmartBattery", "This machine has no battery.",
-     [](MachineCounters& m) { return m.power().battery.has_value(); }},
+     [](MacSources& s) { return s.machine.power().battery.has_value(); }},
+    {"Power adapter", "IOPSCopyExternalPowerAdapterDetails", "No power adapter tells what it can give.",
+     [](MacSources&) { return bool(CFOwned<CFDictionaryRef>(IOPSCopyExternalPowerAdapterDetails())); }},
+    {"Thermal state", "NSProcessInfo", noAnswer,
+     [](MacSources& s) {
+       s.state.thermalState(); // always answers: what counts is what it costs
+       return true;
+     }},
+    {"Applications", "NSWorkspace", "No desktop session answers; applications are told by their paths alone.",
+     [](MacSources& s) { return !s.applications.list().empty(); }},
 };
+
+SourceReport examined(const SourceRow& row, MacSources& sources, const Clock& clock) {
+  SourceReport report{.name = localized(row.name), .source = row.source};
+  if (row.answers(sources)) {
+    report.microseconds = readingMicroseconds(clock, [&] { row.answers(sources); });
+  } else {
+    report.state = State::missing;
+    report.reason = localized(row.missing);
+  }
+  return report;
+}
+
+/// The listing and the figures of our own processes, without the bytes that nettop tells.
+SourceReport processes(const Clock& clock) {
+  SourceReport report{.name = localized("Processes"), .source = "proc_pid_rusage"};
+  MacProcessTable table([](const auto&...) { return std::nullopt; });
+  if (table.read().empty()) {
+    report.state = State::missing;
+    report.reason = localized(noAnswer);
+  } else {
+    report.microseconds = readingMicroseconds(clock, [&] { table.read(); });
+  }
+  return report;
+}
+
+SourceReport usageOfOthers(const Clock& clock) {
+  SourceReport report{.name = localized("Usage of others"), .source = "proc_pid_rusage"};
+  MacProcessTable table([](const auto&...) { return std::nullopt; });
+  if (table.start(launchd)) {
+    report.microseconds = readingMicroseconds(clock, [&] { table.start(launchd); });
+  } else {
+    report.state = State::refused;
+    report.reason = localized("The system does not tell you what other users' processes use.");
+    report.remedy = localized("Enable the helper: korvell helper enable.");
+  }
+  return report;
+}
+
+SourceReport responsibleProcesses(const Clock& clock) {
+  SourceReport report{.name = localized("Responsible processes"),
+                      .source = "responsibility_get_pid_responsible_for_pid"};
+  MacProcessTable table([](const auto&...) { return std::nullopt; });
+  if (const auto own = table.facts(getpid()); own && own->responsible > 0) {
+    report.microseconds = readingMicroseconds(clock, [&] { table.facts(getpid()); });
+  } else {
+    report.state = State::missing;
+    report.reason = localized("This system does not tell which application a process works for; its path "
+                              "and its parents decide.");
+  }
+  return report;
+}
+
+/// A program that is started for each reading: measured once, since it takes its time.
+SourceReport program(const char* name, const char* path, const CommandRunner& run, const Clock& clock,
+                     const std::function<void(const CommandRunner&)>& reading) {
+  SourceReport report{.name = localized(name), .source = path};
+  bool answered = false;
+  const auto begin = clock.monotonic();
+  reading([&](const std::string& program, const std::vector<std::string>& arguments, Seconds timeout) {
+    const auto result = run(program, arguments, timeout);
+    answered = result && !result->timedOut;
+    return result;
+  });
+  if (answered) {
+    report.microseconds = (clock.monotonic() - begin).count() * 1e6;
+  } else {
+    report.state = State::missing;
+    report.reason = localized("The program can't be started, or does not answer in time.");
+  }
+  return report;
+}
+
+SourceReport launchJobs(LaunchItems& items, const Clock& clock) {
+  SourceReport report{.name = localized("Launch jobs"), .source = "/bin/launchctl"};
+  const auto begin = clock.monotonic();
+  report.reason = items.loadedJobs().user.silence;
+  if (report.reason.empty()) {
+    report.microseconds = (clock.monotonic() - begin).count() * 1e6;
+    report.reason = localized("Only your own jobs are listed; a daemon is never shown as loaded.");
+  } else {
+    report.state = State::missing;
+  }
+  return report;
+}
 
 } // namespace
 
 std::vector<SourceReport> MacDiagnostics::sources() {
   std::vector<SourceReport> reports;
-  for (const auto& row : rows) {
-    SourceReport report{.name = localized(row.name), .source = row.source};
-    row.answers(machine_); // the first reading opens what later ones keep
-    const auto begin = clock_.monotonic();
-    if (row.answers(machine_)) {
-      report.microseconds = (clock_.monotonic() - begin).count() * 1e6;
-    } else {
-      report.state = SourceReport::State::missing;
-      report.reason = localized(row.missing);
-    }
-    reports.push_back(std::move(report));
-  }
+  for (const auto& row : machineRows) reports.push_back(examined(row, sources_, clock_));
+  reports.push_back(processes(clock_));
+  reports.push_back(usageOfOthers(clock_));
+  reports.push_back(responsibleProcesses(clock_));
+  reports.push_back(program("Traffic", "/usr/bin/nettop", sources_.run, clock_,
+                            [](const CommandRunner& run) { readProcessTraffic(run); }));
+  reports.push_back(program("Listening ports", "/usr/sbin/lsof", sources_.run, clock_,
+                            [](const CommandRunner& run) { readListeningPorts(run); }));
+  reports.push_back(launchJobs(sources_.launchItems, clock_));
   return reports;
 }
 

@@ -29,13 +29,14 @@ Host makeHost(const Environment& environment) {
   host.logFiles = std::make_unique<PosixLogFiles>();
   host.trash = std::make_unique<MacTrash>(host.folders.home, getuid());
   host.machine = std::make_unique<MacMachineCounters>();
-  host.diagnostics = std::make_unique<MacDiagnostics>(*host.machine, clock);
   host.state = std::make_unique<MacMachineState>();
   host.processes = std::make_unique<MacProcessTable>(Shell::run);
   host.processControl = std::make_unique<MacProcessControl>();
   host.applications = std::make_unique<MacRunningApplications>();
   host.usageHelper = std::make_unique<MacUsageHelper>();
   host.launchItems = std::make_unique<MacLaunchItems>(host.folders, Shell::run, getuid());
+  host.diagnostics = std::make_unique<MacDiagnostics>(
+      MacSources{*host.machine, *host.state, *host.applications, *host.launchItems, Shell::run}, clock);
   host.bundleInfo = macBundleInfo;
   host.notifications = std::make_unique<MacNotifications>();
   return host;

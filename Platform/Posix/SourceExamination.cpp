@@ -1,4 +1,4 @@
-#include "Platform/Linux/SourceExamination.h"
+#include "Platform/Posix/SourceExamination.h"
 
 #include <algorithm>
 #include <cerrno>
