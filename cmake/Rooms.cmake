@@ -31,9 +31,11 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release")
     # That compiler takes "text" + std::string for an overlapping copy once it inlines it (its bug 105651).
     target_compile_options(korvell_options INTERFACE -Wno-restrict)
   endif()
-  # Unused functions of the rooms do not travel into the tool.
+  # Unused functions of the rooms do not travel into the programs, nor do the libraries that only those need.
   target_compile_options(korvell_options INTERFACE -ffunction-sections -fdata-sections)
-  if(NOT APPLE)
+  if(APPLE)
+    target_link_options(korvell_options INTERFACE -Wl,-dead_strip -Wl,-dead_strip_dylibs)
+  else()
     target_link_options(korvell_options INTERFACE -Wl,--gc-sections -Wl,--as-needed)
   endif()
 endif()
@@ -98,11 +100,18 @@ function(korvell_room name)
   endif()
 endfunction()
 
-# korvell_tests(NAME SOURCES file... LINKS target...): one test program a room, every case known to CTest.
+# korvell_tests(NAME [THREADS] SOURCES file... LINKS target...): one test program a room, every case known to
+# CTest. THREADS says that its cases start threads: those are what the thread sanitizer builds and runs.
+add_custom_target(threaded_tests)
 function(korvell_tests name)
-  cmake_parse_arguments(tests "" "" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(tests "THREADS" "" "SOURCES;LINKS" ${ARGN})
   add_executable(${name} ${tests_SOURCES})
   target_link_libraries(${name} PRIVATE korvell_options ${tests_LINKS} FixturesFolder GTest::gmock GTest::gtest_main)
   korvell_precompile(${name} korvell_tests_precompiled)
-  gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+  set(labels)
+  if(tests_THREADS)
+    add_dependencies(threaded_tests ${name})
+    set(labels LABELS threads)
+  endif()
+  gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120 ${labels})
 endfunction()

@@ -28,10 +28,10 @@ public:
   std::vector<ProcessID> asked;
   std::vector<Sent> sent;
 
-  Entry& add(ProcessID pid, std::string comm, ProcessID parent = 1) {
+  Entry& add(ProcessID pid, const std::string& comm, ProcessID parent = 1) {
     auto& entry = processes[pid];
     entry.counters = {.pid = pid, .parent = parent, .comm = comm, .start = std::uint64_t(pid) * 10};
-    entry.facts = {.path = "/opt/" + comm, .name = std::move(comm)};
+    entry.facts = {.path = "/opt/" + comm, .name = comm};
     return entry;
   }
 
