@@ -1,6 +1,7 @@
 // korvell ai: what the AI coding tools used, by day, model or project, and how much of a plan is spent.
 
 #include "Base/Format.h"
+#include "Base/Text.h"
 #include "Core/AIUsage/AIUsageScanner.h"
 #include "Core/AIUsage/PlanLimitAlerts.h"
 #include "Tool/Commands.h"
@@ -29,18 +30,32 @@ struct Usage {
   std::optional<std::string> putAside = {}; ///< where a damaged database is kept
 };
 
+enum class Grouping { day, model, project };
+
+} // namespace
+
+template <>
+struct EnumTable<Grouping> {
+  /// The raw values are what the command line takes.
+  static constexpr EnumCase<Grouping> cases[] = {{Grouping::day, "day", "Tokens per day"},
+                                                 {Grouping::model, "model", "By model"},
+                                                 {Grouping::project, "project", "Top projects"}};
+};
+
+namespace {
+
 /// What of the usage is shown, and how.
 struct View {
   Date since;
   AIPeriod period;
   std::optional<AITool> tool;
-  std::string by;
+  Grouping by;
 };
 
 Usage readUsage(Context& context) {
   auto& host = context.host;
   const auto options = AIUsageScanner::defaults(host.folders);
-  Usage usage{*host.zone, context.clock.now(), options.databasePath};
+  Usage usage{*host.zone, context.clock.now(), options.cacheURL};
   AIUsageScanner scanner(options, *host.logFiles, *host.zone, context.clock);
   const bool isFirst = scanner.summary(days(AIPeriod::month), usage.now).rows.empty();
   const auto text = isFirst ? localized("Reading your Claude Code and Codex history for the first time…")
@@ -60,7 +75,7 @@ Usage readUsage(Context& context) {
 int report(Context& context, const Usage& usage) {
   const auto path = usage.putAside.value_or(usage.databasePath);
   const auto say = [&](const char* text, const std::string& more = {}) {
-    return fail(context, localized(text, {{"path", path}}) + more);
+    return fail(context, localized(text, {{"path", escapedControls(path)}}) + more);
   };
   const auto old = usage.summary.rows.empty() ? "" : localized("; these are the figures from before");
   switch (usage.outcome) {
@@ -94,6 +109,12 @@ std::string dollars(std::optional<double> cost) {
   return fmt::format("{}${}.{:02}", sign, Format::grouped(cents / 100), cents % 100);
 }
 
+/// A star says that the cost leaves out tokens.
+template <class Total>
+std::string costText(const Total& total) {
+  return dollars(total.cost) + (total.cost && total.unpriced > 0 ? "*" : "");
+}
+
 /// What gives way, step by step, until a table fits the terminal.
 struct Layout {
   bool splitsCache; ///< writes and reads in columns of their own
@@ -110,17 +131,18 @@ public:
       : usage_(usage), view_(view), layout_(layout) {}
 
   Table make() const {
-    Table table = view_.by == "model" ? byModel() : view_.by == "project" ? byProject() : byDay();
+    Table table = view_.by == Grouping::model     ? byModel()
+                  : view_.by == Grouping::project ? byProject()
+                                                  : byDay();
     std::vector<Table::Cell> leading = {{localized("Total"), Ink::bold}};
-    if (view_.by == "day" || namesTools()) leading.emplace_back("");
-    table.row(cells(std::move(leading), usage_.summary.tokens(view_.since, view_.tool),
-                    usage_.summary.cost(view_.since, view_.tool), Ink::bold));
+    if (view_.by == Grouping::day || namesTools()) leading.emplace_back("");
+    table.row(cells(std::move(leading), usage_.summary.total(view_.since, view_.tool), Ink::bold));
     return table;
   }
 
 private:
   /// A model's name tells its tool, too.
-  bool namesTools() const { return view_.by == "model" && layout_.splitsCache; }
+  bool namesTools() const { return view_.by == Grouping::model && layout_.splitsCache; }
 
   Table tableWith(std::vector<Column> columns) const {
     std::vector<const char*> names = {"Input", "Output"};
@@ -134,8 +156,10 @@ private:
     return Table(std::move(columns));
   }
 
-  std::vector<Table::Cell> cells(std::vector<Table::Cell> leading, const AITokens& tokens,
-                                 std::optional<double> cost, Ink ink = Ink::plain) const {
+  template <class Total>
+  std::vector<Table::Cell> cells(std::vector<Table::Cell> leading, const Total& total,
+                                 Ink ink = Ink::plain) const {
+    const AITokens& tokens = total.tokens;
     const auto add = [&](std::int64_t count) { leading.push_back({Format::grouped(count), ink}); };
     add(tokens.input);
     add(tokens.output);
@@ -146,30 +170,24 @@ private:
       add(AITokens{.cacheWrite = tokens.cacheWrite, .cacheRead = tokens.cacheRead}.total());
     }
     if (layout_.sumsUp) add(tokens.total());
-    leading.push_back({dollars(cost), ink});
+    leading.push_back({costText(total), ink});
     return leading;
   }
 
-  /// Every day from the first with usage to today, and later ones with usage, with a bar for its share of the
-  /// busiest day's tokens.
+  /// Every day from the first with usage to today, with a bar for its share of the busiest day's tokens.
   Table byDay() const {
-    std::map<CalendarDay, std::pair<AITokens, double>> sums;
-    for (const auto& row : usage_.summary.rowsSince(view_.since, view_.tool)) {
-      auto& [tokens, cost] = sums[localDay(usage_.zone, row.day)];
-      tokens += row.tokens;
-      cost += row.cost.value_or(0);
-    }
+    std::map<CalendarDay, AITotal> sums;
+    for (const auto& row : usage_.summary.rowsSince(view_.since, view_.tool))
+      add(sums[localDay(usage_.zone, row.day)], row);
     double most = 1;
-    for (const auto& [day, sum] : sums) most = std::max(most, double(sum.first.total()));
+    for (const auto& [day, sum] : sums) most = std::max(most, double(sum.tokens.total()));
     Table table = tableWith({{localized("Day")}, {""}});
-    // A clock that was wrong once may have dated a line thousands of years ahead.
     const auto today = localDay(usage_.zone, usage_.now);
-    for (auto day = sums.begin()->first; day <= today; day = day + 1) sums.try_emplace(day);
-    for (const auto& [day, sum] : sums) {
-      const auto& [tokens, cost] = sum;
-      table.row(cells({dayText(day), {bar(double(tokens.total()) / most, layout_.barWidth), Ink::accent}},
-                      tokens, cost));
-    }
+    for (auto day = sums.begin()->first; day <= today; day = day + 1)
+      sums.try_emplace(day, AITotal{.cost = 0});
+    for (const auto& [day, sum] : sums)
+      table.row(cells({dayText(day), {bar(double(sum.tokens.total()) / most, layout_.barWidth), Ink::accent}},
+                      sum));
     return table;
   }
 
@@ -180,7 +198,7 @@ private:
     for (const auto& total : usage_.summary.byModel(view_.since, view_.tool)) {
       std::vector<Table::Cell> leading = {total.model};
       if (namesTools()) leading.emplace_back(std::string(title(total.tool)));
-      table.row(cells(std::move(leading), total.tokens, total.cost));
+      table.row(cells(std::move(leading), total));
     }
     return table;
   }
@@ -188,7 +206,7 @@ private:
   Table byProject() const {
     Table table = tableWith({{localized("Project"), Column::Align::left, layout_.cutsNames, 12}});
     for (const auto& total : usage_.summary.byProject(view_.since, view_.tool))
-      table.row(cells({total.name}, total.tokens, total.cost));
+      table.row(cells({total.name}, total));
     return table;
   }
 
@@ -199,11 +217,18 @@ private:
 
 void printCosts(Context& context, const Usage& usage, const View& view) {
   const auto cost = [&](const std::string& label, Date since) {
-    context.out.line(context.out.ink(Ink::dim, label + ": " + dollars(usage.summary.cost(since, view.tool)) +
-                                                   " " + localized("at API list prices")));
+    context.out.line(context.out.ink(Ink::dim, label + ": " +
+                                                   costText(usage.summary.total(since, view.tool)) + " " +
+                                                   localized("at API list prices")));
   };
   cost(localized("API-equivalent today"), AIUsageSummary::startOfPeriod(1, usage.now, usage.zone));
   if (view.period != AIPeriod::today) cost(localized("API-equivalent, ") + title(view.period), view.since);
+  const auto total = usage.summary.total(view.since, view.tool);
+  if (total.unpriced > 0)
+    context.out.line(
+        context.out.ink(Ink::dim, (total.cost ? "* " : "") +
+                                      localized("Costs leave out {count} tokens of models without a price.",
+                                                {{"count", Format::grouped(total.unpriced)}})));
 }
 
 void print(Context& context, const Usage& usage, const View& view) {
@@ -217,9 +242,7 @@ void print(Context& context, const Usage& usage, const View& view) {
     const Table table = UsageTables(usage, view, layout).make();
     const bool isLast = &layout == std::end(layouts) - 1;
     if (!isLast && table.narrowest() > out.columns()) continue;
-    out.line(out.ink(Ink::bold, localized(view.by == "model"     ? "By model"
-                                          : view.by == "project" ? "Top projects"
-                                                                 : "Tokens per day")));
+    out.line(out.ink(Ink::bold, title(view.by)));
     table.print(out);
     break;
   }
@@ -235,7 +258,7 @@ View viewOf(const Arguments& arguments, const Usage& usage) {
   view.period = fromRawValue<AIPeriod>(arguments.text("--period").value_or("30d")).value_or(AIPeriod::month);
   if (const auto name = arguments.text("--tool"))
     view.tool = *name == "codex" ? AITool::codex : AITool::claude;
-  view.by = arguments.text("--by").value_or("day");
+  view.by = fromRawValue<Grouping>(arguments.text("--by").value_or("day")).value_or(Grouping::day);
   view.since = AIUsageSummary::startOfPeriod(days(view.period), usage.now, usage.zone);
   return view;
 }
@@ -267,14 +290,16 @@ int runLimits(Context& context, const Arguments& arguments) {
   } else if (!limits) {
     context.out.line(localized("no Codex sessions yet"));
   } else {
-    context.out.line(localized("Codex plan") + (limits->plan ? ": " + *limits->plan : ""));
+    auto plan = localized("Codex plan") + (limits->plan ? ": " + escapedControls(*limits->plan) : "");
+    context.out.line(truncatedToWidth(plan, context.out.columns()));
     Table table({{""}, {""}, {"", Column::Align::right}, {""}});
     for (const auto& limit : limits->limits()) {
       const bool running = limit.resetsAt > usage.now;
-      const auto ink = !running ? Ink::dim : limit.usedPercent >= 80 ? Ink::warning : Ink::good;
+      const auto used = limit.wholePercent();
+      const auto ink = !running ? Ink::dim : limit.usedPercent >= alertPercent ? Ink::warning : Ink::good;
       table.row({limit.name() + localized(" limit"),
                  {bar(limit.usedPercent / 100, limitBarWidth), ink},
-                 {Format::percent(limit.usedPercent), ink},
+                 {used ? fmt::format("{}%", *used) : noFigure, ink},
                  {running ? localized("resets ") + resetText(usage.zone, limit.resetsAt)
                           : localized("window has reset"),
                   Ink::dim}});

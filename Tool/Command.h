@@ -76,8 +76,10 @@ int runCommandLine(Context& context, std::span<const Command> commands,
 /// The option that most commands have.
 inline Option jsonOption() { return {"--json", Option::Kind::flag, "Print one JSON object"}; }
 
-/// One JSON object, indented on a terminal, on one line into a pipe.
+/// One JSON object, on one line into a pipe, as terminalJSON() on a terminal.
 void printJSON(Terminal& out, const Value& value);
+/// Indented, with escapes for whatever would control the terminal.
+std::string terminalJSON(const Value& value);
 
 /// A message on standard error, "korvell: …", and the exit code to return.
 int fail(Context& context, std::string_view message, ExitCode code = exitFailed);

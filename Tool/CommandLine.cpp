@@ -33,9 +33,21 @@ std::vector<std::string> Arguments::list(std::string_view name) const {
   return found == values_.end() ? std::vector<std::string>() : found->second;
 }
 
+// JSON leaves DEL, C1 controls and marks of direction in texts as they are, and terminals obey them.
+std::string terminalJSON(const Value& value) {
+  const auto json = dumpJSON(value, JSONStyle::indented);
+  std::string result;
+  for (const auto line : splitLines(json)) {
+    std::string plain;
+    for (const char c : line) c == '\x7f' ? plain += "\\u007f" : plain += c;
+    result += escapedControls(plain) + "\n";
+  }
+  return result;
+}
+
 void printJSON(Terminal& out, const Value& value) {
   // JSON is UTF-8 whatever the locale.
-  out.writeRaw(dumpJSON(value, out.isTerminal() ? JSONStyle::indented : JSONStyle::line) + "\n");
+  out.writeRaw(out.isTerminal() ? terminalJSON(value) : dumpJSON(value) + "\n");
 }
 
 int fail(Context& context, std::string_view message, ExitCode code) {

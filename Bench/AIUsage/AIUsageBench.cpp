@@ -70,7 +70,9 @@ double cpuSeconds() {
 }
 
 AIUsageScanner::Options options(const std::string& home, int threads) {
-  return {.databasePath = home + "/data/ai-usage.sqlite", .home = home, .threads = threads};
+  auto options = AIUsageScanner::defaults({.home = home, .data = home + "/data"});
+  options.threads = threads;
+  return options;
 }
 
 int scanOnce(const std::string& home, int threads) {

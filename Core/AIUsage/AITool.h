@@ -14,9 +14,8 @@ struct EnumTable<AITool> {
                                                {AITool::codex, "Codex", "Codex"}};
 };
 
-/// Where a tool keeps its session logs, below the home folder.
-constexpr std::string_view logFolder(AITool tool) {
-  return tool == AITool::claude ? "/.claude/projects" : "/.codex/sessions";
-}
+// Where the tools keep their session logs.
+inline std::string claudeRoot(const std::string& home) { return home + "/.claude/projects"; }
+inline std::string codexRoot(const std::string& home) { return home + "/.codex/sessions"; }
 
 } // namespace korvell

@@ -16,13 +16,20 @@ constexpr std::int64_t worthASecondThread = std::int64_t{8} << 20;
 
 } // namespace
 
+std::string AIUsageScanner::defaultCacheURL(const UserFolders& folders) {
+  return folders.data + "/ai-usage.sqlite";
+}
+
 AIUsageScanner::Options AIUsageScanner::defaults(const UserFolders& folders) {
-  return {.databasePath = folders.data + "/ai-usage.sqlite", .home = folders.home};
+  return {.cacheURL = defaultCacheURL(folders),
+          .claudeRoot = claudeRoot(folders.home),
+          .codexRoot = codexRoot(folders.home),
+          .home = folders.home};
 }
 
 AIUsageScanner::AIUsageScanner(Options options, LogFiles& files, TimeZone& zone, const Clock& clock)
     : options_(std::move(options)), files_(files), zone_(zone), clock_(clock),
-      database_(options_.databasePath, clock.now()) {
+      database_(options_.cacheURL, clock.now()) {
   loaded_ = load();
 }
 
@@ -31,7 +38,7 @@ bool AIUsageScanner::load() {
   auto states = database_.fileStates();
   if (!states) return false;
   states_ = std::move(*states);
-  latestLimits_ = database_.limits();
+  readings_ = database_.limits();
   return !database_.isOpen() || database_.problem() == UsageDatabase::Problem::none;
 }
 
@@ -46,8 +53,9 @@ FileState AIUsageScanner::initialState(AITool tool, const std::string& path) con
 
 std::vector<ScanTask> AIUsageScanner::newBytes(Date now, AIScanStats& stats) {
   std::vector<ScanTask> tasks;
-  for (const auto tool : {AITool::claude, AITool::codex})
-    for (auto& file : files_.list(options_.home + std::string(logFolder(tool)), "jsonl")) {
+  for (const auto& [tool, root] :
+       {std::pair(AITool::claude, &options_.claudeRoot), std::pair(AITool::codex, &options_.codexRoot)})
+    for (auto& file : logFiles(*root)) {
       if (file.modified < now - oldestFile) continue;
       const auto known = states_.find(file.path);
       const bool isKnown = known != states_.end();
@@ -86,10 +94,10 @@ AIUsageScanner::Outcome AIUsageScanner::scan(Date now, const Progress& progress,
     return failure();
   }
   auto tasks = newBytes(now, stats);
-  Accounting accounting(database_, dayText(localDay(zone_, now)), latestLimits_);
+  Accounting accounting(database_, dayText(localDay(zone_, now)), readings_, now);
   ScanProgress report;
   if (progress) report = [&](std::int64_t bytes) { progress(bytes, stats.bytes); };
-  Scan scan(files_, zone_, options_.home, accounting, tasks, report, options_.cancellation);
+  Scan scan(files_, zone_, options_.home, now, accounting, tasks, report, options_.cancellation);
   helpers = scan.run(stats.bytes < worthASecondThread ? 1 : options_.threads);
   if (options_.cancellation.isCancelled()) {
     database_.rollback();
@@ -104,7 +112,7 @@ AIUsageScanner::Outcome AIUsageScanner::scan(Date now, const Progress& progress,
   }
   stats.records = accounting.records();
   for (const auto& [path, state] : accounting.states()) states_[path] = state;
-  latestLimits_ = accounting.limits();
+  readings_ = accounting.limits();
   return database_.isOpen() ? Outcome::done : Outcome::failed;
 }
 
@@ -125,6 +133,7 @@ AIUsageScanner::Outcome AIUsageScanner::failure() const {
 AIUsageSummary AIUsageScanner::summary(int days, Date now) {
   AIUsageSummary summary;
   std::map<std::string, std::optional<Date>> midnights;
+  const auto today = localDay(zone_, now);
   const auto since = localDay(zone_, AIUsageSummary::startOfPeriod(days, now, zone_));
   auto stored = database_.rows(dayText(since));
   if (database_.problem() == UsageDatabase::Problem::damaged) {
@@ -133,7 +142,7 @@ AIUsageSummary AIUsageScanner::summary(int days, Date now) {
   }
   for (auto& row : stored) {
     auto [day, isNew] = midnights.try_emplace(row.day);
-    if (const auto parsed = isNew ? parseDay(row.day) : std::nullopt)
+    if (const auto parsed = isNew ? parseDay(row.day) : std::nullopt; parsed && *parsed <= today)
       day->second = startOfDay(zone_, *parsed);
     const auto tool = fromRawValue<AITool>(row.tool);
     if (!day->second || !tool) continue;
@@ -147,7 +156,8 @@ AIUsageSummary AIUsageScanner::summary(int days, Date now) {
   }
   std::stable_sort(summary.rows.begin(), summary.rows.end(),
                    [](const AIUsageRow& a, const AIUsageRow& b) { return a.day < b.day; });
-  summary.codexLimits = latestLimits_;
+  readings_.advance(now);
+  summary.codexLimits = readings_.latest;
   summary.updatedAt = now;
   return summary;
 }

@@ -15,10 +15,11 @@ namespace korvell {
 class AIUsageScanner {
 public:
   struct Options {
-    std::string databasePath;       ///< of "ai-usage.sqlite"
-    std::string home;               ///< the logs are below it
-    Cancellation cancellation = {}; ///< ends a scan soon and without a trace
-    int threads = 2;                ///< at most; small scans use one
+    std::string cacheURL;              ///< the database's path
+    std::string claudeRoot, codexRoot; ///< the logs are below them
+    std::string home;                  ///< the project "Home"
+    Cancellation cancellation = {};    ///< ends a scan soon and without a trace
+    int threads = 2;                   ///< at most; small scans use one
   };
   enum class Outcome {
     done,
@@ -29,7 +30,9 @@ public:
     foreign, ///< the database was changed by another version of Korvell
   };
 
-  /// "ai-usage.sqlite" in Korvell's data folder, the logs below the home folder.
+  /// "ai-usage.sqlite" in Korvell's data folder.
+  static std::string defaultCacheURL(const UserFolders& folders);
+  /// That, and the logs below the home folder.
   static Options defaults(const UserFolders& folders);
 
   AIUsageScanner(Options options, LogFiles& files, TimeZone& zone, const Clock& clock);
@@ -42,10 +45,12 @@ public:
   /// Where a damaged database was put.
   const std::optional<std::string>& putAside() const { return database_.putAside(); }
 
+  /// Of so many days up to today; days and readings that lie ahead of `now` are left out until they come.
   AIUsageSummary summary(int days, Date now);
-  const std::optional<AICodexLimits>& latestLimits() const { return latestLimits_; }
+  const std::optional<AICodexLimits>& latestLimits() const { return readings_.latest; }
 
 private:
+  std::vector<LogFile> logFiles(const std::string& root) { return files_.list(root, "jsonl"); }
   std::vector<ScanTask> newBytes(Date now, AIScanStats& stats);
   FileState initialState(AITool tool, const std::string& path) const;
   Outcome scan(Date now, const Progress& progress, AIScanStats& stats, Seconds& helpers);
@@ -58,7 +63,7 @@ private:
   const Clock& clock_;
   UsageDatabase database_;
   std::unordered_map<std::string, FileState> states_;
-  std::optional<AICodexLimits> latestLimits_;
+  PlanReadings readings_;
   bool loaded_ = false; ///< the states are those of the database
   Outcome outcome_ = Outcome::done;
 };

@@ -32,20 +32,24 @@ void AIUsageStore::refresh() {
   });
 }
 
-AIUsageSummary AIUsageStore::scan() {
+AIUsageStore::Refreshed AIUsageStore::scan() {
   if (!scanner_) scanner_ = makeScanner_(ending_);
   const Date now = clock_.now();
   const auto stats = scanner_->refresh(now);
-  auto result = scanner_->summary(days(AIPeriod::month), now);
-  result.lastScan = stats;
+  Refreshed result{scanner_->summary(days(AIPeriod::month), now), {}};
+  result.summary.lastScan = stats;
+  if (const auto& limits = result.summary.codexLimits) result.due = alerts_.markDue(*limits, now);
   return result;
 }
 
-void AIUsageStore::publish(AIUsageSummary result) {
-  summary.set(std::move(result));
+void AIUsageStore::publish(Refreshed result) {
+  summary.set(std::move(result.summary));
   isScanning.set(false);
-  if (!summary->codexLimits) return;
-  for (const auto& alert : alerts_.check(*summary->codexLimits, clock_.now()))
+  checkPlanLimits(result.due);
+}
+
+void AIUsageStore::checkPlanLimits(const std::vector<AIPlanLimit>& due) {
+  for (const auto& alert : alerts_.post(due, clock_.now()))
     if (onAlert) onAlert(alert);
 }
 

@@ -2,7 +2,8 @@
 // The AI usage as the interface sees it: scans on a timer, and the newest summary.
 //
 // Main thread only (the queue `main`). Scans run on the queue "Korvell.aiUsage", which the store owns and to
-// which the scanner belongs from its creation on; they never overlap. Destroying the store ends a running
+// which the scanner belongs from its creation on; they never overlap. So are the marks of alerted windows
+// stored, because storing a setting waits for the disk. Destroying the store ends a running
 // scan early; the next start repeats it.
 
 #include "Base/Lifeline.h"
@@ -41,8 +42,13 @@ public:
   void refresh();
 
 private:
-  AIUsageSummary scan();
-  void publish(AIUsageSummary result);
+  struct Refreshed {
+    AIUsageSummary summary;
+    std::vector<AIPlanLimit> due; ///< to be alerted; marked already
+  };
+  Refreshed scan();
+  void publish(Refreshed result);
+  void checkPlanLimits(const std::vector<AIPlanLimit>& due);
 
   Queue& main_;
   const Clock& clock_;

@@ -72,9 +72,11 @@ void SeenKeys::flush() {
   unwritten_.clear();
 }
 
-Accounting::Accounting(UsageDatabase& database, std::string scanDay, std::optional<AICodexLimits> limits)
+Accounting::Accounting(UsageDatabase& database, std::string scanDay, PlanReadings limits, Date now)
     : database_(database), seen_(database, std::move(scanDay)), limits_(limits),
-      storedLimits_(std::move(limits)) {}
+      storedLimits_(std::move(limits)), now_(now) {
+  limits_.advance(now);
+}
 
 void Accounting::merge(AITool tool, FileState& state, const EventBatch& batch) {
   for (std::size_t i = 0; i < batch.events.size(); ++i) {
@@ -90,7 +92,7 @@ void Accounting::merge(AITool tool, FileState& state, const EventBatch& batch) {
     const auto* project = projects_.intern(event.project ? *event.project : state.project);
     add({event.day, tool, model, project}, event.counts);
   }
-  if (batch.limits) keepNewer(limits_, *batch.limits);
+  limits_.take(batch.limits, now_);
 }
 
 void Accounting::add(const Bucket& bucket, const Counts& counts) {
@@ -123,7 +125,7 @@ void Accounting::flushUsage() {
 void Accounting::flush() {
   flushUsage();
   seen_.flush();
-  if (limits_ && limits_ != storedLimits_) database_.saveLimits(*limits_);
+  if (limits_ != storedLimits_) database_.saveLimits(limits_);
 }
 
 } // namespace korvell

@@ -36,7 +36,7 @@ private:
 
 class Accounting {
 public:
-  Accounting(UsageDatabase& database, std::string scanDay, std::optional<AICodexLimits> limits);
+  Accounting(UsageDatabase& database, std::string scanDay, PlanReadings limits, Date now);
 
   /// Takes part of a file's events; `state` is the file's and is advanced.
   void merge(AITool tool, FileState& state, const EventBatch& batch);
@@ -47,7 +47,7 @@ public:
   /// Something could not be written: the transaction is of no use.
   bool failed() const { return database_.isOpen() && database_.problem() != UsageDatabase::Problem::none; }
   std::int64_t records() const { return records_; }
-  const std::optional<AICodexLimits>& limits() const { return limits_; }
+  const PlanReadings& limits() const { return limits_; }
   /// The states of all finished files.
   const std::map<std::string, FileState>& states() const { return states_; }
 
@@ -57,7 +57,8 @@ private:
 
   UsageDatabase& database_;
   SeenKeys seen_;
-  std::optional<AICodexLimits> limits_, storedLimits_;
+  PlanReadings limits_, storedLimits_;
+  Date now_;
   std::map<std::string, FileState> states_;
   StringPool models_, projects_;
   std::unordered_map<Bucket, Counts, BucketHash> pending_;

@@ -2,6 +2,8 @@
 
 #include "Core/AIUsage/Names.h"
 
+#include <algorithm>
+#include <cmath>
 #include <fmt/format.h>
 
 namespace korvell {
@@ -10,9 +12,13 @@ namespace {
 
 constexpr double secondsFrom1970To2001 = 978'307'200;
 
+double boundedPercent(double percent) { return std::clamp(percent, 0.0, AIPlanLimit::largestPercent); }
+
 std::optional<AIPlanLimit> planLimit(const std::optional<CodexWindow>& window) {
   if (!window || !window->used_percent || !window->resets_at) return std::nullopt;
-  return AIPlanLimit{*window->used_percent, window->window_minutes.value_or(0), {*window->resets_at}};
+  return AIPlanLimit{boundedPercent(*window->used_percent),
+                     std::max<std::int64_t>(window->window_minutes.value_or(0), 0),
+                     {*window->resets_at}};
 }
 
 Value encoded(const AIPlanLimit& limit) {
@@ -33,7 +39,8 @@ bool decodeLimit(const Value& object, std::string_view name, std::optional<AIPla
   const auto used = number(*member, "usedPercent"), resets = number(*member, "resetsAt");
   const auto* minutes = member->find("windowMinutes");
   if (!used || !resets || !minutes || !minutes->asInt()) return false;
-  result = AIPlanLimit{*used, *minutes->asInt(), {*resets + secondsFrom1970To2001}};
+  result = AIPlanLimit{
+      boundedPercent(*used), std::max<std::int64_t>(*minutes->asInt(), 0), {*resets + secondsFrom1970To2001}};
   return true;
 }
 
@@ -41,10 +48,16 @@ bool decodeLimit(const Value& object, std::string_view name, std::optional<AIPla
 
 std::string AIPlanLimit::name() const {
   constexpr std::int64_t hour = 60, day = 1'440, week = 10'080;
+  if (windowMinutes <= 0) return localized("Plan");
   if (windowMinutes == week) return localized("Weekly");
   if (windowMinutes == 5 * hour) return localized("5-hour");
   if (windowMinutes % day == 0) return localized("{n}-day", {{"n", std::to_string(windowMinutes / day)}});
   return localized("{n}-hour", {{"n", std::to_string(windowMinutes / hour)}});
+}
+
+std::optional<int> AIPlanLimit::wholePercent() const {
+  if (std::isnan(usedPercent)) return std::nullopt;
+  return int(boundedPercent(usedPercent));
 }
 
 std::vector<AIPlanLimit> AICodexLimits::limits() const {
@@ -61,8 +74,17 @@ std::optional<AIPlanLimit> AICodexLimits::tightest(Date now) const {
   return result;
 }
 
-void keepNewer(std::optional<AICodexLimits>& held, AICodexLimits reading) {
-  if (reading.date >= (held ? held->date : Date::distantPast())) held = std::move(reading);
+void PlanReadings::take(AICodexLimits reading, Date now) {
+  if (reading.date <= now) {
+    if (reading.date >= (latest ? latest->date : Date::distantPast())) latest = std::move(reading);
+  } else if (!ahead || reading.date <= ahead->date) {
+    ahead = std::move(reading);
+  }
+}
+
+void PlanReadings::take(PlanReadings readings, Date now) {
+  for (auto* reading : {&readings.latest, &readings.ahead})
+    if (*reading) take(std::move(**reading), now);
 }
 
 std::optional<AICodexLimits> limitsReading(std::optional<std::string_view> timestamp,

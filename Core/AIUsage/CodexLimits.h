@@ -7,18 +7,23 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace korvell {
 
 /// One allowance.
 struct AIPlanLimit {
-  double usedPercent = 0; ///< 0 to 100, as Codex reports it
-  std::int64_t windowMinutes = 0;
+  double usedPercent = 0;         ///< 0 to 100, as Codex reports it; never above largestPercent
+  std::int64_t windowMinutes = 0; ///< 0 when Codex does not tell
   Date resetsAt;
 
-  /// "Weekly", "5-hour", "3-day", "2-hour"; localised.
+  static constexpr double largestPercent = 999;
+
+  /// "Weekly", "5-hour", "3-day", "2-hour"; "Plan" for a window of unknown length; localised.
   std::string name() const;
+  /// As screens and alerts say it: what is begun is not spent. Nothing when it is no number.
+  std::optional<int> wholePercent() const;
 
   bool operator==(const AIPlanLimit&) const = default;
   static constexpr auto fields() {
@@ -47,8 +52,20 @@ struct AICodexLimits {
   }
 };
 
-/// Keeps the newer reading: `held` is replaced unless `reading` is earlier.
-void keepNewer(std::optional<AICodexLimits>& held, AICodexLimits reading);
+/// What is known of the plan. A clock that was ahead leaves readings dated in the future, which are neither
+/// shown nor keep real ones out.
+struct PlanReadings {
+  std::optional<AICodexLimits> latest; ///< the newest of those whose time has come
+  std::optional<AICodexLimits> ahead;  ///< the first of the others
+
+  /// Of two with the same date the later call's stays.
+  void take(AICodexLimits reading, Date now);
+  void take(PlanReadings readings, Date now);
+  /// Tells anew which is which.
+  void advance(Date now) { take(std::exchange(*this, {}), now); }
+
+  bool operator==(const PlanReadings&) const = default;
+};
 
 /// The reading of a log line; nothing without a timestamp.
 std::optional<AICodexLimits> limitsReading(std::optional<std::string_view> timestamp,

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <simdjson.h>
 
 namespace korvell {
@@ -44,25 +45,21 @@ const HasRareEscapes widestHasRareEscapes =
 constexpr HasRareEscapes widestHasRareEscapes = hasRareEscapesAnywhere;
 #endif
 
-bool isBetween(std::uint32_t unit, std::uint32_t low, std::uint32_t high) {
-  return low <= unit && unit <= high;
-}
+bool isHighSurrogate(std::uint16_t unit) { return unit >> 10 == 0xd800 >> 10; }
+bool isLowSurrogate(std::uint16_t unit) { return unit >> 10 == 0xdc00 >> 10; }
+
+constexpr std::size_t unitLength = 6;
 
 /// Of "\uXXXX" at the beginning.
 std::optional<std::uint16_t> escapedUnit(std::string_view text) {
-  if (!text.starts_with("\\u") || text.size() < 6) return std::nullopt;
+  if (!text.starts_with("\\u") || text.size() < unitLength) return std::nullopt;
   return parseInteger<std::uint16_t>(text.substr(2, 4), 16);
 }
 
 bool escapesAreValid(std::string_view line) {
   for (auto at = line.find('\\'); at != std::string_view::npos; at = line.find('\\', at)) {
-    if (const auto unit = escapedUnit(line.substr(at))) {
-      at += 6;
-      if (isBetween(*unit, 0xdc00, 0xdfff)) return false;
-      if (!isBetween(*unit, 0xd800, 0xdbff)) continue;
-      const auto low = escapedUnit(line.substr(at));
-      if (!low || !isBetween(*low, 0xdc00, 0xdfff)) return false;
-      at += 6;
+    if (escapedUnit(line.substr(at))) {
+      at += unitLength;
     } else {
       if (at + 1 == line.size() ||
           std::string_view("\"\\/bfnrt").find(line[at + 1]) == std::string_view::npos)
@@ -72,6 +69,9 @@ bool escapesAreValid(std::string_view line) {
   }
   return true;
 }
+
+/// The largest number up to which a double tells all whole ones apart.
+constexpr double mostExact = 9'007'199'254'740'992;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -95,6 +95,29 @@ bool isNumber(std::string_view text) {
 }
 
 } // namespace
+
+std::string withoutLoneSurrogates(std::string_view json) {
+  std::string result;
+  std::size_t copied = 0;
+  for (auto at = json.find('\\'); at != std::string_view::npos; at = json.find('\\', at)) {
+    const auto unit = escapedUnit(json.substr(at));
+    if (!unit) {
+      at += 2;
+      continue;
+    }
+    const auto low = isHighSurrogate(*unit) ? escapedUnit(json.substr(at + unitLength)) : std::nullopt;
+    if (low && isLowSurrogate(*low)) {
+      at += 2 * unitLength;
+      continue;
+    }
+    if (isHighSurrogate(*unit) || isLowSurrogate(*unit)) {
+      result.append(json.substr(copied, at - copied)).append("\\ufffd");
+      copied = at + unitLength;
+    }
+    at += unitLength;
+  }
+  return result.append(json.substr(copied));
+}
 
 struct JSONTokens::Library {
   std::unique_ptr<simdjson::internal::dom_parser_implementation> passes;
@@ -132,7 +155,7 @@ bool JSONTokens::begin(std::string_view line) {
 }
 
 bool JSONTokens::unescape(std::string_view& text, std::string& plain) {
-  const auto value = parseJSON(text);
+  const auto value = parseJSON(withoutLoneSurrogates(text));
   if (!value || !value->asString()) return false;
   text = plain = *value->asString();
   return true;
@@ -153,7 +176,7 @@ bool JSONTokens::text(std::string_view& result) {
   return true;
 }
 
-bool JSONTokens::integer(std::int64_t& result) {
+bool JSONTokens::plainInteger(std::int64_t& result) {
   const auto text = token();
   const auto digits = text.substr(text.starts_with('-'));
   if (digits.empty() || (digits.size() > 1 && digits[0] == '0')) return false;
@@ -174,11 +197,22 @@ bool JSONTokens::integer(std::int64_t& result) {
 }
 
 bool JSONTokens::number(double& result) {
-  const auto text = token();
-  if (std::int64_t whole = 0; integer(whole)) {
+  if (std::int64_t whole = 0; plainInteger(whole)) {
     result = double(whole);
     return true;
   }
+  return real(result);
+}
+
+bool JSONTokens::wholeReal(std::int64_t& result) {
+  double value = 0;
+  if (!real(value) || std::trunc(value) != value || std::abs(value) > mostExact) return false;
+  result = std::int64_t(value);
+  return true;
+}
+
+bool JSONTokens::real(double& result) {
+  const auto text = token();
   const auto value = isNumber(text) ? parseJSON(text) : std::nullopt;
   const auto number = value ? value->asDouble() : std::nullopt;
   if (!number) return false;

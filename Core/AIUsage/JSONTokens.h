@@ -4,6 +4,9 @@
 // The library's first pass finds where tokens begin and sees to UTF-8, closed texts and control characters;
 // its own later passes either build a tree of values, and copy and unescape every text for that, or leave
 // what nobody asks for unchecked. Here the grammar is checked along the way and texts stay where they are.
+//
+// Programs that cut a text between the two halves of a surrogate pair write an escape that stands for no
+// character. Such a line is taken as it was meant; a text that is read has U+FFFD there.
 
 #include <cstdint>
 #include <deque>
@@ -13,6 +16,9 @@
 #include <string_view>
 
 namespace korvell {
+
+/// JSON with "\ufffd" for each escape of half a surrogate pair, which other readers refuse.
+std::string withoutLoneSurrogates(std::string_view json);
 
 class JSONTokens {
 public:
@@ -33,8 +39,9 @@ public:
   // rest of the line is then of no use.
   bool null() { return peek() == 'n' && isNull(); } ///< when false, any other value may still be read
   bool text(std::string_view& result);              ///< lives until the next line begins
-  bool integer(std::int64_t& result);               ///< written without a fraction or an exponent
-  bool number(double& result);                      ///< finite
+  /// Whole, also when it is written as "300.0" or "3e2"; those up to 2^53.
+  bool integer(std::int64_t& result) { return plainInteger(result) || wholeReal(result); }
+  bool number(double& result); ///< finite
   /// Calls `member` with every name, which lives until the value is read; it reads the value and tells
   /// whether that was good.
   template <class Member>
@@ -73,6 +80,9 @@ private:
   /// Takes the quotes away, too; the text is then that of `plain`.
   bool unescape(std::string_view& text, std::string& plain);
   bool isNull();
+  bool plainInteger(std::int64_t& result); ///< when false, wholeReal() or real() may still read it
+  bool wholeReal(std::int64_t& result);
+  bool real(double& result);
   bool array();
 
   std::unique_ptr<Library> library_;

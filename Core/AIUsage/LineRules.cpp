@@ -34,7 +34,7 @@ std::optional<std::string_view> quotedAfter(const Needle& needle, std::string_vi
 
 void EventBatch::clear() {
   events.clear();
-  limits.reset();
+  limits = {};
   models.clear();
   projects.clear();
 }
@@ -53,7 +53,7 @@ void ClaudeLines::lines(std::string_view lines) {
   forEachLineWith(usageNeedle, lines, [this](auto line, auto at) { candidate(line, at); });
 }
 
-bool ClaudeLines::line(std::string_view line) {
+bool ClaudeLines::claudeLine(std::string_view line) {
   const auto usage = findWithSIMD(usageNeedle, line);
   return usage && candidate(line, *usage);
 }
@@ -104,7 +104,7 @@ void CodexLines::lines(std::string_view lines) {
   forEachLineWith(codexNeedle, lines, [this](auto line, auto at) { candidate(line, at); });
 }
 
-bool CodexLines::line(std::string_view raw) {
+bool CodexLines::codexLine(std::string_view raw) {
   const auto needle = findWithSIMD(codexNeedle, raw);
   return needle && candidate(raw, *needle);
 }
@@ -130,7 +130,7 @@ bool CodexLines::tokenCount(const CodexLine& line) {
   const auto& payload = *line.payload;
   if (payload.rate_limits)
     if (auto reading = limitsReading(line.timestamp, *payload.rate_limits))
-      keepNewer(batch_.limits, std::move(*reading));
+      batch_.limits.take(std::move(*reading), tools_.now);
   if (!payload.info || !payload.info->total_token_usage || !payload.info->last_token_usage) return false;
   const auto total = payload.info->total_token_usage->total_tokens;
   if (!total || *total == file_.lastTotal) return false;

@@ -30,7 +30,7 @@ struct UsageEvent {
 /// Part of a file's events, in order. Their texts live as long as it.
 struct EventBatch {
   std::vector<UsageEvent> events;
-  std::optional<AICodexLimits> limits; ///< the newest reading
+  PlanReadings limits;
   StringPool models, projects;
 
   std::size_t bytes() const { return events.size() * sizeof(UsageEvent) + models.bytes() + projects.bytes(); }
@@ -65,8 +65,9 @@ struct LineTools {
   LocalDays days;
   RecentKeys keys;
   std::string home;
+  Date now; ///< what is dated later waits
 
-  LineTools(const TimeZone& zone, std::string home) : days(zone), home(std::move(home)) {}
+  LineTools(const TimeZone& zone, std::string home, Date now) : days(zone), home(std::move(home)), now(now) {}
 };
 
 /// The lines of one Claude Code file.
@@ -76,8 +77,8 @@ public:
 
   /// One line without its line feed, JSONTokens::padding readable bytes behind it. True when an event that
   /// counts was added.
-  bool line(std::string_view line);
-  /// Whole lines, each with its line feed: the same as line() for each of them.
+  bool claudeLine(std::string_view line);
+  /// Whole lines, each with its line feed: the same as claudeLine() for each of them.
   void lines(std::string_view lines);
 
 private:
@@ -98,7 +99,7 @@ public:
   CodexLines(LineTools& tools, EventBatch& batch, FileState& file)
       : tools_(tools), batch_(batch), file_(file) {}
 
-  bool line(std::string_view line);
+  bool codexLine(std::string_view line);
   void lines(std::string_view lines);
 
 private:

@@ -7,7 +7,9 @@ namespace korvell {
 namespace {
 
 bool read(JSONTokens& json, std::string_view& result) { return json.text(result); }
-bool read(JSONTokens& json, std::int64_t& result) { return json.integer(result); }
+bool read(JSONTokens& json, std::int64_t& result) {
+  return json.integer(result) && -largestCount <= result && result <= largestCount;
+}
 bool read(JSONTokens& json, double& result) { return json.number(result); }
 
 template <Record T>

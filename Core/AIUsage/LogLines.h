@@ -3,8 +3,7 @@
 //
 // The fields bear the names that the tools give them. A line decodes when all of it is well-formed JSON in
 // UTF-8 and no member named here has a wrong type; null counts as absent, unknown members are ignored, of a
-// member written twice the last counts. Integers are written without a fraction or an exponent and fit 64
-// bits. Nesting deeper than 1,024 and a byte order mark are refused.
+// member written twice the last counts. Nesting deeper than 1,024 and a byte order mark are refused.
 
 #include "Base/Record.h"
 #include "Core/AIUsage/JSONTokens.h"
@@ -14,6 +13,10 @@
 #include <string_view>
 
 namespace korvell {
+
+/// No integer of a line may be further from zero: a million times what any model takes at once. What is
+/// larger is no count, and sums of what is not stay within 64 bits for millions of lines.
+inline constexpr std::int64_t largestCount = 1'000'000'000'000;
 
 struct ClaudeCacheCreation {
   std::optional<std::int64_t> ephemeral_1h_input_tokens;

@@ -8,7 +8,13 @@ namespace korvell {
 
 namespace {
 
-constexpr double alertPercent = 80;
+/// Two windows of one length, or of none, would replace each other's mark and alert by turns for ever.
+std::string keyOf(const AICodexLimits& limits, bool isSecondary) {
+  const auto minutes = (isSecondary ? limits.secondary : limits.primary)->windowMinutes;
+  const bool isAlike =
+      isSecondary && (minutes == 0 || (limits.primary && limits.primary->windowMinutes == minutes));
+  return "aiPlanLimit.lastReset." + std::to_string(minutes) + (isAlike ? ".secondary" : "");
+}
 
 } // namespace
 
@@ -18,30 +24,38 @@ std::string resetText(const TimeZone& zone, Date date) {
                      time.minute, localized(time.hour < 12 ? "AM" : "PM"));
 }
 
-std::vector<HealthAlert> PlanLimitAlerts::check(const AICodexLimits& limits, Date now) {
-  std::vector<HealthAlert> accepted;
-  for (const auto& limit : limits.limits()) {
+std::vector<AIPlanLimit> PlanLimitAlerts::markDue(const AICodexLimits& limits, Date now) {
+  std::vector<AIPlanLimit> due;
+  for (const auto* limit : {&limits.primary, &limits.secondary}) {
     // Written so that a figure that is no number alerts nobody.
-    if (!(limit.usedPercent >= alertPercent && limit.resetsAt > now) || !markAlerted(limit)) continue;
+    if (*limit && (*limit)->usedPercent >= alertPercent && (*limit)->resetsAt > now &&
+        mark(keyOf(limits, limit == &limits.secondary), **limit))
+      due.push_back(**limit);
+  }
+  return due;
+}
+
+std::vector<HealthAlert> PlanLimitAlerts::post(const std::vector<AIPlanLimit>& due, Date now) const {
+  std::vector<HealthAlert> accepted;
+  for (const auto& limit : due) {
     auto alert = this->alert(limit, now);
     if (seams_.post(alert)) accepted.push_back(std::move(alert));
   }
   return accepted;
 }
 
-/// Before posting, so that a window counts as alerted even when the alert is held back.
-bool PlanLimitAlerts::markAlerted(const AIPlanLimit& limit) {
-  const std::string key = "aiPlanLimit.lastReset." + std::to_string(limit.windowMinutes);
-  const auto known = alerted_.find(limit.windowMinutes);
+/// False when it was marked before.
+bool PlanLimitAlerts::mark(const std::string& key, const AIPlanLimit& limit) {
+  const auto known = alerted_.find(key);
   if (known != alerted_.end() && known->second == limit.resetsAt) return false;
   if (seams_.defaults.number(key).value_or(0) == limit.resetsAt.sinceEpoch) return false;
-  alerted_[limit.windowMinutes] = limit.resetsAt;
+  alerted_[key] = limit.resetsAt;
   (void)seams_.defaults.set(key, limit.resetsAt.sinceEpoch);
   return true;
 }
 
 HealthAlert PlanLimitAlerts::alert(const AIPlanLimit& limit, Date now) const {
-  const auto percent = std::to_string(std::int64_t(std::min(limit.usedPercent, 1e15)));
+  const auto percent = std::to_string(limit.wholePercent().value_or(0));
   return {.id = seams_.newID(),
           .kind = HealthAlert::Kind::aiPlanLimit,
           .appName = "Codex",

@@ -14,9 +14,9 @@ constexpr std::size_t mostWaitingBytes = std::size_t{1} << 20;
 
 } // namespace
 
-Scan::Scan(LogFiles& files, const TimeZone& zone, std::string home, Accounting& accounting,
+Scan::Scan(LogFiles& files, const TimeZone& zone, std::string home, Date now, Accounting& accounting,
            std::vector<ScanTask>& tasks, ScanProgress progress, Cancellation cancellation)
-    : files_(files), zone_(zone), home_(std::move(home)), accounting_(accounting), tasks_(tasks),
+    : files_(files), zone_(zone), home_(std::move(home)), now_(now), accounting_(accounting), tasks_(tasks),
       progress_(std::move(progress)), cancellation_(std::move(cancellation)) {}
 
 Seconds Scan::run(int threads) {
@@ -38,7 +38,7 @@ Seconds Scan::run(int threads) {
 }
 
 void Scan::work() {
-  LineTools tools(zone_, home_);
+  LineTools tools(zone_, home_, now_);
   BlockBuffer buffer;
   for (std::size_t index = next_++; index < tasks_.size(); index = next_++) read(index, tools, buffer);
 }

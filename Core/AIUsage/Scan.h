@@ -27,7 +27,7 @@ using ScanProgress = std::function<void(std::int64_t bytes)>;
 
 class Scan {
 public:
-  Scan(LogFiles& files, const TimeZone& zone, std::string home, Accounting& accounting,
+  Scan(LogFiles& files, const TimeZone& zone, std::string home, Date now, Accounting& accounting,
        std::vector<ScanTask>& tasks, ScanProgress progress, Cancellation cancellation = {});
 
   /// Works through all tasks and returns the CPU time of the threads that it started. The calling thread is
@@ -48,6 +48,7 @@ private:
   LogFiles& files_;
   const TimeZone& zone_;
   std::string home_;
+  Date now_;
   Accounting& accounting_;
   std::vector<ScanTask>& tasks_;
   ScanProgress progress_;

@@ -3,6 +3,8 @@
 #include "Base/DatabaseFile.h"
 #include "Base/UserFolders.h"
 
+#include <algorithm>
+#include <cmath>
 #include <sqlite3.h>
 
 namespace korvell {
@@ -19,7 +21,7 @@ constexpr const char* schemaScript =
     "CREATE TABLE IF NOT EXISTS kv(key TEXT PRIMARY KEY, value BLOB);";
 
 constexpr std::string_view loadFilesSQL = "SELECT path, offset, last_total, model, project FROM files";
-constexpr std::string_view loadLimitsSQL = "SELECT value FROM kv WHERE key = 'codex_limits'";
+constexpr std::string_view loadValueSQL = "SELECT value FROM kv WHERE key = ?";
 constexpr std::string_view addSeenSQL = "INSERT OR IGNORE INTO seen(hash, day) VALUES(?, ?)";
 constexpr std::string_view hasSeenSQL = "SELECT 1 FROM seen WHERE hash = ?";
 constexpr std::string_view saveFileSQL = "INSERT OR REPLACE INTO files VALUES(?, ?, ?, ?, ?)";
@@ -31,28 +33,53 @@ constexpr std::string_view addUsageSQL =
 constexpr std::string_view oneRowSQL =
     "SELECT input, output, cache_write, cache_write_1h, cache_read FROM usage WHERE day = ? AND tool = ? AND "
     "model = ? AND project = ?";
-constexpr std::string_view saveLimitsSQL = "INSERT OR REPLACE INTO kv VALUES('codex_limits', ?)";
+constexpr std::string_view saveValueSQL = "INSERT OR REPLACE INTO kv VALUES(?, ?)";
+constexpr std::string_view removeValueSQL = "DELETE FROM kv WHERE key = ?";
+constexpr std::string_view limitsKey = "codex_limits", limitsAheadKey = "codex_limits_ahead";
 constexpr std::string_view readRowsSQL =
     "SELECT day, tool, model, project, input, output, cache_write, cache_write_1h, cache_read FROM usage "
     "WHERE day >= ?";
-constexpr std::string_view pruneSQL[] = {"DELETE FROM usage WHERE day < date(?, 'unixepoch', '-40 days')",
-                                         "DELETE FROM seen WHERE day < date(?, 'unixepoch', '-40 days')"};
+constexpr std::string_view newestDaySQL = "SELECT max(day) FROM usage WHERE day <= ?";
+constexpr std::string_view pruneSQL[] = {"DELETE FROM usage WHERE day < ?", "DELETE FROM seen WHERE day < ?"};
+constexpr int daysKept = 40;
+
+// The columns of two tables, in the order in which every statement names them.
+enum class FileColumn { path, offset, lastTotal, model, project };
+enum class UsageColumn { day, tool, model, project, input, output, cacheWrite, cacheWrite1h, cacheRead };
+
+constexpr std::pair<UsageColumn, std::int64_t Counts::*> countColumns[] = {
+    {UsageColumn::input, &Counts::input},
+    {UsageColumn::output, &Counts::output},
+    {UsageColumn::cacheWrite, &Counts::cacheWrite},
+    {UsageColumn::cacheWrite1h, &Counts::cacheWrite1h},
+    {UsageColumn::cacheRead, &Counts::cacheRead}};
+
+/// Its place among the results of a statement that begins with `first`.
+template <class Column>
+constexpr int column(Column column, Column first = Column{}) {
+  return int(column) - int(first);
+}
+template <class Column>
+constexpr int parameter(Column column) {
+  return int(column) + 1;
+}
 
 /// One attempt to get the lock, after which a cancellation is noticed; and how many a scan makes, because a
 /// first scan of many gigabytes holds it for some seconds.
 constexpr int busyMilliseconds = 250;
 constexpr int attempts = 40;
 
-Counts countsFrom(const Statement& row, int column) {
-  return {row.integer(column), row.integer(column + 1), row.integer(column + 2), row.integer(column + 3),
-          row.integer(column + 4)};
+Counts countsFrom(const Statement& row, UsageColumn first) {
+  Counts counts;
+  for (const auto& [place, count] : countColumns) counts.*count = row.integer(column(place, first));
+  return counts;
 }
 
 void bindKey(Statement& statement, const std::string& day, const Bucket& bucket) {
-  statement.bind(1, day);
-  statement.bind(2, rawValue(bucket.tool));
-  statement.bind(3, *bucket.model);
-  statement.bind(4, *bucket.project);
+  statement.bind(parameter(UsageColumn::day), day);
+  statement.bind(parameter(UsageColumn::tool), rawValue(bucket.tool));
+  statement.bind(parameter(UsageColumn::model), *bucket.model);
+  statement.bind(parameter(UsageColumn::project), *bucket.project);
 }
 
 } // namespace
@@ -74,7 +101,7 @@ void UsageDatabase::open() {
 }
 
 void UsageDatabase::close() {
-  for (auto* statement : {&saveFile_, &addUsage_, &oneRow_, &saveLimits_, &addSeen_, &hasSeen_})
+  for (auto* statement : {&saveFile_, &addUsage_, &oneRow_, &saveValue_, &addSeen_, &hasSeen_})
     *statement = {};
   db_.close();
   ready_ = false;
@@ -114,8 +141,8 @@ bool UsageDatabase::ensureTables() {
 
 bool UsageDatabase::prepareAll() {
   const std::pair<Statement&, std::string_view> statements[] = {
-      {saveFile_, saveFileSQL},     {addUsage_, addUsageSQL}, {oneRow_, oneRowSQL},
-      {saveLimits_, saveLimitsSQL}, {addSeen_, addSeenSQL},   {hasSeen_, hasSeenSQL}};
+      {saveFile_, saveFileSQL},   {addUsage_, addUsageSQL}, {oneRow_, oneRowSQL},
+      {saveValue_, saveValueSQL}, {addSeen_, addSeenSQL},   {hasSeen_, hasSeenSQL}};
   for (const auto& [statement, sql] : statements) {
     statement = db_.prepare(sql);
     if (statement) continue;
@@ -130,9 +157,14 @@ bool UsageDatabase::prepareAll() {
 
 /// As well as it goes: rows that stay are not shown.
 void UsageDatabase::prune(Date now) {
+  const CalendarDay today{std::int64_t(std::floor(now.sinceEpoch / 86'400))};
+  auto newest = db_.prepare(newestDaySQL);
+  newest.bind(1, dayText(today + 1)); // which has begun where clocks are ahead of UTC
+  if (!row(newest)) return;
+  const auto newestDay = parseDay(newest.text(0)).value_or(today);
   for (const auto sql : pruneSQL) {
     auto statement = db_.prepare(sql);
-    statement.bind(1, std::int64_t(now.sinceEpoch));
+    statement.bind(1, dayText(std::min(today, newestDay) + -daysKept));
     statement.run();
   }
 }
@@ -185,18 +217,25 @@ std::optional<std::unordered_map<std::string, FileState>> UsageDatabase::fileSta
   auto statement = db_.prepare(loadFilesSQL);
   int code = statement.step();
   for (; code == SQLITE_ROW; code = statement.step())
-    if (!statement.isNull(0))
-      states[statement.text(0)] = {statement.integer(1), statement.integer(2), statement.text(3),
-                                   statement.text(4)};
+    if (!statement.isNull(column(FileColumn::path)))
+      states[statement.text(column(FileColumn::path))] = {
+          .offset = statement.integer(column(FileColumn::offset)),
+          .lastTotal = statement.integer(column(FileColumn::lastTotal)),
+          .model = statement.text(column(FileColumn::model)),
+          .project = statement.text(column(FileColumn::project))};
   if (code == SQLITE_DONE) return states;
   note(statement ? code : db_.lastErrorCode());
   return std::nullopt;
 }
 
-std::optional<AICodexLimits> UsageDatabase::limits() {
-  auto statement = db_.prepare(loadLimitsSQL);
-  return db_ && row(statement) ? decodeLimits(statement.text(0)) : std::nullopt;
+std::optional<AICodexLimits> UsageDatabase::reading(std::string_view key) {
+  if (!db_) return std::nullopt;
+  auto statement = db_.prepare(loadValueSQL);
+  statement.bind(1, key);
+  return row(statement) ? decodeLimits(statement.text(0)) : std::nullopt;
 }
+
+PlanReadings UsageDatabase::limits() { return {reading(limitsKey), reading(limitsAheadKey)}; }
 
 std::vector<UsageRow> UsageDatabase::rows(const std::string& day) {
   std::vector<UsageRow> rows;
@@ -207,8 +246,11 @@ std::vector<UsageRow> UsageDatabase::rows(const std::string& day) {
   }
   statement.bind(1, day);
   while (row(statement))
-    rows.push_back({statement.text(0), statement.text(1), statement.text(2), statement.text(3),
-                    countsFrom(statement, 4)});
+    rows.push_back({.day = statement.text(column(UsageColumn::day)),
+                    .tool = statement.text(column(UsageColumn::tool)),
+                    .model = statement.text(column(UsageColumn::model)),
+                    .project = statement.text(column(UsageColumn::project)),
+                    .counts = countsFrom(statement, UsageColumn::day)});
   return rows;
 }
 
@@ -251,39 +293,43 @@ bool UsageDatabase::changedElsewhere() {
 
 void UsageDatabase::saveFile(const std::string& path, const FileState& state) {
   if (!db_) return;
-  saveFile_.bind(1, path);
-  saveFile_.bind(2, state.offset);
-  saveFile_.bind(3, state.lastTotal);
-  saveFile_.bind(4, state.model);
-  saveFile_.bind(5, state.project);
+  saveFile_.bind(parameter(FileColumn::path), path);
+  saveFile_.bind(parameter(FileColumn::offset), state.offset);
+  saveFile_.bind(parameter(FileColumn::lastTotal), state.lastTotal);
+  saveFile_.bind(parameter(FileColumn::model), state.model);
+  saveFile_.bind(parameter(FileColumn::project), state.project);
   write(saveFile_);
 }
 
 Counts UsageDatabase::stored(const Bucket& bucket) {
   bindKey(oneRow_, dayText(bucket.day), bucket);
-  const Counts counts = row(oneRow_) ? countsFrom(oneRow_, 0) : Counts{};
+  const Counts counts = row(oneRow_) ? countsFrom(oneRow_, UsageColumn::input) : Counts{};
   oneRow_.reset();
   return counts;
 }
 
 void UsageDatabase::addUsage(const Bucket& bucket, const Counts& counts) {
   if (!db_) return;
-  // SQLite would turn a sum beyond 64 bits into a rounded real number.
-  Counts sum = stored(bucket);
+  // SQLite would turn a sum beyond 64 bits into a rounded real number: what is added ends where they end.
+  const Counts before = stored(bucket);
+  Counts sum = before;
   sum += counts;
   bindKey(addUsage_, dayText(bucket.day), bucket);
-  addUsage_.bind(5, counts.input);
-  addUsage_.bind(6, counts.output);
-  addUsage_.bind(7, counts.cacheWrite);
-  addUsage_.bind(8, counts.cacheWrite1h);
-  addUsage_.bind(9, counts.cacheRead);
+  for (const auto& [place, count] : countColumns)
+    addUsage_.bind(parameter(place), subtractTokens(sum.*count, before.*count));
   write(addUsage_);
 }
 
-void UsageDatabase::saveLimits(const AICodexLimits& limits) {
+void UsageDatabase::saveLimits(const PlanReadings& limits) {
   if (!db_) return;
-  saveLimits_.bindBlob(1, encodeLimits(limits));
-  write(saveLimits_);
+  for (const auto& [key, reading] :
+       {std::pair(limitsKey, &limits.latest), std::pair(limitsAheadKey, &limits.ahead)}) {
+    auto remove = *reading ? Statement() : db_.prepare(removeValueSQL);
+    auto& statement = *reading ? saveValue_ : remove;
+    statement.bind(1, key);
+    if (*reading) statement.bindBlob(2, encodeLimits(**reading));
+    write(statement);
+  }
 }
 
 void UsageDatabase::addSeen(std::span<const std::int64_t> hashes, const std::string& day) {

@@ -36,7 +36,8 @@ public:
     unusable ///< it can't be opened, read or written
   };
 
-  /// Opens or creates the file and its folder, and deletes what is older than forty days.
+  /// Opens or creates the file and its folder, and deletes what is older than forty days: by the clock and
+  /// by the newest day of usage that has come, so that a clock that is ahead once deletes nothing.
   UsageDatabase(std::string path, Date now);
 
   bool isOpen() const { return bool(db_); }
@@ -46,7 +47,7 @@ public:
 
   /// Nothing when they could not all be read.
   std::optional<std::unordered_map<std::string, FileState>> fileStates();
-  std::optional<AICodexLimits> limits();
+  PlanReadings limits();
   /// From `day` on, ordered as the database orders them.
   std::vector<UsageRow> rows(const std::string& day);
 
@@ -62,7 +63,7 @@ public:
   // Inside a transaction.
   void saveFile(const std::string& path, const FileState& state);
   void addUsage(const Bucket& bucket, const Counts& counts);
-  void saveLimits(const AICodexLimits& limits);
+  void saveLimits(const PlanReadings& limits);
   void addSeen(std::span<const std::int64_t> hashes, const std::string& day);
 
   bool hasSeen(std::uint64_t hash);
@@ -76,6 +77,7 @@ private:
   bool prepareAll();
   void prune(Date now);
   std::int64_t number(const char* sql);
+  std::optional<AICodexLimits> reading(std::string_view key);
   Counts stored(const Bucket& bucket);
 
   // What fails is remembered as the problem, the first failure of a transaction only.
@@ -90,7 +92,7 @@ private:
   std::optional<std::string> putAside_;
   bool ready_ = false;
   std::int64_t version_ = 0; ///< SQLite's own count of other connections' changes
-  Statement saveFile_, addUsage_, oneRow_, saveLimits_, addSeen_, hasSeen_;
+  Statement saveFile_, addUsage_, oneRow_, saveValue_, addSeen_, hasSeen_;
 };
 
 } // namespace korvell

@@ -1,25 +1,15 @@
 #include "Core/AIUsage/UsageRecords.h"
 
-#include <cstdio>
-#include <cstdlib>
-
 namespace korvell {
-
-void tokenCountOverflow() {
-  std::fputs("korvell: the token counts of the AI usage exceed 64 bits\n", stderr);
-  std::abort();
-}
 
 std::int64_t addTokens(std::int64_t a, std::int64_t b) {
   std::int64_t sum = 0;
-  if (__builtin_add_overflow(a, b, &sum)) tokenCountOverflow();
-  return sum;
+  return __builtin_add_overflow(a, b, &sum) ? b > 0 ? INT64_MAX : INT64_MIN : sum;
 }
 
 std::int64_t subtractTokens(std::int64_t a, std::int64_t b) {
   std::int64_t difference = 0;
-  if (__builtin_sub_overflow(a, b, &difference)) tokenCountOverflow();
-  return difference;
+  return __builtin_sub_overflow(a, b, &difference) ? b < 0 ? INT64_MAX : INT64_MIN : difference;
 }
 
 Counts& Counts::operator+=(const Counts& other) {

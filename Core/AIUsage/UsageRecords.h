@@ -12,9 +12,7 @@
 
 namespace korvell {
 
-/// Ends the process: a sum of tokens no longer fits 64 bits. No tool writes such numbers, and a figure that
-/// wrapped would be stored for good; nothing of the running scan has been.
-[[noreturn]] void tokenCountOverflow();
+// Sums of tokens stop at the ends of 64 bits. No tool writes so many; a database that somebody changed may.
 std::int64_t addTokens(std::int64_t a, std::int64_t b);
 std::int64_t subtractTokens(std::int64_t a, std::int64_t b);
 

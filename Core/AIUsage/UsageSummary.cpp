@@ -10,25 +10,15 @@ namespace korvell {
 
 namespace {
 
-/// Higher cost first, an absent one last of all; then more tokens.
-template <class Total>
-void sortByCost(std::vector<Total>& totals) {
-  const auto cost = [](const Total& total) {
-    if constexpr (std::is_same_v<decltype(total.cost), double>)
-      return total.cost;
-    else
-      return total.cost.value_or(-1);
-  };
-  std::stable_sort(totals.begin(), totals.end(), [&](const Total& a, const Total& b) {
-    return cost(a) != cost(b) ? cost(a) > cost(b) : a.tokens.total() > b.tokens.total();
-  });
-}
-
+/// Higher cost first, an absent one taken for `missing`; then more tokens.
 template <class Key, class Total>
-std::vector<Total> sortedValues(std::map<Key, Total>&& groups) {
+std::vector<Total> sortedByCost(std::map<Key, Total>&& groups, double missing) {
   std::vector<Total> totals;
   for (auto& [key, total] : groups) totals.push_back(std::move(total));
-  sortByCost(totals);
+  std::stable_sort(totals.begin(), totals.end(), [&](const Total& a, const Total& b) {
+    const double costA = a.cost.value_or(missing), costB = b.cost.value_or(missing);
+    return costA != costB ? costA > costB : a.tokens.total() > b.tokens.total();
+  });
   return totals;
 }
 
@@ -65,9 +55,14 @@ AITokens AIUsageSummary::tokens(Date since, std::optional<AITool> tool) const {
   return sum;
 }
 
-double AIUsageSummary::cost(Date since, std::optional<AITool> tool) const {
-  double sum = 0;
-  for (const auto& row : rowsSince(since, tool)) sum += row.cost.value_or(0);
+std::optional<double> AIUsageSummary::cost(Date since, std::optional<AITool> tool) const {
+  return total(since, tool).cost;
+}
+
+AITotal AIUsageSummary::total(Date since, std::optional<AITool> tool) const {
+  AITotal sum;
+  for (const auto& row : rowsSince(since, tool)) add(sum, row);
+  if (sum.unpriced == 0 && !sum.cost) sum.cost = 0;
   return sum;
 }
 
@@ -77,10 +72,9 @@ std::vector<AIModelTotal> AIUsageSummary::byModel(Date since, std::optional<AITo
     auto& total = groups[{row.tool, row.model}];
     total.tool = row.tool;
     total.model = row.model;
-    total.tokens += row.tokens;
-    if (row.cost) total.cost = total.cost.value_or(0) + *row.cost;
+    add(total, row);
   }
-  return sortedValues(std::move(groups));
+  return sortedByCost(std::move(groups), -1);
 }
 
 std::vector<AIProjectTotal> AIUsageSummary::byProject(Date since, std::optional<AITool> tool) const {
@@ -88,10 +82,9 @@ std::vector<AIProjectTotal> AIUsageSummary::byProject(Date since, std::optional<
   for (const auto& row : rowsSince(since, tool)) {
     auto& total = groups[row.project];
     total.name = row.project;
-    total.tokens += row.tokens;
-    total.cost += row.cost.value_or(0);
+    add(total, row);
   }
-  return sortedValues(std::move(groups));
+  return sortedByCost(std::move(groups), 0);
 }
 
 Value summaryValue(const AIUsageSummary& summary, const TimeZone& zone) {

@@ -37,20 +37,40 @@ struct AIUsageRow {
   bool operator==(const AIUsageRow&) const = default;
 };
 
+/// Of any rows.
+struct AITotal {
+  AITokens tokens;
+  std::optional<double> cost; ///< of the rows that have one; absent when tokens were used and no row has
+  std::int64_t unpriced = 0;  ///< tokens that the cost leaves out
+  bool operator==(const AITotal&) const = default;
+};
+
 struct AIModelTotal {
   AITool tool = AITool::claude;
   std::string model;
   AITokens tokens;
   std::optional<double> cost;
+  std::int64_t unpriced = 0; ///< tokens that the cost leaves out
   bool operator==(const AIModelTotal&) const = default;
 };
 
 struct AIProjectTotal {
   std::string name;
   AITokens tokens;
-  double cost = 0;
+  std::optional<double> cost;
+  std::int64_t unpriced = 0; ///< tokens that the cost leaves out
   bool operator==(const AIProjectTotal&) const = default;
 };
+
+/// Adds a row to any of these totals.
+template <class Total>
+void add(Total& total, const AIUsageRow& row) {
+  total.tokens += row.tokens;
+  if (row.cost)
+    total.cost = total.cost.value_or(0) + *row.cost;
+  else
+    total.unpriced = addTokens(total.unpriced, row.tokens.total());
+}
 
 enum class AIPeriod { today, week, month };
 
@@ -75,10 +95,12 @@ struct AIUsageSummary {
   /// The local midnight with which a period of that many days, today included, begins.
   static Date startOfPeriod(int days, Date now, const TimeZone& zone);
 
-  // What happened on `since` and later, of one tool or of both. A missing cost counts as 0.
+  // What happened on `since` and later, of one tool or of both.
   std::vector<AIUsageRow> rowsSince(Date since, std::optional<AITool> tool = {}) const;
   AITokens tokens(Date since, std::optional<AITool> tool = {}) const;
-  double cost(Date since, std::optional<AITool> tool = {}) const;
+  /// Without the rows that have none; absent when none has, 0 when there are no rows.
+  std::optional<double> cost(Date since, std::optional<AITool> tool = {}) const;
+  AITotal total(Date since, std::optional<AITool> tool = {}) const;
 
   /// The most expensive first, then the one with more tokens. A model of which no row has a price has none,
   /// and comes after all that have.

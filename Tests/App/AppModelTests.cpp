@@ -172,9 +172,9 @@ TEST_F(AppModelTests, planLimitsOfAICodingToolsRaiseAlerts) {
   FakeLogFiles files;
   start(std::make_unique<AIUsageStore>(
       *main, time.factory(), time.clock(),
-      [&](Cancellation ending) {
+      [&](const Cancellation&) {
         return std::make_unique<AIUsageScanner>(
-            AIUsageScanner::Options{folder / "ai-usage.sqlite", "/home/ann", ending}, files, scanZone,
+            AIUsageScanner::defaults({.home = "/home/ann", .data = folder.path()}), files, scanZone,
             time.clock());
       },
       PlanLimitAlerts::Seams{

@@ -22,6 +22,7 @@ public:
 
   bool readOnly = false;            ///< as on a full disk: nothing can be stored
   std::vector<std::string> changed; ///< the keys of the changes that were asked for, in their order
+  std::function<void()> onChange;   ///< called at each of them, where it happens
 
   std::optional<Value> value(std::string_view key) const override {
     const std::lock_guard lock(store_->mutex);
@@ -32,6 +33,7 @@ public:
               const std::function<std::optional<Value>(std::optional<Value>)>& change) override {
     const std::lock_guard lock(store_->mutex);
     changed.emplace_back(key);
+    if (onChange) onChange();
     auto value = change(find(key));
     if (readOnly) return false;
     if (value && !value->isNull())

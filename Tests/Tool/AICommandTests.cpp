@@ -31,7 +31,7 @@ struct AICommandTests : CommandFixture {
               R"({{"timestamp":"{}","type":"event_msg","payload":{{"type":"token_count","info":)"
               R"({{"total_token_usage":{{"total_tokens":9}},"last_token_usage":{{"output_tokens":9}}}},)"
               R"("rate_limits":{{"primary":{{"used_percent":84.6,"window_minutes":300,"resets_at":{}}},)"
-              R"("plan_type":"pro"}}}}}})",
+              R"("plan_type":"pro\u001b[31m\u009b"}}}}}})",
               now, std::int64_t(clock.wall.sinceEpoch) - 60));
   }
   void write(const std::string& path, const std::string& line) { folder.write("home/" + path, line + "\n"); }
@@ -44,12 +44,19 @@ struct AICommandTests : CommandFixture {
 TEST_F(AICommandTests, tablesByDayModelAndProject) {
   EXPECT_EQ(ai({}), exitOK);
   EXPECT_THAT(output, HasSubstr("2,345,687"));
-  EXPECT_THAT(output, HasSubstr("API-equivalent, 30 days: $38.19 at API list prices"));
+  EXPECT_THAT(output, HasSubstr("API-equivalent, 30 days: $38.19* at API list prices"));
+  EXPECT_THAT(output, HasSubstr("* Costs leave out 9 tokens of models without a price."));
   EXPECT_EQ(ai({"--by", "model"}), exitOK);
   EXPECT_LT(output.find("claude-sonnet-4-5"), output.find("unknown"));
   EXPECT_EQ(ai({"--by", "project", "--tool", "codex", "--explain"}), exitOK);
   EXPECT_THAT(output, Not(HasSubstr("shop")));
+  EXPECT_THAT(output, Not(HasSubstr("$"))) << "what has no price costs no figure";
+  EXPECT_THAT(output, HasSubstr("API-equivalent today: – at API list prices"));
+  EXPECT_THAT(output, HasSubstr("\nCosts leave out 9 tokens of models without a price."));
   EXPECT_THAT(output, HasSubstr("2026-09-25). Subscription"));
+  EXPECT_EQ(ai({"--by", "model", "--tool", "claude"}), exitOK);
+  EXPECT_THAT(output, HasSubstr("$38.19\n"));
+  EXPECT_THAT(output, Not(HasSubstr("leave out")));
   EXPECT_EQ(ai({"--by", "week"}), exitUsage);
 }
 
@@ -83,7 +90,11 @@ TEST_F(AICommandTests, oneObjectOfJSONHoldsAllRowsWhateverTheTable) {
 
 TEST_F(AICommandTests, limitsNothingAndFaults) {
   EXPECT_EQ(ai({"limits"}), exitOK);
-  EXPECT_THAT(output, HasSubstr("Codex plan: pro"));
+  EXPECT_THAT(output, HasSubstr("Codex plan: pro\\x1b[31m\\u009b\n"));
+  EXPECT_THAT(output, HasSubstr(" 84%")) << "as the alert says it";
+  const auto plan = Value::object({{"plan", "\x7f\\x7f\u009b\u202e\n–"}});
+  EXPECT_EQ(terminalJSON(plan), "{\n  \"plan\": \"\\u007f\\\\x7f\\u009b\\u202e\\n–\"\n}\n");
+  EXPECT_EQ(parseJSON(terminalJSON(plan)), plan);
   EXPECT_THAT(output, HasSubstr("window has reset"));
   std::ofstream(host.folders.data + "/ai-usage.sqlite") << std::string(5'000, 'x');
   EXPECT_EQ(ai({}), exitOK);

@@ -18,7 +18,8 @@ bool isWellFormed(JSONTokens& tokens, const std::string& text) {
 TEST(JSONTokensTests, takesWhatAnotherReaderTakes) {
   const std::string lines[] = {
       R"({"a\\":"\\\\x\"","b":[1,-2.5e+3,true,null,{}],"c":{"":"\u00e9\ud83d\ude00\/\b\f\n\r\t"}, "d" : 0 })",
-      R"(["\\\"\\\\\"","\\\\\\n",[[]],-0,1E9,false])", "\"\\n\\u0041\xc3\xa9\xf0\x9f\x98\x80\""};
+      R"(["\\\"\\\\\"","\\\\\\n",[[]],-0,1E9,false,"\ud83d\u0041\udc00\ud83d\ud83d\ude00"])",
+      "\"\\n\\u0041\xc3\xa9\xf0\x9f\x98\x80\""};
   const std::string bytes =
       "\\\\\\\"\"u{}[],:0123456789abcdefDntr-+.eE \t\r/\x01\x1f\x7f\x80\xc3\xa9\xed\xff";
   std::mt19937 random(11);
@@ -40,7 +41,7 @@ TEST(JSONTokensTests, takesWhatAnotherReaderTakes) {
         text.erase(at, 1);
       }
     }
-    const bool expected = parseJSON(text).has_value();
+    const bool expected = parseJSON(withoutLoneSurrogates(text)).has_value();
     good += expected;
     ASSERT_EQ(isWellFormed(tokens, text), expected) << text;
   }
@@ -63,6 +64,23 @@ TEST(JSONTokensTests, textsAndNamesWithEscapes) {
   EXPECT_EQ(read, (std::vector<std::string>{"a\\", "plain", "b", "😀\n", "c", "\\d"}));
 }
 
+TEST(JSONTokensTests, halvesOfSurrogatePairsBecomeReplacementCharacters) {
+  const std::pair<const char*, const char*> rows[] = {{R"("a\ud83d")", "a�"},
+                                                      {R"("\ude00b\ud83d\ud83d\ude00")", "�b�😀"},
+                                                      {R"("\ud83d\n\\ud83d")", "�\n\\ud83d"},
+                                                      {R"("\uD83Dx\u00e9")", "�xé"}};
+  JSONTokens tokens;
+  for (const auto& [text, expected] : rows) {
+    std::string_view read;
+    const PaddedLine line(text);
+    ASSERT_TRUE(tokens.begin(line) && tokens.text(read)) << text;
+    EXPECT_EQ(read, expected) << text;
+    EXPECT_TRUE(isWellFormed(tokens, text)) << text;
+  }
+  for (const char* text : {R"("\ud83")", R"("\ud83g")", R"("\ud83d\")"})
+    EXPECT_FALSE(isWellFormed(tokens, text));
+}
+
 TEST(JSONTokensTests, numbers) {
   JSONTokens tokens;
   const auto integer = [&](const char* text) {
@@ -80,8 +98,11 @@ TEST(JSONTokensTests, numbers) {
   EXPECT_EQ(integer("999999999999999999"), 999'999'999'999'999'999);
   EXPECT_EQ(integer("9223372036854775807"), INT64_MAX);
   EXPECT_EQ(integer("-9223372036854775808"), INT64_MIN);
+  EXPECT_EQ(integer("300.0"), 300);
+  EXPECT_EQ(integer("-3e2"), -300);
+  EXPECT_EQ(integer("0.0"), 0);
   for (const char* text :
-       {"9223372036854775808", "00", "-", "01", "1.0", "1e2", "+1", "0000000000000000000001"})
+       {"9223372036854775808", "00", "-", "01", "1.5", "1e-2", "1e16", "1.", "+1", "0000000000000000000001"})
     EXPECT_FALSE(integer(text)) << text;
   EXPECT_EQ(number("7"), 7);
   EXPECT_EQ(number("-12.5e-1"), -1.25);

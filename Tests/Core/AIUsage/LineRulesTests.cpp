@@ -16,12 +16,12 @@ struct File {
   FakeTimeZone zone;
   EventBatch batch;
   FileState state;
-  LineTools tools{zone, "/home/ann"};
+  LineTools tools{zone, "/home/ann", {1'772'400'000}};
   ClaudeLines claudeLines{tools, batch};
   CodexLines codexLines{tools, batch, state};
 
-  bool claude(const std::string& text) { return claudeLines.line(PaddedLine(text)); }
-  bool codex(const std::string& text) { return codexLines.line(PaddedLine(text)); }
+  bool claude(const std::string& text) { return claudeLines.claudeLine(PaddedLine(text)); }
+  bool codex(const std::string& text) { return codexLines.codexLine(PaddedLine(text)); }
 };
 
 std::string described(const UsageEvent& event) {
@@ -55,9 +55,11 @@ TEST(ClaudeLineTests, whatAMessageAdds) {
        "2026-03-01 claude-sonnet-4-5 shop 0 0 5 5 0"},
       {ClaudeText{.usage = R"("cache_creation":{"ephemeral_1h_input_tokens":9})"}.text(),
        "2026-03-01 claude-sonnet-4-5 shop 0 0 0 0 0"},
-      {ClaudeText{.model = "claude-x[1m]", .cwd = "", .usage = R"("input_tokens":9223372036854775807)"}
+      {ClaudeText{.model = "claude-x[1m]",
+                  .cwd = "",
+                  .usage = R"("input_tokens":1000000000000,"output_tokens":300.0)"}
            .text(),
-       "2026-03-01 claude-x - 9223372036854775807 0 0 0 0"},
+       "2026-03-01 claude-x - 1000000000000 300 0 0 0"},
       // null is absent, of two members the last counts
       {ClaudeText{.usage = R"("input_tokens":null,"input_tokens":1,"output_tokens":4,"output_tokens":null,)"
                            R"("cache_creation":null)"}
@@ -69,6 +71,9 @@ TEST(ClaudeLineTests, whatAMessageAdds) {
                .text() +
            " \r",
        "2026-03-01 claude-sonnet-4-5 shop 1 2 0 0 0"},
+      // texts that were cut within a character, read or not
+      {ClaudeText{.cwd = R"(/p/a\ud83d)", .extra = R"(,"x":"\ud83d","y":["\udc00\ud83d\ude00"])"}.text(),
+       "2026-03-01 claude-sonnet-4-5 a� 1 2 0 0 0"},
       {ClaudeText{.extra = R"(,"usage":5,"id":{},"model":[1],"type":"user","type":"assistant")"}.text(),
        "2026-03-01 claude-sonnet-4-5 shop 1 2 0 0 0"}};
   for (const auto& [text, expected] : rows) {
@@ -92,17 +97,17 @@ TEST(ClaudeLineTests, anythingThatIsNoCountedMessageIsSkipped) {
       // malformed anywhere
       good.substr(0, good.size() - 1), good + "}", good + good, "\xef\xbb\xbf" + good};
   for (const auto& line : lines) EXPECT_FALSE(File().claude(line)) << line;
-  // no whole number of 64 bits, or none in one of two members of that name
+  // no whole number, no count, or none in one of two members of that name
   for (const char* tokens :
-       {R"("1")", "1.5", "1e2", "9223372036854775808", "1e400", "123456789012345678901234567890", "true",
-        "[]", R"([],"input_tokens":1)", R"(1,"input_tokens":{})"})
+       {R"("1")", "1.5", "1000000000001", "-1e13", "9223372036854775807", "9223372036854775808", "1e400",
+        "123456789012345678901234567890", "true", "[]", R"([],"input_tokens":1)", R"(1,"input_tokens":{})"})
     EXPECT_FALSE(File().claude(ClaudeText{.usage = R"("input_tokens":)" + std::string(tokens)}.text()))
         << tokens;
   // behind all that matters
   const std::string deep = R"(,"x":)" + std::string(1100, '[') + std::string(1100, ']');
   for (const std::string extra :
        {R"(,"cwd":5)", R"(,"x":trux)", R"(,"x":[1,,2])", R"(,"x":01)", R"(,"x":[1e400,1.])", R"(,"x":"\q")",
-        R"(,"x":"\ud800")", R"(,"x":[})", ",\"x\":\"\x01\"", ",\"x\":\"\xff\"", deep.c_str()})
+        R"(,"x":"\ud80")", R"(,"x":[})", ",\"x\":\"\x01\"", ",\"x\":\"\xff\"", deep.c_str()})
     EXPECT_FALSE(File().claude(ClaudeText{.extra = extra}.text())) << extra;
 }
 
@@ -157,7 +162,7 @@ TEST(CodexLineTests, anythingElseIsSkipped) {
     File file;
     EXPECT_FALSE(file.codex(text)) << name;
     EXPECT_EQ(file.state, FileState{}) << name;
-    EXPECT_FALSE(file.batch.limits) << name;
+    EXPECT_EQ(file.batch.limits, PlanReadings{}) << name;
   }
 }
 
@@ -170,14 +175,21 @@ TEST(CodexLineTests, theNewestLimitsAreKeptWhateverTheOrder) {
                                                R"("used_percent":1}},"plan_type":"pro"}})",
                                                percent)}
                    .text());
-    return file.batch.limits.value().primary->usedPercent;
+    return file.batch.limits.latest.value().primary->usedPercent;
   };
   EXPECT_EQ(used("2026-03-01T12:10:00Z", 40), 40);
-  EXPECT_EQ(*file.batch.limits,
+  EXPECT_EQ(*file.batch.limits.latest,
             (AICodexLimits{{1'772'367'000}, "pro", AIPlanLimit{40, 300, {1'772'380'000.5}}, std::nullopt}));
   EXPECT_EQ(used("2026-03-01T12:00:00Z", 20), 40);
   EXPECT_EQ(used("2026-03-01T12:10:00Z", 41), 41) << "an equal date, in a line that adds nothing";
   EXPECT_EQ(used("short", 99), 41);
+  EXPECT_EQ(used("2026-03-03T12:00:00Z", 1e300), 41) << "its time has not come";
+  EXPECT_EQ(used("2026-03-02T12:00:00Z", -3), 41);
+  EXPECT_EQ(used("2026-03-01T12:20:00Z", 1e300), 999);
+  EXPECT_EQ(file.batch.limits.ahead->date, *parseRFC3339("2026-03-02T12:00:00Z")) << "the first to come";
+  file.batch.limits.advance(*parseRFC3339("2026-03-02T12:00:00Z"));
+  EXPECT_EQ(file.batch.limits.latest->primary->usedPercent, 0);
+  EXPECT_FALSE(file.batch.limits.ahead);
 }
 
 TEST(LineRulesTests, aBlockOfLinesIsEveryLineOfIt) {

@@ -25,9 +25,9 @@ protected:
   ScannerTests() { clock.wall = {1'772'366'400}; } // 2026-03-01 12:00 UTC
 
   std::unique_ptr<AIUsageScanner> open(int threads = 1) {
-    return std::make_unique<AIUsageScanner>(
-        AIUsageScanner::Options{.databasePath = database(), .home = "/home/ann", .threads = threads}, files,
-        zone, clock);
+    auto options = AIUsageScanner::defaults({.home = "/home/ann", .data = folder / "data"});
+    options.threads = threads;
+    return std::make_unique<AIUsageScanner>(options, files, zone, clock);
   }
   AIScanStats scan() {
     if (!scanner) scanner = open();
@@ -56,6 +56,9 @@ protected:
     scan();
   }
 
+  void execute(const char* sql) {
+    EXPECT_EQ(Database::open(database(), Database::Mode::readWrite).exec(sql), SQLITE_OK) << sql;
+  }
   /// One text of all rows, each ended by "; ".
   std::string rows(const std::string& columns) {
     auto db = Database::open(database(), Database::Mode::readOnly);
@@ -172,7 +175,7 @@ TEST_F(ScannerTests, theDayIsThatOfTheZoneInWhichTheLineIsRead) {
 
 TEST_F(ScannerTests, theNewestLimitsStay) {
   for (const auto& [name, time, used] :
-       {std::tuple{"a.jsonl", "2026-03-01T12:10:00Z", 40}, std::tuple{"b.jsonl", "2026-03-01T12:00:00Z", 20}})
+       {std::tuple{"a.jsonl", "2026-03-01T11:50:00Z", 40}, std::tuple{"b.jsonl", "2026-03-01T11:40:00Z", 20}})
     append(codexFolder + name,
            CodexText{.timestamp = time,
                      .limits =
@@ -180,23 +183,106 @@ TEST_F(ScannerTests, theNewestLimitsStay) {
                .text());
   scan();
   EXPECT_EQ(rows("key || ' ' || value FROM kv"),
-            R"(codex_limits {"date":794059800.0,"primary":{"usedPercent":40.0,"windowMinutes":0,)"
+            R"(codex_limits {"date":794058600.0,"primary":{"usedPercent":40.0,"windowMinutes":0,)"
             R"("resetsAt":794072800.0}}; )");
   scanner.reset();
   scan();
   EXPECT_EQ(scanner->latestLimits()->primary->usedPercent, 40) << "read back";
 }
 
+// By the clock, but never more than forty days before the newest day that has come.
 TEST_F(ScannerTests, whatIsOlderThanFortyDaysGoesAtTheStart) {
-  append(claudeFolder + "a.jsonl", ClaudeText{}.text());
+  const auto scanOn = [&](const char* day, const char* id) {
+    clock.wall = *parseRFC3339(day + std::string("T12:00:00Z"));
+    scanner = open();
+    if (id) append(claudeFolder + "a.jsonl", ClaudeText{.id = id, .timestamp = rfc3339(clock.wall)}.text());
+    scan();
+    return rows("day FROM usage") + rows("count(*) FROM seen");
+  };
+  EXPECT_EQ(scanOn("2026-03-01", "msg_1"), "2026-03-01; 1; ");
+  EXPECT_EQ(scanOn("2026-05-01", nullptr), "2026-03-01; 1; ") << "nothing newer: perhaps the clock is wrong";
+  append(claudeFolder + "a.jsonl", ClaudeText{.id = "msg_9", .timestamp = "2031-01-01T00:00:00Z"}.text());
+  EXPECT_EQ(scanOn("2026-03-20", "msg_2"), "2026-03-01; 2026-03-20; 2031-01-01; 3; ");
+  EXPECT_EQ(scanOn("2026-05-20", nullptr), "2026-03-01; 2026-03-20; 2031-01-01; 3; ")
+      << "days far ahead of the clock delete nothing";
+  EXPECT_EQ(scanOn("2026-04-10", "msg_3"), "2026-03-01; 2026-03-20; 2026-04-10; 2031-01-01; 4; ");
+  EXPECT_EQ(scanOn("2026-04-11", "msg_4"), "2026-03-01; 2026-03-20; 2026-04-10; 2026-04-11; 2031-01-01; 5; ");
+  EXPECT_EQ(scanOn("2026-04-11", nullptr), "2026-03-20; 2026-04-10; 2026-04-11; 2031-01-01; 4; ");
+}
+
+TEST_F(ScannerTests, whatLiesAheadWaitsUntilItsTimeHasCome) {
+  const auto limits = [&](const char* time, int used) {
+    return CodexText{.timestamp = time,
+                     .total = used,
+                     .limits =
+                         fmt::format(R"({{"primary":{{"used_percent":{},"resets_at":1772380000}}}})", used)}
+        .text();
+  };
+  append(codexFolder + "a.jsonl", limits("2026-04-30T12:00:00Z", 90));
+  append(codexFolder + "a.jsonl", limits("2026-03-02T12:00:00Z", 50));
+  append(codexFolder + "b.jsonl", limits("2026-03-01T11:00:00Z", 20));
   scan();
-  scanner.reset();
-  clock.wall = clock.wall + Seconds{40 * 86'400};
+  const auto shown = [&](double days) {
+    const auto summary = scanner->summary(30, clock.wall + Seconds{days * 86'400});
+    return fmt::format("{} days, {}%", summary.rows.size(),
+                       summary.codexLimits ? summary.codexLimits->primary->usedPercent : -1);
+  };
+  EXPECT_EQ(shown(0), "1 days, 20%");
+  append(codexFolder + "b.jsonl", limits("2026-03-01T11:30:00Z", 21));
+  scan();
+  EXPECT_EQ(shown(0), "1 days, 21%") << "nor does it keep newer ones out";
+  scanner = open(); // also by another process
+  EXPECT_EQ(shown(0.49), "1 days, 21%");
+  EXPECT_EQ(shown(0.5), "2 days, 21%") << "a day begins at midnight";
+  EXPECT_EQ(shown(1), "2 days, 50%");
+  // A reading that was stored while the clock was wrong.
+  clock.wall = clock.wall + Seconds{70 * 86'400};
+  append(codexFolder + "a.jsonl", limits("2026-05-05T12:00:00Z", 70));
+  scan();
+  EXPECT_EQ(shown(0), "2 days, 70%");
+  clock.wall = clock.wall - Seconds{70 * 86'400};
+  EXPECT_EQ(shown(0), "1 days, -1%");
+  append(codexFolder + "b.jsonl", limits("2026-03-01T11:45:00Z", 22));
+  scan();
+  EXPECT_EQ(shown(0), "1 days, 22%");
+}
+
+// Each column is read by its name, and each figure is another.
+TEST_F(ScannerTests, everyColumnHoldsWhatItsNameSays) {
+  append(claudeFolder + "a.jsonl",
+         ClaudeText{.usage =
+                        R"("input_tokens":1,"output_tokens":2,"cache_creation_input_tokens":30,)"
+                        R"("cache_read_input_tokens":5,"cache_creation":{"ephemeral_1h_input_tokens":4})"}
+             .text());
+  append(codexFolder + "b.jsonl", CodexText::context("gpt-5.5", "/p/tool"));
+  append(codexFolder + "b.jsonl", CodexText{.total = 77}.text());
+  scan();
+  EXPECT_EQ(
+      rows("'day ' || day || ', tool ' || tool || ', model ' || model || ', project ' || project || "
+           "', ' || input || ' in, ' || output || ' out, ' || cache_write || ' written, ' || "
+           "cache_write_1h || ' for an hour, ' || cache_read || ' read' FROM usage"),
+      "day 2026-03-01, tool Claude Code, model claude-sonnet-4-5, project shop, 1 in, 2 out, 30 written, 4 "
+      "for an hour, 5 read; "
+      "day 2026-03-01, tool Codex, model gpt-5.5, project tool, 30 in, 7 out, 0 written, 0 for an hour, 20 "
+      "read; ");
+  EXPECT_EQ(rows("'last ' || last_total || ', model ' || model || ', project ' || project || ', of ' || path "
+                 "FROM files WHERE offset > last_total AND path LIKE '%b.jsonl'"),
+            "last 77, model gpt-5.5, project tool, of " + codexFolder + "b.jsonl; ");
   scanner = open();
-  EXPECT_EQ(usage(), oneMessage);
-  clock.wall = clock.wall + Seconds{86'400};
-  scanner = open();
-  EXPECT_EQ(usage(), "");
+  const auto summary = scanner->summary(1, clock.wall);
+  ASSERT_EQ(summary.rows.size(), 2u);
+  EXPECT_EQ(summary.rows[0], (AIUsageRow{startOfDay(zone, *parseDay("2026-03-01")),
+                                         AITool::claude,
+                                         "claude-sonnet-4-5",
+                                         "shop",
+                                         {1, 2, 30, 5},
+                                         listCost("claude-sonnet-4-5", {1, 2, 30, 4, 5})}));
+  append(codexFolder + "b.jsonl", CodexText{.total = 77}.text());
+  append(codexFolder + "b.jsonl", CodexText{.total = 78}.text());
+  EXPECT_EQ(scan().records, 1) << "the state is read back";
+  EXPECT_EQ(
+      rows("project || ' ' || input || ' ' || output || ' ' || cache_read FROM usage WHERE tool = 'Codex'"),
+      "tool 60 14 40; ");
 }
 
 TEST_F(ScannerTests, anotherScannersWorkIsTakenOver) {
@@ -218,9 +304,6 @@ TEST_F(ScannerTests, noFaultOfTheDatabaseLosesOrRepeatsAnything) {
     std::fstream file(database(), std::ios::in | std::ios::out | std::ios::binary);
     file.seekp(std::streamoff(from));
     file << std::string(to - from, '\x5a');
-  };
-  const auto execute = [&](const char* sql) {
-    EXPECT_EQ(Database::open(database(), Database::Mode::readWrite).exec(sql), SQLITE_OK) << sql;
   };
   std::optional<Database> other;
   struct Row {
@@ -304,12 +387,17 @@ TEST_F(ScannerTests, theDiskMayFailAtAnyMoment) {
     }
 }
 
-TEST_F(ScannerTests, sumsBeyond64BitsEndTheProcessBeforeAnythingIsStored) {
+TEST_F(ScannerTests, sumsStopAtTheEndOf64Bits) {
   append(claudeFolder + "a.jsonl", ClaudeText{.usage = R"("input_tokens":9223372036854775807)"}.text());
-  scan();
   append(claudeFolder + "a.jsonl", ClaudeText{.id = "msg_2"}.text());
-  EXPECT_DEATH(scan(), "exceed 64 bits");
-  EXPECT_EQ(usage(), "2026-03-01 claude-sonnet-4-5 shop 9223372036854775807 0; ");
+  EXPECT_EQ(scan().records, 1) << "so many are no count";
+  execute("UPDATE usage SET input = 9223372036854775807, output = 9223372036854775805");
+  append(claudeFolder + "a.jsonl", ClaudeText{.id = "msg_3"}.text());
+  append(claudeFolder + "a.jsonl", ClaudeText{.id = "msg_4"}.text());
+  scan();
+  EXPECT_EQ(scanner->lastOutcome(), Outcome::done);
+  EXPECT_EQ(usage(), "2026-03-01 claude-sonnet-4-5 shop 9223372036854775807 9223372036854775807; ");
+  EXPECT_EQ(scanner->summary(1, clock.wall).tokens({0}).total(), INT64_MAX);
 }
 
 TEST_F(ScannerTests, severalThreadsAndManyScansEqualOneOfEach) {

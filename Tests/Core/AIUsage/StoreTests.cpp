@@ -31,14 +31,24 @@ struct StoreTests : testing::Test {
               return accepts;
             }};
   }
+  static std::vector<HealthAlert> check(PlanLimitAlerts&& alerts, const AICodexLimits& limits, Date now) {
+    return check(alerts, limits, now);
+  }
+  static std::vector<HealthAlert> check(PlanLimitAlerts& alerts, const AICodexLimits& limits, Date now) {
+    return alerts.post(alerts.markDue(limits, now), now);
+  }
   std::unique_ptr<AIUsageStore> make() {
     return std::make_unique<AIUsageStore>(
         *main, time.factory(), time.clock(),
         [this](Cancellation cancellation) {
           ++scanners;
           return std::make_unique<AIUsageScanner>(
-              AIUsageScanner::Options{folder / "ai-usage.sqlite", "/home/ann", cancellation}, files, zone,
-              time.clock());
+              AIUsageScanner::Options{.cacheURL = folder / "ai-usage.sqlite",
+                                      .claudeRoot = "/claude",
+                                      .codexRoot = "/codex",
+                                      .home = "/home/ann",
+                                      .cancellation = cancellation},
+              files, zone, time.clock());
         },
         alertSeams());
   }
@@ -74,8 +84,8 @@ TEST_F(StoreTests, whichLimitsAlert) {
   const Date now = time.clock().now(); // 2026-03-01 12:00, a Sunday
   const auto alerts = [&](double used, double in, std::int64_t minutes = 300) {
     posted.clear();
-    return PlanLimitAlerts(alertSeams()) // made anew, as after a restart
-        .check({.date = now, .primary = AIPlanLimit{used, minutes, now + Seconds{in}}}, now);
+    return check(PlanLimitAlerts(alertSeams()), // made anew, as after a restart
+                 {.date = now, .primary = AIPlanLimit{used, minutes, now + Seconds{in}}}, now);
   };
   EXPECT_EQ(alerts(79.99, 10).size(), 0u);
   EXPECT_EQ(alerts(80, 10).size(), 1u);
@@ -99,8 +109,41 @@ TEST_F(StoreTests, whichLimitsAlert) {
   defaults.readOnly = true;
   PlanLimitAlerts unstored(alertSeams());
   const AICodexLimits limits{.date = now, .secondary = AIPlanLimit{90, 60, now + Seconds{14}}};
-  EXPECT_EQ(unstored.check(limits, now).size(), 1u);
-  EXPECT_EQ(unstored.check(limits, now).size(), 0u) << "settings that can't be stored";
+  EXPECT_EQ(check(unstored, limits, now).size(), 1u);
+  EXPECT_EQ(check(unstored, limits, now).size(), 0u) << "settings that can't be stored";
+}
+
+TEST_F(StoreTests, windowsOfOneLengthAreKeptApart) {
+  const Date now = time.clock().now();
+  for (const std::int64_t minutes : {0, 300}) {
+    const AICodexLimits limits{.date = now,
+                               .primary = AIPlanLimit{90, minutes, now + Seconds{10}},
+                               .secondary = AIPlanLimit{1e300, minutes, now + Seconds{20}}};
+    PlanLimitAlerts alerts(alertSeams());
+    EXPECT_EQ(check(alerts, limits, now).size(), 2u);
+    EXPECT_EQ(check(alerts, limits, now).size(), 0u);
+    EXPECT_EQ(check(PlanLimitAlerts(alertSeams()), limits, now).size(), 0u) << "after a restart";
+  }
+  std::vector<std::string> titles;
+  for (const auto& alert : posted) titles.push_back(alert.title);
+  EXPECT_EQ(titles, (std::vector<std::string>{"Codex plan limit at 90%", "Codex plan limit at 999%",
+                                              "Codex 5-hour limit at 90%", "Codex 5-hour limit at 999%"}));
+}
+
+TEST_F(StoreTests, marksAreStoredWhereTheMainThreadNeedNotWait) {
+  files.files["/codex/a.jsonl"] = {
+      R"({"timestamp":")" + rfc3339(time.clock().now()) +
+          R"(","payload":{"type":"token_count","rate_limits":{"secondary":{"used_percent":80.0,"resets_at":)" +
+          std::to_string(std::int64_t(time.clock().now().sinceEpoch) + 99) + "}}}}\n",
+      time.clock().now()};
+  store->onAlert = [this](const HealthAlert&) { EXPECT_TRUE(main->isCurrent()); };
+  bool onMain = false;
+  defaults.onChange = [&] { onMain = onMain || main->isCurrent(); };
+  store->start();
+  time.advance(Seconds{310});
+  EXPECT_EQ(posted.size(), 1u);
+  EXPECT_EQ(defaults.changed, (std::vector<std::string>{"aiPlanLimit.lastReset.0.secondary"}));
+  EXPECT_FALSE(onMain);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "Core/AIUsage/UsageSummary.h"
 #include "Tests/Fakes/FakeTimeZone.h"
 
+#include <cmath>
 #include <gtest/gtest.h>
 
 namespace korvell {
@@ -38,14 +39,16 @@ TEST(SummaryTests, rollUps) {
       row(30, AITool::claude, "m", "api", 1, {}),     row(30, AITool::codex, "n", "zoo", 9, {})};
   EXPECT_EQ(summary.rowsSince({20}).size(), 5u);
   EXPECT_EQ(summary.tokens({20}, AITool::codex).input, 15);
-  EXPECT_EQ(summary.cost({20}), 1.5);
-  const std::vector<AIModelTotal> models = {{AITool::claude, "m", {.input = 6}, 1.5},
-                                            {AITool::claude, "free", {.input = 7}, 0},
-                                            {AITool::codex, "n", {.input = 9}, {}},
-                                            {AITool::codex, "m", {.input = 6}, {}}};
+  EXPECT_EQ(summary.total({20}), (AITotal{{.input = 28}, 1.5, 16}));
+  EXPECT_EQ(summary.cost({20}, AITool::codex), std::nullopt) << "no figure is better than a wrong one";
+  EXPECT_EQ(summary.cost({31}), 0) << "nothing used costs nothing";
+  const std::vector<AIModelTotal> models = {{AITool::claude, "m", {.input = 6}, 1.5, 1},
+                                            {AITool::claude, "free", {.input = 7}, 0, 0},
+                                            {AITool::codex, "n", {.input = 9}, {}, 9},
+                                            {AITool::codex, "m", {.input = 6}, {}, 6}};
   EXPECT_EQ(summary.byModel({20}), models);
   const std::vector<AIProjectTotal> projects = {
-      {"shop", {.input = 5}, 1.5}, {"api", {.input = 14}, 0}, {"zoo", {.input = 9}, 0}};
+      {"shop", {.input = 5}, 1.5, 0}, {"api", {.input = 14}, 0, 7}, {"zoo", {.input = 9}, {}, 9}};
   EXPECT_EQ(summary.byProject({20}), projects);
   EXPECT_EQ(summary.rows[1].id(), "20.0|Claude Code|m|shop");
 }
@@ -61,8 +64,13 @@ TEST(SummaryTests, periodsBeginAtMidnight) {
 
 TEST(LimitsTests, namesAndTheTightest) {
   const std::pair<std::int64_t, const char*> rows[] = {{10'080, "Weekly"}, {300, "5-hour"}, {1'440, "1-day"},
-                                                       {4'320, "3-day"},   {120, "2-hour"}, {90, "1-hour"}};
+                                                       {4'320, "3-day"},   {120, "2-hour"}, {90, "1-hour"},
+                                                       {0, "Plan"}};
   for (const auto& [minutes, name] : rows) EXPECT_EQ((AIPlanLimit{0, minutes, {}}).name(), name);
+  EXPECT_EQ(AIPlanLimit{84.99}.wholePercent(), 84);
+  EXPECT_EQ(AIPlanLimit{1e300}.wholePercent(), 999);
+  EXPECT_EQ(AIPlanLimit{-0.5}.wholePercent(), 0);
+  EXPECT_EQ(AIPlanLimit{NAN}.wholePercent(), std::nullopt);
   const AICodexLimits limits{
       .date = {1}, .primary = AIPlanLimit{90, 300, {100}}, .secondary = AIPlanLimit{90, 10'080, {200}}};
   EXPECT_EQ(limits.tightest({99})->windowMinutes, 300);
