@@ -104,7 +104,7 @@ Value json(const Usage& usage, const View& view) {
 
 std::string dollars(std::optional<double> cost) {
   if (!cost) return noFigure;
-  const auto cents = std::int64_t(std::llround(std::abs(*cost) * 100));
+  const auto cents = std::int64_t(std::llround(std::min(std::abs(*cost) * 100, 9e18)));
   const auto sign = *cost < 0 && cents > 0 ? "-" : "";
   return fmt::format("{}${}.{:02}", sign, Format::grouped(cents / 100), cents % 100);
 }
@@ -225,10 +225,10 @@ void printCosts(Context& context, const Usage& usage, const View& view) {
   if (view.period != AIPeriod::today) cost(localized("API-equivalent, ") + title(view.period), view.since);
   const auto total = usage.summary.total(view.since, view.tool);
   if (total.unpriced > 0)
-    context.out.line(
-        context.out.ink(Ink::dim, (total.cost ? "* " : "") +
-                                      localized("Costs leave out {count} tokens of models without a price.",
-                                                {{"count", Format::grouped(total.unpriced)}})));
+    context.out.line(context.out.ink(
+        Ink::dim,
+        (total.cost ? "* " : "") + localized("Costs leave out the tokens of models without a price: {count}.",
+                                             {{"count", Format::grouped(total.unpriced)}})));
 }
 
 void print(Context& context, const Usage& usage, const View& view) {

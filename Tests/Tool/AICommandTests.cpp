@@ -45,14 +45,14 @@ TEST_F(AICommandTests, tablesByDayModelAndProject) {
   EXPECT_EQ(ai({}), exitOK);
   EXPECT_THAT(output, HasSubstr("2,345,687"));
   EXPECT_THAT(output, HasSubstr("API-equivalent, 30 days: $38.19* at API list prices"));
-  EXPECT_THAT(output, HasSubstr("* Costs leave out 9 tokens of models without a price."));
+  EXPECT_THAT(output, HasSubstr("* Costs leave out the tokens of models without a price: 9."));
   EXPECT_EQ(ai({"--by", "model"}), exitOK);
   EXPECT_LT(output.find("claude-sonnet-4-5"), output.find("unknown"));
   EXPECT_EQ(ai({"--by", "project", "--tool", "codex", "--explain"}), exitOK);
   EXPECT_THAT(output, Not(HasSubstr("shop")));
   EXPECT_THAT(output, Not(HasSubstr("$"))) << "what has no price costs no figure";
   EXPECT_THAT(output, HasSubstr("API-equivalent today: – at API list prices"));
-  EXPECT_THAT(output, HasSubstr("\nCosts leave out 9 tokens of models without a price."));
+  EXPECT_THAT(output, HasSubstr("\nCosts leave out the tokens of models without a price: 9."));
   EXPECT_THAT(output, HasSubstr("2026-09-25). Subscription"));
   EXPECT_EQ(ai({"--by", "model", "--tool", "claude"}), exitOK);
   EXPECT_THAT(output, HasSubstr("$38.19\n"));
