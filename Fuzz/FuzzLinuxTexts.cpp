@@ -20,7 +20,7 @@ void memory(std::string_view text) {
   const auto info = parseMemInfo(text);
   if (!info) return;
   memoryPressure(*info, stall);
-  expect(memoryCounters(*info, stall, parseZramUse(text)).use.has_value());
+  expect(memoryCounters(*info, stall, parseZramUse(text), parseReclaimableARC(text)).use.has_value());
 }
 
 void mounts(std::string_view text) {

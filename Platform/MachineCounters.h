@@ -39,9 +39,9 @@ struct CPUCounters {
 
 enum class PressureLevel { normal, warning, critical };
 
-/// Bytes. On Linux: app = AnonPages + Shmem; cached = Cached − Shmem + Buffers + SReclaimable; compressed =
-/// Zswap and what zram devices use; wired = the rest but MemFree, so that the parts add up to the total. On
-/// macOS: page counts × page size.
+/// Bytes. On Linux: app = AnonPages + Shmem; cached = Cached − Shmem + Buffers + SReclaimable and what the
+/// cache of ZFS gives back; compressed = Zswap and what zram devices use; wired = the rest but MemFree and
+/// free huge pages, so that the parts add up to the total. On macOS: page counts × page size.
 struct MemoryUse {
   std::uint64_t app = 0;
   std::uint64_t wired = 0;

@@ -31,8 +31,9 @@ enum HiddenFigure : std::uint8_t {
   hiddenMemory = 2,
   hiddenDisk = 4,
   hiddenEnergy = 8,
-  hiddenStart = 16, ///< the start time itself (macOS): whoever tells the figures tells the start too
+  hiddenStart = 16, ///< the start time itself: whoever tells the figures tells the start too
 };
+inline constexpr std::uint8_t allFigures = 31;
 
 /// What one process has used over its life.
 struct ProcessCounters {
@@ -92,6 +93,8 @@ public:
   virtual Timebase timebase() const = 0;
   /// True when energy is a share of the processor package's and no counter of the process's own.
   virtual bool energyIsEstimate() const = 0;
+  /// HiddenFigure bits of what this system's privileged helper tells; in its answers the others mean nothing.
+  virtual std::uint8_t figuresOfHelper() const { return allFigures; }
 };
 
 /// A text of an application bundle's information ("CFBundleName"), or nothing when it has none.

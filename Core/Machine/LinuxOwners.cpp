@@ -16,6 +16,8 @@ constexpr std::string_view systemFolders[] = {"/usr/lib/systemd/", "/lib/systemd
                                               "/usr/sbin/", "/sbin/"};
 constexpr std::string_view appImageMount = "/tmp/.mount_";
 constexpr std::string_view containerPrefixes[] = {"docker-", "libpod-", "cri-containerd-", "crio-"};
+/// Groups below which an engine without systemd keeps one for each container, by its bare number.
+constexpr std::string_view containerFolders[] = {"docker", "libpod_parent", "kubepods", "kubepods.slice"};
 constexpr size_t shownContainerDigits = 12;
 constexpr size_t rememberedOwners = 4096;
 
@@ -71,10 +73,33 @@ std::optional<std::string> applicationID(std::string_view unit) {
   return std::nullopt;
 }
 
-std::optional<std::string> containerID(std::string_view unit, std::string_view parent) {
+/// Of "docker-HEX.scope", of "crio-HEX" or "HEX" below an engine's folder, and of
+/// "POD.slice:cri-containerd:HEX".
+std::optional<std::string_view> containerNumber(std::string_view unit, bool inFolder) {
   for (const auto prefix : containerPrefixes)
-    if (const auto id = between(unit, prefix, ".scope"); id && isContainerID(*id)) return std::string(*id);
-  if ((parent == "docker" || parent == "libpod_parent") && isContainerID(unit)) return std::string(unit);
+    for (const std::string_view suffix : {".scope", ""})
+      if (const auto id = between(unit, prefix, suffix); id && isContainerID(*id)) return id;
+  const auto number = unit.substr(unit.rfind(':') + 1);
+  if ((inFolder || number != unit) && isContainerID(number)) return number;
+  return std::nullopt;
+}
+
+/// Machines that run a system of their own: "systemd-nspawn@NAME.service", "lxc.payload.NAME", "lxc/NAME".
+std::optional<std::string> machineName(std::string_view unit, std::string_view parent) {
+  if (const auto name = between(unit, "systemd-nspawn@", ".service")) return unitNameUnescaped(*name);
+  if (const auto name = between(unit, "lxc.payload.", "")) return std::string(*name);
+  if (parent == "lxc" || parent == "lxc.payload") return std::string(unit);
+  return std::nullopt;
+}
+
+/// The outermost one: what runs inside has units like any system.
+std::optional<std::string> containerOf(const std::vector<std::string_view>& components) {
+  bool inFolder = false;
+  for (size_t i = 1; i < components.size(); ++i) {
+    if (const auto number = containerNumber(components[i], inFolder)) return std::string(*number);
+    if (auto name = machineName(components[i], components[i - 1]); name && !name->empty()) return name;
+    inFolder |= std::ranges::find(containerFolders, components[i]) != std::end(containerFolders);
+  }
   return std::nullopt;
 }
 
@@ -103,12 +128,11 @@ std::string unitNameUnescaped(std::string_view text) {
 
 std::optional<ControlGroupOwner> controlGroupOwner(std::string_view path) {
   const auto components = split(path, '/');
+  if (auto id = containerOf(components)) return ControlGroupOwner{Kind::container, std::move(*id)};
   for (size_t i = components.size(); i-- > 1;) {
     const auto unit = components[i];
     if (auto name = snapName(unit)) return ControlGroupOwner{Kind::snap, std::move(*name)};
     if (auto id = applicationID(unit)) return ControlGroupOwner{Kind::application, std::move(*id)};
-    if (auto id = containerID(unit, components[i - 1]))
-      return ControlGroupOwner{Kind::container, std::move(*id)};
   }
   // What is no application's is told by the slice and the unit below it.
   for (size_t i = 1; i < components.size(); ++i) {
@@ -133,8 +157,9 @@ void LinuxOwners::beginCycle() {
 
 OwnerDecision LinuxOwners::owner(ProcessID pid, const ProcessFacts& facts, ProcessLookup& lookup) {
   if (facts.kernelThread) return system("kernel thread");
-  if (facts.user != user_ && facts.user < firstOrdinaryUser) return system("system user");
+  // Before the user: a container's processes may be anybody's here.
   if (auto decision = byControlGroup(facts)) return *decision;
+  if (facts.user != user_ && facts.user < firstOrdinaryUser) return system("system user");
   if (auto decision = byLauncher(facts)) return *decision;
   if (!facts.appImage.empty() && facts.path.starts_with(appImageMount)) {
     const auto name = facts.appImage.substr(facts.appImage.rfind('/') + 1);
@@ -158,7 +183,7 @@ std::optional<OwnerDecision> LinuxOwners::byControlGroup(const ProcessFacts& fac
       return entry(*found, "control group of an application");
     return owner("proc:" + group->name, group->name, "control group of an application");
   case Kind::container: {
-    const auto id = group->name.substr(0, shownContainerDigits);
+    const auto id = isContainerID(group->name) ? group->name.substr(0, shownContainerDigits) : group->name;
     return owner("container:" + id, localized("Container {id}", {{"id", id}}), "container");
   }
   case Kind::system:

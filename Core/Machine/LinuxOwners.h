@@ -2,12 +2,13 @@
 // To which application a process belongs on Linux. The rules are tried in order; the first that answers
 // decides. docs/applications.md explains them with examples.
 //
-//   kernel thread, another system user        the system group
+//   kernel thread                              the system group
+//   control group of a container               the container
 //   control group of a snap                    the snap
 //   control group of an application            its desktop entry
-//   control group of a container               the container
 //   control group of a system unit             the system group
 //   control group of another unit of the user  the unit
+//   another system user                        the system group
 //   launched from a desktop entry              that entry (told by the launcher in the environment)
 //   inside an AppImage                         that file
 //   an ancestor's or its own program           the desktop entry that starts it or owns its folder
@@ -28,7 +29,7 @@ namespace korvell {
 struct ControlGroupOwner {
   enum class Kind { snap, application, container, system, unit };
   Kind kind;
-  std::string name; ///< snap, desktop id, container id or unit; empty for the system
+  std::string name; ///< snap, desktop id, container's id or name, or unit; empty for the system
   bool operator==(const ControlGroupOwner&) const = default;
 };
 /// Nothing when the path does not tell (a login session, the root group).

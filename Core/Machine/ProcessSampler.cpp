@@ -13,17 +13,18 @@ std::uint64_t advance(std::uint64_t now, std::uint64_t before) { return now > be
 
 } // namespace
 
-std::uint8_t mergeHidden(ProcessCounters& process, const RusageSample* sample) {
+std::uint8_t mergeHidden(ProcessCounters& process, const RusageSample* sample, std::uint8_t told) {
   if (!sample || (!(process.hidden & hiddenStart) && sample->start != process.start)) return process.hidden;
-  if (process.hidden & hiddenStart) process.start = sample->start;
-  if (process.hidden & hiddenCPU) process.cpuTime = sample->cpuTime;
-  if (process.hidden & hiddenMemory) process.footprint = sample->footprint;
-  if (process.hidden & hiddenDisk) {
+  const auto taken = process.hidden & told;
+  if (taken & hiddenStart) process.start = sample->start;
+  if (taken & hiddenCPU) process.cpuTime = sample->cpuTime;
+  if (taken & hiddenMemory) process.footprint = sample->footprint;
+  if (taken & hiddenDisk) {
     process.diskRead = sample->diskRead;
     process.diskWritten = sample->diskWritten;
   }
-  if (process.hidden & hiddenEnergy) process.energy = sample->energy;
-  return 0;
+  if (taken & hiddenEnergy) process.energy = sample->energy;
+  return static_cast<std::uint8_t>(process.hidden & ~told);
 }
 
 ProcessSampler::ProcessSampler(Services services, int logicalProcessors, PrivilegedRusage privilegedRusage)
@@ -43,7 +44,8 @@ std::vector<AppUsage> ProcessSampler::sample(const PortsByPID& ports) {
     if (process.hidden) {
       auto merged = process;
       const auto answer = told.find(process.pid);
-      const auto unknown = mergeHidden(merged, answer == told.end() ? nullptr : &answer->second);
+      const auto unknown = mergeHidden(merged, answer == told.end() ? nullptr : &answer->second,
+                                       services_.table.figuresOfHelper());
       ++(unknown ? privilegedUse_.hidden : privilegedUse_.told);
       usages.push_back(usage(merged, identify(merged, unknown), unknown, elapsed));
     } else {
@@ -106,9 +108,13 @@ const ProcessSampler::Identity& ProcessSampler::identify(const ProcessCounters& 
                                                          std::uint8_t unknown) {
   auto& known = identities_[process.pid];
   auto& identity = known.identity;
-  const bool sameStart = identity.start == process.start || (unknown & hiddenStart);
+  const bool startIsTold = !(unknown & hiddenStart);
+  const bool sameStart = identity.start == process.start || !startIsTold || !known.startIsKnown;
   const bool same = known.cycle != 0 && sameStart && identity.comm == process.comm;
-  if (!(unknown & hiddenStart) || !same) identity.start = process.start;
+  if (startIsTold || !same) {
+    identity.start = process.start;
+    known.startIsKnown = startIsTold;
+  }
   if (!same || known.askAgain) {
     identity.comm = process.comm;
     identity.facts = services_.table.facts(process.pid).value_or(ProcessFacts{});
@@ -124,14 +130,14 @@ ProcessUsage ProcessSampler::usage(const ProcessCounters& process, const Identit
                                    std::uint8_t unknown, Seconds elapsed) {
   ProcessUsage usage{
       .pid = process.pid, .name = identity.name(), .path = identity.path(), .memory = process.footprint};
-  setCounterRates(usage, process, unknown, elapsed);
-  setNetworkRates(usage, process, elapsed);
+  setCounterRates(usage, process, identity.start, unknown, elapsed);
+  setNetworkRates(usage, process, identity.start, elapsed);
   return usage;
 }
 
-void ProcessSampler::setCounterRates(ProcessUsage& usage, const ProcessCounters& process,
+void ProcessSampler::setCounterRates(ProcessUsage& usage, const ProcessCounters& process, std::uint64_t start,
                                      std::uint8_t unknown, Seconds elapsed) {
-  const Previous now{.start = process.start,
+  const Previous now{.start = start,
                      .cpuNanos = process.cpuTime * timebase_.numer / timebase_.denom,
                      .read = process.diskRead,
                      .written = process.diskWritten,
@@ -139,7 +145,7 @@ void ProcessSampler::setCounterRates(ProcessUsage& usage, const ProcessCounters&
                      .unknown = unknown,
                      .cycle = cycle_};
   auto& before = previous_[process.pid];
-  const bool comparable = before.cycle != 0 && before.start == process.start && elapsed.count() > 0;
+  const bool comparable = before.cycle != 0 && before.start == start && elapsed.count() > 0;
   if (comparable) {
     const auto missing = before.unknown | unknown;
     const double seconds = elapsed.count();
@@ -157,14 +163,15 @@ void ProcessSampler::setCounterRates(ProcessUsage& usage, const ProcessCounters&
   before = now;
 }
 
-void ProcessSampler::setNetworkRates(ProcessUsage& usage, const ProcessCounters& process, Seconds elapsed) {
+void ProcessSampler::setNetworkRates(ProcessUsage& usage, const ProcessCounters& process, std::uint64_t start,
+                                     Seconds elapsed) {
   if (!process.network) return;
   auto& before = previousNet_[process.pid];
-  if (before.cycle != 0 && before.start == process.start && elapsed.count() > 0) {
+  if (before.cycle != 0 && before.start == start && elapsed.count() > 0) {
     usage.netIn = advance(process.network->in, before.bytes.in) / elapsed.count();
     usage.netOut = advance(process.network->out, before.bytes.out) / elapsed.count();
   }
-  before = {.bytes = *process.network, .start = process.start, .cycle = cycle_};
+  before = {.bytes = *process.network, .start = start, .cycle = cycle_};
 }
 
 std::vector<AppUsage> ProcessSampler::grouped(const std::vector<ProcessCounters>& processes,

@@ -79,7 +79,8 @@ private:
   struct Known {
     Identity identity;
     std::uint32_t cycle = 0;
-    bool askAgain = false; ///< it was unsettled: ask once more in the next cycle
+    bool startIsKnown = false; ///< somebody has told its start
+    bool askAgain = false;     ///< it was unsettled: ask once more in the next cycle
   };
   ProcessID parent(ProcessID pid) const override;
   const ProcessFacts* facts(ProcessID pid) override;
@@ -90,9 +91,10 @@ private:
   const Identity& identify(const ProcessCounters& process, std::uint8_t unknown);
   ProcessUsage usage(const ProcessCounters& process, const Identity& identity, std::uint8_t unknown,
                      Seconds elapsed);
-  void setCounterRates(ProcessUsage& usage, const ProcessCounters& process, std::uint8_t unknown,
+  void setCounterRates(ProcessUsage& usage, const ProcessCounters& process, std::uint64_t start,
+                       std::uint8_t unknown, Seconds elapsed);
+  void setNetworkRates(ProcessUsage& usage, const ProcessCounters& process, std::uint64_t start,
                        Seconds elapsed);
-  void setNetworkRates(ProcessUsage& usage, const ProcessCounters& process, Seconds elapsed);
   std::vector<AppUsage> grouped(const std::vector<ProcessCounters>& processes,
                                 std::vector<ProcessUsage> usages);
   std::optional<ProcessID> mainPID(const Owner& owner, std::span<const GroupMember> members) const;
@@ -113,8 +115,9 @@ private:
   std::unordered_map<ProcessID, ProcessFacts> strangers_; ///< asked about by rules before their own turn
 };
 
-/// Replaces what the system hid by what the helper tells, when both mean the same process. Returns the bits
-/// of what is still unknown.
-[[nodiscard]] std::uint8_t mergeHidden(ProcessCounters& process, const RusageSample* sample);
+/// Replaces what the system hid by what the helper tells, the figures `told`, when both mean the same
+/// process. Returns the bits of what is still unknown.
+[[nodiscard]] std::uint8_t mergeHidden(ProcessCounters& process, const RusageSample* sample,
+                                       std::uint8_t told);
 
 } // namespace korvell

@@ -3,6 +3,8 @@
 #include "Platform/Formats/LinuxProcessor.h"
 #include "Platform/Formats/TextScanner.h"
 
+#include <algorithm>
+
 namespace korvell {
 
 namespace {
@@ -24,6 +26,7 @@ constexpr Line lines[] = {
     {"AnonPages:", &MemInfo::anonPages},
     {"Shmem:", &MemInfo::shmem},
     {"SReclaimable:", &MemInfo::sReclaimable},
+    {"Hugetlb:", &MemInfo::hugePages},
 };
 
 std::uint64_t less(std::uint64_t a, std::uint64_t b) { return a > b ? a - b : 0; }
@@ -33,9 +36,13 @@ std::uint64_t less(std::uint64_t a, std::uint64_t b) { return a > b ? a - b : 0;
 std::optional<MemInfo> parseMemInfo(std::string_view text) {
   MemInfo info;
   bool toldAvailable = false;
+  std::uint64_t hugePages = 0, freeHugePages = 0, hugePageSize = 0;
   TextScanner scanner(text);
   do {
     const auto key = scanner.word();
+    if (key == "HugePages_Total:") hugePages = scanner.number();
+    if (key == "HugePages_Free:") freeHugePages = scanner.number();
+    if (key == "Hugepagesize:") hugePageSize = scanner.number() * 1024;
     for (const auto& line : lines) {
       if (line.key != key) continue;
       info.*line.field = scanner.number() * 1024;
@@ -44,6 +51,9 @@ std::optional<MemInfo> parseMemInfo(std::string_view text) {
     }
   } while (scanner.nextLine());
   if (info.total == 0) return std::nullopt;
+  info.freeHugePages = freeHugePages * hugePageSize;
+  info.hugePages =
+      std::max(info.hugePages, hugePages * hugePageSize); // older kernels have no line of the sum
   if (!toldAvailable) info.available = info.free + info.cached + info.buffers;
   return info;
 }
@@ -64,11 +74,27 @@ std::optional<MemoryStall> parseMemoryStall(std::string_view text) {
 }
 
 PressureLevel memoryPressure(const MemInfo& info, const std::optional<MemoryStall>& stall) {
-  const double available = double(info.available) / double(info.total) * 100;
+  const auto usable = less(info.total, info.hugePages);
+  if (usable == 0) return PressureLevel::normal;
+  const double available = double(info.available) / double(usable) * 100;
   const auto [some, full] = stall.value_or(MemoryStall{});
-  if (available < 5 || (available < 10 && full >= 10)) return PressureLevel::critical;
-  if (available < 12 || (available < 25 && some >= 10)) return PressureLevel::warning;
+  const bool waiting = some >= 10;
+  if ((available < 5 && (waiting || !stall)) || (available < 10 && full >= 10))
+    return PressureLevel::critical;
+  if (available < 12 || (available < 25 && waiting)) return PressureLevel::warning;
   return PressureLevel::normal;
+}
+
+std::uint64_t parseReclaimableARC(std::string_view arcStats) {
+  std::uint64_t size = 0, floor = 0;
+  TextScanner scanner(arcStats);
+  do {
+    const auto name = scanner.word();
+    if (name != "size" && name != "c_min") continue;
+    scanner.skipWords(1); // its type
+    (name == "size" ? size : floor) = scanner.number();
+  } while (scanner.nextLine());
+  return less(size, floor);
 }
 
 std::uint64_t parseZramUse(std::string_view mmStat) {
@@ -77,11 +103,13 @@ std::uint64_t parseZramUse(std::string_view mmStat) {
   return scanner.number();
 }
 
-MemoryCounters memoryCounters(const MemInfo& info, const std::optional<MemoryStall>& stall,
-                              std::uint64_t zramBytes) {
+MemoryCounters memoryCounters(MemInfo info, const std::optional<MemoryStall>& stall, std::uint64_t zramBytes,
+                              std::uint64_t reclaimableARC) {
+  info.available = std::min(info.available + reclaimableARC, info.total);
+  info.free += info.freeHugePages;
   MemoryUse use;
   use.app = info.anonPages + info.shmem;
-  use.cached = less(info.cached, info.shmem) + info.buffers + info.sReclaimable;
+  use.cached = less(info.cached, info.shmem) + info.buffers + info.sReclaimable + reclaimableARC;
   use.compressed = info.zswap + zramBytes;
   use.wired = less(info.total, use.app + use.cached + use.compressed + info.free);
   use.swapUsed = less(info.swapTotal, info.swapFree);

@@ -81,15 +81,24 @@ std::optional<ProcessIO> parseProcessIO(std::string_view text) {
   return ProcessIO{*read, *written};
 }
 
-std::string_view unifiedControlGroup(std::string_view text) {
-  std::string_view named;
-  for (auto line : splitLines(text)) {
-    if (line.starts_with("0::") && line.size() > 4) return line.substr(3);
-    if (const auto at = line.find(":name=systemd:"); at != std::string_view::npos)
-      named = line.substr(at + 14);
-    if (line == "0::/" && named.empty()) named = "/";
+std::string_view controlGroup(std::string_view text) {
+  std::string_view unified, systemd, other;
+  for (const auto line : splitLines(text)) {
+    const auto first = line.find(':');
+    const auto second = first == std::string_view::npos ? first : line.find(':', first + 1);
+    if (second == std::string_view::npos) continue;
+    const auto controllers = line.substr(first + 1, second - first - 1);
+    const auto path = line.substr(second + 1);
+    if (line.starts_with("0::"))
+      unified = path;
+    else if (controllers == "name=systemd")
+      systemd = path;
+    else if (other.size() <= 1)
+      other = path;
   }
-  return named;
+  for (const auto path : {systemd, unified, other})
+    if (path.size() > 1) return path;
+  return unified.empty() ? systemd.empty() ? other : systemd : unified;
 }
 
 std::optional<std::string_view> environmentValue(std::string_view environ, std::string_view name) {

@@ -48,9 +48,11 @@ struct ProcessIO {
 };
 std::optional<ProcessIO> parseProcessIO(std::string_view text);
 
-/// The process's place in the unified control-group hierarchy, the line "0::" of /proc/PID/cgroup; on a
-/// system without one, its place in the named systemd hierarchy. Empty when there is neither.
-std::string_view unifiedControlGroup(std::string_view text);
+/// The process's control group, of the text of /proc/PID/cgroup: its place in the unified hierarchy ("0::").
+/// Where the controllers still have hierarchies of their own, the named one of systemd goes before it: a
+/// container's engine may know only those, and leave the process in the engine's own group of the unified
+/// one. A group other than the root goes before the root. Empty when there is none.
+std::string_view controlGroup(std::string_view text);
 
 /// The value of a variable in /proc/PID/environ; nothing when it is unset.
 std::optional<std::string_view> environmentValue(std::string_view environ, std::string_view name);

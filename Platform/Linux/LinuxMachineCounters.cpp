@@ -32,7 +32,8 @@ std::optional<VolumeSpace> volumeSpace(const std::string& mountPoint) {
 LinuxMachineCounters::LinuxMachineCounters(LinuxMachineRoots roots)
     : roots_(std::move(roots)), stat_(roots_.proc + "/stat"), load_(roots_.proc + "/loadavg"),
       memInfo_(roots_.proc + "/meminfo"), stall_(roots_.proc + "/pressure/memory"),
-      disks_(roots_.proc, roots_.sys), links_(roots_.proc, roots_.sys),
+      arc_(roots_.proc + "/spl/kstat/zfs/arcstats"), disks_(roots_.proc, roots_.sys),
+      links_(roots_.proc, roots_.sys),
       graphics_(roots_.proc, roots_.sys, roots_.pciIDs, roots_.nvidiaLibrary), power_(roots_.sys) {
   graphics_.find(reader_);
   power_.find(reader_);
@@ -62,7 +63,9 @@ MemoryCounters LinuxMachineCounters::memory() {
   if (!info) return {};
   const auto stallText = stall_.readBeginning(reader_, oneReading);
   const auto stall = stallText ? parseMemoryStall(*stallText) : std::nullopt;
-  return memoryCounters(*info, stall, disks_.zramBytes(reader_));
+  const auto arcText = arc_.read(reader_);
+  const auto arc = arcText ? parseReclaimableARC(*arcText) : 0;
+  return memoryCounters(*info, stall, disks_.zramBytes(reader_), arc);
 }
 
 std::map<std::uint64_t, ByteCounters> LinuxMachineCounters::disks() { return disks_.counters(reader_); }

@@ -58,7 +58,7 @@ private:
 
   LinuxMachineRoots roots_;
   FileReader reader_;
-  KeptFile stat_, load_, memInfo_, stall_;
+  KeptFile stat_, load_, memInfo_, stall_, arc_;
   std::size_t statBytes_ = 4096; ///< how much of /proc/stat holds the lines of all cores
   BlockDevices disks_;
   NetworkLinks links_;

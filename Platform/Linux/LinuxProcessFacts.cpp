@@ -34,7 +34,11 @@ std::optional<ProcessFacts> LinuxProcessTable::facts(ProcessID pid) {
   ProcessFacts facts;
   facts.name = "pid " + std::to_string(pid);
   const auto stat = parseProcessStat(file.text);
-  if (!stat) return facts;
+  if (!stat) {
+    // Mounted with hidepid, /proc still tells whose a process is.
+    facts.user = proc_.owner(pid).value_or(facts.user);
+    return facts;
+  }
   const std::string comm(stat->comm);
   const Seconds started{static_cast<double>(stat->start) / static_cast<double>(sources_.ticksPerSecond)};
   facts.kernelThread = stat->kernelThread;
@@ -45,7 +49,7 @@ std::optional<ProcessFacts> LinuxProcessTable::facts(ProcessID pid) {
   }
   facts.path = withoutDeletedMark(proc_.readLink(pid, "exe").text);
   facts.name = processName(facts.path, proc_.read(pid, "cmdline").text, comm);
-  facts.controlGroup = unifiedControlGroup(proc_.read(pid, "cgroup").text);
+  facts.controlGroup = controlGroup(proc_.read(pid, "cgroup").text);
   if (const auto status = parseProcessStatus(proc_.read(pid, "status").text))
     facts.user = status->effectiveUser;
   // The environment of others is closed to us; of our own it costs 7 µs.

@@ -16,7 +16,6 @@ namespace {
 
 using Access = ProcDirectory::Access;
 
-constexpr std::uint8_t allHidden = hiddenCPU | hiddenMemory | hiddenDisk | hiddenEnergy | hiddenStart;
 /// Time in which the rotation comes round: so that with a cycle every 10 s no reading is older than 30.
 constexpr double rotationSeconds = 20;
 /// Change of the machine's anonymous memory, as a share of it, after which every process is read again.
@@ -90,7 +89,7 @@ void LinuxProcessTable::matchList() {
     auto& counters = nextCounters_.emplace_back(listed ? std::move(counters_[old]) : ProcessCounters{});
     auto& state = nextStates_.emplace_back(listed ? std::move(states_[old]) : State{});
     if (listed) ++old;
-    bool alive = listed && state.inode == entry.inode && readKnown(counters, state);
+    bool alive = listed && isStill(entry, counters, state) && readKnown(counters, state);
     if (!alive) {
       if (listed) ended_.push_back(entry.pid);
       counters = {};
@@ -118,6 +117,16 @@ bool LinuxProcessTable::readNew(ProcDirectory::Entry entry, ProcessCounters& cou
   if (state.kernelThread || state.statDenied) return true;
   readMemory(counters, state);
   readStorage(counters, state, true);
+  return true;
+}
+
+/// The folder of a process that lives on gets a new number when the kernel drops what it had cached of it;
+/// only a later start tells another process.
+bool LinuxProcessTable::isStill(ProcDirectory::Entry entry, const ProcessCounters& counters, State& state) {
+  if (state.inode == entry.inode) return true;
+  const auto stat = parseProcessStat(proc_.read(entry.pid, "stat").text);
+  if (!stat || stat->start != counters.start) return false;
+  state.inode = entry.inode;
   return true;
 }
 
@@ -149,8 +158,9 @@ bool LinuxProcessTable::readStat(ProcessCounters& counters, State& state) {
   const auto file = proc_.read(counters.pid, "stat");
   if (file.access == Access::denied) { // /proc is mounted with hidepid
     state.statDenied = true;
-    counters.hidden = allHidden;
-    if (state.hasClock) counters.hidden &= static_cast<std::uint8_t>(~hiddenCPU);
+    counters.hidden = allFigures;
+    // Its share of the energy goes by its clock.
+    if (state.hasClock) counters.hidden &= static_cast<std::uint8_t>(~(hiddenCPU | hiddenEnergy));
     return true;
   }
   return file.access == Access::ok && takeStat(file.text, counters, state);

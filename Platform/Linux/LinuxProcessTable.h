@@ -53,6 +53,7 @@ public:
   PortsByPID listeningPorts() override;
   Timebase timebase() const override { return {}; }
   bool energyIsEstimate() const override { return energy_.isReadable(); }
+  std::uint8_t figuresOfHelper() const override { return hiddenDisk | hiddenStart; }
 
 private:
   /// What is remembered of a process beside its counters.
@@ -73,6 +74,7 @@ private:
 
   void matchList();
   bool readNew(ProcDirectory::Entry entry, ProcessCounters& counters, State& state);
+  bool isStill(ProcDirectory::Entry entry, const ProcessCounters& counters, State& state);
   bool readKnown(ProcessCounters& counters, State& state);
   bool readFiles(ProcessCounters& counters, State& state);
   bool readStat(ProcessCounters& counters, State& state);

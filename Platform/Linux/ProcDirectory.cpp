@@ -6,6 +6,7 @@
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -99,6 +100,12 @@ ProcDirectory::File ProcDirectory::readLink(ProcessID pid, const char* name) {
   const auto bytes = readlinkat(root_.get(), Path(pid, name), buffer_.data(), buffer_.size());
   if (bytes < 0) return {accessOf(errno), {}};
   return {Access::ok, {buffer_.data(), static_cast<std::size_t>(bytes)}};
+}
+
+std::optional<std::uint32_t> ProcDirectory::owner(ProcessID pid) {
+  struct stat status {};
+  if (fstatat(root_.get(), Path(pid, ""), &status, 0) != 0) return std::nullopt;
+  return status.st_uid;
 }
 
 ProcDirectory::Access ProcDirectory::numbers(ProcessID pid, const char* name, std::vector<int>& into) {

@@ -41,6 +41,8 @@ public:
   File read(const char* name);
   /// Where a symbolic link of a process points, "exe" or "fd/3".
   File readLink(ProcessID pid, const char* name);
+  /// The effective user of a process, whom its folder belongs to.
+  std::optional<std::uint32_t> owner(ProcessID pid);
   /// Names of a folder of a process that are numbers, "task" or "fd", in no order.
   Access numbers(ProcessID pid, const char* name, std::vector<int>& into);
 

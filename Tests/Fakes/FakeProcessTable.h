@@ -25,6 +25,7 @@ public:
   std::map<ProcessID, Entry> processes;
   PortsByPID ports;
   Timebase base;
+  std::uint8_t toldByHelper = allFigures;
   std::vector<ProcessID> asked;
   std::vector<Sent> sent;
 
@@ -60,6 +61,7 @@ public:
   PortsByPID listeningPorts() override { return ports; }
   Timebase timebase() const override { return base; }
   bool energyIsEstimate() const override { return false; }
+  std::uint8_t figuresOfHelper() const override { return toldByHelper; }
 
   SignalOutcome send(ProcessID pid, std::uint64_t start, ProcessSignal signal) override {
     const auto* entry = find(pid);

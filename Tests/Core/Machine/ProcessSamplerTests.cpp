@@ -140,19 +140,21 @@ TEST_F(ProcessSamplerTests, onlyWhatWasHiddenComesFromTheHelper) {
     const char* what;
     std::uint8_t hidden;
     std::uint64_t start; ///< our own reading
+    std::uint8_t told;
     std::uint8_t unknown;
     std::vector<std::uint64_t> figures;
   } rows[] = {
-      {"disk only", hiddenDisk, 70, 0, {1, 2, 33, 44, 4, 70}},
-      {"memory only", hiddenMemory, 70, 0, {1, 11, 3, 0, 4, 70}},
-      {"all but the start", 15, 70, 0, {22, 11, 33, 44, 55, 70}},
-      {"an answer about another process", 15, 71, 15, {1, 2, 3, 0, 4, 71}},
-      {"the start itself was hidden", 31, 0, 0, {22, 11, 33, 44, 55, 70}},
+      {"disk only", hiddenDisk, 70, allFigures, 0, {1, 2, 33, 44, 4, 70}},
+      {"memory only", hiddenMemory, 70, allFigures, 0, {1, 11, 3, 0, 4, 70}},
+      {"all but the start", 15, 70, allFigures, 0, {22, 11, 33, 44, 55, 70}},
+      {"an answer about another process", 15, 71, allFigures, 15, {1, 2, 3, 0, 4, 71}},
+      {"the start itself was hidden", 31, 0, allFigures, 0, {22, 11, 33, 44, 55, 70}},
+      {"a helper that tells bytes alone", 31, 0, hiddenDisk | hiddenStart, 11, {1, 2, 33, 44, 4, 70}},
   };
   for (const auto& row : rows) {
     ProcessCounters merged{
         .start = row.start, .cpuTime = 1, .footprint = 2, .diskRead = 3, .energy = 4, .hidden = row.hidden};
-    EXPECT_EQ(mergeHidden(merged, &answer), row.unknown) << row.what;
+    EXPECT_EQ(mergeHidden(merged, &answer, row.told), row.unknown) << row.what;
     EXPECT_EQ((std::vector{merged.cpuTime, merged.footprint, merged.diskRead, merged.diskWritten,
                            merged.energy, merged.start}),
               row.figures)
@@ -182,6 +184,35 @@ TEST_F(ProcessSamplerTests, anAnswerAfterASilenceIsNoAdvance) {
   EXPECT_EQ(sampler.identity(7)->start, 70u);
   helper = answers;
   EXPECT_EQ(process(cycle(), 7).cpu, 0) << "what advanced in the silence belongs to no cycle";
+}
+
+TEST_F(ProcessSamplerTests, bytesThatTheHelperBeginsToTellAreNoTraffic) {
+  auto& counters = table.add(7, "app").counters; // its start is known, so nothing but the silence tells
+  counters.hidden = hiddenDisk;
+  cycle();
+  helper = {{7, {.diskRead = 1 << 30, .diskWritten = 1 << 30, .start = 70}}};
+  const auto usage = process(cycle(), 7);
+  EXPECT_EQ(usage.diskRead + usage.diskWrite, 0);
+  helper[7].diskRead += 4000;
+  EXPECT_EQ(process(cycle(), 7).diskRead, 2000);
+}
+
+TEST_F(ProcessSamplerTests, aHiddenProcessIsTheSameWhetherTheHelperAnswersOrNot) {
+  // As under hidepid: the clock is all that can be read; the helper tells bytes and the start.
+  table.toldByHelper = hiddenDisk | hiddenStart;
+  auto& counters = table.add(7, "").counters;
+  counters = {.pid = 7, .hidden = hiddenMemory | hiddenDisk | hiddenStart};
+  const RusageSample::Map answer{{7, {.start = 70}}};
+  cycle();
+  helper = answer;
+  cycle();
+  for (const bool answers : {true, false, true, true}) {
+    helper = answers ? answer : RusageSample::Map{};
+    counters.cpuTime += 1'000'000'000;
+    EXPECT_EQ(process(cycle(), 7).cpu, 50) << answers;
+    EXPECT_EQ(sampler.privilegedUse().hidden, 1) << "its memory stays hidden";
+  }
+  EXPECT_THAT(table.asked, ElementsAre(7)) << "one identity, one owner";
 }
 
 TEST_F(ProcessSamplerTests, processesOfOneOwnerAreOneApplication) {

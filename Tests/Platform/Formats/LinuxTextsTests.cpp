@@ -49,15 +49,19 @@ TEST(LinuxTextsTests, pressureNeedsShortMemoryNotOnlyStalls) {
   using enum PressureLevel;
   const Row rows[] = {
       {960, 99, 99, normal}, // one group of processes thrashes inside its own limit
-      {250, 50, 50, normal}, {249, 10, 0, warning}, {249, 9.9, 0, normal},
-      {119, 0, 0, warning},  {120, 0, 0, normal},   {99, 20, 10, critical},
-      {99, 20, 9, warning},  {50, 0, 0, warning},   {49, 0, 0, critical},
+      {250, 50, 50, normal}, {249, 10, 0, warning},  {249, 9.9, 0, normal}, {119, 0, 0, warning},
+      {120, 0, 0, normal},   {99, 20, 10, critical}, {99, 20, 9, warning},  {50, 0, 0, warning},
+      {49, 10, 0, critical}, {49, 9, 0, warning},
   };
   for (const auto& row : rows)
     EXPECT_EQ(memoryPressure({.total = 1000, .available = row.available}, MemoryStall{row.some, row.full}),
               row.level)
         << row.available << " " << row.some << " " << row.full;
-  EXPECT_EQ(memoryPressure({.total = 1000, .available = 249}, std::nullopt), normal);
+  for (const auto& [available, level] :
+       {std::pair(249u, normal), {119u, warning}, {50u, warning}, {49u, critical}})
+    EXPECT_EQ(memoryPressure({.total = 1000, .available = available}, std::nullopt), level) << available;
+  EXPECT_EQ(memoryPressure({.total = 1000, .available = 30, .hugePages = 800}, std::nullopt), normal);
+  EXPECT_EQ(memoryPressure({.total = 1000, .hugePages = 1000}, std::nullopt), normal);
 }
 
 TEST(LinuxTextsTests, memoryThatDoesNotAddUpStaysInBounds) {
@@ -67,7 +71,7 @@ TEST(LinuxTextsTests, memoryThatDoesNotAddUpStaysInBounds) {
                    "SwapFree: 3 kB\nAnonPages: 70 kB");
   ASSERT_TRUE(info);
   EXPECT_EQ(info->available, 95u * 1024);
-  const auto use = memoryCounters(*info, std::nullopt, 0).use.value();
+  const auto use = memoryCounters(*info, std::nullopt, 0, 0).use.value();
   EXPECT_EQ(use.cached, 0u) << "more shared memory than page cache";
   EXPECT_EQ(use.wired, 0u);
   EXPECT_EQ(use.swapUsed, 0u);

@@ -36,17 +36,20 @@ TEST(ProcessFilesTests, whatTheKernelDoesNotWriteIsRefused) {
   EXPECT_FALSE(parseAnonymousMemory("MemTotal: 5 kB\n"));
 }
 
-TEST(ProcessFilesTests, theControlGroupIsTheUnifiedOneWhereItSaysSomething) {
+TEST(ProcessFilesTests, theControlGroupIsTheOneOfTheHierarchyThatSaysMost) {
   const std::pair<const char*, const char*> rows[] = {
       {"0::/user.slice/a.scope\n", "/user.slice/a.scope"},
       {"12:memory:/docker/1\n1:name=systemd:/system.slice/x.service\n0::/system.slice/y.service\n",
-       "/system.slice/y.service"},
+       "/system.slice/x.service"},
+      {"9:memory:/kubepods/pod1/ab\n1:name=systemd:/kubepods/pod1/ab\n0::/system.slice/containerd.service\n",
+       "/kubepods/pod1/ab"},
       {"4:memory:/m\n1:name=systemd:/system.slice/x.service\n0::/\n", "/system.slice/x.service"},
       {"0::/", "/"},
-      {"4:memory:/m\n", ""},
+      {"5:cpuset:/\n4:memory:/docker/ab\n1:name=openrc:/docker\n", "/docker/ab"},
+      {"1:name=systemd:/\n", "/"},
       {"", ""},
   };
-  for (const auto& [text, expected] : rows) EXPECT_EQ(unifiedControlGroup(text), expected) << text;
+  for (const auto& [text, expected] : rows) EXPECT_EQ(controlGroup(text), expected) << text;
 }
 
 TEST(ProcessFilesTests, environmentVariablesAreWholeNames) {

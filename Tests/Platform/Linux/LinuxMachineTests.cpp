@@ -144,6 +144,18 @@ TEST(LinuxMachineTests, everyMachineReadsAsItIs) {
   }
 }
 
+TEST(LinuxMachineTests, memoryThatOthersGiveBackOrNeverHadIsNoTrouble) {
+  // In kB: the programs', what is fixed, compressed, cache, swap.
+  const std::pair<const char*, MemoryUse> rows[] = {
+      {"zfs-server", {6100000, 7698000, 0, 1302000 + 49000000, 0, PressureLevel::normal}},
+      {"database-server", {3200000, 44264000, 0, 2200000, 0, PressureLevel::normal}}};
+  for (const auto& [name, expected] : rows) {
+    auto use = LinuxMachineCounters(Tree(name).roots).memory().use.value();
+    for (auto* field : {&use.app, &use.wired, &use.compressed, &use.cached}) *field /= kB;
+    EXPECT_EQ(use, expected) << name << ": " << use.wired;
+  }
+}
+
 TEST(LinuxMachineTests, theMachineAtHandKeepsTheContract) {
   LinuxMachineCounters live;
   expectMachineContract(live);

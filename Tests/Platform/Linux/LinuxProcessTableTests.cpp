@@ -136,6 +136,22 @@ TEST_F(LinuxProcessTableTests, aReusedIDIsReadAsAnother) {
   EXPECT_EQ(counters.diskRead, 1u);
 }
 
+TEST_F(LinuxProcessTableTests, aFolderWithAnotherNumberIsTheSameProcess) {
+  tree.writeIO("40/task/40/io", {0, 100});
+  tree.add(40, {.childFaults = 7, .io = {0, 100}}, 5);
+  tree.add(41, {.parent = 40});
+  auto table = tableOf(tree);
+  table.read();
+  // A child is reaped: its bytes are not the shell's own.
+  tree.add(40, {.childFaults = 9, .io = {0, 5'000'100}}, 6);
+  EXPECT_EQ(find(table.read(), 40).diskWritten, 100u);
+  // The kernel drops what it cached of /proc.
+  std::filesystem::rename(tree.folder / "40", tree.folder / "old");
+  std::filesystem::copy(tree.folder / "old", tree.folder / "40", std::filesystem::copy_options::recursive);
+  EXPECT_EQ(find(table.read(), 40).diskWritten, 100u);
+  EXPECT_EQ(find(table.read(), 40).cpuTime, 6u);
+}
+
 TEST_F(LinuxProcessTableTests, theShellDoesNotInheritWhatItsChildWrote) {
   tree.add(40, {.io = {0, 100}}, 1);
   tree.add(41, {.parent = 40, .io = {0, 5'000'000}});
