@@ -3,8 +3,8 @@
 // entries and systemd services on Linux. What the files say is read by Core/Startup.
 //
 // From any thread but the main one, and from several at once. files() and isMissing() read the disk;
-// loadedJobs() asks whoever runs the jobs, and waits some seconds at most; stop() and removed() may start a
-// program.
+// loadedJobs() and effective() ask whoever runs the jobs, and wait some seconds at most; stop() and removed()
+// may start a program.
 
 #include "Base/Result.h"
 #include "Platform/FileTree.h"
@@ -33,7 +33,7 @@ struct LaunchFile {
   bool operator==(const LaunchFile&) const = default;
 };
 
-/// A job to be stopped before its file is removed.
+/// A job by its file.
 struct LaunchJob {
   LaunchScope scope = LaunchScope::user;
   std::string path; ///< of its file
@@ -44,6 +44,8 @@ struct LaunchJob {
 /// What one manager of jobs tells this user about them.
 struct ManagedJobs {
   std::set<std::string> loaded; ///< labels
+  std::set<std::string>
+      active; ///< labels of those that run or have run and stay; not of those that only try to
   /// By label: whether the manager starts it by itself. Only where it decides that and not the job's file.
   std::map<std::string, bool> enabled;
   std::string silence; ///< why it told nothing, a sentence, localised; empty when it answered
@@ -53,6 +55,15 @@ struct ManagedJobs {
 struct LoadedJobs {
   ManagedJobs user, system;
   const ManagedJobs& of(LaunchScope scope) const { return scope == LaunchScope::system ? system : user; }
+};
+
+/// A job as its manager has it, with everything that adds to its file.
+struct EffectiveJob {
+  bool isThisFile = true; ///< false where another file of the same name goes before it
+  bool isActive = false;
+  bool looksElsewhere = false;       ///< its programs are looked for in places of its own
+  std::vector<std::string> programs; ///< all that it starts: paths, or names
+  bool operator==(const EffectiveJob&) const = default;
 };
 
 /// Where programs are looked for that a file does not name by a path.
@@ -68,6 +79,9 @@ public:
   /// file or is too large to be one of these is left out.
   virtual std::vector<LaunchFile> files() = 0;
   virtual LoadedJobs loadedJobs() = 0;
+  /// What their managers say of these jobs, by the path of the file. Only managers that know more than the
+  /// files say anything; a job that they can't tell about is absent.
+  virtual std::map<std::string, EffectiveJob> effective(const std::vector<LaunchJob>& /*jobs*/) { return {}; }
   /// True only when nothing is at the path, or a link leads nowhere; false when that can't be told.
   virtual bool isMissing(const std::string& path) = 0;
   virtual const ProgramPlaces& places() const = 0;

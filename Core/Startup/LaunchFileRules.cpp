@@ -76,13 +76,26 @@ std::optional<std::string> missingFlatpak(const KeyFile& entry, LaunchItems& lau
   return folder(roots.front());
 }
 
+/// The program of a line. The escape of a blank ends an argument for some desktops and is part of it for
+/// others; what is there decides.
+std::optional<std::string> entryProgram(std::string_view line, LaunchItems& launchItems) {
+  auto program = desktopEntryProgram(line);
+  if (!program) return std::nullopt;
+  program = resolved(*program, launchItems);
+  if (!isProgramMissing(program, launchItems)) return program;
+  std::string withBlanks(line);
+  for (std::size_t at = 0; (at = withBlanks.find(R"(\s)", at)) != std::string::npos; at += 3)
+    withBlanks.replace(at, 2, R"(\\ )");
+  const auto joined = desktopEntryProgram(withBlanks);
+  return joined && !isProgramMissing(joined, launchItems) ? resolved(*joined, launchItems) : program;
+}
+
 std::optional<std::string> programOf(const KeyFile& entry, LaunchItems& launchItems) {
   if (auto flatpak = missingFlatpak(entry, launchItems)) return flatpak;
   for (const auto* key : {"TryExec", "Exec"}) {
     const auto line = entry.last(desktopEntry, key);
-    auto program = line ? desktopEntryProgram(*line) : std::nullopt;
+    auto program = line ? entryProgram(*line, launchItems) : std::nullopt;
     if (!program || program->find('%') != std::string::npos) continue; // a field code is no path
-    program = resolved(*program, launchItems);
     if (key == std::string_view("Exec") || isProgramMissing(program, launchItems)) return program;
   }
   return std::nullopt;
@@ -115,16 +128,27 @@ std::optional<std::string> withoutSpecifiers(std::string_view written) {
   return program;
 }
 
-/// The first program that it starts. None where the unit has it looked for in places of its own: inside
-/// another root, or, by its name, in other folders.
+/// Settings that give a service a file system of its own, where a program may be that is not seen from here.
+constexpr const char* ownFileSystem[] = {"RootDirectory",       "RootImage",   "BindPaths",
+                                         "BindReadOnlyPaths",   "MountImages", "ExtensionImages",
+                                         "ExtensionDirectories"};
+
+/// The first program that it starts and that isn't missing; the first one when all are. None where the unit
+/// has it looked for in places of its own: in another file system, or, by its name, in other folders.
 std::optional<std::string> serviceProgram(const KeyFile& unit, LaunchItems& launchItems) {
-  const auto isSet = [&](std::string_view key) { return !unit.last("Service", key).value_or("").empty(); };
-  const auto starts = unit.all("Service", "ExecStart");
-  if (starts.empty() || isSet("RootDirectory") || isSet("RootImage")) return std::nullopt;
-  const auto written = unitProgram(starts.front());
-  if (!written || (isBareName(*written) && isSet("ExecSearchPath"))) return std::nullopt;
-  const auto program = withoutSpecifiers(*written);
-  return program ? std::optional(resolved(*program, launchItems)) : std::nullopt;
+  const auto isSet = [&](std::string_view key) { return !unit.all("Service", key).empty(); };
+  if (std::ranges::any_of(ownFileSystem, isSet)) return std::nullopt;
+  std::optional<std::string> missing;
+  for (const auto start : unit.all("Service", "ExecStart")) {
+    const auto written = unitProgram(start);
+    if (!written || (isBareName(*written) && isSet("ExecSearchPath"))) return std::nullopt;
+    auto program = withoutSpecifiers(*written);
+    if (!program) return std::nullopt;
+    program = resolved(*program, launchItems);
+    if (!isProgramMissing(program, launchItems)) return program;
+    if (!missing) missing = std::move(program);
+  }
+  return missing;
 }
 
 std::optional<StartupItem> readService(const LaunchFile& file, LaunchItems& launchItems) {

@@ -3,9 +3,10 @@
 //
 //   field        property list             autostart entry                    systemd service
 //   label        Label, else file name     file name                          file name
-//   program      Program, else the first   Exec without "env A=b"; TryExec    first ExecStart
-//                of ProgramArguments       when that one is missing; the    unless RootDirectory, RootImage
-//                                          folder of a flatpak that is gone or (bare name) ExecSearchPath
+//   program      Program, else the first   Exec without "env A=b"; TryExec    first ExecStart that is there,
+//                of ProgramArguments       when that one is missing; the    unless it has a file system of
+//                                          folder of a flatpak that is gone its own or (bare name)
+//                                          ExecSearchPath
 //   runsAtLoad   RunAtLoad                 unless Hidden or                   [Install] has WantedBy;
 //                                          X-GNOME-Autostart-enabled=false    systemd knows better (scan)
 //   keepAlive    KeepAlive true or a       never                              Restart other than "no"

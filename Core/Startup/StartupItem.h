@@ -23,6 +23,8 @@ struct StartupItem {
   bool isLoaded = false;
   /// It names a program that no longer exists, as of the scan. Everything that asks goes by this field.
   bool isLeftover = false;
+  /// Its program is missing, but whoever runs it says that it is in use. Not told to others.
+  bool isVouchedFor = false;
 
   const std::string& id() const { return label; }
 

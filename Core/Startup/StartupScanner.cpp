@@ -10,11 +10,43 @@ namespace korvell {
 
 namespace {
 
-void addWhatIsKnown(StartupItem& item, LaunchFormat format, const ManagedJobs& jobs) {
-  const bool isEntry = format == LaunchFormat::desktopEntry;
-  item.isLoaded = jobs.loaded.contains(isEntry ? autostartUnitName(item.label) : item.label);
-  if (const auto known = jobs.enabled.find(item.label); !isEntry && known != jobs.enabled.end())
+bool isEntry(const StartupItem& item) { return item.plistPath.ends_with(".desktop"); }
+
+/// As whoever runs it calls it.
+std::string jobName(const StartupItem& item) {
+  return isEntry(item) ? autostartUnitName(item.label) : item.label;
+}
+
+LaunchJob jobOf(const StartupItem& item) {
+  return {.scope = item.scope, .path = item.plistPath, .label = item.label};
+}
+
+void addWhatIsKnown(StartupItem& item, const ManagedJobs& jobs) {
+  item.isLoaded = jobs.loaded.contains(jobName(item));
+  if (const auto known = jobs.enabled.find(item.label); !isEntry(item) && known != jobs.enabled.end())
     item.runsAtLoad = known->second;
+}
+
+bool isInUse(const EffectiveJob& job, LaunchItems& launchItems) {
+  if (!job.isThisFile) return false; // what is known is another file's
+  return job.isActive || job.looksElsewhere || job.programs.empty() ||
+         !std::ranges::all_of(job.programs, [&](const auto& p) { return isProgramMissing(p, launchItems); });
+}
+
+/// Items whose program is missing are leftovers, unless whoever runs them has them in use: what else there is
+/// beside a file it knows best.
+void decide(const std::vector<StartupItem*>& items, LaunchItems& launchItems, const LoadedJobs& jobs) {
+  if (items.empty()) return;
+  std::vector<LaunchJob> asked;
+  for (const auto* item : items)
+    if (jobs.of(item->scope).silence.empty()) asked.push_back(jobOf(*item));
+  const auto effective = launchItems.effective(asked);
+  for (auto* item : items) {
+    const auto told = effective.find(item->plistPath);
+    item->isVouchedFor = told == effective.end() ? jobs.of(item->scope).active.contains(jobName(*item))
+                                                 : isInUse(told->second, launchItems);
+    item->isLeftover = !item->isVouchedFor;
+  }
 }
 
 /// The file of an item as it is now; nothing when it has gone or no longer says what the item says.
@@ -54,21 +86,30 @@ std::vector<StartupItem> StartupScanner::scan(LaunchItems& launchItems) {
   for (const auto& file : launchItems.files()) {
     auto item = readLaunchFile(file, launchItems);
     if (!item) continue;
-    addWhatIsKnown(*item, file.format, jobs.of(item->scope));
-    item->isLeftover = isProgramMissing(item->program, launchItems);
+    addWhatIsKnown(*item, jobs.of(item->scope));
     items.push_back(std::move(*item));
   }
+  std::vector<StartupItem*> doubtful;
+  for (auto& item : items)
+    if (isProgramMissing(item.program, launchItems)) doubtful.push_back(&item);
+  decide(doubtful, launchItems, jobs);
   sort(items);
   return items;
 }
 
 bool StartupScanner::refreshLeftovers(std::vector<StartupItem>& items, LaunchItems& launchItems) {
   bool changed = false;
-  for (auto& item : items)
-    if (const bool now = isProgramMissing(item.program, launchItems); now != item.isLeftover) {
-      item.isLeftover = now;
-      changed = true;
+  std::vector<StartupItem*> doubtful;
+  for (auto& item : items) {
+    if (!isProgramMissing(item.program, launchItems)) {
+      changed |= item.isLeftover;
+      item.isLeftover = item.isVouchedFor = false;
+    } else if (!item.isLeftover && !item.isVouchedFor) {
+      doubtful.push_back(&item);
     }
+  }
+  if (!doubtful.empty()) decide(doubtful, launchItems, launchItems.loadedJobs());
+  changed |= std::ranges::any_of(doubtful, &StartupItem::isLeftover);
   if (changed) sort(items);
   return changed;
 }
@@ -85,7 +126,11 @@ Outcome StartupScanner::remove(const StartupItem& item, LaunchItems& launchItems
         localized("The program of {label} exists. Only leftovers are removed.", {{"label", item.label}})};
   const auto file = unchangedFile(item, launchItems);
   if (!file) return Failure{localized("{path} has changed. Look at it again.", {{"path", item.plistPath}})};
-  const LaunchJob job{.scope = item.scope, .path = item.plistPath, .label = item.label};
+  auto now = item;
+  decide({&now}, launchItems, launchItems.loadedJobs());
+  if (!now.isLeftover)
+    return Failure{localized("{label} is in use. Only leftovers are removed.", {{"label", item.label}})};
+  const auto job = jobOf(item);
   if (auto stopped = launchItems.stop(job); !stopped) return stopped;
   const auto moved = trash.move({{.path = file->location, .picked = file->identity}});
   if (moved.empty() || !moved.front())

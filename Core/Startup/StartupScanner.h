@@ -17,16 +17,17 @@ struct StartupScanner {
   static std::vector<StartupItem> scan(LaunchItems& launchItems);
 
   /// Looks again which of the items are leftovers, without reading their files: programs come and go between
-  /// scans. True when one has changed.
+  /// scans. Whoever runs the jobs is asked only about programs that have gone since. True when one has
+  /// changed.
   static bool refreshLeftovers(std::vector<StartupItem>& items, LaunchItems& launchItems);
 
   /// What to confirm before remove().
   static std::string confirmation(const StartupItem& item);
 
   /// Stops the job and moves its file to the Trash: the very file that still says what the item says. Only
-  /// for leftovers: when the program exists by now, the file says something else, or this user may not
-  /// remove it, nothing is changed. A file that the Trash refuses stays, its job stopped; the failure says
-  /// so.
+  /// for leftovers: when the program exists or the job is in use by now, the file says something else, or
+  /// this user may not remove it, nothing is changed. A file that the Trash refuses stays, its job stopped;
+  /// the failure says so.
   static Outcome remove(const StartupItem& item, LaunchItems& launchItems, Trash& trash);
 };
 

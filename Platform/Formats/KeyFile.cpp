@@ -89,13 +89,23 @@ std::string desktopValue(std::string_view raw) {
   return value;
 }
 
-/// The value of \xNN, or nothing.
-std::optional<char> hexEscape(std::string_view digits) {
+/// The byte that so many digits say, or nothing.
+std::optional<char> byteOf(std::string_view digits, std::size_t count, int base) {
   int value = 0;
-  if (digits.size() < 2) return std::nullopt;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + 2, value, 16);
-  if (error != std::errc{} || end != digits.data() + 2) return std::nullopt;
+  if (digits.size() < count) return std::nullopt;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + count, value, base);
+  if (error != std::errc{} || end != digits.data() + count || value > 255) return std::nullopt;
   return char(value);
+}
+
+/// Of \xNN and \NNN: the byte and how many characters stand behind the backslash.
+std::optional<std::pair<char, std::size_t>> numericEscape(std::string_view escape) {
+  if (escape.starts_with('x')) {
+    if (const auto byte = byteOf(escape.substr(1), 2, 16)) return {{*byte, 3}};
+  } else if (const auto byte = byteOf(escape, 3, 8)) {
+    return {{*byte, 3}};
+  }
+  return std::nullopt;
 }
 
 } // namespace
@@ -114,7 +124,7 @@ std::optional<std::vector<std::string>> desktopEntryArguments(std::string_view e
     inArgument = true;
     if (c == '"') {
       inQuotes = !inQuotes;
-    } else if (c == '\\' && inQuotes && i + 1 < line.size()) {
+    } else if (c == '\\' && i + 1 < line.size()) {
       arguments.back() += line[++i];
     } else {
       arguments.back() += c;
@@ -151,9 +161,9 @@ std::optional<std::string> unitProgram(std::string_view execStart) {
     if (quote ? c == quote : c == '"' || c == '\'') {
       quote = quote ? 0 : c;
     } else if (c == '\\' && i + 1 < line.size()) {
-      const auto hex = line[i + 1] == 'x' ? hexEscape(line.substr(i + 2)) : std::nullopt;
-      program += hex ? *hex : line[i + 1] == 's' ? ' ' : line[i + 1];
-      i += hex ? 3 : 1;
+      const auto numeric = numericEscape(line.substr(i + 1));
+      program += numeric ? numeric->first : line[i + 1] == 's' ? ' ' : line[i + 1];
+      i += numeric ? numeric->second : 1;
     } else {
       program += c;
     }
@@ -176,6 +186,26 @@ std::string unitNameEscaped(std::string_view text) {
       escaped += fmt::format("\\x{:02x}", static_cast<unsigned char>(c));
   }
   return escaped;
+}
+
+std::vector<std::string> dropInNames(std::string_view unit) {
+  const auto point = unit.rfind('.');
+  if (point == std::string_view::npos || point == 0) return {};
+  const auto type = unit.substr(point); // ".service"
+  const auto at = std::min(unit.find('@'), point);
+  const auto instance = unit.substr(at, point - at);
+  std::vector<std::string> names{std::string(unit) + ".d"};
+  if (instance.size() > 1) names.push_back(fmt::format("{}@{}.d", unit.substr(0, at), type));
+  // "a-b-c" is also meant by "a-b-" and "a-".
+  auto prefix = unit.substr(0, at);
+  for (auto dash = prefix.rfind('-', prefix.size() - 2); at > 1 && dash != std::string_view::npos;
+       dash = dash == 0 ? std::string_view::npos : prefix.rfind('-', dash - 1))
+    names.push_back(fmt::format("{}{}{}.d", prefix.substr(0, dash + 1), instance.empty() ? "" : "@", type));
+  return names;
+}
+
+std::string dropInNameOfType(std::string_view unit) {
+  return std::string(unit.substr(std::min(unit.rfind('.'), unit.size() - 1) + 1)) + ".d";
 }
 
 std::string autostartUnitName(std::string_view desktopFileName) {

@@ -30,8 +30,8 @@ private:
   std::vector<Assignment> assignments_;
 };
 
-/// Of a desktop entry's Exec: the arguments, unquoted and unescaped, "%%" as "%"; other field codes stay.
-/// Nothing when quotes don't match or there is no program.
+/// Of a desktop entry's Exec: the arguments, unquoted and unescaped (a backslash also outside of quotes),
+/// "%%" as "%"; other field codes stay. Nothing when quotes don't match or there is no program.
 std::optional<std::vector<std::string>> desktopEntryArguments(std::string_view exec);
 
 /// The program of that line; of "env A=b program" the program. Nothing when options of env hide which it is.
@@ -43,6 +43,12 @@ std::optional<std::string> unitProgram(std::string_view execStart);
 
 /// A text as part of a unit's name: everything but ASCII letters, digits, ":", "_" and "." becomes \xNN.
 std::string unitNameEscaped(std::string_view text);
+
+/// The folders of drop-ins that are meant for a unit by its name, the most particular first:
+/// "a-b.service.d", "a-.service.d"; of an instance also those of its template.
+std::vector<std::string> dropInNames(std::string_view unit);
+/// The folder of those for every unit of its type: "service.d".
+std::string dropInNameOfType(std::string_view unit);
 
 /// The service that systemd makes of an autostart entry, by the entry's file name.
 std::string autostartUnitName(std::string_view desktopFileName);

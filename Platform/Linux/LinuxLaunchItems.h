@@ -1,6 +1,6 @@
 #pragma once
-// Autostart entries and systemd services. What is loaded and enabled is asked of systemd over D-Bus;
-// systemctl is started only to stop and disable what is to be removed.
+// Autostart entries and systemd services. What is loaded, enabled, active and really started is asked of
+// systemd over D-Bus; systemctl is started only to stop and disable what is to be removed.
 
 #include "Base/Shell.h"
 #include "Platform/Linux/ServiceManager.h"
@@ -17,10 +17,12 @@ public:
         run_(std::move(run)), buses_(std::move(buses)) {}
 
   LoadedJobs loadedJobs() override;
+  std::map<std::string, EffectiveJob> effective(const std::vector<LaunchJob>& jobs) override;
   Outcome stop(const LaunchJob& job) override;
   void removed(const LaunchJob& job) override;
 
 private:
+  bool isShadowed(const LaunchJob& job) const;
   void systemctl(std::vector<std::string> arguments);
 
   CommandRunner run_;

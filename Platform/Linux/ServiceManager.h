@@ -5,7 +5,9 @@
 #include "Base/Date.h"
 #include "Platform/LaunchItems.h"
 
+#include <map>
 #include <string>
+#include <vector>
 
 namespace korvell {
 
@@ -19,5 +21,11 @@ struct BusAddresses {
 /// Without an answer within `patience` (no bus at the address, no manager on the bus, one that hangs) the
 /// `silence` tells why. Blocks; from any thread.
 ManagedJobs askServiceManager(const std::string& busAddress, Seconds patience);
+
+/// What the manager makes of services, given the paths of their files, with drop-ins and defaults: by the
+/// path. Those that it doesn't have, could not read or did not tell about in time are absent. systemd reads
+/// the file of a service that it had not loaded, which changes nothing. Blocks; from any thread.
+std::map<std::string, EffectiveJob> askAboutServices(const std::string& busAddress,
+                                                     const std::vector<std::string>& paths, Seconds patience);
 
 } // namespace korvell

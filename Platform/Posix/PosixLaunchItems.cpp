@@ -2,10 +2,12 @@
 
 #include "Base/Files.h"
 #include "Base/Text.h"
+#include "Platform/Formats/KeyFile.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <map>
 #include <sys/stat.h>
 
 namespace korvell {
@@ -48,29 +50,82 @@ std::string realFolder(const std::string& folder) {
   return error ? std::string() : real;
 }
 
-std::string dropIns(const std::string& unitPath) {
+/// In the order of their names, whatever folder each is in. Of several of one name the first found counts, an
+/// empty one or a link to nothing too: that is how one is masked.
+std::string dropIns(const std::string& unit, const std::vector<std::string>& searched) {
+  std::map<std::string, std::string> paths; // by name
+  const auto look = [&paths](const std::string& folder) {
+    for (auto& path : entries(folder, ".conf"))
+      paths.try_emplace(path.substr(path.rfind('/') + 1), std::move(path));
+  };
+  const auto names = dropInNames(unit);
+  for (const auto& folder : searched)
+    for (const auto& name : names) look(folder + "/" + name);
+  for (const auto& folder : searched) look(folder + "/" + dropInNameOfType(unit));
   std::string bytes;
-  for (const auto& path : entries(unitPath + ".d", ".conf"))
+  for (const auto& [name, path] : paths)
     if (const auto more = readFile(path, largestFile)) bytes += "\n" + *more;
   return bytes;
+}
+
+std::vector<std::string> below(const std::string& root, std::initializer_list<const char*> folders) {
+  std::vector<std::string> paths;
+  for (const auto* folder : folders) paths.push_back(root + folder);
+  return paths;
+}
+
+/// systemd.unit(5), of the user's manager.
+std::vector<std::string> userUnitFolders(const UserFolders& folders, const std::string& root) {
+  auto searched = below(folders.configHome, {"/systemd/user.control"});
+  const auto add = [&searched](std::vector<std::string> more) {
+    searched.insert(searched.end(), more.begin(), more.end());
+  };
+  const auto runtime = folders.runtime.substr(0, folders.runtime.rfind('/'));
+  const auto addRuntime = [&](std::initializer_list<const char*> names) {
+    if (!runtime.empty()) add(below(runtime + "/systemd", names));
+  };
+  addRuntime({"/user.control", "/transient", "/generator.early"});
+  add(below(folders.configHome, {"/systemd/user"}));
+  add(below(root, {"/etc/xdg/systemd/user", "/etc/systemd/user"}));
+  addRuntime({"/user"});
+  add(below(root, {"/run/systemd/user"}));
+  addRuntime({"/generator"});
+  add(below(folders.dataHome, {"/systemd/user"}));
+  add(below(root, {"/usr/local/share/systemd/user", "/usr/share/systemd/user", "/usr/local/lib/systemd/user",
+                   "/usr/lib/systemd/user"}));
+  addRuntime({"/generator.late"});
+  return searched;
+}
+
+/// Likewise, of the system's.
+std::vector<std::string> systemUnitFolders(const std::string& root) {
+  return below(root, {"/etc/systemd/system.control", "/run/systemd/system.control", "/run/systemd/transient",
+                      "/run/systemd/generator.early", "/etc/systemd/system", "/etc/systemd/system.attached",
+                      "/run/systemd/system", "/run/systemd/system.attached", "/run/systemd/generator",
+                      "/usr/local/lib/systemd/system", "/usr/lib/systemd/system", "/lib/systemd/system",
+                      "/run/systemd/generator.late"});
 }
 
 } // namespace
 
 std::vector<LaunchFolder> macOSLaunchFolders(const UserFolders& folders, const std::string& root) {
   using enum LaunchFormat;
-  return {{LaunchScope::user, propertyList, folders.home + "/Library/LaunchAgents"},
-          {LaunchScope::allUsers, propertyList, root + "/Library/LaunchAgents"},
-          {LaunchScope::system, propertyList, root + "/Library/LaunchDaemons"}};
+  return {{LaunchScope::user, propertyList, folders.home + "/Library/LaunchAgents", {}},
+          {LaunchScope::allUsers, propertyList, root + "/Library/LaunchAgents", {}},
+          {LaunchScope::system, propertyList, root + "/Library/LaunchDaemons", {}}};
 }
 
 std::vector<LaunchFolder> linuxLaunchFolders(const UserFolders& folders, const std::string& root) {
   using enum LaunchFormat;
-  return {{LaunchScope::user, desktopEntry, folders.configHome + "/autostart"},
-          {LaunchScope::user, systemdService, folders.configHome + "/systemd/user"},
-          {LaunchScope::allUsers, desktopEntry, root + "/etc/xdg/autostart"},
-          {LaunchScope::allUsers, systemdService, root + "/etc/systemd/user"},
-          {LaunchScope::system, systemdService, root + "/etc/systemd/system"}};
+  const auto ownEntries = folders.configHome + "/autostart", entries = root + "/etc/xdg/autostart";
+  const auto ownUnits = folders.configHome + "/systemd/user", units = root + "/etc/systemd/user";
+  const std::vector entryFolders{ownEntries, entries};
+  const auto unitFolders = userUnitFolders(folders, root);
+  return {{LaunchScope::user, desktopEntry, ownEntries, entryFolders},
+          {LaunchScope::user, systemdService, ownUnits, unitFolders},
+          {LaunchScope::allUsers, desktopEntry, entries, entryFolders},
+          {LaunchScope::allUsers, systemdService, units, unitFolders},
+          {LaunchScope::system, systemdService, root + "/etc/systemd/system", systemUnitFolders(root)}};
 }
 
 ProgramPlaces macOSProgramPlaces() {
@@ -105,7 +160,8 @@ std::vector<LaunchFile> PosixLaunchItems::files() {
       if (folder.format != LaunchFormat::propertyList && S_ISLNK(status.st_mode)) continue;
       auto bytes = readFile(path, largestFile);
       if (!bytes) continue;
-      if (folder.format == LaunchFormat::systemdService) *bytes += dropIns(path);
+      if (folder.format == LaunchFormat::systemdService)
+        *bytes += dropIns(path.substr(folder.path.size() + 1), folder.searched);
       files.push_back({.scope = folder.scope,
                        .format = folder.format,
                        .path = path,

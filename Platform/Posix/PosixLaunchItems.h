@@ -15,6 +15,9 @@ struct LaunchFolder {
   LaunchScope scope = LaunchScope::user;
   LaunchFormat format = LaunchFormat::propertyList;
   std::string path;
+  /// Where the manager looks for files of these names, what it finds first goes first: this folder and
+  /// others. A service's drop-ins are in all of them.
+  std::vector<std::string> searched;
   bool operator==(const LaunchFolder&) const = default;
 };
 
@@ -32,12 +35,15 @@ public:
   PosixLaunchItems(std::vector<LaunchFolder> folders, ProgramPlaces places)
       : folders_(std::move(folders)), places_(std::move(places)) {}
 
-  /// A service's drop-ins ("name.service.d/*.conf") follow its file in its bytes, as systemd reads them. A
-  /// link is followed in the folders of property lists; in those of Linux it is the enablement, another name
-  /// or the mask of a file that stands elsewhere, and left out.
+  /// A service's drop-ins ("name.service.d/*.conf" and those for its prefix and its type) follow its file in
+  /// its bytes, as systemd reads them. A link is followed in the folders of property lists; in those of Linux
+  /// it is the enablement, another name or the mask of a file that stands elsewhere, and left out.
   std::vector<LaunchFile> files() override;
   bool isMissing(const std::string& path) override;
   const ProgramPlaces& places() const override { return places_; }
+
+protected:
+  const std::vector<LaunchFolder>& folders() const { return folders_; }
 
 private:
   std::vector<LaunchFolder> folders_;

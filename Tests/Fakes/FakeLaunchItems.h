@@ -1,6 +1,6 @@
 #pragma once
 // A world of launch files. `existing` holds the paths of everything that exists; `log` records what was asked
-// to stop and told as removed, in order. What is told as removed is gone.
+// to stop, told as removed and asked of the managers, in order. What is told as removed is gone.
 
 #include "Platform/LaunchItems.h"
 
@@ -10,6 +10,7 @@ class FakeLaunchItems final : public LaunchItems {
 public:
   std::vector<LaunchFile> launchFiles;
   LoadedJobs jobs;
+  std::map<std::string, EffectiveJob> effectiveJobs; ///< by path
   std::set<std::string> existing;
   ProgramPlaces programPlaces{.folders = {"/usr/local/bin", "/usr/bin"},
                               .flatpakRoots = {"/var/lib/flatpak", "/home/me/.local/share/flatpak"}};
@@ -28,6 +29,14 @@ public:
 
   std::vector<LaunchFile> files() override { return launchFiles; }
   LoadedJobs loadedJobs() override { return jobs; }
+  std::map<std::string, EffectiveJob> effective(const std::vector<LaunchJob>& asked) override {
+    std::map<std::string, EffectiveJob> told;
+    for (const auto& job : asked) {
+      log.push_back("asked " + job.label);
+      if (const auto known = effectiveJobs.find(job.path); known != effectiveJobs.end()) told.insert(*known);
+    }
+    return told;
+  }
   bool isMissing(const std::string& path) override { return !existing.contains(path); }
   const ProgramPlaces& places() const override { return programPlaces; }
   Outcome stop(const LaunchJob& job) override {

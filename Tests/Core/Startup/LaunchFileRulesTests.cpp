@@ -12,7 +12,7 @@ struct LaunchFileRulesTests : testing::Test {
   FakeLaunchItems world;
 
   LaunchFileRulesTests() {
-    world.existing = {"/usr/bin/sync", "/usr/bin/flatpak",
+    world.existing = {"/usr/bin/sync", "/usr/bin/flatpak", "/opt/My App/run",
                       "/home/me/.local/share/flatpak/app/org.example.Here"};
   }
   /// Of a file "/files/a.b.c" with these members or lines.
@@ -46,7 +46,14 @@ TEST_F(LaunchFileRulesTests, theProgram) {
       {desktopEntry, "Exec=/usr/bin/flatpak run x\nX-Flatpak=gone", "/var/lib/flatpak/app/gone"},
       {desktopEntry, "Exec=/usr/bin/flatpak\nX-Flatpak=../../etc", "/usr/bin/flatpak"},
 
+      {desktopEntry, R"(Exec=/opt/My\\ App/run --x)", "/opt/My App/run"},
+      {desktopEntry, R"(Exec=/opt/My\sApp/run --x)", "/opt/My App/run"},
+      {desktopEntry, R"(Exec=sync\s--quiet)", "/usr/bin/sync"},
+      {desktopEntry, R"(Exec=/opt/Your\sApp/run)", "/opt/Your"},
+
       {systemdService, "ExecStart=-/opt/one --x\nExecStart=/opt/two", "/opt/one"},
+      {systemdService, "ExecStart=-/opt/one --x\nExecStart=sync", "/usr/bin/sync"},
+      {systemdService, "ExecStart=/opt/one\nExecStart=%h/two", std::nullopt},
       {systemdService, "ExecStart=sync", "/usr/bin/sync"},
       {systemdService, "ExecStart=%h/bin/x", std::nullopt},
       {systemdService, "ExecStart=/opt/100%%/x", "/opt/100%/x"},
@@ -54,6 +61,12 @@ TEST_F(LaunchFileRulesTests, theProgram) {
       {systemdService, "ExecStart=/opt/x\nRootDirectory=/srv/box", std::nullopt},
       {systemdService, "ExecStart=sync\nRootImage=/srv/box.raw", std::nullopt},
       {systemdService, "ExecStart=/opt/x\nRootDirectory=/srv/box\nRootDirectory=", "/opt/x"},
+      {systemdService, "ExecStart=/opt/x\nBindPaths=/srv:/opt", std::nullopt},
+      {systemdService, "ExecStart=/opt/x\nBindReadOnlyPaths=/srv:/opt\nBindReadOnlyPaths=", "/opt/x"},
+      {systemdService, "ExecStart=/opt/x\nExtensionImages=/srv/x.raw\nExtensionImages=/srv/y.raw",
+       std::nullopt},
+      {systemdService, "ExecStart=/opt/x\nExtensionDirectories=/srv/x", std::nullopt},
+      {systemdService, "ExecStart=/opt/x\nMountImages=/srv/x.raw:/opt", std::nullopt},
       {systemdService, "ExecStart=-gone\nExecSearchPath=/opt/own/bin", std::nullopt},
       {systemdService, "ExecStart=/opt/x\nExecSearchPath=/opt/own/bin", "/opt/x"},
   };

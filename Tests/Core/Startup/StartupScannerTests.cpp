@@ -59,6 +59,52 @@ TEST_F(StartupScannerTests, aScopesManagerKnowsBetterThanTheFile) {
               ElementsAre("a.service", "c.service", "my-app.desktop"));
 }
 
+TEST_F(StartupScannerTests, whatItsManagerHasInUseIsNoLeftover) {
+  items.existing = {"/opt/here"};
+  const struct {
+    const char* what;
+    EffectiveJob told;
+    bool isLeftover;
+  } rows[] = {
+      {"it starts nothing that exists", {.programs = {"/opt/gone", "/opt/gone too"}}, true},
+      {"another file goes before it",
+       {.isThisFile = false, .isActive = true, .programs = {"/opt/here"}},
+       true},
+      {"it runs", {.isActive = true, .programs = {"/opt/gone"}}, false},
+      {"a drop-in elsewhere has it start another program", {.programs = {"/opt/gone", "/opt/here"}}, false},
+      {"its programs are in an image", {.looksElsewhere = true, .programs = {"/opt/gone"}}, false},
+      {"it starts nothing", {}, false}};
+  for (const auto& row : rows) {
+    items.launchFiles.clear();
+    items.addUnit(allUsers, "/units/a.service", "/opt/gone");
+    items.effectiveJobs = {{"/units/a.service", row.told}};
+    const auto listed = StartupScanner::scan(items);
+    EXPECT_EQ(listed.front().isLeftover, row.isLeftover) << row.what;
+    EXPECT_EQ(bool(StartupScanner::remove(listed.front(), items, trash)), row.isLeftover) << row.what;
+  }
+  // Only what the manager lists as active tells about an entry.
+  items.launchFiles.clear();
+  addEntry("/autostart/my-app.desktop", "/opt/gone");
+  items.jobs.user.active = {R"(app-my\x2dapp@autostart.service)"};
+  EXPECT_FALSE(StartupScanner::scan(items).front().isLeftover);
+}
+
+TEST_F(StartupScannerTests, managersAreAskedOnceAboutAProgramThatHasGone) {
+  items.existing = {"/opt/a", "/opt/b"};
+  items.addUnit(user, "/units/a.service", "/opt/a");
+  items.addUnit(LaunchScope::system, "/units/b.service", "/opt/b");
+  items.effectiveJobs = {{"/units/a.service", {.isActive = true, .programs = {"/opt/a"}}}};
+  items.jobs.system.silence = "systemd does not run here.";
+  auto listed = StartupScanner::scan(items);
+  EXPECT_FALSE(StartupScanner::refreshLeftovers(listed, items));
+  EXPECT_THAT(items.log, testing::IsEmpty());
+  items.existing = {};
+  EXPECT_TRUE(StartupScanner::refreshLeftovers(listed, items));
+  EXPECT_FALSE(StartupScanner::refreshLeftovers(listed, items));
+  EXPECT_THAT(labels(listed, &StartupItem::isLeftover), ElementsAre("b.service"));
+  EXPECT_THAT(items.log, ElementsAre("asked a.service"));
+}
+
 TEST_F(StartupScannerTests, theJobIsStoppedAndTheFileThatWasReadGoesToTheTrash) {
   addEntry("/a.desktop", "/opt/gone");
   items.addUnit(user, "/units/b.service", "/opt/gone").location = "/real/b.service";
@@ -69,12 +115,13 @@ TEST_F(StartupScannerTests, theJobIsStoppedAndTheFileThatWasReadGoesToTheTrash) 
                         "The disk is full."};
   for (std::size_t i = 0; i < std::size(said); ++i)
     EXPECT_EQ(StartupScanner::remove(listed.at(i), items, trash).reason(), said[i]);
+  std::erase_if(items.log, [](const auto& line) { return line.starts_with("asked "); });
   EXPECT_THAT(items.log, ElementsAre("stop a.desktop", "stop b.service"));
 
   trash = {};
   items.log.clear();
   ASSERT_TRUE(StartupScanner::remove(listed.at(1), items, trash));
-  EXPECT_THAT(items.log, ElementsAre("stop b.service", "removed /units/b.service"));
+  EXPECT_THAT(items.log, ElementsAre("asked b.service", "stop b.service", "removed /units/b.service"));
   EXPECT_THAT(trash.moved, ElementsAre("/real/b.service"));
   EXPECT_EQ(trash.requests.front().picked, (FileIdentity{1, 2}));
 }
@@ -89,6 +136,8 @@ TEST_F(StartupScannerTests, whatIsNoLongerThatLeftoverIsLeftAlone) {
     items = {};
     items.addUnit(user, "/units/a.service", "/opt/gone");
     const auto listed = StartupScanner::scan(items).front();
+    items.jobs.user.silence = "None of these asks.";
+    items.log.clear();
     change();
     const auto outcome = StartupScanner::remove(listed, items, trash);
     ASSERT_FALSE(outcome) << why;

@@ -41,6 +41,7 @@ TEST(KeyFileTests, commandLinesOfDesktopEntries) {
       {R"(sh -c "echo \\"x\\" \\$HOME \\\\")", {{"sh", "-c", R"(echo "x" $HOME \)"}}},
       {R"(a\sb)", {{"a", "b"}}},
       {"rate 100%%", {{"rate", "100%"}}},
+      {R"(/opt/My\\ App/run x\\\\y)", {{"/opt/My App/run", R"(x\y)"}}},
       {R"("")", {}},
       {R"("/opt/unclosed)", {}},
       {"", {}},
@@ -59,6 +60,7 @@ TEST(KeyFileTests, programsOfUnits) {
       {R"("/opt/My App/run" x)", "/opt/My App/run"},
       {R"('/opt/My App/run' x)", "/opt/My App/run"},
       {R"(/opt/My\x20App/r\sun\\ x)", R"(/opt/My App/r un\)"},
+      {R"(/opt/My\040App/\08)", "/opt/My App/08"},
       {R"(/opt/\xZZ)", "/opt/xZZ"},
       {"%h/bin/one", "%h/bin/one"},
       {R"("/opt/unclosed)", std::nullopt},
@@ -66,6 +68,18 @@ TEST(KeyFileTests, programsOfUnits) {
       {"", std::nullopt},
   };
   for (const auto& [execStart, expected] : rows) EXPECT_EQ(unitProgram(execStart), expected) << execStart;
+}
+
+TEST(KeyFileTests, dropInsOfAUnit) {
+  const std::pair<const char*, std::vector<std::string>> rows[] = {
+      {"a.service", {"a.service.d"}},
+      {"a-b-c.service", {"a-b-c.service.d", "a-b-.service.d", "a-.service.d"}},
+      {"a-.service", {"a-.service.d"}},
+      {"a-b@.service", {"a-b@.service.d", "a-@.service.d"}},
+      {"a@b-c.service", {"a@b-c.service.d", "a@.service.d"}},
+      {"none", {}}};
+  for (const auto& [unit, names] : rows) EXPECT_EQ(dropInNames(unit), names) << unit;
+  EXPECT_EQ(dropInNameOfType("a.b.service"), "service.d");
 }
 
 TEST(KeyFileTests, namesInsideUnitNames) {

@@ -16,8 +16,10 @@ using testing::IsEmpty;
 class LaunchItemsTests : public testing::Test {
 protected:
   TemporaryFolder disk;
-  UserFolders folders{
-      .home = disk / "home/me", .dataHome = disk / "home/me/data", .configHome = disk / "home/me/config"};
+  UserFolders folders{.home = disk / "home/me",
+                      .runtime = disk / "run/user/1/korvell",
+                      .dataHome = disk / "home/me/data",
+                      .configHome = disk / "home/me/config"};
   std::vector<std::string> commands;
   LinuxLaunchItems items{folders,
                          [this](const std::string& path, const std::vector<std::string>& arguments,
@@ -78,6 +80,26 @@ TEST_F(LaunchItemsTests, onlyRegularFilesOfASensibleSize) {
   EXPECT_THAT(paths(), IsEmpty());
 }
 
+TEST_F(LaunchItemsTests, dropInsOfEveryFolderFollowTheirService) {
+  disk.write("etc/systemd/user/a-b.service", "file");
+  const std::pair<const char*, const char*> written[] = {
+      {"home/me/data/systemd/user/a-b.service.d/10.conf", "own data"},
+      {"run/systemd/user/a-.service.d/15.conf", "prefix"},
+      {"etc/systemd/user/a-b.service.d/20.conf", "etc"},
+      {"usr/lib/systemd/user/a-b.service.d/20.conf", "hidden by etc"},
+      {"run/user/1/systemd/user.control/service.d/30.conf", "type, after those by name"},
+      {"etc/systemd/user/a-.service.d/30.conf", "prefix before type"},
+      {"usr/lib/systemd/user/service.d/40.conf", "type"},
+      {"usr/lib/systemd/user/a-b.service.d/50.conf", "masked"},
+      {"etc/systemd/system/a-b.service.d/60.conf", "another manager's"},
+      {"etc/systemd/user/b-.service.d/60.conf", "another unit's"}};
+  for (const auto& [path, text] : written) disk.write(path, text);
+  std::filesystem::create_symlink("/dev/null", disk / "etc/systemd/user/a-b.service.d/50.conf");
+  const auto bytes = items.files().front().bytes;
+  EXPECT_EQ(bytes.substr(0, bytes.find_last_not_of('\n') + 1),
+            "file\nown data\nprefix\netc\nprefix before type\ntype");
+}
+
 TEST_F(LaunchItemsTests, dropInsFollowTheirService) {
   disk.write("etc/systemd/system/a.service", "[Service]\nExecStart=/one");
   disk.write("etc/systemd/system/a.service.d/20.conf", "[Service]\nRestart=no\n");
@@ -129,6 +151,24 @@ TEST_F(LaunchItemsTests, jobsAreStoppedByTheirManager) {
                           "systemctl --no-ask-password --system disable --now -- -a.service",
                           "systemctl --no-ask-password --system daemon-reload",
                           R"(systemctl --no-ask-password --user stop -- app-my\x2dapp@autostart.service)"));
+}
+
+TEST_F(LaunchItemsTests, theJobOfAFileThatGoesBeforeIsLeftAlone) {
+  const LaunchJob unit{LaunchScope::allUsers, disk / "etc/systemd/user/foo.service", "foo.service"};
+  const LaunchJob entry{LaunchScope::allUsers, disk / "etc/xdg/autostart/foo.desktop", "foo.desktop"};
+  disk.write("etc/systemd/user/foo.service", "");
+  disk.write("etc/xdg/autostart/foo.desktop", "");
+  disk.write("run/systemd/user/foo.service", ""); // goes after it
+  EXPECT_TRUE(items.stop(unit) && items.stop(entry));
+  EXPECT_EQ(commands.size(), 3u) << "nothing goes before them";
+  commands.clear();
+  disk.write("home/me/config/systemd/user/foo.service", "");
+  disk.write("home/me/config/autostart/foo.desktop", "");
+  EXPECT_TRUE(items.stop(unit) && items.stop(entry));
+  EXPECT_THAT(commands, IsEmpty());
+  EXPECT_TRUE(
+      items.stop({LaunchScope::user, disk / "home/me/config/systemd/user/foo.service", "foo.service"}));
+  EXPECT_EQ(commands.size(), 1u) << "the user's own";
 }
 
 TEST_F(LaunchItemsTests, aFileThatMayNotBeRemovedKeepsItsJob) {

@@ -13,7 +13,7 @@ using testing::ElementsAre;
 using testing::Pair;
 
 struct Unit {
-  const char *name, *loadState;
+  const char *name, *loadState, *activeState = "active", *subState = "running";
 };
 struct UnitFile {
   const char *path, *state;
@@ -38,9 +38,9 @@ int answer(sd_bus_message* call, const std::vector<Unit>& units, const std::vect
   sd_bus_message_new_method_return(call, &reply);
   if (sd_bus_message_is_method_call(call, nullptr, "ListUnitsByPatterns")) {
     sd_bus_message_open_container(reply, 'a', "(ssssssouso)");
-    for (const auto& [name, loadState] : units)
-      sd_bus_message_append(reply, "(ssssssouso)", name, "A description", loadState, "active", "running", "",
-                            "/unit", 0u, "", "/");
+    for (const auto& unit : units)
+      sd_bus_message_append(reply, "(ssssssouso)", unit.name, "A description", unit.loadState,
+                            unit.activeState, unit.subState, "", "/unit", 0u, "", "/");
   } else {
     sd_bus_message_open_container(reply, 'a', "(ss)");
     for (const auto& [file, state] : files) sd_bus_message_append(reply, "(ss)", file, state);
@@ -60,21 +60,83 @@ TEST_F(ServiceManagerTests, whatIsLoadedAndWhatIsEnabled) {
     asksForServices &=
         sd_bus_message_read(call, "s", &pattern) > 0 && pattern == std::string_view("*.service");
     startsNobody &= sd_bus_message_get_auto_start(call) == 0;
-    return answer(
-        call,
-        {{"a.service", "loaded"}, {"b.service", "not-found"}, {"app-x\\x2dy@autostart.service", "loaded"}},
-        {{"/etc/systemd/user/a.service", "enabled"},
-         {"/run/systemd/user/r.service", "enabled-runtime"},
-         {"/etc/systemd/user/m.service", "masked"},
-         {"/etc/systemd/user/d.service", "disabled"}});
+    return answer(call,
+                  {{"a.service", "loaded"},
+                   {"b.service", "not-found", "inactive", "dead"},
+                   {"c.service", "loaded", "activating", "auto-restart"},
+                   {"app-x\\x2dy@autostart.service", "loaded", "active", "exited"}},
+                  {{"/etc/systemd/user/a.service", "enabled"},
+                   {"/run/systemd/user/r.service", "enabled-runtime"},
+                   {"/etc/systemd/user/m.service", "masked"},
+                   {"/etc/systemd/user/d.service", "disabled"}});
   });
   const auto jobs = askServiceManager(bus.address(), Seconds{20});
   EXPECT_EQ(jobs.silence, "");
-  EXPECT_THAT(jobs.loaded, ElementsAre("a.service", "app-x\\x2dy@autostart.service"));
+  EXPECT_THAT(jobs.loaded, ElementsAre("a.service", "app-x\\x2dy@autostart.service", "c.service"));
+  EXPECT_THAT(jobs.active, ElementsAre("a.service", "app-x\\x2dy@.service", "app-x\\x2dy@autostart.service"));
   EXPECT_THAT(jobs.enabled, ElementsAre(Pair("a.service", true), Pair("d.service", false),
                                         Pair("m.service", false), Pair("r.service", true)));
   EXPECT_TRUE(asksForServices);
   EXPECT_TRUE(startsNobody);
+}
+
+/// As systemd's documentation describes the properties of a unit and a service; some of them.
+int answerAboutUnit(sd_bus_message* call, const std::string& fragment, const char* activeState,
+                    const std::vector<const char*>& programs, const char* image, bool binds) {
+  const char* argument = "";
+  sd_bus_message_read(call, "s", &argument);
+  if (sd_bus_message_is_method_call(call, nullptr, "LoadUnit")) {
+    if (argument == std::string_view("gone.service"))
+      return sd_bus_reply_method_errorf(call, "org.freedesktop.systemd1.NoSuchUnit", "not there");
+    return sd_bus_reply_method_return(call, "o", "/org/freedesktop/systemd1/unit/a_2eservice");
+  }
+  sd_bus_message* reply = nullptr;
+  sd_bus_message_new_method_return(call, &reply);
+  sd_bus_message_open_container(reply, 'a', "{sv}");
+  if (argument == std::string_view("org.freedesktop.systemd1.Unit")) {
+    sd_bus_message_append(reply, "{sv}{sv}{sv}{sv}{sv}", "Id", "s", "a.service", "LoadState", "s", "loaded",
+                          "FragmentPath", "s", fragment.c_str(), "ActiveState", "s", activeState, "Requires",
+                          "as", 1, "x.target");
+  } else {
+    sd_bus_message_append(reply, "{sv}{sv}", "MainPID", "u", 7u, "RootImage", "s", image);
+    sd_bus_message_append(reply, "{sv}", "BindPaths", "a(ssbt)", int(binds), "/a", "/b", 0, std::uint64_t(0));
+    sd_bus_message_open_container(reply, 'e', "sv");
+    sd_bus_message_append(reply, "s", "ExecStart");
+    sd_bus_message_open_container(reply, 'v', "a(sasbttttuii)");
+    sd_bus_message_open_container(reply, 'a', "(sasbttttuii)");
+    constexpr std::uint64_t never = 0;
+    for (const auto* program : programs)
+      sd_bus_message_append(reply, "(sasbttttuii)", program, 2, program, "-x", 1, never, never, never, never,
+                            0u, 0, 0);
+    for (int i = 0; i < 3; ++i) sd_bus_message_close_container(reply);
+    sd_bus_message_append(reply, "{sv}", "ExtensionDirectories", "as", 0);
+  }
+  sd_bus_message_close_container(reply);
+  sd_bus_send(nullptr, reply, nullptr);
+  sd_bus_message_unref(reply);
+  return 1;
+}
+
+TEST_F(ServiceManagerTests, whatTheManagerMakesOfAService) {
+  folder.write("a.service", "");
+  folder.write("other/a.service", "");
+  const auto unit = folder / "a.service", other = folder / "other/a.service";
+  const auto told = [&](const std::string& fragment, const char* activeState,
+                        const std::vector<const char*>& programs, const char* image = "",
+                        bool binds = false) {
+    const FakeBus bus(path, [=](sd_bus_message* call) {
+      return answerAboutUnit(call, fragment, activeState, programs, image, binds);
+    });
+    const auto jobs = askAboutServices(bus.address(), {folder / "gone.service", unit}, Seconds{20});
+    EXPECT_EQ(jobs.size(), 1u);
+    return jobs.contains(unit) ? jobs.at(unit) : EffectiveJob{};
+  };
+  EXPECT_EQ(told(unit, "active", {"/opt/one", "/opt/two"}),
+            (EffectiveJob{.isActive = true, .programs = {"/opt/one", "/opt/two"}}));
+  EXPECT_EQ(told(other, "inactive", {}), (EffectiveJob{.isThisFile = false}));
+  EXPECT_EQ(told(unit, "failed", {}, "/srv/x.raw"), (EffectiveJob{.looksElsewhere = true}));
+  EXPECT_EQ(told(unit, "failed", {}, "", true), (EffectiveJob{.looksElsewhere = true}));
+  EXPECT_TRUE(askAboutServices("", {unit}, Seconds{20}).empty());
 }
 
 TEST_F(ServiceManagerTests, aSilenceHasAReason) {
