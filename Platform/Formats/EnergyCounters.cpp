@@ -17,4 +17,15 @@ std::uint64_t microjoulesBetween(const std::map<int, EnergyCounter>& previous,
   return sum;
 }
 
+std::vector<std::uint64_t> energyShares(std::uint64_t energy, std::span<const std::uint64_t> cpuTimes) {
+  std::vector<std::uint64_t> shares(cpuTimes.size());
+  double total = 0;
+  for (const auto time : cpuTimes) total += static_cast<double>(time);
+  if (total <= 0) return shares;
+  for (std::size_t i = 0; i < shares.size(); ++i)
+    shares[i] =
+        static_cast<std::uint64_t>(static_cast<double>(energy) * static_cast<double>(cpuTimes[i]) / total);
+  return shares;
+}
+
 } // namespace korvell

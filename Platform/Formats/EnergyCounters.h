@@ -5,6 +5,8 @@
 
 #include <cstdint>
 #include <map>
+#include <span>
+#include <vector>
 
 namespace korvell {
 
@@ -12,5 +14,9 @@ namespace korvell {
 /// end; one whose end is unknown counts for nothing then.
 std::uint64_t microjoulesBetween(const std::map<int, EnergyCounter>& previous,
                                  const std::map<int, EnergyCounter>& now);
+
+/// Energy shared out by CPU time: what each part gets, in the unit of `energy`. Nothing to anybody when
+/// nobody used any. What rounding leaves over is nobody's.
+std::vector<std::uint64_t> energyShares(std::uint64_t energy, std::span<const std::uint64_t> cpuTimes);
 
 } // namespace korvell

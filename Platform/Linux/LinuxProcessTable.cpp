@@ -5,7 +5,6 @@
 #include "Platform/Formats/ProcessName.h"
 
 #include <algorithm>
-#include <cmath>
 #include <ctime>
 #include <limits>
 #include <unistd.h>
@@ -16,12 +15,6 @@ namespace {
 
 using Access = ProcDirectory::Access;
 
-/// Time in which the rotation comes round: so that with a cycle every 10 s no reading is older than 30.
-constexpr double rotationSeconds = 20;
-/// Change of the machine's anonymous memory, as a share of it, after which every process is read again.
-constexpr double unexplainedShare = 0.01;
-/// How often all processes' descriptors may be walked for the sake of sockets that those that ran don't hold.
-constexpr Seconds fullScanInterval{6};
 /// Beyond that many threads a process that reaped a child shows no storage traffic in that cycle.
 constexpr std::int64_t maximumThreadsRead = 512;
 
@@ -251,43 +244,13 @@ void LinuxProcessTable::readAnonymousMemory() {
   anonymous_ = parseAnonymousMemory(proc_.read("meminfo").text);
 }
 
-/// Bytes of the machine's anonymous memory that no process shows. Forks that share memory make it negative;
-/// only its change matters.
-double LinuxProcessTable::unexplainedMemory() const {
-  auto unexplained = static_cast<double>(anonymous_->resident + anonymous_->swapped);
-  for (const auto& counters : counters_) unexplained -= static_cast<double>(counters.footprint);
-  return unexplained;
-}
-
 void LinuxProcessTable::readMemoryOfSleepers(Seconds interval) {
-  const auto readAgain = [this](std::size_t i) {
+  for (const auto i : sleepers_.due(counters_, anonymous_, interval)) {
     const auto& state = states_[i];
     if (!state.moved && !state.kernelThread && !state.zombie && !state.statDenied)
       readMemory(counters_[i], state);
-  };
-  const auto count = counters_.size();
-  const bool firstCycle = !lastRead_;
-  const auto limit =
-      anonymous_ ? unexplainedShare * static_cast<double>(anonymous_->resident + anonymous_->swapped) : 0;
-  if (anonymous_ && !firstCycle && std::abs(unexplainedMemory() - unexplainedBefore_) > limit) {
-    for (std::size_t i = 0; i < count; ++i) readAgain(i);
-    unexplainedBefore_ = unexplainedMemory();
-    return;
   }
-  if (firstCycle) {
-    if (anonymous_) unexplainedBefore_ = unexplainedMemory();
-    return;
-  }
-  const auto share = std::min(1.0, interval.count() / rotationSeconds);
-  auto next = std::upper_bound(counters_.begin(), counters_.end(), rotation_,
-                               [](ProcessID pid, const ProcessCounters& c) { return pid < c.pid; });
-  for (auto left = static_cast<std::size_t>(std::ceil(share * static_cast<double>(count))); left > 0;
-       --left) {
-    if (next == counters_.end()) next = counters_.begin();
-    readAgain(static_cast<std::size_t>(next - counters_.begin()));
-    rotation_ = next->pid;
-    ++next;
-  }
+  sleepers_.settle(counters_, anonymous_);
 }
 
 void LinuxProcessTable::updateSockets(Seconds now) {
@@ -300,25 +263,16 @@ void LinuxProcessTable::updateSockets(Seconds now) {
     std::erase_if(alive_, [this](const SocketRecord& record) { return record.user != sources_.user; });
   for (const auto pid : ended_) ledger_.forget(pid);
   ledger_.update(alive_, closed_);
-  findHolders(now);
+  ledger_.findHolders(now, [this](SocketLedger::Walk walk) { scanDescriptors(walk); });
   for (auto& counters : counters_) counters.network = ledger_.total(counters.pid);
 }
 
-void LinuxProcessTable::findHolders(Seconds now) {
-  if (ledger_.wanted().empty()) return;
-  scanDescriptors(true);
-  ledger_.settle();
-  if (ledger_.wanted().empty() || now - lastFullScan_ < fullScanInterval) return;
-  lastFullScan_ = now;
-  scanDescriptors(false);
-  ledger_.giveUp();
-}
-
-void LinuxProcessTable::scanDescriptors(bool ofThoseThatMoved) {
+void LinuxProcessTable::scanDescriptors(SocketLedger::Walk walk) {
   constexpr std::string_view prefix = "socket:[";
   for (std::size_t i = 0; i < counters_.size() && !ledger_.wanted().empty(); ++i) {
     auto& state = states_[i];
-    if (state.moved != ofThoseThatMoved || state.kernelThread || state.zombie || state.descriptorsDenied)
+    if (state.moved != (walk == SocketLedger::Walk::thoseThatRan) || state.kernelThread || state.zombie ||
+        state.descriptorsDenied)
       continue;
     const auto pid = counters_[i].pid;
     const auto access = proc_.numbers(pid, "fd", numbers_);
@@ -337,14 +291,12 @@ void LinuxProcessTable::scanDescriptors(bool ofThoseThatMoved) {
 void LinuxProcessTable::shareEnergy() {
   if (!energy_.isReadable()) return;
   auto packages = energy_.read(reader_);
-  const double used = static_cast<double>(microjoulesBetween(packages_, packages)) * 1000; // nanojoules
+  const auto used = microjoulesBetween(packages_, packages) * 1000; // nanojoules
   packages_ = std::move(packages);
-  double total = 0;
-  for (const auto& state : states_) total += static_cast<double>(state.cpuAdvance);
-  if (total <= 0) return;
-  for (std::size_t i = 0; i < counters_.size(); ++i)
-    counters_[i].energy +=
-        static_cast<std::uint64_t>(used * static_cast<double>(states_[i].cpuAdvance) / total);
+  advances_.clear();
+  for (const auto& state : states_) advances_.push_back(state.cpuAdvance);
+  const auto shares = energyShares(used, advances_);
+  for (std::size_t i = 0; i < counters_.size(); ++i) counters_[i].energy += shares[i];
 }
 
 PortsByPID LinuxProcessTable::listeningPorts() {

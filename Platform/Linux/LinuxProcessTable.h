@@ -11,9 +11,11 @@
 // all at once when the machine's anonymous memory moved by 1 % more than the processes that ran explain
 // (memory can be changed from outside); its parent, when the one it had has ended; its sockets' bytes always.
 
+#include "Platform/Formats/SleepingMemory.h"
+#include "Platform/Formats/SocketLedger.h"
 #include "Platform/Linux/PackageEnergy.h"
 #include "Platform/Linux/ProcDirectory.h"
-#include "Platform/Linux/SocketLedger.h"
+#include "Platform/Linux/SocketDiag.h"
 #include "Platform/Linux/StorageAdvance.h"
 #include "Platform/ProcessTable.h"
 
@@ -85,10 +87,8 @@ private:
   void readParentsOfOrphans();
   void readAnonymousMemory();
   void readMemoryOfSleepers(Seconds interval);
-  double unexplainedMemory() const;
   void updateSockets(Seconds now);
-  void findHolders(Seconds now);
-  void scanDescriptors(bool ofThoseThatMoved);
+  void scanDescriptors(SocketLedger::Walk walk);
   void shareEnergy();
 
   Sources sources_;
@@ -96,6 +96,7 @@ private:
   FileReader reader_;
   PackageEnergy energy_;
   std::map<int, EnergyCounter> packages_; ///< as they were last read
+  std::vector<std::uint64_t> advances_;   ///< CPU time in this cycle, in step with the counters
   SocketLedger ledger_;
   std::vector<ProcessCounters> counters_, nextCounters_; ///< by ascending id, states_ in step
   std::vector<State> states_, nextStates_;
@@ -103,10 +104,8 @@ private:
   std::vector<SocketRecord> alive_, closed_;
   std::vector<int> numbers_;
   std::optional<AnonymousMemory> anonymous_;
-  double unexplainedBefore_ = 0; ///< bytes, when all memory was last read
-  ProcessID rotation_ = 0;       ///< last process whose turn it was
+  SleepingMemory sleepers_;
   std::optional<Seconds> lastRead_;
-  Seconds lastFullScan_{-1e9};
 };
 
 } // namespace korvell

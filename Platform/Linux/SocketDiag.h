@@ -6,26 +6,13 @@
 // sock_diag's own: 0.15 ms with 262,144 hash buckets where one request a family takes 0.4 ms.
 
 #include "Base/Descriptor.h"
+#include "Platform/Formats/SocketLedger.h"
 
-#include <array>
 #include <cstdint>
 #include <span>
 #include <vector>
 
 namespace korvell {
-
-struct SocketRecord {
-  std::uint64_t cookie = 0; ///< unique while the machine runs
-  std::uint32_t inode = 0;  ///< as in /proc/PID/fd; 0 once no descriptor refers to it
-  std::uint32_t user = 0;
-  bool listening = false;
-  std::uint16_t localPort = 0;
-  std::uint16_t remotePort = 0;
-  std::array<std::uint8_t, 16> remoteAddress{};
-  std::uint64_t received = 0; ///< bytes of payload
-  std::uint64_t sent = 0;     ///< bytes that the other side has acknowledged
-  bool operator==(const SocketRecord&) const = default;
-};
 
 /// Appends the records of one datagram of diagnostics. False when it was the last one or an error.
 bool parseSocketDiag(std::span<const std::uint8_t> datagram, std::vector<SocketRecord>& into);

@@ -7,18 +7,36 @@
 // never showed its inode; it is its holder's whose listening port it was accepted on, or who held another
 // connection of the same user to the same remote port before, and else nobody's.
 
-#include "Platform/Linux/SocketDiag.h"
 #include "Platform/ProcessTable.h"
 
+#include <array>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <unordered_map>
 #include <vector>
 
 namespace korvell {
 
+struct SocketRecord {
+  std::uint64_t cookie = 0; ///< unique while the machine runs
+  std::uint32_t inode = 0;  ///< as behind a descriptor; 0 once none refers to it
+  std::uint32_t user = 0;
+  bool listening = false;
+  std::uint16_t localPort = 0;
+  std::uint16_t remotePort = 0;
+  std::array<std::uint8_t, 16> remoteAddress{};
+  std::uint64_t received = 0; ///< bytes of payload
+  std::uint64_t sent = 0;     ///< bytes that the other side has acknowledged
+  bool operator==(const SocketRecord&) const = default;
+};
+
 class SocketLedger {
 public:
+  /// How often all processes' descriptors may be walked for the sake of sockets that those that ran don't
+  /// hold.
+  static constexpr Seconds fullScanInterval{6};
+
   /// Takes in one cycle: the sockets that are there now, and those that closed since the last cycle. The
   /// living must have been listed first: otherwise one that closes in between is on neither list.
   void update(std::span<const SocketRecord> alive, std::span<const SocketRecord> closed);
@@ -32,6 +50,12 @@ public:
   void settle();
   /// Nobody was found for what is still wanted: leaves it alone for a while.
   void giveUp();
+
+  /// Looks for the holders of what is wanted: `scan` walks the descriptors of the processes that ran, or else
+  /// of all others, while anything is wanted, and calls assign() for each socket. The others seldom: a socket
+  /// is mostly held by who made it just now.
+  enum class Walk { thoseThatRan, allOthers };
+  void findHolders(Seconds now, const std::function<void(Walk)>& scan);
 
   ByteCounters total(ProcessID pid) const;
   /// The process has ended: its sockets are looked for anew with whoever else holds them.
@@ -70,6 +94,7 @@ private:
   std::unordered_map<std::uint16_t, ProcessID> listeners_; ///< by port, rebuilt every cycle
   std::unordered_map<Peer, ProcessID, PeerHash> peers_;
   std::uint32_t cycle_ = 0;
+  Seconds lastFullScan_{-1e9};
 };
 
 } // namespace korvell

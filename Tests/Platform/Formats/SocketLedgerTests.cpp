@@ -1,4 +1,4 @@
-#include "Platform/Linux/SocketLedger.h"
+#include "Platform/Formats/SocketLedger.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -124,30 +124,30 @@ TEST_F(SocketLedgerTests, whatNobodyHoldsIsLookedForLessAndLessOften) {
   EXPECT_THAT(ledger.wanted(), IsEmpty());
 }
 
-TEST(SocketDiagTests, damagedDatagramsAreRefused) {
-  // One message of 72 + 16 bytes: header, inet_diag_msg, no attributes.
-  std::vector<std::uint8_t> datagram(88);
-  datagram[0] = 88;
-  datagram[4] = 20;                         // SOCK_DIAG_BY_FAMILY
-  datagram[16] = 2;                         // AF_INET
-  datagram[17] = 10;                        // listening
-  datagram[20] = 0x1f, datagram[21] = 0x90; // port 8080, in network order
-  datagram[84] = 99;                        // inode
-  Records records;
-  EXPECT_TRUE(parseSocketDiag(datagram, records));
-  ASSERT_EQ(records.size(), 1u);
-  EXPECT_EQ(records[0].localPort, 8080);
-  EXPECT_EQ(records[0].inode, 99u);
-  EXPECT_TRUE(records[0].listening);
-  for (std::size_t length = 1; length < 88; ++length) {
-    Records none;
-    parseSocketDiag(std::span(datagram).first(length), none);
-    EXPECT_THAT(none, IsEmpty()) << length;
-  }
-  datagram[0] = 20; // a message too short for what it should carry
-  records.clear();
-  parseSocketDiag(std::span(datagram).first(20), records);
-  EXPECT_THAT(records, IsEmpty());
+TEST_F(SocketLedgerTests, othersAreWalkedSeldomAndOnlyForWhatThoseThatRanDoNotHold) {
+  using Walk = SocketLedger::Walk;
+  std::vector<Walk> walks;
+  const auto find = [&](double now, ProcessID ran, ProcessID others = 0) {
+    walks.clear();
+    ledger.findHolders(Seconds{now}, [&](Walk walk) {
+      walks.push_back(walk);
+      if (const auto pid = walk == Walk::thoseThatRan ? ran : others) ledger.assign(10, pid);
+    });
+    return walks;
+  };
+  EXPECT_THAT(find(0, 7), IsEmpty()) << "nothing is wanted";
+  cycle({connection(1, 0, 0)});
+  EXPECT_EQ(find(1, 7), (std::vector{Walk::thoseThatRan}));
+  const std::vector both{Walk::thoseThatRan, Walk::allOthers};
+  ledger.forget(7);
+  cycle({connection(1, 0, 0)});
+  EXPECT_EQ(find(2, 0, 8), both);
+  ledger.forget(8);
+  cycle({connection(1, 0, 0)});
+  EXPECT_EQ(find(7.9, 0, 8), (std::vector{Walk::thoseThatRan})) << "all others were walked six seconds ago";
+  EXPECT_EQ(find(8, 0), both);
+  cycle({connection(1, 0, 0)});
+  EXPECT_THAT(find(20, 7), IsEmpty()) << "given up for a while";
 }
 
 } // namespace

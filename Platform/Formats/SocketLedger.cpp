@@ -1,4 +1,4 @@
-#include "Platform/Linux/SocketLedger.h"
+#include "Platform/Formats/SocketLedger.h"
 
 #include "Base/Record.h"
 
@@ -115,6 +115,16 @@ void SocketLedger::giveUp() {
     socket.lookAgain = cycle_ + socket.patience;
   }
   wanted_.clear();
+}
+
+void SocketLedger::findHolders(Seconds now, const std::function<void(Walk)>& scan) {
+  if (wanted_.empty()) return;
+  scan(Walk::thoseThatRan);
+  settle();
+  if (wanted_.empty() || now - lastFullScan_ < fullScanInterval) return;
+  lastFullScan_ = now;
+  scan(Walk::allOthers);
+  giveUp();
 }
 
 ByteCounters SocketLedger::total(ProcessID pid) const {
