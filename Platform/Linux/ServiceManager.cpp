@@ -6,7 +6,7 @@
 
 #include <algorithm>
 #include <array>
-#include <functional>
+#include <optional>
 #include <poll.h>
 #include <string_view>
 #include <sys/stat.h>
@@ -194,8 +194,8 @@ std::vector<std::string> programsOf(sd_bus_message* reply) {
 }
 
 bool isSameFile(const std::string& a, const std::string& b) {
-  struct stat first {
-  }, second{};
+  struct stat first {};
+  struct stat second {};
   return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 && first.st_dev == second.st_dev &&
          first.st_ino == second.st_ino;
 }
