@@ -95,4 +95,9 @@ bool replaceFile(const std::string& path, std::string_view bytes) {
   return true;
 }
 
+bool isInside(std::string_view path, std::string_view folder) {
+  if (folder == "/") return path.starts_with('/');
+  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
 } // namespace korvell

@@ -21,4 +21,7 @@ std::string followedLinks(const std::string& path);
 /// is replaced. The file has mode 0600. False when that can't be done; the old file is untouched then.
 [[nodiscard]] bool replaceFile(const std::string& path, std::string_view bytes);
 
+/// True when a path is a folder or lies below it, as the two texts say.
+bool isInside(std::string_view path, std::string_view folder);
+
 } // namespace korvell

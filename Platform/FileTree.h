@@ -2,11 +2,14 @@
 // Files and folders as they lie on the disk: what is there, what it takes, and removing it for good.
 //
 // Paths are absolute and may hold any bytes. No call follows a symbolic link that a path ends in, and none
-// goes into a file system other than the one that its starting point is on. From any thread; calls may take
-// as long as the disk does. What can't be read is skipped.
+// goes from its starting point into something that is mounted below, be it another file system or another
+// place of the same one; on Linux such a place is not even touched. From any thread; calls may take as long
+// as the disk does. What can't be read is skipped.
 
 #include "Base/Cancellation.h"
 #include "Base/Date.h"
+#include "Base/Result.h"
+#include "Platform/MountedPlaces.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -25,7 +28,13 @@ struct FileIdentity {
   bool operator==(const FileIdentity&) const = default;
 };
 
-enum class FileKind { regular, folder, link, other };
+enum class FileKind {
+  regular,
+  folder,
+  link,
+  other,
+  mountPoint, ///< a folder on which something is mounted: only in listings, which don't look at it
+};
 
 struct FileInfo {
   FileKind kind = FileKind::other;
@@ -33,8 +42,8 @@ struct FileInfo {
   std::int64_t allocated = 0; ///< bytes on the disk of the object itself, not its length
   std::uint64_t links = 1;    ///< names that the object has
   Date modified;              ///< its content
-  /// When it came into its folder: the system's own record on macOS; on Linux, which keeps none, the later of
-  /// its two changes, because moving a file in counts as one.
+  /// When it came into its folder, which macOS records; elsewhere when its content was last modified. (The
+  /// change of its status would make everything new that was restored, moved or given another owner.)
   Date added;
 };
 
@@ -51,9 +60,18 @@ struct FolderListing {
   std::vector<FolderEntry> entries; ///< in the order of their names' bytes
 };
 
+/// What became of an entry that was to be removed.
+struct Removal {
+  Outcome outcome = success(); ///< why something of it remains
+  std::int64_t freed = 0;      ///< allocated bytes of the files that this call removed the last name of
+};
+
 class FileTree {
 public:
   virtual ~FileTree() = default;
+
+  /// Everything that is mounted, as the system lists it: none of it is touched. Empty when it can't be told.
+  virtual std::vector<MountedPlace> mounts() = 0;
 
   /// The path with every link before its last part resolved; nothing when that folder does not exist.
   virtual std::optional<std::string> located(const std::string& path) = 0;
@@ -74,11 +92,12 @@ public:
                                            const std::vector<std::string_view>& ignored, Date enough,
                                            const Cancellation& cancellation) = 0;
 
-  /// Removes entries directly inside a folder for good, each with all that is below it, and tells for how
-  /// many nothing remained. Works from open folders, so that nothing outside of `folder` is reached even when
+  /// Removes entries directly inside a folder for good, each with all that is below it. One outcome for each
+  /// name, in order. Works from open folders, so that nothing outside of `folder` is reached even when
   /// entries are links or are exchanged meanwhile; a `folder` with a link anywhere in its path is refused,
-  /// and so are names that are no plain names. Goes on after an entry that can't be removed.
-  virtual std::size_t remove(const std::string& folder, const std::vector<std::string>& names) = 0;
+  /// and so are names that are no plain names. Goes on after what can't be removed. Folders of the user's own
+  /// that their mode keeps closed are opened first.
+  virtual std::vector<Removal> remove(const std::string& folder, const std::vector<std::string>& names) = 0;
 };
 
 } // namespace korvell

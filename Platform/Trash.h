@@ -20,7 +20,7 @@ struct TrashRequest {
   std::optional<FileIdentity> picked;
 };
 
-/// One of the folders that make up the Trash: the user's own and those of other volumes.
+/// One of the folders that make up the Trash: the user's own and, on Linux, those of other volumes.
 struct TrashFolder {
   std::string entries; ///< what is in it lies directly in this folder
   /// Where the system keeps a record of each entry, named as the entry with `recordSuffix`; empty where it
@@ -34,9 +34,10 @@ class Trash {
 public:
   virtual ~Trash() = default;
   /// Moves each path into the Trash of its volume, never by copying. One outcome for each request, in order;
-  /// what can't be moved stays where it is, whole.
+  /// what can't be moved stays where it is, whole. What holds a mount can't be.
   virtual std::vector<Outcome> move(const std::vector<TrashRequest>& requests) = 0;
-  /// The folders of the Trash that exist, the user's own first (also when it may not be read).
+  /// The folders of the Trash that exist, the user's own first (also when it may not be read), and on Linux
+  /// all others that `move` uses.
   virtual std::vector<TrashFolder> folders() = 0;
 };
 

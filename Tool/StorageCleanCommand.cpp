@@ -22,7 +22,22 @@ struct Picked {
   std::string refusal; ///< why nothing is done; empty when there is no reason
 };
 
-Picked pick(const StorageScanResult& result, const std::vector<std::string>& named) {
+/// Adds the item that was named, as a path or as the list of items shows it. One that several are shown as
+/// names none of them.
+void pickNamed(const std::string& name, const std::vector<std::string>& known, const std::string& home,
+               Picked& picked) {
+  std::vector<std::string> meant;
+  std::ranges::copy_if(known, std::back_inserter(meant),
+                       [&](const std::string& id) { return id == name || shownItem(id, home) == name; });
+  if (meant.size() == 1)
+    picked.ids.push_back(meant.front());
+  else if (meant.empty())
+    picked.refusal = localized("there is no such item any more: {id}; nothing was done", {{"id", name}});
+  else
+    picked.refusal = localized("several items are shown as {id}; nothing was done", {{"id", name}});
+}
+
+Picked pick(const StorageScanResult& result, const std::vector<std::string>& named, const std::string& home) {
   Picked picked;
   std::vector<std::string> known;
   for (const auto& category : result.categories)
@@ -36,10 +51,8 @@ Picked pick(const StorageScanResult& result, const std::vector<std::string>& nam
           localized("items to keep unless you are sure must be named with --item; nothing was done");
     return picked;
   }
-  picked.ids = named;
-  for (const auto& id : named)
-    if (std::ranges::find(known, id) == known.end())
-      picked.refusal = localized("there is no such item any more: {id}; nothing was done", {{"id", id}});
+  picked.ids.clear();
+  for (const auto& name : named) pickNamed(name, known, home, picked);
   return picked;
 }
 
@@ -52,9 +65,10 @@ std::vector<std::string> preview(const CleanupPlan::Step& step, Host& host) {
       for (const auto& path : item.urls) lines.push_back(localized("move to the Trash: ") + path);
     break;
   case StorageAction::Type::emptyTrash:
-    for (const auto& folder : host.trash->folders())
-      for (const auto& entry : host.fileTree->list(folder.entries).entries)
-        lines.push_back(localized("delete permanently: ") + folder.entries + "/" + entry.name);
+    for (const auto& item : step.items)
+      for (const auto& folder : item.urls)
+        for (const auto& entry : host.fileTree->list(folder).entries)
+          lines.push_back(localized("delete permanently: ") + folder + "/" + entry.name);
     break;
   case StorageAction::Type::command: {
     auto line = localized("run: ") + step.action.path;
@@ -127,17 +141,25 @@ int carryOut(Context& context, const Arguments& arguments, const PendingCleanup&
   return freed == FreedBytes{} ? exitFailed : exitOK;
 }
 
+/// With the notes, which may tell why.
+int nothingFound(Context& context, const StorageScanResult& result) {
+  for (const auto& category : result.categories)
+    if (category.note)
+      context.err.line("korvell: " + escapedControls(title(category.kind) + ": " + *category.note));
+  return fail(context, localized("nothing of that kind was found"));
+}
+
 } // namespace
 
 int runStorageClean(Context& context, const Arguments& arguments) {
   const auto scan = makeStorageScan(context.host, context.clock);
   const auto result = measureStorage(context, *scan, storageKinds(arguments));
-  const auto picked = pick(result, arguments.list("--item"));
+  const auto picked = pick(result, arguments.list("--item"), scan->locations().home);
   if (!picked.refusal.empty()) return fail(context, escapedControls(picked.refusal));
 
   const auto pending = PendingCleanup::of(result, picked.ids, scan->locations().home);
   const auto plan = CleanupPlan::of(result, pending.items);
-  if (plan.empty()) return fail(context, localized("nothing of that kind was found"));
+  if (plan.empty()) return nothingFound(context, result);
   if (arguments.flag("--dry-run")) return dryRun(context, arguments, pending, plan);
 
   if (!confirmed(context, arguments, question(context, pending))) return exitFailed;

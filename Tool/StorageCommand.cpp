@@ -44,6 +44,10 @@ StorageScanResult measureStorage(Context& context, const StorageScan& scan,
   return result;
 }
 
+std::string shownItem(const std::string& id, const std::string& home) {
+  return escapedControls(tildePath(id, home));
+}
+
 namespace {
 
 std::string sizeText(std::int64_t bytes) { return Format::bytes(double(bytes)); }
@@ -55,7 +59,7 @@ Ink ink(StorageSafety safety) {
 }
 
 void printWrapped(Terminal& out, std::string_view text) {
-  for (const auto& line : wrapped(text, std::min(out.columns(), widestSummary)))
+  for (const auto& line : wrapped(escapedControls(text), std::min(out.columns(), widestSummary)))
     out.line(out.ink(Ink::dim, line));
 }
 
@@ -104,7 +108,7 @@ void printItems(Terminal& out, const StorageScanResult& result, const std::strin
     for (const auto& item : category.items) {
       auto size = sizeText(item.bytes);
       size.insert(0, sizeWidth - std::min(sizeWidth, size.size()), ' ');
-      const auto name = escapedControls(tildePath(item.id, home));
+      const auto name = shownItem(item.id, home);
       const auto detail = item.id.starts_with('/') ? "" : "  " + item.title + "  " + item.detail.value_or("");
       const auto date = item.date ? "  " + dayText(localDay(zone, *item.date)) : "";
       out.line("  " + size + "  " + name + out.ink(Ink::dim, detail + date));

@@ -17,6 +17,9 @@ std::vector<StorageKind> storageKinds(const Arguments& arguments);
 StorageScanResult measureStorage(Context& context, const StorageScan& scan,
                                  const std::vector<StorageKind>& kinds);
 
+/// An item's id as the list of items shows it.
+std::string shownItem(const std::string& id, const std::string& home);
+
 int runStorageClean(Context& context, const Arguments& arguments);
 
 } // namespace korvell

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <fmt/ranges.h>
 
 namespace korvell {
 
@@ -30,8 +31,20 @@ bool PendingCleanup::isPermanent() const {
 std::string PendingCleanup::title() const {
   std::int64_t bytes = 0;
   for (const auto& item : items) bytes = checkedSum(bytes, item.bytes);
+  if (bytes == 0) return titleWithoutSize();
   return localized(isPermanent() ? "Free {size}?" : "Move {size} to the Trash?",
                    {{"size", Format::bytes(double(bytes))}});
+}
+
+std::string PendingCleanup::titleWithoutSize() const {
+  const auto count = std::to_string(items.size());
+  if (!isPermanent())
+    return items.size() == 1 ? localized("Move 1 item to the Trash?")
+                             : localized("Move {count} items to the Trash?", {{"count", count}});
+  if (categories.size() > 1) return localized("Clean up {count} items?", {{"count", count}});
+  const auto& action = categories.front().action;
+  if (action.type == StorageAction::Type::emptyTrash) return localized("Empty the Trash?");
+  return localized("Run \"{command}\"?", {{"command", commandLine(action)}});
 }
 
 std::string PendingCleanup::button() const {
@@ -50,8 +63,7 @@ std::string PendingCleanup::message() const {
 std::string PendingCleanup::paragraph(const StorageCategory& category) const {
   using Type = StorageAction::Type;
   if (category.action.type == Type::trash) return trashParagraph(category.kind);
-  if (category.action.type == Type::emptyTrash)
-    return localized("Permanently deletes everything in your Trash (~/.Trash). This cannot be undone.");
+  if (category.action.type == Type::emptyTrash) return emptyTrashParagraph(category);
 
   const auto line = commandLine(category.action);
   const StorageItem* item = category.items.empty() ? nullptr : &category.items.front();
@@ -75,6 +87,14 @@ std::string PendingCleanup::paragraph(const StorageCategory& category) const {
   default:
     return localized("Runs \"{command}\". This cannot be undone.", {{"command", line}});
   }
+}
+
+std::string PendingCleanup::emptyTrashParagraph(const StorageCategory& category) const {
+  std::vector<std::string> folders;
+  for (const auto& item : category.items)
+    for (const auto& folder : item.urls) folders.push_back(tildePath(folder, home));
+  return localized("Permanently deletes everything in your Trash ({folders}). This cannot be undone.",
+                   {{"folders", fmt::format("{}", fmt::join(folders, ", "))}});
 }
 
 std::string PendingCleanup::trashParagraph(StorageKind kind) const {

@@ -21,12 +21,15 @@ struct PendingCleanup {
 
   /// True when something is removed for good.
   bool isPermanent() const;
+  /// With the size, or without one where that is nothing: hard-linked files, what a program can't tell.
   std::string title() const;
   std::string button() const;
   /// A paragraph for each category, with an empty line in between.
   std::string message() const;
 
 private:
+  std::string titleWithoutSize() const;
+  std::string emptyTrashParagraph(const StorageCategory& category) const;
   std::string paragraph(const StorageCategory& category) const;
   std::string trashParagraph(StorageKind kind) const;
 };

@@ -4,6 +4,7 @@
 #include "Core/Storage/StorageScan.h"
 
 #include <algorithm>
+#include <fmt/ranges.h>
 #include <set>
 
 namespace korvell {
@@ -49,7 +50,13 @@ std::int64_t bytesLeft(const StorageCategory& before, const StorageCategory& now
 CleanupOutcome carryOut(const CleanupPlan& plan, const StorageWork& work) {
   CleanupOutcome outcome;
   for (const auto& step : plan.steps) {
-    std::ranges::move(work.perform(step.action, step.items), std::back_inserter(outcome.problems));
+    const bool isCommand = step.action.type == StorageAction::Type::command;
+    const auto kind = step.items.front().kind;
+    const auto begun = isCommand ? work.measure(kind, {}) : std::nullopt;
+    auto report = work.perform(step.action, step.items);
+    if (isCommand) report.done[kind].bytes = begun ? begun->bytes : 0;
+    outcome.done.merge(report.done);
+    std::ranges::move(report.problems, std::back_inserter(outcome.problems));
     if (step.action.type != StorageAction::Type::emptyTrash) continue;
     // Counted now, before the next step moves something into the Trash.
     const auto trash = work.measure(StorageKind::trash, {});
@@ -66,26 +73,54 @@ CleanupOutcome carryOut(const CleanupPlan& plan, const StorageWork& work) {
 FreedBytes freedBytes(const CleanupPlan& plan, const CleanupOutcome& outcome) {
   FreedBytes freed;
   for (const auto& [kind, before] : plan.before) {
-    auto& sum = before.action.type == StorageAction::Type::trash        ? freed.moved
-                : before.action.type == StorageAction::Type::emptyTrash ? freed.emptied
-                                                                        : freed.commands;
-    const auto after = outcome.after.find(kind);
-    sum = checkedSum(
-        sum, std::max<std::int64_t>(0, before.bytes - (after == outcome.after.end() ? 0 : after->second)));
+    const auto found = outcome.done.find(kind);
+    const auto done = found == outcome.done.end() ? ActionReport::Done{} : found->second;
+    const auto measured = outcome.after.find(kind);
+    const auto after = measured == outcome.after.end() ? 0 : measured->second;
+    const auto lost = [&](std::int64_t start) { return std::max<std::int64_t>(0, start - after); };
+    switch (before.action.type) {
+    case StorageAction::Type::trash:
+      freed.moved = checkedSum(freed.moved, std::min(lost(before.bytes), done.bytes));
+      freed.itemsMoved += done.count;
+      break;
+    case StorageAction::Type::emptyTrash:
+      freed.emptied = checkedSum(freed.emptied, std::min(lost(before.bytes), done.bytes));
+      freed.entriesRemoved += done.count;
+      break;
+    case StorageAction::Type::command:
+      freed.commands = checkedSum(freed.commands, lost(std::min(before.bytes, done.bytes)));
+      freed.commandsRun += done.count;
+    }
   }
   return freed;
 }
 
+namespace {
+
+std::string counted(std::size_t count, const char* one, const char* several) {
+  return count == 1 ? localized(one) : localized(several, {{"count", std::to_string(count)}});
+}
+
+} // namespace
+
 std::string FreedBytes::feedback() const {
+  std::vector<std::string> sentences;
   const auto gone = checkedSum(commands, emptied);
-  std::string text;
-  if (gone >= 1) text = localized("Freed {size}.", {{"size", Format::bytes(double(gone))}});
-  if (moved >= 1) {
-    if (!text.empty()) text += ' ';
-    text += localized("Moved {size} to the Trash. Empty the Trash to get the space back.",
-                      {{"size", Format::bytes(double(moved))}});
-  }
-  return text.empty() ? localized("Nothing changed. The files may be in use or protected.") : text;
+  if (gone >= 1)
+    sentences.push_back(localized("Freed {size}.", {{"size", Format::bytes(double(gone))}}));
+  else if (entriesRemoved > 0)
+    sentences.push_back(
+        counted(entriesRemoved, "Removed 1 item from the Trash.", "Removed {count} items from the Trash."));
+  else if (commandsRun > 0)
+    sentences.push_back(localized("The command ran, but nothing that can be measured was freed."));
+  if (moved >= 1)
+    sentences.push_back(localized("Moved {size} to the Trash. Empty the Trash to get the space back.",
+                                  {{"size", Format::bytes(double(moved))}}));
+  else if (itemsMoved > 0)
+    sentences.push_back(
+        counted(itemsMoved, "Moved 1 item to the Trash.", "Moved {count} items to the Trash."));
+  if (sentences.empty()) return localized("Nothing changed. The files may be in use or protected.");
+  return fmt::format("{}", fmt::join(sentences, " "));
 }
 
 StorageScanResult merged(StorageScanResult result, const CleanupPlan& plan, const CleanupOutcome& outcome) {

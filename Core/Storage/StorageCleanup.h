@@ -17,8 +17,7 @@ class StorageScan;
 /// The slow half of the storage clean-up, as the scanner asks for it on its work queue.
 struct StorageWork {
   std::function<std::optional<StorageCategory>(StorageKind, const Cancellation&)> measure;
-  /// Returns sentences about what could not be done.
-  std::function<std::vector<std::string>(const StorageAction&, const std::vector<StorageItem>&)> perform;
+  std::function<ActionReport(const StorageAction&, const std::vector<StorageItem>&)> perform;
   /// The system asks the user before some folders are read.
   bool asksForAccess = false;
 };
@@ -44,17 +43,21 @@ struct CleanupPlan {
 struct CleanupOutcome {
   std::vector<StorageCategory> rescanned; ///< of the cleaned kinds, those that still hold something
   std::map<StorageKind, std::int64_t> after;
+  std::map<StorageKind, ActionReport::Done> done; ///< of a command: `bytes` when it began
   std::vector<std::string> problems;
 };
 
 /// Performs the steps and measures the cleaned kinds again.
 CleanupOutcome carryOut(const CleanupPlan& plan, const StorageWork& work);
 
-/// Bytes, by the way in which they were freed.
+/// Bytes, by the way in which they were freed, and how much was done that may have freed none.
 struct FreedBytes {
   std::int64_t moved = 0; ///< to the Trash
   std::int64_t emptied = 0;
   std::int64_t commands = 0;
+  std::size_t itemsMoved = 0;
+  std::size_t entriesRemoved = 0; ///< from the Trash
+  std::size_t commandsRun = 0;    ///< that succeeded
 
   /// What the log keeps. What was emptied was logged when it was moved to the Trash.
   std::int64_t logged() const { return checkedSum(moved, commands); }
@@ -63,7 +66,8 @@ struct FreedBytes {
   bool operator==(const FreedBytes&) const = default;
 };
 
-/// A kind that grew meanwhile freed nothing.
+/// What a kind lost, but no more than this clean-up itself moved or removed: another one may have been at
+/// work at the same time. A kind that grew meanwhile freed nothing.
 FreedBytes freedBytes(const CleanupPlan& plan, const CleanupOutcome& outcome);
 
 /// The result with the cleaned kinds' categories replaced, in the order of the kinds.

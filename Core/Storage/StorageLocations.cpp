@@ -86,10 +86,12 @@ StorageLocations macOSStorageLocations(const UserFolders& folders) {
   locations.downloads = folders.home + "/Downloads";
   locations.systemCachePrefix = "com.apple";
   locations.hiddenFolders = {"Library"};
-  locations.packageExtensions = {".app",       ".bundle",      ".framework",     ".kext",     ".mpkg",
-                                 ".pkg",       ".playground",  ".plugin",        ".rtfd",     ".xcarchive",
-                                 ".xcodeproj", ".xcworkspace", ".photoslibrary", ".key",      ".pages",
-                                 ".numbers",   ".band",        ".logicx",        ".fcpbundle"};
+  locations.packageExtensions = {
+      ".app",       ".bundle",      ".framework",     ".kext",         ".mpkg",
+      ".pkg",       ".playground",  ".plugin",        ".rtfd",         ".xcarchive",
+      ".xcodeproj", ".xcworkspace", ".photoslibrary", ".key",          ".pages",
+      ".numbers",   ".band",        ".logicx",        ".fcpbundle",    ".pvm",
+      ".macvm",     ".vmwarevm",    ".utm",           ".sparsebundle", ".backupbundle"};
   locations.asksForAccess = true;
   return locations;
 }
@@ -105,11 +107,6 @@ StorageLocations linuxStorageLocations(const UserFolders& folders, std::string_v
   locations.downloads =
       downloads && !isInside(folders.home, *downloads) ? *downloads : folders.home + "/Downloads";
   return locations;
-}
-
-bool isInside(std::string_view path, std::string_view folder) {
-  if (folder == "/") return path.starts_with('/');
-  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
 }
 
 } // namespace korvell

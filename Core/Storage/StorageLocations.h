@@ -2,6 +2,7 @@
 // Where each kind's files are, as one table for macOS and one for Linux. Both are compiled everywhere; main
 // picks the one of its system.
 
+#include "Base/Files.h"
 #include "Base/UserFolders.h"
 #include "Core/Storage/StorageKind.h"
 
@@ -39,8 +40,5 @@ struct StorageLocations {
 StorageLocations macOSStorageLocations(const UserFolders& folders);
 /// `userDirs` is the text of user-dirs.dirs, which names the downloads folder; empty where there is none.
 StorageLocations linuxStorageLocations(const UserFolders& folders, std::string_view userDirs);
-
-/// True when a path is a folder or lies below it.
-bool isInside(std::string_view path, std::string_view folder);
 
 } // namespace korvell

@@ -7,6 +7,7 @@
 #include "Platform/FileTree.h"
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <tuple>
@@ -78,6 +79,16 @@ struct StorageCategory {
   std::optional<std::string> note; ///< shown under the items, or in their place
 
   bool operator==(const StorageCategory&) const = default;
+};
+
+/// What became of an action.
+struct ActionReport {
+  struct Done {
+    std::size_t count = 0;  ///< items moved, entries removed or programs that succeeded
+    std::int64_t bytes = 0; ///< of what was moved or removed
+  };
+  std::map<StorageKind, Done> done;  ///< what this action itself did, and nobody else meanwhile
+  std::vector<std::string> problems; ///< sentences about what could not be done
 };
 
 struct StorageScanResult {

@@ -1,5 +1,7 @@
 #include "Core/Storage/StorageScan.h"
 
+#include "Core/Storage/StorageMounts.h"
+
 #include <algorithm>
 
 namespace korvell {
@@ -37,6 +39,13 @@ StorageScan::StorageScan(StorageLocations locations, FileTree& files, Trash& tra
     : locations_(std::move(locations)), files_(files), trash_(trash), run_(std::move(run)), clock_(clock) {}
 
 std::optional<StorageCategory> StorageScan::scan(StorageKind kind, const Cancellation& cancellation) const {
+  const auto mounts = files_.mounts();
+  auto reachable = *this;
+  reachable.locations_ = withoutBlocked(locations_, mounts);
+  return withMounts(reachable.measure(kind, cancellation), kind, locations_, mounts);
+}
+
+StorageScan::Found StorageScan::measure(StorageKind kind, const Cancellation& cancellation) const {
   const auto* rule = std::ranges::find(rules, kind, &Rule::kind);
   return rule == std::end(rules) ? packageCaches(kind, cancellation) : (this->*rule->measure)(cancellation);
 }
@@ -176,7 +185,9 @@ StorageScan::Found StorageScan::trash(const Cancellation& cancellation) const {
 }
 
 UserFolders resolvedFolders(UserFolders folders, FileTree& files) {
+  const auto mounts = files.mounts();
   const auto resolve = [&](std::string& folder) {
+    if (isBlocked(folder, folders.home, mounts)) return; // resolving looks at it
     const std::string entry = "/entry";
     if (const auto located = files.located(folder + entry))
       folder = located->size() > entry.size() ? located->substr(0, located->size() - entry.size()) : "/";

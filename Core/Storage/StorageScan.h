@@ -42,16 +42,19 @@ public:
   /// The first that exists and may be run.
   std::optional<std::string> executable(const std::vector<std::string>& candidates) const;
 
-  /// Carries out one action for these items; sentences about what could not be done.
-  std::vector<std::string> perform(const StorageAction& action, const std::vector<StorageItem>& items) const;
-  /// Removes for good those of the paths that lie directly in the folder; the others are left alone.
-  void removeItems(const std::vector<std::string>& paths, const std::string& folder) const;
+  /// Carries out one action for these items.
+  ActionReport perform(const StorageAction& action, const std::vector<StorageItem>& items) const;
+  /// Removes for good those of the paths that lie directly in the folder, and tells what became of each; the
+  /// others are left alone.
+  std::vector<std::pair<std::string, Removal>> removeItems(const std::vector<std::string>& paths,
+                                                           const std::string& folder) const;
 
 private:
   using Found = std::optional<StorageCategory>;
   struct Rule;
   static const Rule rules[];
 
+  Found measure(StorageKind kind, const Cancellation& cancellation) const;
   Found packageCaches(StorageKind kind, const Cancellation& cancellation) const;
   Found derivedData(const Cancellation& cancellation) const;
   Found deviceSupport(const Cancellation& cancellation) const;
@@ -79,8 +82,9 @@ private:
   std::optional<std::string> output(const std::string& program, const std::vector<std::string>& arguments,
                                     Seconds timeout) const;
   std::string brewCache(const std::string& brew) const;
-  std::vector<std::string> moveToTrash(const std::vector<StorageItem>& items) const;
-  void empty(const TrashFolder& folder) const;
+  ActionReport moveToTrash(const std::vector<StorageItem>& items) const;
+  ActionReport emptyTrash(const std::vector<StorageItem>& items) const;
+  void empty(const TrashFolder& folder, ActionReport& report) const;
 
   StorageLocations locations_;
   FileTree& files_;
@@ -89,7 +93,8 @@ private:
   const Clock& clock_;
 };
 
-/// The user's folders with every link resolved, so that what is found in them has one path only.
+/// The user's folders with every link resolved, so that what is found in them has one path only. Those that
+/// can't be looked at without waiting for a server stay as they are.
 UserFolders resolvedFolders(UserFolders folders, FileTree& files);
 
 } // namespace korvell

@@ -2,6 +2,7 @@
 
 #include "Core/Storage/StorageScan.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <set>
 
@@ -20,56 +21,100 @@ constexpr Seconds youngRecord{60};
 
 } // namespace
 
-std::vector<std::string> StorageScan::perform(const StorageAction& action,
-                                              const std::vector<StorageItem>& items) const {
+ActionReport StorageScan::perform(const StorageAction& action, const std::vector<StorageItem>& items) const {
   switch (action.type) {
   case StorageAction::Type::trash:
     return moveToTrash(items);
   case StorageAction::Type::emptyTrash:
-    for (const auto& folder : trash_.folders()) empty(folder);
-    return {};
+    return emptyTrash(items);
   case StorageAction::Type::command:
     break;
   }
+  ActionReport report;
   const auto result = run_(action.path, action.arguments, action.timeout);
   const bool failed = !result || result->timedOut || result->exitStatus != 0;
-  if (!failed) return {};
-  return {localized("{command} did not succeed.", {{"command", commandLine(action)}})};
+  if (failed)
+    report.problems.push_back(localized("{command} did not succeed.", {{"command", commandLine(action)}}));
+  else
+    for (const auto& item : items) ++report.done[item.kind].count;
+  return report;
 }
 
-std::vector<std::string> StorageScan::moveToTrash(const std::vector<StorageItem>& items) const {
+ActionReport StorageScan::moveToTrash(const std::vector<StorageItem>& items) const {
   std::vector<TrashRequest> requests;
+  std::vector<const StorageItem*> owners; // of each request
   for (const auto& item : items)
-    for (std::size_t i = 0; i < item.urls.size() && i < item.identities.size(); ++i)
+    for (std::size_t i = 0; i < item.urls.size() && i < item.identities.size(); ++i) {
       requests.push_back({item.urls[i], item.identities[i]});
+      owners.push_back(&item);
+    }
   const auto outcomes = trash_.move(requests);
-  std::vector<std::string> problems;
-  for (std::size_t i = 0; i < outcomes.size(); ++i)
-    if (!outcomes[i])
-      problems.push_back(tildePath(requests[i].path, locations_.home) + ": " + outcomes[i].reason());
-  return problems;
+  ActionReport report;
+  for (std::size_t i = 0; i < outcomes.size(); ++i) {
+    if (!outcomes[i]) {
+      report.problems.push_back(tildePath(requests[i].path, locations_.home) + ": " + outcomes[i].reason());
+      continue;
+    }
+    auto& done = report.done[owners[i]->kind];
+    ++done.count;
+    done.bytes = checkedSum(done.bytes, owners[i]->bytes);
+  }
+  return report;
 }
 
-void StorageScan::removeItems(const std::vector<std::string>& paths, const std::string& folder) const {
+std::vector<std::pair<std::string, Removal>> StorageScan::removeItems(const std::vector<std::string>& paths,
+                                                                      const std::string& folder) const {
   const std::filesystem::path home = standardized(folder);
   std::vector<std::string> names;
   for (const auto& path : paths) {
     const std::filesystem::path standard = standardized(path);
     if (standard.parent_path() == home && standard != home) names.push_back(standard.filename().string());
   }
-  files_.remove(home.string(), names);
+  const auto removals = files_.remove(home.string(), names);
+  std::vector<std::pair<std::string, Removal>> results;
+  for (std::size_t i = 0; i < removals.size(); ++i)
+    results.emplace_back((home / names[i]).string(), removals[i]);
+  return results;
 }
 
-void StorageScan::empty(const TrashFolder& folder) const {
+ActionReport StorageScan::emptyTrash(const std::vector<StorageItem>& items) const {
+  ActionReport report;
+  const auto isPicked = [&](const TrashFolder& folder) {
+    return std::ranges::any_of(items, [&](const StorageItem& item) {
+      return std::ranges::find(item.urls, folder.entries) != item.urls.end();
+    });
+  };
+  // One that has come since the scan, with a disk, was not named in the question.
+  for (const auto& folder : trash_.folders())
+    if (isPicked(folder)) empty(folder, report);
+  return report;
+}
+
+void StorageScan::empty(const TrashFolder& folder, ActionReport& report) const {
   const bool hasRecords = !folder.records.empty();
   const auto records = hasRecords ? files_.list(folder.records) : FolderListing{};
+  const auto mounts = files_.mounts();
+  const auto tell = [&](const std::string& path, const std::string& reason) {
+    report.problems.push_back(tildePath(path, locations_.home) + ": " + reason);
+  };
   std::vector<std::string> entries;
   std::set<std::string> names;
   for (const auto& entry : files_.list(folder.entries).entries) {
-    entries.push_back(folder.entries + "/" + entry.name);
+    const auto path = folder.entries + "/" + entry.name;
     names.insert(entry.name);
+    if (const auto* mount = mountInside(path, mounts))
+      tell(path, refusal(*mount));
+    else
+      entries.push_back(path);
   }
-  removeItems(entries, folder.entries);
+  auto& done = report.done[StorageKind::trash];
+  for (const auto& [path, removal] : removeItems(entries, folder.entries)) {
+    done.bytes = checkedSum(done.bytes, removal.freed);
+    if (removal.outcome)
+      ++done.count;
+    else
+      tell(path, removal.outcome.reason());
+  }
 
   // The records of what is gone, and old ones of what was never there.
   std::vector<std::string> obsolete;

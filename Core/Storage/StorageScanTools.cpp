@@ -2,6 +2,7 @@
 
 #include "Base/Format.h"
 #include "Base/Text.h"
+#include "Core/Storage/StorageMounts.h"
 #include "Core/Storage/StorageScan.h"
 #include "Core/Storage/ToolOutput.h"
 
@@ -49,7 +50,8 @@ std::string StorageScan::brewCache(const std::string& brew) const {
   std::string folder(lines.empty() ? std::string_view() : trimmed(lines.front()));
   while (folder.size() > 1 && folder.ends_with('/')) folder.pop_back();
   // Whatever is no folder, and one that holds the home folder, is no cache.
-  const auto info = folder.starts_with('/') ? files_.info(folder) : std::nullopt;
+  const bool askable = folder.starts_with('/') && !isBlocked(folder, locations_.home, files_.mounts());
+  const auto info = askable ? files_.info(folder) : std::nullopt;
   const bool sound = info && info->kind == FileKind::folder && !isInside(locations_.home, folder);
   return sound ? folder : locations_.brewCache;
 }

@@ -1,5 +1,6 @@
 #include "Platform/Formats/MountTable.h"
 
+#include "Base/Files.h"
 #include "Base/Text.h"
 #include "Platform/Formats/TextScanner.h"
 
@@ -51,10 +52,6 @@ constexpr std::string_view plumbing[] = {"/boot",
                                          "/var/lib/kubelet",
                                          "/var/lib/flatpak"};
 
-bool isAtOrBelow(std::string_view path, std::string_view folder) {
-  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
-}
-
 bool hasDevice(const Mount& mount) {
   return mount.source.starts_with("/dev/") || contains(poolTypes, mount.type);
 }
@@ -63,14 +60,16 @@ bool hasDevice(const Mount& mount) {
 bool mayBlock(const Mount& mount) { return !hasDevice(mount) && !contains(pseudoTypes, mount.type); }
 
 bool isPlumbing(std::string_view path) {
-  if (isAtOrBelow(path, "/run") && !isAtOrBelow(path, "/run/media")) return true;
+  if (isInside(path, "/run") && !isInside(path, "/run/media")) return true;
   if (path.find("/.") != std::string_view::npos) return true;
-  return std::ranges::any_of(plumbing, [&](std::string_view folder) { return isAtOrBelow(path, folder); });
+  return std::ranges::any_of(plumbing, [&](std::string_view folder) { return isInside(path, folder); });
 }
 
-bool isBehindServer(std::string_view path, const std::vector<Mount>& table) {
+/// True below a mount that may block, but for those that hold `trusted`.
+bool isBehindServer(std::string_view path, const std::vector<Mount>& table, std::string_view trusted = "") {
   return std::ranges::any_of(table, [&](const Mount& mount) {
-    return mount.mountPoint != "/" && mayBlock(mount) && isAtOrBelow(path, mount.mountPoint);
+    return mount.mountPoint != "/" && mayBlock(mount) && isInside(path, mount.mountPoint) &&
+           !isInside(trusted, mount.mountPoint);
   });
 }
 
@@ -126,12 +125,20 @@ std::vector<Mount> volumesWorthShowing(const std::vector<Mount>& table) {
   return shown;
 }
 
-std::vector<Mount> mountsForFiles(const std::vector<Mount>& table) {
+std::vector<MountedPlace> mountedPlaces(const std::vector<Mount>& table) {
+  std::vector<MountedPlace> places;
+  for (const auto& mount : table) places.push_back({mount.mountPoint, mayBlock(mount)});
+  return places;
+}
+
+std::vector<Mount> mountsForFiles(const std::vector<Mount>& table, std::string_view home) {
   std::vector<Mount> mounts;
   for (const auto& mount : table) {
-    if (contains(imageTypes, mount.type)) continue;
-    if ((hasDevice(mount) || mount.type == "tmpfs") && !isBehindServer(mount.mountPoint, table))
-      mounts.push_back(mount);
+    const bool isOverlay = mount.type == "overlay" && !isPlumbing(mount.mountPoint);
+    if (contains(imageTypes, mount.type) && !isOverlay) continue;
+    const bool keepsFiles = hasDevice(mount) || isOverlay || mount.type == "tmpfs" ||
+                            (mayBlock(mount) && isInside(home, mount.mountPoint));
+    if (keepsFiles && !isBehindServer(mount.mountPoint, table, home)) mounts.push_back(mount);
   }
   return mounts;
 }
@@ -139,8 +146,7 @@ std::vector<Mount> mountsForFiles(const std::vector<Mount>& table) {
 std::string mountPointOf(std::string_view path, const std::vector<Mount>& table) {
   std::string_view found = "/";
   for (const auto& mount : table)
-    if (mount.mountPoint.size() > found.size() && isAtOrBelow(path, mount.mountPoint))
-      found = mount.mountPoint;
+    if (mount.mountPoint.size() > found.size() && isInside(path, mount.mountPoint)) found = mount.mountPoint;
   return std::string(found);
 }
 

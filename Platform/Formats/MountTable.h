@@ -1,6 +1,9 @@
 #pragma once
 // The mount table of Linux (/proc/self/mountinfo), and which of its entries are volumes worth showing.
 
+#include "Platform/MountedPlaces.h"
+
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,6 +18,9 @@ struct Mount {
   bool operator==(const Mount&) const = default;
 };
 
+/// Far more than any machine has.
+inline constexpr std::size_t largestMountTable = 16 << 20;
+
 /// In the file's order, which is the order of mounting. Lines that are not understood are left out.
 std::vector<Mount> parseMountInfo(std::string_view text);
 
@@ -24,9 +30,13 @@ std::vector<Mount> parseMountInfo(std::string_view text);
 /// blocks. For the same reason nothing is shown that lies on or below such a mount.
 std::vector<Mount> volumesWorthShowing(const std::vector<Mount>& table);
 
-/// The mounts that may hold a Trash of their own: every place of every device and file systems in memory too,
-/// also where they are out of sight (a cache folder of its own). Neither images nor what may block.
-std::vector<Mount> mountsForFiles(const std::vector<Mount>& table);
+/// What the table says about each place, in its order.
+std::vector<MountedPlace> mountedPlaces(const std::vector<Mount>& table);
+
+/// The mounts that may hold a Trash of their own: every place of every device, file systems in memory and
+/// overlays too, also where they are out of sight (a cache folder of its own). Neither images, nor the roots
+/// of containers and the like, nor what may block, unless `home` lies on it too: then everything would.
+std::vector<Mount> mountsForFiles(const std::vector<Mount>& table, std::string_view home);
 
 /// Where the file system of a path begins: the mount point that it lies on or below, "/" when there is none.
 /// The path has no links in it.

@@ -1,8 +1,10 @@
 #pragma once
-// Folders read with getdents64 into one large buffer, and statx asked for nothing but what a size takes.
+// Folders read with getdents64 into one large buffer, statx asked for nothing but what a size takes, and
+// mounts told apart by their numbers.
 // Saves about a tenth of the processor time that the C library's directory streams cost on trees of small
 // folders.
 
+#include "Platform/Linux/MountBounds.h"
 #include "Platform/Posix/FolderReader.h"
 
 #include <fcntl.h>
@@ -15,6 +17,9 @@ namespace korvell {
 class GetdentsReader {
 public:
   using Size = FolderReader::Size;
+
+  static Descriptor open(int folder, const char* name) { return openOnMount(folder, name, folderFlags); }
+  static std::uint64_t mount(int folder) { return mountNumber(folder); }
 
   template <class Each>
   bool read(int folder, Each&& each) {
@@ -34,9 +39,10 @@ public:
   static std::optional<Size> size(int folder, const char* name) {
     struct statx status {};
     constexpr int flags = AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT | AT_STATX_DONT_SYNC;
-    if (statx(folder, name, flags, STATX_TYPE | STATX_NLINK | STATX_BLOCKS, &status) != 0)
+    if (statx(folder, name, flags, STATX_TYPE | STATX_NLINK | STATX_BLOCKS | STATX_MNT_ID, &status) != 0)
       return std::nullopt;
-    return Size{S_ISREG(status.stx_mode), status.stx_nlink, std::int64_t(status.stx_blocks) * blockUnit};
+    return Size{S_ISREG(status.stx_mode), status.stx_nlink, std::int64_t(status.stx_blocks) * blockUnit,
+                status.stx_mask & STATX_MNT_ID ? status.stx_mnt_id : 0};
   }
 
 private:

@@ -185,18 +185,15 @@ Outcome moveInto(const Source& source, const Place& place, const LocalTime& now)
   const auto record = trashInfo(origin, now);
   for (int attempt = 1; attempt <= mostAttempts; ++attempt) {
     if (moveAs(source, place, trashName(source.name, attempt), record)) return success();
+    if (errno == EXDEV) return Failure{localized("It can't be moved to the Trash without copying it.")};
     if (errno != EEXIST) return failure(errno);
   }
   return failure(EEXIST);
 }
 
-bool isAtOrBelow(std::string_view path, std::string_view folder) {
-  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
-}
-
 /// True for the Trash itself, what is in it and what it is in.
 bool touches(const std::string& path, const std::string& trash) {
-  return isAtOrBelow(path, trash) || isAtOrBelow(trash, path);
+  return isInside(path, trash) || isInside(trash, path);
 }
 
 } // namespace
@@ -207,40 +204,57 @@ LinuxTrash::LinuxTrash(std::string dataHome, uid_t user, const Clock& clock, con
       mountInfo_(std::move(mountInfo)) {}
 
 std::vector<Mount> LinuxTrash::mounts() const {
-  constexpr std::size_t most = 16 << 20;
-  return parseMountInfo(readFile(mountInfo_, most).value_or(""));
+  return parseMountInfo(readFile(mountInfo_, largestMountTable).value_or(""));
 }
 
 std::vector<Outcome> LinuxTrash::move(const std::vector<TrashRequest>& requests) {
   const auto table = mounts();
+  const auto places = mountedPlaces(table);
   std::vector<Outcome> outcomes;
-  for (const auto& request : requests) outcomes.push_back(move(request, table));
+  for (const auto& request : requests) outcomes.push_back(move(request, table, places));
   return outcomes;
 }
 
-Outcome LinuxTrash::move(const TrashRequest& request, const std::vector<Mount>& mounts) const {
+Outcome LinuxTrash::move(const TrashRequest& request, const std::vector<Mount>& mounts,
+                         const std::vector<MountedPlace>& places) const {
+  // Moved, a mount would go on living below the Trash. Asked before the path is looked at, which may block.
+  if (const auto* mount = mountInside(request.path, places)) return Failure{refusal(*mount)};
   const auto source = findSource(request);
   if (!source) return failure(errno == ELOOP || errno == ENOTDIR ? ENOENT : errno);
+  if (const auto* mount = mountInside(source->path, places)) return Failure{refusal(*mount)};
 
   ensurePrivateFolder(dataHome_);
   const auto homeTrash = joined(realFolder(dataHome_), "Trash");
   const auto top = mountPointOf(source->path, mounts);
   const auto volumeTrash = joined(top, ".Trash");
-  if (source->path == top || touches(source->path, homeTrash) || isAtOrBelow(source->path, volumeTrash) ||
-      isAtOrBelow(source->path, volumeTrash + "-" + std::to_string(user_)))
+  if (touches(source->path, homeTrash) || isInside(source->path, volumeTrash) ||
+      isInside(source->path, volumeTrash + "-" + std::to_string(user_)))
     return Failure{localized("The Trash can't be moved to the Trash.")};
 
   const bool atHome = top == mountPointOf(homeTrash, mounts);
+  if (!atHome && !isEmptied(top, mounts)) return failure(EXDEV);
   const auto place = atHome ? homePlace(dataHome_, user_) : volumePlace(top, user_);
   if (!place) return failure(atHome ? errno : EXDEV);
   return moveInto(*source, *place, localTime(zone_, clock_.now()));
 }
 
+/// Whether `folders` looks for a Trash at a mount: nothing is put where it is not found again.
+bool LinuxTrash::isEmptied(const std::string& top, const std::vector<Mount>& mounts) const {
+  const auto known = mountsForFiles(mounts, dataHome_);
+  return std::ranges::find(known, top, &Mount::mountPoint) != known.end();
+}
+
 std::vector<TrashFolder> LinuxTrash::folders() {
   std::vector<TrashFolder> folders;
   std::vector<FileIdentity> known;
+  const auto table = mounts();
+  const auto isMounted = [&](const std::string& path) {
+    return std::ranges::find(table, path, &Mount::mountPoint) != table.end();
+  };
   const auto add = [&](const std::string& parent, const std::string& name) {
     const auto trash = joined(parent, name);
+    // What somebody mounted there was not thrown away.
+    if (isMounted(trash + "/files") || isMounted(trash + "/info")) return;
     const auto status = statusOf(AT_FDCWD, trash.c_str());
     if (!status || !S_ISDIR(status->st_mode) || status->st_uid != user_) return;
     if (std::ranges::find(known, identityOf(*status)) != known.end()) return;
@@ -248,7 +262,7 @@ std::vector<TrashFolder> LinuxTrash::folders() {
     folders.push_back({trash + "/files", trash + "/info", std::string(trashInfoSuffix)});
   };
   if (const auto home = realFolder(dataHome_); !home.empty()) add(home, "Trash");
-  for (const auto& mount : mountsForFiles(mounts())) {
+  for (const auto& mount : mountsForFiles(table, dataHome_)) {
     const auto top = realFolder(mount.mountPoint);
     if (top.empty()) continue;
     if (const Descriptor folder = plainFolder(top); folder && sharedTrash(folder.get()))

@@ -5,7 +5,9 @@
 // An entry's record is made first, so that it owns the name, and is flushed to the disk; then the entry is
 // renamed into place. Dying in between leaves a record without an entry, which every desktop ignores. Nothing
 // is ever copied: where a rename can't do it, the outcome says so. A Trash whose folders are links is not
-// used: neither is anything put there nor emptied.
+// used: neither is anything put there nor emptied. The same holds for the Trash of a network file system that
+// the data home does not lie on, which could not be looked for without waiting for its server, and of a
+// container's root.
 
 #include "Base/Date.h"
 #include "Base/LocalTime.h"
@@ -27,7 +29,9 @@ public:
   std::vector<TrashFolder> folders() override;
 
 private:
-  Outcome move(const TrashRequest& request, const std::vector<Mount>& mounts) const;
+  Outcome move(const TrashRequest& request, const std::vector<Mount>& mounts,
+               const std::vector<MountedPlace>& places) const;
+  bool isEmptied(const std::string& top, const std::vector<Mount>& mounts) const;
   std::vector<Mount> mounts() const;
 
   std::string dataHome_;

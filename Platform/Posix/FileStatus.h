@@ -20,20 +20,13 @@ inline FileIdentity identityOf(const struct stat& status) {
 
 inline Date dateOf(const timespec& time) { return {double(time.tv_sec) + double(time.tv_nsec) / 1e9}; }
 
-// The two systems name the same members differently.
+// The two systems name the same member differently.
 template <class Status>
 Date modifiedDate(const Status& status) {
   if constexpr (requires { status.st_mtimespec; })
     return dateOf(status.st_mtimespec);
   else
     return dateOf(status.st_mtim);
-}
-template <class Status>
-Date changedDate(const Status& status) {
-  if constexpr (requires { status.st_ctimespec; })
-    return dateOf(status.st_ctimespec);
-  else
-    return dateOf(status.st_ctim);
 }
 
 /// st_blocks counts in this unit on both systems, whatever st_blksize says.

@@ -1,6 +1,6 @@
 #pragma once
-// How the tree walk reads folders through the C library. A system whose kernel offers something faster brings
-// a class with the same two operations.
+// How the tree walk opens and reads folders through the C library. A system whose kernel offers something
+// better brings a class with the same operations.
 
 #include "Base/Descriptor.h"
 #include "Platform/Posix/FileStatus.h"
@@ -21,7 +21,18 @@ struct FolderReader {
     bool regular = false;
     std::uint64_t links = 1;
     std::int64_t allocated = 0;
+    std::uint64_t mount = 0; ///< as `mount` says
   };
+
+  /// A folder in an open one, for reading. Where the kernel can tell, one on which something is mounted is
+  /// not opened and errno is EXDEV; whoever walks compares the devices besides.
+  static Descriptor open(int folder, const char* name) {
+    return Descriptor(openat(folder, name, folderFlags));
+  }
+
+  /// The number of the mount that a folder lies on; 0 where mounts have none. (A file's device does not tell:
+  /// overlay file systems report that of the layer it comes from.)
+  static std::uint64_t mount(int) { return 0; }
 
   /// Calls `each(name, kind)` for every entry until it returns false; names end with a zero byte. False when
   /// the folder can't be read.

@@ -11,6 +11,7 @@
 #include "Platform/Posix/FolderReader.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -48,20 +49,31 @@ public:
     frames_.push_back({std::move(share.parent), share.parentIdentity, 0, 0});
   }
 
-  /// Visits one more folder; false when none is left.
-  template <class Visit>
-  bool step(Visit&& visit) {
+  /// Visits one more folder; false when none is left. `found(status)` is called for the folder itself first,
+  /// also when it may not be read; where something is mounted neither is called.
+  template <class Visit, class Found>
+  bool step(Visit&& visit, Found&& found) {
     while (!frames_.empty() && frames_.back().begin == names_.size()) leave();
     if (frames_.empty()) return false;
     const Frame& frame = frames_.back();
     const std::size_t start = lastName(frame.begin);
-    Descriptor folder(openat(frame.folder->get(), names_.c_str() + start, folderFlags));
-    names_.resize(start);
+    const int parent = frame.folder->get();
+    const char* name = names_.c_str() + start;
+    Descriptor folder = Reader::open(parent, name);
     struct stat status {};
-    if (!folder || fstat(folder.get(), &status) != 0) return true;
+    const bool known = folder            ? fstat(folder.get(), &status) == 0
+                       : errno == EACCES ? fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) == 0
+                                         : false;
+    names_.resize(start);
     const auto identity = identityOf(status);
-    if (identity.device == frame.identity.device) read(std::move(folder), identity, visit);
+    if (!known || identity.device != frame.identity.device) return true;
+    found(status);
+    if (folder) read(std::move(folder), identity, visit);
     return true;
+  }
+  template <class Visit>
+  bool step(Visit&& visit) {
+    return step(visit, [](const struct stat&) {});
   }
 
   /// Gives away half of what waits on the highest level that has more than one folder waiting.

@@ -13,17 +13,19 @@ std::optional<Date> newestChange(const std::string& path, const std::vector<std:
                                  Date enough, const Cancellation& cancellation) {
   std::optional<Date> newest;
   const auto isEnough = [&] { return (newest && *newest > enough) || cancellation.isCancelled(); };
+  const auto note = [&](const struct stat& status) {
+    newest = std::max(newest.value_or(Date::distantPast()), modifiedDate(status));
+  };
   const auto visit = [&](int folder, const char* name, FileKind kind) {
     if (std::ranges::find(ignored, std::string_view(name)) != ignored.end()) return Next::skip;
+    if (kind == FileKind::folder) return Next::descend; // looked at once it is known that nothing is mounted
     struct stat status {};
-    if (fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) return Next::skip;
-    newest = std::max(newest.value_or(Date::distantPast()), modifiedDate(status));
-    if (isEnough()) return Next::stop;
-    return kind == FileKind::folder ? Next::descend : Next::skip;
+    if (fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0) note(status);
+    return isEnough() ? Next::stop : Next::skip;
   };
   FolderWalk<Reader> walk;
   walk.begin(Descriptor(open(path.c_str(), folderFlags)), visit);
-  while (!isEnough() && walk.step(visit)) {
+  while (!isEnough() && walk.step(visit, note)) {
   }
   return newest;
 }

@@ -1,6 +1,5 @@
 #include "Platform/Posix/PosixFileTree.h"
 
-#include "Platform/Posix/FileTreeRemoval.h"
 #include "Platform/Posix/NewestChange.h"
 #include "Platform/Posix/TreeSizes.h"
 
@@ -41,8 +40,15 @@ std::optional<FileInfo> PosixFileTree::info(const std::string& path) {
                   .added = added(path, status)};
 }
 
-Date PosixFileTree::added(const std::string&, const struct stat& status) {
-  return std::max(modifiedDate(status), changedDate(status));
+Date PosixFileTree::added(const std::string&, const struct stat& status) { return modifiedDate(status); }
+
+FolderOpener PosixFileTree::opener() const { return FolderReader::open; }
+
+bool PosixFileTree::isMountPoint(int folder, const char* name) const {
+  struct stat above {
+  }, status{};
+  return fstat(folder, &above) == 0 && fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+         status.st_dev != above.st_dev;
 }
 
 FolderListing PosixFileTree::list(const std::string& path) {
@@ -52,7 +58,8 @@ FolderListing PosixFileTree::list(const std::string& path) {
   if (folder && fstat(folder.get(), &status) == 0) {
     listing.device = identityOf(status).device;
     const bool complete = FolderReader().read(folder.get(), [&](const char* name, FileKind kind) {
-      listing.entries.push_back({name, kind});
+      const bool mounted = kind == FileKind::folder && isMountPoint(folder.get(), name);
+      listing.entries.push_back({name, mounted ? FileKind::mountPoint : kind});
       return true;
     });
     if (complete) listing.state = FolderListing::State::read;
@@ -79,12 +86,13 @@ std::optional<Date> PosixFileTree::newestChange(const std::string& folder,
   return korvell::newestChange<FolderReader>(folder, ignored, enough, cancellation);
 }
 
-std::size_t PosixFileTree::remove(const std::string& path, const std::vector<std::string>& names) {
+std::vector<Removal> PosixFileTree::remove(const std::string& path, const std::vector<std::string>& names) {
   const Descriptor folder = openWithoutLinks(path);
-  if (!folder) return 0;
-  return std::size_t(std::ranges::count_if(names, [&](const std::string& name) {
-    return isPlainName(name) && removeEntry(folder.get(), name.c_str());
-  }));
+  std::vector<Removal> removals;
+  for (const auto& name : names)
+    removals.push_back(folder && isPlainName(name) ? removeEntry(folder.get(), name.c_str(), opener())
+                                                   : notRemoved(0));
+  return removals;
 }
 
 } // namespace korvell

@@ -4,6 +4,7 @@
 
 #include "Base/Descriptor.h"
 #include "Platform/FileTree.h"
+#include "Platform/Posix/FileTreeRemoval.h"
 
 #include <sys/stat.h>
 
@@ -22,11 +23,15 @@ public:
                                   const Cancellation& cancellation) override;
   std::optional<Date> newestChange(const std::string& folder, const std::vector<std::string_view>& ignored,
                                    Date enough, const Cancellation& cancellation) override;
-  std::size_t remove(const std::string& folder, const std::vector<std::string>& names) override;
+  std::vector<Removal> remove(const std::string& folder, const std::vector<std::string>& names) override;
 
 protected:
   /// The folder of an absolute path, opened for reading; not open when any part of the path is a link.
   virtual Descriptor openWithoutLinks(const std::string& folder) = 0;
+  /// How the folders of a tree that is removed are opened.
+  virtual FolderOpener opener() const;
+  /// Whether something is mounted on a folder in an open folder.
+  virtual bool isMountPoint(int folder, const char* name) const;
   /// When a file came into its folder.
   virtual Date added(const std::string& path, const struct stat& status);
 

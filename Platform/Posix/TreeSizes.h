@@ -40,6 +40,7 @@ private:
 
   struct Worker {
     FolderWalk<Reader> walk;
+    std::uint64_t mount = 0; ///< that the present tree lies on
     std::int64_t sum = 0;
     std::uint64_t entries = 0;
   };
@@ -81,12 +82,16 @@ private:
       if (kind == FileKind::regular) add(worker, Reader::size(folder, name));
       return Next::skip;
     };
-    if (job.share)
+    if (job.share) {
+      worker.mount = Reader::mount(job.share->parent->get());
       worker.walk.begin(std::move(*job.share));
-    else if (Descriptor folder(open(paths_[job.path].c_str(), folderFlags)); folder)
+    } else if (Descriptor folder(open(paths_[job.path].c_str(), folderFlags)); folder) {
+      worker.mount = Reader::mount(folder.get());
       worker.walk.begin(std::move(folder), visit);
-    else
-      add(worker, Reader::size(AT_FDCWD, paths_[job.path].c_str()));
+    } else if (const auto size = Reader::size(AT_FDCWD, paths_[job.path].c_str())) {
+      worker.mount = size->mount;
+      add(worker, size);
+    }
     while (!cancellation_.isCancelled() && worker.walk.step(visit)) {
       if (first && helpers_.size() + 1 < threads_ && worker.entries > entriesBeforeHelp) startHelpers();
       if (hungry_.load(std::memory_order_relaxed) > 0) feed(worker, job.path);
@@ -94,7 +99,8 @@ private:
   }
 
   static void add(Worker& worker, const std::optional<typename Reader::Size>& size) {
-    if (size && size->regular && size->links < 2) worker.sum += size->allocated;
+    if (size && size->regular && size->links < 2 && size->mount == worker.mount)
+      worker.sum += size->allocated;
   }
 
   void feed(Worker& worker, std::size_t path) {

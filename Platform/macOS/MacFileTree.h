@@ -10,6 +10,8 @@ class MacFileTree final : public PosixFileTree {
 public:
   using PosixFileTree::PosixFileTree;
 
+  std::vector<MountedPlace> mounts() override;
+
 protected:
   Descriptor openWithoutLinks(const std::string& folder) override;
   Date added(const std::string& path, const struct stat& status) override;

@@ -27,7 +27,7 @@ Host makeHost(const Environment& environment) {
   host.defaults = std::make_unique<SystemUserDefaults>(host.folders.data);
   host.fileTree = std::make_unique<MacFileTree>();
   host.logFiles = std::make_unique<PosixLogFiles>();
-  host.trash = std::make_unique<MacTrash>(host.folders.home, getuid());
+  host.trash = std::make_unique<MacTrash>(host.folders.home);
   host.machine = std::make_unique<MacMachineCounters>();
   host.state = std::make_unique<MacMachineState>();
   host.processes = std::make_unique<MacProcessTable>(Shell::run);

@@ -4,22 +4,19 @@
 
 #include "Platform/Trash.h"
 
-#include <sys/types.h>
-
 namespace korvell {
 
 class MacTrash final : public Trash {
 public:
-  MacTrash(std::string home, uid_t user) : home_(std::move(home)), user_(user) {}
+  explicit MacTrash(std::string home) : home_(std::move(home)) {}
 
   /// What is at a path is compared with what was picked right before; the workspace then goes by the path.
   std::vector<Outcome> move(const std::vector<TrashRequest>& requests) override;
-  /// "~/.Trash", and ".Trashes/<uid>" at the top of the other volumes.
+  /// "~/.Trash" alone: other volumes are emptied with the Finder.
   std::vector<TrashFolder> folders() override;
 
 private:
   std::string home_;
-  uid_t user_;
 };
 
 } // namespace korvell

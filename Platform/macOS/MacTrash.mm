@@ -3,7 +3,6 @@
 #include "Base/Localization.h"
 #include "Base/macOS/CoreFoundation.h"
 #include "Platform/macOS/MacFileTree.h"
-#include "Platform/macOS/MountedVolumes.h"
 
 #import <AppKit/AppKit.h>
 
@@ -24,6 +23,8 @@ struct Recycled {
 
 /// Why a request can't be met, as far as a look at the path tells.
 std::optional<Failure> refusal(const TrashRequest& request, MacFileTree& tree) {
+  const auto mounts = tree.mounts();
+  if (const auto* mount = mountInside(request.path, mounts)) return Failure{korvell::refusal(*mount)};
   const auto info = tree.info(request.path);
   if (!info) return Failure{localized("It is no longer there.")};
   if (request.picked && (info->identity != *request.picked || tree.located(request.path) != request.path))
@@ -89,15 +90,10 @@ std::vector<Outcome> MacTrash::move(const std::vector<TrashRequest>& requests) {
 }
 
 std::vector<TrashFolder> MacTrash::folders() {
-  std::vector<std::string> paths{home_ + "/.Trash"};
-  for (const auto& volume : mountedVolumes())
-    if (volume.mountPoint != "/") paths.push_back(volume.mountPoint + "/.Trashes/" + std::to_string(user_));
-  MacFileTree tree;
-  std::vector<TrashFolder> folders;
-  for (auto& path : paths)
-    if (const auto info = tree.info(path); info && info->kind == FileKind::folder)
-      folders.push_back({.entries = std::move(path), .records = {}, .recordSuffix = {}});
-  return folders;
+  const auto path = home_ + "/.Trash";
+  const auto info = MacFileTree().info(path);
+  if (!info || info->kind != FileKind::folder) return {};
+  return {{.entries = path, .records = {}, .recordSuffix = {}}};
 }
 
 } // namespace korvell

@@ -10,6 +10,10 @@ class PortableFileTree final : public PosixFileTree {
 public:
   using PosixFileTree::PosixFileTree;
 
+  std::vector<MountedPlace> mounted; ///< what the system would list
+
+  std::vector<MountedPlace> mounts() override { return mounted; }
+
 protected:
   Descriptor openWithoutLinks(const std::string& folder) override {
     return located(folder) == folder ? Descriptor(open(folder.c_str(), folderFlags)) : Descriptor();

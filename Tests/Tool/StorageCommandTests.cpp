@@ -81,6 +81,21 @@ TEST_F(StorageCommandTests, onlyWhatWasNamedIsCleanedAndLogged) {
   EXPECT_THAT(output, HasSubstr("4.10 KB\n\nFreed with Korvell: 4.10 KB\n"));
 }
 
+TEST_F(StorageCommandTests, itemsAreTakenAsTheyAreShown) {
+  disk.file("home/.cache/caf\xe9\x1b/x", 4096);
+  disk.file("home/.cache/a\x01/x", 4096);
+  disk.file("home/.cache/a\\x01/x", 4096);
+  const auto clean = [&](const std::string& item) {
+    return run({"clean", "--kind", "appCaches", "--item", item, "--yes"});
+  };
+  EXPECT_EQ(clean("~/.cache/caf\xef\xbf\xbd\\x1b"), exitOK) << errors;
+  EXPECT_EQ(clean("~/.cache/a\\x01"), exitFailed);
+  EXPECT_THAT(errors, HasSubstr("several items are shown as ~/.cache/a\\x01; nothing was done"));
+  EXPECT_THAT(disk.names("home/.cache"), ElementsAre("a\x01", "a\\x01"));
+  EXPECT_EQ(clean(disk / "home/.cache/a\x01"), exitOK) << errors;
+  EXPECT_THAT(disk.names("home/.cache"), ElementsAre("a\\x01"));
+}
+
 TEST_F(StorageCommandTests, whatIsNotSureIsNotDone) {
   const auto gone = disk / "home/.cargo/registry/gone";
   const std::pair<std::vector<std::string>, const char*> rows[] = {

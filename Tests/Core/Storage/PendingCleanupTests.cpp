@@ -59,16 +59,38 @@ TEST(PendingCleanupTests, whatIsLostForGoodIsSaid) {
       {homebrew, {.id = "/home/u/a/b"}, brew, "Runs \"brew cleanup --all\". Perm", "Clean Up…"},
       {homebrew, {.id = "/home/u/a/b"}, brew, "the downloads in ~/a/b and", "Clean Up…"},
       {docker, {}, other, "Runs \"x y\". Permanently deletes every stopped container", "Prune…"},
-      {trash, {}, StorageAction::emptyTrash(), "everything in your Trash", "Empty Trash…"},
+      {trash,
+       {.urls = {"/home/u/.Trash", "/disk/.Trash-1000/files"}},
+       StorageAction::emptyTrash(),
+       "everything in your Trash (~/.Trash, /disk/.Trash-1000/files). This cannot be undone.",
+       "Empty Trash…"},
       {npm, {}, other, "Runs \"x y\". This cannot be undone.", "Clean Up…"},
   };
   for (const auto& row : rows) {
-    const auto category = commandCategory(row.kind, row.item, row.action);
+    auto category = commandCategory(row.kind, row.item, row.action);
+    category.items[0].bytes = 5;
     const auto pending = everything({{category}, Date{}});
     EXPECT_THAT(pending.message(), HasSubstr(row.says));
-    EXPECT_EQ(pending.title(), "Free 0 B?");
+    EXPECT_EQ(pending.title(), "Free 5 B?");
     EXPECT_EQ(actionTitle(category), row.actionTitle);
   }
+}
+
+TEST(PendingCleanupTests, noSizeIsAskedAboutThatIsNone) {
+  const auto prune = StorageAction::command("/usr/bin/docker", {"system", "prune"}, Seconds{1});
+  const auto move = [](int count) {
+    auto category = pipCategory(count);
+    for (auto& item : category.items) item.bytes = 0;
+    return category;
+  };
+  const auto docked = commandCategory(docker, {.id = "d"}, prune),
+             bin = commandCategory(trash, {.id = "t"}, StorageAction::emptyTrash());
+  const std::pair<std::vector<StorageCategory>, const char*> rows[] = {
+      {{move(1)}, "Move 1 item to the Trash?"},   {{move(2)}, "Move 2 items to the Trash?"},
+      {{docked}, "Run \"docker system prune\"?"}, {{bin}, "Empty the Trash?"},
+      {{move(2), bin}, "Clean up 3 items?"},
+  };
+  for (const auto& [categories, title] : rows) EXPECT_EQ(everything({categories, Date{}}).title(), title);
 }
 
 TEST(PendingCleanupTests, onePermanentCategoryMakesTheWholeCleanupPermanent) {

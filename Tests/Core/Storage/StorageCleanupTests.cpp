@@ -4,6 +4,7 @@
 #include "Tests/Fakes/FakeUserDefaults.h"
 
 #include <gmock/gmock.h>
+#include <tuple>
 
 namespace korvell {
 namespace {
@@ -39,35 +40,61 @@ TEST(StorageCleanupTests, theTrashIsEmptiedBeforeAnythingIsMovedThere) {
         order.push_back("measure " + std::string(rawValue(kind)));
         if (kind == trash && order.size() > 2) return found(trash, {item(trash, "t", 12)}, emptying);
         if (kind == pip) return found(pip, {item(pip, "c", 1)});
+        if (kind == docker && order.size() < 6) return found(docker, {item(docker, "d", 9)}, prune);
         return std::nullopt;
       },
       .perform =
           [&](const StorageAction& action, const std::vector<StorageItem>& items) {
             order.push_back(std::string(rawValue(action.type)) + " " + std::to_string(items.size()));
-            return std::vector<std::string>{};
+            ActionReport report;
+            for (const auto& item : items) report.done[item.kind] = {1, item.bytes};
+            return report;
           }};
   const auto outcome = carryOut(plan, work);
-  EXPECT_THAT(order, ElementsAre("emptyTrash 1", "measure trash", "trash 2", "command 1", "measure npm",
-                                 "measure pip", "measure docker", "measure trash"));
-  EXPECT_EQ(freedBytes(plan, outcome), (FreedBytes{.moved = 12, .emptied = 3, .commands = 9}));
+  EXPECT_THAT(order, ElementsAre("emptyTrash 1", "measure trash", "trash 2", "measure docker", "command 1",
+                                 "measure npm", "measure pip", "measure docker", "measure trash"));
+  const auto freed = freedBytes(plan, outcome);
+  EXPECT_THAT((std::tuple{freed.moved, freed.emptied, freed.commands}), testing::FieldsAre(12, 3, 9));
   const auto after = merged(result, plan, outcome);
   ASSERT_EQ(after.categories.size(), 3u);
   EXPECT_EQ(after.categories[0].kind, pip);
   EXPECT_EQ(after.category(trash)->bytes, 12) << "what was just moved lies there now";
 }
 
-TEST(StorageCleanupTests, whatAKindFreedIsNeverNegative) {
-  const StorageScanResult result{
-      {found(npm, {item(npm, "a", 5)}), found(docker, {item(docker, "d", 9)}, prune)}, Date{}};
-  const auto plan = CleanupPlan::of(result, {item(npm, "a", 5), item(docker, "d", 9)});
-  const std::pair<std::map<StorageKind, std::int64_t>, const char*> rows[] = {
-      {{{npm, 50}, {docker, 9}}, "Nothing changed. The files may be in use or protected."},
-      {{{npm, 0}, {docker, 10}}, "Moved 5 B to the Trash. Empty the Trash to get the space back."},
-      {{{npm, 0}, {docker, 0}}, "Freed 9 B. Moved 5 B to the Trash. Empty the Trash to get the space back."},
+TEST(StorageCleanupTests, whatWasDoneBoundsWhatWasFreedAndIsTold) {
+  const auto emptying = StorageAction::emptyTrash();
+  const StorageScanResult result{{found(npm, {item(npm, "a", 5)}),
+                                  found(docker, {item(docker, "d", 9)}, prune),
+                                  found(trash, {item(trash, "t", 3)}, emptying)},
+                                 Date{}};
+  const auto plan = CleanupPlan::of(result, {item(npm, "a", 5), item(docker, "d", 9), item(trash, "t", 3)});
+  const std::string nothing = "Nothing changed. The files may be in use or protected.";
+  const struct {
+    std::map<StorageKind, std::int64_t> after;
+    std::map<StorageKind, ActionReport::Done> done;
+    std::string feedback;
+  } rows[] = {
+      {{{npm, 50}, {docker, 9}, {trash, 3}}, {}, nothing},
+      {{{npm, 0}, {docker, 10}, {trash, 3}},
+       {{npm, {1, 5}}},
+       "Moved 5 B to the Trash. Empty the Trash to get the space back."},
+      {{{npm, 0}, {docker, 0}, {trash, 0}},
+       {{npm, {1, 5}}, {docker, {1, 9}}, {trash, {1, 3}}},
+       "Freed 12 B. Moved 5 B to the Trash. Empty the Trash to get the space back."},
+      // Somebody else was faster, or took part.
+      {{{npm, 0}, {docker, 0}, {trash, 0}}, {{npm, {0, 0}}, {docker, {0, 0}}, {trash, {0, 0}}}, nothing},
+      {{{npm, 0}, {docker, 2}, {trash, 0}}, {{docker, {1, 4}}, {trash, {1, 1}}}, "Freed 3 B."},
+      // Nothing that shows in a size, and something all the same.
+      {{{npm, 5}, {docker, 9}, {trash, 3}}, {{npm, {1, 0}}}, "Moved 1 item to the Trash."},
+      {{{npm, 5}, {docker, 9}, {trash, 3}},
+       {{npm, {2, 0}}, {trash, {2, 0}}},
+       "Removed 2 items from the Trash. Moved 2 items to the Trash."},
+      {{{npm, 5}, {docker, 9}, {trash, 3}},
+       {{docker, {1, 9}}},
+       "The command ran, but nothing that can be measured was freed."},
   };
-  for (const auto& [after, feedback] : rows)
-    EXPECT_EQ(freedBytes(plan, {{}, after, {}}).feedback(), feedback);
-  EXPECT_EQ(freedBytes(plan, {{}, {{npm, 50}, {docker, 8}}, {}}), (FreedBytes{.commands = 1}));
+  for (const auto& row : rows)
+    EXPECT_EQ(freedBytes(plan, {.after = row.after, .done = row.done}).feedback(), row.feedback);
 }
 
 TEST(StorageCleanupTests, anAppCacheThatMovesUpTheListIsNoLoss) {
@@ -121,7 +148,10 @@ TEST(StorageCleanupTests, emptyingReachesNothingOutsideTheTrash) {
   EXPECT_THAT(disk.names("home/trash"), ElementsAre("entry", "link"));
   scan.removeItems({disk / "home/./trash//entry"}, disk / "home/trash/");
   EXPECT_THAT(disk.names("home/trash"), ElementsAre("link"));
-  (void)scan.perform(StorageAction::emptyTrash(), {});
+  StorageItem another{.kind = trash, .urls = {disk / "home/other-trash"}};
+  (void)scan.perform(StorageAction::emptyTrash(), {another});
+  EXPECT_THAT(disk.names("home/trash"), ElementsAre("link")) << "not the one that was confirmed";
+  (void)scan.perform(StorageAction::emptyTrash(), scan.scan(trash)->items);
   EXPECT_THAT(disk.names("home/trash"), IsEmpty());
   EXPECT_THAT(disk.names("home/precious"), ElementsAre("x"));
 }
@@ -136,7 +166,7 @@ private:
   std::string top_;
 };
 
-TEST(StorageCleanupTests, recordsGoWithTheirEntries) {
+TEST(StorageCleanupTests, recordsGoWithTheirEntriesAndWhatHoldsAMountStays) {
   StorageWorld world;
   auto& disk = world.disk;
   for (const std::string name :
@@ -145,14 +175,18 @@ TEST(StorageCleanupTests, recordsGoWithTheirEntries) {
     disk.file("home/bin/" + name, 1);
   disk.date("home/bin/info/coming.trashinfo", world.clock.wall - Seconds{59});
   disk.date("home/bin/info/orphan.trashinfo", world.clock.wall - Seconds{61});
-  const AsOrdinaryUser user(disk);
-  disk.mode("home/bin/files/stays/inner", 0000);
+  const auto place = disk / "home/bin/files/stays/inner";
+  world.files.mounted = {{place}};
   RecordedTrash trash(disk / "home/bin");
   const StorageScan scan(world.locations(), world.files, trash, {}, world.clock);
-  EXPECT_THAT(scan.perform(StorageAction::emptyTrash(), {}), IsEmpty());
+  const auto report = scan.perform(StorageAction::emptyTrash(), scan.scan(StorageKind::trash)->items);
+  EXPECT_THAT(report.problems,
+              ElementsAre("~/bin/files/stays: Something is mounted on " + place + ". Unmount it first."));
+  EXPECT_EQ(report.done.at(StorageKind::trash).count, 1u);
+  EXPECT_EQ(report.done.at(StorageKind::trash).bytes, disk.smallestFile());
   EXPECT_THAT(disk.names("home/bin/files"), ElementsAre("stays"));
+  EXPECT_THAT(disk.names("home/bin/files/stays/inner"), ElementsAre("x"));
   EXPECT_THAT(disk.names("home/bin/info"), ElementsAre("coming.trashinfo", "notes", "stays.trashinfo"));
-  disk.mode("home/bin/files/stays/inner", 0700);
 }
 
 TEST(StorageCleanupTests, commandsThatFailFreeNothing) {

@@ -252,13 +252,52 @@ TEST_F(StorageScanTests, largeOldDownloadsAreFilesAndPackages) {
   disk.file("home/Downloads/folder/x", 50'000);
   disk.file("home/Downloads/Tool.app/Contents/x", 50'000);
   disk.link("/etc/hostname", "home/Downloads/link");
-  const auto added = world.files.info(disk / "home/Downloads/exact")->added;
+  for (const auto* machine : {"VM.utm", "Disk.sparsebundle"})
+    disk.file("home/Downloads/" + std::string(machine) + "/x", 4096 * 25);
+  const auto added = world.clock.wall - Seconds{60 * 86400.0}; // restored today, with the date that they had
+  for (const auto* name : {"exact", "small", "Tool.app", "VM.utm", "Disk.sparsebundle"})
+    disk.date("home/Downloads/" + std::string(name), added);
   const auto find = [&](Seconds later) {
     return ids(world.scan().largeOldDownloads(disk / "home/Downloads", 8192, added + later));
   };
-  EXPECT_THAT(find(Seconds{31 * 86400.0}), ElementsAre("Downloads/Tool.app", "Downloads/exact"));
+  EXPECT_THAT(find(Seconds{31 * 86400.0}), ElementsAre("Downloads/Disk.sparsebundle", "Downloads/Tool.app",
+                                                       "Downloads/VM.utm", "Downloads/exact"));
   EXPECT_THAT(find(Seconds{29 * 86400.0}), IsEmpty());
   EXPECT_FALSE(scan(downloads)) << "nothing of half a gigabyte";
+}
+
+TEST_F(StorageScanTests, whatIsMountedIsLeftOutAndTold) {
+  for (const auto* name : {".cache/app/x", ".cache/uv/x", ".npm/_cacache/x", ".cargo/registry/src/x",
+                           "Downloads/x", "mnt/x", ".hidden/mnt/x"})
+    disk.file("home/" + std::string(name), 5000);
+  const auto mount = [&](const std::string& name, bool mayBlock = false) {
+    world.files.mounted.push_back({disk / ("home/" + name), mayBlock});
+  };
+  const auto note = [&](StorageKind kind) {
+    const auto found = scan(kind);
+    const std::string text = found ? found->note.value_or("") : "nothing";
+    return text.substr(text.rfind("there: ") == text.npos ? 0 : text.rfind("there: ") + 7);
+  };
+  world.files.mounted = {{"/", true}}; // a root from a server, as the home folder: that is no reason
+  mount(".cache/app/mnt");
+  mount(".cache/pip/mnt");
+  mount(".npm/_cacache");
+  mount(".cargo");
+  mount("mnt");
+  EXPECT_EQ(note(appCaches), "~/.cache/app/mnt.");
+  EXPECT_EQ(note(npm), "~/.npm/_cacache.") << "it can't be moved";
+  EXPECT_THAT(scan(npm)->items, IsEmpty());
+  EXPECT_EQ(scan(npm)->bytes, 0);
+  EXPECT_EQ(note(cargo), "") << "what lies on it can be";
+  EXPECT_EQ(note(nodeModules), "nothing") << "no news that other disks are not looked at";
+
+  for (const auto* place : {".cache/uv", "Downloads", "mnt", ".hidden/mnt", ".cargo"}) mount(place, true);
+  for (const auto kind : {uv, downloads, cargo}) EXPECT_THAT(scan(kind)->items, IsEmpty());
+  EXPECT_EQ(note(uv), "~/.cache/uv.");
+  EXPECT_EQ(note(downloads), "~/Downloads.");
+  EXPECT_EQ(note(cargo), "~/.cargo.");
+  EXPECT_EQ(note(nodeModules), "~/Downloads, ~/mnt.");
+  EXPECT_EQ(resolvedFolders(world.folders(), world.files).home, disk / "home");
 }
 
 TEST_F(StorageScanTests, theFirstProgramThatMayBeRunCounts) {

@@ -37,8 +37,10 @@ struct StorageScannerTests : testing::Test {
         },
         .perform =
             [this](const StorageAction&, const std::vector<StorageItem>& items) {
-              for (const auto& item : items) disk.erase(item.kind);
-              return std::vector<std::string>{};
+              ActionReport report;
+              for (const auto& item : items)
+                if (disk.erase(item.kind) > 0) report.done[item.kind] = {1, item.bytes};
+              return report;
             },
         .asksForAccess = asks};
     return std::make_unique<StorageScanner>(std::move(work), defaults, *main, *slow);

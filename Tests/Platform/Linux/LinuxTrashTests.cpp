@@ -25,7 +25,8 @@ struct World {
     disk.write("mountinfo", "20 1 8:1 / / rw - ext4 /dev/sda1 rw\n21 20 8:2 / " + disk / "volume" +
                                 " rw - ext4 /dev/sdb1 rw\n22 20 0:9 / " + disk / "home/.cache" +
                                 " rw - tmpfs tmpfs rw\n23 20 0:10 / " + disk / "server" +
-                                " rw - nfs4 host:/export rw\n");
+                                " rw - nfs4 host:/export rw\n24 20 0:11 / " + disk / "layers" +
+                                " rw - overlay overlay rw\n");
   }
   std::unique_ptr<LinuxTrash> trash() {
     return std::make_unique<LinuxTrash>(disk / "home/.local/share", geteuid(), clock, zone,
@@ -78,15 +79,36 @@ TEST_F(LinuxTrashTests, aVolumeKeepsWhatWasOnIt) {
   EXPECT_THAT(disk.names("volume/.Trash/" + user + "/files"), ElementsAre("third"));
 
   disk.file("home/.cache/pip/x", 1);
+  disk.file("layers/file", 1);
+  disk.file("server/file", 1);
   disk.folder("server/" + mine);
   ASSERT_TRUE(move("home/.cache/pip"));
+  ASSERT_TRUE(move("layers/file"));
+  EXPECT_FALSE(move("server/file")) << "what is put there is not found again";
   EXPECT_THAT(disk.names("home/.cache/" + mine + "/files"), ElementsAre("pip"));
   std::vector<std::string> listed;
   for (const auto& folder : trash->folders()) listed.push_back(folder.entries);
-  EXPECT_THAT(listed, UnorderedElementsAre(disk / ("volume/.Trash/" + user + "/files"),
-                                           disk / ("volume/" + mine + "/files"),
-                                           disk / ("home/.cache/" + mine + "/files")))
+  EXPECT_THAT(listed, UnorderedElementsAre(
+                          disk / ("volume/.Trash/" + user + "/files"), disk / ("volume/" + mine + "/files"),
+                          disk / ("layers/" + mine + "/files"), disk / ("home/.cache/" + mine + "/files")))
       << "servers are not asked: one that is gone blocks";
+}
+
+TEST_F(LinuxTrashTests, whatIsMountedIsNeitherMovedNorEmptied) {
+  disk.file("home/x/mounted/file", 1);
+  disk.link("x", "home/alias");
+  disk.folder("home/.local/share/Trash/files");
+  disk.folder("home/.local/share/Trash/info");
+  const auto alone = disk.text("mountinfo");
+  disk.write("mountinfo", alone + "25 20 8:1 /docs " + disk / "home/x/mounted" + " rw - ext4 /dev/sda1 rw\n");
+  for (const auto* name : {"home/x", "home/x/mounted", "home/alias/mounted"})
+    EXPECT_EQ(trash->move({{disk / name}}).front().reason(),
+              "Something is mounted on " + disk / "home/x/mounted" + ". Unmount it first.")
+        << name;
+  EXPECT_THAT(disk.names("home/x/mounted"), ElementsAre("file"));
+  EXPECT_EQ(trash->folders().size(), 1u);
+  disk.write("mountinfo", alone + "25 20 8:1 /docs " + disk / files + " rw - ext4 /dev/sda1 rw\n");
+  EXPECT_THAT(trash->folders(), IsEmpty()) << "what somebody mounted there was not thrown away";
 }
 
 TEST_F(LinuxTrashTests, aTrashThatIsALinkIsNotUsed) {
