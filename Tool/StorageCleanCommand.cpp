@@ -22,13 +22,16 @@ struct Picked {
   std::string refusal; ///< why nothing is done; empty when there is no reason
 };
 
-/// Adds the item that was named, as a path or as the list of items shows it. One that several are shown as
+/// Adds the item that was named, by its path or as one of the outputs shows that. What several are shown as
 /// names none of them.
 void pickNamed(const std::string& name, const std::vector<std::string>& known, const std::string& home,
                Picked& picked) {
   std::vector<std::string> meant;
-  std::ranges::copy_if(known, std::back_inserter(meant),
-                       [&](const std::string& id) { return id == name || shownItem(id, home) == name; });
+  const auto isMeant = [&](const std::string& id) {
+    return id == name || shownItem(id, home) == name || escapedControls(id) == name ||
+           repairedUTF8(id) == name; // as JSON has it
+  };
+  std::ranges::copy_if(known, std::back_inserter(meant), isMeant);
   if (meant.size() == 1)
     picked.ids.push_back(meant.front());
   else if (meant.empty())
@@ -59,16 +62,21 @@ Picked pick(const StorageScanResult& result, const std::vector<std::string>& nam
 /// What a step does, one line for each thing that it touches.
 std::vector<std::string> preview(const CleanupPlan::Step& step, Host& host) {
   std::vector<std::string> lines;
+  const auto mounts = host.fileTree->mounts();
+  const auto add = [&](const std::string& what, const std::string& path) {
+    const auto* mount = mountInside(path, mounts);
+    lines.push_back(mount ? localized("leave alone: ") + path + " (" + refusal(*mount) + ")" : what + path);
+  };
   switch (step.action.type) {
   case StorageAction::Type::trash:
     for (const auto& item : step.items)
-      for (const auto& path : item.urls) lines.push_back(localized("move to the Trash: ") + path);
+      for (const auto& path : item.urls) add(localized("move to the Trash: "), path);
     break;
   case StorageAction::Type::emptyTrash:
     for (const auto& item : step.items)
       for (const auto& folder : item.urls)
         for (const auto& entry : host.fileTree->list(folder).entries)
-          lines.push_back(localized("delete permanently: ") + folder + "/" + entry.name);
+          add(localized("delete permanently: "), folder + "/" + entry.name);
     break;
   case StorageAction::Type::command: {
     auto line = localized("run: ") + step.action.path;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <fmt/ranges.h>
+#include <set>
 
 namespace korvell {
 namespace {
@@ -56,6 +57,7 @@ std::vector<MountedPlace> leftOut(StorageKind kind, const StorageLocations& loca
                                   const std::vector<MountedPlace>& mounts, bool foundSomething) {
   const auto places = placesOf(kind, locations);
   std::vector<MountedPlace> result;
+  std::set<std::string_view> known;
   for (const auto& folder : places.folders) {
     const bool blocked = isBlocked(folder, locations.home, mounts);
     for (const auto& mount : mounts) {
@@ -64,7 +66,7 @@ std::vector<MountedPlace> leftOut(StorageKind kind, const StorageLocations& loca
       if (mount.path != folder && isInside(mount.path, folder) && isOverlooked(mount.path, kind, locations))
         continue;
       if (isInside(locations.home, mount.path)) continue;
-      if (std::ranges::find(result, mount.path, &MountedPlace::path) == result.end()) result.push_back(mount);
+      if (known.insert(mount.path).second) result.push_back(mount);
     }
   }
   return result;

@@ -131,16 +131,12 @@ std::vector<MountedPlace> mountedPlaces(const std::vector<Mount>& table) {
   return places;
 }
 
-std::vector<Mount> mountsForFiles(const std::vector<Mount>& table, std::string_view home) {
-  std::vector<Mount> mounts;
-  for (const auto& mount : table) {
-    const bool isOverlay = mount.type == "overlay" && !isPlumbing(mount.mountPoint);
-    if (contains(imageTypes, mount.type) && !isOverlay) continue;
-    const bool keepsFiles = hasDevice(mount) || isOverlay || mount.type == "tmpfs" ||
-                            (mayBlock(mount) && isInside(home, mount.mountPoint));
-    if (keepsFiles && !isBehindServer(mount.mountPoint, table, home)) mounts.push_back(mount);
-  }
-  return mounts;
+bool mayHoldTrash(const Mount& mount, const std::vector<Mount>& table, std::string_view home) {
+  const bool isOverlay = mount.type == "overlay" && !isPlumbing(mount.mountPoint);
+  if (contains(imageTypes, mount.type) && !isOverlay) return false;
+  const bool keepsFiles = hasDevice(mount) || isOverlay || mount.type == "tmpfs" ||
+                          (mayBlock(mount) && isInside(home, mount.mountPoint));
+  return keepsFiles && !isBehindServer(mount.mountPoint, table, home);
 }
 
 std::string mountPointOf(std::string_view path, const std::vector<Mount>& table) {

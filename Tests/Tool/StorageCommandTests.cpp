@@ -89,6 +89,11 @@ TEST_F(StorageCommandTests, itemsAreTakenAsTheyAreShown) {
     return run({"clean", "--kind", "appCaches", "--item", item, "--yes"});
   };
   EXPECT_EQ(clean("~/.cache/caf\xef\xbf\xbd\\x1b"), exitOK) << errors;
+  disk.file("home/.cache/th\xe9/x", 8192);
+  EXPECT_EQ(run({"--kind", "appCaches", "--json"}), exitOK);
+  const auto document = parseJSON(output);
+  const auto& largest = document->find("categories")->asArray()->front().find("items")->asArray()->front();
+  EXPECT_EQ(clean(*largest.find("id")->asString()), exitOK) << errors;
   EXPECT_EQ(clean("~/.cache/a\\x01"), exitFailed);
   EXPECT_THAT(errors, HasSubstr("several items are shown as ~/.cache/a\\x01; nothing was done"));
   EXPECT_THAT(disk.names("home/.cache"), ElementsAre("a\x01", "a\\x01"));
