@@ -5,7 +5,7 @@
 #include "Platform/Formats/TextScanner.h"
 
 #include <algorithm>
-#include <set>
+#include <unordered_set>
 
 namespace korvell {
 
@@ -65,13 +65,28 @@ bool isPlumbing(std::string_view path) {
   return std::ranges::any_of(plumbing, [&](std::string_view folder) { return isInside(path, folder); });
 }
 
-/// True below a mount that may block, but for those that hold `trusted`.
-bool isBehindServer(std::string_view path, const std::vector<Mount>& table, std::string_view trusted = "") {
-  return std::ranges::any_of(table, [&](const Mount& mount) {
-    return mount.mountPoint != "/" && mayBlock(mount) && isInside(path, mount.mountPoint) &&
-           !isInside(trusted, mount.mountPoint);
-  });
-}
+/// The places below which asking may block. Machines with containers have tables of tens of thousands of
+/// mounts, so a path is looked up by its parents and not compared with every mount.
+class Servers {
+public:
+  /// Those that hold `trusted` are none.
+  explicit Servers(const std::vector<Mount>& table, std::string_view trusted = {}) {
+    for (const auto& mount : table)
+      if (mount.mountPoint != "/" && mayBlock(mount) && !isInside(trusted, mount.mountPoint))
+        mountPoints_.insert(mount.mountPoint);
+  }
+
+  bool standBefore(std::string_view path) const {
+    while (path.size() > 1) {
+      if (mountPoints_.contains(path)) return true;
+      path = path.substr(0, path.rfind('/'));
+    }
+    return false;
+  }
+
+private:
+  std::unordered_set<std::string_view> mountPoints_; ///< of the table, which outlives this
+};
 
 /// One name for everything that shares its space: data sets of a ZFS pool are named pool/path.
 std::string_view spaceName(const Mount& mount) {
@@ -102,25 +117,27 @@ std::vector<Mount> parseMountInfo(std::string_view text) {
 
 std::vector<Mount> volumesWorthShowing(const std::vector<Mount>& table) {
   std::vector<Mount> shown;
-  std::set<std::string, std::less<>> devices, spaces, mountPoints;
+  const Servers servers(table);
+  std::unordered_set<std::string_view> devices, spaces, mountPoints; // of the table
   const auto isNew = [&](const Mount& mount) {
     return !devices.contains(mount.device) && !spaces.contains(spaceName(mount)) &&
            !mountPoints.contains(mount.mountPoint);
   };
   const auto show = [&](const Mount& mount) {
     devices.insert(mount.device);
-    if (hasDevice(mount)) spaces.emplace(spaceName(mount));
+    if (hasDevice(mount)) spaces.insert(spaceName(mount));
     mountPoints.insert(mount.mountPoint);
     shown.push_back(mount);
   };
 
   // The last mount on a place is the one that is seen there.
   const auto root = std::ranges::find(table.rbegin(), table.rend(), "/", &Mount::mountPoint);
-  show(root == table.rend() ? Mount{.mountPoint = "/"} : *root);
+  const Mount unnamed{.mountPoint = "/"};
+  show(root == table.rend() ? unnamed : *root);
 
   for (const auto& mount : table) {
     if (!hasDevice(mount) || contains(imageTypes, mount.type) || isPlumbing(mount.mountPoint)) continue;
-    if (isNew(mount) && !isBehindServer(mount.mountPoint, table)) show(mount);
+    if (isNew(mount) && !servers.standBefore(mount.mountPoint)) show(mount);
   }
   return shown;
 }
@@ -131,12 +148,17 @@ std::vector<MountedPlace> mountedPlaces(const std::vector<Mount>& table) {
   return places;
 }
 
-bool mayHoldTrash(const Mount& mount, const std::vector<Mount>& table, std::string_view home) {
-  const bool isOverlay = mount.type == "overlay" && !isPlumbing(mount.mountPoint);
-  if (contains(imageTypes, mount.type) && !isOverlay) return false;
-  const bool keepsFiles = hasDevice(mount) || isOverlay || mount.type == "tmpfs" ||
-                          (mayBlock(mount) && isInside(home, mount.mountPoint));
-  return keepsFiles && !isBehindServer(mount.mountPoint, table, home);
+std::vector<Mount> mountsForFiles(const std::vector<Mount>& table, std::string_view home) {
+  const Servers servers(table, home);
+  std::vector<Mount> mounts;
+  for (const auto& mount : table) {
+    const bool isOverlay = mount.type == "overlay" && !isPlumbing(mount.mountPoint);
+    if (contains(imageTypes, mount.type) && !isOverlay) continue;
+    const bool keepsFiles = hasDevice(mount) || isOverlay || mount.type == "tmpfs" ||
+                            (mayBlock(mount) && isInside(home, mount.mountPoint));
+    if (keepsFiles && !servers.standBefore(mount.mountPoint)) mounts.push_back(mount);
+  }
+  return mounts;
 }
 
 std::string mountPointOf(std::string_view path, const std::vector<Mount>& table) {

@@ -33,11 +33,10 @@ std::vector<Mount> volumesWorthShowing(const std::vector<Mount>& table);
 /// What the table says about each place, in its order.
 std::vector<MountedPlace> mountedPlaces(const std::vector<Mount>& table);
 
-/// Whether a mount of the table may hold a Trash of its own: every place of every device, file systems in
-/// memory and overlays too, also where they are out of sight (a cache folder of its own). Neither images, nor
-/// the roots of containers and the like, nor what may block, unless `home` lies on it too: then everything
-/// would.
-bool mayHoldTrash(const Mount& mount, const std::vector<Mount>& table, std::string_view home);
+/// The mounts that may hold a Trash of their own: every place of every device, file systems in memory and
+/// overlays too, also where they are out of sight (a cache folder of its own). Neither images, nor the roots
+/// of containers and the like, nor what may block, unless `home` lies on it too: then everything would.
+std::vector<Mount> mountsForFiles(const std::vector<Mount>& table, std::string_view home);
 
 /// Where the file system of a path begins: the mount point that it lies on or below, "/" when there is none.
 /// The path has no links in it.

@@ -240,9 +240,8 @@ Outcome LinuxTrash::move(const TrashRequest& request, const std::vector<Mount>& 
 
 /// Whether `folders` looks for a Trash at a mount: nothing is put where it is not found again.
 bool LinuxTrash::isEmptied(const std::string& top, const std::vector<Mount>& mounts) const {
-  return std::ranges::any_of(mounts, [&](const Mount& mount) {
-    return mount.mountPoint == top && mayHoldTrash(mount, mounts, dataHome_);
-  });
+  const auto known = mountsForFiles(mounts, dataHome_);
+  return std::ranges::find(known, top, &Mount::mountPoint) != known.end();
 }
 
 std::vector<TrashFolder> LinuxTrash::folders() {
@@ -263,8 +262,7 @@ std::vector<TrashFolder> LinuxTrash::folders() {
     folders.push_back({trash + "/files", trash + "/info", std::string(trashInfoSuffix)});
   };
   if (const auto home = realFolder(dataHome_); !home.empty()) add(home, "Trash");
-  for (const auto& mount : table) {
-    if (!mayHoldTrash(mount, table, dataHome_)) continue;
+  for (const auto& mount : mountsForFiles(table, dataHome_)) {
     const auto top = realFolder(mount.mountPoint);
     if (top.empty()) continue;
     if (const Descriptor folder = plainFolder(top); folder && sharedTrash(folder.get()))
