@@ -49,8 +49,12 @@ std::unique_ptr<DevServerScanner> Assembly::makeDevServerScanner() const {
     std::error_code ignored;
     return std::filesystem::exists(path, ignored);
   };
+  const auto isDesktopProgram = [owners = owners_.get()](const std::string& executable) {
+    return owners && owners->isDesktopProgram(executable);
+  };
   const auto& tables = host_.bundleInfo ? macOSDevServerTables : linuxDevServerTables;
-  return std::make_unique<DevServerScanner>(*host_.processes, tables, std::move(home), exists, clock_);
+  return std::make_unique<DevServerScanner>(*host_.processes, tables, std::move(home), exists,
+                                            isDesktopProgram, clock_);
 }
 
 std::unique_ptr<Sampler> Assembly::makeSampler(HistoryStore* history) {

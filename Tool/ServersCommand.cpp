@@ -201,11 +201,23 @@ int runStopIdle(Context& context, const Arguments& arguments) {
   }
   if (!idle.empty() && !confirmed(context, arguments, idleBanner(idle, memory))) return exitFailed;
 
+  // The answer may have taken hours: what was put to work or has ended meanwhile is left alone.
+  const auto present = findServers(context);
+  if (!present.fromKeeper) return fail(context, needsKeeper());
+  const auto still = stillIdle(idle, present.projects, context.clock.now());
+  Value spared = Value::array();
+  for (const DevServer& server : idle)
+    if (std::ranges::find(still, server.pid, &DevServer::pid) == still.end()) {
+      spared.append(toValue(server));
+      context.err.line("korvell: " + localized("{server} is no longer idle and was left alone.",
+                                               {{"server", nameOf(server)}}));
+    }
+
   Value results = Value::array();
   std::size_t stopped = 0;
   memory = 0;
-  for (const DevServer& server : idle) {
-    const auto outcome = stopServer(context, found, server);
+  for (const DevServer& server : still) {
+    const auto outcome = stopServer(context, present, server);
     results.append(outcomeValue(server, outcome));
     if (outcome && hasStopped(*outcome)) {
       ++stopped;
@@ -215,13 +227,13 @@ int runStopIdle(Context& context, const Arguments& arguments) {
     }
   }
   if (arguments.flag("--json"))
-    printJSON(context.out, Value::object({{"stopped", results}}));
+    printJSON(context.out, Value::object({{"stopped", results}, {"spared", spared}}));
   else
     context.out.line((stopped == 1
                           ? localized("1 server stopped. ")
                           : localized("{count} servers stopped. ", {{"count", std::to_string(stopped)}})) +
                      Format::memory(double(memory)) + localized(" freed."));
-  return stopped == idle.size() ? exitOK : exitFailed;
+  return stopped == still.size() ? exitOK : exitFailed;
 }
 
 } // namespace

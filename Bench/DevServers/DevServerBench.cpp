@@ -92,8 +92,9 @@ int run() {
     const Herd herd(home);
     const SystemClock clock;
     const auto exists = [](const std::string& path) { return std::filesystem::exists(path); };
-    DevServerScanner scanner(*host.processes, linuxDevServerTables, std::filesystem::canonical(home).string(),
-                             exists, clock);
+    DevServerScanner scanner(
+        *host.processes, linuxDevServerTables, std::filesystem::canonical(home).string(), exists,
+        [](const std::string&) { return false; }, clock);
     const auto snapshot = snapshotOf(*host.processes);
     UsageByPID usages;
     for (const ProcessUsage& usage : snapshot.usages) usages[usage.pid] = &usage;

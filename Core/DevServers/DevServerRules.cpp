@@ -109,6 +109,13 @@ std::vector<ProcessID> descendants(ProcessID pid, const ChildrenByPID& children)
   return found;
 }
 
+bool isDesktopLayout(const std::string& executable, const FileExists& exists) {
+  if (executable.starts_with("/tmp/.mount_")) return true;
+  if (executable.starts_with("/app/") && !exists(executable)) return true;
+  const auto resources = parentFolder(executable) + "/resources/app";
+  return exists(resources + "/package.json") || exists(resources + ".asar");
+}
+
 ProjectFolders projectFolders(const std::string& directory, const std::string& home,
                               const FileExists& exists) {
   ProjectFolders folders;
@@ -133,6 +140,17 @@ std::vector<DevServer> idleServers(const std::vector<DevProject>& projects, Date
   for (const DevProject& project : projects)
     for (const DevServer& server : project.servers)
       if (isIdle(server, now)) idle.push_back(server);
+  return idle;
+}
+
+std::vector<DevServer> stillIdle(const std::vector<DevServer>& before,
+                                 const std::vector<DevProject>& projects, Date now) {
+  auto idle = idleServers(projects, now);
+  std::erase_if(idle, [&](const DevServer& server) {
+    return std::ranges::none_of(before, [&](const DevServer& earlier) {
+      return earlier.pid == server.pid && earlier.startedAt == server.startedAt;
+    });
+  });
   return idle;
 }
 

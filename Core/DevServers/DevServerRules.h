@@ -41,6 +41,10 @@ std::vector<ProcessID> descendants(ProcessID pid, const ChildrenByPID& children)
 
 using FileExists = std::function<bool(const std::string& path)>;
 
+/// A desktop program by the place that it runs from: an installed Electron program (an editor, say), which
+/// has its code in "resources" beside it, an AppImage, or a Flatpak, whose "/app" is not the one that we see.
+bool isDesktopLayout(const std::string& executable, const FileExists& exists);
+
 struct ProjectFolders {
   std::string service; ///< the deepest folder with a marker
   std::string project; ///< the folder with ".git" at or above it, else the service's
@@ -55,5 +59,9 @@ ProjectFolders projectFolders(const std::string& directory, const std::string& h
 inline constexpr Seconds idleAfter{1800};
 inline bool isIdle(const DevServer& server, Date now) { return now - server.lastActive > idleAfter; }
 std::vector<DevServer> idleServers(const std::vector<DevProject>& projects, Date now);
+/// Those of `before` that run and are idle in `projects` too, as they are there; a process is known by its id
+/// and its start.
+std::vector<DevServer> stillIdle(const std::vector<DevServer>& before,
+                                 const std::vector<DevProject>& projects, Date now);
 
 } // namespace korvell

@@ -46,9 +46,9 @@ UsageByPID usageByPID(const std::vector<AppUsage>& apps) {
 }
 
 DevServerScanner::DevServerScanner(ProcessTable& table, const DevServerTables& rules, std::string home,
-                                   FileExists exists, const Clock& clock)
-    : table_(table), rules_(rules), home_(std::move(home)), exists_(std::move(exists)), clock_(clock),
-      launchDate_(clock.now()) {}
+                                   FileExists exists, IsDesktopProgram isDesktopProgram, const Clock& clock)
+    : table_(table), rules_(rules), home_(std::move(home)), exists_(std::move(exists)),
+      isDesktopProgram_(std::move(isDesktopProgram)), clock_(clock), launchDate_(clock.now()) {}
 
 std::vector<DevProject> DevServerScanner::scan(const UsageByPID& processes, const ParentsByPID& parents) {
   portsByPID_ = table_.listeningPorts();
@@ -83,6 +83,7 @@ std::optional<DevServer> DevServerScanner::server(ProcessID pid, const UsageByPI
     return std::nullopt;
   const auto directory = table_.workingDirectory(pid);
   if (!directory || !directory->starts_with(home_ + "/")) return std::nullopt;
+  if (isDesktopLayout(program->path, exists_) || isDesktopProgram_(program->path)) return std::nullopt;
   const auto startedAt = table_.startDate(pid);
   if (!startedAt) return std::nullopt;
 

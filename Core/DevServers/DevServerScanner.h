@@ -21,6 +21,10 @@ namespace korvell {
 using UsageByPID = std::unordered_map<ProcessID, const ProcessUsage*>;
 UsageByPID usageByPID(const std::vector<AppUsage>& apps);
 
+/// True for the program of a desktop application, such as an editor: whoever starts one from a project folder
+/// develops with it and not on it.
+using IsDesktopProgram = std::function<bool(const std::string& executable)>;
+
 class DevServerScanner {
 public:
   /// Percent of one core, with all descendants, above which a server is at work.
@@ -28,7 +32,7 @@ public:
 
   /// `home` is the real path of the home folder, without links and trailing slash.
   DevServerScanner(ProcessTable& table, const DevServerTables& rules, std::string home, FileExists exists,
-                   const Clock& clock);
+                   IsDesktopProgram isDesktopProgram, const Clock& clock);
 
   /// The projects, those that take the most memory first. `parents` maps every process to its parent.
   std::vector<DevProject> scan(const UsageByPID& processes, const ParentsByPID& parents);
@@ -55,6 +59,7 @@ private:
   const DevServerTables& rules_;
   std::string home_;
   FileExists exists_;
+  IsDesktopProgram isDesktopProgram_;
   const Clock& clock_;
   Date launchDate_;
   PortsByPID portsByPID_;

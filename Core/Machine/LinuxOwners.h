@@ -47,6 +47,9 @@ public:
   OwnerDecision owner(ProcessID pid, const ProcessFacts& facts, ProcessLookup& lookup) override;
   SystemGroup systemGroup() const override { return linuxSystemGroup; }
   void beginCycle() override;
+  bool isDesktopProgram(const std::string& executable) const override {
+    return entries_.byProgram(executable) != nullptr;
+  }
   std::optional<ProcessID> mainProcess(const Owner& owner, std::span<const GroupMember> members) override;
 
 private:

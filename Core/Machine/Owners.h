@@ -56,6 +56,8 @@ public:
   virtual SystemGroup systemGroup() const = 0;
   /// Called once before each cycle's questions: whatever was read from disk may be looked at again.
   virtual void beginCycle() {}
+  /// True for the program of a desktop application, by where it lies: whoever runs it uses that application.
+  virtual bool isDesktopProgram(const std::string&) const { return false; }
   /// The process that stands for a group where the system keeps no list of running applications.
   virtual std::optional<ProcessID> mainProcess(const Owner&, std::span<const GroupMember>) { return {}; }
 };

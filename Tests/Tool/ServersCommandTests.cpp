@@ -30,10 +30,13 @@ struct ServersCommandTests : KeeperFixture {
                                       .startedAt = Date{1'799'990'000.5},
                                       .lastActive = Date{1'799'990'000}}}}};
   std::map<std::int64_t, std::string> outcomes; ///< by process; others are refused
+  int asked = 0;
+  std::function<void()> whileAsking = [] {}; ///< happens between the first look and the second
 
   ServersCommandTests() {
     columns = 100;
     playKeeper([this](const Value& request) {
+      if (request.find("ask") && ++asked == 2) whileAsking();
       if (request.find("ask"))
         return Value::object({{"ok", true}, {"hasSample", true}, {"projects", toValue(projects)}});
       const auto outcome = outcomes.find(*request.find("pid")->asInt());
@@ -84,6 +87,18 @@ TEST_F(ServersCommandTests, stopsTheIdleOnes) {
   EXPECT_EQ(err, "korvell: node (PID 10) belongs to another user.\n");
   EXPECT_EQ(run({"servers", "stop-idle"}), exitFailed);
   EXPECT_THAT(err, HasSubstr("2 dev servers are running but idle. Stopping them frees 150 MB."));
+
+  // Between the question and the answer one was put to work, and the other id went to a younger process.
+  asked = 0;
+  orders.clear();
+  whileAsking = [this] {
+    projects[0].servers[0].lastActive = clock.now();
+    projects[1].servers[0].startedAt = Date{1'799'995'000};
+  };
+  EXPECT_EQ(run({"servers", "stop-idle", "--yes"}), exitOK);
+  EXPECT_THAT(err, HasSubstr("node (PID 10) is no longer idle and was left alone."));
+  EXPECT_THAT(err, HasSubstr("python3.11 (PID 20) is no longer idle and was left alone."));
+  EXPECT_TRUE(orders.empty());
   projects.clear();
   EXPECT_EQ(run({"servers", "stop-idle"}), exitOK);
   EXPECT_EQ(out, "No dev server is idle.\n");

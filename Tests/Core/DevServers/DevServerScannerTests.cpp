@@ -40,8 +40,12 @@ struct DevServerScannerTests : testing::Test {
   std::set<std::string> files{"/home/u/shop/.git", "/home/u/shop/web/package.json",
                               "/home/u/shop/api/package.json"};
   ManualClock clock;
-  DevServerScanner scanner{table, linuxDevServerTables, "/home/u",
-                           [this](const std::string& path) { return files.contains(path); }, clock};
+  DevServerScanner scanner{table,
+                           linuxDevServerTables,
+                           "/home/u",
+                           [this](const std::string& path) { return files.contains(path); },
+                           [](const std::string& path) { return path.starts_with("/opt/idea/"); },
+                           clock};
 };
 
 TEST_F(DevServerScannerTests, aServerHasItsProjectPortsAndTheUseOfItsChildren) {
@@ -80,6 +84,18 @@ TEST_F(DevServerScannerTests, onlyServersBelowTheHomeFolderCount) {
   add(19, "Python", "/home/u/a").path = "/opt/Python.app/Contents/MacOS/Python";
   EXPECT_THAT(pids(), ElementsAre(17, 18, 19));
   EXPECT_EQ(scan().at(0).servers.at(2).name, "python") << "its process bears the name of a stub";
+}
+
+TEST_F(DevServerScannerTests, anEditorStartedFromAProjectFolderIsNoServer) {
+  files.insert({"/home/u/code/resources/app/package.json", "/opt/chat/resources/app.asar", "/app/bin/node"});
+  add(10, "code", "/home/u/shop").path = "/home/u/code/code";
+  add(11, "chat", "/home/u/shop").path = "/opt/chat/chat";
+  add(12, "java", "/home/u/shop").path = "/opt/idea/jbr/bin/java";
+  add(13, "cursor", "/home/u/shop").path = "/tmp/.mount_cursorX/cursor";
+  add(14, "code", "/home/u/shop").path = "/app/extra/code"; // inside a Flatpak
+  add(15, "node", "/home/u/shop").path = "/app/bin/node";   // a folder of ours that is called so
+  add(16, "air", "/home/u/shop").path = "/home/u/go/bin/air";
+  EXPECT_THAT(pids(), ElementsAre(15, 16));
 }
 
 TEST_F(DevServerScannerTests, projectsGoByTheirMemoryAndServersKeepTheirPlace) {

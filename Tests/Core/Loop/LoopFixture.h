@@ -40,7 +40,8 @@ struct LoopFixture : testing::Test {
     auto processes = std::make_unique<ProcessSampler>(
         ProcessSampler::Services{table, applications, owners, time.clock()}, cores);
     auto devServers = std::make_unique<DevServerScanner>(
-        table, linuxDevServerTables, "/home/u", [](const std::string&) { return false; }, time.clock());
+        table, linuxDevServerTables, "/home/u", [](const std::string&) { return false; },
+        [](const std::string&) { return false; }, time.clock());
     auto alerts = std::make_unique<AlertEngine>(AlertEngine::Services{defaults, notifications},
                                                 std::string(linuxSystemGroup.key), cores);
     return std::make_unique<Sampler>(
