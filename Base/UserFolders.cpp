@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <sys/stat.h>
 
 namespace korvell {
@@ -30,6 +31,15 @@ std::string below(const std::string& folder, const char* path) {
   return folder == "/" ? path : folder + path;
 }
 
+/// True when both, without "." and "..", are the same folder or the second lies below the first.
+bool holds(const std::string& folder, const std::string& inside) {
+  const auto plain = [](const std::string& path) {
+    auto text = std::filesystem::path(path).lexically_normal().string();
+    return text.ends_with('/') ? text : text + "/";
+  };
+  return plain(inside).starts_with(plain(folder));
+}
+
 } // namespace
 
 UserFolders linuxUserFolders(const Environment& environment) {
@@ -42,6 +52,7 @@ UserFolders linuxUserFolders(const Environment& environment) {
   folders.dataHome = base("XDG_DATA_HOME", "/.local/share");
   folders.configHome = base("XDG_CONFIG_HOME", "/.config");
   folders.cacheHome = base("XDG_CACHE_HOME", "/.cache");
+  if (holds(folders.cacheHome, folders.home)) folders.cacheHome = below(folders.home, "/.cache");
   folders.data = folders.dataHome + "/korvell";
   folders.config = folders.configHome + "/korvell";
   if (const auto runtime = environment("XDG_RUNTIME_DIR"); runtime && runtime->starts_with('/'))

@@ -26,7 +26,8 @@ struct UserFolders {
   bool operator==(const UserFolders&) const = default;
 };
 
-/// The XDG base directories; a relative value of an XDG variable is ignored, as that convention asks.
+/// The XDG base directories; a relative value of an XDG variable is ignored, as that convention asks, and so
+/// is a cache folder that is the home folder or holds it: caches are emptied.
 UserFolders linuxUserFolders(const Environment& environment);
 /// ~/Library and its folders.
 UserFolders macOSUserFolders(const Environment& environment);

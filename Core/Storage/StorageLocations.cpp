@@ -52,7 +52,11 @@ constexpr CacheRow linuxCaches[] = {
 void fill(StorageLocations& locations, const UserFolders& folders, std::span<const CacheRow> rows) {
   locations.home = folders.home;
   locations.cacheHome = folders.cacheHome;
+  // A cache folder that holds the home folder is a mistake in someone's settings: what bears a package
+  // manager's name there is the user's own.
+  const bool believed = !isInside(folders.home, folders.cacheHome);
   for (const auto& row : rows) {
+    if (row.root == Root::cache && !believed) continue;
     const auto& root = row.root == Root::home    ? folders.home
                        : row.root == Root::cache ? folders.cacheHome
                                                  : folders.dataHome;

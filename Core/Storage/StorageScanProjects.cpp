@@ -1,5 +1,6 @@
 // Kinds whose items qualify by their age: dependencies of old projects and large old downloads.
 
+#include "Base/Text.h"
 #include "Core/Storage/StorageScan.h"
 
 #include <algorithm>
@@ -11,6 +12,15 @@ constexpr Seconds oldAge{2'592'000}; // 30 days
 constexpr std::int64_t largeDownload = 500'000'000;
 constexpr int deepestProject = 5;
 constexpr std::string_view dependencies = "node_modules";
+
+/// True in the folders from which installed Electron programs run, and below them.
+bool isInstalledProgram(std::string_view path) {
+  const auto parts = split(path, '/');
+  const auto found = std::ranges::adjacent_find(parts, [](std::string_view folder, std::string_view inside) {
+    return folder == "resources" && (inside == "app" || inside == "app.asar.unpacked");
+  });
+  return found != parts.end();
+}
 
 } // namespace
 
@@ -59,21 +69,29 @@ void StorageScan::findProjects(const std::string& root, std::vector<std::string>
     return std::ranges::any_of(locations_.packageExtensions,
                                [&](auto ending) { return name.ends_with(ending); });
   };
+  // What Node itself installs into, next to its program or without a description of a project.
+  const auto isNodeLibrary = [&](const std::string& path) {
+    if (!path.ends_with("/lib")) return false;
+    const auto prefix = path.substr(0, path.rfind('/'));
+    return files_.info(prefix + "/bin/node") || !files_.info(path + "/package.json");
+  };
   const auto start = files_.info(root);
   std::vector<Folder> waiting = {{root, 0}};
   while (start && !waiting.empty() && !cancellation.isCancelled()) {
     const Folder folder = std::move(waiting.back());
     waiting.pop_back();
+    if (isInstalledProgram(std::string_view(folder.path).substr(root.size()))) continue;
     const auto listing = files_.list(folder.path);
     if (listing.device != start->identity.device) continue;
     const auto prefix = folder.path == "/" ? "/" : folder.path + "/";
     std::vector<Folder> inside;
     for (const auto& entry : listing.entries) {
       if (entry.kind != FileKind::folder) continue;
-      if (entry.name == dependencies)
-        found.push_back(folder.path);
-      else if (folder.level + 1 < deepestProject && !isSkipped(entry.name, folder.level))
+      if (entry.name == dependencies) {
+        if (!isNodeLibrary(folder.path)) found.push_back(folder.path);
+      } else if (folder.level + 1 < deepestProject && !isSkipped(entry.name, folder.level)) {
         inside.push_back({prefix + entry.name, folder.level + 1});
+      }
     }
     std::ranges::move(inside.rbegin(), inside.rend(),
                       std::back_inserter(waiting)); // in the order of the names

@@ -14,10 +14,22 @@ TEST(UserFolders, onLinuxHomeAndTheBaseDirectoriesDecide) {
   const auto set = linuxUserFolders(fakeEnvironment({{"HOME", "/home/ada"},
                                                      {"XDG_DATA_HOME", "/data/"},
                                                      {"XDG_CONFIG_HOME", "relative/is/ignored"},
-                                                     {"XDG_CACHE_HOME", "/"},
+                                                     {"XDG_CACHE_HOME", "/cache"},
                                                      {"XDG_RUNTIME_DIR", "/run/user/1000"}}));
   EXPECT_EQ(set, (UserFolders{"/home/ada", "/data/korvell", "/home/ada/.config/korvell",
-                              "/run/user/1000/korvell", "/", "/data", "/home/ada/.config"}));
+                              "/run/user/1000/korvell", "/cache", "/data", "/home/ada/.config"}));
+}
+
+TEST(UserFolders, aCacheFolderThatHoldsTheHomeFolderIsNotBelieved) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"/home/ada", "/home/ada/.cache"},     {"/home/ada/./x/..", "/home/ada/.cache"},
+      {"/home", "/home/ada/.cache"},         {"/", "/home/ada/.cache"},
+      {"/home/ada/", "/home/ada/.cache"},    {"/home/ad", "/home/ad"},
+      {"/home/ada/Cache", "/home/ada/Cache"}};
+  for (const auto& [value, cacheHome] : rows)
+    EXPECT_EQ(linuxUserFolders(fakeEnvironment({{"HOME", "/home/ada"}, {"XDG_CACHE_HOME", value}})).cacheHome,
+              cacheHome)
+        << value;
 }
 
 TEST(UserFolders, aHomeThatIsNoneIsTheRoot) {

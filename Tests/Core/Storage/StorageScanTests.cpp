@@ -245,6 +245,31 @@ TEST_F(StorageScanTests, dependenciesOfProjectsThatRest) {
   EXPECT_THAT(world.scan().staleNodeModules(std::nullopt, old + Seconds{30 * 86400.0 - 1}), IsEmpty());
 }
 
+TEST_F(StorageScanTests, whatProgramsConsistOfIsNoProject) {
+  for (const auto* project :
+       {"node-v20/lib", "venv/lib", "Editor/resources/app", "Editor/resources/app/extensions/git",
+        "Chat/resources/app.asar.unpacked", "work/lib", "work/resources/web", "work/resources"})
+    disk.file("home/" + std::string(project) + "/node_modules/x", 100);
+  disk.file("home/node-v20/bin/node", 1);
+  disk.file("home/venv/bin/node", 1);
+  for (const auto* described : {"venv/lib", "Editor/resources/app", "work/lib"})
+    disk.file("home/" + std::string(described) + "/package.json", 1);
+  EXPECT_THAT(
+      ids(world.scan().staleNodeModules(std::nullopt, world.clock.now() + Seconds{99 * 86400.0})),
+      ElementsAre("work/lib/node_modules", "work/resources/node_modules", "work/resources/web/node_modules"));
+}
+
+TEST_F(StorageScanTests, aCacheFolderThatIsTheHomeFolderHoldsNoCaches) {
+  disk.link("home", "cache"); // the variable names a link: its text alone doesn't tell
+  disk.file("home/pip/own.py", 5000);
+  disk.file("home/yarn/own.txt", 5000);
+  auto folders = world.folders();
+  folders.cacheHome = disk / "cache";
+  const auto locations = linuxStorageLocations(resolvedFolders(folders, world.files), "");
+  const StorageScan scan(locations, world.files, world.trash, Shell::run, world.clock);
+  for (const auto kind : {pip, yarn, appCaches}) EXPECT_FALSE(scan.scan(kind)) << rawValue(kind);
+}
+
 TEST_F(StorageScanTests, largeOldDownloadsAreFilesAndPackages) {
   world.onMac = true;
   disk.file("home/Downloads/exact", 8192);
