@@ -13,13 +13,18 @@
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
+#include <system_error>
+#include <thread>
 
 namespace korvell {
 
 namespace {
 
-constexpr size_t mostOutput = size_t{64} << 20;
-constexpr Seconds graceAfterTerminate{1};
+constexpr size_t mostOutput = size_t{16} << 20;
+/// How long a program has to end after each of the two signals.
+constexpr Seconds grace{1};
+/// How often it is looked whether the caller cancelled.
+constexpr Seconds cancellationInterval{0.1};
 /// How often a child is looked at where the system gives no notice of its end.
 constexpr Seconds lookInterval{0.01};
 
@@ -126,15 +131,29 @@ public:
     kill(pid_, number);
   }
 
+  /// Has it reaped whenever it ends, without anybody waiting for it.
+  void leave() const {
+    try {
+      std::thread([pid = pid_] { reap(pid); }).detach();
+    } catch (const std::system_error&) { // no more threads: it stays as a zombie while this process runs
+    }
+  }
+
   /// After its end: the exit code, 128 + the signal, or -1 when it is not known.
   int wait() {
-    int status = 0;
-    while (waitpid(pid_, &status, 0) < 0)
-      if (errno != EINTR) return -1;
-    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+    const auto status = reap(pid_);
+    if (!status) return -1;
+    return WIFSIGNALED(*status) ? 128 + WTERMSIG(*status) : WEXITSTATUS(*status);
   }
 
 private:
+  static std::optional<int> reap(pid_t pid) {
+    int status = 0;
+    while (waitpid(pid, &status, 0) < 0)
+      if (errno != EINTR) return std::nullopt;
+    return status;
+  }
+
   pid_t pid_;
   Descriptor notice_;
   bool lost_ = false;
@@ -147,31 +166,41 @@ void waitForNews(const Program& program, const Collector& collector, Seconds lon
   poll(descriptors, 2, int(milliseconds));
 }
 
-/// Returns when the program has ended by itself, or was made to; true in the latter case.
-bool runToItsEnd(Program& program, Collector& collector, Seconds timeout) {
+/// Returns when the program has ended, by itself or made to, or when even killing it did not help.
+void runToItsEnd(Program& program, Collector& collector, Seconds timeout, const Cancellation& cancellation,
+                 ShellResult& result) {
   constexpr Seconds never{1e12};
   const SystemClock clock;
-  bool timedOut = false;
+  int sent = 0; ///< the last signal
   auto limit = clock.monotonic() + std::clamp(timeout, Seconds{0}, never);
   while (!program.hasEnded()) {
     const auto now = clock.monotonic();
-    if (now >= limit) {
-      program.signal(timedOut ? SIGKILL : SIGTERM);
-      limit = now + (timedOut ? never : graceAfterTerminate);
-      timedOut = true;
+    const bool cancelled = sent == 0 && cancellation.isCancelled();
+    if (cancelled || now >= limit) {
+      result.lingers = sent == SIGKILL;
+      if (result.lingers) return;
+      if (sent == 0) (cancelled ? result.interrupted : result.timedOut) = true;
+      sent = sent == 0 ? SIGTERM : SIGKILL;
+      program.signal(sent);
+      limit = now + grace;
     }
-    waitForNews(program, collector, limit - now);
+    waitForNews(program, collector, std::min(limit - now, cancellationInterval));
     collector.read();
   }
-  return timedOut;
 }
 
 } // namespace
 
 std::optional<ShellResult> Shell::run(const std::string& path, const std::vector<std::string>& arguments,
-                                      Seconds timeout) {
+                                      Seconds timeout, const Cancellation& cancellation) {
   if (path.empty() || path.front() != '/' || holdsNUL(path)) return std::nullopt;
   if (std::any_of(arguments.begin(), arguments.end(), holdsNUL)) return std::nullopt;
+  ShellResult result;
+  if (cancellation.isCancelled()) {
+    result.exitStatus = -1;
+    result.interrupted = true;
+    return result;
+  }
   auto pipe = makeOutputPipe();
   if (!pipe) return std::nullopt;
   const pid_t pid = spawn(path, arguments, pipe->writing.get());
@@ -180,11 +209,15 @@ std::optional<ShellResult> Shell::run(const std::string& path, const std::vector
 
   Program program(pid);
   Collector collector(std::move(pipe->reading));
-  ShellResult result;
-  result.timedOut = runToItsEnd(program, collector, timeout);
+  runToItsEnd(program, collector, timeout, cancellation, result);
   collector.readRest();
-  if (result.timedOut) program.signal(SIGKILL); // children that would outlive it
-  result.exitStatus = program.wait();
+  if (result.lingers) {
+    result.exitStatus = -1;
+    program.leave();
+  } else {
+    if (result.timedOut || result.interrupted) program.signal(SIGKILL); // children that would outlive it
+    result.exitStatus = program.wait();
+  }
   result.output = repairedUTF8(collector.output());
   return result;
 }

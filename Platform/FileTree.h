@@ -96,8 +96,9 @@ public:
   /// name, in order. Works from open folders, so that nothing outside of `folder` is reached even when
   /// entries are links or are exchanged meanwhile; a `folder` with a link anywhere in its path is refused,
   /// and so are names that are no plain names. Goes on after what can't be removed. Folders of the user's own
-  /// that their mode keeps closed are opened first.
-  virtual std::vector<Removal> remove(const std::string& folder, const std::vector<std::string>& names) = 0;
+  /// that their mode keeps closed are opened first. Cancelled, what is not yet removed stays.
+  virtual std::vector<Removal> remove(const std::string& folder, const std::vector<std::string>& names,
+                                      const Cancellation& cancellation) = 0;
 };
 
 } // namespace korvell

@@ -1,9 +1,7 @@
 #include "Tool/HeadlessLoop.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <csignal>
 #include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
@@ -14,7 +12,6 @@ namespace {
 
 // Signal handlers know no object, so the pipe that they write to stands here.
 int pipeRead = -1, pipeWrite = -1;
-constexpr std::array endingSignals = {SIGHUP, SIGINT, SIGTERM};
 constexpr char wakeByte = 'w', endByte = 'e';
 
 void writeByte(char byte) {
@@ -43,11 +40,14 @@ HeadlessLoop::HeadlessLoop() : main_("main", [] { writeByte(wakeByte); }) {
   pipeWrite = ends[1];
   struct sigaction action {};
   action.sa_handler = askToEnd;
-  for (int signal : endingSignals) sigaction(signal, &action, nullptr);
+  for (size_t i = 0; i < endingSignals.size(); ++i) {
+    sigaction(endingSignals[i], nullptr, &before_[i]);
+    if (before_[i].sa_handler != SIG_IGN) sigaction(endingSignals[i], &action, nullptr);
+  }
 }
 
 HeadlessLoop::~HeadlessLoop() {
-  for (int signal : endingSignals) std::signal(signal, SIG_DFL);
+  for (size_t i = 0; i < endingSignals.size(); ++i) sigaction(endingSignals[i], &before_[i], nullptr);
   close(std::exchange(pipeRead, -1));
   close(std::exchange(pipeWrite, -1));
 }

@@ -8,6 +8,7 @@
 #include "Core/Storage/StorageLog.h"
 #include "Tool/Commands.h"
 #include "Tool/Confirmation.h"
+#include "Tool/Interruptible.h"
 #include "Tool/StorageCommand.h"
 #include "Tool/Wrap.h"
 
@@ -130,8 +131,17 @@ int dryRun(Context& context, const Arguments& arguments, const PendingCleanup& p
 int carryOut(Context& context, const Arguments& arguments, const PendingCleanup& pending,
              const CleanupPlan& plan, const StorageWork& work) {
   const auto steps = preview(plan, context.host);
-  const auto outcome = carryOut(plan, work);
+  CleanupOutcome outcome;
+  runInterruptibly([&](const Cancellation& cancellation) { outcome = carryOut(plan, work, cancellation); },
+                   [&] {
+                     context.err.line("korvell: " +
+                                      localized("interrupted: ending what is under way, then measuring"));
+                     context.err.flush();
+                   });
   const auto freed = freedBytes(plan, outcome);
+  const auto feedback = outcome.interrupted && freed == FreedBytes{}
+                            ? localized("Interrupted before anything was freed.")
+                            : freed.feedback();
   StorageLog::record(freed.logged(), context.clock.now(), *context.host.defaults);
   for (const auto& problem : outcome.problems) context.err.line("korvell: " + escapedControls(problem));
   if (arguments.flag("--json")) {
@@ -140,13 +150,14 @@ int carryOut(Context& context, const Arguments& arguments, const PendingCleanup&
     value.set(
         "freed",
         Value::object({{"moved", freed.moved}, {"emptied", freed.emptied}, {"commands", freed.commands}}));
-    value.set("feedback", freed.feedback());
+    value.set("feedback", feedback);
     value.set("problems", toValue(outcome.problems));
+    value.set("interrupted", outcome.interrupted);
     printJSON(context.out, value);
   } else {
-    context.out.line(freed.feedback());
+    context.out.line(feedback);
   }
-  return freed == FreedBytes{} ? exitFailed : exitOK;
+  return outcome.interrupted || freed == FreedBytes{} ? exitFailed : exitOK;
 }
 
 /// With the notes, which may tell why.
@@ -161,7 +172,9 @@ int nothingFound(Context& context, const StorageScanResult& result) {
 
 int runStorageClean(Context& context, const Arguments& arguments) {
   const auto scan = makeStorageScan(context.host, context.clock);
-  const auto result = measureStorage(context, *scan, storageKinds(arguments));
+  const auto measured = measureStorage(context, *scan, storageKinds(arguments));
+  if (!measured) return exitFailed;
+  const auto& result = *measured;
   const auto picked = pick(result, arguments.list("--item"), scan->locations().home);
   if (!picked.refusal.empty()) return fail(context, escapedControls(picked.refusal));
 

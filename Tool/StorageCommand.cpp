@@ -9,6 +9,7 @@
 #include "Core/Storage/StorageLog.h"
 #include "Tool/Commands.h"
 #include "Tool/Confirmation.h"
+#include "Tool/Interruptible.h"
 #include "Tool/Progress.h"
 #include "Tool/Table.h"
 #include "Tool/Wrap.h"
@@ -32,13 +33,21 @@ std::vector<StorageKind> storageKinds(const Arguments& arguments) {
   return kinds;
 }
 
-StorageScanResult measureStorage(Context& context, const StorageScan& scan,
-                                 const std::vector<StorageKind>& kinds) {
-  Progress progress(context.err, context.clock);
+std::optional<StorageScanResult> measureStorage(Context& context, const StorageScan& scan,
+                                                const std::vector<StorageKind>& kinds) {
   StorageScanResult result;
-  for (std::size_t i = 0; i < kinds.size(); ++i) {
-    progress.show(double(i) / double(kinds.size()), title(kinds[i]));
-    if (auto found = scan.scan(kinds[i])) result.categories.push_back(std::move(*found));
+  bool interrupted = false;
+  runInterruptibly([&](const Cancellation& cancellation) {
+    Progress progress(context.err, context.clock);
+    for (std::size_t i = 0; i < kinds.size() && !cancellation.isCancelled(); ++i) {
+      progress.show(double(i) / double(kinds.size()), title(kinds[i]));
+      if (auto found = scan.scan(kinds[i], cancellation)) result.categories.push_back(std::move(*found));
+    }
+    interrupted = cancellation.isCancelled();
+  });
+  if (interrupted) {
+    fail(context, localized("interrupted; nothing was done"));
+    return std::nullopt;
   }
   result.date = context.clock.now();
   return result;
@@ -119,7 +128,9 @@ void printItems(Terminal& out, const StorageScanResult& result, const std::strin
 
 int runStorage(Context& context, const Arguments& arguments) {
   const auto scan = makeStorageScan(context.host, context.clock);
-  const auto result = measureStorage(context, *scan, storageKinds(arguments));
+  const auto measured = measureStorage(context, *scan, storageKinds(arguments));
+  if (!measured) return exitFailed;
+  const auto& result = *measured;
   if (arguments.flag("--json"))
     printJSON(context.out, toValue(result));
   else if (result.categories.empty())

@@ -4,6 +4,7 @@
 #include "Core/Storage/StorageScan.h"
 #include "Tool/Command.h"
 
+#include <optional>
 #include <vector>
 
 namespace korvell {
@@ -13,9 +14,10 @@ Option storageKindOption(std::string help, bool required);
 /// The kinds that were asked for, in their order and each once; all without any.
 std::vector<StorageKind> storageKinds(const Arguments& arguments);
 
-/// Measures the kinds with a progress bar on standard error.
-StorageScanResult measureStorage(Context& context, const StorageScan& scan,
-                                 const std::vector<StorageKind>& kinds);
+/// Measures the kinds with a progress bar on standard error. Nothing when a signal interrupted it, which is
+/// said.
+std::optional<StorageScanResult> measureStorage(Context& context, const StorageScan& scan,
+                                                const std::vector<StorageKind>& kinds);
 
 /// An item's id as the list of items shows it.
 std::string shownItem(const std::string& id, const std::string& home);

@@ -12,8 +12,9 @@ namespace korvell {
 StorageWork storageWork(std::shared_ptr<const StorageScan> scan) {
   return {.measure = [scan](StorageKind kind,
                             const Cancellation& cancellation) { return scan->scan(kind, cancellation); },
-          .perform = [scan](const StorageAction& action,
-                            const std::vector<StorageItem>& items) { return scan->perform(action, items); },
+          .perform =
+              [scan](const StorageAction& action, const std::vector<StorageItem>& items,
+                     const Cancellation& cancellation) { return scan->perform(action, items, cancellation); },
           .asksForAccess = scan->locations().asksForAccess};
 }
 
@@ -35,8 +36,10 @@ CleanupPlan CleanupPlan::of(const StorageScanResult& result, const std::vector<S
 namespace {
 
 /// Bytes that are left of what the category held. Of application caches only the largest are listed, so that
-/// one that moves up the list when another goes was there before and is not counted.
+/// one that moves up the list when another goes was there before and is not counted. Of a tool that no longer
+/// answers nothing is known to be gone.
 std::int64_t bytesLeft(const StorageCategory& before, const StorageCategory& now) {
+  if (!now.isMeasured) return before.bytes;
   if (before.kind != StorageKind::appCaches) return now.bytes;
   std::int64_t left = 0;
   for (const auto& item : now.items)
@@ -47,13 +50,18 @@ std::int64_t bytesLeft(const StorageCategory& before, const StorageCategory& now
 
 } // namespace
 
-CleanupOutcome carryOut(const CleanupPlan& plan, const StorageWork& work) {
+CleanupOutcome carryOut(const CleanupPlan& plan, const StorageWork& work, const Cancellation& cancellation) {
   CleanupOutcome outcome;
+  std::set<StorageKind> untouched;
   for (const auto& step : plan.steps) {
+    if (cancellation.isCancelled()) {
+      for (const auto& item : step.items) untouched.insert(item.kind);
+      continue;
+    }
     const bool isCommand = step.action.type == StorageAction::Type::command;
     const auto kind = step.items.front().kind;
     const auto begun = isCommand ? work.measure(kind, {}) : std::nullopt;
-    auto report = work.perform(step.action, step.items);
+    auto report = work.perform(step.action, step.items, cancellation);
     if (isCommand) report.done[kind].bytes = begun ? begun->bytes : 0;
     outcome.done.merge(report.done);
     std::ranges::move(report.problems, std::back_inserter(outcome.problems));
@@ -62,7 +70,14 @@ CleanupOutcome carryOut(const CleanupPlan& plan, const StorageWork& work) {
     const auto trash = work.measure(StorageKind::trash, {});
     outcome.after[StorageKind::trash] = trash ? trash->bytes : 0;
   }
+  outcome.interrupted = cancellation.isCancelled();
+  if (!untouched.empty()) outcome.problems.push_back(localized("What was not begun by then was left alone."));
   for (const auto& [kind, before] : plan.before) {
+    if (untouched.contains(kind)) {
+      outcome.after[kind] = before.bytes;
+      outcome.rescanned.push_back(before);
+      continue;
+    }
     auto now = work.measure(kind, {});
     outcome.after.try_emplace(kind, now ? bytesLeft(before, *now) : 0);
     if (now) outcome.rescanned.push_back(std::move(*now));

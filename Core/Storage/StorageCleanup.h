@@ -17,7 +17,8 @@ class StorageScan;
 /// The slow half of the storage clean-up, as the scanner asks for it on its work queue.
 struct StorageWork {
   std::function<std::optional<StorageCategory>(StorageKind, const Cancellation&)> measure;
-  std::function<ActionReport(const StorageAction&, const std::vector<StorageItem>&)> perform;
+  std::function<ActionReport(const StorageAction&, const std::vector<StorageItem>&, const Cancellation&)>
+      perform;
   /// The system asks the user before some folders are read.
   bool asksForAccess = false;
 };
@@ -45,10 +46,13 @@ struct CleanupOutcome {
   std::map<StorageKind, std::int64_t> after;
   std::map<StorageKind, ActionReport::Done> done; ///< of a command: `bytes` when it began
   std::vector<std::string> problems;
+  bool interrupted = false; ///< what was not begun when it was cancelled was left alone
 };
 
-/// Performs the steps and measures the cleaned kinds again.
-CleanupOutcome carryOut(const CleanupPlan& plan, const StorageWork& work);
+/// Performs the steps and measures the cleaned kinds again. Cancelled, the running step is cut short and no
+/// other one begins; what was done by then is measured all the same, so that it can be told and logged.
+CleanupOutcome carryOut(const CleanupPlan& plan, const StorageWork& work,
+                        const Cancellation& cancellation = {});
 
 /// Bytes, by the way in which they were freed, and how much was done that may have freed none.
 struct FreedBytes {

@@ -77,6 +77,7 @@ struct StorageCategory {
   std::vector<StorageItem> items; ///< largest first
   StorageAction action;
   std::optional<std::string> note; ///< shown under the items, or in their place
+  bool isMeasured = true;          ///< false when the tool that measures it gave no answer
 
   bool operator==(const StorageCategory&) const = default;
 };

@@ -42,12 +42,15 @@ public:
   /// The first that exists and may be run.
   std::optional<std::string> executable(const std::vector<std::string>& candidates) const;
 
-  /// Carries out one action for these items.
-  ActionReport perform(const StorageAction& action, const std::vector<StorageItem>& items) const;
+  /// Carries out one action for these items. Cancelled, a running command is asked to end, and a sentence tells
+  /// what became of it.
+  ActionReport perform(const StorageAction& action, const std::vector<StorageItem>& items,
+                       const Cancellation& cancellation) const;
   /// Removes for good those of the paths that lie directly in the folder, and tells what became of each; the
   /// others are left alone.
   std::vector<std::pair<std::string, Removal>> removeItems(const std::vector<std::string>& paths,
-                                                           const std::string& folder) const;
+                                                           const std::string& folder,
+                                                           const Cancellation& cancellation = {}) const;
 
 private:
   using Found = std::optional<StorageCategory>;
@@ -80,11 +83,11 @@ private:
                                const Cancellation& cancellation) const;
   /// What a program printed; nothing when it failed, hung or printed nothing.
   std::optional<std::string> output(const std::string& program, const std::vector<std::string>& arguments,
-                                    Seconds timeout) const;
-  std::string brewCache(const std::string& brew) const;
+                                    Seconds timeout, const Cancellation& cancellation) const;
+  std::string brewCache(const std::string& brew, const Cancellation& cancellation) const;
   ActionReport moveToTrash(const std::vector<StorageItem>& items) const;
-  ActionReport emptyTrash(const std::vector<StorageItem>& items) const;
-  void empty(const TrashFolder& folder, ActionReport& report) const;
+  ActionReport emptyTrash(const std::vector<StorageItem>& items, const Cancellation& cancellation) const;
+  void empty(const TrashFolder& folder, const Cancellation& cancellation, ActionReport& report) const;
 
   StorageLocations locations_;
   FileTree& files_;

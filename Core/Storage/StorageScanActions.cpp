@@ -3,6 +3,7 @@
 #include "Core/Storage/StorageScan.h"
 
 #include <algorithm>
+#include <csignal>
 #include <filesystem>
 #include <set>
 
@@ -19,24 +20,33 @@ std::string standardized(const std::string& path) {
 /// A record without an entry may belong to something that is just being moved into the Trash.
 constexpr Seconds youngRecord{60};
 
+/// What became of a command that did not end well.
+std::string_view sentence(const std::optional<ShellResult>& result) {
+  constexpr int killed = 128 + SIGKILL;
+  if (result && result->lingers) return "{command} was killed, but has not ended yet.";
+  if (!result || !result->interrupted) return "{command} did not succeed.";
+  return result->exitStatus == killed ? "{command} did not end when it was asked to and was killed."
+                                      : "{command} was asked to end and has ended.";
+}
+
 } // namespace
 
-ActionReport StorageScan::perform(const StorageAction& action, const std::vector<StorageItem>& items) const {
+ActionReport StorageScan::perform(const StorageAction& action, const std::vector<StorageItem>& items,
+                                  const Cancellation& cancellation) const {
   switch (action.type) {
   case StorageAction::Type::trash:
     return moveToTrash(items);
   case StorageAction::Type::emptyTrash:
-    return emptyTrash(items);
+    return emptyTrash(items, cancellation);
   case StorageAction::Type::command:
     break;
   }
   ActionReport report;
-  const auto result = run_(action.path, action.arguments, action.timeout);
-  const bool failed = !result || result->timedOut || result->exitStatus != 0;
-  if (failed)
-    report.problems.push_back(localized("{command} did not succeed.", {{"command", commandLine(action)}}));
-  else
+  const auto result = run_(action.path, action.arguments, action.timeout, cancellation);
+  if (result && result->succeeded())
     for (const auto& item : items) ++report.done[item.kind].count;
+  else
+    report.problems.push_back(localized(sentence(result), {{"command", commandLine(action)}}));
   return report;
 }
 
@@ -63,21 +73,23 @@ ActionReport StorageScan::moveToTrash(const std::vector<StorageItem>& items) con
 }
 
 std::vector<std::pair<std::string, Removal>> StorageScan::removeItems(const std::vector<std::string>& paths,
-                                                                      const std::string& folder) const {
+                                                                      const std::string& folder,
+                                                                      const Cancellation& cancellation) const {
   const std::filesystem::path home = standardized(folder);
   std::vector<std::string> names;
   for (const auto& path : paths) {
     const std::filesystem::path standard = standardized(path);
     if (standard.parent_path() == home && standard != home) names.push_back(standard.filename().string());
   }
-  const auto removals = files_.remove(home.string(), names);
+  const auto removals = files_.remove(home.string(), names, cancellation);
   std::vector<std::pair<std::string, Removal>> results;
   for (std::size_t i = 0; i < removals.size(); ++i)
     results.emplace_back((home / names[i]).string(), removals[i]);
   return results;
 }
 
-ActionReport StorageScan::emptyTrash(const std::vector<StorageItem>& items) const {
+ActionReport StorageScan::emptyTrash(const std::vector<StorageItem>& items,
+                                     const Cancellation& cancellation) const {
   ActionReport report;
   const auto isPicked = [&](const TrashFolder& folder) {
     return std::ranges::any_of(items, [&](const StorageItem& item) {
@@ -86,11 +98,13 @@ ActionReport StorageScan::emptyTrash(const std::vector<StorageItem>& items) cons
   };
   // One that has come since the scan, with a disk, was not named in the question.
   for (const auto& folder : trash_.folders())
-    if (isPicked(folder)) empty(folder, report);
+    if (isPicked(folder)) empty(folder, cancellation, report);
+  if (cancellation.isCancelled()) report.problems = {localized("Emptying the Trash was cut short.")};
   return report;
 }
 
-void StorageScan::empty(const TrashFolder& folder, ActionReport& report) const {
+void StorageScan::empty(const TrashFolder& folder, const Cancellation& cancellation,
+                        ActionReport& report) const {
   const bool hasRecords = !folder.records.empty();
   const auto records = hasRecords ? files_.list(folder.records) : FolderListing{};
   const auto mounts = files_.mounts();
@@ -108,7 +122,7 @@ void StorageScan::empty(const TrashFolder& folder, ActionReport& report) const {
       entries.push_back(path);
   }
   auto& done = report.done[StorageKind::trash];
-  for (const auto& [path, removal] : removeItems(entries, folder.entries)) {
+  for (const auto& [path, removal] : removeItems(entries, folder.entries, cancellation)) {
     done.bytes = checkedSum(done.bytes, removal.freed);
     if (removal.outcome)
       ++done.count;

@@ -17,16 +17,17 @@ std::optional<std::string> StorageScan::executable(const std::vector<std::string
 }
 
 std::optional<std::string> StorageScan::output(const std::string& program,
-                                               const std::vector<std::string>& arguments,
-                                               Seconds timeout) const {
-  const auto result = run_(program, arguments, timeout);
-  if (!result || result->timedOut || result->exitStatus != 0 || result->output.empty()) return std::nullopt;
+                                               const std::vector<std::string>& arguments, Seconds timeout,
+                                               const Cancellation& cancellation) const {
+  const auto result = run_(program, arguments, timeout, cancellation);
+  if (!result || !result->succeeded() || result->output.empty()) return std::nullopt;
   return result->output;
 }
 
 StorageScan::Found StorageScan::simulatorDevices(const Cancellation& cancellation) const {
   if (locations_.xcrun.empty()) return std::nullopt;
-  const auto listing = output(locations_.xcrun, {"simctl", "list", "devices", "--json"}, Seconds{15});
+  const auto listing =
+      output(locations_.xcrun, {"simctl", "list", "devices", "--json"}, Seconds{15}, cancellation);
   if (!listing) return std::nullopt;
   std::vector<std::string> folders;
   for (const auto& udid : unavailableSimulators(*listing))
@@ -44,10 +45,9 @@ StorageScan::Found StorageScan::simulatorDevices(const Cancellation& cancellatio
   return found;
 }
 
-std::string StorageScan::brewCache(const std::string& brew) const {
-  const auto printed = output(brew, {"--cache"}, Seconds{10});
-  const auto lines = printed ? splitLines(*printed) : std::vector<std::string_view>{};
-  std::string folder(lines.empty() ? std::string_view() : trimmed(lines.front()));
+std::string StorageScan::brewCache(const std::string& brew, const Cancellation& cancellation) const {
+  const auto printed = output(brew, {"--cache"}, Seconds{10}, cancellation).value_or("");
+  std::string folder(trimmed(std::string_view(printed).substr(0, printed.find('\n'))));
   while (folder.size() > 1 && folder.ends_with('/')) folder.pop_back();
   // Whatever is no folder, and one that holds the home folder, is no cache.
   const bool askable = folder.starts_with('/') && !isBlocked(folder, locations_.home, files_.mounts());
@@ -59,7 +59,7 @@ std::string StorageScan::brewCache(const std::string& brew) const {
 StorageScan::Found StorageScan::homebrew(const Cancellation& cancellation) const {
   const auto brew = executable(locations_.brewPrograms);
   if (!brew) return std::nullopt;
-  auto items = folderItems(StorageKind::homebrew, {brewCache(*brew)}, cancellation);
+  auto items = folderItems(StorageKind::homebrew, {brewCache(*brew, cancellation)}, cancellation);
   for (auto& item : items) {
     item.urls.clear();
     item.identities.clear();
@@ -69,16 +69,17 @@ StorageScan::Found StorageScan::homebrew(const Cancellation& cancellation) const
   return found;
 }
 
-StorageScan::Found StorageScan::docker(const Cancellation&) const {
+StorageScan::Found StorageScan::docker(const Cancellation& cancellation) const {
   const auto program = executable(locations_.dockerPrograms);
   if (!program) return std::nullopt;
   StorageCategory found{.kind = StorageKind::docker};
   found.action = StorageAction::command(*program, {"system", "prune", "-f"}, Seconds{300});
 
-  const auto printed = output(*program, {"system", "df", "--format", "{{json .}}"}, Seconds{3});
+  const auto printed = output(*program, {"system", "df", "--format", "{{json .}}"}, Seconds{3}, cancellation);
   const auto usage = printed ? parseDockerUsage(*printed) : std::nullopt;
   if (!usage) {
     found.note = localized("Docker is installed but not running, so there is nothing to measure.");
+    found.isMeasured = false;
     return found;
   }
   // Which images dangle, and so go too, Docker doesn't say.

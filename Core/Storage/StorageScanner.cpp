@@ -3,18 +3,65 @@
 #include "Core/Storage/StorageLog.h"
 
 #include <algorithm>
+#include <mutex>
 
 namespace korvell {
+
+/// Sees to it that every clean-up is logged, once: on the main queue, where it is told, or, when the scanner
+/// has ended by then, by whoever learns of it last.
+class StorageScanner::Logbook {
+public:
+  explicit Logbook(UserDefaults& defaults) : defaults_(defaults) {}
+
+  /// On the work queue. False when nobody is there any more to tell it to; it is logged then.
+  bool handOver(const std::shared_ptr<const Cleanup>& cleanup, Date now) {
+    {
+      const std::lock_guard lock(mutex_);
+      if (!closed_) waiting_.push_back(cleanup);
+      if (!closed_) return true;
+    }
+    record(*cleanup, now);
+    return false;
+  }
+  void log(const std::shared_ptr<const Cleanup>& cleanup, Date now) {
+    {
+      const std::lock_guard lock(mutex_);
+      std::erase(waiting_, cleanup);
+    }
+    record(*cleanup, now);
+  }
+  void close(Date now) {
+    std::vector<std::shared_ptr<const Cleanup>> untold;
+    {
+      const std::lock_guard lock(mutex_);
+      closed_ = true;
+      untold.swap(waiting_);
+    }
+    for (const auto& cleanup : untold) record(*cleanup, now);
+  }
+
+private:
+  void record(const Cleanup& cleanup, Date now) {
+    StorageLog::record(freedBytes(cleanup.plan, cleanup.outcome).logged(), now, defaults_);
+  }
+
+  UserDefaults& defaults_;
+  std::mutex mutex_;
+  bool closed_ = false;
+  std::vector<std::shared_ptr<const Cleanup>> waiting_; ///< done, and to be told on the main queue
+};
 
 StorageScanner::StorageScanner(StorageWork work, UserDefaults& defaults, Queue& mainQueue, Queue& workQueue)
     : result(mainQueue), isScanning(mainQueue), progress(mainQueue), step(mainQueue), notice(mainQueue),
       working(mainQueue), selection(mainQueue), feedback(mainQueue),
       freedTotal(mainQueue, StorageLog::total(defaults)),
       work_(std::make_shared<const StorageWork>(std::move(work))), defaults_(defaults), mainQueue_(mainQueue),
-      workQueue_(workQueue) {}
+      workQueue_(workQueue), logbook_(std::make_shared<Logbook>(defaults)) {}
 
 StorageScanner::~StorageScanner() {
   if (task_) task_->cancel();
+  ending_.cancel();
+  logbook_->close(mainQueue_.clock().now());
 }
 
 std::optional<std::int64_t> StorageScanner::reclaimableBytes() const {
@@ -93,19 +140,21 @@ void StorageScanner::clean(const std::vector<StorageItem>& items) {
   auto busy = *working;
   for (const auto& [kind, category] : plan.before) busy.insert(kind);
   working.set(std::move(busy));
-  workQueue_.async(
-      [work = work_, watch = life_.watch(), main = &mainQueue_, plan = std::move(plan)]() mutable {
-        auto outcome = carryOut(plan, *work);
-        auto cleanup = std::make_shared<const Cleanup>(Cleanup{std::move(plan), std::move(outcome)});
-        main->async([watch, cleanup] {
-          if (auto* scanner = watch.get()) scanner->finish(*cleanup);
-        });
-      });
+  workQueue_.async([work = work_, watch = life_.watch(), logbook = logbook_, ending = ending_,
+                    main = &mainQueue_, plan = std::move(plan)]() mutable {
+    auto outcome = carryOut(plan, *work, ending);
+    auto cleanup = std::make_shared<const Cleanup>(Cleanup{std::move(plan), std::move(outcome)});
+    if (!logbook->handOver(cleanup, main->clock().now())) return;
+    main->async([watch, cleanup] {
+      if (auto* scanner = watch.get()) scanner->finish(cleanup);
+    });
+  });
 }
 
-void StorageScanner::finish(const Cleanup& cleanup) {
+void StorageScanner::finish(const std::shared_ptr<const Cleanup>& done) {
+  const auto& cleanup = *done;
   const auto freed = freedBytes(cleanup.plan, cleanup.outcome);
-  StorageLog::record(freed.logged(), mainQueue_.clock().now(), defaults_);
+  logbook_->log(done, mainQueue_.clock().now());
   freedTotal.set(StorageLog::total(defaults_));
 
   auto ticked = *selection;

@@ -3,7 +3,8 @@
 // published on the main queue. Main queue only.
 //
 // Each start and each cancelling of a scan begins a new generation; what a scan of an earlier one still finds
-// is dropped. A clean-up that a scan overtakes is finished all the same, and logged.
+// is dropped. A clean-up that a scan overtakes is finished all the same, and logged. One that is under way
+// when the scanner ends is cut short, a command that it runs asked to end; what it freed by then is logged.
 
 #include "Base/Cancellation.h"
 #include "Base/Lifeline.h"
@@ -24,7 +25,8 @@ namespace korvell {
 class StorageScanner {
 public:
   /// `workQueue` runs the measuring and the actions, at low priority. It is destroyed after the scanner,
-  /// which does not wait for it, and before `mainQueue`, which it posts to.
+  /// which does not wait for it, and before `mainQueue`, which it posts to, and `defaults`. Its destruction
+  /// waits for a clean-up that is cut short.
   StorageScanner(StorageWork work, UserDefaults& defaults, Queue& mainQueue, Queue& workQueue);
   ~StorageScanner();
   StorageScanner(const StorageScanner&) = delete;
@@ -55,11 +57,12 @@ private:
     CleanupPlan plan;
     CleanupOutcome outcome;
   };
+  class Logbook;
 
   bool isCurrent(std::int64_t generation) const { return generation == generation_; }
   void begin(StorageKind kind, double progress);
   void end(std::vector<StorageCategory> categories);
-  void finish(const Cleanup& cleanup);
+  void finish(const std::shared_ptr<const Cleanup>& done);
 
   std::shared_ptr<const StorageWork> work_;
   UserDefaults& defaults_;
@@ -67,6 +70,8 @@ private:
   Queue& workQueue_;
   std::int64_t generation_ = 0;
   std::optional<Cancellation> task_; ///< of the running scan
+  Cancellation ending_;              ///< of the clean-ups
+  std::shared_ptr<Logbook> logbook_;
   Lifeline<StorageScanner> life_{*this};
 };
 

@@ -11,6 +11,9 @@
 namespace korvell {
 namespace {
 
+constexpr std::size_t longestLine = std::size_t{64} << 10;
+constexpr std::size_t longestListing = std::size_t{2} << 20;
+
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 struct Unit {
@@ -65,8 +68,10 @@ std::optional<DockerUsage> parseDockerUsage(std::string_view output) {
   };
   DockerUsage usage;
   bool useful = false;
-  for (const auto line : splitLines(output)) {
-    const auto row = parseJSON(line);
+  while (!output.empty()) {
+    const auto line = output.substr(0, output.find('\n'));
+    output.remove_prefix(std::min(output.size(), line.size() + 1));
+    const auto row = line.size() <= longestLine ? parseJSON(line) : std::nullopt;
     const auto* type = row ? row->find("Type") : nullptr;
     const auto* size = row ? row->find("Reclaimable") : nullptr;
     if (!type || !size || !type->asString() || !size->asString()) continue;
@@ -80,7 +85,7 @@ std::optional<DockerUsage> parseDockerUsage(std::string_view output) {
 
 std::vector<std::string> unavailableSimulators(std::string_view output) {
   std::vector<std::string> found;
-  const auto document = parseJSON(output);
+  const auto document = output.size() <= longestListing ? parseJSON(output) : std::nullopt;
   const auto* runtimes = document ? document->find("devices") : nullptr;
   if (!runtimes || !runtimes->asObject()) return found;
   for (const auto& [runtime, devices] : *runtimes->asObject()) {

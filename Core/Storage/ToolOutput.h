@@ -1,5 +1,6 @@
 #pragma once
-// What the programs of other makers print about the space they take.
+// What the programs of other makers print about the space they take. Parsed JSON takes forty times its text,
+// so that what is far longer than these programs ever print is left unread.
 
 #include <cstdint>
 #include <optional>
@@ -22,11 +23,12 @@ struct DockerUsage {
   bool operator==(const DockerUsage&) const = default;
 };
 
-/// One JSON object a line; other lines are skipped. Nothing when no line is of use.
+/// One JSON object a line; other lines, and those of more than 64 KiB, are skipped. Nothing when no line is
+/// of use.
 std::optional<DockerUsage> parseDockerUsage(std::string_view output);
 
 /// The identifiers of the devices that `simctl list devices --json` says can't be used any more. Only those
-/// that are identifiers in form: they become parts of paths.
+/// that are identifiers in form: they become parts of paths. None of a listing of more than 2 MiB.
 std::vector<std::string> unavailableSimulators(std::string_view output);
 
 } // namespace korvell

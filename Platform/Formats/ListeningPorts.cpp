@@ -36,7 +36,7 @@ PortsByPID parseListeningPorts(std::string_view listing) {
 
 PortsByPID readListeningPorts(const CommandRunner& run) {
   // No name look-ups; fields process id and name. The exit status says only whether anything was found.
-  const auto result = run("/usr/sbin/lsof", {"-nP", "-iTCP", "-sTCP:LISTEN", "-F", "pn"}, Seconds{4});
+  const auto result = run("/usr/sbin/lsof", {"-nP", "-iTCP", "-sTCP:LISTEN", "-F", "pn"}, Seconds{4}, {});
   if (!result || result->timedOut) return {};
   return parseListeningPorts(result->output);
 }

@@ -31,7 +31,7 @@ ProcessTraffic parseProcessTraffic(std::string_view listing) {
 ProcessTraffic readProcessTraffic(const CommandRunner& run) {
   // One sample, a row a process, plain numbers, no name look-ups, two columns.
   const auto result =
-      run("/usr/bin/nettop", {"-P", "-L", "1", "-x", "-n", "-J", "bytes_in,bytes_out"}, Seconds{3});
+      run("/usr/bin/nettop", {"-P", "-L", "1", "-x", "-n", "-J", "bytes_in,bytes_out"}, Seconds{3}, {});
   if (!result || result->timedOut) return {};
   return parseProcessTraffic(result->output);
 }

@@ -72,7 +72,7 @@ void LinuxLaunchItems::removed(const LaunchJob& job) { systemctl({managerOf(job)
 
 void LinuxLaunchItems::systemctl(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), "--no-ask-password"); // nobody would see the question
-  run_(systemctlPath, arguments, stoppingPatience);
+  run_(systemctlPath, arguments, stoppingPatience, {});
 }
 
 } // namespace korvell

@@ -90,7 +90,7 @@ Outcome LinuxUsageHelper::checkAdministrator() const {
 
 Outcome LinuxUsageHelper::step(const std::string& name, const std::vector<std::string>& arguments) const {
   for (const char* folder : programFolders) {
-    const auto result = sources_.run(folder + name, arguments, patience);
+    const auto result = sources_.run(folder + name, arguments, patience, {});
     if (!result) continue;
     if (result->exitStatus == 0 && !result->timedOut) return success();
     std::string command = name;

@@ -30,7 +30,8 @@ bool removeFile(int folder, const char* name, std::int64_t& freed) {
 
 class TreeRemoval {
 public:
-  TreeRemoval(int top, std::uint64_t device, FolderOpener open) : top_(top), device_(device), open_(open) {}
+  TreeRemoval(int top, std::uint64_t device, FolderOpener open, const Cancellation& cancellation)
+      : top_(top), device_(device), open_(open), cancellation_(cancellation) {}
 
   std::int64_t freed() const { return freed_; }
   /// The first error number that something was left for.
@@ -38,7 +39,7 @@ public:
 
   void remove(const char* name) {
     descend(top_, name);
-    while (!frames_.empty()) {
+    while (!frames_.empty() && !cancellation_.isCancelled()) {
       Frame& frame = frames_.back();
       if (frame.folders.empty()) {
         leave();
@@ -84,7 +85,7 @@ private:
         frame.progress = true;
       else
         note(errno);
-      return true;
+      return !cancellation_.isCancelled();
     });
   }
 
@@ -128,6 +129,7 @@ private:
   int top_;
   std::uint64_t device_;
   FolderOpener open_;
+  const Cancellation& cancellation_;
   std::int64_t freed_ = 0;
   int obstacle_ = 0;
   std::vector<Frame> frames_;
@@ -154,7 +156,8 @@ Failure failure(int error) {
 
 Removal notRemoved(int error) { return {.outcome = failure(error)}; }
 
-Removal removeEntry(int folder, const char* name, FolderOpener open) {
+Removal removeEntry(int folder, const char* name, FolderOpener open, const Cancellation& cancellation) {
+  if (cancellation.isCancelled()) return notRemoved(ECANCELED);
   struct stat entry {
   }, parent{};
   if (fstat(folder, &parent) != 0 || fstatat(folder, name, &entry, AT_SYMLINK_NOFOLLOW) != 0)
@@ -164,7 +167,7 @@ Removal removeEntry(int folder, const char* name, FolderOpener open) {
     if (!removeFile(folder, name, removal.freed)) removal.outcome = failure(errno);
     return removal;
   }
-  TreeRemoval tree(folder, std::uint64_t(parent.st_dev), open);
+  TreeRemoval tree(folder, std::uint64_t(parent.st_dev), open, cancellation);
   tree.remove(name);
   Removal removal{.freed = tree.freed()};
   if (fstatat(folder, name, &entry, AT_SYMLINK_NOFOLLOW) == 0 || errno != ENOENT)

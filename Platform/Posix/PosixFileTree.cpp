@@ -86,12 +86,14 @@ std::optional<Date> PosixFileTree::newestChange(const std::string& folder,
   return korvell::newestChange<FolderReader>(folder, ignored, enough, cancellation);
 }
 
-std::vector<Removal> PosixFileTree::remove(const std::string& path, const std::vector<std::string>& names) {
+std::vector<Removal> PosixFileTree::remove(const std::string& path, const std::vector<std::string>& names,
+                                           const Cancellation& cancellation) {
   const Descriptor folder = openWithoutLinks(path);
   std::vector<Removal> removals;
   for (const auto& name : names)
-    removals.push_back(folder && isPlainName(name) ? removeEntry(folder.get(), name.c_str(), opener())
-                                                   : notRemoved(0));
+    removals.push_back(folder && isPlainName(name)
+                           ? removeEntry(folder.get(), name.c_str(), opener(), cancellation)
+                           : notRemoved(0));
   return removals;
 }
 

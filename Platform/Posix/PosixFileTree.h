@@ -23,7 +23,8 @@ public:
                                   const Cancellation& cancellation) override;
   std::optional<Date> newestChange(const std::string& folder, const std::vector<std::string_view>& ignored,
                                    Date enough, const Cancellation& cancellation) override;
-  std::vector<Removal> remove(const std::string& folder, const std::vector<std::string>& names) override;
+  std::vector<Removal> remove(const std::string& folder, const std::vector<std::string>& names,
+                              const Cancellation& cancellation) override;
 
 protected:
   /// The folder of an absolute path, opened for reading; not open when any part of the path is a link.

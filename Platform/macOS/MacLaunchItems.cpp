@@ -13,7 +13,7 @@ constexpr Seconds patience{3};
 } // namespace
 
 LoadedJobs MacLaunchItems::loadedJobs() {
-  const auto listing = run_(launchctl, {"list"}, patience);
+  const auto listing = run_(launchctl, {"list"}, patience, {});
   ManagedJobs jobs;
   if (listing && !listing->timedOut)
     jobs.loaded = parseLaunchJobs(listing->output);
@@ -23,7 +23,7 @@ LoadedJobs MacLaunchItems::loadedJobs() {
 }
 
 Outcome MacLaunchItems::stop(const LaunchJob& job) {
-  run_(launchctl, {"bootout", "gui/" + std::to_string(user_) + "/" + job.label}, patience);
+  run_(launchctl, {"bootout", "gui/" + std::to_string(user_) + "/" + job.label}, patience, {});
   return success();
 }
 

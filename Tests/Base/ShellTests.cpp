@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace korvell;
@@ -19,8 +20,9 @@ namespace {
 
 constexpr Seconds ample{60};
 
-std::optional<ShellResult> script(const std::string& text, Seconds timeout = ample) {
-  return Shell::run("/bin/sh", {"-c", text}, timeout);
+std::optional<ShellResult> script(const std::string& text, Seconds timeout = ample,
+                                  const Cancellation& cancellation = {}) {
+  return Shell::run("/bin/sh", {"-c", text}, timeout, cancellation);
 }
 
 } // namespace
@@ -87,9 +89,9 @@ TEST(Shell, signalsAreTheDefaultOnesWhateverTheCallerBlocksOrIgnores) {
 }
 
 TEST(Shell, outputBeyondTheMostIsReadAndDropped) {
-  const auto result = Shell::run("/usr/bin/head", {"-c", std::to_string(70 << 20), "/dev/zero"}, ample);
+  const auto result = Shell::run("/usr/bin/head", {"-c", std::to_string(20 << 20), "/dev/zero"}, ample);
   EXPECT_EQ(result->exitStatus, 0) << "it was not stopped by a full or closed pipe";
-  EXPECT_EQ(result->output.size(), size_t{64} << 20);
+  EXPECT_EQ(result->output.size(), size_t{16} << 20);
 }
 
 TEST(Shell, aChildOfTheProgramThatKeepsThePipeOpenIsNotWaitedFor) {
@@ -125,6 +127,39 @@ TEST(Shell, timeOuts) {
   const auto endless = Shell::run("/usr/bin/yes", {}, Seconds{0.05});
   ASSERT_TRUE(endless && endless->timedOut);
   EXPECT_EQ(endless->output.substr(0, 4), "y\ny\n");
+}
+
+TEST(Shell, aCancelledProgramIsAskedToEnd) {
+  const TemporaryFolder folder;
+  const std::string fifo = folder / "fifo";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  const struct {
+    const char* what;
+    std::string trap, rest;
+    std::string output;
+    int status;
+  } rows[] = {
+      {"obedient", "", "exec sleep 5", "", 128 + SIGTERM},
+      {"tidies up", "trap 'echo bye; exit 5' TERM; ", "sleep 5 & wait", "bye\n", 5},
+      {"stubborn", "trap '' TERM; ", "for i in 1 2 3 4 5; do sleep 1; done", "", 128 + SIGKILL},
+  };
+  for (const auto& row : rows) {
+    const Cancellation cancellation;
+    std::thread user([&] { // cancels once the program has set its trap
+      const Descriptor started(open(fifo.c_str(), O_RDONLY));
+      cancellation.cancel();
+    });
+    const auto result = script(row.trap + ": >" + fifo + "; " + row.rest, ample, cancellation);
+    user.join();
+    ASSERT_TRUE(result && result->interrupted) << row.what;
+    EXPECT_FALSE(result->timedOut || result->succeeded()) << row.what;
+    EXPECT_EQ(result->output, row.output) << row.what;
+    EXPECT_EQ(result->exitStatus, row.status) << row.what;
+
+    const auto notStarted = script("echo a", ample, cancellation);
+    ASSERT_TRUE(notStarted && notStarted->interrupted) << row.what;
+    EXPECT_EQ(notStarted->output, "") << row.what;
+  }
 }
 
 TEST(Shell, noChildInTheGroupSurvivesATimeOut) {

@@ -25,7 +25,7 @@ protected:
   std::int64_t size(const std::string& path) { return tree->sizes({path}, never).front(); }
   /// How many of the entries are gone.
   std::size_t remove(const std::string& folder, const std::vector<std::string>& names) {
-    return std::size_t(std::ranges::count_if(tree->remove(folder, names),
+    return std::size_t(std::ranges::count_if(tree->remove(folder, names, {}),
                                              [](const Removal& removal) { return bool(removal.outcome); }));
   }
 };
@@ -73,6 +73,10 @@ TEST_P(FileTreeContract, depthIsNoLimit) {
   // A file, and a folder with another, on each level.
   EXPECT_EQ(size(disk / "deep"), 2 * depth * disk.smallestFile());
   EXPECT_GT(tree->newestChange(disk / "deep", {}, Date{1e18}, never).value().sinceEpoch, 0);
+  const Cancellation cancelled;
+  cancelled.cancel();
+  EXPECT_FALSE(tree->remove(disk.root(), {"deep"}, cancelled).front().outcome);
+  EXPECT_EQ(size(disk / "deep"), 2 * depth * disk.smallestFile());
   EXPECT_EQ(remove(disk.root(), {"deep"}), 1u);
   EXPECT_FALSE(tree->info(disk / "deep"));
 }
@@ -87,7 +91,7 @@ TEST_P(FileTreeContract, foldersThatMayNotBeReadAreSkippedAndClosedOnesOfTheUser
   disk.mode("a/closed", 0000);
   EXPECT_EQ(size(disk / "a"), expected);
   EXPECT_EQ(tree->list(disk / "a/closed").state, FolderListing::State::denied);
-  const auto removal = tree->remove(disk.root(), {"a"}).front();
+  const auto removal = tree->remove(disk.root(), {"a"}, {}).front();
   EXPECT_TRUE(removal.outcome) << removal.outcome.reason();
   EXPECT_EQ(removal.freed, 2 * expected);
   for (const char* readOnly : {"bin/modules/pkg@1", "bin/modules"}) disk.mode(readOnly, 0555);
@@ -95,11 +99,11 @@ TEST_P(FileTreeContract, foldersThatMayNotBeReadAreSkippedAndClosedOnesOfTheUser
   EXPECT_THAT(disk.names("bin"), testing::IsEmpty());
 
   disk.mode("fixed", 0500);
-  const auto held = tree->remove(disk / "fixed", {"entry"}).front();
+  const auto held = tree->remove(disk / "fixed", {"entry"}, {}).front();
   ASSERT_FALSE(held.outcome);
   EXPECT_EQ(held.outcome.reason(), "You may not remove it.");
   EXPECT_EQ(held.freed, expected) << "what was in it is gone";
-  EXPECT_EQ(tree->remove(disk / "fixed", {"nowhere"}).front().outcome.reason(), "It is no longer there.");
+  EXPECT_EQ(tree->remove(disk / "fixed", {"nowhere"}, {}).front().outcome.reason(), "It is no longer there.");
   disk.mode("fixed", 0700);
 }
 

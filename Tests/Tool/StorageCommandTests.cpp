@@ -14,6 +14,23 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
+/// No program of the machine that runs the test is ever started.
+class OwnProgramsOnly final : public PosixFileTree {
+public:
+  OwnProgramsOnly(std::string root) : PosixFileTree(1), root_(std::move(root)) {}
+  bool isExecutable(const std::string& path) override {
+    return path.starts_with(root_) && PosixFileTree::isExecutable(path);
+  }
+
+protected:
+  Descriptor openWithoutLinks(const std::string& folder) override {
+    return Descriptor(open(folder.c_str(), folderFlags));
+  }
+
+private:
+  std::string root_;
+};
+
 struct StorageCommandTests : CommandFixture {
   GeneratedTree disk;
 
@@ -120,6 +137,28 @@ TEST_F(StorageCommandTests, whatIsNotSureIsNotDone) {
   EXPECT_EQ(run({"clean", "--yes"}), exitUsage) << "no kind";
   EXPECT_TRUE(host.fileTree->info(disk / "home/.npm/_cacache"));
   EXPECT_TRUE(StorageLog::entries(*host.defaults).empty());
+}
+
+TEST_F(StorageCommandTests, anInterruptEndsTheCommandAndWhatItFreedIsToldAndLogged) {
+  host.fileTree = std::make_unique<OwnProgramsOnly>(disk.root());
+  const std::string done = disk / "done", docker = "home/.docker/bin/docker";
+  // Interrupts the command line in the middle of its work, as a user at the terminal does.
+  disk.write(docker, "#!/bin/sh\nif [ $2 = prune ]; then\n  trap 'exit 7' TERM\n  : >" + done +
+                         "\n  kill -INT $PPID\n  sleep 30 & wait\n  echo never >>" + done + "\nelif [ -e " +
+                         done + R"( ]; then echo '{"Type":"Containers","Reclaimable":"1MB"}')" +
+                         R"(; else echo '{"Type":"Containers","Reclaimable":"5MB"}'; fi)" + "\n");
+  disk.mode(docker, 0755);
+  EXPECT_EQ(run({"clean", "--kind", "docker", "--yes"}), exitFailed);
+  EXPECT_EQ(output, "Freed 4.00 MB.\n");
+  EXPECT_THAT(errors, HasSubstr("korvell: interrupted: ending what is under way, then measuring\n"
+                                "korvell: docker system prune -f was asked to end and has ended.\n"));
+  EXPECT_EQ(StorageLog::total(*host.defaults), 4'000'000);
+
+  // The same while it is measured: nothing was begun yet.
+  disk.write(docker, "#!/bin/sh\nkill -TERM $PPID\nsleep 30 & wait\n");
+  EXPECT_EQ(run({"clean", "--kind", "docker", "--yes"}), exitFailed);
+  EXPECT_EQ(errors, "korvell: interrupted; nothing was done\n");
+  EXPECT_EQ(output, "");
 }
 
 TEST_F(StorageCommandTests, itemsToKeepMustBeNamed) {

@@ -44,7 +44,7 @@ TEST(StorageCleanupTests, theTrashIsEmptiedBeforeAnythingIsMovedThere) {
         return std::nullopt;
       },
       .perform =
-          [&](const StorageAction& action, const std::vector<StorageItem>& items) {
+          [&](const StorageAction& action, const std::vector<StorageItem>& items, const Cancellation&) {
             order.push_back(std::string(rawValue(action.type)) + " " + std::to_string(items.size()));
             ActionReport report;
             for (const auto& item : items) report.done[item.kind] = {1, item.bytes};
@@ -59,6 +59,77 @@ TEST(StorageCleanupTests, theTrashIsEmptiedBeforeAnythingIsMovedThere) {
   ASSERT_EQ(after.categories.size(), 3u);
   EXPECT_EQ(after.categories[0].kind, pip);
   EXPECT_EQ(after.category(trash)->bytes, 12) << "what was just moved lies there now";
+}
+
+TEST(StorageCleanupTests, anInterruptedCleanupLeavesTheRestAndMeasuresWhatItDid) {
+  const StorageScanResult result{
+      {found(npm, {item(npm, "a", 5)}), found(docker, {item(docker, "d", 9)}, prune)}, Date{}};
+  const auto plan = CleanupPlan::of(result, {item(npm, "a", 5), item(docker, "d", 9)});
+  const Cancellation cancellation;
+  std::vector<StorageKind> measured;
+  const StorageWork work{
+      .measure =
+          [&](StorageKind kind, const Cancellation& measuring) {
+            EXPECT_FALSE(measuring.isCancelled());
+            measured.push_back(kind);
+            return std::optional<StorageCategory>();
+          },
+      .perform =
+          [&](const StorageAction&, const std::vector<StorageItem>&, const Cancellation& work) {
+            cancellation.cancel();
+            EXPECT_TRUE(work.isCancelled());
+            return ActionReport{.done = {{npm, {1, 5}}}, .problems = {"It was cut short."}};
+          }};
+  const auto outcome = carryOut(plan, work, cancellation);
+  EXPECT_TRUE(outcome.interrupted);
+  EXPECT_THAT(measured, ElementsAre(npm));
+  EXPECT_THAT(outcome.problems,
+              ElementsAre("It was cut short.", "What was not begun by then was left alone."));
+  EXPECT_EQ(freedBytes(plan, outcome).moved, 5);
+  EXPECT_EQ(freedBytes(plan, outcome).commands, 0);
+  EXPECT_EQ(merged(result, plan, outcome).categories, std::vector{result.categories[1]});
+}
+
+TEST(StorageCleanupTests, aCommandThatWasStoppedIsToldAsItEnded) {
+  StorageWorld world;
+  const auto scan = world.scan();
+  const auto line = commandLine(prune);
+  const std::pair<ShellResult, std::string> rows[] = {
+      {{.exitStatus = 1}, " did not succeed."},
+      {{.exitStatus = 143, .timedOut = true}, " did not succeed."},
+      {{.exitStatus = 143, .interrupted = true}, " was asked to end and has ended."},
+      {{.exitStatus = 137, .interrupted = true}, " did not end when it was asked to and was killed."},
+      {{.exitStatus = -1, .timedOut = true, .lingers = true}, " was killed, but has not ended yet."},
+  };
+  for (const auto& [answer, sentence] : rows) {
+    world.printed[line] = answer;
+    EXPECT_THAT(scan.perform(prune, {}, {}).problems, ElementsAre(line + sentence));
+  }
+  world.printed[line] = {};
+  EXPECT_THAT(scan.perform(prune, {}, {}).problems, IsEmpty());
+}
+
+TEST(StorageCleanupTests, ofAToolThatNoLongerAnswersNothingIsKnownToBeFreed) {
+  StorageWorld world;
+  world.program("docker");
+  const std::string usage = "docker system df --format {{json .}}";
+  world.printed[usage] = {R"({"Type":"Containers","Reclaimable":"5MB"})"};
+  const auto work = storageWork(std::make_shared<StorageScan>(world.scan()));
+  const auto before = work.measure(docker, {}).value();
+  const auto plan = CleanupPlan::of({{before}, Date{}}, before.items);
+  world.printed.erase(usage);
+  EXPECT_EQ(freedBytes(plan, carryOut(plan, work)).logged(), 0);
+}
+
+TEST(StorageCleanupTests, anInterruptedEmptyingLeavesTheRestWithItsRecords) {
+  StorageWorld world;
+  world.disk.file("home/trash/a/x", 1);
+  const Cancellation cancellation;
+  cancellation.cancel();
+  const auto scan = world.scan();
+  EXPECT_THAT(scan.perform(StorageAction::emptyTrash(), scan.scan(trash)->items, cancellation).problems,
+              ElementsAre("Emptying the Trash was cut short."));
+  EXPECT_THAT(world.disk.names("home/trash"), ElementsAre("a"));
 }
 
 TEST(StorageCleanupTests, whatWasDoneBoundsWhatWasFreedAndIsTold) {
@@ -149,9 +220,9 @@ TEST(StorageCleanupTests, emptyingReachesNothingOutsideTheTrash) {
   scan.removeItems({disk / "home/./trash//entry"}, disk / "home/trash/");
   EXPECT_THAT(disk.names("home/trash"), ElementsAre("link"));
   StorageItem another{.kind = trash, .urls = {disk / "home/other-trash"}};
-  (void)scan.perform(StorageAction::emptyTrash(), {another});
+  (void)scan.perform(StorageAction::emptyTrash(), {another}, {});
   EXPECT_THAT(disk.names("home/trash"), ElementsAre("link")) << "not the one that was confirmed";
-  (void)scan.perform(StorageAction::emptyTrash(), scan.scan(trash)->items);
+  (void)scan.perform(StorageAction::emptyTrash(), scan.scan(trash)->items, {});
   EXPECT_THAT(disk.names("home/trash"), IsEmpty());
   EXPECT_THAT(disk.names("home/precious"), ElementsAre("x"));
 }
@@ -179,7 +250,7 @@ TEST(StorageCleanupTests, recordsGoWithTheirEntriesAndWhatHoldsAMountStays) {
   world.files.mounted = {{place}};
   RecordedTrash trash(disk / "home/bin");
   const StorageScan scan(world.locations(), world.files, trash, {}, world.clock);
-  const auto report = scan.perform(StorageAction::emptyTrash(), scan.scan(StorageKind::trash)->items);
+  const auto report = scan.perform(StorageAction::emptyTrash(), scan.scan(StorageKind::trash)->items, {});
   EXPECT_THAT(report.problems,
               ElementsAre("~/bin/files/stays: Something is mounted on " + place + ". Unmount it first."));
   EXPECT_EQ(report.done.at(StorageKind::trash).count, 1u);

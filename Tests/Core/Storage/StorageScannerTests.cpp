@@ -21,6 +21,8 @@ struct StorageScannerTests : testing::Test {
   FakeUserDefaults defaults;
   std::map<StorageKind, std::int64_t> disk = {{npm, 100}, {pip, 50}, {trash, 30}};
   std::function<void(StorageKind)> whileMeasuring;
+  std::function<void()> whilePerforming;
+  bool endedMeanwhile = false;
   bool asks = false;
   std::unique_ptr<StorageScanner> scanner = make();
 
@@ -36,7 +38,9 @@ struct StorageScannerTests : testing::Test {
           return found;
         },
         .perform =
-            [this](const StorageAction&, const std::vector<StorageItem>& items) {
+            [this](const StorageAction&, const std::vector<StorageItem>& items, const Cancellation& ending) {
+              if (whilePerforming) whilePerforming();
+              endedMeanwhile = ending.isCancelled();
               ActionReport report;
               for (const auto& item : items)
                 if (disk.erase(item.kind) > 0) report.done[item.kind] = {1, item.bytes};
@@ -166,17 +170,39 @@ TEST_F(StorageScannerTests, aCleanupIsLoggedOnceThoughAnotherOrAScanOvertakesIt)
   EXPECT_THAT(*scanner->working, IsEmpty());
 }
 
-TEST_F(StorageScannerTests, dyingInACleanupLogsNothingAndTheNextOneOnlyItsOwn) {
-  scan({npm, pip});
-  scanner->clean(items(npm));
-  scanner.reset(); // killed before the clean-up was told to anyone
-  time.run();
-  EXPECT_FALSE(disk.contains(npm));
-  EXPECT_THAT(defaults.changed, IsEmpty());
+TEST_F(StorageScannerTests, aCleanupThatTheEndOvertakesIsCutShortAndLoggedOnce) {
+  const auto end = [this] { scanner.reset(); };
+  const struct {
+    const char* when;
+    std::function<void()> arrange;
+    bool performed, cutShort;
+  } rows[] = {
+      {"before it began", [&] { end(); }, false, false},
+      {"while it runs", [&] { whilePerforming = end; }, true, true},
+      {"before it was told", [&] { whilePerforming = [&] { main->async(end); }; }, true, false},
+  };
+  for (const auto& row : rows) {
+    disk = {{npm, 100}, {pip, 50}};
+    defaults.remove("storage.freedLog");
+    defaults.remove("storage.freedTotal");
+    whilePerforming = {};
+    endedMeanwhile = false;
+    scanner = make();
+    scan({npm, pip});
+    scanner->clean(items(npm));
+    row.arrange();
+    time.run();
+    EXPECT_FALSE(scanner) << row.when;
+    EXPECT_EQ(disk.contains(npm), !row.performed) << row.when;
+    EXPECT_EQ(endedMeanwhile, row.cutShort) << row.when;
+    EXPECT_EQ(StorageLog::total(defaults), row.performed ? 100 : 0) << row.when;
+    EXPECT_EQ(StorageLog::entries(defaults).size(), row.performed ? 1u : 0u) << row.when;
+  }
+  whilePerforming = {};
   scanner = make();
-  scan({npm, pip});
+  scan({pip});
   clean(pip);
-  EXPECT_EQ(StorageLog::total(defaults), 50);
+  EXPECT_EQ(StorageLog::total(defaults), 150) << "the next one logs only its own";
 }
 
 } // namespace

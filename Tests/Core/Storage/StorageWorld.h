@@ -39,8 +39,8 @@ struct StorageWorld {
   StorageScan scan() {
     return StorageScan(
         locations(), files, trash,
-        [this](const std::string& path, const std::vector<std::string>& arguments,
-               Seconds timeout) -> std::optional<ShellResult> {
+        [this](const std::string& path, const std::vector<std::string>& arguments, Seconds timeout,
+               const Cancellation&) -> std::optional<ShellResult> {
           const auto line = commandLine(StorageAction::command(path, arguments, timeout));
           ran.push_back(line + " (" + std::to_string(int(timeout.count())) + " s)");
           const auto found = printed.find(line);

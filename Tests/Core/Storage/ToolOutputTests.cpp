@@ -16,5 +16,18 @@ TEST(ToolOutputTests, sizesAsDockerPrintsThem) {
     EXPECT_EQ(dockerBytes(none), 0) << none;
 }
 
+TEST(ToolOutputTests, whatIsFarTooLongIsLeftUnread) {
+  const std::string junk =
+      R"({"Type":"Images","Reclaimable":"1GB","x":[0)" + std::string(100'000, ' ') + "]}";
+  ASSERT_TRUE(parseDockerUsage(junk.substr(0, 43) + "]}")) << "it would be of use";
+  EXPECT_FALSE(parseDockerUsage(junk));
+  EXPECT_EQ(parseDockerUsage(junk + "\n" + R"({"Type":"Containers","Reclaimable":"5MB"})"),
+            (DockerUsage{.containers = 5'000'000}));
+  const std::string device =
+      R"({"devices":{"iOS":[{"isAvailable":false,"udid":"00000000-0000-0000-0000-000000000001"}]})";
+  EXPECT_EQ(unavailableSimulators(device + "}").size(), 1u);
+  EXPECT_EQ(unavailableSimulators(device + std::string(3'000'000, ' ') + "}").size(), 0u);
+}
+
 } // namespace
 } // namespace korvell

@@ -32,7 +32,8 @@ struct Program {
   std::optional<ShellResult> answer;
 
   CommandRunner runner() {
-    return [this](const std::string& path, const std::vector<std::string>& arguments, Seconds limit) {
+    return [this](const std::string& path, const std::vector<std::string>& arguments, Seconds limit,
+                  const Cancellation&) {
       std::string line = path;
       for (const auto& argument : arguments) line += " " + argument;
       EXPECT_EQ(line, commandLine);

@@ -78,7 +78,7 @@ TEST_P(MountTests, whatIsMountedIsNotEntered) {
     const auto mounts = tree.mounts();
     for (const auto* place : {"a/other", "a/same", "a/file"})
       if (!mountInside(disk / place, mounts)) return 5;
-    const auto removal = tree.remove(disk.root(), {"a"}).front();
+    const auto removal = tree.remove(disk.root(), {"a"}, {}).front();
     if (removal.outcome || removal.freed != expected) return 6;
     return tree.info(disk / "a/other/f") && tree.info(disk / "a/same/f") ? 0 : 7;
   });

@@ -22,8 +22,8 @@ protected:
                       .configHome = disk / "home/me/config"};
   std::vector<std::string> commands;
   LinuxLaunchItems items{folders,
-                         [this](const std::string& path, const std::vector<std::string>& arguments,
-                                Seconds) -> std::optional<ShellResult> {
+                         [this](const std::string& path, const std::vector<std::string>& arguments, Seconds,
+                                const Cancellation&) -> std::optional<ShellResult> {
                            std::string line = path.substr(path.rfind('/') + 1);
                            for (const auto& argument : arguments) line += " " + argument;
                            commands.push_back(line);

@@ -21,7 +21,7 @@ struct LinuxUsageHelperTests : testing::Test {
                            .ownFolder = root / "own",
                            .environment = [this](auto name) { return fakeEnvironment(variables)(name); },
                            .run = [this](const std::string& path, const std::vector<std::string>& arguments,
-                                         Seconds) -> std::optional<ShellResult> {
+                                         Seconds, const Cancellation&) -> std::optional<ShellResult> {
                              if (!path.starts_with("/usr/sbin/") && !path.ends_with("systemctl"))
                                return std::nullopt;
                              std::string command = path;
