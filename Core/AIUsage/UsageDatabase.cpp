@@ -1,7 +1,6 @@
 #include "Core/AIUsage/UsageDatabase.h"
 
 #include "Base/DatabaseFile.h"
-#include "Base/UserFolders.h"
 
 #include <algorithm>
 #include <cmath>
@@ -92,9 +91,8 @@ UsageDatabase::UsageDatabase(std::string path, Date now) : path_(std::move(path)
 // Opening
 
 void UsageDatabase::open() {
-  ensurePrivateFolder(path_.substr(0, path_.rfind('/')));
   int code = 0;
-  db_ = Database::open(path_, Database::Mode::readWriteCreate, &code);
+  db_ = openPrivateDatabase(path_, &code);
   note(code);
   db_.setBusyTimeout(busyMilliseconds);
   version_ = number("PRAGMA data_version");

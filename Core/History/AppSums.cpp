@@ -55,10 +55,11 @@ bool registerAppSums(Database& database) {
                                  finish) == SQLITE_OK;
 }
 
-AppSumsAnswer sumByApp(Database& database, std::string_view column, std::int64_t since, std::size_t limit,
+AppSumsAnswer sumByApp(Database& database, std::string_view column, HistoryPeriod period, std::size_t limit,
                        bool scan) {
-  const auto sql = fmt::format("SELECT app_sums(?, app, {}, rowid) FROM apps WHERE {}ts >= {}", column,
-                               scan ? "+" : "", since);
+  const auto sql =
+      fmt::format("SELECT app_sums(?, app, {0}, rowid) FROM apps WHERE {1}ts >= {2} AND {1}ts <= {3}", column,
+                  scan ? "+" : "", period.since, period.until);
   Statement statement = database.prepare(sql);
   Sums sums;
   statement.bindPointer(1, &sums, sumsPointer);

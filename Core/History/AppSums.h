@@ -29,7 +29,7 @@ struct AppSumsAnswer {
 
 /// `column` is one of the value columns' names. A range that holds nearly all rows is read in the order of
 /// the table (`scan`): the index would only add a look-up a row.
-AppSumsAnswer sumByApp(Database& database, std::string_view column, std::int64_t since, std::size_t limit,
+AppSumsAnswer sumByApp(Database& database, std::string_view column, HistoryPeriod period, std::size_t limit,
                        bool scan);
 
 } // namespace korvell

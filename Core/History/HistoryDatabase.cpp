@@ -1,8 +1,7 @@
 #include "Core/History/HistoryDatabase.h"
 
-#include "Base/DatabaseFile.h"
-#include "Base/UserFolders.h"
 #include "Core/History/AppSums.h"
+#include "Core/History/HistorySchema.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -13,24 +12,9 @@ namespace korvell {
 
 namespace {
 
-// The last statement serves databases from before the score; on all others it fails because the column is
-// there, and nothing comes after it.
-constexpr const char* schemaScript =
-    "PRAGMA journal_mode=WAL;\n"
-    "CREATE TABLE IF NOT EXISTS system(ts INTEGER PRIMARY KEY, cpu REAL, memory REAL, disk REAL, network "
-    "REAL, gpu REAL, energy REAL, disk_write REAL);\n"
-    "CREATE TABLE IF NOT EXISTS apps(ts INTEGER, app TEXT, name TEXT, path TEXT, cpu REAL, memory REAL, disk "
-    "REAL, network REAL, gpu REAL, energy REAL, disk_write REAL);\n"
-    "CREATE INDEX IF NOT EXISTS apps_ts ON apps(ts);\n"
-    "ALTER TABLE system ADD COLUMN score REAL;";
-
-constexpr const char* retentionScript = "DELETE FROM system WHERE ts < strftime('%s','now') - 2592000;\n"
-                                        "DELETE FROM apps WHERE ts < strftime('%s','now') - 2592000;";
-
 constexpr const char* insertSystemSQL =
     "INSERT OR REPLACE INTO system(ts, cpu, memory, disk, network, gpu, energy, disk_write, score) "
     "VALUES(?,?,?,?,?,?,?,?,?)";
-constexpr const char* insertAppSQL = "INSERT INTO apps VALUES(?,?,?,?,?,?,?,?,?,?,?)";
 
 constexpr std::string_view columnNames[historyColumnCount] = {"cpu", "memory", "disk",      "network",
                                                               "gpu", "energy", "disk_write"};
@@ -52,6 +36,10 @@ HistoryValues readValues(const Statement& statement, int first) {
 std::optional<std::string> textOrNothing(const Statement& statement, int column) {
   auto text = statement.text(column);
   return text.empty() ? std::nullopt : std::optional(std::move(text));
+}
+
+std::string within(HistoryPeriod period) {
+  return fmt::format("ts >= {} AND ts <= {}", period.since, period.until);
 }
 
 } // namespace
@@ -86,21 +74,41 @@ void HistoryDatabase::close() {
 
 bool HistoryDatabase::open() {
   const bool keeper = access_ == HistoryAccess::keeper;
-  if (keeper) ensurePrivateFolder(std::filesystem::path(path_).parent_path());
-  db_ = Database::open(path_, keeper ? Database::Mode::readWriteCreate : Database::Mode::readOnly);
+  failure_ = SQLITE_OK;
+  fault_.reset();
+  bool usable =
+      keeper ? openWith(openPrivateDatabase(path_, &failure_)) && prepareForWriting() : openToRead();
+  // In a newer version's file not even the journal's mode is set.
+  if (fault_ == DatabaseFault::newer) usable = openToRead();
+  if (usable) return true;
+  close();
+  if (keeper) fault_ = faultOf(path_, damaged_ ? SQLITE_CORRUPT : failure_);
+  return false;
+}
+
+bool HistoryDatabase::openWith(Database database) {
+  db_ = std::move(database);
   if (!db_) return false;
   db_.setBusyTimeout(busyMilliseconds);
-  const bool usable = registerAppSums(db_) && (!keeper || prepareForWriting());
-  if (!usable) close();
-  return usable;
+  return registerAppSums(db_);
+}
+
+bool HistoryDatabase::openToRead() {
+  close();
+  return openWith(Database::open(path_, Database::Mode::readOnly, &failure_));
 }
 
 bool HistoryDatabase::prepareForWriting() {
-  if (isForeign()) damaged_ = true;
-  if (damaged_) return false;
+  int code = SQLITE_OK;
+  const auto schema = historySchema(db_, code);
+  if (isDamage(code) || code != SQLITE_OK) return false;
+  damaged_ = schema == HistorySchema::foreign;
+  if (schema == HistorySchema::newer) fault_ = DatabaseFault::newer;
+  if (schema != HistorySchema::ours) return false;
   // A power cut may cost the last commits, never the file; a sync a minute would keep disks awake.
   db_.exec("PRAGMA synchronous=NORMAL");
-  isDamage(db_.exec(schemaScript));
+  code = db_.exec(historySchemaScript);
+  if ((code & 0xff) != SQLITE_ERROR && code != SQLITE_OK) return isDamage(code), false;
   deleteExpired();
   insertSystem_ = query(insertSystemSQL);
   deleteApps_ = query("DELETE FROM apps WHERE ts = ?");
@@ -108,31 +116,28 @@ bool HistoryDatabase::prepareForWriting() {
   return insertSystem_ && deleteApps_ && insertApp_ && !damaged_;
 }
 
-bool HistoryDatabase::isForeign() {
-  Statement tables = query("SELECT name FROM sqlite_master WHERE type = 'table'");
-  bool any = false, system = false, apps = false;
-  while (row(tables)) {
-    const auto name = tables.text(0);
-    any = true;
-    system |= name == "system";
-    apps |= name == "apps";
-  }
-  if (!any) return false;
-  // The first table of the schema is there as soon as any is.
-  const bool systemFits =
-      system && db_.prepare("SELECT ts, cpu, memory, disk, network, gpu, energy, disk_write FROM system");
-  return !systemFits || (apps && !db_.prepare(insertAppSQL));
+std::optional<DatabaseFault> HistoryDatabase::fault() {
+  if (access_ == HistoryAccess::keeper) return fault_;
+  std::error_code error;
+  if (std::filesystem::symlink_status(path_, error).type() == std::filesystem::file_type::not_found)
+    return std::nullopt;
+  if (!db_) return faultOf(path_, failure_);
+  // The first statement is what opens the log: where that fails, no other one reads anything either.
+  int code = SQLITE_OK;
+  const auto schema = historySchema(db_, code);
+  if (isDamage(code) || code != SQLITE_OK) return faultOf(path_, code);
+  if (schema == HistorySchema::foreign || damaged_) return DatabaseFault::damaged;
+  return schema == HistorySchema::newer ? std::optional(DatabaseFault::newer) : std::nullopt;
 }
 
 bool HistoryDatabase::isReadable() {
-  std::error_code error;
-  if (!std::filesystem::exists(path_, error) && !error) return true;
-  // The first statement is what opens the log: where that fails, no other one reads anything either.
-  Statement schema = query("SELECT COUNT(*) FROM sqlite_master");
-  return row(schema) && !isForeign() && !damaged_;
+  const auto found = fault();
+  if (found != DatabaseFault::newer) return !found;
+  return historyHasOurColumns(db_);
 }
 
 bool HistoryDatabase::isDamage(int code) {
+  if (failure_ == SQLITE_OK && code != SQLITE_ROW && code != SQLITE_DONE) failure_ = code;
   const bool damage = meansDamage(code);
   damaged_ |= damage;
   return damage;
@@ -141,19 +146,27 @@ bool HistoryDatabase::isDamage(int code) {
 // Writing
 
 bool HistoryDatabase::write(const HistoryMinute& minute) {
-  if (isDamage(db_.exec("BEGIN")) || !db_.inTransaction()) return false;
-  if (writeSystemRow(minute)) {
-    // A minute may be there already: the keeper was restarted within it, or the clock set back.
-    deleteApps_.bind(1, minute.ts);
-    run(deleteApps_);
-    for (const HistoryApp& app : minute.apps) writeAppRow(minute.ts, app);
-    if (!damaged_ && commit()) {
-      if (minute.ts % 3600 == 0) deleteExpired();
-      return true;
-    }
+  if (!insertSystem_) return false; // open to be read only
+  failure_ = SQLITE_OK;
+  fault_.reset();
+  if (begin() && writeRows(minute) && commit()) {
+    if (minute.ts % 3600 == 0) deleteExpired();
+    return true;
   }
   if (db_.inTransaction()) db_.exec("ROLLBACK");
+  fault_ = faultOf(path_, damaged_ ? SQLITE_CORRUPT : failure_);
   return false;
+}
+
+bool HistoryDatabase::begin() { return !isDamage(db_.exec("BEGIN")) && db_.inTransaction(); }
+
+bool HistoryDatabase::writeRows(const HistoryMinute& minute) {
+  if (!writeSystemRow(minute)) return false;
+  // A minute may be there already: the keeper was restarted within it, or the clock set back.
+  deleteApps_.bind(1, minute.ts);
+  run(deleteApps_);
+  for (const HistoryApp& app : minute.apps) writeAppRow(minute.ts, app);
+  return !damaged_;
 }
 
 bool HistoryDatabase::commit() {
@@ -185,7 +198,7 @@ bool HistoryDatabase::run(Statement& statement) {
   return done;
 }
 
-void HistoryDatabase::deleteExpired() { isDamage(db_.exec(retentionScript)); }
+void HistoryDatabase::deleteExpired() { isDamage(deleteExpiredHistory(db_)); }
 
 // Queries
 
@@ -212,35 +225,35 @@ std::optional<double> HistoryDatabase::scalarDouble(const std::string& sql) {
   return row(statement) ? std::optional(statement.real(0)) : std::nullopt;
 }
 
-std::vector<HistoryPoint> HistoryDatabase::series(Metric metric, std::int64_t since, int bucket) {
+std::vector<HistoryPoint> HistoryDatabase::series(Metric metric, HistoryPeriod period, int bucket) {
   Statement statement =
-      query(fmt::format("SELECT ts / {0} * {0}, AVG({1}) FROM system WHERE ts >= {2} GROUP BY 1 ORDER BY 1",
-                        bucket, rawValue(metric), since));
+      query(fmt::format("SELECT ts / {0} * {0}, AVG({1}) FROM system WHERE {2} GROUP BY 1 ORDER BY 1", bucket,
+                        rawValue(metric), within(period)));
   std::vector<HistoryPoint> points;
   while (row(statement)) points.push_back({Date{double(statement.integer(0))}, statement.real(1)});
   return points;
 }
 
-std::optional<SeriesSummary> HistoryDatabase::summary(Metric metric, std::int64_t since) {
-  Statement statement = query(fmt::format("SELECT MIN({0}), AVG({0}), MAX({0}) FROM system WHERE ts >= {1}",
-                                          rawValue(metric), since));
+std::optional<SeriesSummary> HistoryDatabase::summary(Metric metric, HistoryPeriod period) {
+  Statement statement = query(fmt::format("SELECT MIN({0}), AVG({0}), MAX({0}) FROM system WHERE {1}",
+                                          rawValue(metric), within(period)));
   if (!row(statement) || statement.isNull(1)) return std::nullopt;
   return SeriesSummary{statement.real(0), statement.real(1), statement.real(2)};
 }
 
-std::vector<double> HistoryDatabase::recent(Metric metric, std::int64_t since) {
+std::vector<double> HistoryDatabase::recent(Metric metric, HistoryPeriod period) {
   Statement statement =
-      query(fmt::format("SELECT {} FROM system WHERE ts >= {} ORDER BY ts", rawValue(metric), since));
+      query(fmt::format("SELECT {} FROM system WHERE {} ORDER BY ts", rawValue(metric), within(period)));
   std::vector<double> values;
   while (row(statement)) values.push_back(statement.real(0));
   return values;
 }
 
-std::vector<AppTotal> HistoryDatabase::topApps(Metric metric, std::int64_t since, std::size_t limit,
+std::vector<AppTotal> HistoryDatabase::topApps(Metric metric, HistoryPeriod period, std::size_t limit,
                                                bool wholeHistory) {
   db_.exec("BEGIN"); // one state of the file for all three statements
-  const auto minutes = scalar(fmt::format("SELECT COUNT(*) FROM system WHERE ts >= {}", since)).value_or(1);
-  const auto answer = sumByApp(db_, rawValue(metric), since, limit, wholeHistory);
+  const auto minutes = minuteCount(period).value_or(1);
+  const auto answer = sumByApp(db_, rawValue(metric), period, limit, wholeHistory);
   isDamage(answer.code);
   Statement names = query("SELECT name, path FROM apps WHERE rowid = ?");
   std::vector<AppTotal> totals;
@@ -256,24 +269,26 @@ std::vector<AppTotal> HistoryDatabase::topApps(Metric metric, std::int64_t since
   return totals;
 }
 
-double HistoryDatabase::average(Metric metric, std::int64_t since, int minimumMinutes) {
-  if (minimumMinutes >= 1 &&
-      scalar(fmt::format("SELECT COUNT(*) FROM system WHERE ts >= {}", since)).value_or(0) < minimumMinutes)
-    return 0;
-  return scalarDouble(fmt::format("SELECT AVG({}) FROM system WHERE ts >= {}", rawValue(metric), since))
+std::optional<std::int64_t> HistoryDatabase::minuteCount(HistoryPeriod period) {
+  return scalar(fmt::format("SELECT COUNT(*) FROM system WHERE {}", within(period)));
+}
+
+double HistoryDatabase::average(Metric metric, HistoryPeriod period, int minimumMinutes) {
+  if (minimumMinutes >= 1 && minuteCount(period).value_or(0) < minimumMinutes) return 0;
+  return scalarDouble(fmt::format("SELECT AVG({}) FROM system WHERE {}", rawValue(metric), within(period)))
       .value_or(0);
 }
 
-std::optional<double> HistoryDatabase::averageScore(std::int64_t since) {
-  Statement statement = query(
-      fmt::format("SELECT AVG(score), COUNT(score) FROM system WHERE score IS NOT NULL AND ts >= {}", since));
+std::optional<double> HistoryDatabase::averageScore(HistoryPeriod period) {
+  Statement statement = query(fmt::format(
+      "SELECT AVG(score), COUNT(score) FROM system WHERE score IS NOT NULL AND {}", within(period)));
   if (!row(statement) || statement.integer(1) <= 0) return std::nullopt;
   return statement.real(0);
 }
 
-double HistoryDatabase::totalBytes(std::string_view column, std::int64_t since) {
+double HistoryDatabase::totalBytes(std::string_view column, HistoryPeriod period) {
   if (std::find(std::begin(columnNames), std::end(columnNames), column) == std::end(columnNames)) return 0;
-  return scalarDouble(fmt::format("SELECT SUM({}) * 60 FROM system WHERE ts >= {}", column, since))
+  return scalarDouble(fmt::format("SELECT SUM({}) * 60 FROM system WHERE {}", column, within(period)))
       .value_or(0);
 }
 

@@ -4,12 +4,12 @@
 //
 // One row a minute in `system`, for the same minute one row for each kept application in `apps`; rows older
 // than thirty days are deleted. Every failure is a value: a query that fails answers like one without data,
-// and a write says whether trying again later makes sense. A file that turns out to be damaged, or to be no
-// history at all, is renamed to "history-damaged-DATE.sqlite" and a new one begun.
+// and fault() tells why nothing can be written. A file that turns out to be damaged, or to be no history at
+// all, is renamed to "history-damaged-DATE.sqlite" and a new one begun; one of a newer version is only read.
 //
-// A reader opens the file read-only: it creates, changes, prunes and renames nothing.
+// A reader changes no row, prunes and renames nothing; beside the file SQLite may leave its logs.
 
-#include "Base/SQLite.h"
+#include "Base/DatabaseFile.h"
 #include "Core/History/HistoryTypes.h"
 
 #include <cstdint>
@@ -24,16 +24,17 @@ enum class HistoryAccess { keeper, reader };
 
 class HistoryDatabase {
 public:
-  /// `now` names a file that is moved aside.
   HistoryDatabase(std::string path, HistoryAccess access) : path_(std::move(path)), access_(access) {}
 
   /// Opens the file, or makes sure that it still is the one that stands at the path. False when there is no
-  /// usable database now; calling again later tries again.
+  /// usable database now; calling again later tries again. `now` names a file that is moved aside.
   bool ensureOpen(Date now);
   /// SQLite met damage: the next ensureOpen() of a keeper moves the file aside.
   bool isDamaged() const { return damaged_; }
-  /// False when there is a file that can't be read, is damaged or no history; a missing one has no rows, and
-  /// that is all. Damage may lie anywhere: ask after the queries.
+  /// Why nothing can be written, to a keeper as of the last attempt. To a reader, what is the matter with the
+  /// file as far as that can be seen without writing; a missing one has no rows, and that is all.
+  std::optional<DatabaseFault> fault();
+  /// For a reader. Damage may lie anywhere: ask after the queries.
   bool isReadable();
   void close();
 
@@ -41,28 +42,33 @@ public:
   bool write(const HistoryMinute& minute);
   void deleteExpired();
 
-  // Queries; `since` is Unix time in whole seconds.
-  std::vector<HistoryPoint> series(Metric metric, std::int64_t since, int bucket);
+  // Queries.
+  std::vector<HistoryPoint> series(Metric metric, HistoryPeriod period, int bucket);
   /// Of the minutes themselves, each weighing the same; nothing when none has a value.
-  std::optional<SeriesSummary> summary(Metric metric, std::int64_t since);
-  std::vector<double> recent(Metric metric, std::int64_t since);
-  std::vector<AppTotal> topApps(Metric metric, std::int64_t since, std::size_t limit, bool wholeHistory);
-  double average(Metric metric, std::int64_t since, int minimumMinutes);
-  std::optional<double> averageScore(std::int64_t since);
-  double totalBytes(std::string_view column, std::int64_t since);
+  std::optional<SeriesSummary> summary(Metric metric, HistoryPeriod period);
+  std::vector<double> recent(Metric metric, HistoryPeriod period);
+  std::vector<AppTotal> topApps(Metric metric, HistoryPeriod period, std::size_t limit, bool wholeHistory);
+  double average(Metric metric, HistoryPeriod period, int minimumMinutes);
+  std::optional<double> averageScore(HistoryPeriod period);
+  double totalBytes(std::string_view column, HistoryPeriod period);
   /// What is stored of one minute, the applications in the order in which they were written.
   std::optional<HistoryMinute> minute(std::int64_t ts);
 
 private:
   bool open();
+  bool openWith(Database database);
+  bool openToRead();
   bool prepareForWriting();
-  bool isForeign();
   void putAside(Date now);
+  bool begin();
   bool commit();
+  bool writeRows(const HistoryMinute& minute);
   bool writeSystemRow(const HistoryMinute& minute);
   void writeAppRow(std::int64_t ts, const HistoryApp& app);
 
-  // Preparing, running and stepping that notice damage: the next ensureOpen() of a keeper acts on it.
+  std::optional<std::int64_t> minuteCount(HistoryPeriod period);
+
+  // Preparing, running and stepping that notice failures; on damage the next ensureOpen() of a keeper acts.
   bool isDamage(int code);
   Statement query(std::string_view sql);
   bool run(Statement& statement);
@@ -75,6 +81,8 @@ private:
   HistoryAccess access_;
   Database db_;
   bool damaged_ = false;
+  int failure_ = 0; ///< SQLite's code of the first one since opening or beginning
+  std::optional<DatabaseFault> fault_;
   Statement insertSystem_;
   Statement deleteApps_;
   Statement insertApp_;

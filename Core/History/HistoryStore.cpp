@@ -15,7 +15,7 @@ std::int64_t wholeSeconds(Date date) { return std::int64_t(date.sinceEpoch); }
 
 HistoryStore::HistoryStore(const QueueFactory& makeQueue, const Clock& clock, const std::string& folder,
                            HistoryAccess access)
-    : clock_(clock), access_(access), database_(folder + "/" + std::string(fileName), access),
+    : clock_(clock), access_(access), path_(folder + "/" + std::string(fileName)), database_(path_, access),
       queue_(makeQueue("Korvell.history")) {
   queue_->async([this] { database_.ensureOpen(clock_.now()); });
 }
@@ -29,10 +29,11 @@ void HistoryStore::record(const SystemSnapshot& snapshot, std::optional<int> sco
   queue_->async([this, sample] { add(std::move(*sample)); });
 }
 
-void HistoryStore::close() {
-  queue_->sync([this] {
+bool HistoryStore::close() {
+  return syncResult(*queue_, [this] {
     if (!std::exchange(closed_, true)) flush();
     database_.close();
+    return unwritten_.empty();
   });
 }
 
@@ -58,9 +59,11 @@ void HistoryStore::writeUnwritten() {
   }
 }
 
-std::int64_t HistoryStore::secondsAgo(int seconds) const {
-  return wholeSeconds(clock_.now() - Seconds{double(seconds)});
+HistoryPeriod HistoryStore::since(Date begin) const {
+  return {wholeSeconds(begin), wholeSeconds(clock_.now())};
 }
+
+HistoryPeriod HistoryStore::last(int seconds) const { return since(clock_.now() - Seconds{double(seconds)}); }
 
 template <class Work>
 auto HistoryStore::query(Work&& work) {
@@ -70,13 +73,21 @@ auto HistoryStore::query(Work&& work) {
 std::vector<HistoryPoint> HistoryStore::series(Metric metric, HistoryRange range) {
   return query([&](HistoryDatabase& database) {
     const auto span = spanOf(range);
-    return database.series(metric, secondsAgo(span.seconds), span.bucket);
+    return database.series(metric, last(span.seconds), span.bucket);
   });
 }
 
 std::optional<SeriesSummary> HistoryStore::summary(Metric metric, HistoryRange range) {
   return query(
-      [&](HistoryDatabase& database) { return database.summary(metric, secondsAgo(spanOf(range).seconds)); });
+      [&](HistoryDatabase& database) { return database.summary(metric, last(spanOf(range).seconds)); });
+}
+
+std::optional<HistoryProblem> HistoryStore::problem() {
+  return query([this](HistoryDatabase& database) -> std::optional<HistoryProblem> {
+    const auto fault = database.fault();
+    if (!fault) return std::nullopt;
+    return HistoryProblem{*fault, sentence(*fault, path_)};
+  });
 }
 
 bool HistoryStore::isReadable() {
@@ -84,31 +95,31 @@ bool HistoryStore::isReadable() {
 }
 
 std::vector<double> HistoryStore::recent(Metric metric, int minutes) {
-  return query([&](HistoryDatabase& database) { return database.recent(metric, secondsAgo(minutes * 60)); });
+  return query([&](HistoryDatabase& database) { return database.recent(metric, last(minutes * 60)); });
 }
 
 std::vector<AppTotal> HistoryStore::topApps(Metric metric, HistoryRange range, int limit) {
   return query([&](HistoryDatabase& database) {
-    return database.topApps(metric, secondsAgo(spanOf(range).seconds), std::size_t(std::max(limit, 0)),
+    return database.topApps(metric, last(spanOf(range).seconds), std::size_t(std::max(limit, 0)),
                             range == HistoryRange::d30);
   });
 }
 
-double HistoryStore::average(Metric metric, Date since, int minimumMinutes) {
-  return query([&](HistoryDatabase& database) {
-    return database.average(metric, wholeSeconds(since), minimumMinutes);
-  });
+double HistoryStore::average(Metric metric, Date begin, int minimumMinutes) {
+  return query(
+      [&](HistoryDatabase& database) { return database.average(metric, since(begin), minimumMinutes); });
 }
 
-std::optional<double> HistoryStore::averageScore(Date since) {
-  return query([&](HistoryDatabase& database) { return database.averageScore(wholeSeconds(since)); });
+std::optional<double> HistoryStore::averageScore(Date begin) {
+  return query([&](HistoryDatabase& database) { return database.averageScore(since(begin)); });
 }
 
-double HistoryStore::totalBytes(std::string_view column, Date since) {
-  return query([&](HistoryDatabase& database) { return database.totalBytes(column, wholeSeconds(since)); });
+double HistoryStore::totalBytes(std::string_view column, Date begin) {
+  return query([&](HistoryDatabase& database) { return database.totalBytes(column, since(begin)); });
 }
 
 std::optional<HistoryMinute> HistoryStore::minute(Date at) {
+  if (at > clock_.now()) return std::nullopt;
   return query([&](HistoryDatabase& database) { return database.minute(minuteOf(at)); });
 }
 

@@ -7,7 +7,7 @@
 // when a sample of another minute arrives, and by close() at an orderly shutdown. A minute that could not
 // be stored (the disk is full, another process holds the lock) is kept and tried again with the next one, a
 // quarter of an hour at most. Without a database everything answers as if there were no data, and every
-// minute tries to open it again.
+// minute tries to open it again; problem() says why. No query answers with minutes of the future.
 
 #include "Base/Queue.h"
 #include "Core/History/HistoryDatabase.h"
@@ -36,8 +36,12 @@ public:
   /// Adds a sample to its minute. A reader records nothing.
   void record(const SystemSnapshot& snapshot, std::optional<int> score);
   /// Writes the minute in progress and closes the database; waits for it. Nothing is recorded afterwards.
-  void close();
+  /// False when a minute could not be stored and is lost.
+  bool close();
 
+  /// Why nothing is recorded at the moment, as of the last attempt; to a reader, what is the matter with the
+  /// file, which it may be able to read all the same.
+  std::optional<HistoryProblem> problem();
   /// False when the answers are empty or short because the file can't be read; a missing file has no rows.
   bool isReadable();
   std::vector<HistoryPoint> series(Metric metric, HistoryRange range);
@@ -48,11 +52,11 @@ public:
   /// The largest first.
   std::vector<AppTotal> topApps(Metric metric, HistoryRange range, int limit);
   /// 0 when fewer than `minimumMinutes` minutes are recorded since then, or none.
-  double average(Metric metric, Date since, int minimumMinutes);
+  double average(Metric metric, Date begin, int minimumMinutes);
   /// Absent when no minute since then has a score.
-  std::optional<double> averageScore(Date since);
+  std::optional<double> averageScore(Date begin);
   /// `column` is a column of bytes a second, "network" or "disk_write".
-  double totalBytes(std::string_view column, Date since);
+  double totalBytes(std::string_view column, Date begin);
   /// The stored minute that an instant lies in.
   std::optional<HistoryMinute> minute(Date at);
 
@@ -62,10 +66,12 @@ private:
   void add(HistorySample sample);
   void flush();
   void writeUnwritten();
-  std::int64_t secondsAgo(int seconds) const;
+  HistoryPeriod since(Date begin) const; ///< until now
+  HistoryPeriod last(int seconds) const;
 
   const Clock& clock_;
   HistoryAccess access_;
+  std::string path_;
   HistoryDatabase database_;
   MinuteAccumulator accumulator_;
   std::deque<HistoryMinute> unwritten_;

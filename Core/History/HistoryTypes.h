@@ -1,6 +1,7 @@
 #pragma once
 // What the history takes in and gives out, and the ranges that people look at.
 
+#include "Base/DatabaseFile.h"
 #include "Base/Date.h"
 #include "Base/Enum.h"
 #include "Base/Record.h"
@@ -41,6 +42,13 @@ inline constexpr HistorySpan historySpans[] = {{HistoryRange::live, 300, 2},
                                                {HistoryRange::d30, 2'592'000, 10'800}};
 
 constexpr HistorySpan spanOf(HistoryRange range) { return historySpans[std::size_t(range)]; }
+
+/// The minutes that begin from `since` to `until`, Unix time in whole seconds. What is asked never reaches
+/// beyond now: a clock that was ahead leaves minutes in the future, which wait there for their time.
+struct HistoryPeriod {
+  std::int64_t since = 0;
+  std::int64_t until = 0;
+};
 
 /// Over the minutes of a range, or the points of a series.
 struct SeriesSummary {
@@ -85,6 +93,17 @@ struct HistoryApp {
   HistoryValues values{};
 
   bool operator==(const HistoryApp&) const = default;
+};
+
+/// Why nothing is recorded at the moment.
+struct HistoryProblem {
+  DatabaseFault kind = DatabaseFault::failing;
+  std::string detail; ///< a sentence with the file's path, localised
+
+  bool operator==(const HistoryProblem&) const = default;
+  static constexpr auto fields() {
+    return std::tuple{Field{"kind", &HistoryProblem::kind}, Field{"detail", &HistoryProblem::detail}};
+  }
 };
 
 /// What the history keeps of a snapshot.

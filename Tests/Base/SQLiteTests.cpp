@@ -1,8 +1,11 @@
-#include "Base/SQLite.h"
+#include "Base/DatabaseFile.h"
 
 #include "Tests/Fakes/TemporaryFolder.h"
 
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 using namespace korvell;
 using namespace std::string_literals;
@@ -79,6 +82,29 @@ TEST(SQLite, errorsAreValues) {
   Database closed;
   EXPECT_EQ(closed.exec("SELECT 1"), sqliteMisuse);
   EXPECT_FALSE(closed.prepare("SELECT 1"));
+}
+
+TEST(DatabaseFile, isForItsUserOnlyHoweverItWasBefore) {
+  const TemporaryFolder folder;
+  const mode_t before = umask(0);
+  for (const bool isThere : {false, true}) {
+    SCOPED_TRACE(isThere);
+    const auto name = isThere ? "open" : "new";
+    const auto path = folder / name + "/a.sqlite";
+    if (isThere) {
+      std::filesystem::create_directory(folder / name);
+      for (const auto& file : {path, path + "-wal", path + "-shm"}) std::ofstream(file) << "";
+      std::filesystem::create_directory(folder / name + "/b.sqlite");
+    }
+    auto database = openPrivateDatabase(path);
+    EXPECT_EQ(database.exec("PRAGMA journal_mode=WAL; CREATE TABLE t(a); INSERT INTO t VALUES (1)"), 0);
+    EXPECT_EQ(folder.permissions(name), 0700u);
+    for (const auto suffix : {"", "-wal", "-shm"})
+      EXPECT_EQ(folder.permissions(std::string(name) + "/a.sqlite" + suffix), 0600u) << suffix;
+  }
+  EXPECT_FALSE(openPrivateDatabase(folder / "open/b.sqlite"));
+  EXPECT_EQ(folder.permissions("open/b.sqlite"), 0777u) << "what is no database is left alone";
+  umask(before);
 }
 
 TEST(SQLite, aStatementMayOutliveItsDatabase) {

@@ -67,16 +67,19 @@ TEST_F(HistoryFaultTests, minutesWaitUntilTheFaultIsOver) {
     disk.openError = SQLITE_CANTOPEN;
     store = open();
   };
+  using Kind = DatabaseFault;
   struct Fault {
     const char* name;
     std::function<void()> begin;
     bool isReadable;
+    Kind told;
   };
-  for (const auto& fault : {Fault{"no room", failWrites(SQLITE_FULL), true},
-                            {"a broken disk", failWrites(SQLITE_IOERR_WRITE), true},
-                            {"locked", lock, true},
-                            {"can't be opened", failToOpen, false}}) {
+  for (const auto& fault : {Fault{"no room", failWrites(SQLITE_FULL), true, Kind::full},
+                            {"a broken disk", failWrites(SQLITE_IOERR_WRITE), true, Kind::failing},
+                            {"locked", lock, true, Kind::locked},
+                            {"can't be opened", failToOpen, false, Kind::failing}}) {
     SCOPED_TRACE(fault.name);
+    EXPECT_EQ(store->problem(), std::nullopt);
     record(0, 1);
     record(60, 2);
     fault.begin();
@@ -85,15 +88,79 @@ TEST_F(HistoryFaultTests, minutesWaitUntilTheFaultIsOver) {
     EXPECT_EQ(store->average(Metric::cpu, start, 0), fault.isReadable ? 1 : 0);
     EXPECT_EQ(store->topApps(Metric::cpu, HistoryRange::d30, 3).size(), fault.isReadable ? 1u : 0u);
     EXPECT_EQ(open(HistoryAccess::reader)->isReadable(), fault.isReadable);
+    EXPECT_EQ(store->problem()->kind, fault.told);
     disk.writeError = disk.openError = SQLITE_OK;
     other.close();
     record(240, 5);
+    EXPECT_EQ(store->problem(), std::nullopt);
     EXPECT_THAT(stored(), ElementsAre("1.0", "2.0", "3.0", "4.0"));
     EXPECT_THAT(stored("apps"), ElementsAre("1.0", "2.0", "3.0", "4.0"));
     EXPECT_THAT(filesLike("damaged"), IsEmpty());
-    store.reset();
+    EXPECT_TRUE(store->close());
     std::filesystem::remove(path);
     store = open();
+  }
+  record(0, 1);
+  disk.writeError = SQLITE_FULL;
+  EXPECT_FALSE(store->close()) << "a minute is lost";
+}
+
+TEST_F(HistoryFaultTests, whatIsNoFileIsNamedAndRecordingBeginsWhenItIsGone) {
+  using Kind = DatabaseFault;
+  const std::pair<Kind, std::function<void()>> obstacles[] = {
+      {Kind::notAFile, [&] { std::filesystem::create_directory(path); }},
+      {Kind::danglingLink, [&] { std::filesystem::create_symlink("no/such/folder", path); }}};
+  for (const bool whileItRuns : {false, true})
+    for (const auto& [kind, obstruct] : obstacles) {
+      SCOPED_TRACE(rawValue(kind));
+      store.reset();
+      for (const auto& name : filesLike("history")) std::filesystem::remove(folder / name);
+      if (whileItRuns) {
+        store = open();
+        std::filesystem::rename(path, path + ".mine");
+      }
+      obstruct();
+      if (!whileItRuns) store = open();
+      record(0, 1);
+      record(60, 2);
+      ASSERT_TRUE(store->problem());
+      EXPECT_EQ(*store->problem(), (HistoryProblem{kind, sentence(kind, path)}));
+      EXPECT_EQ(open(HistoryAccess::reader)->problem()->kind, kind);
+      EXPECT_FALSE(open(HistoryAccess::reader)->isReadable());
+      std::filesystem::remove(path);
+      record(120, 3);
+      EXPECT_EQ(store->problem(), std::nullopt);
+      EXPECT_THAT(stored(), ElementsAre("1.0", "2.0"));
+      EXPECT_THAT(filesLike("damaged"), IsEmpty());
+    }
+}
+
+TEST_F(HistoryFaultTests, aNewerVersionsFileIsReadAndLeftAsItIs) {
+  record(0, 10);
+  record(60, 20);
+  for (const char* change : {"ALTER TABLE apps ADD COLUMN wakeups REAL",
+                             "ALTER TABLE system ADD COLUMN pressure REAL", "PRAGMA user_version = 2"}) {
+    SCOPED_TRACE(change);
+    store.reset();
+    const auto saved = contentOf(path);
+    Database::open(path, Database::Mode::readWrite).exec(change);
+    const auto before = contentOf(path);
+    store = open();
+    record(120, 30);
+    record(180, 40);
+    EXPECT_EQ(store->problem()->kind, DatabaseFault::newer);
+    EXPECT_EQ(open(HistoryAccess::reader)->problem()->kind, DatabaseFault::newer);
+    for (auto access : {HistoryAccess::keeper, HistoryAccess::reader}) {
+      const auto reader = open(access);
+      EXPECT_TRUE(reader->isReadable());
+      EXPECT_EQ(reader->average(Metric::cpu, start, 0), 15);
+      EXPECT_EQ(reader->topApps(Metric::cpu, HistoryRange::d30, 1)[0].value, 15);
+    }
+    EXPECT_FALSE(store->close());
+    store.reset();
+    EXPECT_EQ(contentOf(path), before);
+    EXPECT_THAT(filesLike("damaged"), IsEmpty());
+    std::ofstream(path, std::ios::binary) << saved;
   }
 }
 

@@ -8,6 +8,8 @@ namespace {
 
 using HistoryStoreTests = HistoryFixture;
 
+constexpr double day = 86'400, month = 30 * day;
+
 TEST_F(HistoryStoreTests, aMinuteIsWrittenWhenTheNextOneBeginsOrTheStoreIsClosed) {
   record(0, 10, 90);
   record(30, 30);
@@ -100,19 +102,61 @@ TEST_F(HistoryStoreTests, topApplicationsAnswerAsThePlainStatementDoes) {
 }
 
 TEST_F(HistoryStoreTests, rowsOlderThanThirtyDaysGoAtTheHourAndAtOpening) {
-  const double month = 2'592'000;
   record(0, 1);
   record(60, 2);
-  record(month + 1800, 3);
+  for (int i = 1; i <= 30; ++i) record(i * day + 1800, 3);
   record(month + 1860, 4);
-  EXPECT_EQ(stored().size(), 3u) << "no whole hour was written meanwhile";
+  EXPECT_EQ(stored().size(), 32u) << "no whole hour was written meanwhile";
   record(month + 3600, 5);
   record(month + 3660, 6);
-  EXPECT_THAT(stored(), ElementsAre("3.0", "4.0", "5.0"));
-  EXPECT_THAT(stored("apps"), ElementsAre("3.0", "4.0", "5.0"));
-  clock.setNow(start + Seconds{month * 2 + 3600.0});
+  EXPECT_EQ(stored().size(), 32u);
+  EXPECT_EQ(stored("apps").size(), 32u);
+  EXPECT_EQ(stored().front(), "3.0");
+  EXPECT_EQ(stored("apps").front(), "3.0");
+  record(month + day + 1860, 7);
   reopen();
-  EXPECT_THAT(stored(), ElementsAre("5.0", "6.0"));
+  for (const auto& table : {"system", "apps"})
+    EXPECT_THAT(rows(fmt::format("SELECT (MIN(ts) - 1772366400) || ' ' || COUNT(*) FROM {}", table)),
+                ElementsAre("174600 33")); // the second day's
+}
+
+TEST_F(HistoryStoreTests, aClockThatIsWrongDeletesNothingAndShowsNothing) {
+  const std::string mine = "SELECT COUNT(*) FROM system WHERE cpu = 1";
+  const double now = 30 * day;
+  for (const double error : {60 * day, 20 * day, 4000 * day, -60 * day, -20'000 * day, -10 * day - 1800}) {
+    SCOPED_TRACE(error / day);
+    store.reset();
+    for (const auto& name : filesLike("history")) std::filesystem::remove(folder / name);
+    store = open();
+    for (int i = 0; i <= 30; ++i) record(i * day, 1); // a minute a day
+    reopen();                                         // which writes the last one
+    const auto before = rows(mine);
+    clock.setNow(start + Seconds{now + error});
+    reopen();                   // prunes
+    for (int i = 0; i < 5; ++i) // for days, with the pruning of the full hour
+      for (double minute : {0.0, 60.0, 120.0}) record(now + error + i * day + minute, 50);
+    EXPECT_EQ(rows(mine), before);
+    clock.setNow(start + Seconds{now + 60});
+    reopen();
+    EXPECT_EQ(rows(mine), before);
+    if (error < 0) continue; // what lies in the past by now is history
+    EXPECT_EQ(store->summary(Metric::cpu, HistoryRange::d30), (SeriesSummary{1, 1, 1}));
+    EXPECT_EQ(store->series(Metric::cpu, HistoryRange::d30).back().value, 1);
+    EXPECT_EQ(store->average(Metric::cpu, start, 0), 1);
+    EXPECT_THAT(store->recent(Metric::cpu, 2), ElementsAre(1));
+    EXPECT_EQ(store->averageScore(start), std::nullopt);
+    EXPECT_EQ(store->totalBytes("network", start + Seconds{now}), 10 * 60);
+    EXPECT_EQ(store->topApps(Metric::cpu, HistoryRange::d30, 1)[0].value, 1);
+    EXPECT_FALSE(store->minute(start + Seconds{now + error}));
+  }
+}
+
+TEST_F(HistoryStoreTests, afterALongRestTheOldMinutesGoWhenSevenDaysProveTheClock) {
+  for (int i = 0; i < 30; ++i) record(i * day, 1);
+  for (int i = 0; i < 7; ++i) {
+    for (double minute : {0.0, 60.0, 120.0}) record(100 * day + i * day + minute, 2);
+    EXPECT_EQ(rows("SELECT COUNT(*) FROM system WHERE cpu = 1"), rows(i < 6 ? "SELECT 30" : "SELECT 0")) << i;
+  }
 }
 
 TEST_F(HistoryStoreTests, anOlderDatabaseGainsTheScore) {
