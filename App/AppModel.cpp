@@ -16,9 +16,11 @@ constexpr Seconds timeToQuit{0.5};
 
 AppModel::AppModel(Queue& main, Parts parts, const Attention& attention, Seams seams)
     : Model(main, seams.defaults), main_(main), attention_(attention), seams_(std::move(seams)),
-      history_(std::move(parts.history)), sampler_(std::move(parts.sampler)),
+      history_(std::move(parts.history)), alertLog_(std::move(parts.alertLog)),
+      sampler_(std::move(parts.sampler)),
       actions_(std::make_unique<ProcessActions>(*sampler_, seams_.processes)),
       aiUsage_(std::move(parts.aiUsage)) {
+  if (alertLog_) alerts.set(withOlder(alertLog_->load()));
   seams_.notifications.requestPermission();
   // The handler outlives no model: the timer is destroyed first, and what is on its way to the main queue
   // finds the model gone.
@@ -29,15 +31,26 @@ AppModel::AppModel(Queue& main, Parts parts, const Attention& attention, Seams s
   });
   timer_->schedule(Seconds(0), watchedPace.interval, watchedPace.leeway);
   if (!aiUsage_) return;
-  aiUsage_->onAlert = [this](const HealthAlert& alert) { alerts.set(withOlder({alert})); };
+  aiUsage_->onAlert = [this](const HealthAlert& alert) {
+    alerts.set(withOlder({alert}));
+    if (alertLog_) alertLog_->keep(*alerts);
+  };
   aiUsage_->start();
 }
 
-AppModel::~AppModel() {
+AppModel::~AppModel() { stop(); }
+
+void AppModel::stop() {
   aiUsage_.reset();
   removals_.reset(); // waits for one that is under way
   timer_.reset();
   life_.cut();
+}
+
+std::optional<HistoryProblem> AppModel::finish() {
+  stop();
+  sampler_->queue().sync([] {}); // a cycle that is under way records
+  return history_->close() ? std::nullopt : history_->problem();
 }
 
 // A cycle that was under way when a list's clock was reset has handed its tick over before: queues keep their
@@ -145,7 +158,10 @@ void AppModel::publish(const Tick& tick, Publication& publication) {
   if (tick.projects) publication.set(projects, *tick.projects);
   if (tick.startupItems) publication.set(startupItems, *tick.startupItems);
   if (tick.totals) publication.set(totals, *tick.totals);
-  if (!tick.alerts.empty()) publication.set(alerts, withOlder(tick.alerts));
+  publication.setIfChanged(historyProblem, tick.historyProblem);
+  if (tick.alerts.empty()) return;
+  publication.set(alerts, withOlder(tick.alerts));
+  if (alertLog_) alertLog_->keep(*alerts);
 }
 
 std::vector<HealthAlert> AppModel::withOlder(std::vector<HealthAlert> newest) const {

@@ -10,6 +10,7 @@
 #include "Base/Lifeline.h"
 #include "Base/Queue.h"
 #include "Core/AIUsage/AIUsageStore.h"
+#include "Core/Health/AlertLog.h"
 #include "Core/Loop/ProcessActions.h"
 #include "Core/Loop/Sampler.h"
 #include "Platform/Attention.h"
@@ -29,6 +30,7 @@ public:
     std::unique_ptr<HistoryStore> history;
     std::unique_ptr<Sampler> sampler;        ///< records in that history, where it keeps
     std::unique_ptr<AIUsageStore> aiUsage{}; ///< null: no accounting of AI usage
+    std::unique_ptr<AlertLog> alertLog{};    ///< null: the alerts end with the model
   };
   /// What the model asks; all of it outlives the model.
   struct Seams {
@@ -43,6 +45,10 @@ public:
 
   AppModel(Queue& main, Parts parts, const Attention& attention, Seams seams);
   ~AppModel() override;
+
+  /// Ends the sampling and writes the minute in progress; to be destroyed afterwards. Why the last minutes
+  /// could not be stored; nothing when they were.
+  std::optional<HistoryProblem> finish();
 
   // The user's actions. `done` is called once, on the main queue, unless the model ends before; by then the
   // lists above show what has changed, but for applications, which take their time to quit.
@@ -68,6 +74,7 @@ public:
   const AIUsageStore* aiUsage() const { return aiUsage_.get(); }
 
 private:
+  void stop();
   void apply(const Tick& tick);
   void afterCycle(Task done);
   void setWatched(bool watched, Seconds first);
@@ -83,6 +90,7 @@ private:
   std::vector<Task> afterCycle_; ///< run when the next tick has been applied
   // They end in the reverse order, the history last, with the minute in progress.
   std::unique_ptr<HistoryStore> history_;
+  std::unique_ptr<AlertLog> alertLog_;
   std::unique_ptr<Sampler> sampler_;
   std::unique_ptr<ProcessActions> actions_;
   Lifeline<AppModel> life_{*this};

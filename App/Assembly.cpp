@@ -81,8 +81,10 @@ std::unique_ptr<AppModel> Assembly::makeKeepingModel(Queue& main, const Attentio
   auto history = std::make_unique<HistoryStore>(systemQueueFactory(), clock_, host_.folders.data);
   auto sampler = makeSampler(history.get());
   return std::make_unique<AppModel>(
-      main, AppModel::Parts{std::move(history), std::move(sampler), makeAIUsageStore(main)}, attention,
-      seams());
+      main,
+      AppModel::Parts{std::move(history), std::move(sampler), makeAIUsageStore(main),
+                      std::make_unique<AlertLog>(systemQueueFactory(), clock_, host_.folders.data)},
+      attention, seams());
 }
 
 std::unique_ptr<AppModel> Assembly::makeWatchingModel(Queue& main, const Attention& attention) {

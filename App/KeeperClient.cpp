@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <poll.h>
 #include <sys/socket.h>
+#include <vector>
 
 namespace korvell {
 
@@ -17,10 +18,15 @@ constexpr std::size_t longestAnswer = std::size_t{64} << 20;
 } // namespace
 
 std::optional<KeeperClient> KeeperClient::connect(const UserFolders& folders) {
-  const auto path = announcedSocket(folders);
-  Descriptor socket = path ? connectLocal(*path) : Descriptor();
-  if (!socket || !isSameUser(socket.get())) return std::nullopt;
-  return KeeperClient(std::move(socket));
+  std::vector<std::string> places;
+  if (const auto said = keeperAnnouncement(folders))
+    places = {said->socket};
+  else if (isKeeperRunning(folders))
+    places = {keeperSocketPath(folders), spareSocketPath(folders)};
+  for (const auto& path : places)
+    if (Descriptor socket = connectLocal(path); socket && isSameUser(socket.get()))
+      return KeeperClient(std::move(socket));
+  return std::nullopt;
 }
 
 std::optional<Value> KeeperClient::ask(const Value& request, Seconds patience) {

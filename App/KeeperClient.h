@@ -14,7 +14,8 @@ namespace korvell {
 
 class KeeperClient {
 public:
-  /// Nothing when there is no keeper, or when what answers there is another user's.
+  /// Nothing when nobody listens, or when who does is another user. A keeper that could not say where it
+  /// answers, for want of room on the disk, is looked for at its usual places.
   static std::optional<KeeperClient> connect(const UserFolders& folders);
 
   /// Nothing when no answer came within the time, when it is no JSON, or when the keeper has gone; the

@@ -12,26 +12,36 @@ namespace {
 
 std::string lockPath(const UserFolders& folders) { return folders.data + "/" + KeeperLock::fileName; }
 
+/// Never cut to nothing: on a full disk the file keeps the room that it has.
+void rewrite(int file, std::string_view text) {
+  if (pwrite(file, text.data(), text.size(), 0) == ssize_t(text.size())) [[maybe_unused]]
+    const int ignored = ftruncate(file, off_t(text.size()));
+}
+
 } // namespace
 
 Result<KeeperLock> KeeperLock::acquire(const UserFolders& folders) {
   ensurePrivateFolder(folders.data);
+  // Who only looks whether the lock is held has it for a moment.
+  constexpr Seconds patience{0.05};
   bool isHeld = false;
-  auto lock = FileLock::acquire(lockPath(folders), Seconds{0}, &isHeld);
-  if (lock) return KeeperLock(std::move(*lock));
+  auto lock = FileLock::acquire(lockPath(folders), patience, &isHeld);
+  if (lock) {
+    KeeperLock keeper(std::move(*lock));
+    keeper.announce({});
+    return keeper;
+  }
   if (isHeld) return Failure{localized("Korvell is already running.")};
   return Failure{localized("Korvell can't write to its folder {folder}.", {{"folder", folders.data}})};
 }
 
 KeeperLock::~KeeperLock() {
-  if (lock_) [[maybe_unused]]
-    const int ignored = ftruncate(lock_->descriptor(), 0);
+  if (lock_) rewrite(lock_->descriptor(), "\n");
 }
 
 void KeeperLock::announce(const std::string& socketPath) const {
   const auto text = dumpJSON(Value::object({{"pid", std::int64_t{getpid()}}, {"socket", socketPath}})) + "\n";
-  if (ftruncate(lock_->descriptor(), 0) != 0) return;
-  [[maybe_unused]] const auto written = pwrite(lock_->descriptor(), text.data(), text.size(), 0);
+  rewrite(lock_->descriptor(), text);
 }
 
 std::string keeperSocketPath(const UserFolders& folders) {
@@ -40,12 +50,15 @@ std::string keeperSocketPath(const UserFolders& folders) {
 
 std::string spareSocketPath(const UserFolders& folders) { return folders.data + "/keeper.sock"; }
 
-std::optional<std::string> announcedSocket(const UserFolders& folders) {
+std::optional<KeeperAnnouncement> keeperAnnouncement(const UserFolders& folders) {
   const auto text = readFile(lockPath(folders), 4096);
   const auto announcement = text ? parseJSON(*text) : std::nullopt;
-  const auto* path = announcement ? announcement->find("socket") : nullptr;
-  if (!path || !path->asString()) return std::nullopt;
-  return *path->asString();
+  const auto* pid = announcement ? announcement->find("pid") : nullptr;
+  const auto* socket = announcement ? announcement->find("socket") : nullptr;
+  if (!pid || !socket || !socket->asString()) return std::nullopt;
+  return KeeperAnnouncement{pid->asInt().value_or(0), *socket->asString()};
 }
+
+bool isKeeperRunning(const UserFolders& folders) { return FileLock::isHeld(lockPath(folders)); }
 
 } // namespace korvell

@@ -1,11 +1,12 @@
 #pragma once
 // One keeper at a time: the process that records, alerts and answers. It holds a lock on a file in the data
-// folder for as long as it lives, however it ends; the file says where it answers.
+// folder for as long as it lives, however it ends; the file says which process it is and where it answers.
 
 #include "Base/FileLock.h"
 #include "Base/Result.h"
 #include "Base/UserFolders.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -21,7 +22,7 @@ public:
   KeeperLock& operator=(KeeperLock&&) = default;
   ~KeeperLock();
 
-  /// Tells where this keeper answers.
+  /// Tells where this keeper answers; empty for nowhere.
   void announce(const std::string& socketPath) const;
 
 private:
@@ -33,7 +34,16 @@ private:
 std::string keeperSocketPath(const UserFolders& folders);
 /// In the data folder: for when the keeper of another data folder listens in the runtime folder.
 std::string spareSocketPath(const UserFolders& folders);
-/// Where the keeper of this data folder, if there is one, said that it answers.
-std::optional<std::string> announcedSocket(const UserFolders& folders);
+
+/// What the keeper of this data folder said of itself. It may be gone: one that was killed could not say so.
+struct KeeperAnnouncement {
+  std::int64_t pid = 0;
+  /// Empty while it does not answer yet.
+  std::string socket;
+  bool operator==(const KeeperAnnouncement&) const = default;
+};
+std::optional<KeeperAnnouncement> keeperAnnouncement(const UserFolders& folders);
+/// Whether a process holds the lock, even one that hangs.
+bool isKeeperRunning(const UserFolders& folders);
 
 } // namespace korvell

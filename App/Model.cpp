@@ -5,7 +5,8 @@ namespace korvell {
 Model::Model(const Queue& main, const UserDefaults& defaults)
     : snapshot(main, SystemSnapshot::empty(main.clock().now())), privileged(main), sensors(main),
       peripherals(main), projects(main), startupItems(main), alerts(main), report(main), live(main),
-      totals(main), selection(main), hasSample(main), cycle(main), menuBar(main, defaults) {}
+      totals(main), historyProblem(main), selection(main), hasSample(main), cycle(main),
+      menuBar(main, defaults) {}
 
 void Model::publishMenuBar() {
   const auto& memory = snapshot->memory;

@@ -40,9 +40,10 @@ public:
   Published<HealthReport> report;             ///< says something once hasSample is true
   Published<LiveSeries> live;                 ///< one series a metric over the last liveSpan
   Published<Totals> totals;
-  Published<std::optional<SidebarItem>> selection; ///< the section shown in the main window
-  Published<bool> hasSample;                       ///< false until the second tick: the first has no rates
-  Published<std::int64_t> cycle;                   ///< how many were applied
+  Published<std::optional<HistoryProblem>> historyProblem; ///< why nothing is recorded; absent while it is
+  Published<std::optional<SidebarItem>> selection;         ///< the section shown in the main window
+  Published<bool> hasSample;     ///< false until the second tick: the first has no rates
+  Published<std::int64_t> cycle; ///< how many were applied
 
   MenuBarState menuBar;
 

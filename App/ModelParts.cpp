@@ -81,6 +81,7 @@ constexpr std::array parts = {
     reportPart(),
     part<&Model::alerts>("alerts"),
     Part{"aiUsage", aiUsageValue, aiUsageVersion, nullptr},
+    part<&Model::historyProblem>("historyProblem"),
     part<&Model::totals>("totals"),
     Part{liveName, liveValue, [](const AppModel& model) { return model.live.version(); }, readLive},
 };
@@ -114,7 +115,11 @@ Value PartSelection::changes(const AppModel& model, ToldVersions& told) const {
     fresh.wanted_.push_back(wanted_[i] && version != std::exchange(told[i], version) &&
                             parts[i].name != liveName);
   }
-  return fresh.state(model);
+  auto state = fresh.state(model);
+  // What there was and is no more is told too: that the history is recorded again.
+  for (std::size_t i = 0; i < parts.size(); ++i)
+    if (fresh.wanted_[i] && !state.find(parts[i].name)) state.set(parts[i].name, Value());
+  return state;
 }
 
 void readState(const Value& state, Model& model, Publication& publication) {

@@ -26,4 +26,9 @@ std::optional<FileLock> FileLock::acquire(const std::string& path, Seconds patie
   return FileLock(std::move(file));
 }
 
+bool FileLock::isHeld(const std::string& path) {
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+  return file && flock(file.get(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+}
+
 } // namespace korvell

@@ -16,6 +16,9 @@ public:
   /// true then) or the file can't be made.
   static std::optional<FileLock> acquire(const std::string& path, Seconds patience, bool* isHeld = nullptr);
 
+  /// Whether someone holds the lock; a file that is not there is not made. Holds it for a moment itself.
+  static bool isHeld(const std::string& path);
+
   int descriptor() const { return file_.get(); }
 
 private:

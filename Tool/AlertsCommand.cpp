@@ -1,6 +1,7 @@
 // korvell alerts: what the keeper has raised, and the switches of the kinds.
 
 #include "Base/LocalTime.h"
+#include "Base/Result.h"
 #include "Base/Text.h"
 #include "Core/Health/AlertPosting.h"
 #include "Tool/AskKeeper.h"
@@ -22,11 +23,13 @@ std::string localTimeText(const TimeZone& zone, Date date) {
   return fmt::format("{} {:02}:{:02}", dayText(localDay(zone, date)), time.hour, time.minute);
 }
 
-std::optional<std::vector<HealthAlert>> raisedAlerts(Context& context) {
+Result<std::vector<HealthAlert>> raisedAlerts(Context& context) {
   const auto state = keeperState(context, {"alerts"});
   const auto* told = state ? state->find("alerts") : nullptr;
-  std::vector<HealthAlert> alerts;
-  return told && fromValue(*told, alerts) ? std::optional(std::move(alerts)) : std::nullopt;
+  if (std::vector<HealthAlert> alerts; told && fromValue(*told, alerts)) return alerts;
+  return Failure{state.isSilent
+                     ? silence(state)
+                     : localized("alerts need a running Korvell: the application, or \"korvell run\"")};
 }
 
 Value kindsValue(const UserDefaults& defaults) {
@@ -42,7 +45,7 @@ Value kindsValue(const UserDefaults& defaults) {
 void printAlerts(Context& context, const std::vector<HealthAlert>& alerts) {
   constexpr int gap = 2, narrowestText = 20;
   Terminal& out = context.out;
-  if (alerts.empty()) return out.line(localized("No alerts since Korvell was started."));
+  if (alerts.empty()) return out.line(localized("Korvell has raised no alerts yet."));
   for (const auto& alert : alerts) {
     const auto time = localTimeText(*context.host.zone, alert.date);
     const auto margin = std::size_t(displayWidth(time) + gap);
@@ -56,8 +59,7 @@ void printAlerts(Context& context, const std::vector<HealthAlert>& alerts) {
 
 int listAlerts(Context& context, const Arguments& arguments) {
   const auto alerts = raisedAlerts(context);
-  if (!alerts)
-    return fail(context, localized("alerts need a running Korvell: the application, or \"korvell run\""));
+  if (!alerts) return fail(context, alerts.reason());
   if (arguments.flag("--json"))
     printJSON(context.out, Value::object({{"alerts", toValue(*alerts)}}));
   else

@@ -1,5 +1,8 @@
 #pragma once
 // Commands ask the running keeper first, so that a terminal shows what the menu bar shows, at once.
+//
+// No keeper is not the same as one that runs and is silent: it is busy, it hangs, or it was stopped. Who asks
+// is told so within the context's patience, and a silent one is sent no order that it might carry out later.
 
 #include "Tool/Command.h"
 
@@ -7,14 +10,25 @@
 
 namespace korvell {
 
-/// These parts of the keeper's state; nothing without a keeper. One in the middle of a cycle answers a little
-/// later; one that hangs is not waited for.
-std::optional<Value> keeperState(Context& context, std::initializer_list<const char*> parts,
-                                 Seconds patience = Seconds(2));
-/// The same for what is measured: nothing, too, from a keeper that has not measured yet.
-std::optional<Value> askKeeper(Context& context, std::initializer_list<const char*> parts,
-                               Seconds patience = Seconds(2));
-/// Has the keeper do something; its answer, or nothing when it did not answer.
-std::optional<Value> tellKeeper(Context& context, const Value& request, Seconds patience);
+struct KeeperAnswer {
+  std::optional<Value> value; ///< nothing without a keeper, or from a silent one
+  bool isSilent = false;
+  std::int64_t pid = 0; ///< of a silent one; 0 when it is not known
+
+  explicit operator bool() const { return value.has_value(); }
+  const Value& operator*() const { return *value; }
+  const Value* operator->() const { return &*value; }
+};
+
+/// Says of a silent keeper that it is one.
+std::string silence(const KeeperAnswer& answer);
+
+/// These parts of the keeper's state.
+KeeperAnswer keeperState(Context& context, std::initializer_list<const char*> parts);
+/// The same for what is measured, nothing from a keeper that has not measured yet. That it is silent is said
+/// on standard error.
+KeeperAnswer askKeeper(Context& context, std::initializer_list<const char*> parts);
+/// Has the keeper do something, which may take `patience`. That it is silent is said on standard error.
+KeeperAnswer tellKeeper(Context& context, const Value& request, Seconds patience);
 
 } // namespace korvell

@@ -56,6 +56,8 @@ struct Context {
   Terminal& out;
   Terminal& err;
   std::FILE* in = nullptr; ///< standard input; null where there is none
+  /// How long a running keeper may think before it counts as silent: people wait for what comes then.
+  Seconds keeperPatience{0.25};
 };
 
 struct Command {

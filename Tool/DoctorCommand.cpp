@@ -3,6 +3,9 @@
 
 #include "App/Assembly.h"
 #include "Base/Format.h"
+#include "Base/SystemQueue.h"
+#include "Base/Text.h"
+#include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
 #include "Tool/Table.h"
 #include "Tool/Wrap.h"
@@ -52,6 +55,25 @@ Ink ink(SourceReport::State state) {
   return Ink::dim;
 }
 
+/// What the keeper says of its recording; without one, the file as it stands.
+SourceReport historySource(Context& context) {
+  HistoryStore reader(systemQueueFactory(), context.clock, context.host.folders.data, HistoryAccess::reader);
+  SourceReport row{.name = localized("History"), .source = reader.path()};
+  const auto state = keeperState(context, {"historyProblem"});
+  std::optional<HistoryProblem> problem;
+  if (HistoryProblem told; !state)
+    problem = reader.problem();
+  else if (const auto* value = state->find("historyProblem"); value && fromValue(*value, told))
+    problem = told;
+  if (problem) {
+    row.state = SourceReport::State::refused;
+    row.reason = problem->detail;
+    row.remedy = localized("Korvell goes on recording by itself when this is over.");
+  }
+  if (state.isSilent) row.reason += (problem ? " " : "") + silence(state);
+  return row;
+}
+
 void printSources(Terminal& out, const std::vector<SourceReport>& sources) {
   Table table({{localized("Source")},
                {localized("Where"), Column::Align::left, true, 12},
@@ -71,15 +93,17 @@ void printReasons(Terminal& out, const std::vector<SourceReport>& sources) {
   for (const auto& source : sources) {
     if (source.reason.empty()) continue;
     out.line();
-    out.line(source.name + " · " + source.source);
+    out.line(source.name + " · " + escapedControls(source.source));
     for (const auto& sentence : {source.reason, source.remedy})
-      for (const auto& line : wrapped(sentence, width)) out.line(std::string(indent, ' ') + line);
+      for (const auto& line : wrapped(escapedControls(sentence), width))
+        out.line(std::string(indent, ' ') + line);
   }
 }
 
 int runDoctor(Context& context, const Arguments& arguments) {
   if (!context.host.diagnostics) return fail(context, localized("This build cannot examine its sources."));
-  const auto sources = context.host.diagnostics->sources();
+  auto sources = context.host.diagnostics->sources();
+  sources.push_back(historySource(context));
   const auto cost = ownCost(context);
   if (arguments.flag("--json")) {
     printJSON(context.out, Value::object({{"sources", toValue(sources)},

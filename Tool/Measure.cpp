@@ -35,24 +35,26 @@ Tick measure(Context& context) {
 
 namespace {
 
-std::optional<Measurement> keeperMeasurement(Context& context) {
+std::optional<Measurement> toldBy(const KeeperAnswer& state) {
   Measurement told{.fromKeeper = true};
-  const auto state = askKeeper(context, {"snapshot", "report", "privileged"});
   const auto* snapshot = state ? state->find("snapshot") : nullptr;
   const auto* report = state ? state->find("report") : nullptr;
   if (!snapshot || !report) return std::nullopt;
   if (!fromValue(*snapshot, told.snapshot) || !fromValue(*report, told.report)) return std::nullopt;
   const auto* privileged = state->find("privileged");
   if (PrivilegedUse use; privileged && fromValue(*privileged, use)) told.privileged = use;
+  const auto* problem = state->find("historyProblem");
+  if (HistoryProblem read; problem && fromValue(*problem, read)) told.historyProblem = std::move(read);
   return told;
 }
 
 } // namespace
 
 Measurement currentMeasurement(Context& context) {
-  if (auto told = keeperMeasurement(context)) return std::move(*told);
+  const auto state = askKeeper(context, {"snapshot", "report", "privileged", "historyProblem"});
+  if (auto told = toldBy(state)) return std::move(*told);
   Tick tick = measure(context);
-  Measurement own{.privileged = tick.privileged};
+  Measurement own{.privileged = tick.privileged, .keeperIsSilent = state.isSilent};
   own.report = HealthReport::make(tick.snapshot, tick.sensors, tick.cpuTenMinuteAverage,
                                   tick.projects.value_or(std::vector<DevProject>()),
                                   tick.startupItems.value_or(std::vector<StartupItem>()), *context.host.state,

@@ -14,8 +14,10 @@ Tick measure(Context& context);
 struct Measurement {
   SystemSnapshot snapshot;
   HealthReport report;
-  std::optional<PrivilegedUse> privileged; ///< what the helper told, and what stayed hidden
+  std::optional<PrivilegedUse> privileged;      ///< what the helper told, and what stayed hidden
+  std::optional<HistoryProblem> historyProblem; ///< why the keeper records nothing; absent while it does
   bool fromKeeper = false;
+  bool keeperIsSilent = false; ///< there is one that did not answer, which was said
 };
 
 /// The keeper's last measurement; without a keeper one of our own, whose report knows no ten minutes.

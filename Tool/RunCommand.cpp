@@ -4,12 +4,21 @@
 #include "App/Assembly.h"
 #include "App/Keeper.h"
 #include "App/KeeperLock.h"
+#include "Base/Text.h"
 #include "Tool/Commands.h"
 #include "Tool/HeadlessLoop.h"
 
 namespace korvell {
 
 namespace {
+
+/// Said when it changes, not every minute.
+void sayProblem(Context& context, const std::optional<HistoryProblem>& problem) {
+  context.err.line("korvell: " + (problem ? localized("Nothing is recorded: {reason}",
+                                                      {{"reason", escapedControls(problem->detail)}})
+                                          : localized("The history is recorded again.")));
+  context.err.flush();
+}
 
 int runKeeper(Context& context, const Arguments&) {
   const auto lock = KeeperLock::acquire(context.host.folders);
@@ -21,6 +30,8 @@ int runKeeper(Context& context, const Arguments&) {
   HeadlessLoop loop;
   const FixedAttention unwatched(false);
   const auto model = assembly.makeKeepingModel(loop.main(), unwatched);
+  const auto problems = model->historyProblem.observe(
+      [&context](const std::optional<HistoryProblem>& problem) { sayProblem(context, problem); });
   Keeper keeper(loop.main(), *model);
 
   const auto socket = keeperSocketPath(context.host.folders);
@@ -35,7 +46,10 @@ int runKeeper(Context& context, const Arguments&) {
   context.out.line(localized("Korvell is measuring and recording. An interrupt (Ctrl-C) ends it."));
   context.out.flush();
   loop.run();
-  return exitOK;
+  const auto problem = model->finish();
+  if (!problem) return exitOK;
+  return fail(context, localized("The last minutes could not be recorded: {reason}",
+                                 {{"reason", escapedControls(problem->detail)}}));
 }
 
 } // namespace

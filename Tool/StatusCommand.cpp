@@ -1,6 +1,7 @@
 // korvell status: what the keeper measured last, or two cycles of the sampling loop a second apart, and what
 // is to be said about it.
 
+#include "Base/Text.h"
 #include "Tool/Commands.h"
 #include "Tool/Findings.h"
 #include "Tool/Measure.h"
@@ -17,6 +18,7 @@ Value jsonOf(const Measurement& status) {
   value.set("keeper", status.fromKeeper);
   value.set("snapshot", toValue(status.snapshot));
   if (status.privileged) value.set("privileged", toValue(*status.privileged));
+  if (status.historyProblem) value.set("historyProblem", toValue(*status.historyProblem));
   return value;
 }
 
@@ -39,11 +41,17 @@ void print(Context& context, const Measurement& status) {
   out.line();
   for (const auto& line : summaryLines(out, status.snapshot, width)) out.line(line);
   printTopApps(context, status.snapshot.apps, width);
-  if (status.fromKeeper) return;
-  out.line();
-  const auto hint = localized("Idle servers, the CPU over ten minutes and alerts need a running Korvell: the "
-                              "application, or \"korvell run\".");
-  for (const auto& line : wrapped(hint, width)) out.line(out.ink(Ink::dim, line));
+  const auto remark = [&](Ink ink, const std::string& text) {
+    out.line();
+    for (const auto& line : wrapped(escapedControls(text), width)) out.line(out.ink(ink, line));
+  };
+  if (status.historyProblem)
+    remark(Ink::warning,
+           localized("Nothing is recorded: {reason}", {{"reason", status.historyProblem->detail}}));
+  if (!status.fromKeeper && !status.keeperIsSilent)
+    remark(Ink::dim,
+           localized("Idle servers, the CPU over ten minutes and alerts need a running Korvell: the "
+                     "application, or \"korvell run\"."));
 }
 
 int runStatus(Context& context, const Arguments& arguments) {

@@ -42,6 +42,7 @@ public:
   /// Why nothing is recorded at the moment, as of the last attempt; to a reader, what is the matter with the
   /// file, which it may be able to read all the same.
   std::optional<HistoryProblem> problem();
+  const std::string& path() const { return path_; }
   /// False when the answers are empty or short because the file can't be read; a missing file has no rows.
   bool isReadable();
   std::vector<HistoryPoint> series(Metric metric, HistoryRange range);

@@ -45,6 +45,7 @@ Tick Sampler::tick() {
   if (!tick.startupItems && StartupScanner::refreshLeftovers(startupItems_, subjects_.launchItems))
     tick.startupItems = startupItems_;
   if (count_ >= 1 && keeping_) keep(tick);
+  if (keeping_) tick.historyProblem = keeping_->history.problem();
   ++count_;
   return tick;
 }

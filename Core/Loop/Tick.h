@@ -4,6 +4,7 @@
 
 #include "Core/DevServers/DevServer.h"
 #include "Core/Health/HealthAlert.h"
+#include "Core/History/HistoryTypes.h"
 #include "Core/Machine/Models.h"
 #include "Core/Machine/PrivilegedUse.h"
 #include "Core/Startup/StartupItem.h"
@@ -22,8 +23,9 @@ struct Tick {
   std::vector<HealthAlert> alerts; ///< those that fired in this cycle
   std::optional<std::vector<StartupItem>> startupItems;
   std::optional<Totals> totals;
-  std::optional<PrivilegedUse> privileged; ///< of the processes; absent when they were not read
-  double cpuTenMinuteAverage = 0;          ///< percent, as the history reports it
+  std::optional<PrivilegedUse> privileged;      ///< of the processes; absent when they were not read
+  double cpuTenMinuteAverage = 0;               ///< percent, as the history reports it
+  std::optional<HistoryProblem> historyProblem; ///< why nothing is recorded; absent while it is
 
   bool operator==(const Tick&) const = default;
   static constexpr auto fields() {
@@ -35,7 +37,8 @@ struct Tick {
                       Field{"startupItems", &Tick::startupItems},
                       Field{"totals", &Tick::totals},
                       Field{"privileged", &Tick::privileged},
-                      Field{"cpuTenMinuteAverage", &Tick::cpuTenMinuteAverage}};
+                      Field{"cpuTenMinuteAverage", &Tick::cpuTenMinuteAverage},
+                      Field{"historyProblem", &Tick::historyProblem}};
   }
 };
 

@@ -26,7 +26,10 @@ struct AppFixture : LoopFixture {
     auto history = std::make_unique<HistoryStore>(time.factory(), time.clock(), folder.path().string());
     auto sampler = makeSampler(*history);
     model = std::make_unique<AppModel>(
-        *main, AppModel::Parts{std::move(history), std::move(sampler), std::move(aiUsage)}, attention,
+        *main,
+        AppModel::Parts{std::move(history), std::move(sampler), std::move(aiUsage),
+                        std::make_unique<AlertLog>(time.factory(), time.clock(), folder.path().string())},
+        attention,
         AppModel::Seams{state,
                         defaults,
                         notifications,

@@ -165,6 +165,12 @@ TEST_F(AppModelTests, theLoadShowsInTheScoreTheAlertsAndTheMenuBar) {
               ElementsAre(testing::HasSubstr("last week"), "build is keeping the CPU busy",
                           "leaky keeps using more memory"));
   EXPECT_EQ(notifications.permissionRequests, 1);
+
+  const auto raised = *model->alerts;
+  subscription.reset();
+  EXPECT_EQ(model->finish(), std::nullopt);
+  start();
+  EXPECT_EQ(*model->alerts, raised) << "a restart forgets none";
 }
 
 TEST_F(AppModelTests, planLimitsOfAICodingToolsRaiseAlerts) {

@@ -12,6 +12,7 @@
 #include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace korvell {
 namespace {
@@ -35,15 +36,21 @@ struct KeeperSocketTests : testing::Test {
 };
 
 TEST_F(KeeperSocketTests, thereIsOneKeeperAndItsFileTellsWhereItAnswers) {
-  EXPECT_EQ(announcedSocket(folders), std::nullopt);
+  const auto said = [this](const char* socket) { return KeeperAnnouncement{getpid(), socket}; };
+  EXPECT_EQ(keeperAnnouncement(folders), std::nullopt);
+  EXPECT_FALSE(isKeeperRunning(folders));
+  EXPECT_FALSE(std::filesystem::exists(folders.data)) << "who looks makes nothing";
   {
     auto first = KeeperLock::acquire(folders);
     ASSERT_TRUE(first);
+    EXPECT_EQ(keeperAnnouncement(folders), said(""));
     first->announce("/run/somewhere/keeper.sock");
     EXPECT_EQ(KeeperLock::acquire(folders).reason(), "Korvell is already running.");
-    EXPECT_EQ(announcedSocket(folders), "/run/somewhere/keeper.sock");
+    EXPECT_EQ(keeperAnnouncement(folders), said("/run/somewhere/keeper.sock"));
+    EXPECT_TRUE(isKeeperRunning(folders));
   }
-  EXPECT_EQ(announcedSocket(folders), std::nullopt);
+  EXPECT_EQ(keeperAnnouncement(folders), std::nullopt);
+  EXPECT_FALSE(isKeeperRunning(folders));
   EXPECT_TRUE(KeeperLock::acquire(folders));
 
   auto unwritable = folders;
@@ -71,6 +78,7 @@ TEST_F(KeeperSocketTests, clientsAskARunningKeeper) {
     keeper = std::make_unique<Keeper>(main, *model);
     EXPECT_TRUE(keeper->listen(keeperSocketPath(folders)));
   });
+  folder.write("data/keeper.lock", ""); // as on a full disk
   auto client = KeeperClient::connect(folders);
   ASSERT_TRUE(client);
   EXPECT_EQ(client->ask(Value("no object"), patience), refusal("not a JSON object"));

@@ -4,10 +4,14 @@
 #include "Core/Health/HealthAlert.h"
 #include "Core/Health/HealthReport.h"
 #include "Core/History/HistoryDatabase.h"
+#include "Tests/Fakes/FakeDiagnostics.h"
+#include "Tests/Fakes/FakeMachineCounters.h"
 #include "Tests/Fakes/FakeTimeZone.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
 #include "Tests/Tool/KeeperFixture.h"
 #include "Tool/Findings.h"
+
+#include <unistd.h>
 
 namespace korvell {
 namespace {
@@ -133,6 +137,38 @@ TEST_F(HealthCommandsTests, alertsComeFromTheKeeper) {
   EXPECT_THAT(out, HasSubstr("  A\\x09is busy\n                  11%\n"));
   EXPECT_EQ(run({"alerts", "--json"}), exitOK);
   EXPECT_THAT(out, HasSubstr(R"({"alerts":[{"id":"1","kind":"cpu","title":"A\tis busy")"));
+}
+
+TEST_F(HealthCommandsTests, aKeeperThatIsSilentIsNotCalledAbsent) {
+  playKeeper([](const Value&) { return Value(); }, /*isSilent=*/true);
+  patience = Seconds{0.01};
+  const auto name = "Korvell (process " + std::to_string(getpid()) + ") is running but does not answer";
+  host.machine = std::make_unique<FakeMachineCounters>();
+  for (const auto& command : {"alerts", "status", "servers"}) {
+    EXPECT_EQ(run({command}), command == std::string("alerts") ? exitFailed : exitOK);
+    EXPECT_THAT(err, HasSubstr(name)) << command;
+    EXPECT_THAT(out + err, Not(HasSubstr("need a running"))) << command;
+  }
+  EXPECT_EQ(run({"servers", "stop-idle", "--yes"}), exitFailed);
+  EXPECT_THAT(err, HasSubstr(name));
+  EXPECT_THAT(err, Not(HasSubstr("need a running")));
+  EXPECT_THAT(orders, testing::IsEmpty());
+}
+
+TEST_F(HealthCommandsTests, thatNothingIsRecordedIsSaid) {
+  SystemSnapshot snapshot;
+  const HistoryProblem problem{DatabaseFault::full, "The disk is full."};
+  startKeeper(Value::object({{"snapshot", toValue(snapshot)},
+                             {"report", reportValue(report)},
+                             {"historyProblem", toValue(problem)}}));
+  host.diagnostics = std::make_unique<FakeDiagnostics>();
+  host.machine = std::make_unique<FakeMachineCounters>();
+  EXPECT_EQ(run({"status"}), exitOK);
+  EXPECT_THAT(out, HasSubstr("\nNothing is recorded: The disk is full.\n"));
+  EXPECT_EQ(run({"status", "--json"}), exitOK);
+  EXPECT_THAT(out, HasSubstr(R"("historyProblem":{"kind":"full","detail":"The disk is full."})"));
+  EXPECT_EQ(run({"doctor"}), exitOK);
+  EXPECT_THAT(out, HasSubstr("\n  The disk is full.\n"));
 }
 
 TEST_F(HealthCommandsTests, switches) {

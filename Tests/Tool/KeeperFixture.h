@@ -19,6 +19,7 @@ struct KeeperFixture : testing::Test {
   Host host;
   FakeClock clock;
   int columns = 80;
+  Seconds patience{20};
   std::string out, err;            ///< of the last run
   std::vector<std::string> orders; ///< what the keeper was told to do, as lines
 
@@ -27,16 +28,17 @@ struct KeeperFixture : testing::Test {
     host.folders.data = folder / "data";
   }
   /// Answers on the keeper's own thread.
-  void playKeeper(Answer answer) {
+  void playKeeper(Answer answer, bool isSilent = false) {
     auto acquired = KeeperLock::acquire(host.folders);
     ASSERT_TRUE(acquired);
     lock_.emplace(std::move(*acquired));
     keeper_ = LineServer::listen(
         keeperSocketPath(host.folders),
-        [this, answer = std::move(answer)](const std::string& line, const LineServer::Reply& reply) {
+        [this, isSilent, answer = std::move(answer)](const std::string& line,
+                                                     const LineServer::Reply& reply) {
           const auto request = *parseJSON(line);
           if (request.find("do")) orders.push_back(line);
-          reply(dumpJSON(answer(request)));
+          if (!isSilent) reply(dumpJSON(answer(request)));
         },
         {}, isSameUser);
     ASSERT_TRUE(keeper_);
@@ -47,7 +49,8 @@ struct KeeperFixture : testing::Test {
     err.clear();
     Terminal outTerminal(out, columns), errTerminal(err, columns);
     Context context{host,        clock,       [](std::string_view) { return std::optional<std::string>(); },
-                    outTerminal, errTerminal, nullptr};
+                    outTerminal, errTerminal, nullptr,
+                    patience};
     return runCommandLine(context, allCommands(), arguments);
   }
 
