@@ -17,17 +17,20 @@ Value stateRequest(std::initializer_list<const char*> parts) {
 KeeperAnswer unanswered(const UserFolders& folders) {
   if (!isKeeperRunning(folders)) return {};
   const auto said = keeperAnnouncement(folders);
-  return {.value = {}, .isSilent = true, .pid = said ? said->pid : 0};
+  KeeperAnswer answer{.isSilent = true};
+  if (said) answer.pid = said->pid;
+  return answer;
 }
 
 KeeperAnswer noted(Context& context, KeeperAnswer answer) {
-  if (answer.isSilent) fail(context, silence(answer));
+  if (answer.isSilent || answer.isStarting) fail(context, silence(answer));
   return answer;
 }
 
 } // namespace
 
 std::string silence(const KeeperAnswer& answer) {
+  if (answer.isStarting) return localized("Korvell was started a moment ago and has not measured yet.");
   return answer.pid == 0
              ? localized("Korvell is running but does not answer: it is busy or hangs.")
              : localized("Korvell (process {pid}) is running but does not answer: it is busy or hangs.",
@@ -42,10 +45,10 @@ KeeperAnswer keeperState(Context& context, std::initializer_list<const char*> pa
 }
 
 KeeperAnswer askKeeper(Context& context, std::initializer_list<const char*> parts) {
-  auto state = noted(context, keeperState(context, parts));
-  if (!state) return state;
-  const auto* hasSample = state->find("hasSample");
-  return hasSample && hasSample->asBool() == true ? state : KeeperAnswer();
+  auto state = keeperState(context, parts);
+  const auto* hasSample = state ? state->find("hasSample") : nullptr;
+  state.isStarting = state && !(hasSample && hasSample->asBool() == true);
+  return noted(context, std::move(state));
 }
 
 KeeperAnswer tellKeeper(Context& context, const Value& request, Seconds patience) {

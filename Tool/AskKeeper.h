@@ -13,20 +13,21 @@ namespace korvell {
 struct KeeperAnswer {
   std::optional<Value> value; ///< nothing without a keeper, or from a silent one
   bool isSilent = false;
-  std::int64_t pid = 0; ///< of a silent one; 0 when it is not known
+  bool isStarting = false; ///< it has not measured yet: what it answers says nothing of the machine
+  std::int64_t pid = 0;    ///< of a silent one; 0 when it is not known
 
-  explicit operator bool() const { return value.has_value(); }
+  bool isRunning() const { return value || isSilent; }
+  explicit operator bool() const { return value && !isStarting; }
   const Value& operator*() const { return *value; }
   const Value* operator->() const { return &*value; }
 };
 
-/// Says of a silent keeper that it is one.
+/// Says of a silent keeper that it is one, and of one that is starting.
 std::string silence(const KeeperAnswer& answer);
 
 /// These parts of the keeper's state.
 KeeperAnswer keeperState(Context& context, std::initializer_list<const char*> parts);
-/// The same for what is measured, nothing from a keeper that has not measured yet. That it is silent is said
-/// on standard error.
+/// The same for what is measured. That the keeper is silent or starting is said on standard error.
 KeeperAnswer askKeeper(Context& context, std::initializer_list<const char*> parts);
 /// Has the keeper do something, which may take `patience`. That it is silent is said on standard error.
 KeeperAnswer tellKeeper(Context& context, const Value& request, Seconds patience);

@@ -57,7 +57,7 @@ struct Context {
   Terminal& err;
   std::FILE* in = nullptr; ///< standard input; null where there is none
   /// How long a running keeper may think before it counts as silent: people wait for what comes then.
-  Seconds keeperPatience{0.25};
+  Seconds keeperPatience{0.2};
 };
 
 struct Command {

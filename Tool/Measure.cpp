@@ -43,24 +43,35 @@ std::optional<Measurement> toldBy(const KeeperAnswer& state) {
   if (!fromValue(*snapshot, told.snapshot) || !fromValue(*report, told.report)) return std::nullopt;
   const auto* privileged = state->find("privileged");
   if (PrivilegedUse use; privileged && fromValue(*privileged, use)) told.privileged = use;
-  const auto* problem = state->find("historyProblem");
-  if (HistoryProblem read; problem && fromValue(*problem, read)) told.historyProblem = std::move(read);
   return told;
 }
 
-} // namespace
+std::optional<HistoryProblem> historyProblem(const KeeperAnswer& state) {
+  const auto* problem = state.value ? state.value->find("historyProblem") : nullptr;
+  HistoryProblem told;
+  return problem && fromValue(*problem, told) ? std::optional(std::move(told)) : std::nullopt;
+}
 
-Measurement currentMeasurement(Context& context) {
-  const auto state = askKeeper(context, {"snapshot", "report", "privileged", "historyProblem"});
-  if (auto told = toldBy(state)) return std::move(*told);
+Measurement ownMeasurement(Context& context) {
   Tick tick = measure(context);
-  Measurement own{.privileged = tick.privileged, .keeperIsSilent = state.isSilent};
+  Measurement own{.privileged = tick.privileged};
   own.report = HealthReport::make(tick.snapshot, tick.sensors, tick.cpuTenMinuteAverage,
                                   tick.projects.value_or(std::vector<DevProject>()),
                                   tick.startupItems.value_or(std::vector<StartupItem>()), *context.host.state,
                                   context.clock.now());
   own.snapshot = std::move(tick.snapshot);
   return own;
+}
+
+} // namespace
+
+Measurement currentMeasurement(Context& context) {
+  const auto state = askKeeper(context, {"snapshot", "report", "privileged", "historyProblem"});
+  auto told = toldBy(state);
+  if (!told) told = ownMeasurement(context);
+  told->historyProblem = historyProblem(state);
+  told->keeperIsRunning = state.isRunning();
+  return std::move(*told);
 }
 
 } // namespace korvell

@@ -17,7 +17,7 @@ struct Measurement {
   std::optional<PrivilegedUse> privileged;      ///< what the helper told, and what stayed hidden
   std::optional<HistoryProblem> historyProblem; ///< why the keeper records nothing; absent while it does
   bool fromKeeper = false;
-  bool keeperIsSilent = false; ///< there is one that did not answer, which was said
+  bool keeperIsRunning = false; ///< where it told nothing, that was said
 };
 
 /// The keeper's last measurement; without a keeper one of our own, whose report knows no ten minutes.

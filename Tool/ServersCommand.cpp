@@ -22,7 +22,7 @@ namespace {
 struct Found {
   std::vector<DevProject> projects;
   bool fromKeeper = false;
-  bool keeperIsSilent = false; ///< which was said
+  bool keeperIsRunning = false; ///< where it told nothing, that was said
 };
 
 /// The first signal, three seconds, the second one, and some time for a busy keeper.
@@ -33,7 +33,7 @@ Found findServers(Context& context) {
   const auto state = askKeeper(context, {"projects"});
   const auto* told = state ? state->find("projects") : nullptr;
   found.fromKeeper = told && fromValue(*told, found.projects);
-  found.keeperIsSilent = state.isSilent;
+  found.keeperIsRunning = state.isRunning();
   if (!found.fromKeeper) found.projects = measure(context).projects.value_or(std::vector<DevProject>());
   return found;
 }
@@ -94,7 +94,7 @@ void printServers(Context& context, const Found& found) {
       table.row(std::move(cells));
     }
   table.print(context.out);
-  if (!found.fromKeeper && !found.keeperIsSilent) printHint(context, needsKeeper());
+  if (!found.fromKeeper && !found.keeperIsRunning) printHint(context, needsKeeper());
 }
 
 int listServers(Context& context, const Arguments& arguments) {
@@ -193,8 +193,7 @@ std::string idleBanner(const std::vector<DevServer>& idle, std::uint64_t memory)
 
 int runStopIdle(Context& context, const Arguments& arguments) {
   const auto found = findServers(context);
-  if (found.keeperIsSilent) return exitFailed;
-  if (!found.fromKeeper) return fail(context, needsKeeper());
+  if (!found.fromKeeper) return found.keeperIsRunning ? exitFailed : fail(context, needsKeeper());
   const auto idle = idleServers(found.projects, context.clock.now());
   std::uint64_t memory = 0;
   for (const DevServer& server : idle) memory += server.memory;

@@ -48,7 +48,7 @@ void print(Context& context, const Measurement& status) {
   if (status.historyProblem)
     remark(Ink::warning,
            localized("Nothing is recorded: {reason}", {{"reason", status.historyProblem->detail}}));
-  if (!status.fromKeeper && !status.keeperIsSilent)
+  if (!status.fromKeeper && !status.keeperIsRunning)
     remark(Ink::dim,
            localized("Idle servers, the CPU over ten minutes and alerts need a running Korvell: the "
                      "application, or \"korvell run\"."));

@@ -130,6 +130,7 @@ void benchQueries(const std::string& path, std::int64_t now) {
     };
   };
   const auto ago = [&](int seconds) { return now - seconds; };
+  const auto last = [&](int seconds) { return HistoryPeriod{now - seconds, now}; };
   const auto top = [&](int span, int limit) {
     return rowsOf(fmt::format("SELECT name, path, SUM(memory) / 43200 FROM apps WHERE ts >= {} GROUP BY app "
                               "ORDER BY 3 DESC LIMIT {}",
@@ -137,38 +138,38 @@ void benchQueries(const std::string& path, std::int64_t now) {
   };
   print("top application, 30 days",
         measure(
-            5, 1, [&] { ours.topApps(Metric::memory, ago(2'592'000), 1, true); }, top(2'592'000, 1)),
+            5, 1, [&] { ours.topApps(Metric::memory, last(2'592'000), 1, true); }, top(2'592'000, 1)),
         0.4);
   print("top 20, 7 days",
         measure(
-            7, 1, [&] { ours.topApps(Metric::memory, ago(604'800), 20, false); }, top(604'800, 20)),
+            7, 1, [&] { ours.topApps(Metric::memory, last(604'800), 20, false); }, top(604'800, 20)),
         1.1);
   print("top 20, 24 hours",
         measure(
-            15, 3, [&] { ours.topApps(Metric::memory, ago(86'400), 20, false); }, top(86'400, 20)),
+            15, 3, [&] { ours.topApps(Metric::memory, last(86'400), 20, false); }, top(86'400, 20)),
         1.1);
   print("series, 30 days",
         measure(
-            15, 5, [&] { ours.series(Metric::cpu, ago(2'592'000), 10'800); },
+            15, 5, [&] { ours.series(Metric::cpu, last(2'592'000), 10'800); },
             rowsOf(fmt::format("SELECT ts / 10800 * 10800, AVG(cpu) FROM system WHERE ts >= {} GROUP BY 1 "
                                "ORDER BY 1",
                                ago(2'592'000)))),
         1.1);
   print("series, 24 hours",
         measure(
-            15, 50, [&] { ours.series(Metric::cpu, ago(86'400), 300); },
+            15, 50, [&] { ours.series(Metric::cpu, last(86'400), 300); },
             rowsOf(fmt::format(
                 "SELECT ts / 300 * 300, AVG(cpu) FROM system WHERE ts >= {} GROUP BY 1 ORDER BY 1",
                 ago(86'400)))),
         1.1);
   print("total bytes, 30 days",
         measure(
-            15, 5, [&] { ours.totalBytes("network", ago(2'592'000)); },
+            15, 5, [&] { ours.totalBytes("network", last(2'592'000)); },
             rowsOf(fmt::format("SELECT SUM(network) * 60 FROM system WHERE ts >= {}", ago(2'592'000)))),
         1.1);
   print("average score, 7 days",
         measure(
-            15, 20, [&] { ours.averageScore(ago(604'800)); },
+            15, 20, [&] { ours.averageScore(last(604'800)); },
             rowsOf(fmt::format(
                 "SELECT AVG(score), COUNT(score) FROM system WHERE score IS NOT NULL AND ts >= {}",
                 ago(604'800)))),
@@ -177,7 +178,7 @@ void benchQueries(const std::string& path, std::int64_t now) {
   const auto mean = rowsOf(fmt::format("SELECT AVG(cpu) FROM system WHERE ts >= {}", ago(600)));
   print("average, 10 minutes, of at least 8",
         measure(
-            15, 500, [&] { ours.average(Metric::cpu, ago(600), 8); },
+            15, 500, [&] { ours.average(Metric::cpu, last(600), 8); },
             [&] {
               count();
               mean();
@@ -185,7 +186,7 @@ void benchQueries(const std::string& path, std::int64_t now) {
         1.1);
   print("values of 30 minutes",
         measure(
-            15, 500, [&] { ours.recent(Metric::cpu, ago(1800)); },
+            15, 500, [&] { ours.recent(Metric::cpu, last(1800)); },
             rowsOf(fmt::format("SELECT cpu FROM system WHERE ts >= {} ORDER BY ts", ago(1800)))),
         1.1);
 }
@@ -203,7 +204,7 @@ void compareAnswers(const std::string& path, std::int64_t now) {
   double worst = 0;
   std::size_t count = 0;
   bool sameNames = true;
-  for (const auto& total : ours.topApps(Metric::memory, since, knownApps, true)) {
+  for (const auto& total : ours.topApps(Metric::memory, {since, now}, knownApps, true)) {
     sameNames = sameNames && statement.stepRow() && statement.text(0) == total.name;
     ++count;
     worst = std::max(worst, std::abs(total.value / statement.real(2) - 1));
