@@ -12,7 +12,7 @@ namespace korvell {
 /// it is.
 Database openPrivateDatabase(const std::string& path, int* errorCode = nullptr);
 
-/// Why a database can't be written.
+/// Why a database can't be written. A damaged one is moved aside where that is possible.
 enum class DatabaseFault { full, locked, newer, damaged, notAFile, danglingLink, denied, failing };
 
 template <>
@@ -23,7 +23,7 @@ struct EnumTable<DatabaseFault> {
       {full, "full", "The disk that holds {path} is full."},
       {locked, "locked", "Another program keeps {path} locked."},
       {newer, "newer", "{path} is of a newer version of Korvell; this one leaves it as it is."},
-      {damaged, "damaged", "{path} is damaged, or something else, and can't be moved aside."},
+      {damaged, "damaged", "{path} is damaged or holds something else."},
       {notAFile, "notAFile", "{path} is not a file."},
       {danglingLink, "danglingLink", "{path} is a link to something that is not there."},
       {denied, "denied", "Korvell may not write to {path}."},
