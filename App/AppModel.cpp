@@ -18,7 +18,7 @@ AppModel::AppModel(Queue& main, Parts parts, const Attention& attention, Seams s
     : Model(main, seams.defaults), main_(main), attention_(attention), seams_(std::move(seams)),
       history_(std::move(parts.history)), alertLog_(std::move(parts.alertLog)),
       sampler_(std::move(parts.sampler)),
-      actions_(std::make_unique<ProcessActions>(*sampler_, seams_.processes)),
+      actions_(std::make_unique<ProcessActions>(*sampler_, seams_.processes)), queries_(main, *history_),
       aiUsage_(std::move(parts.aiUsage)) {
   if (alertLog_) alerts.set(withOlder(alertLog_->load()));
   seams_.notifications.requestPermission();

@@ -6,6 +6,7 @@
 // destruction, which waits for a cycle in progress and drops its result. The AI usage is scanned on the
 // store's own timer meanwhile; its plan-limit alerts join the others.
 
+#include "App/HistoryQueries.h"
 #include "App/Model.h"
 #include "Base/Lifeline.h"
 #include "Base/Queue.h"
@@ -70,6 +71,7 @@ public:
   void setOnlookers(std::size_t count);
   Sampler& sampler() { return *sampler_; }
   HistoryStore& history() { return *history_; }
+  HistoryQueries& queries() { return queries_; }
   AIUsageStore* aiUsage() { return aiUsage_.get(); } ///< null without
   const AIUsageStore* aiUsage() const { return aiUsage_.get(); }
 
@@ -93,6 +95,7 @@ private:
   std::unique_ptr<AlertLog> alertLog_;
   std::unique_ptr<Sampler> sampler_;
   std::unique_ptr<ProcessActions> actions_;
+  HistoryQueries queries_;
   Lifeline<AppModel> life_{*this};
   std::unique_ptr<Timer> timer_;
   std::unique_ptr<AIUsageStore> aiUsage_;

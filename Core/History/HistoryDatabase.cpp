@@ -109,6 +109,8 @@ bool HistoryDatabase::prepareForWriting() {
   db_.exec("PRAGMA synchronous=NORMAL");
   code = db_.exec(historySchemaScript);
   if ((code & 0xff) != SQLITE_ERROR && code != SQLITE_OK) return isDamage(code), false;
+  if (isDamage(makeHourSums(db_))) return false;
+  hoursAreMissing_ = true;
   deleteExpired();
   insertSystem_ = query(insertSystemSQL);
   deleteApps_ = query("DELETE FROM apps WHERE ts = ?");
@@ -151,6 +153,7 @@ bool HistoryDatabase::write(const HistoryMinute& minute) {
   fault_.reset();
   if (begin() && writeRows(minute) && commit()) {
     if (minute.ts % 3600 == 0) deleteExpired();
+    deriveHourSums(minute.ts);
     return true;
   }
   if (db_.inTransaction()) db_.exec("ROLLBACK");
@@ -198,7 +201,22 @@ bool HistoryDatabase::run(Statement& statement) {
   return done;
 }
 
-void HistoryDatabase::deleteExpired() { isDamage(deleteExpiredHistory(db_)); }
+void HistoryDatabase::deleteExpired() {
+  isDamage(deleteExpiredHistory(db_));
+  isDamage(expireHourSums(db_));
+}
+
+// Apart from the minute: without the sums everything is answered all the same, only later.
+void HistoryDatabase::deriveHourSums(std::int64_t ts) {
+  if (!hoursAreMissing_ && ts / 3600 == summedBefore_) return;
+  const auto added = begin() ? addHourSums(db_, ts) : std::nullopt;
+  if (added && commit()) {
+    summedBefore_ = ts / 3600;
+    hoursAreMissing_ = *added;
+  } else if (db_.inTransaction()) {
+    db_.exec("ROLLBACK");
+  }
+}
 
 // Queries
 
@@ -234,6 +252,18 @@ std::vector<HistoryPoint> HistoryDatabase::series(Metric metric, HistoryPeriod p
   return points;
 }
 
+std::vector<ChartPoint> HistoryDatabase::chart(Metric metric, HistoryPeriod period, int stretch) {
+  Statement statement = query(
+      fmt::format("SELECT ts / {0} * {0}, MIN({1}), AVG({1}), MAX({1}) FROM system WHERE {2} AND {1} IS "
+                  "NOT NULL GROUP BY 1 ORDER BY 1",
+                  stretch, rawValue(metric), within(period)));
+  std::vector<ChartPoint> points;
+  while (row(statement))
+    points.push_back(
+        {Date{double(statement.integer(0))}, statement.real(1), statement.real(2), statement.real(3)});
+  return points;
+}
+
 std::optional<SeriesSummary> HistoryDatabase::summary(Metric metric, HistoryPeriod period) {
   Statement statement = query(fmt::format("SELECT MIN({0}), AVG({0}), MAX({0}) FROM system WHERE {1}",
                                           rawValue(metric), within(period)));
@@ -249,24 +279,14 @@ std::vector<double> HistoryDatabase::recent(Metric metric, HistoryPeriod period)
   return values;
 }
 
-std::vector<AppTotal> HistoryDatabase::topApps(Metric metric, HistoryPeriod period, std::size_t limit,
-                                               bool wholeHistory) {
-  db_.exec("BEGIN"); // one state of the file for all three statements
-  const auto minutes = minuteCount(period).value_or(1);
-  const auto answer = sumByApp(db_, rawValue(metric), period, limit, wholeHistory);
+std::vector<AppTotal> HistoryDatabase::topApps(Metric metric, HistoryPeriod period, std::size_t limit) {
+  db_.exec("BEGIN"); // one state of the file for all statements
+  const auto minutes = std::max<std::int64_t>(minuteCount(period).value_or(1), 1);
+  auto answer = sumByApp(db_, rawValue(metric), period, limit);
   isDamage(answer.code);
-  Statement names = query("SELECT name, path FROM apps WHERE rowid = ?");
-  std::vector<AppTotal> totals;
-  for (const AppSum& app : answer.sums) {
-    names.bind(1, app.firstRow);
-    if (row(names))
-      totals.push_back({.name = names.text(0),
-                        .bundlePath = textOrNothing(names, 1),
-                        .value = app.sum / double(std::max<std::int64_t>(minutes, 1))});
-    names.reset();
-  }
+  for (auto& total : answer.sums) total.value /= double(minutes);
   db_.exec("COMMIT");
-  return totals;
+  return std::move(answer.sums);
 }
 
 std::optional<std::int64_t> HistoryDatabase::minuteCount(HistoryPeriod period) {

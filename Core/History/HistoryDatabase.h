@@ -44,10 +44,11 @@ public:
 
   // Queries.
   std::vector<HistoryPoint> series(Metric metric, HistoryPeriod period, int bucket);
+  std::vector<ChartPoint> chart(Metric metric, HistoryPeriod period, int stretch);
   /// Of the minutes themselves, each weighing the same; nothing when none has a value.
   std::optional<SeriesSummary> summary(Metric metric, HistoryPeriod period);
   std::vector<double> recent(Metric metric, HistoryPeriod period);
-  std::vector<AppTotal> topApps(Metric metric, HistoryPeriod period, std::size_t limit, bool wholeHistory);
+  std::vector<AppTotal> topApps(Metric metric, HistoryPeriod period, std::size_t limit);
   double average(Metric metric, HistoryPeriod period, int minimumMinutes);
   std::optional<double> averageScore(HistoryPeriod period);
   double totalBytes(std::string_view column, HistoryPeriod period);
@@ -64,6 +65,7 @@ private:
   bool commit();
   bool writeRows(const HistoryMinute& minute);
   bool writeSystemRow(const HistoryMinute& minute);
+  void deriveHourSums(std::int64_t ts);
   void writeAppRow(std::int64_t ts, const HistoryApp& app);
 
   std::optional<std::int64_t> minuteCount(HistoryPeriod period);
@@ -83,6 +85,8 @@ private:
   bool damaged_ = false;
   int failure_ = 0; ///< SQLite's code of the first one since opening or beginning
   std::optional<DatabaseFault> fault_;
+  bool hoursAreMissing_ = false;  ///< some whole hours may have no sums yet
+  std::int64_t summedBefore_ = 0; ///< the hour when the sums were last looked at
   Statement insertSystem_;
   Statement deleteApps_;
   Statement insertApp_;

@@ -77,6 +77,18 @@ std::vector<HistoryPoint> HistoryStore::series(Metric metric, HistoryRange range
   });
 }
 
+ChartSeries HistoryStore::chart(Metric metric, HistoryRange range, int width) {
+  return query([&](HistoryDatabase& database) {
+    constexpr int minute = 60;
+    const auto span = spanOf(range);
+    const int minutes = std::max(1, span.seconds / minute / std::max(width, 1));
+    const Date now = clock_.now();
+    ChartSeries chart{now - Seconds{double(span.seconds)}, now, Seconds{double(minutes * minute)}, {}};
+    chart.points = database.chart(metric, last(span.seconds), minutes * minute);
+    return chart;
+  });
+}
+
 std::optional<SeriesSummary> HistoryStore::summary(Metric metric, HistoryRange range) {
   return query(
       [&](HistoryDatabase& database) { return database.summary(metric, last(spanOf(range).seconds)); });
@@ -100,8 +112,7 @@ std::vector<double> HistoryStore::recent(Metric metric, int minutes) {
 
 std::vector<AppTotal> HistoryStore::topApps(Metric metric, HistoryRange range, int limit) {
   return query([&](HistoryDatabase& database) {
-    return database.topApps(metric, last(spanOf(range).seconds), std::size_t(std::max(limit, 0)),
-                            range == HistoryRange::d30);
+    return database.topApps(metric, last(spanOf(range).seconds), std::size_t(std::max(limit, 0)));
   });
 }
 

@@ -46,6 +46,8 @@ public:
   /// False when the answers are empty or short because the file can't be read; a missing file has no rows.
   bool isReadable();
   std::vector<HistoryPoint> series(Metric metric, HistoryRange range);
+  /// At most about `width` points.
+  ChartSeries chart(Metric metric, HistoryRange range, int width);
   /// Of the recorded minutes behind series(); nothing when there are none.
   std::optional<SeriesSummary> summary(Metric metric, HistoryRange range);
   /// The minutes' values of the last `minutes`, the oldest first.
@@ -60,6 +62,10 @@ public:
   double totalBytes(std::string_view column, Date begin);
   /// The stored minute that an instant lies in.
   std::optional<HistoryMinute> minute(Date at);
+
+  /// Runs a task on the history's queue, where the queries above answer without waiting; returns at once.
+  /// Those that are left when the store ends are dropped.
+  void async(Task task) { queue_->async(std::move(task)); }
 
 private:
   template <class Work>

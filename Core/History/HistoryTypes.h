@@ -59,6 +59,30 @@ struct SeriesSummary {
   bool operator==(const SeriesSummary&) const = default;
 };
 
+/// One stretch of a chart: what its recorded minutes come to.
+struct ChartPoint {
+  Date date; ///< when the stretch begins
+  double minimum = 0;
+  double mean = 0;
+  double maximum = 0;
+
+  bool operator==(const ChartPoint&) const = default;
+  static constexpr auto fields() {
+    return std::tuple{Field{"date", &ChartPoint::date}, Field{"minimum", &ChartPoint::minimum},
+                      Field{"mean", &ChartPoint::mean}, Field{"maximum", &ChartPoint::maximum}};
+  }
+};
+
+/// A metric over a range, condensed to what a chart can show. A stretch without a recorded minute has no
+/// point: that is a gap.
+struct ChartSeries {
+  Date begin, end;
+  Seconds stretch{60}; ///< how long a point stands for: whole minutes
+  std::vector<ChartPoint> points;
+
+  bool operator==(const ChartSeries&) const = default;
+};
+
 /// An application's mean over all recorded minutes of a range; minutes in which it was not kept count as 0.
 struct AppTotal {
   std::string name;

@@ -173,6 +173,41 @@ TEST_F(AppModelTests, theLoadShowsInTheScoreTheAlertsAndTheMenuBar) {
   EXPECT_EQ(*model->alerts, raised) << "a restart forgets none";
 }
 
+TEST_F(AppModelTests, theHistoryAnswersViewsLaterOnTheMainQueue) {
+  attention.watched = false;
+  table.add(10, "build");
+  work(2, 600);
+  std::vector<std::string> answers;
+  const auto askAll = [&] {
+    auto& queries = model->queries();
+    queries.chart(Metric::cpu, HistoryRange::h12, 720, [&](const ChartSeries& chart) {
+      EXPECT_TRUE(main->isCurrent());
+      EXPECT_EQ(chart.points.size(), model->history().recent(Metric::cpu, 60).size());
+      EXPECT_GT(chart.points.size(), 8u);
+      answers.push_back("chart");
+    });
+    queries.topApps(Metric::cpu, HistoryRange::h24, 1,
+                    [&](const std::vector<AppTotal>& apps) { answers.push_back(apps.at(0).name); });
+    queries.moment(begin + Seconds{120}, [&](const std::optional<HistoryMinute>& minute) {
+      answers.push_back(minute->apps.at(0).name);
+    });
+    queries.totals(begin, time.clock().now(), [&](const Totals& totals) {
+      EXPECT_NEAR(totals.cpuToday, 50, 1);
+      answers.push_back("totals");
+    });
+    EXPECT_THAT(answers, IsEmpty()) << "nobody waits";
+  };
+  askAll();
+  time.run();
+  EXPECT_THAT(answers, ElementsAre("chart", "build", "build", "totals"));
+  answers.clear();
+  askAll();
+  subscription.reset();
+  model.reset();
+  time.run();
+  EXPECT_THAT(answers, IsEmpty());
+}
+
 TEST_F(AppModelTests, planLimitsOfAICodingToolsRaiseAlerts) {
   FakeTimeZone scanZone;
   FakeLogFiles files;

@@ -63,6 +63,12 @@ TEST_F(HistoryStoreTests, queriesAnswerFromTheirRange) {
   EXPECT_EQ(store->summary(Metric::cpu, HistoryRange::h12), (SeriesSummary{10, 42.5, 80}));
   EXPECT_EQ(store->summary(Metric::cpu, HistoryRange::live), (SeriesSummary{10, 30, 60}));
 
+  const auto chart = store->chart(Metric::cpu, HistoryRange::h12, 240);
+  EXPECT_EQ(chart.stretch, Seconds{180});
+  EXPECT_EQ(chart.end - chart.begin, Seconds{43'200});
+  EXPECT_THAT(chart.points,
+              ElementsAre(ChartPoint{Date{1'772'365'320}, 80, 80, 80}, ChartPoint{start, 10, 30, 60}));
+
   const auto minute = store->minute(start + Seconds{70});
   ASSERT_TRUE(minute);
   EXPECT_EQ(minute->system[cpuColumn], 20);
@@ -79,17 +85,30 @@ TEST_F(HistoryStoreTests, topApplicationsAnswerAsThePlainStatementDoes) {
       if (random() % 3 != 0)
         snapshot.apps.push_back(
             {.id = fmt::format("id{}", i),
-             .name = fmt::format("name{} in minute {}", i, minute), // the first one of the range is shown
+             .name = fmt::format("name{} in minute {}", i, minute), // the last one of the range is shown
              .bundlePath = i % 2 ? std::optional<std::string>("/p") : std::nullopt,
              .processes = {{.pid = i, .cpu = double(random()), .memory = random()}}});
     record(snapshot);
   }
-  for (auto range : {HistoryRange::d30, HistoryRange::live})
-    for (auto metric : {Metric::cpu, Metric::memory}) {
+  reopen();
+  EXPECT_THAT(rows("SELECT COUNT(*) FROM summed_hours"), ElementsAre("3"));
+  // Whoever changes a row, and whatever becomes of the hours' sums: the answer is that of the rows.
+  for (auto* change :
+       {"", "UPDATE apps SET cpu = cpu * 2 WHERE ts % 7200 < 600",
+        "DELETE FROM apps WHERE ts % 3600 = 60 AND app < 'id2'",
+        "INSERT INTO apps SELECT ts, 'id99', 'late', path, 1e12, 1e12, 0, 0, 0, 0, 0 FROM apps "
+        "WHERE ts % 3600 = 120 LIMIT 1",
+        "DROP TABLE summed_hours"})
+    for (auto [range, metric] : {std::pair(HistoryRange::d30, Metric::cpu),
+                                 {HistoryRange::d30, Metric::memory},
+                                 {HistoryRange::live, Metric::cpu}}) {
+      SCOPED_TRACE(change);
+      Database::open(path, Database::Mode::readWrite).exec(std::exchange(change, ""));
       const auto since = std::int64_t(clock.now().sinceEpoch) - spanOf(range).seconds;
       const auto expected = rows(fmt::format(
           "SELECT name || '|' || ifnull(path, '') || '|' || CAST(SUM({0}) / (SELECT COUNT(*) FROM system "
-          "WHERE ts >= {1}) AS INTEGER) FROM apps WHERE ts >= {1} GROUP BY app ORDER BY SUM({0}) DESC LIMIT "
+          "WHERE ts >= {1}) AS INTEGER), MAX(ts) FROM apps WHERE ts >= {1} GROUP BY app ORDER BY SUM({0}) "
+          "DESC LIMIT "
           "10",
           rawValue(metric), since));
       std::vector<std::string> answer;

@@ -1,0 +1,31 @@
+#include "App/HistoryQueries.h"
+
+namespace korvell {
+
+template <class Answer, class Work>
+void HistoryQueries::ask(Work work, Done<Answer> done) {
+  store_.async([&store = store_, &main = main_, watch = life_.watch(), work = std::move(work),
+                done = std::move(done)] {
+    main.async([watch, answer = work(store), done] {
+      if (watch.get()) done(answer);
+    });
+  });
+}
+
+void HistoryQueries::chart(Metric metric, HistoryRange range, int width, Done<ChartSeries> done) {
+  ask([=](HistoryStore& store) { return store.chart(metric, range, width); }, std::move(done));
+}
+
+void HistoryQueries::topApps(Metric metric, HistoryRange range, int limit, Done<std::vector<AppTotal>> done) {
+  ask([=](HistoryStore& store) { return store.topApps(metric, range, limit); }, std::move(done));
+}
+
+void HistoryQueries::moment(Date at, Done<std::optional<HistoryMinute>> done) {
+  ask([=](HistoryStore& store) { return store.minute(at); }, std::move(done));
+}
+
+void HistoryQueries::totals(Date midnight, Date now, Done<Totals> done) {
+  ask([=](HistoryStore& store) { return usageTotals(store, midnight, now); }, std::move(done));
+}
+
+} // namespace korvell
