@@ -11,7 +11,6 @@ namespace korvell {
 
 namespace {
 
-constexpr uid_t nobody = 65534;
 constexpr unsigned long kept[] = {CAP_SYS_PTRACE, CAP_DAC_READ_SEARCH};
 
 bool isKept(unsigned long capability) {
@@ -30,12 +29,12 @@ bool keepOnlyCapabilities() {
   return syscall(SYS_capset, &header, data) == 0;
 }
 
-bool leaveRoot() {
+bool leaveRoot(const Account& account) {
   for (unsigned long capability = 0; prctl(PR_CAPBSET_READ, capability, 0, 0, 0) >= 0; ++capability)
     if (!isKept(capability) && prctl(PR_CAPBSET_DROP, capability, 0, 0, 0) != 0) return false;
-  return prctl(PR_SET_KEEPCAPS, 1, 0, 0, 0) == 0 && setgroups(0, nullptr) == 0 &&
-         setresgid(nobody, nobody, nobody) == 0 && setresuid(nobody, nobody, nobody) == 0 &&
-         keepOnlyCapabilities();
+  const auto [user, group] = account;
+  return user != 0 && prctl(PR_SET_KEEPCAPS, 1, 0, 0, 0) == 0 && setgroups(0, nullptr) == 0 &&
+         setresgid(group, group, group) == 0 && setresuid(user, user, user) == 0 && keepOnlyCapabilities();
 }
 
 bool limit(__rlimit_resource resource, rlim_t most) {
@@ -45,8 +44,8 @@ bool limit(__rlimit_resource resource, rlim_t most) {
 
 } // namespace
 
-bool confineProcess() {
-  if (geteuid() == 0 && !leaveRoot()) return false;
+bool confineProcess(const Account& account) {
+  if (geteuid() == 0 && !leaveRoot(account)) return false;
   return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && limit(RLIMIT_FSIZE, 0) && limit(RLIMIT_CORE, 0) &&
          limit(RLIMIT_NOFILE, 64) && limit(RLIMIT_NPROC, 0);
 }

@@ -16,6 +16,7 @@
 #include <pwd.h>
 #include <string>
 #include <string_view>
+#include <unistd.h>
 
 namespace {
 
@@ -25,7 +26,8 @@ constexpr int exitFailed = 1, exitUsage = 2;
 constexpr Seconds never{1e12};
 
 constexpr const char* help =
-    "usage: korvell-helper [--socket PATH] [--group NAME] [--user NAME]... [--idle-exit SECONDS]\n"
+    "usage: korvell-helper [--socket PATH] [--group NAME] [--user NAME]... [--run-as NAME]\n"
+    "                      [--idle-exit SECONDS]\n"
     "\n"
     "Tells how much the processes of other users have read from and written to storage.\n"
     "Started by its socket unit, or as root by any supervisor with --socket.\n"
@@ -33,12 +35,15 @@ constexpr const char* help =
     "  --socket PATH        listen there instead of on the socket that systemd hands over\n"
     "  --group NAME         whose members may ask (korvell)\n"
     "  --user NAME          a user who may ask as well; may be repeated\n"
+    "  --run-as NAME        the user to become when started as root, with no other processes "
+    "(korvell-helper)\n"
     "  --idle-exit SECONDS  end after so long without a request (60 under systemd, never with --socket)\n";
 
 struct Configuration {
   std::string socket;
   std::string group = "korvell";
   std::vector<std::string> users;
+  std::string account = "korvell-helper";
   std::optional<int> idleExit;
   bool help = false;
 };
@@ -58,6 +63,8 @@ std::optional<Configuration> parse(int argc, char** argv) {
       configuration.group = argv[i];
     else if (name == "--user")
       configuration.users.emplace_back(argv[i]);
+    else if (name == "--run-as")
+      configuration.account = argv[i];
     else if (name == "--idle-exit")
       configuration.idleExit = parseInteger<int>(argv[i]);
     else
@@ -83,6 +90,15 @@ Result<PeerAdmission> admissionFor(const Configuration& configuration) {
   }
   if (!admission.group && admission.users.empty()) return Failure{"there is no group " + configuration.group};
   return admission;
+}
+
+/// Whom to become; nobody else when there are no privileges to leave.
+Result<Account> accountFor(const Configuration& configuration) {
+  if (geteuid() != 0) return Account{};
+  const auto* user = getpwnam(configuration.account.c_str());
+  if (!user) return Failure{"there is no user " + configuration.account + " to run as"};
+  if (user->pw_uid == 0) return Failure{configuration.account + " is an administrator; run as another user"};
+  return Account{user->pw_uid, user->pw_gid};
 }
 
 Result<Descriptor> listenerFor(const Configuration& configuration, const PeerAdmission& admission) {
@@ -120,9 +136,11 @@ int main(int argc, char** argv) {
   }
   const auto admission = admissionFor(*configuration);
   if (!admission) return fail(admission.reason());
+  const auto account = accountFor(*configuration);
+  if (!account) return fail(account.reason());
   auto listener = listenerFor(*configuration, *admission);
   if (!listener) return fail(listener.reason());
-  if (!confineProcess()) return fail("privileges could not be given up");
+  if (!confineProcess(*account)) return fail("privileges could not be given up");
   const Seconds standard = configuration->socket.empty() ? Seconds{60} : never;
   serve(std::move(*listener), *admission,
         configuration->idleExit ? Seconds{double(*configuration->idleExit)} : standard);

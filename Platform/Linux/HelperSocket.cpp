@@ -10,6 +10,14 @@
 
 namespace korvell {
 
+HelperSocket::Answer HelperSocket::probe(const std::string& path) {
+  const auto address = LocalAddress::of(path);
+  const Descriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  if (!address || !socket) return Answer::nobody;
+  if (address->connect(socket.get()) || errno == EAGAIN) return Answer::listening; // or too busy just now
+  return errno == EACCES ? Answer::forbidden : Answer::nobody;
+}
+
 std::shared_ptr<HelperSocket> HelperSocket::connect(const std::string& path, std::function<void()> lost) {
   const auto address = LocalAddress::of(path);
   Descriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));

@@ -13,6 +13,9 @@ namespace korvell {
 
 class HelperSocket final : public UsageHelperConnection {
 public:
+  enum class Answer { nobody, forbidden, listening };
+  /// Who would answer at `path`: nobody behind a socket whose owner has ended.
+  static Answer probe(const std::string& path);
   /// Null when nobody listens at `path` or this user may not connect. `lost` as for
   /// UsageHelperService::connect().
   static std::shared_ptr<HelperSocket> connect(const std::string& path, std::function<void()> lost);

@@ -20,6 +20,7 @@ namespace korvell {
 namespace {
 
 constexpr const char* groupName = "korvell";
+constexpr const char* userName = "korvell-helper"; ///< whom it becomes without systemd
 constexpr const char* socketName = "korvell-helper.socket";
 constexpr const char* serviceName = "korvell-helper.service";
 constexpr const char* socketPath = "/run/korvell-helper.sock";
@@ -64,10 +65,15 @@ LinuxUsageHelper::Sources LinuxUsageHelper::systemSources(const Environment& env
 }
 
 UsageHelperStatus LinuxUsageHelper::status() {
-  const auto socket = at(socketPath);
-  if (exists(socket))
-    return faccessat(AT_FDCWD, socket.c_str(), W_OK, AT_EACCESS) == 0 ? UsageHelperStatus::enabled
-                                                                      : UsageHelperStatus::notPermitted;
+  // A socket in the file system says little: it stays when the process behind it was killed.
+  switch (HelperSocket::probe(at(socketPath))) {
+  case HelperSocket::Answer::listening:
+    return UsageHelperStatus::enabled;
+  case HelperSocket::Answer::forbidden:
+    return UsageHelperStatus::notPermitted;
+  case HelperSocket::Answer::nobody:
+    break;
+  }
   return isOffered() || exists(at(socketUnit)) || exists(at(packagedUnit)) ? UsageHelperStatus::notEnabled
                                                                            : UsageHelperStatus::notFound;
 }
@@ -78,11 +84,8 @@ std::shared_ptr<UsageHelperConnection> LinuxUsageHelper::connect(std::function<v
 
 bool LinuxUsageHelper::isOffered() { return exists(sources_.ownFolder + "/korvell-helper"); }
 
-Outcome LinuxUsageHelper::checkAdministrator() const {
-  if (!exists(at(systemdRunning)))
-    return Failure{localized("This system does not run systemd. Have your supervisor run, as root: "
-                             "korvell-helper --socket {path}",
-                             {{"path", socketPath}})};
+Outcome LinuxUsageHelper::checkAdministrator(const std::string& withoutSystemd) const {
+  if (!exists(at(systemdRunning))) return Failure{withoutSystemd};
   if (!sources_.isAdministrator())
     return Failure{localized("This takes an administrator: run the command with sudo.")};
   return success();
@@ -123,7 +126,11 @@ Outcome LinuxUsageHelper::admitUsers() const {
 }
 
 Outcome LinuxUsageHelper::enable() {
-  if (auto allowed = checkAdministrator(); !allowed) return allowed;
+  const auto byHand =
+      localized("This system does not run systemd. Make the group {group} and the user {user}, "
+                "and have your supervisor run, as root: korvell-helper --socket {path}",
+                {{"group", groupName}, {"user", userName}, {"path", socketPath}});
+  if (auto allowed = checkAdministrator(byHand); !allowed) return allowed;
   if (auto admitted = admitUsers(); !admitted) return admitted;
   if (auto installed = installFiles(); !installed) return installed;
   if (auto loaded = step("systemctl", {"daemon-reload"}); !loaded) return loaded;
@@ -131,7 +138,9 @@ Outcome LinuxUsageHelper::enable() {
 }
 
 Outcome LinuxUsageHelper::disable() {
-  if (auto allowed = checkAdministrator(); !allowed) return allowed;
+  const auto byHand =
+      localized("This system does not run systemd. End the helper where your supervisor runs it.");
+  if (auto allowed = checkAdministrator(byHand); !allowed) return allowed;
   if (!exists(at(socketUnit)) && !exists(at(packagedUnit))) return success();
   if (auto stopped = step("systemctl", {"disable", "--now", socketName}); !stopped) return stopped;
   if (auto stopped = step("systemctl", {"stop", serviceName}); !stopped) return stopped;

@@ -38,7 +38,8 @@ public:
 
 private:
   std::string at(const char* path) const { return sources_.root + path; }
-  Outcome checkAdministrator() const;
+  /// `withoutSystemd` says what to do where there is none.
+  Outcome checkAdministrator(const std::string& withoutSystemd) const;
   Outcome installFiles() const;
   Outcome admitUsers() const;
   /// Runs the first of the programs that is there.

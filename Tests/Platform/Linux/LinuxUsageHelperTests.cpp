@@ -1,5 +1,7 @@
 #include "Platform/Linux/LinuxUsageHelper.h"
 
+#include "Base/Descriptor.h"
+#include "Base/LocalAddress.h"
 #include "Tests/Fakes/FakeEnvironment.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
@@ -97,6 +99,7 @@ TEST_F(LinuxUsageHelperTests, saysWhyItCannotBeEnabled) {
   EXPECT_FALSE(helper.isOffered());
   std::filesystem::remove(root / "run/systemd/system");
   EXPECT_THAT(helper.enable().reason(), HasSubstr("korvell-helper --socket /run/korvell-helper.sock"));
+  EXPECT_THAT(helper.disable().reason(), HasSubstr("End the helper"));
 }
 
 TEST_F(LinuxUsageHelperTests, theStatusIsWhatTheFilesTell) {
@@ -104,7 +107,16 @@ TEST_F(LinuxUsageHelperTests, theStatusIsWhatTheFilesTell) {
   EXPECT_EQ(helper.status(), UsageHelperStatus::notFound);
   root.write("usr/lib/systemd/system/korvell-helper.socket", "");
   EXPECT_EQ(helper.status(), UsageHelperStatus::notEnabled);
-  root.write("run/korvell-helper.sock", "");
-  EXPECT_EQ(helper.status(), UsageHelperStatus::enabled);
-  EXPECT_FALSE(helper.connect([] {})) << "no socket, or nobody behind it";
+  std::filesystem::create_directories(root / "run");
+  const auto path = root / "run/korvell-helper.sock";
+  {
+    const Descriptor listener(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    ASSERT_TRUE(LocalAddress::of(path)->bind(listener.get()));
+    EXPECT_EQ(helper.status(), UsageHelperStatus::notEnabled) << "bound is not listening";
+    ASSERT_EQ(::listen(listener.get(), 1), 0);
+    EXPECT_EQ(helper.status(), UsageHelperStatus::enabled);
+  }
+  EXPECT_TRUE(std::filesystem::exists(path));
+  EXPECT_EQ(helper.status(), UsageHelperStatus::notEnabled) << "its owner has ended";
+  EXPECT_FALSE(helper.connect([] {}));
 }
