@@ -15,6 +15,15 @@
 
 namespace korvell {
 
+enum class AIGrouping { day, model, project };
+
+template <>
+struct EnumTable<AIGrouping> {
+  using enum AIGrouping;
+  static constexpr EnumCase<AIGrouping> cases[] = {
+      {day, "day", "Tokens per day"}, {model, "model", "By model"}, {project, "project", "Top projects"}};
+};
+
 namespace {
 
 /// Scans that read less are over before a progress line could be read.
@@ -30,26 +39,12 @@ struct Usage {
   std::optional<std::string> putAside = {}; ///< where a damaged database is kept
 };
 
-enum class Grouping { day, model, project };
-
-} // namespace
-
-template <>
-struct EnumTable<Grouping> {
-  /// The raw values are what the command line takes.
-  static constexpr EnumCase<Grouping> cases[] = {{Grouping::day, "day", "Tokens per day"},
-                                                 {Grouping::model, "model", "By model"},
-                                                 {Grouping::project, "project", "Top projects"}};
-};
-
-namespace {
-
 /// What of the usage is shown, and how.
 struct View {
   Date since;
   AIPeriod period;
   std::optional<AITool> tool;
-  Grouping by;
+  AIGrouping by;
 };
 
 Usage readUsage(Context& context) {
@@ -131,18 +126,18 @@ public:
       : usage_(usage), view_(view), layout_(layout) {}
 
   Table make() const {
-    Table table = view_.by == Grouping::model     ? byModel()
-                  : view_.by == Grouping::project ? byProject()
-                                                  : byDay();
+    Table table = view_.by == AIGrouping::model     ? byModel()
+                  : view_.by == AIGrouping::project ? byProject()
+                                                    : byDay();
     std::vector<Table::Cell> leading = {{localized("Total"), Ink::bold}};
-    if (view_.by == Grouping::day || namesTools()) leading.emplace_back("");
+    if (view_.by == AIGrouping::day || namesTools()) leading.emplace_back("");
     table.row(cells(std::move(leading), usage_.summary.total(view_.since, view_.tool), Ink::bold));
     return table;
   }
 
 private:
   /// A model's name tells its tool, too.
-  bool namesTools() const { return view_.by == Grouping::model && layout_.splitsCache; }
+  bool namesTools() const { return view_.by == AIGrouping::model && layout_.splitsCache; }
 
   Table tableWith(std::vector<Column> columns) const {
     std::vector<const char*> names = {"Input", "Output"};
@@ -258,7 +253,7 @@ View viewOf(const Arguments& arguments, const Usage& usage) {
   view.period = fromRawValue<AIPeriod>(arguments.text("--period").value_or("30d")).value_or(AIPeriod::month);
   if (const auto name = arguments.text("--tool"))
     view.tool = *name == "codex" ? AITool::codex : AITool::claude;
-  view.by = fromRawValue<Grouping>(arguments.text("--by").value_or("day")).value_or(Grouping::day);
+  view.by = fromRawValue<AIGrouping>(arguments.text("--by").value_or("day")).value_or(AIGrouping::day);
   view.since = AIUsageSummary::startOfPeriod(days(view.period), usage.now, usage.zone);
   return view;
 }
@@ -315,8 +310,8 @@ Command aiCommand() {
   using Kind = Option::Kind;
   return {"ai",
           "Show what Claude Code and Codex used, and what it would cost at list prices",
-          {{"--period", Kind::text, "How far back (30d)", {"today", "7d", "30d"}},
-           {"--by", Kind::text, "What a line stands for (day)", {"day", "model", "project"}},
+          {{"--period", Kind::text, "How far back (30d)", choicesOf<AIPeriod>()},
+           {"--by", Kind::text, "What a line stands for (day)", choicesOf<AIGrouping>()},
            {"--tool", Kind::text, "Of one tool only", {"claude", "codex"}},
            {"--explain", Kind::flag, "Say what API-equivalent cost means"},
            jsonOption()},

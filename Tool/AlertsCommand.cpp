@@ -88,31 +88,29 @@ int setKind(Context& context, const Arguments& arguments, bool enabled) {
   const auto kind = *fromRawValue<Kind>(arguments.text("KIND").value_or(""));
   if (!context.host.defaults->set(defaultsKey(kind), enabled))
     return fail(context, localized("the setting could not be stored"));
-  return listKinds(context, {});
+  return listKinds(context, arguments);
 }
 
-Option kindOption() {
-  Option option{"KIND", Option::Kind::positional, "Which alerts", {}, true};
-  for (const auto& kind : allCases<Kind>()) option.choices.emplace_back(kind.rawValue);
-  return option;
-}
+Option kindOption() { return {"KIND", Option::Kind::positional, "Which alerts", choicesOf<Kind>(), true}; }
 
 } // namespace
 
 Command alertsCommand() {
-  return {"alerts",
-          "Show what Korvell has alerted about, and choose what it alerts about",
-          {jsonOption()},
-          listAlerts,
-          {{"list", "List them, the newest first", {jsonOption()}, listAlerts},
-           {"kinds", "List the kinds and their switches", {jsonOption()}, listKinds},
-           {"on",
-            "Switch a kind on",
-            {kindOption()},
-            [](Context& context, const Arguments& arguments) { return setKind(context, arguments, true); }},
-           {"off", "Switch a kind off", {kindOption()}, [](Context& context, const Arguments& arguments) {
-              return setKind(context, arguments, false);
-            }}}};
+  return {
+      "alerts",
+      "Show what Korvell has alerted about, and choose what it alerts about",
+      {jsonOption()},
+      listAlerts,
+      {{"list", "List them, the newest first", {jsonOption()}, listAlerts},
+       {"kinds", "List the kinds and their switches", {jsonOption()}, listKinds},
+       {"on",
+        "Switch a kind on",
+        {kindOption(), jsonOption()},
+        [](Context& context, const Arguments& arguments) { return setKind(context, arguments, true); }},
+       {"off",
+        "Switch a kind off",
+        {kindOption(), jsonOption()},
+        [](Context& context, const Arguments& arguments) { return setKind(context, arguments, false); }}}};
 }
 
 } // namespace korvell

@@ -2,6 +2,7 @@
 // A command of the tool, described as data: main turns the table of commands into the parser and the help.
 
 #include "Base/Date.h"
+#include "Base/Enum.h"
 #include "Base/UserFolders.h"
 #include "Base/Value.h"
 #include "Platform/Host.h"
@@ -30,9 +31,18 @@ struct Option {
   std::string name; ///< "--limit"; of a positional its place-holder, "PID"
   Kind kind = Kind::flag;
   std::string help;
-  std::vector<std::string> choices = {}; ///< the only values allowed; empty for any
+  /// The only values allowed, whatever their case; empty for any.
+  std::vector<std::string> choices = {};
   bool required = false;
 };
+
+/// The raw values of an enumeration, for Option::choices.
+template <class E>
+std::vector<std::string> choicesOf() {
+  std::vector<std::string> choices;
+  for (const auto& row : allCases<E>()) choices.emplace_back(row.rawValue);
+  return choices;
+}
 
 /// What the user typed, already checked against the command's options.
 class Arguments {
@@ -58,6 +68,7 @@ struct Context {
   std::FILE* in = nullptr; ///< standard input; null where there is none
   /// How long a running keeper may think before it counts as silent: people wait for what comes then.
   Seconds keeperPatience{0.2};
+  std::optional<std::string> failure = {}; ///< the first message of fail()
 };
 
 struct Command {
@@ -71,7 +82,8 @@ struct Command {
 /// Every command, in the order of the help.
 const std::vector<Command>& allCommands();
 
-/// Parses and runs; the arguments without the program's name.
+/// Parses and runs; the arguments without the program's name. `help COMMAND` is `COMMAND --help`. With --json
+/// an object is printed whatever happens: {"error":"…"} where a command prints none.
 int runCommandLine(Context& context, std::span<const Command> commands,
                    const std::vector<std::string>& arguments);
 

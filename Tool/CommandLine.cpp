@@ -3,7 +3,9 @@
 #include "Tool/Command.h"
 
 #include "Base/Localization.h"
+#include "Base/Result.h"
 #include "Base/Text.h"
+#include "Tool/NearestWord.h"
 #include "Tool/Version.h"
 #include "Tool/Wrap.h"
 
@@ -51,6 +53,7 @@ void printJSON(Terminal& out, const Value& value) {
 }
 
 int fail(Context& context, std::string_view message, ExitCode code) {
+  if (!context.failure) context.failure = message;
   context.err.line("korvell: " + std::string(message));
   return code;
 }
@@ -135,7 +138,6 @@ void addOption(Bound& bound, const Option& option) {
       const auto number = parseInteger<std::int64_t>(value);
       return number && *number >= 0 ? std::string() : localized("not a whole number: ") + value;
     });
-  if (!option.choices.empty()) added->check(CLI::IsMember(option.choices).description(""));
   added->required(option.required);
   bound.options.emplace_back(&option, added);
 }
@@ -150,89 +152,177 @@ void bind(std::list<Bound>& all, CLI::App& parent, const Command& command) {
   if (!command.run) bound.parser->require_subcommand(1);
 }
 
-void addValues(Arguments& arguments, const Option& option, const CLI::Option& parsed) {
-  if (parsed.count() == 0) return;
-  if (option.kind == Option::Kind::flag)
+std::string asked(const std::string& word) { return localized("Did you mean {word}?", {{"word", word}}); }
+
+/// The values of an option as its choices spell them; a message when one is none of them.
+Result<std::vector<std::string>> chosen(const Option& option, std::vector<std::string> values) {
+  for (auto& value : values) {
+    if (option.choices.empty()) break;
+    const auto same = std::ranges::find(option.choices, lowercased(value), lowercased);
+    if (same != option.choices.end()) {
+      value = *same;
+      continue;
+    }
+    std::string all;
+    for (const auto& choice : option.choices) all += (all.empty() ? "" : ", ") + choice;
+    auto message = localized("{option}: {value} is none of {choices}.",
+                             {{"option", option.name}, {"value", escapedControls(value)}, {"choices", all}});
+    if (const auto nearest = nearestWord(value, option.choices)) message += " " + asked(*nearest);
+    return Failure{message};
+  }
+  return values;
+}
+
+Outcome addValues(Arguments& arguments, const Option& option, const CLI::Option& parsed) {
+  if (parsed.count() == 0) return success();
+  if (option.kind == Option::Kind::flag) {
     arguments.add(option.name);
-  else
-    for (const auto& value : parsed.results()) arguments.add(option.name, value);
+    return success();
+  }
+  const auto values = chosen(option, parsed.results());
+  if (!values) return Failure{values.reason()};
+  for (const auto& value : *values) arguments.add(option.name, value);
+  return success();
 }
 
-Arguments argumentsOf(const Bound& bound) {
-  Arguments arguments;
-  for (const auto& [option, parsed] : bound.options) addValues(arguments, *option, *parsed);
-  return arguments;
-}
-
-/// What stands before a subcommand's name counts for the subcommand, where it has such an option; otherwise
-/// the name of the option that it does not have.
-std::optional<std::string> addOuterArguments(Arguments& arguments, const Bound& inner,
-                                             const std::list<Bound>& all) {
+/// What stands before a subcommand's name counts for the subcommand, where it has such an option; where it
+/// has none, that is a mistake.
+Outcome addOuterArguments(Arguments& arguments, const Bound& inner, const std::list<Bound>& all) {
   const auto outer = std::ranges::find(all, inner.parser->get_parent(), &Bound::parser);
-  if (outer == all.end()) return std::nullopt;
+  if (outer == all.end()) return success();
   for (const auto& [option, parsed] : outer->options) {
     if (parsed->count() == 0) continue;
     const auto same =
         std::ranges::find(inner.options, option->name, [](const auto& own) { return own.first->name; });
-    if (same == inner.options.end()) return option->name;
-    if (same->second->count() == 0) addValues(arguments, *option, *parsed);
+    if (same == inner.options.end())
+      return Failure{localized("Not expected here: {words}.", {{"words", option->name}})};
+    if (same->second->count() > 0) continue;
+    if (auto added = addValues(arguments, *option, *parsed); !added) return added;
   }
-  return std::nullopt;
+  return success();
 }
 
-std::string unexpected(const CLI::App& app) {
-  constexpr bool withSubcommands = true;
+Outcome addArguments(Arguments& arguments, const Bound& bound, const std::list<Bound>& all) {
+  for (const auto& [option, parsed] : bound.options)
+    if (auto added = addValues(arguments, *option, *parsed); !added) return added;
+  return addOuterArguments(arguments, bound, all);
+}
+
+/// The innermost command that was named; the whole without one.
+const CLI::App& innermost(const CLI::App& app, const std::list<Bound>& all) {
+  const auto named = std::find_if(all.rbegin(), all.rend(), [](const auto& b) { return b.parser->parsed(); });
+  return named == all.rend() ? app : *named->parser;
+}
+
+std::string pathOf(const CLI::App& command) {
+  const auto* parent = command.get_parent();
+  return (parent ? pathOf(*parent) + " " : "") + command.get_name();
+}
+
+/// What could have stood in the place of a word.
+std::vector<std::string> expectedAt(const CLI::App& command, bool isOption) {
+  std::vector<std::string> words;
+  if (isOption)
+    for (const auto* option : command.get_options())
+      for (const auto& name : option->get_lnames()) words.push_back("--" + name);
+  else
+    for (const auto* sub : command.get_subcommands({})) words.push_back(sub->get_name());
+  return words;
+}
+
+std::string unexpected(const CLI::App& command, const std::vector<std::string>& remaining) {
   std::string words;
-  for (const auto& word : app.remaining(withSubcommands)) words += " " + escapedControls(word);
-  return localized("Not expected here:") + words;
+  for (const auto& word : remaining) words += (words.empty() ? "" : " ") + escapedControls(word);
+  const auto message = localized("Not expected here: {words}.", {{"words", words}});
+  const auto first = remaining.front().substr(0, remaining.front().find('='));
+  const auto nearest = nearestWord(first, expectedAt(command, first.starts_with('-')));
+  return nearest ? message + " " + asked(*nearest) : message;
 }
 
-int wrongUsage(Context& context, std::string_view message) {
-  fail(context, message);
-  context.err.line(localized("Run korvell --help for what it can do."));
-  return exitUsage;
+constexpr const char* helpWord = "help";
+
+/// `help COMMAND` asks for what `COMMAND --help` prints.
+std::vector<std::string> withoutHelpWord(std::vector<std::string> arguments) {
+  if (arguments.empty() || arguments.front() != helpWord) return arguments;
+  arguments.erase(arguments.begin());
+  arguments.emplace_back("--help");
+  return arguments;
 }
+
+class Parser {
+public:
+  Parser(Context& context, std::span<const Command> commands) : context_(context) {
+    app_.set_help_flag("-h,--help", localized("Print this help and exit"));
+    app_.set_version_flag("--version", std::string("korvell ") + version,
+                          localized("Print the version and exit"));
+    app_.formatter(std::make_shared<WrappedHelp>(std::min(context.out.columns(), widestHelp)));
+    app_.require_subcommand(0, 1);
+    for (const auto& command : commands) bind(all_, app_, command);
+    app_.add_subcommand(helpWord, localized("Print the help of a command"));
+  }
+
+  int run(const std::vector<std::string>& arguments) {
+    constexpr bool withSubcommands = true;
+    try {
+      std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+      app_.parse(reversed);
+    } catch (const CLI::CallForHelp&) {
+      // The library complains of no word that is left over when help was asked for.
+      if (const auto strange = app_.remaining(withSubcommands); !strange.empty())
+        return wrongUsage(unexpected(innermost(app_, all_), strange));
+      context_.out.write(app_.help()); // of the innermost command
+      return exitOK;
+    } catch (const CLI::CallForVersion&) {
+      context_.out.line(std::string("korvell ") + version);
+      return exitOK;
+    } catch (const CLI::ExtrasError&) {
+      // The library's own text lists them backwards.
+      return wrongUsage(unexpected(innermost(app_, all_), app_.remaining(withSubcommands)));
+    } catch (const CLI::ParseError& error) {
+      // A word that stands where a subcommand should tells more than that one is missing.
+      if (const auto strange = app_.remaining(withSubcommands); !strange.empty())
+        return wrongUsage(unexpected(innermost(app_, all_), strange));
+      return wrongUsage(escapedControls(error.what()));
+    }
+    return runParsed();
+  }
+
+private:
+  int wrongUsage(std::string_view message) {
+    fail(context_, message);
+    context_.err.line(
+        localized("Run {command} --help for what it can do.", {{"command", pathOf(innermost(app_, all_))}}));
+    return exitUsage;
+  }
+
+  int runParsed() {
+    // Of a command and its subcommand the innermost one runs.
+    for (auto bound = all_.rbegin(); bound != all_.rend(); ++bound) {
+      if (!bound->parser->parsed() || !bound->command->run) continue;
+      Arguments values;
+      if (const auto added = addArguments(values, *bound, all_); !added) return wrongUsage(added.reason());
+      return bound->command->run(context_, values);
+    }
+    context_.out.write(app_.help());
+    return exitOK;
+  }
+
+  Context& context_;
+  CLI::App app_{
+      localized("Korvell watches this computer's health. Nothing that it measures leaves the machine."),
+      "korvell"};
+  std::list<Bound> all_;
+};
 
 } // namespace
 
 int runCommandLine(Context& context, std::span<const Command> commands,
                    const std::vector<std::string>& arguments) {
-  CLI::App app(
-      localized("Korvell watches this computer's health. Nothing that it measures leaves the machine."),
-      "korvell");
-  app.set_help_flag("-h,--help", localized("Print this help and exit"));
-  app.set_version_flag("--version", std::string("korvell ") + version,
-                       localized("Print the version and exit"));
-  app.formatter(std::make_shared<WrappedHelp>(std::min(context.out.columns(), widestHelp)));
-  app.require_subcommand(0, 1);
-  std::list<Bound> all;
-  for (const auto& command : commands) bind(all, app, command);
-
-  try {
-    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
-    app.parse(reversed);
-  } catch (const CLI::CallForHelp&) {
-    context.out.write(app.help()); // of the innermost command
-    return exitOK;
-  } catch (const CLI::CallForVersion&) {
-    context.out.line(std::string("korvell ") + version);
-    return exitOK;
-  } catch (const CLI::ExtrasError&) {
-    return wrongUsage(context, unexpected(app)); // the library's own text lists them backwards
-  } catch (const CLI::ParseError& error) {
-    return wrongUsage(context, error.what());
-  }
-
-  // Of a command and its subcommand the innermost one runs.
-  for (auto bound = all.rbegin(); bound != all.rend(); ++bound) {
-    if (!bound->parser->parsed() || !bound->command->run) continue;
-    auto values = argumentsOf(*bound);
-    if (const auto stray = addOuterArguments(values, *bound, all))
-      return wrongUsage(context, localized("Not expected here:") + " " + *stray);
-    return bound->command->run(context, values);
-  }
-  context.out.write(app.help());
-  return exitOK;
+  const int status = Parser(context, commands).run(withoutHelpWord(arguments));
+  const bool json = std::ranges::find(arguments, "--json") != arguments.end();
+  if (json && status != exitOK && !context.out.isUsed())
+    printJSON(context.out, Value::object({{"error", context.failure.value_or(localized("not done"))}}));
+  return status;
 }
 
 } // namespace korvell

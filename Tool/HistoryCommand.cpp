@@ -4,6 +4,7 @@
 #include "Base/Format.h"
 #include "Base/SystemQueue.h"
 #include "Base/Text.h"
+#include "Core/Machine/CPUScale.h"
 #include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
 #include "Tool/HistoryChart.h"
@@ -32,19 +33,13 @@ struct Recorded {
   const TimeZone& zone;
 };
 
-template <class E>
-std::vector<std::string> rawValues(std::string (*spelling)(std::string_view)) {
-  std::vector<std::string> values;
-  for (const auto& c : allCases<E>()) values.push_back(spelling(c.rawValue));
-  return values;
-}
-std::string asIs(std::string_view text) { return std::string(text); }
-
 HistoryRange rangeOf(const Arguments& arguments) {
-  const auto wanted = arguments.text("--range").value_or("24h");
-  for (const auto& c : allCases<HistoryRange>())
-    if (lowercased(c.rawValue) == wanted) return c.value;
-  return HistoryRange::h24;
+  return fromRawValue<HistoryRange>(arguments.text("--range").value_or("24h")).value_or(HistoryRange::h24);
+}
+
+/// Applications are recorded in percent of one core, the machine as a whole.
+std::string appColumnTitle(Metric metric) {
+  return metric == Metric::cpu ? cpuColumnTitle(CPUScale::core) : title(metric);
 }
 
 /// 0 is all, as everywhere.
@@ -136,8 +131,8 @@ int showTop(Context& context, const Arguments& arguments, Metric metric) {
     return exitOK;
   }
   if (apps.empty()) return nothingRecorded(context, localized("Nothing was recorded in this time."));
-  Table table({{.title = localized("App"), .flexible = true},
-               {.title = title(metric) + " · " + title(range), .align = Column::Align::right},
+  Table table({{.title = localized("Application"), .flexible = true},
+               {.title = appColumnTitle(metric) + " · " + title(range), .align = Column::Align::right},
                {.title = ""}});
   for (const AppTotal& app : apps)
     table.row({app.name,
@@ -187,7 +182,8 @@ void printMinute(Context& context, const HistoryMinute& minute, Metric order, st
   for (const auto& column : minuteColumns)
     if (minute.system[column.column] > 0 && column.column != diskWriteColumn)
       system += fmt::format("{}{} {}", system.empty() ? "" : " · ", title(column.metric),
-                            formatMetric(column.metric, minute.system[column.column]));
+                            formatMetric(column.metric, minute.system[column.column]) +
+                                (column.metric == Metric::cpu ? " " + title(CPUScale::machine) : ""));
   if (minute.score)
     system += fmt::format("{}{} {:.0f}", system.empty() ? "" : " · ", localized("score"), *minute.score);
   for (const auto& line : wrapped(system, context.out.columns())) context.out.line(line);
@@ -197,12 +193,12 @@ void printMinute(Context& context, const HistoryMinute& minute, Metric order, st
     return a.values[std::size_t(order)] > b.values[std::size_t(order)];
   });
   if (apps.size() > limit) apps.resize(limit);
-  std::vector<Column> columns{{.title = localized("App"), .flexible = true}};
+  std::vector<Column> columns{{.title = localized("Application"), .flexible = true}};
   std::vector<std::size_t> shown;
   for (std::size_t i = 0; i < std::size(minuteColumns) - 1; ++i)
     if (std::any_of(apps.begin(), apps.end(), [&](const HistoryApp& app) { return app.values[i] > 0; })) {
       shown.push_back(i);
-      columns.push_back({.title = title(minuteColumns[i].metric), .align = Column::Align::right});
+      columns.push_back({.title = appColumnTitle(minuteColumns[i].metric), .align = Column::Align::right});
     }
   Table table(columns);
   for (const HistoryApp& app : apps) {
@@ -263,17 +259,17 @@ int runHistory(Context& context, const Arguments& arguments) {
 } // namespace
 
 Command historyCommand() {
-  return {"history",
-          "Show what was recorded: a metric's chart, its top apps, or one minute",
-          {{"METRIC", Option::Kind::positional, "What to draw, or to order a minute's apps by",
-            rawValues<Metric>(asIs)},
-           {"--range", Option::Kind::text, "How far back (24h unless told otherwise)",
-            rawValues<HistoryRange>(lowercased)},
-           {"--top", Option::Kind::text, "The apps that used the most of a metric", rawValues<Metric>(asIs)},
-           {"--at", Option::Kind::text, "Who was it at that time: 14:32, \"2026-03-01 14:32\""},
-           {"--limit", Option::Kind::number, "Show so many apps, 0 for all (15)"},
-           jsonOption()},
-          runHistory};
+  return {
+      "history",
+      "Show what was recorded: a metric's chart, its top applications, or one minute",
+      {{"METRIC", Option::Kind::positional, "What to draw, or to order a minute's applications by",
+        choicesOf<Metric>()},
+       {"--range", Option::Kind::text, "How far back (24h unless told otherwise)", choicesOf<HistoryRange>()},
+       {"--top", Option::Kind::text, "The applications that used the most of a metric", choicesOf<Metric>()},
+       {"--at", Option::Kind::text, "Who was it at that time: 14:32, \"2026-03-01 14:32\""},
+       {"--limit", Option::Kind::number, "Show so many applications, 0 for all (15)"},
+       jsonOption()},
+      runHistory};
 }
 
 } // namespace korvell

@@ -15,8 +15,8 @@ void Progress::show(double fraction, std::string_view text) {
   drawn_ = true;
   std::string line;
   if (fraction >= 0) line = bar(fraction, 24) + " " + Format::percent(std::min(fraction, 1.0) * 100) + "  ";
-  line += truncatedToWidth(escapedControls(text), std::max(1, terminal_.columns() - 1 - displayWidth(line)));
-  terminal_.write("\r\x1b[K" + line);
+  // A line that wraps could not be taken away again.
+  terminal_.write("\r\x1b[K" + fitted(line + escapedControls(text), std::max(0, terminal_.columns() - 1)));
   terminal_.flush();
 }
 

@@ -36,9 +36,13 @@ int printReport(Context& context, const Arguments& arguments) {
   return exitOK;
 }
 
-int setReport(Context& context, bool enabled) {
+int setReport(Context& context, const Arguments& arguments, bool enabled) {
   if (!WeeklyReport::setEnabled(enabled, *context.host.defaults))
     return fail(context, localized("the setting could not be stored"));
+  if (arguments.flag("--json")) {
+    printJSON(context.out, Value::object({{"enabled", enabled}}));
+    return exitOK;
+  }
   context.out.line(enabled ? localized("The weekly report comes on Monday morning.")
                            : localized("The weekly report is switched off."));
   return exitOK;
@@ -53,10 +57,10 @@ Command reportCommand() {
           printReport,
           {{"on",
             "Send a weekly report on Monday morning",
-            {},
-            [](Context& context, const Arguments&) { return setReport(context, true); }},
-           {"off", "Send no weekly report", {}, [](Context& context, const Arguments&) {
-              return setReport(context, false);
+            {jsonOption()},
+            [](Context& context, const Arguments& arguments) { return setReport(context, arguments, true); }},
+           {"off", "Send no weekly report", {jsonOption()}, [](Context& context, const Arguments& arguments) {
+              return setReport(context, arguments, false);
             }}}};
 }
 

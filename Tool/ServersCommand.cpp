@@ -3,6 +3,7 @@
 #include "App/Assembly.h"
 #include "Base/Format.h"
 #include "Base/Text.h"
+#include "Core/Machine/CPUScale.h"
 #include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
 #include "Tool/Confirmation.h"
@@ -71,7 +72,7 @@ void printServers(Context& context, const Found& found) {
                               {.title = "PID", .align = Align::right},
                               {.title = localized("Ports"), .flexible = true, .minimum = 5},
                               {.title = localized("Memory"), .align = Align::right},
-                              {.title = "CPU", .align = Align::right}};
+                              {.title = cpuColumnTitle(CPUScale::core), .align = Align::right}};
   if (found.fromKeeper) columns.push_back({.title = localized("Idle"), .align = Align::right});
   columns.push_back({.title = localized("Folder"), .flexible = true});
   Table table(columns);

@@ -19,10 +19,7 @@
 namespace korvell {
 
 Option storageKindOption(std::string help, bool required) {
-  Option option{"--kind", Option::Kind::list, std::move(help)};
-  for (const auto& row : allCases<StorageKind>()) option.choices.emplace_back(row.rawValue);
-  option.required = required;
-  return option;
+  return {"--kind", Option::Kind::list, std::move(help), choicesOf<StorageKind>(), required};
 }
 
 std::vector<StorageKind> storageKinds(const Arguments& arguments) {

@@ -3,7 +3,9 @@
 #include "Base/Text.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 #include <langinfo.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -15,7 +17,7 @@ Terminal::Terminal(std::FILE* file, const Environment& environment) : file_(file
   unicode_ = std::string_view(nl_langinfo(CODESET)) == "UTF-8";
   colors_ = isTerminal_ && !environment("NO_COLOR") && environment("TERM").value_or("dumb") != "dumb";
   if (const auto columns = environment("COLUMNS"))
-    fixedColumns_ = std::clamp(parseInteger<int>(*columns).value_or(80), 20, 1000);
+    fixedColumns_ = std::clamp(parseInteger<int>(*columns).value_or(80), 1, 1000);
 }
 
 Terminal::Terminal(std::string& sink, int columns, bool unicode, bool colors)
@@ -29,14 +31,20 @@ void Terminal::write(std::string_view text) {
 }
 
 void Terminal::writeRaw(std::string_view bytes) {
+  isUsed_ = isUsed_ || !bytes.empty();
   if (sink_)
     sink_->append(bytes);
-  else
-    std::fwrite(bytes.data(), 1, bytes.size(), file_);
+  else if (std::fwrite(bytes.data(), 1, bytes.size(), file_) < bytes.size() && lossError_ == 0)
+    lossError_ = errno;
 }
 
 void Terminal::flush() {
-  if (file_) std::fflush(file_);
+  if (file_ && std::fflush(file_) != 0 && lossError_ == 0) lossError_ = errno;
+}
+
+std::optional<std::string> Terminal::loss() const {
+  if (lossError_ == 0 || lossError_ == EPIPE) return std::nullopt;
+  return std::strerror(lossError_);
 }
 
 int Terminal::columns() const {
@@ -103,6 +111,28 @@ int inkedWidth(std::string_view line) {
     line.remove_prefix(end + 1);
   }
   return width;
+}
+
+std::string fitted(std::string_view line, int columns) {
+  if (inkedWidth(line) <= columns) return std::string(line);
+  std::string result;
+  bool isInked = false;
+  for (int left = columns; !line.empty();) {
+    const auto escape = line.find("\x1b[");
+    const auto text = line.substr(0, escape);
+    // A run that fits only just still has to leave room for the mark of what is cut behind it.
+    const bool isCut = displayWidth(text) >= left;
+    result += isCut ? truncatedToWidth(std::string(text) + " ", left) : std::string(text);
+    if (isCut) break;
+    left -= displayWidth(text);
+    const auto end = escape == std::string_view::npos ? escape : line.find('m', escape);
+    if (end == std::string_view::npos) break;
+    const auto code = line.substr(escape, end + 1 - escape);
+    result += code;
+    isInked = code != "\x1b[0m";
+    line.remove_prefix(end + 1);
+  }
+  return isInked ? result + "\x1b[0m" : result;
 }
 
 namespace {

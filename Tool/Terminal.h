@@ -8,6 +8,7 @@
 #include "Base/UserFolders.h"
 
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -30,6 +31,10 @@ public:
     write("\n");
   }
   void flush();
+  /// True once anything was written.
+  bool isUsed() const { return isUsed_; }
+  /// Why something that was written did not arrive; nothing when all did, or when the reader had enough.
+  std::optional<std::string> loss() const;
 
   bool isTerminal() const { return isTerminal_; }
   bool unicode() const { return unicode_; }
@@ -47,6 +52,8 @@ private:
   bool isTerminal_ = false;
   bool unicode_ = true;
   bool colors_ = false;
+  bool isUsed_ = false;
+  int lossError_ = 0; ///< of the system; 0 for none
 };
 
 /// The text with everything outside ASCII replaced, column for column: "–" by "-", "█" by "#", other
@@ -55,6 +62,9 @@ std::string plainText(std::string_view utf8);
 
 /// Columns that a line takes on the terminal, escape sequences for inks not counted.
 int inkedWidth(std::string_view line);
+
+/// The line cut to `columns`; what is cut ends in "…".
+std::string fitted(std::string_view inkedLine, int columns);
 
 /// A horizontal bar of `width` columns, filled by eighths.
 std::string bar(double fraction, int width);

@@ -3,9 +3,23 @@
 
 #include <clocale>
 #include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+/// Where the caller closed a standard stream, no file that is opened later may take its place. What is put
+/// there refuses to be read or written, so that lost output is still noticed.
+void occupyStandardStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    if (fcntl(stream, F_GETFD) == -1) open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
   using namespace korvell;
+  occupyStandardStreams();
   std::setlocale(LC_CTYPE, ""); // what the terminal can show; numbers stay in the C locale
   std::signal(SIGPIPE, SIG_IGN);
   const auto environment = processEnvironment();
@@ -16,7 +30,7 @@ int main(int argc, char** argv) {
   Context context{host, clock, environment, out, err, stdin};
   const int status = runCommandLine(context, allCommands(), {argv + 1, argv + argc});
   out.flush();
-  // Output that could not be written (a full disk behind a redirection) is a failure; a reader that had
-  // enough is not.
-  return status == exitOK && std::ferror(stdout) ? exitFailed : status;
+  if (const auto loss = out.loss())
+    return fail(context, localized("the output could not be written: {reason}", {{"reason", *loss}}));
+  return status;
 }

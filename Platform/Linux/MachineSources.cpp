@@ -60,7 +60,7 @@ void Examination::files() {
   static constexpr const char* noProc = "The proc file system is not mounted, or hides this file.";
   static constexpr const char* mountProc = "Mount it: mount -t proc proc /proc (as root).";
   static constexpr FileRow rows[] = {
-      {"Processor", "/stat", noProc, mountProc, [](LinuxMachineCounters& m) { m.cpu(); }},
+      {"CPU", "/stat", noProc, mountProc, [](LinuxMachineCounters& m) { m.cpu(); }},
       {"Load", "/loadavg", noProc, mountProc, nullptr},
       {"Memory", "/meminfo", noProc, mountProc, [](LinuxMachineCounters& m) { m.memory(); }},
       {"Memory stalls", "/pressure/memory",
@@ -101,7 +101,7 @@ void Examination::graphics() {
   const auto& cards = machine_.graphics().cards();
   for (const auto& each : cards) card(each);
   if (cards.empty())
-    addMissing("Graphics", roots_.sys + "/class/drm",
+    addMissing("GPU", roots_.sys + "/class/drm",
                "This machine has no graphics card that a driver looks after.");
 }
 
@@ -112,7 +112,7 @@ void Examination::card(const GraphicsCards::Card& card) {
   const auto source = nvidia  ? roots_.nvidiaLibrary + " " + card.address
                       : intel ? roots_.proc + "/*/fdinfo " + card.address
                               : card.folder;
-  auto& report = add("Graphics", source, State::refused);
+  auto& report = add("GPU", source, State::refused);
   if (card.driver == Driver::other) {
     report.state = State::missing;
     report.reason = localized("The card's driver publishes no figure for how busy the whole card is.");
@@ -155,7 +155,7 @@ void Examination::battery() {
 void Examination::packages() {
   const auto& packages = machine_.powerSources().energy().packages();
   for (const auto& package : packages) {
-    auto& report = add("Processor power", package.file, package.readable ? State::readable : State::refused);
+    auto& report = add("CPU power", package.file, package.readable ? State::readable : State::refused);
     if (package.readable) {
       report.microseconds = readingMicroseconds(clock_, [&] { reader_.read(package.file); });
       continue;
@@ -166,7 +166,7 @@ void Examination::packages() {
                   "give away secrets of other programs, which is why it is closed.");
   }
   if (packages.empty())
-    addMissing("Processor power", roots_.sys + "/class/powercap",
+    addMissing("CPU power", roots_.sys + "/class/powercap",
                "This processor has no energy counter, or a virtual machine hides it.");
 }
 

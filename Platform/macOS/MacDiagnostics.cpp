@@ -31,7 +31,7 @@ struct SourceRow {
 };
 
 constexpr SourceRow machineRows[] = {
-    {"Processor", "host_processor_info", noAnswer,
+    {"CPU", "host_processor_info", noAnswer,
      [](MacSources& s) { return !s.machine.cpu().cores.empty(); }},
     {"Load", "getloadavg", noAnswer, [](MacSources& s) { return s.machine.cpu().load1.has_value(); }},
     {"Memory", "host_statistics64", noAnswer,
@@ -46,7 +46,7 @@ constexpr SourceRow machineRows[] = {
     {"Volumes", "NSFileManager", noAnswer, [](MacSources& s) { return !s.machine.volumes().empty(); }},
     {"Network", "NET_RT_IFLIST2", "This machine has no wired, wireless or cellular link.",
      [](MacSources& s) { return !s.machine.interfaces().empty(); }},
-    {"Graphics", "IOAccelerator", "No graphics processor publishes how busy it is.",
+    {"GPU", "IOAccelerator", "No graphics processor publishes how busy it is.",
      [](MacSources& s) { return !s.machine.gpus().empty(); }},
     {"Battery", "AppleSmartBattery", "This machine has no battery.",
      [](MacSources& s) { return s.machine.power().battery.has_value(); }},

@@ -18,6 +18,8 @@ struct CommandFixture : testing::Test {
   int run(const std::vector<Command>& commands, const std::vector<std::string>& arguments) {
     output.clear();
     errors.clear();
+    out = Terminal(output, 80);
+    context.failure.reset();
     return runCommandLine(context, commands, arguments);
   }
 };

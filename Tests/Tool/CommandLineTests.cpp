@@ -21,6 +21,11 @@ int ask(Context& context, const Arguments& arguments) {
   return confirmed(context, arguments, "Everything will go.") ? exitOK : exitFailed;
 }
 
+int refuse(Context& context, const Arguments&) {
+  fail(context, "first");
+  return fail(context, "second");
+}
+
 struct CommandLineTests : CommandFixture {
   const std::vector<Command> commands = {
       {"echo",
@@ -36,7 +41,11 @@ struct CommandLineTests : CommandFixture {
        {jsonOption(), {"--limit", Kind::number, "How many"}},
        echo,
        {{"inner", "Its part", {jsonOption()}, echo}}},
-      {"group", "Has parts", {}, nullptr, {{"ask", "Asks first", {yesOption()}, ask}}}};
+      {"group",
+       "Has parts",
+       {},
+       nullptr,
+       {{"ask", "Asks first", {yesOption()}, ask}, {"refuse", "Fails", {jsonOption()}, refuse}}}};
   int run(const std::vector<std::string>& arguments) { return CommandFixture::run(commands, arguments); }
 };
 
@@ -64,7 +73,41 @@ TEST_F(CommandLineTests, mistakesEndWithTwoAndSayWhy) {
     EXPECT_THAT(errors, testing::StartsWith("korvell: ")) << arguments.back();
   }
   run({"echo", "me", "one", "two\x1b"});
-  EXPECT_THAT(errors, testing::StartsWith("korvell: Not expected here: one two\\x1b\n"));
+  EXPECT_THAT(errors, testing::StartsWith("korvell: Not expected here: one two\\x1b.\n"));
+}
+
+TEST_F(CommandLineTests, mistakesSuggestWhatWasMeantAndWhereToRead) {
+  struct Row {
+    std::vector<std::string> arguments;
+    const char *meant, *help; ///< null: nothing is near
+  };
+  for (const auto& [arguments, meant, help] :
+       {Row{{"ehco"}, "echo", "korvell"}, Row{{"ech"}, "echo", "korvell"}, Row{{"zzz"}, nullptr, "korvell"},
+        Row{{"echo", "--limt", "3"}, "--limit", "korvell echo"},
+        Row{{"echo", "--JSON=1"}, "--json", "korvell echo"},
+        Row{{"echo", "--by", "memroy"}, "memory", "korvell echo"},
+        Row{{"group", "as"}, "ask", "korvell group"},
+        Row{{"group", "ask", "--yse"}, "--yes", "korvell group ask"},
+        Row{{"help", "group", "aks"}, "ask", "korvell group"}}) {
+    EXPECT_EQ(run(arguments), exitUsage) << arguments.back();
+    EXPECT_THAT(errors, HasSubstr("Run " + std::string(help) + " --help for")) << arguments.back();
+    if (meant)
+      EXPECT_THAT(errors, HasSubstr("Did you mean " + std::string(meant) + "?")) << arguments.back();
+    else
+      EXPECT_THAT(errors, testing::Not(HasSubstr("Did you mean"))) << arguments.back();
+  }
+  EXPECT_EQ(run({"echo", "--by", "MEMORY"}), exitOK);
+  EXPECT_THAT(output, HasSubstr("by memory\n")) << "as the choice is spelt";
+}
+
+TEST_F(CommandLineTests, failuresAreObjectsToo) {
+  EXPECT_EQ(run({"group", "ask", "--json"}), exitUsage) << "it knows no such option";
+  EXPECT_THAT(output, HasSubstr("{\"error\":\"Not expected here: --json."));
+  EXPECT_EQ(run({"group", "refuse", "--json"}), exitFailed);
+  EXPECT_EQ(output, "{\"error\":\"first\"}\n");
+  EXPECT_EQ(errors, "korvell: first\nkorvell: second\n");
+  EXPECT_EQ(run({"group", "refuse"}), exitFailed);
+  EXPECT_EQ(output, "");
 }
 
 TEST_F(CommandLineTests, helpIsOfTheInnermostCommand) {
@@ -73,6 +116,11 @@ TEST_F(CommandLineTests, helpIsOfTheInnermostCommand) {
   EXPECT_EQ(run({"group", "ask", "--help"}), exitOK);
   EXPECT_THAT(output, HasSubstr("Usage: korvell group ask"));
   EXPECT_THAT(output, HasSubstr("--yes"));
+  const auto asked = output;
+  EXPECT_EQ(run({"help", "group", "ask"}), exitOK);
+  EXPECT_EQ(output, asked);
+  EXPECT_EQ(run({"help"}), exitOK);
+  EXPECT_THAT(output, HasSubstr("Says what it was given"));
   EXPECT_EQ(run({"echo", "--help"}), exitOK);
   EXPECT_THAT(output, HasSubstr("Order: cpu, memory\n"));
   EXPECT_EQ(run({}), exitOK);

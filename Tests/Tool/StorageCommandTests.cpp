@@ -59,7 +59,7 @@ TEST_F(StorageCommandTests, kindsStandUnderTheirGroups) {
                     "\n16.4 KB can be freed.\n");
   EXPECT_EQ(run({"--kind", "pip"}), exitOK);
   EXPECT_THAT(output, HasSubstr("Nothing to clean\n"));
-  EXPECT_EQ(run({"--kind", "NPM"}), exitUsage);
+  EXPECT_EQ(run({"--kind", "nonsense"}), exitUsage);
 }
 
 TEST_F(StorageCommandTests, itemsAreNamedAsCleanTakesThem) {

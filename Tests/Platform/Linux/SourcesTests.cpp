@@ -40,18 +40,18 @@ TEST_F(SourcesTests, whatAMachineHasIsToldApartFromWhatItHides) {
     bool hasRemedy;
   };
   const Row rows[] = {
-      {"laptop", "Processor", "", State::readable, false},
+      {"laptop", "CPU", "", State::readable, false},
       {"laptop", "Compressed swap", "zram0", State::readable, false},
-      {"laptop", "Graphics", "0000:00:02.0", State::refused, false},
-      {"laptop", "Graphics", "0000:01:00.0", State::refused, false},
+      {"laptop", "GPU", "0000:00:02.0", State::refused, false},
+      {"laptop", "GPU", "0000:01:00.0", State::refused, false},
       {"laptop", "Battery", "BAT0", State::readable, false},
       {"laptop", "Power adapter", "AC", State::readable, false},
-      {"laptop", "Processor power", "intel-rapl:0", State::readable, false},
-      {"desktop", "Graphics", "card0", State::readable, false},
+      {"laptop", "CPU power", "intel-rapl:0", State::readable, false},
+      {"desktop", "GPU", "card0", State::readable, false},
       {"desktop", "Battery", "power_supply", State::missing, false},
       {"container", "Memory stalls", "", State::missing, true},
-      {"container", "Processor power", "", State::missing, false},
-      {"virtual-machine", "Graphics", "", State::missing, false},
+      {"container", "CPU power", "", State::missing, false},
+      {"virtual-machine", "GPU", "", State::missing, false},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(std::string(row.machine) + " " + row.name + " " + row.where);
@@ -70,12 +70,12 @@ TEST_F(SourcesTests, aCounterThatIsClosedNamesItsRemedy) {
   root.write("sys/bus/pci/devices/0000:01:00.0/power/control", "on\n");
   root.write("proc/driver/nvidia/gpus/0000:01:00.0/information", "Model: Card\n");
   const auto reports = examine(root.path().string());
-  for (const auto* name : {"Processor power", "Graphics"}) {
+  for (const auto* name : {"CPU power", "GPU"}) {
     const auto report = find(reports, name);
     EXPECT_EQ(report.state, State::refused) << name;
     EXPECT_NE(report.remedy, "") << name;
   }
-  EXPECT_EQ(find(reports, "Processor").state, State::missing);
+  EXPECT_EQ(find(reports, "CPU").state, State::missing);
 }
 
 struct Sockets final : SocketSource {
