@@ -54,26 +54,50 @@ std::string fixText(const Insight::Action& action) {
 
 Ink inkForScore(int score) { return score >= 75 ? Ink::good : score >= 50 ? Ink::warning : Ink::critical; }
 
-std::string indented(const std::string& text) { return std::string(labelWidth + 2, ' ') + text; }
+/// Findings stand below the score, where there is room for that.
+int marginOf(int width) {
+  constexpr int narrow = 60;
+  return width < narrow ? 0 : labelWidth;
+}
+
+std::string indented(const std::string& text, int width) {
+  return std::string(std::size_t(marginOf(width) + 2), ' ') + text;
+}
+
+/// A word that is wider than a line goes on on the next one.
+std::vector<std::string> broken(std::string_view text, int columns) {
+  std::vector<std::string> lines;
+  for (std::string_view word : wrapped(text, columns)) {
+    while (columns > 1 && displayWidth(word) > columns) {
+      lines.push_back(truncatedToWidth(word, columns, ""));
+      word.remove_prefix(lines.back().size());
+    }
+    lines.emplace_back(word);
+  }
+  return lines;
+}
 
 /// Mark, title and cost of a finding.
 std::string heading(const Terminal& terminal, const Insight& insight, int width) {
   const auto& look = looks[std::size_t(insight.severity)];
   const auto cost = fmt::format(" −{}", insight.penalty);
-  const int room = width - labelWidth - 2 - displayWidth(cost);
+  const int room = width - marginOf(width) - 2 - displayWidth(cost);
   const auto title = truncatedToWidth(escapedControls(insight.title), std::max(8, room));
-  return std::string(labelWidth, ' ') + terminal.ink(look.ink, look.mark) + " " +
-         terminal.ink(Ink::bold, title) + terminal.ink(Ink::dim, cost);
+  return fitted(std::string(std::size_t(marginOf(width)), ' ') + terminal.ink(look.ink, look.mark) + " " +
+                    terminal.ink(Ink::bold, title) + terminal.ink(Ink::dim, cost),
+                width);
 }
 
 void addFinding(std::vector<std::string>& lines, const Terminal& terminal, const Insight& insight,
                 int width) {
-  const int room = width - labelWidth - 2;
+  const int room = width - marginOf(width) - 2;
   lines.push_back(heading(terminal, insight, width));
-  for (const auto& line : wrapped(escapedControls(insight.detail), room)) lines.push_back(indented(line));
-  if (insight.action)
-    for (const auto& line : wrapped("→ " + escapedControls(fixText(*insight.action)), room))
-      lines.push_back(indented(terminal.ink(Ink::accent, line)));
+  const auto add = [&](Ink ink, const std::string& text) {
+    for (const auto& line : broken(escapedControls(text), room))
+      lines.push_back(fitted(indented(terminal.ink(ink, line), width), width));
+  };
+  add(Ink::plain, insight.detail);
+  if (insight.action) add(Ink::accent, "→ " + fixText(*insight.action));
 }
 
 /// A finding on one line: what fits of the detail stands behind the title.
@@ -86,17 +110,19 @@ std::string headline(const Terminal& terminal, const Insight& insight, int width
   return line;
 }
 
-std::string scoreLine(const Terminal& terminal, const HealthReport& report) {
+std::string scoreLine(const Terminal& terminal, const HealthReport& report, int width) {
   auto label = localized("Health");
   label.append(std::size_t(std::max(1, labelWidth - displayWidth(label))), ' ');
-  return terminal.ink(Ink::bold, label) +
-         terminal.ink(inkForScore(report.score), fmt::format("{} {}", report.score, report.label()));
+  return fitted(
+      terminal.ink(Ink::bold, label) +
+          terminal.ink(inkForScore(report.score), fmt::format("{} {}", report.score, report.label())),
+      width);
 }
 
 } // namespace
 
 std::vector<std::string> findingLines(const Terminal& terminal, const HealthReport& report, int width) {
-  std::vector<std::string> lines = {scoreLine(terminal, report)};
+  std::vector<std::string> lines = {scoreLine(terminal, report, width)};
   for (const auto& insight : report.insights) addFinding(lines, terminal, insight, width);
   return lines;
 }
@@ -111,9 +137,12 @@ std::vector<std::string> findingLines(const Terminal& terminal, const HealthRepo
   const auto shown = all ? report.insights.size() : most - 2; // the last line tells of the rest
   for (std::size_t i = 0; i < shown; ++i) lines.push_back(headline(terminal, report.insights[i], width));
   if (!all)
-    lines.push_back(indented(
-        terminal.ink(Ink::dim, localized("and {count} more: korvell status",
-                                         {{"count", std::to_string(report.insights.size() - shown)}}))));
+    lines.push_back(
+        fitted(indented(terminal.ink(Ink::dim,
+                                     localized("and {count} more: korvell status",
+                                               {{"count", std::to_string(report.insights.size() - shown)}})),
+                        width),
+               width));
   return lines;
 }
 

@@ -38,16 +38,11 @@ HeadlessLoop::HeadlessLoop() : main_("main", [] { writeByte(wakeByte); }) {
     }
   pipeRead = ends[0];
   pipeWrite = ends[1];
-  struct sigaction action {};
-  action.sa_handler = askToEnd;
-  for (size_t i = 0; i < endingSignals.size(); ++i) {
-    sigaction(endingSignals[i], nullptr, &before_[i]);
-    if (before_[i].sa_handler != SIG_IGN) sigaction(endingSignals[i], &action, nullptr);
-  }
+  signals_.emplace(std::initializer_list<int>{SIGHUP, SIGINT, SIGTERM}, askToEnd);
 }
 
 HeadlessLoop::~HeadlessLoop() {
-  for (size_t i = 0; i < endingSignals.size(); ++i) sigaction(endingSignals[i], &before_[i], nullptr);
+  signals_.reset();
   close(std::exchange(pipeRead, -1));
   close(std::exchange(pipeWrite, -1));
 }

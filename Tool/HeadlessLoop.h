@@ -1,12 +1,12 @@
 #pragma once
 // The main loop of a process without an interface: runs the main queue until a signal asks to end (hang-up,
-// interrupt, terminate) or quit() is called. A signal that this process was started to ignore, as nohup does
-// with the hang-up, stays ignored. One at a time, on the main thread.
+// interrupt, terminate) or quit() is called. A signal that was ignored when it began stays ignored, as
+// `nohup` wants it. One at a time, on the main thread.
 
 #include "Base/HostedQueue.h"
+#include "Tool/SignalHandlers.h"
 
-#include <array>
-#include <csignal>
+#include <optional>
 
 namespace korvell {
 
@@ -23,11 +23,9 @@ public:
 
 private:
   bool wait(); ///< false when a signal asked to end
-  static constexpr std::array endingSignals = {SIGHUP, SIGINT, SIGTERM};
-
   HostedQueue main_;
-  std::array<struct sigaction, endingSignals.size()> before_{}; ///< what the signals did
   bool quit_ = false;
+  std::optional<SignalHandlers> signals_; ///< while the pipe is there that they write to
 };
 
 } // namespace korvell

@@ -42,9 +42,9 @@ std::string timeAxis(const TimeZone& zone, const ChartSpan& span, int columns) {
 
 /// One row of a column: full, empty, or the part of it that the value reaches into. A value of zero still
 /// shows at the bottom: it is no gap.
-std::string cell(std::optional<double> fraction, int rowFromBottom) {
+std::string cell(std::optional<double> fraction, int rowFromBottom, int rows) {
   if (!fraction) return " ";
-  const int eighths = std::max(1, int(std::lround(*fraction * chartRows * 8)));
+  const int eighths = std::max(1, int(std::lround(*fraction * rows * 8)));
   const int here = eighths - rowFromBottom * 8;
   if (here <= 0) return " ";
   return columnBar((std::min(here, 8) - 0.5) / 8);
@@ -83,6 +83,15 @@ std::vector<std::optional<double>> chartColumns(const std::vector<HistoryPoint>&
   return means;
 }
 
+std::vector<std::string> chartBars(const std::vector<std::optional<double>>& fractions, int rows) {
+  std::vector<std::string> lines;
+  for (int row = rows - 1; row >= 0; --row) {
+    auto& line = lines.emplace_back();
+    for (const auto& fraction : fractions) line += cell(fraction, row, rows);
+  }
+  return lines;
+}
+
 std::vector<std::string> chartLines(const Terminal& terminal, Metric metric,
                                     const std::vector<HistoryPoint>& points, const SeriesSummary& summary,
                                     const ChartSpan& span, const TimeZone& zone, int width) {
@@ -92,13 +101,13 @@ std::vector<std::string> chartLines(const Terminal& terminal, Metric metric,
                     zeroLabel = formatMetric(metric, 0);
   const int labels = std::max({displayWidth(topLabel), displayWidth(middleLabel), displayWidth(zeroLabel)});
   const int columns = std::max(narrowest, width - labels - 2);
-  const auto values = chartColumns(points, span, columns);
+  auto fractions = chartColumns(points, span, columns);
+  for (auto& fraction : fractions)
+    if (fraction) *fraction /= top;
 
   std::vector<std::string> lines;
-  for (int row = chartRows - 1; row >= 0; --row) {
-    const auto& label = row == chartRows - 1 ? topLabel : row == chartRows / 2 - 1 ? middleLabel : "";
-    std::string drawn;
-    for (const auto& value : values) drawn += cell(value ? std::optional(*value / top) : std::nullopt, row);
+  for (const auto& drawn : chartBars(fractions, chartRows)) {
+    const auto& label = lines.empty() ? topLabel : lines.size() == chartRows / 2 ? middleLabel : "";
     lines.push_back(terminal.ink(Ink::dim, rightAligned(label, labels) + (label == "" ? " │" : " ┤")) +
                     terminal.ink(Ink::accent, drawn));
   }

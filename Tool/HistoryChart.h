@@ -25,6 +25,10 @@ struct ChartSpan {
 std::vector<std::optional<double>> chartColumns(const std::vector<HistoryPoint>& points,
                                                 const ChartSpan& span, int columns);
 
+/// Columns as bars from the bottom of `rows` lines, the top one first. Fractions of the whole height; nothing
+/// where there is none, and a mark at the bottom for 0.
+std::vector<std::string> chartBars(const std::vector<std::optional<double>>& fractions, int rows);
+
 /// The chart with its axes, scaled to its points, and the summary's line of minimum, mean and maximum; every
 /// line at most `width` columns. `points` is not empty.
 std::vector<std::string> chartLines(const Terminal& terminal, Metric metric,

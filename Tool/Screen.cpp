@@ -30,52 +30,8 @@ void onSignal(int signal) {
   errno = saved;
 }
 
-constexpr int handled[] = {SIGHUP, SIGINT, SIGTERM, SIGWINCH, SIGCONT};
-
-void handleSignals(void (*handler)(int)) {
-  for (const int signal : handled) {
-    struct sigaction action {};
-    action.sa_handler = handler;
-    action.sa_flags = SA_RESTART;
-    sigaction(signal, &action, nullptr);
-  }
-}
-
-struct Sequence {
-  std::string_view bytes;
-  Screen::Key key;
-};
-
-constexpr Sequence sequences[] = {
-    {"\x1b[A", Screen::up},        {"\x1b[B", Screen::down}, {"\x1b[C", Screen::right},
-    {"\x1b[D", Screen::left},      {"\x1bOA", Screen::up},   {"\x1bOB", Screen::down},
-    {"\x1bOC", Screen::right},     {"\x1bOD", Screen::left}, {"\x1b[5~", Screen::pageUp},
-    {"\x1b[6~", Screen::pageDown}, {"\x1b[H", Screen::home}, {"\x1b[F", Screen::end},
-    {"\x1bOH", Screen::home},      {"\x1bOF", Screen::end},  {"\x1b[1~", Screen::home},
-    {"\x1b[4~", Screen::end}};
-
-/// The keys in what one read returned; an escape sequence that is not known is skipped.
-std::vector<int> keysIn(std::string_view bytes) {
-  std::vector<int> keys;
-  while (!bytes.empty()) {
-    const auto* known = std::find_if(std::begin(sequences), std::end(sequences), [&](const Sequence& s) {
-      return bytes.substr(0, s.bytes.size()) == s.bytes;
-    });
-    if (known != std::end(sequences)) {
-      keys.push_back(known->key);
-      bytes.remove_prefix(known->bytes.size());
-    } else if (bytes.front() == '\x1b' && bytes.size() > 1) {
-      size_t length = 2;
-      while (length < bytes.size() && !(bytes[length - 1] >= '@' && length > 2)) ++length;
-      bytes.remove_prefix(length);
-    } else {
-      keys.push_back(bytes.front() == '\x1b' ? int(Screen::escape)
-                                             : int(static_cast<unsigned char>(bytes.front())));
-      bytes.remove_prefix(1);
-    }
-  }
-  return keys;
-}
+/// So soon follows the rest of an escape sequence, even over a slow line.
+constexpr Seconds sequencePatience{0.05};
 
 } // namespace
 
@@ -99,13 +55,13 @@ Screen::Screen(Terminal& out) : out_(out) {
   signalPipe = wakeWrite_;
   quitSignalled = false;
   tcgetattr(STDIN_FILENO, &original_);
-  handleSignals(onSignal);
+  signals_.emplace(std::initializer_list<int>{SIGHUP, SIGINT, SIGTERM, SIGWINCH, SIGCONT}, onSignal);
   enter();
 }
 
 Screen::~Screen() {
   leave();
-  handleSignals(SIG_DFL);
+  signals_.reset();
   signalPipe = -1;
   close(wakeRead_);
   close(wakeWrite_);
@@ -118,12 +74,12 @@ void Screen::enter() {
   raw.c_cc[VMIN] = 1;
   raw.c_cc[VTIME] = 0;
   tcsetattr(STDIN_FILENO, TCSAFLUSH, &raw);
-  out_.write("\x1b[?1049h\x1b[?25l\x1b[2J");
+  out_.write("\x1b[?1049h\x1b[?25l\x1b[?7l\x1b[2J");
   out_.flush();
 }
 
 void Screen::leave() {
-  out_.write("\x1b[?25h\x1b[?1049l");
+  out_.write("\x1b[?7h\x1b[?25h\x1b[?1049l");
   out_.flush();
   tcsetattr(STDIN_FILENO, TCSAFLUSH, &original_);
 }
@@ -142,8 +98,9 @@ void Screen::draw(const std::vector<std::string>& lines) {
   const size_t count = std::min(lines.size(), size_t(rows()));
   const int width = columns();
   for (size_t i = 0; i < count; ++i) {
-    frame += (i > 0 ? "\r\n" : "") + lines[i];
-    if (inkedWidth(lines[i]) < width) frame += "\x1b[K";
+    const auto line = fitted(lines[i], width);
+    frame += (i > 0 ? "\r\n" : "") + line;
+    if (inkedWidth(line) < width) frame += "\x1b[K";
   }
   if (count < size_t(rows())) frame += "\x1b[J";
   frame += "\x1b[?2026l";
@@ -167,11 +124,16 @@ Screen::Event Screen::readKey() {
 
 Screen::Event Screen::next(std::optional<Seconds> timeout) {
   if (!pending_.empty()) return readKey();
+  const bool mayGoOn = parser_.isWaiting();
+  if (mayGoOn) timeout = std::min(timeout.value_or(sequencePatience), sequencePatience);
   pollfd waiting[] = {{STDIN_FILENO, POLLIN, 0}, {wakeRead_, POLLIN, 0}};
   // Rounded up: a timer that is due in 0.4 ms must not be polled for.
   const int milliseconds = timeout ? int(std::clamp(std::ceil(timeout->count() * 1000), 0.0, 1e9)) : -1;
   const int ready = poll(waiting, 2, milliseconds);
-  if (ready == 0) return {EventKind::timeout};
+  if (ready == 0) {
+    if (mayGoOn) pending_ = parser_.finish();
+    return pending_.empty() ? Event{EventKind::timeout} : readKey();
+  }
   if (waiting[1].revents != 0) {
     char drained[64];
     while (read(wakeRead_, drained, sizeof drained) > 0) {
@@ -183,7 +145,7 @@ Screen::Event Screen::next(std::optional<Seconds> timeout) {
     char bytes[256];
     const auto count = read(STDIN_FILENO, bytes, sizeof bytes);
     if (count <= 0) return {EventKind::quit};
-    pending_ = keysIn({bytes, size_t(count)});
+    pending_ = parser_.take({bytes, size_t(count)});
     return pending_.empty() ? Event{EventKind::woken} : readKey();
   }
   if ((waiting[0].revents & (POLLHUP | POLLERR)) != 0) return {EventKind::quit};

@@ -6,6 +6,8 @@
 // comes back to a fresh screen. One at a time, on the main thread.
 
 #include "Base/Date.h"
+#include "Tool/Keys.h"
+#include "Tool/SignalHandlers.h"
 #include "Tool/Terminal.h"
 
 #include <optional>
@@ -18,13 +20,12 @@ namespace korvell {
 class Screen {
 public:
   enum class EventKind {
-    key,     ///< a byte, or a Key
+    key,     ///< as Key says
     resized, ///< draw again
     woken,   ///< wake() was called
     quit,    ///< a signal asked to end, or the terminal is gone
     timeout,
   };
-  enum Key { up = 256, down, left, right, pageUp, pageDown, home, end, escape };
   struct Event {
     EventKind kind;
     int key = 0;
@@ -40,7 +41,7 @@ public:
 
   int columns() const;
   int rows() const;
-  /// Shows these lines from the top, cut to the height; they are at most columns() wide.
+  /// Shows these lines from the top, cut to the width and the height.
   void draw(const std::vector<std::string>& lines);
   /// Waits for something to happen, at most `timeout` (none: for ever).
   Event next(std::optional<Seconds> timeout);
@@ -56,7 +57,9 @@ private:
   termios original_{};
   int wakeRead_ = -1;
   int wakeWrite_ = -1;
-  std::vector<int> pending_; ///< keys that were read together with the last one
+  KeyParser parser_;
+  std::vector<int> pending_;              ///< keys that were read together with the last one
+  std::optional<SignalHandlers> signals_; ///< while the pipe is there that they write to
 };
 
 } // namespace korvell

@@ -26,11 +26,12 @@ constexpr std::size_t shownApps = 5;
 
 void printTopApps(Context& context, std::vector<AppUsage> apps, int width) {
   if (apps.empty()) return;
-  const UsageTable table(context.out, width, showsEnergy(apps), context.host.processes->energyIsEstimate());
+  const UsageTable table(context.out, width, UsageKey::cpu, showsEnergy(apps),
+                         context.host.processes->energyIsEstimate());
   sortByUsage(apps, UsageKey::cpu);
   apps.resize(std::min(apps.size(), shownApps));
   context.out.line();
-  context.out.line(table.titles(localized("Application"), UsageKey::cpu));
+  context.out.line(table.titles(localized("Application")));
   for (const auto& app : apps) context.out.line(table.line(app));
 }
 

@@ -2,6 +2,7 @@
 
 #include "Base/Format.h"
 #include "Base/Text.h"
+#include "Core/Machine/CPUScale.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -13,6 +14,9 @@ namespace {
 constexpr int labelWidth = 9;
 constexpr int barWidth = 20, narrowBar = 8;
 constexpr int narrowRoom = 65; ///< columns behind the label
+constexpr int barlessRoom = 16;
+constexpr int narrowestText = 3, fewestDetails = 10;
+constexpr int spaceWidth = 25;
 
 std::string padded(std::string text, int width) {
   text.append(size_t(std::max(0, width - displayWidth(text))), ' ');
@@ -29,12 +33,15 @@ public:
   void add(std::string_view label, const std::string& head, const std::vector<std::string>& parts = {}) {
     std::string line = terminal_.ink(Ink::bold, padded(std::string(label), labelWidth)) + head;
     std::size_t next = 0;
-    const auto rest = joinedFrom(parts, next, room() - inkedWidth(head));
+    const int left = room() - inkedWidth(head);
+    const bool tells = !parts.empty() && (left >= fewestDetails || displayWidth(parts.front()) <= left);
+    const auto rest = tells ? joinedFrom(parts, next, left) : std::string();
     if (!rest.empty()) line += terminal_.ink(Ink::dim, rest);
-    lines_.push_back(std::move(line));
+    lines_.push_back(fitted(line, width_));
   }
   /// All parts, on as many lines as they take.
   void addAll(const std::vector<std::string>& parts) {
+    if (room() < narrowestText) return;
     for (std::size_t next = 0; next < parts.size();)
       lines_.push_back(std::string(labelWidth, ' ') +
                        terminal_.ink(Ink::dim, joinedFrom(parts, next, room())));
@@ -42,16 +49,17 @@ public:
   int room() const { return width_ - labelWidth; }
   /// What stands before the details of a share: a bar, narrower where there is little room, and the figure.
   std::string gauge(double percent) const {
+    const auto figure = fmt::format(" {:>4}  ", Format::percent(percent));
+    if (room() < barlessRoom) return figure;
     const int width = room() < narrowRoom ? narrowBar : barWidth;
-    return terminal_.ink(inkForPercent(percent), bar(percent / 100, width)) +
-           fmt::format(" {:>4}  ", Format::percent(percent));
+    return terminal_.ink(inkForPercent(percent), bar(percent / 100, width)) + figure;
   }
   std::vector<std::string> take() { return std::move(lines_); }
 
 private:
   /// The parts from `next` on that fit into the room, at least one; `next` is the first that did not.
   static std::string joinedFrom(const std::vector<std::string>& parts, std::size_t& next, int room) {
-    if (next >= parts.size() || room <= 2) return {};
+    if (next >= parts.size() || room < narrowestText) return {};
     auto text = truncatedToWidth(parts[next++], room);
     for (; next < parts.size(); ++next) {
       auto longer = text + " · " + parts[next];
@@ -70,7 +78,7 @@ void addCores(Lines& lines, const Terminal& terminal, const std::vector<double>&
   // A few cores get a bar and a figure each, many a column each.
   const int cell = 17;
   const int perRow = std::max(1, (lines.room() + 2) / cell);
-  if (int(cores.size()) <= 2 * perRow) {
+  if (lines.room() >= cell && int(cores.size()) <= 2 * perRow) {
     for (size_t first = 0; first < cores.size(); first += size_t(perRow)) {
       std::string row;
       for (size_t i = first; i < std::min(cores.size(), first + size_t(perRow)); ++i)
@@ -82,7 +90,9 @@ void addCores(Lines& lines, const Terminal& terminal, const std::vector<double>&
     }
     return;
   }
-  const size_t columns = size_t(std::max(16, lines.room() / 16 * 16));
+  constexpr int unit = 16;
+  const int room = std::max(1, lines.room());
+  const size_t columns = size_t(room < unit ? room : room / unit * unit);
   for (size_t first = 0; first < cores.size(); first += columns) {
     std::string row;
     for (size_t i = first; i < std::min(cores.size(), first + columns); ++i)
@@ -92,7 +102,8 @@ void addCores(Lines& lines, const Terminal& terminal, const std::vector<double>&
 }
 
 void addCPU(Lines& lines, const Terminal& terminal, const CPUStats& cpu) {
-  std::vector<std::string> details = {localized("user {n}", {{"n", Format::percent(cpu.user)}}),
+  std::vector<std::string> details = {title(CPUScale::machine),
+                                      localized("user {n}", {{"n", Format::percent(cpu.user)}}),
                                       localized("system {n}", {{"n", Format::percent(cpu.system)}}),
                                       localized("load {n}", {{"n", fmt::format("{:.2f}", cpu.load1)}})};
   if (cpu.performanceCores > 0 && cpu.efficiencyCores > 0)
@@ -167,8 +178,14 @@ void addVolumes(Lines& lines, const std::vector<VolumeInfo>& volumes) {
     const auto space = localized("{free} of {total} free", {{"free", Format::bytes(double(volume.available))},
                                                             {"total", Format::bytes(double(volume.total))}});
     const bool named = volume.name != volume.url;
-    lines.add(first ? localized("Volumes") : "", lines.gauge(used) + padded(space, 25),
-              {escapedControls(named ? volume.name + " (" + volume.url + ")" : volume.url)});
+    const auto name = escapedControls(named ? volume.name + " (" + volume.url + ")" : volume.url);
+    const auto label = first ? localized("Volumes") : "";
+    if (lines.room() < narrowRoom)
+      lines.add(label, lines.gauge(used),
+                {localized("{free} free", {{"free", Format::bytes(double(volume.available))}}),
+                 escapedControls(volume.name)});
+    else
+      lines.add(label, lines.gauge(used) + padded(space, spaceWidth), {name});
     first = false;
   }
 }

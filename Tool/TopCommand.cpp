@@ -97,22 +97,16 @@ int runTop(Context& context, const Arguments& arguments) {
     printJSON(context.out, value);
     return exitOK;
   }
-  const UsageTable table(context.out, std::min(context.out.columns(), widestSummary), energy,
+  const UsageTable table(context.out, std::min(context.out.columns(), widestSummary), key, energy,
                          context.host.processes->energyIsEstimate());
   if (arguments.flag("--processes")) {
-    context.out.line(table.titles(localized("Process"), key));
+    context.out.line(table.titles(localized("Process")));
     for (const auto& process : processes) context.out.line(table.line(process));
   } else {
-    context.out.line(table.titles(localized("Application"), key));
+    context.out.line(table.titles(localized("Application")));
     for (const auto& app : apps) context.out.line(table.line(app));
   }
   return exitOK;
-}
-
-std::vector<std::string> keyNames() {
-  std::vector<std::string> names;
-  for (const auto& key : allCases<UsageKey>()) names.emplace_back(key.rawValue);
-  return names;
 }
 
 } // namespace
@@ -120,7 +114,7 @@ std::vector<std::string> keyNames() {
 Command topCommand() {
   return {"top",
           "List the applications that use the most",
-          {{"--by", Option::Kind::text, "Sort by this figure", keyNames()},
+          {{"--by", Option::Kind::text, "Sort by this figure", choicesOf<UsageKey>()},
            {"--limit", Option::Kind::number, "Show so many, 0 for all (20)"},
            {"--processes", Option::Kind::flag, "List processes instead of applications"},
            {"--why", Option::Kind::number, "Tell which rule found the application of this process id"},

@@ -1,8 +1,10 @@
 #include "Tool/UsageList.h"
 
-#include "Tool/Screen.h"
+#include "Base/Text.h"
+#include "Tool/Keys.h"
 
 #include <algorithm>
+#include <tuple>
 
 namespace korvell {
 
@@ -15,17 +17,37 @@ void UsageList::setApps(std::vector<AppUsage> apps) {
 void UsageList::sort() {
   sortByUsage(apps_, key_);
   for (auto& app : apps_)
-    if (unfolded_.contains(app.id)) sortByUsage(app.processes, key_);
+    if (!searched_.empty() || unfolded_.contains(app.id)) sortByUsage(app.processes, key_);
   rebuildRows();
+}
+
+void UsageList::search(const std::string& text) {
+  searched_ = lowercased(text);
+  selectedName_.clear();
+  selected_ = 0;
+  sort();
+}
+
+void UsageList::addRows(std::size_t app) {
+  const auto& [name, processes] = std::tie(apps_[app].name, apps_[app].processes);
+  const auto matches = [&](const std::string& text) { return lowercased(text).find(searched_) != text.npos; };
+  const bool whole = matches(name), unfolded = unfolded_.contains(apps_[app].id);
+  std::vector<Row> inner;
+  for (std::size_t i = 0; i < processes.size() && (unfolded || !whole); ++i)
+    if (whole || matches(processes[i].name) || std::to_string(processes[i].pid) == searched_)
+      inner.push_back({app, i});
+  if (!whole && inner.empty()) return;
+  rows_.push_back({app, {}});
+  rows_.insert(rows_.end(), inner.begin(), inner.end());
 }
 
 void UsageList::rebuildRows() {
   rows_.clear();
+  found_ = 0;
   for (std::size_t app = 0; app < apps_.size(); ++app) {
-    rows_.push_back({app, {}});
-    if (!unfolded_.contains(apps_[app].id)) continue;
-    for (std::size_t process = 0; process < apps_[app].processes.size(); ++process)
-      rows_.push_back({app, process});
+    const auto before = rows_.size();
+    addRows(app);
+    if (rows_.size() > before) ++found_;
   }
   // Until something is chosen the selection stays at the head of the list.
   if (!selectedName_.empty())
@@ -70,8 +92,8 @@ bool UsageList::handleKey(int key) {
   const int all = int(rows_.size());
   const struct {
     int key, rows;
-  } moves[] = {{Screen::up, -1},          {Screen::down, 1},    {Screen::pageUp, -page_},
-               {Screen::pageDown, page_}, {Screen::home, -all}, {Screen::end, all}};
+  } moves[] = {{Key::up, -1},          {Key::down, 1},    {Key::pageUp, -page_},
+               {Key::pageDown, page_}, {Key::home, -all}, {Key::end, all}};
   for (const auto& [moveKey, rows] : moves)
     if (key == moveKey) {
       move(rows);
@@ -81,8 +103,8 @@ bool UsageList::handleKey(int key) {
   const bool isUnfolded = unfolded_.contains(apps_[rows_[std::size_t(selected_)].app].id);
   if (key == '\r' || key == '\n' || key == ' ') {
     setFolded(isUnfolded);
-  } else if (key == Screen::right || key == Screen::left) {
-    setFolded(key == Screen::left);
+  } else if (key == Key::right || key == Key::left) {
+    setFolded(key == Key::left);
   } else {
     return false;
   }
@@ -90,11 +112,13 @@ bool UsageList::handleKey(int key) {
 }
 
 std::vector<std::string> UsageList::lines(const UsageTable& table, int height) {
+  constexpr int fewestRows = 3; // the titles go before these do
   std::vector<std::string> lines;
-  if (height < 2) return lines;
-  page_ = height - 1;
+  if (height < 1) return lines;
+  const bool titled = height > fewestRows;
+  page_ = titled ? height - 1 : height;
   top_ = std::clamp(top_, std::max(0, selected_ - page_ + 1), selected_);
-  lines.push_back(table.titles("    " + localized("Application"), key_));
+  if (titled) lines.push_back(table.titles("    " + localized("Application")));
   const auto end = std::min(rows_.size(), std::size_t(top_ + page_));
   for (auto i = std::size_t(top_); i < end; ++i) {
     const auto& app = apps_[rows_[i].app];

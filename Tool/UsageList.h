@@ -19,6 +19,12 @@ public:
   /// At most `height` lines, the titles first.
   std::vector<std::string> lines(const UsageTable& table, int height);
   bool showsEnergy() const { return energy_; }
+  UsageKey sortedBy() const { return key_; }
+  /// Shows only the applications whose name holds this text, whatever the case, and of others the processes
+  /// whose name or id does. Empty for all.
+  void search(const std::string& text);
+  std::size_t found() const { return found_; } ///< applications shown
+  std::size_t count() const { return apps_.size(); }
 
 private:
   /// One line: an application, or one of its processes.
@@ -29,6 +35,7 @@ private:
 
   void sort();
   void rebuildRows();
+  void addRows(std::size_t app);
   std::string nameOf(const Row& row) const; ///< identifies it from one snapshot to the next
   void move(int rows);
   void setFolded(bool folded);
@@ -36,6 +43,8 @@ private:
   std::vector<AppUsage> apps_;
   std::vector<Row> rows_;
   std::set<std::string> unfolded_; ///< ids of applications
+  std::string searched_;           ///< in lower case
+  std::size_t found_ = 0;
   std::string selectedName_;
   int selected_ = 0;
   int top_ = 0;  ///< first row shown

@@ -2,6 +2,7 @@
 
 #include "Base/Format.h"
 #include "Base/Text.h"
+#include "Core/Machine/CPUScale.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -12,6 +13,7 @@ namespace {
 
 constexpr int figureWidth = 11;
 constexpr int narrowestName = 12;
+constexpr int barestName = 5; ///< beside a single figure
 constexpr int roomyName = 24;
 constexpr int longestID = 7;   ///< digits of the largest process id
 constexpr double busyCPU = 90; ///< percent of one core
@@ -21,8 +23,32 @@ std::string padded(std::string text, int width, bool right) {
   return right ? std::string(missing, ' ') + text : std::move(text) + std::string(missing, ' ');
 }
 
-/// Nothing stands where nothing happens: a column of zeros hides the figures that matter.
-std::string orBlank(double value, std::string (*format)(double)) { return value > 0 ? format(value) : ""; }
+/// Where nothing happens nothing stands, but for CPU and memory: a column of zeros hides the figures that
+/// matter.
+std::string figureText(UsageKey key, double value) {
+  switch (key) {
+  case UsageKey::cpu:
+    return fmt::format("{:.1f}%", value);
+  case UsageKey::memory:
+    return Format::memory(value);
+  case UsageKey::disk:
+  case UsageKey::network:
+    return value > 0 ? Format::rate(value) : "";
+  case UsageKey::energy:
+    break;
+  }
+  return value > 0 ? Format::watts(value) : "";
+}
+
+std::vector<UsageKey> columnsWithin(int width, UsageKey sortedBy, bool energy) {
+  std::vector<UsageKey> keys;
+  for (const auto& key : allCases<UsageKey>())
+    if (energy || key.value != UsageKey::energy) keys.push_back(key.value);
+  const auto isTooWide = [&] { return narrowestName + figureWidth * int(keys.size()) > width; };
+  while (keys.size() > 1 && isTooWide()) keys.erase(keys.end() - (keys.back() == sortedBy ? 2 : 1));
+  if (width < barestName + figureWidth) keys.clear();
+  return keys;
+}
 
 } // namespace
 
@@ -30,17 +56,19 @@ bool showsEnergy(const std::vector<AppUsage>& apps) {
   return std::any_of(apps.begin(), apps.end(), [](const AppUsage& app) { return app.power() > 0; });
 }
 
-int UsageTable::nameWidth() const {
-  return std::max(narrowestName, width_ - figureWidth * (energy_ ? 5 : 4));
-}
+UsageTable::UsageTable(const Terminal& terminal, int width, UsageKey sortedBy, bool energy,
+                       bool energyIsEstimate)
+    : terminal_(terminal), sortedBy_(sortedBy), energyIsEstimate_(energyIsEstimate),
+      shown_(columnsWithin(width, sortedBy, energy)),
+      nameWidth_(std::max(1, width - figureWidth * int(shown_.size()))) {}
 
-std::string UsageTable::titles(std::string_view first, UsageKey sortedBy) const {
-  auto line = terminal_.ink(Ink::dim, padded(truncatedToWidth(first, nameWidth()), nameWidth(), false));
-  for (const auto& key : allCases<UsageKey>()) {
-    if (key.value == UsageKey::energy && !energy_) continue;
-    auto text = title(key.value);
-    if (key.value == UsageKey::energy && energyIsEstimate_) text = localized("~Energy");
-    const bool sorted = key.value == sortedBy;
+std::string UsageTable::titles(std::string_view first) const {
+  auto line = terminal_.ink(Ink::dim, padded(truncatedToWidth(first, nameWidth_), nameWidth_, false));
+  for (const auto key : shown_) {
+    auto text = key == UsageKey::cpu ? cpuColumnTitle(CPUScale::core) : title(key);
+    if (key == UsageKey::energy && energyIsEstimate_) text = localized("~Energy");
+    const bool sorted = key == sortedBy_;
+    if (sorted) text = "▾" + text; // not every terminal and eye tells bold from plain
     line += terminal_.ink(sorted ? Ink::bold : Ink::dim, padded(std::move(text), figureWidth, true));
   }
   return line;
@@ -49,30 +77,24 @@ std::string UsageTable::titles(std::string_view first, UsageKey sortedBy) const 
 std::string UsageTable::line(const AppUsage& app, bool selected, std::string_view mark) const {
   auto name = std::string(mark) + escapedControls(app.name);
   if (app.processes.size() > 1) name += fmt::format(" ({})", app.processes.size());
-  return line(name,
-              {app.cpu(), double(app.memory()), app.diskRead() + app.diskWrite(), app.netIn() + app.netOut(),
-               app.power()},
-              selected);
+  return line(name, app, selected);
 }
 
 std::string UsageTable::line(const ProcessUsage& process, bool selected, std::string_view mark) const {
-  const int idWidth = nameWidth() >= roomyName ? longestID : 0;
+  const int idWidth = nameWidth_ >= roomyName ? longestID : 0;
   const auto name = fmt::format("{}{:<{}} {}", mark, process.pid, idWidth, escapedControls(process.name));
-  return line(name,
-              {process.cpu, double(process.memory), process.diskRead + process.diskWrite,
-               process.netIn + process.netOut, process.power},
-              selected);
+  return line(name, process, selected);
 }
 
-std::string UsageTable::line(std::string_view name, const Figures& figures, bool selected) const {
-  auto line = padded(truncatedToWidth(name, nameWidth() - 1), nameWidth(), false);
+template <class T>
+std::string UsageTable::line(std::string_view name, const T& used, bool selected) const {
+  auto line = padded(truncatedToWidth(name, std::max(1, nameWidth_ - 1)), nameWidth_, false);
   if (selected) line = terminal_.ink(Ink::accent, line);
-  const auto cpu = padded(fmt::format("{:.1f}%", figures.cpu), figureWidth, true);
-  line += figures.cpu >= busyCPU ? terminal_.ink(Ink::warning, cpu) : cpu;
-  line += padded(Format::memory(figures.memory), figureWidth, true);
-  line += padded(orBlank(figures.disk, Format::rate), figureWidth, true);
-  line += padded(orBlank(figures.network, Format::rate), figureWidth, true);
-  if (energy_) line += padded(orBlank(figures.power, Format::watts), figureWidth, true);
+  for (const auto key : shown_) {
+    const double value = usageValue(key, used);
+    const auto text = padded(figureText(key, value), figureWidth, true);
+    line += key == UsageKey::cpu && value >= busyCPU ? terminal_.ink(Ink::warning, text) : text;
+  }
   line.erase(line.find_last_not_of(' ') + 1);
   return line;
 }

@@ -12,29 +12,27 @@
 namespace korvell {
 
 /// Columns in the order of UsageKey, each as wide whatever the figures, so that a list that is drawn again
-/// does not jump.
+/// does not jump. Where there is no room for all of them they go one by one, the last first; the name and the
+/// figure that the list is sorted by stay longest.
 class UsageTable {
 public:
   /// Without `energy` that column is left out: nothing on this machine tells it.
-  UsageTable(const Terminal& terminal, int width, bool energy, bool energyIsEstimate)
-      : terminal_(terminal), width_(width), energy_(energy), energyIsEstimate_(energyIsEstimate) {}
+  UsageTable(const Terminal& terminal, int width, UsageKey sortedBy, bool energy, bool energyIsEstimate);
 
   /// The titles, that of the key that the list is sorted by marked.
-  std::string titles(std::string_view first, UsageKey sortedBy) const;
+  std::string titles(std::string_view first) const;
   std::string line(const AppUsage& app, bool selected = false, std::string_view mark = {}) const;
   std::string line(const ProcessUsage& process, bool selected = false, std::string_view mark = {}) const;
 
 private:
-  struct Figures {
-    double cpu, memory, disk, network, power;
-  };
-  std::string line(std::string_view name, const Figures& figures, bool selected) const;
-  int nameWidth() const;
+  template <class T>
+  std::string line(std::string_view name, const T& used, bool selected) const;
 
   const Terminal& terminal_;
-  int width_;
-  bool energy_;
+  UsageKey sortedBy_;
   bool energyIsEstimate_;
+  std::vector<UsageKey> shown_; ///< the columns behind the name
+  int nameWidth_;
 };
 
 /// True when any process has a power figure.

@@ -2,65 +2,16 @@
 
 #include "App/Assembly.h"
 #include "App/RemoteModel.h"
-#include "Base/Format.h"
 #include "Base/HostedQueue.h"
-#include "Base/Text.h"
 #include "Tool/Commands.h"
-#include "Tool/Findings.h"
 #include "Tool/Screen.h"
-#include "Tool/Summary.h"
-#include "Tool/UsageList.h"
-
-#include <ctime>
-#include <fmt/format.h>
+#include "Tool/WatchScreen.h"
 
 namespace korvell {
 
 namespace {
 
-std::string clockText(Date date) {
-  const auto seconds = std::time_t(date.sinceEpoch);
-  std::tm local{};
-  localtime_r(&seconds, &local);
-  return fmt::format("{:02}:{:02}:{:02}", local.tm_hour, local.tm_min, local.tm_sec);
-}
-
-/// The two ends of a line.
-std::string spread(const std::string& left, const std::string& right, int width) {
-  const int gap = std::max(1, width - inkedWidth(left) - inkedWidth(right));
-  return left + std::string(std::size_t(gap), ' ') + right;
-}
-
 constexpr Seconds keeperPatience{1};
-
-struct View {
-  const Terminal& terminal;
-  const Model& model;
-  UsageList& list;
-  bool energyIsEstimate;
-};
-
-std::vector<std::string> frame(const View& view, int columns, int rows) {
-  constexpr int findingsShare = 4; // a quarter of the screen, the rest is for figures
-  const auto& [terminal, model, list, energyIsEstimate] = view;
-  const int width = std::min(columns, widestSummary);
-  const bool ready = model.hasSample.get();
-  auto lines = ready ? findingLines(terminal, *model.report, width, rows / findingsShare)
-                     : std::vector{localized("Measuring…")};
-  const auto sign = terminal.ink(Ink::accent, "Korvell") + "  " + clockText(model.snapshot->date);
-  lines.front() = spread(lines.front(), sign, width);
-  if (ready) {
-    lines.emplace_back();
-    for (auto& line : summaryLines(terminal, *model.snapshot, width)) lines.push_back(std::move(line));
-    lines.emplace_back();
-    const UsageTable table(terminal, width, list.showsEnergy(), energyIsEstimate);
-    for (auto& line : list.lines(table, rows - 1 - int(lines.size()))) lines.push_back(std::move(line));
-  }
-  lines.resize(size_t(std::max(1, rows - 1)));
-  lines.push_back(terminal.ink(
-      Ink::dim, truncatedToWidth(localized("c m d n e sort · ↑ ↓ move · Enter unfolds · q quits"), width)));
-  return lines;
-}
 
 int runWatch(Context& context, const Arguments&) {
   if (const auto reason = Screen::unavailable(context.out, context.environment))
@@ -69,20 +20,22 @@ int runWatch(Context& context, const Arguments&) {
   HostedQueue main("main", [&screen] { screen.wake(); });
   const FixedAttention watched(true);
   Assembly assembly(context.host, context.clock);
-  UsageList list;
+  WatchScreen view;
   const bool estimate = context.host.processes->energyIsEstimate();
   std::unique_ptr<Model> model;
   Subscription subscription;
   const auto draw = [&] {
-    screen.draw(frame({context.out, *model, list, estimate}, screen.columns(), screen.rows()));
+    const WatchFigures figures{model->snapshot.get(), model->report.get(), model->live.get(),
+                               model->hasSample.get(), estimate};
+    screen.draw(view.frame(context.out, figures, screen.columns(), screen.rows()));
   };
   const auto show = [&](std::unique_ptr<Model> shown) {
     model = std::move(shown);
     subscription = model->cycle.observe([&](std::int64_t) {
-      list.setApps(model->snapshot->apps);
+      view.setApps(model->snapshot->apps);
       draw();
     });
-    list.setApps(model->snapshot->apps);
+    view.setApps(model->snapshot->apps);
     draw();
   };
   // A keeper's figures where there is one: nothing is measured twice, and everybody sees the same.
@@ -95,9 +48,10 @@ int runWatch(Context& context, const Arguments&) {
         screen.next(deadline ? std::optional(deadline->due - main.clock().monotonic()) : std::nullopt);
     main.runDue();
     if (event.kind == Screen::EventKind::quit) return exitOK;
-    if (event.kind == Screen::EventKind::key && (event.key == 'q' || event.key == 'Q')) return exitOK;
-    const bool changed = event.kind == Screen::EventKind::key && list.handleKey(event.key);
-    if (changed || event.kind == Screen::EventKind::resized) draw();
+    const bool isKey = event.kind == Screen::EventKind::key;
+    const auto reply = isKey ? view.handleKey(event.key) : WatchScreen::Reply::nothing;
+    if (reply == WatchScreen::Reply::quit) return exitOK;
+    if (reply == WatchScreen::Reply::redraw || event.kind == Screen::EventKind::resized) draw();
   }
 }
 

@@ -101,6 +101,7 @@ TEST_F(HealthCommandsTests, findingsOnFewLines) {
 }
 
 TEST_F(HealthCommandsTests, topSortsWhatTheKeeperMeasured) {
+  columns = 80;
   startKeeper(
       {{.id = "a", .name = "Alpha", .processes = {{.pid = 1, .name = "a1", .cpu = 2, .memory = 3 << 20}}},
        {.id = "b",
@@ -117,7 +118,7 @@ TEST_F(HealthCommandsTests, topSortsWhatTheKeeperMeasured) {
   EXPECT_THAT(rows({}), ElementsAre("Applicatio", "Beta (2)", "Alpha"));
   EXPECT_THAT(out, HasSubstr("Energy")) << "one of them tells its power";
   EXPECT_THAT(rows({"--by", "memory", "--limit", "1"}), ElementsAre("Applicatio", "Alpha"));
-  EXPECT_THAT(rows({"--processes", "--limit", "2"}), ElementsAre("Process", "2 b1", "1 a1"));
+  EXPECT_THAT(rows({"--processes", "--limit", "2"}), ElementsAre("Process", "2       b1", "1       a1"));
   EXPECT_EQ(run({"top", "--json", "--processes", "--limit", "1"}), exitOK);
   const auto json = *parseJSON(out);
   EXPECT_EQ(json.find("apps")->asArray()->size(), 1u);

@@ -47,7 +47,7 @@ TEST(SummaryTests, everyLineFitsWhateverTheMachine) {
   std::string sink;
   const Terminal terminal(sink, 80, true, true);
   for (const auto& snapshot : {bigMachine(), SystemSnapshot{}})
-    for (const int width : {80, 100, 120})
+    for (const int width : {1, 2, 8, 9, 10, 11, 12, 15, 20, 27, 40, 59, 60, 80, 100, 120})
       for (const auto& line : summaryLines(terminal, snapshot, width))
         EXPECT_LE(inkedWidth(line), width) << line;
 }
@@ -67,6 +67,7 @@ TEST(SummaryTests, whatCouldNotBeReadIsADash) {
   const Terminal terminal(sink, 80);
   std::string all;
   for (const auto& line : summaryLines(terminal, SystemSnapshot{}, 80)) all += line + "\n";
+  EXPECT_NE(all.find("  of the machine"), std::string::npos) << all;
   for (const char* expected : {"Memory   –\n", "GPU      –\n", "Power    –\n"})
     EXPECT_NE(all.find(expected), std::string::npos) << all;
   EXPECT_EQ(all.find("Battery"), std::string::npos) << "no battery, no line about one";

@@ -1,7 +1,7 @@
 #include "Tool/UsageList.h"
 
 #include "Base/Text.h"
-#include "Tool/Screen.h"
+#include "Tool/Keys.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ using testing::HasSubstr;
 struct UsageListTests : testing::Test {
   std::string sink;
   Terminal terminal{sink, 80};
-  UsageTable table{terminal, 80, false, false};
+  UsageTable table{terminal, 80, UsageKey::cpu, false, false};
   UsageList list;
 
   static std::vector<AppUsage> apps() {
@@ -48,22 +48,22 @@ TEST_F(UsageListTests, applicationsUnfoldIntoTheirProcesses) {
   EXPECT_THAT(names(), ElementsAre("− Alpha (2)", "11      helper", "10      alpha", "+ Beta"));
   list.setApps(apps());
   EXPECT_EQ(names().size(), 4u) << "stays unfolded";
-  list.handleKey(Screen::down); // on a process: folds its application
-  EXPECT_TRUE(list.handleKey(Screen::left));
+  list.handleKey(Key::down); // on a process: folds its application
+  EXPECT_TRUE(list.handleKey(Key::left));
   EXPECT_THAT(names(), ElementsAre("+ Alpha (2)", "+ Beta"));
   EXPECT_FALSE(list.handleKey('x'));
 }
 
 TEST_F(UsageListTests, theSelectionStaysWithWhatWasChosen) {
   list.setApps(apps());
-  list.handleKey(Screen::down); // Beta
-  list.handleKey('m');          // Beta is first now
-  list.handleKey(Screen::right);
+  list.handleKey(Key::down); // Beta
+  list.handleKey('m');       // Beta is first now
+  list.handleKey(Key::right);
   EXPECT_THAT(names(), ElementsAre("− Beta", "20      beta", "+ Alpha (2)"));
   list.setApps({apps()[0]}); // Beta has ended
   EXPECT_THAT(names(), ElementsAre("+ Alpha (2)"));
   list.setApps({});
-  EXPECT_TRUE(list.handleKey(Screen::down));
+  EXPECT_TRUE(list.handleKey(Key::down));
   EXPECT_FALSE(list.handleKey(' '));
 }
 
@@ -73,11 +73,12 @@ TEST_F(UsageListTests, theListScrollsWithTheSelection) {
     many.push_back({.id = std::to_string(i), .name = "app" + std::to_string(i), .processes = {{.pid = i}}});
   list.setApps(many);
   EXPECT_THAT(names(4), ElementsAre("+ app10", "+ app11", "+ app12"));
-  list.handleKey(Screen::end);
+  list.handleKey(Key::end);
   EXPECT_THAT(names(4), ElementsAre("+ app57", "+ app58", "+ app59"));
-  list.handleKey(Screen::pageUp);
+  list.handleKey(Key::pageUp);
   EXPECT_THAT(names(4), ElementsAre("+ app56", "+ app57", "+ app58"));
-  EXPECT_TRUE(list.lines(table, 1).empty());
+  EXPECT_EQ(list.lines(table, 3).size(), 3u) << "three rows before the titles";
+  EXPECT_TRUE(list.lines(table, 0).empty());
 }
 
 TEST_F(UsageListTests, namesAreSafeAndEveryLineFits) {
@@ -86,8 +87,7 @@ TEST_F(UsageListTests, namesAreSafeAndEveryLineFits) {
                       .name = "日本語の名前がとても長いアプリケーション日本語の名前がとても長い",
                       .processes = {process}};
   EXPECT_THAT(table.line(process), HasSubstr("1       x\\x1b[2J\\x0a"));
-  for (const auto& line :
-       {table.line(process), table.line(wide, true, "+ "), table.titles("Application", UsageKey::cpu)})
+  for (const auto& line : {table.line(process), table.line(wide, true, "+ "), table.titles("Application")})
     EXPECT_LE(inkedWidth(line), 80) << line;
   EXPECT_EQ(inkedWidth(table.line(wide)), inkedWidth(table.line(process)));
 }
