@@ -25,7 +25,7 @@ public:
   bool energyIsEstimate() const override { return false; }
 
 private:
-  const std::vector<ProcessCounters> none_;
+  const std::vector<ProcessCounters> none_{};
 };
 
 class NoProcessControl final : public ProcessControl {
@@ -49,7 +49,7 @@ public:
   void removed(const LaunchJob&) override {}
 
 private:
-  const ProgramPlaces places_;
+  const ProgramPlaces places_{};
 };
 
 class NoDesktopFiles final : public DesktopFiles {

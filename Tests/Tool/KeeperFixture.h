@@ -34,11 +34,10 @@ struct KeeperFixture : testing::Test {
     lock_.emplace(std::move(*acquired));
     keeper_ = LineServer::listen(
         keeperSocketPath(host.folders),
-        [this, isSilent, answer = std::move(answer)](const std::string& line,
-                                                     const LineServer::Reply& reply) {
+        [this, isSilent, answer = std::move(answer)](const std::string& line, LineServer::Peer peer) {
           const auto request = *parseJSON(line);
           if (request.find("do")) orders.push_back(line);
-          if (!isSilent) reply(dumpJSON(answer(request)));
+          if (!isSilent) peer.answer(dumpJSON(answer(request)));
         },
         {}, isSameUser);
     ASSERT_TRUE(keeper_);
