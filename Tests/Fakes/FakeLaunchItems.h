@@ -1,6 +1,7 @@
 #pragma once
 // A world of launch files. `existing` holds the paths of everything that exists; `log` records what was asked
-// to stop, told as removed and asked of the managers, in order. What is told as removed is gone.
+// to stop and told as removed, in order, `asked` about whom the managers were asked. What is told as removed
+// is gone.
 
 #include "Platform/LaunchItems.h"
 
@@ -15,7 +16,7 @@ public:
   ProgramPlaces programPlaces{.folders = {"/usr/local/bin", "/usr/bin"},
                               .flatpakRoots = {"/var/lib/flatpak", "/home/me/.local/share/flatpak"}};
   std::optional<std::string> protection; ///< why files can't be removed
-  std::vector<std::string> log;
+  std::vector<std::string> log, asked;
 
   LaunchFile& addUnit(LaunchScope scope, const std::string& path, const std::string& program) {
     launchFiles.push_back({.scope = scope,
@@ -29,10 +30,10 @@ public:
 
   std::vector<LaunchFile> files() override { return launchFiles; }
   LoadedJobs loadedJobs() override { return jobs; }
-  std::map<std::string, EffectiveJob> effective(const std::vector<LaunchJob>& asked) override {
+  std::map<std::string, EffectiveJob> effective(const std::vector<LaunchJob>& about) override {
     std::map<std::string, EffectiveJob> told;
-    for (const auto& job : asked) {
-      log.push_back("asked " + job.label);
+    for (const auto& job : about) {
+      asked.push_back(job.label);
       if (const auto known = effectiveJobs.find(job.path); known != effectiveJobs.end()) told.insert(*known);
     }
     return told;
