@@ -3,6 +3,7 @@
 #include "Base/Text.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace korvell {

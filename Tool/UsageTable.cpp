@@ -68,7 +68,7 @@ std::string UsageTable::titles(std::string_view first) const {
     auto text = key == UsageKey::cpu ? cpuColumnTitle(CPUScale::core) : title(key);
     if (key == UsageKey::energy && energyIsEstimate_) text = localized("~Energy");
     const bool sorted = key == sortedBy_;
-    if (sorted) text = "▾" + text; // not every terminal and eye tells bold from plain
+    if (sorted) text = "▾ " + text; // not every terminal and eye tells bold from plain
     line += terminal_.ink(sorted ? Ink::bold : Ink::dim, padded(std::move(text), figureWidth, true));
   }
   return line;

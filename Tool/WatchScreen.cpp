@@ -135,7 +135,8 @@ Lines WatchScreen::footer(const Terminal& terminal, int columns, int rows) const
     const auto count = localized("{found} of {all} applications", {{"found", std::to_string(list_.found())},
                                                                    {"all", std::to_string(list_.count())}});
     const auto way = isTyping_ ? localized("Enter keeps it") : localized("Esc shows all");
-    return {spread(truncatedToWidth(text, columns), terminal.ink(Ink::dim, count + " · " + way), columns)};
+    const auto right = fitting({count + " · " + way, count}, std::max(0, columns - displayWidth(text) - 2));
+    return {spread(truncatedToWidth(text, columns), terminal.ink(Ink::dim, right), columns)};
   } else {
     lines = {fitting({localized("c m d n e sort · ↑ ↓ move · Enter unfolds · / search · ? help · q quits"),
                       localized("? help · / search · q quits"), "? / q"},

@@ -94,10 +94,10 @@ TEST_F(WatchScreenTests, smallScreensKeepTheListAndItsSortedFigure) {
     const char* titles;
   };
   for (const auto& [columns, key, titles] :
-       {Row{70, 'c', "▾CPU/core     Memory       Disk    Network    ~Energy"},
-        Row{59, 'c', "▾CPU/core     Memory       Disk    Network"},
-        Row{50, 'c', "▾CPU/core     Memory       Disk"}, Row{50, 'e', "CPU/core     Memory   ▾~Energy"},
-        Row{40, 'n', "CPU/core   ▾Network"}, Row{30, 'm', "▾Memory"}}) {
+       {Row{70, 'c', "▾ CPU/core     Memory       Disk    Network    ~Energy"},
+        Row{59, 'c', "▾ CPU/core     Memory       Disk    Network"},
+        Row{50, 'c', "▾ CPU/core     Memory       Disk"}, Row{50, 'e', "CPU/core     Memory  ▾ ~Energy"},
+        Row{40, 'n', "CPU/core  ▾ Network"}, Row{30, 'm', "▾ Memory"}}) {
     type({&key, 1});
     EXPECT_TRUE(titlesAt(columns).ends_with(titles)) << columns << titlesAt(columns);
   }
@@ -126,7 +126,8 @@ TEST_F(WatchScreenTests, searchingFindsApplicationsAndProcesses) {
   type("program 3"); // 3 and 30 to 39; q and c are letters now
   EXPECT_EQ(listed(80, 60), 11);
   EXPECT_THAT(text(80, 40), HasSubstr("/program 3▏"));
-  EXPECT_THAT(text(80, 40), HasSubstr("11 of 40 applications"));
+  EXPECT_THAT(text(80, 40), HasSubstr("11 of 40 applications · Enter keeps it"));
+  EXPECT_THAT(text(40, 40), HasSubstr("11 of 40 applications\x1b"));
   for (int i = 0; i < 20; ++i) screen.handleKey(Key::backspace);
   type("N\xc3\xa4H");
   screen.handleKey(Key::backspace);
