@@ -18,9 +18,11 @@ void runInterruptibly(const std::function<void(const Cancellation&)>& work,
       loop.quit();
     });
   });
-  for (loop.run(); !done; loop.run()) {
+  loop.run();
+  while (!done) {
     if (interrupted && !cancellation.isCancelled()) interrupted();
     cancellation.cancel();
+    loop.run();
   }
 }
 

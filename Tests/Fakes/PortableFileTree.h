@@ -6,7 +6,7 @@
 
 namespace korvell {
 
-class PortableFileTree final : public PosixFileTree {
+class PortableFileTree : public PosixFileTree {
 public:
   using PosixFileTree::PosixFileTree;
 

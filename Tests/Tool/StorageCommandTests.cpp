@@ -15,16 +15,11 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 /// No program of the machine that runs the test is ever started.
-class OwnProgramsOnly final : public PosixFileTree {
+class OwnProgramsOnly final : public PortableFileTree {
 public:
-  OwnProgramsOnly(std::string root) : PosixFileTree(1), root_(std::move(root)) {}
+  OwnProgramsOnly(std::string root) : PortableFileTree(1u), root_(std::move(root)) {}
   bool isExecutable(const std::string& path) override {
-    return path.starts_with(root_) && PosixFileTree::isExecutable(path);
-  }
-
-protected:
-  Descriptor openWithoutLinks(const std::string& folder) override {
-    return Descriptor(open(folder.c_str(), folderFlags));
+    return path.starts_with(root_) && PortableFileTree::isExecutable(path);
   }
 
 private:
