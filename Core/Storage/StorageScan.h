@@ -42,8 +42,8 @@ public:
   /// The first that exists and may be run.
   std::optional<std::string> executable(const std::vector<std::string>& candidates) const;
 
-  /// Carries out one action for these items. Cancelled, a running command is asked to end, and a sentence tells
-  /// what became of it.
+  /// Carries out one action for these items. Cancelled, a running command is asked to end, and a sentence
+  /// tells what became of it.
   ActionReport perform(const StorageAction& action, const std::vector<StorageItem>& items,
                        const Cancellation& cancellation) const;
   /// Removes for good those of the paths that lie directly in the folder, and tells what became of each; the

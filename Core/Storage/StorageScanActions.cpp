@@ -72,9 +72,9 @@ ActionReport StorageScan::moveToTrash(const std::vector<StorageItem>& items) con
   return report;
 }
 
-std::vector<std::pair<std::string, Removal>> StorageScan::removeItems(const std::vector<std::string>& paths,
-                                                                      const std::string& folder,
-                                                                      const Cancellation& cancellation) const {
+std::vector<std::pair<std::string, Removal>>
+StorageScan::removeItems(const std::vector<std::string>& paths, const std::string& folder,
+                         const Cancellation& cancellation) const {
   const std::filesystem::path home = standardized(folder);
   std::vector<std::string> names;
   for (const auto& path : paths) {

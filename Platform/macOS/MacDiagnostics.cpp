@@ -31,8 +31,7 @@ struct SourceRow {
 };
 
 constexpr SourceRow machineRows[] = {
-    {"CPU", "host_processor_info", noAnswer,
-     [](MacSources& s) { return !s.machine.cpu().cores.empty(); }},
+    {"CPU", "host_processor_info", noAnswer, [](MacSources& s) { return !s.machine.cpu().cores.empty(); }},
     {"Load", "getloadavg", noAnswer, [](MacSources& s) { return s.machine.cpu().load1.has_value(); }},
     {"Memory", "host_statistics64", noAnswer,
      [](MacSources& s) { return s.machine.memory().use.has_value(); }},
