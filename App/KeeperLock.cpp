@@ -35,6 +35,10 @@ Result<KeeperLock> KeeperLock::acquire(const UserFolders& folders) {
   return Failure{localized("Korvell can't write to its folder {folder}.", {{"folder", folders.data}})};
 }
 
+bool KeeperLock::waitUntilFree(const UserFolders& folders) {
+  return FileLock::waitUntilFree(lockPath(folders));
+}
+
 KeeperLock::~KeeperLock() {
   if (lock_) rewrite(lock_->descriptor(), "\n");
 }

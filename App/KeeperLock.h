@@ -22,6 +22,9 @@ public:
   KeeperLock& operator=(KeeperLock&&) = default;
   ~KeeperLock();
 
+  /// Sleeps until nobody holds the lock, without taking it; false when it can't be waited for.
+  static bool waitUntilFree(const UserFolders& folders);
+
   /// Tells where this keeper answers; empty for nowhere.
   void announce(const std::string& socketPath) const;
 

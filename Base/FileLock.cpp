@@ -26,6 +26,13 @@ std::optional<FileLock> FileLock::acquire(const std::string& path, Seconds patie
   return FileLock(std::move(file));
 }
 
+bool FileLock::waitUntilFree(const std::string& path) {
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+  while (file && flock(file.get(), LOCK_SH) != 0)
+    if (errno != EINTR) return false;
+  return bool(file);
+}
+
 bool FileLock::isHeld(const std::string& path) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
   return file && flock(file.get(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;

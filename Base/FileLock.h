@@ -19,6 +19,9 @@ public:
   /// Whether someone holds the lock; a file that is not there is not made. Holds it for a moment itself.
   static bool isHeld(const std::string& path);
 
+  /// Sleeps for as long as someone holds the lock; false when the file is not there or can't be waited for.
+  static bool waitUntilFree(const std::string& path);
+
   int descriptor() const { return file_.get(); }
 
 private:

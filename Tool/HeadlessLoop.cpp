@@ -48,6 +48,7 @@ HeadlessLoop::~HeadlessLoop() {
 }
 
 void HeadlessLoop::run() {
+  quit_ = false;
   main_.runDue();
   while (!quit_ && wait()) main_.runDue();
 }

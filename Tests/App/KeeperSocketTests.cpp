@@ -1,6 +1,7 @@
 // How a keeper is found and asked by other processes.
 
 #include "App/Assembly.h"
+#include "App/HandOver.h"
 #include "App/Keeper.h"
 #include "App/KeeperClient.h"
 #include "App/KeeperLock.h"
@@ -8,6 +9,7 @@
 #include "Tests/Fakes/FakeMachineCounters.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
+#include <atomic>
 #include <csignal>
 #include <future>
 #include <gmock/gmock.h>
@@ -36,7 +38,7 @@ struct KeeperSocketTests : testing::Test {
 };
 
 TEST_F(KeeperSocketTests, thereIsOneKeeperAndItsFileTellsWhereItAnswers) {
-  const auto said = [this](const char* socket) { return KeeperAnnouncement{getpid(), socket}; };
+  const auto said = [](const char* socket) { return KeeperAnnouncement{getpid(), socket}; };
   EXPECT_EQ(keeperAnnouncement(folders), std::nullopt);
   EXPECT_FALSE(isKeeperRunning(folders));
   EXPECT_FALSE(std::filesystem::exists(folders.data)) << "who looks makes nothing";
@@ -90,6 +92,36 @@ TEST_F(KeeperSocketTests, clientsAskARunningKeeper) {
     model.reset();
   });
   EXPECT_EQ(client->ask(askState, patience), std::nullopt);
+}
+
+TEST_F(KeeperSocketTests, aKeeperStepsBackForWhoAsksAndComesBackWhenItIsFree) {
+  auto lock = std::optional(announced());
+  std::atomic<bool> refuses = true;
+  const auto server = LineServer::listen(
+      keeperSocketPath(folders),
+      [&](const std::string& line, const LineServer::Peer& peer) {
+        EXPECT_EQ(line, R"({"do":"yield"})");
+        if (!refuses) lock.reset();
+        peer.answer(refuses ? R"({"ok":false})" : R"({"ok":true})");
+      },
+      {}, isSameUser);
+  EXPECT_EQ(takeOver(folders).reason(), "The running Korvell does not step back.");
+  EXPECT_TRUE(lock);
+  refuses = false;
+  auto next = std::optional(takeOver(folders));
+  ASSERT_TRUE(*next) << next->reason();
+
+  std::promise<void> freed;
+  ThreadQueue main("main");
+  const LockWait wait(main, folders, [&] { freed.set_value(); });
+  {
+    const LockWait given(main, folders, [] { ADD_FAILURE() << "nobody waits for that any more"; });
+  }
+  auto free = freed.get_future();
+  EXPECT_EQ(free.wait_for(std::chrono::milliseconds(1)), std::future_status::timeout);
+  next.reset();
+  free.get();
+  EXPECT_TRUE(takeOver(folders)) << "there is nobody to be asked";
 }
 
 TEST_F(KeeperSocketTests, aKeeperThatDoesNotAnswerInTimeIsGivenUp) {
