@@ -31,16 +31,16 @@ std::optional<KeeperClient> KeeperClient::connect(const UserFolders& folders) {
 
 std::optional<Value> KeeperClient::ask(const Value& request, Seconds patience) {
   const Seconds limit = clock_.monotonic() + patience;
-  if (!socket_ || !send(dumpJSON(request) + "\n", limit)) return std::nullopt;
+  if (isLost_ || !send(dumpJSON(request) + "\n", limit)) return std::nullopt;
   return next(limit - clock_.monotonic());
 }
 
 void KeeperClient::hangUp() const { shutdown(socket_.get(), SHUT_RDWR); }
 
 std::optional<Value> KeeperClient::next(Seconds patience) {
-  const auto line = socket_ ? readLine(clock_.monotonic() + patience) : std::nullopt;
+  const auto line = !isLost_ ? readLine(clock_.monotonic() + patience) : std::nullopt;
   auto answer = line ? parseJSON(*line) : std::nullopt;
-  if (!answer) socket_.reset(); // a late answer must not be taken for that of the next request
+  if (!answer) isLost_ = true; // a late answer must not be taken for that of the next request
   return answer;
 }
 

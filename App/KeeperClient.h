@@ -33,7 +33,8 @@ private:
   bool waitFor(short events, Seconds limit) const;
 
   SystemClock clock_;
-  Descriptor socket_;
+  Descriptor socket_; ///< open to the end: hangUp() must not meet another one's number
+  bool isLost_ = false;
   std::string pending_; ///< received beyond the last line
 };
 
