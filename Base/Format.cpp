@@ -87,4 +87,29 @@ std::string Format::grouped(std::int64_t number) {
   return digits;
 }
 
+std::string Format::figure(Unit unit, double value) {
+  switch (unit) {
+  case Unit::memory:
+    return memory(value);
+  case Unit::bytes:
+    return bytes(value);
+  case Unit::bytesPerSecond:
+    return rate(value);
+  case Unit::percent:
+    return percent(value);
+  case Unit::corePercent:
+    return std::isfinite(value) ? fmt::format("{:.1f}%", value) : noFigure;
+  case Unit::celsius:
+    return celsius(value);
+  case Unit::watts:
+    return watts(value);
+  case Unit::minutes:
+    return duration(std::chrono::duration<double, std::ratio<60>>(value));
+  case Unit::dollars:
+    return std::isfinite(value) ? fmt::format("${:.2f}", value) : noFigure;
+  default:
+    return std::isfinite(value) ? fmt::format("{:.0f}", value) : noFigure;
+  }
+}
+
 } // namespace korvell

@@ -7,6 +7,7 @@
 // infinities are "–".
 
 #include "Base/Date.h"
+#include "Base/Unit.h"
 
 #include <cstdint>
 #include <string>
@@ -31,6 +32,8 @@ struct Format {
   static std::string duration(Seconds span);
   /// 1234567 as "1,234,567".
   static std::string grouped(std::int64_t number);
+  /// A figure as its unit asks for; of units without a form of their own the number, rounded.
+  static std::string figure(Unit unit, double value);
 };
 
 /// What a figure that could not be read looks like.

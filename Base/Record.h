@@ -7,11 +7,15 @@
 //     static constexpr auto fields() { return std::tuple{Field{"x", &Point::x}, Field{"y", &Point::y}}; }
 //   };
 //
+// A field that is a figure names its unit behind the member: Field{"memory", &App::memory, Unit::memory}.
+//
 // toValue() makes the JSON that others read: members bear the fields' names in their order, enumerations are
 // their raw values, absent optionals are left out. fromValue() reads it back; members that are missing leave
-// their field as it was, members of the wrong type make it fail.
+// their field as it was, members of the wrong type make it fail. Both instantiate much: a record that several
+// files convert is instantiated in one of them, and its header says so with KORVELL_CONVERTED_ONCE.
 
 #include "Base/Enum.h"
+#include "Base/Unit.h"
 #include "Base/Value.h"
 
 #include <cstddef>
@@ -30,9 +34,11 @@ template <class T, class M>
 struct Field {
   const char* name;
   M T::*member;
+  Unit unit = Unit::none;
 };
+// clang deduces aggregates only from version 17 on.
 template <class T, class M>
-Field(const char*, M T::*) -> Field<T, M>; // clang deduces aggregates only from version 17 on
+Field(const char*, M T::*, Unit = Unit::none) -> Field<T, M>;
 
 template <class T>
 concept Record = requires {
@@ -197,3 +203,12 @@ bool fromValue(const Value& value, T& result) {
 }
 
 } // namespace korvell
+
+/// In the header of a record, in this namespace: conversions of the type are instantiated elsewhere, by
+/// KORVELL_CONVERT_HERE in one source file.
+#define KORVELL_CONVERTED_ONCE(...)                                                                          \
+  extern template Value toValue(const __VA_ARGS__&);                                                         \
+  extern template bool fromValue(const Value&, __VA_ARGS__&)
+#define KORVELL_CONVERT_HERE(...)                                                                            \
+  template Value toValue(const __VA_ARGS__&);                                                                \
+  template bool fromValue(const Value&, __VA_ARGS__&)

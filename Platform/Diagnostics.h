@@ -29,10 +29,12 @@ struct SourceReport {
 
   bool operator==(const SourceReport&) const = default;
   static constexpr auto fields() {
-    return std::tuple{
-        Field{"name", &SourceReport::name},     Field{"source", &SourceReport::source},
-        Field{"state", &SourceReport::state},   Field{"reason", &SourceReport::reason},
-        Field{"remedy", &SourceReport::remedy}, Field{"microseconds", &SourceReport::microseconds}};
+    return std::tuple{Field{"name", &SourceReport::name},
+                      Field{"source", &SourceReport::source},
+                      Field{"state", &SourceReport::state},
+                      Field{"reason", &SourceReport::reason},
+                      Field{"remedy", &SourceReport::remedy},
+                      Field{"microseconds", &SourceReport::microseconds, Unit::microseconds}};
   }
 };
 

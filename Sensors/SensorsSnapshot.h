@@ -21,8 +21,9 @@ struct FanReading {
   bool operator==(const FanReading&) const = default;
   static constexpr auto fields() {
     return std::tuple{Field{"id", &FanReading::id}, Field{"name", &FanReading::name},
-                      Field{"rpm", &FanReading::rpm}, Field{"minRPM", &FanReading::minRPM},
-                      Field{"maxRPM", &FanReading::maxRPM}};
+                      Field{"rpm", &FanReading::rpm, Unit::revolutionsPerMinute},
+                      Field{"minRPM", &FanReading::minRPM, Unit::revolutionsPerMinute},
+                      Field{"maxRPM", &FanReading::maxRPM, Unit::revolutionsPerMinute}};
   }
 };
 
@@ -33,7 +34,7 @@ struct TemperatureReading {
   bool operator==(const TemperatureReading&) const = default;
   static constexpr auto fields() {
     return std::tuple{Field{"name", &TemperatureReading::name},
-                      Field{"celsius", &TemperatureReading::celsius}};
+                      Field{"celsius", &TemperatureReading::celsius, Unit::celsius}};
   }
 };
 
@@ -46,10 +47,11 @@ struct SensorsSnapshot {
 
   bool operator==(const SensorsSnapshot&) const = default;
   static constexpr auto fields() {
-    return std::tuple{
-        Field{"cpuCelsius", &SensorsSnapshot::cpuCelsius}, Field{"gpuCelsius", &SensorsSnapshot::gpuCelsius},
-        Field{"socCelsius", &SensorsSnapshot::socCelsius}, Field{"fans", &SensorsSnapshot::fans},
-        Field{"temperatures", &SensorsSnapshot::temperatures}};
+    return std::tuple{Field{"cpuCelsius", &SensorsSnapshot::cpuCelsius, Unit::celsius},
+                      Field{"gpuCelsius", &SensorsSnapshot::gpuCelsius, Unit::celsius},
+                      Field{"socCelsius", &SensorsSnapshot::socCelsius, Unit::celsius},
+                      Field{"fans", &SensorsSnapshot::fans},
+                      Field{"temperatures", &SensorsSnapshot::temperatures}};
   }
 };
 
@@ -62,7 +64,8 @@ struct PeripheralBattery {
 
   bool operator==(const PeripheralBattery&) const = default;
   static constexpr auto fields() {
-    return std::tuple{Field{"name", &PeripheralBattery::name}, Field{"percent", &PeripheralBattery::percent},
+    return std::tuple{Field{"name", &PeripheralBattery::name},
+                      Field{"percent", &PeripheralBattery::percent, Unit::percent},
                       Field{"kind", &PeripheralBattery::kind}};
   }
 };

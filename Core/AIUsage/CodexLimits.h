@@ -27,8 +27,8 @@ struct AIPlanLimit {
 
   bool operator==(const AIPlanLimit&) const = default;
   static constexpr auto fields() {
-    return std::tuple{Field{"usedPercent", &AIPlanLimit::usedPercent},
-                      Field{"windowMinutes", &AIPlanLimit::windowMinutes},
+    return std::tuple{Field{"usedPercent", &AIPlanLimit::usedPercent, Unit::percent},
+                      Field{"windowMinutes", &AIPlanLimit::windowMinutes, Unit::minutes},
                       Field{"resetsAt", &AIPlanLimit::resetsAt}};
   }
 };

@@ -32,8 +32,8 @@ struct DevServer {
                       Field{"directory", &DevServer::directory},
                       Field{"runtime", &DevServer::runtime},
                       Field{"ports", &DevServer::ports},
-                      Field{"memory", &DevServer::memory},
-                      Field{"cpu", &DevServer::cpu},
+                      Field{"memory", &DevServer::memory, Unit::memory},
+                      Field{"cpu", &DevServer::cpu, Unit::corePercent},
                       Field{"startedAt", &DevServer::startedAt},
                       Field{"lastActive", &DevServer::lastActive}};
   }
@@ -48,5 +48,7 @@ struct DevProject {
     return std::tuple{Field{"name", &DevProject::name}, Field{"servers", &DevProject::servers}};
   }
 };
+
+KORVELL_CONVERTED_ONCE(std::vector<DevProject>);
 
 } // namespace korvell

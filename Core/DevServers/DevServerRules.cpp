@@ -154,4 +154,6 @@ std::vector<DevServer> stillIdle(const std::vector<DevServer>& before,
   return idle;
 }
 
+KORVELL_CONVERT_HERE(std::vector<DevProject>);
+
 } // namespace korvell

@@ -48,4 +48,6 @@ struct EnumTable<HealthAlert::Kind> {
 /// The user-defaults key of a kind's switch: "alert.cpu".
 inline std::string defaultsKey(HealthAlert::Kind kind) { return "alert." + std::string(rawValue(kind)); }
 
+KORVELL_CONVERTED_ONCE(std::vector<HealthAlert>);
+
 } // namespace korvell

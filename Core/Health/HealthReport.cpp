@@ -2,6 +2,7 @@
 
 #include "Base/Format.h"
 #include "Core/DevServers/DevServerRules.h"
+#include "Core/Health/HealthAlert.h"
 
 #include <algorithm>
 #include <cmath>
@@ -297,5 +298,10 @@ HealthReport HealthReport::make(const SystemSnapshot& snapshot, const std::optio
   std::ranges::stable_sort(report.insights, std::ranges::greater{}, &Insight::severity);
   return report;
 }
+
+KORVELL_CONVERT_HERE(HealthReport);
+KORVELL_CONVERT_HERE(std::vector<HealthAlert>);
+
+std::size_t Insight::id() const { return hashOf(*this); }
 
 } // namespace korvell

@@ -46,7 +46,7 @@ struct Insight {
   std::optional<Action> action;
 
   /// The same for equal findings.
-  std::size_t id() const { return hashOf(*this); }
+  std::size_t id() const;
   bool operator==(const Insight&) const = default;
   static constexpr auto fields() {
     return std::tuple{Field{"severity", &Insight::severity}, Field{"title", &Insight::title},
@@ -98,5 +98,7 @@ struct HealthReport {
 
 /// {"score", "label", "insights"}
 Value reportValue(const HealthReport& report);
+
+KORVELL_CONVERTED_ONCE(HealthReport);
 
 } // namespace korvell

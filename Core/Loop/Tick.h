@@ -37,7 +37,7 @@ struct Tick {
                       Field{"startupItems", &Tick::startupItems},
                       Field{"totals", &Tick::totals},
                       Field{"privileged", &Tick::privileged},
-                      Field{"cpuTenMinuteAverage", &Tick::cpuTenMinuteAverage},
+                      Field{"cpuTenMinuteAverage", &Tick::cpuTenMinuteAverage, Unit::percent},
                       Field{"historyProblem", &Tick::historyProblem}};
   }
 };

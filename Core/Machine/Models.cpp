@@ -29,17 +29,18 @@ namespace {
 struct MetricRow {
   Metric metric;
   double (*value)(const SystemSnapshot&);
-  std::string (*text)(double);
+  Unit unit;
 };
 
 constexpr MetricRow metricRows[] = {
-    {Metric::cpu, [](const SystemSnapshot& s) { return s.cpu.total; }, Format::percent},
-    {Metric::memory, [](const SystemSnapshot& s) { return double(s.memory.used()); }, Format::memory},
-    {Metric::disk, [](const SystemSnapshot& s) { return s.disk.readRate + s.disk.writeRate; }, Format::rate},
+    {Metric::cpu, [](const SystemSnapshot& s) { return s.cpu.total; }, Unit::percent},
+    {Metric::memory, [](const SystemSnapshot& s) { return double(s.memory.used()); }, Unit::memory},
+    {Metric::disk, [](const SystemSnapshot& s) { return s.disk.readRate + s.disk.writeRate; },
+     Unit::bytesPerSecond},
     {Metric::network, [](const SystemSnapshot& s) { return s.network.inRate + s.network.outRate; },
-     Format::rate},
-    {Metric::gpu, [](const SystemSnapshot& s) { return s.gpu.utilization; }, Format::percent},
-    {Metric::energy, [](const SystemSnapshot& s) { return s.battery.systemPower; }, Format::watts},
+     Unit::bytesPerSecond},
+    {Metric::gpu, [](const SystemSnapshot& s) { return s.gpu.utilization; }, Unit::percent},
+    {Metric::energy, [](const SystemSnapshot& s) { return s.battery.systemPower; }, Unit::watts},
 };
 
 const MetricRow& row(Metric metric) {
@@ -51,6 +52,13 @@ const MetricRow& row(Metric metric) {
 } // namespace
 
 double metricValue(Metric metric, const SystemSnapshot& snapshot) { return row(metric).value(snapshot); }
-std::string formatMetric(Metric metric, double value) { return row(metric).text(value); }
+Unit metricUnit(Metric metric) { return row(metric).unit; }
+std::string formatMetric(Metric metric, double value) { return Format::figure(row(metric).unit, value); }
+
+KORVELL_CONVERT_HERE(SystemSnapshot);
+KORVELL_CONVERT_HERE(AppUsage);
+KORVELL_CONVERT_HERE(std::vector<ProcessUsage>);
+KORVELL_CONVERT_HERE(std::vector<HistoryPoint>);
+KORVELL_CONVERT_HERE(Totals);
 
 } // namespace korvell

@@ -26,10 +26,10 @@ struct CPUStats {
 
   bool operator==(const CPUStats&) const = default;
   static constexpr auto fields() {
-    return std::tuple{Field{"total", &CPUStats::total},
-                      Field{"user", &CPUStats::user},
-                      Field{"system", &CPUStats::system},
-                      Field{"perCore", &CPUStats::perCore},
+    return std::tuple{Field{"total", &CPUStats::total, Unit::percent},
+                      Field{"user", &CPUStats::user, Unit::percent},
+                      Field{"system", &CPUStats::system, Unit::percent},
+                      Field{"perCore", &CPUStats::perCore, Unit::percent},
                       Field{"performanceCores", &CPUStats::performanceCores},
                       Field{"efficiencyCores", &CPUStats::efficiencyCores},
                       Field{"load1", &CPUStats::load1}};
@@ -52,11 +52,14 @@ struct MemoryStats {
 
   bool operator==(const MemoryStats&) const = default;
   static constexpr auto fields() {
-    return std::tuple{
-        Field{"total", &MemoryStats::total},       Field{"app", &MemoryStats::app},
-        Field{"wired", &MemoryStats::wired},       Field{"compressed", &MemoryStats::compressed},
-        Field{"cached", &MemoryStats::cached},     Field{"free", &MemoryStats::free},
-        Field{"swapUsed", &MemoryStats::swapUsed}, Field{"pressure", &MemoryStats::pressure}};
+    return std::tuple{Field{"total", &MemoryStats::total, Unit::memory},
+                      Field{"app", &MemoryStats::app, Unit::memory},
+                      Field{"wired", &MemoryStats::wired, Unit::memory},
+                      Field{"compressed", &MemoryStats::compressed, Unit::memory},
+                      Field{"cached", &MemoryStats::cached, Unit::memory},
+                      Field{"free", &MemoryStats::free, Unit::memory},
+                      Field{"swapUsed", &MemoryStats::swapUsed, Unit::memory},
+                      Field{"pressure", &MemoryStats::pressure}};
   }
 };
 
@@ -78,7 +81,8 @@ struct VolumeInfo {
   bool operator==(const VolumeInfo&) const = default;
   static constexpr auto fields() {
     return std::tuple{Field{"name", &VolumeInfo::name}, Field{"url", &VolumeInfo::url},
-                      Field{"total", &VolumeInfo::total}, Field{"available", &VolumeInfo::available}};
+                      Field{"total", &VolumeInfo::total, Unit::bytes},
+                      Field{"available", &VolumeInfo::available, Unit::bytes}};
   }
 };
 
@@ -89,7 +93,8 @@ struct DiskStats {
 
   bool operator==(const DiskStats&) const = default;
   static constexpr auto fields() {
-    return std::tuple{Field{"readRate", &DiskStats::readRate}, Field{"writeRate", &DiskStats::writeRate},
+    return std::tuple{Field{"readRate", &DiskStats::readRate, Unit::bytesPerSecond},
+                      Field{"writeRate", &DiskStats::writeRate, Unit::bytesPerSecond},
                       Field{"volumes", &DiskStats::volumes}};
   }
 };
@@ -103,9 +108,11 @@ struct NetworkStats {
 
   bool operator==(const NetworkStats&) const = default;
   static constexpr auto fields() {
-    return std::tuple{Field{"inRate", &NetworkStats::inRate}, Field{"outRate", &NetworkStats::outRate},
-                      Field{"interface", &NetworkStats::interface}, Field{"totalIn", &NetworkStats::totalIn},
-                      Field{"totalOut", &NetworkStats::totalOut}};
+    return std::tuple{Field{"inRate", &NetworkStats::inRate, Unit::bytesPerSecond},
+                      Field{"outRate", &NetworkStats::outRate, Unit::bytesPerSecond},
+                      Field{"interface", &NetworkStats::interface},
+                      Field{"totalIn", &NetworkStats::totalIn, Unit::bytes},
+                      Field{"totalOut", &NetworkStats::totalOut, Unit::bytes}};
   }
 };
 
@@ -116,8 +123,9 @@ struct GPUStats {
 
   bool operator==(const GPUStats&) const = default;
   static constexpr auto fields() {
-    return std::tuple{Field{"name", &GPUStats::name}, Field{"utilization", &GPUStats::utilization},
-                      Field{"memoryInUse", &GPUStats::memoryInUse}};
+    return std::tuple{Field{"name", &GPUStats::name},
+                      Field{"utilization", &GPUStats::utilization, Unit::percent},
+                      Field{"memoryInUse", &GPUStats::memoryInUse, Unit::memory}};
   }
 };
 
@@ -135,14 +143,14 @@ struct BatteryStats {
   bool operator==(const BatteryStats&) const = default;
   static constexpr auto fields() {
     return std::tuple{Field{"present", &BatteryStats::present},
-                      Field{"percent", &BatteryStats::percent},
+                      Field{"percent", &BatteryStats::percent, Unit::percent},
                       Field{"isCharging", &BatteryStats::isCharging},
                       Field{"onAC", &BatteryStats::onAC},
                       Field{"cycles", &BatteryStats::cycles},
-                      Field{"health", &BatteryStats::health},
-                      Field{"temperature", &BatteryStats::temperature},
-                      Field{"minutesRemaining", &BatteryStats::minutesRemaining},
-                      Field{"systemPower", &BatteryStats::systemPower}};
+                      Field{"health", &BatteryStats::health, Unit::percent},
+                      Field{"temperature", &BatteryStats::temperature, Unit::celsius},
+                      Field{"minutesRemaining", &BatteryStats::minutesRemaining, Unit::minutes},
+                      Field{"systemPower", &BatteryStats::systemPower, Unit::watts}};
   }
 };
 
@@ -164,13 +172,13 @@ struct ProcessUsage {
     return std::tuple{Field{"pid", &ProcessUsage::pid},
                       Field{"name", &ProcessUsage::name},
                       Field{"path", &ProcessUsage::path},
-                      Field{"cpu", &ProcessUsage::cpu},
-                      Field{"memory", &ProcessUsage::memory},
-                      Field{"diskRead", &ProcessUsage::diskRead},
-                      Field{"diskWrite", &ProcessUsage::diskWrite},
-                      Field{"netIn", &ProcessUsage::netIn},
-                      Field{"netOut", &ProcessUsage::netOut},
-                      Field{"power", &ProcessUsage::power},
+                      Field{"cpu", &ProcessUsage::cpu, Unit::corePercent},
+                      Field{"memory", &ProcessUsage::memory, Unit::memory},
+                      Field{"diskRead", &ProcessUsage::diskRead, Unit::bytesPerSecond},
+                      Field{"diskWrite", &ProcessUsage::diskWrite, Unit::bytesPerSecond},
+                      Field{"netIn", &ProcessUsage::netIn, Unit::bytesPerSecond},
+                      Field{"netOut", &ProcessUsage::netOut, Unit::bytesPerSecond},
+                      Field{"power", &ProcessUsage::power, Unit::watts},
                       Field{"ports", &ProcessUsage::ports}};
   }
 };
@@ -238,7 +246,8 @@ struct EnumTable<Metric> {
 
 /// What the live series and the history record of a snapshot.
 double metricValue(Metric metric, const SystemSnapshot& snapshot);
-/// A value of that metric as people read it: percent, bytes, a rate or watts.
+Unit metricUnit(Metric metric);
+/// A value of that metric as people read it.
 std::string formatMetric(Metric metric, double value);
 
 /// One point of a series.
@@ -262,12 +271,19 @@ struct Totals {
 
   bool operator==(const Totals&) const = default;
   static constexpr auto fields() {
-    return std::tuple{
-        Field{"cpuToday", &Totals::cpuToday}, Field{"diskWrittenToday", &Totals::diskWrittenToday},
-        Field{"networkToday", &Totals::networkToday}, Field{"network7Days", &Totals::network7Days},
-        Field{"network30Days", &Totals::network30Days}};
+    return std::tuple{Field{"cpuToday", &Totals::cpuToday, Unit::percent},
+                      Field{"diskWrittenToday", &Totals::diskWrittenToday, Unit::bytes},
+                      Field{"networkToday", &Totals::networkToday, Unit::bytes},
+                      Field{"network7Days", &Totals::network7Days, Unit::bytes},
+                      Field{"network30Days", &Totals::network30Days, Unit::bytes}};
   }
 };
+
+KORVELL_CONVERTED_ONCE(SystemSnapshot);
+KORVELL_CONVERTED_ONCE(AppUsage);
+KORVELL_CONVERTED_ONCE(std::vector<ProcessUsage>);
+KORVELL_CONVERTED_ONCE(std::vector<HistoryPoint>);
+KORVELL_CONVERTED_ONCE(Totals);
 
 /// The sections of the main window.
 enum class SidebarItem {

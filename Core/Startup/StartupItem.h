@@ -45,4 +45,6 @@ struct EnumTable<LaunchScope> {
       {user, "user", "You"}, {allUsers, "allUsers", "All users"}, {system, "system", "System daemon"}};
 };
 
+KORVELL_CONVERTED_ONCE(std::vector<StartupItem>);
+
 } // namespace korvell

@@ -143,4 +143,6 @@ bool runsInsideApplication(const StartupItem& item) {
   return item.program && item.program->find(".app/") != std::string::npos;
 }
 
+KORVELL_CONVERT_HERE(std::vector<StartupItem>);
+
 } // namespace korvell

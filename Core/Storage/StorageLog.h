@@ -19,7 +19,7 @@ struct FreedEntry {
   std::int64_t bytes = 0;
   bool operator==(const FreedEntry&) const = default;
   static constexpr auto fields() {
-    return std::tuple{Field{"date", &FreedEntry::date}, Field{"bytes", &FreedEntry::bytes}};
+    return std::tuple{Field{"date", &FreedEntry::date}, Field{"bytes", &FreedEntry::bytes, Unit::bytes}};
   }
 };
 

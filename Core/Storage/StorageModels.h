@@ -62,9 +62,12 @@ struct StorageItem {
   std::vector<FileIdentity> identities = {};
 
   static constexpr auto fields() {
-    return std::tuple{Field{"id", &StorageItem::id},       Field{"kind", &StorageItem::kind},
-                      Field{"title", &StorageItem::title}, Field{"detail", &StorageItem::detail},
-                      Field{"bytes", &StorageItem::bytes}, Field{"urls", &StorageItem::urls},
+    return std::tuple{Field{"id", &StorageItem::id},
+                      Field{"kind", &StorageItem::kind},
+                      Field{"title", &StorageItem::title},
+                      Field{"detail", &StorageItem::detail},
+                      Field{"bytes", &StorageItem::bytes, Unit::bytes},
+                      Field{"urls", &StorageItem::urls},
                       Field{"date", &StorageItem::date}};
   }
   bool operator==(const StorageItem& other) const;
