@@ -153,6 +153,7 @@ void AppModel::apply(const Tick& tick) {
 void AppModel::publish(const Tick& tick, Publication& publication) {
   publication.setIfChanged(privileged, tick.privileged);
   publication.set(snapshot, tick.snapshot);
+  publication.setIfChanged(known, tick.known);
   if (tick.sensors) publication.set(sensors, tick.sensors);
   if (tick.peripherals) publication.set(peripherals, *tick.peripherals);
   if (tick.projects) publication.set(projects, *tick.projects);

@@ -3,7 +3,7 @@
 namespace korvell {
 
 Model::Model(const Queue& main, const UserDefaults& defaults)
-    : snapshot(main, SystemSnapshot::empty(main.clock().now())), privileged(main), sensors(main),
+    : snapshot(main, SystemSnapshot::empty(main.clock().now())), known(main), privileged(main), sensors(main),
       peripherals(main), projects(main), startupItems(main), alerts(main), report(main), live(main),
       totals(main), historyProblem(main), selection(main), hasSample(main), cycle(main),
       menuBar(main, defaults) {}

@@ -31,6 +31,7 @@ public:
 
   // The results of the slower tasks change only in cycles that ran them.
   Published<SystemSnapshot> snapshot;
+  Published<KnownParts> known;                        ///< which figures of the snapshot were read
   Published<std::optional<PrivilegedUse>> privileged; ///< of the snapshot's processes
   Published<std::optional<SensorsSnapshot>> sensors;
   Published<std::vector<PeripheralBattery>> peripherals;

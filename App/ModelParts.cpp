@@ -73,6 +73,7 @@ constexpr std::string_view liveName = "live";
 // In the order in which they are printed.
 constexpr std::array parts = {
     part<&Model::snapshot>("snapshot"),
+    part<&Model::known>("known"),
     part<&Model::privileged>("privileged"),
     part<&Model::sensors>("sensors"),
     part<&Model::peripherals>("peripherals"),

@@ -3,7 +3,10 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <pwd.h>
 #include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
 
 namespace korvell {
 
@@ -22,13 +25,15 @@ std::string withoutTrailingSlash(std::string path) {
   return path;
 }
 
-std::string homeFolder(const Environment& environment) {
-  const auto home = environment("HOME");
-  return home && home->starts_with('/') ? withoutTrailingSlash(*home) : "/";
+/// Of a text that names a folder which can be somebody's own.
+std::optional<std::string> homeNamed(const std::optional<std::string>& text) {
+  if (!text || !text->starts_with('/')) return std::nullopt;
+  const auto end = text->find_last_not_of('/');
+  return end == std::string::npos ? std::nullopt : std::optional(text->substr(0, end + 1));
 }
 
-std::string below(const std::string& folder, const char* path) {
-  return folder == "/" ? path : folder + path;
+std::string homeFolder(const Environment& environment) {
+  return homeNamed(environment("HOME")).value_or(UserFolders::noHome);
 }
 
 /// True when both, without "." and "..", are the same folder or the second lies below the first.
@@ -42,17 +47,33 @@ bool holds(const std::string& folder, const std::string& inside) {
 
 } // namespace
 
+std::optional<std::string> passwordHome() {
+  passwd entry{};
+  passwd* found = nullptr;
+  std::vector<char> texts(16 << 10);
+  if (getpwuid_r(geteuid(), &entry, texts.data(), texts.size(), &found) != 0 || !found || !found->pw_dir)
+    return std::nullopt;
+  return homeNamed(std::string(found->pw_dir));
+}
+
+Environment withHome(Environment environment, const std::function<std::optional<std::string>()>& home) {
+  if (homeNamed(environment("HOME"))) return environment;
+  return [environment = std::move(environment), told = homeNamed(home())](std::string_view name) {
+    return name == "HOME" ? told : environment(name);
+  };
+}
+
 UserFolders linuxUserFolders(const Environment& environment) {
   UserFolders folders;
   folders.home = homeFolder(environment);
   const auto base = [&](const char* variable, const char* fallback) {
     const auto value = environment(variable);
-    return value && value->starts_with('/') ? withoutTrailingSlash(*value) : below(folders.home, fallback);
+    return value && value->starts_with('/') ? withoutTrailingSlash(*value) : folders.home + fallback;
   };
   folders.dataHome = base("XDG_DATA_HOME", "/.local/share");
   folders.configHome = base("XDG_CONFIG_HOME", "/.config");
   folders.cacheHome = base("XDG_CACHE_HOME", "/.cache");
-  if (holds(folders.cacheHome, folders.home)) folders.cacheHome = below(folders.home, "/.cache");
+  if (holds(folders.cacheHome, folders.home)) folders.cacheHome = folders.home + "/.cache";
   folders.data = folders.dataHome + "/korvell";
   folders.config = folders.configHome + "/korvell";
   if (const auto runtime = environment("XDG_RUNTIME_DIR"); runtime && runtime->starts_with('/'))
@@ -63,12 +84,12 @@ UserFolders linuxUserFolders(const Environment& environment) {
 UserFolders macOSUserFolders(const Environment& environment) {
   UserFolders folders;
   folders.home = homeFolder(environment);
-  folders.dataHome = below(folders.home, "/Library/Application Support");
-  folders.configHome = below(folders.home, "/Library/Preferences");
-  folders.cacheHome = below(folders.home, "/Library/Caches");
+  folders.dataHome = folders.home + "/Library/Application Support";
+  folders.configHome = folders.home + "/Library/Preferences";
+  folders.cacheHome = folders.home + "/Library/Caches";
   folders.data = folders.dataHome + "/Korvell";
   folders.config = folders.data;
-  if (const auto temporary = environment("TMPDIR"))
+  if (const auto temporary = environment("TMPDIR"); temporary && temporary->starts_with('/'))
     folders.runtime = withoutTrailingSlash(*temporary) + "/korvell";
   return folders;
 }

@@ -1,6 +1,6 @@
 #pragma once
-// Where a user's things are, as a value. HOME decides; the passwd entry of the user is only asked by main
-// when HOME is unset.
+// Where a user's things are, as a value. HOME decides; where it names no folder, the password database, which
+// main asks. The root folder is nobody's home: what belongs to the whole system would pass for the user's.
 
 #include <functional>
 #include <optional>
@@ -14,8 +14,19 @@ using Environment = std::function<std::optional<std::string>(std::string_view na
 /// The process's own environment.
 Environment processEnvironment();
 
+/// The user's home folder as the password database has it; nothing without an entry or with a useless one.
+std::optional<std::string> passwordHome();
+/// The same environment, but for HOME: where that is unset, no absolute path or the root folder, it is what
+/// `home` tells, and absent when that is nothing either.
+Environment withHome(Environment environment, const std::function<std::optional<std::string>()>& home);
+
 struct UserFolders {
-  std::string home;       ///< without a trailing slash
+  /// Stands for a home folder that nobody knows. Nothing can be below it, not even for root: readers find
+  /// nothing there, and what is written fails.
+  static constexpr const char* noHome = "/dev/null";
+  bool hasHome() const { return home != noHome; }
+
+  std::string home;       ///< without a trailing slash; noHome when unknown
   std::string data;       ///< Korvell's databases and the widget's document
   std::string config;     ///< Korvell's settings
   std::string runtime;    ///< sockets; empty where the system has no such folder

@@ -132,9 +132,35 @@ JSON toJSON(const Value& value) {
 
 } // namespace
 
-std::optional<Value> parseJSON(std::string_view text) {
+namespace {
+
+JSONFault faultAt(std::string_view text, std::size_t offset) {
+  const auto before = text.substr(0, std::min(offset, text.size()));
+  const auto lineStart = before.rfind('\n') + 1; // 0 on the first line
+  const auto isContinuation = [](char c) { return (c & 0xC0) == 0x80; };
+  const auto bytes = before.substr(lineStart);
+  return {1 + std::size_t(std::ranges::count(before, '\n')),
+          1 + bytes.size() - std::size_t(std::ranges::count_if(bytes, isContinuation))};
+}
+
+/// Where the library gives up: it tells only by throwing.
+JSONFault faultOf(std::string_view text) {
+  try {
+    [[maybe_unused]] const auto json = JSON::parse(text.begin(), text.end());
+  } catch (const JSON::parse_error& error) {
+    return faultAt(text, error.byte > 0 ? error.byte - 1 : 0); // it counts what it has read
+  }
+  return {};
+}
+
+} // namespace
+
+std::optional<Value> parseJSON(std::string_view text, JSONFault* fault) {
   // The library takes the first NUL for the end of the text, whatever follows.
-  if (text.find('\0') != std::string_view::npos) return std::nullopt;
+  if (const auto end = text.find('\0'); end != std::string_view::npos) {
+    if (fault) *fault = faultAt(text, end);
+    return std::nullopt;
+  }
   // The callback sees every value before it is built: a document that nests too deep is given up there.
   bool tooDeep = false;
   const auto limit = [&tooDeep](int depth, JSON::parse_event_t event, JSON&) {
@@ -144,7 +170,10 @@ std::optional<Value> parseJSON(std::string_view text) {
     return !tooDeep;
   };
   const JSON json = JSON::parse(text.begin(), text.end(), limit, false);
-  if (json.is_discarded() || tooDeep) return std::nullopt;
+  if (json.is_discarded() || tooDeep) {
+    if (fault) *fault = tooDeep ? JSONFault() : faultOf(text);
+    return std::nullopt;
+  }
   return fromJSON(json);
 }
 

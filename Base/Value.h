@@ -77,8 +77,15 @@ private:
       data_;
 };
 
+/// Where a text stops being JSON: both counted from 1, columns in characters.
+struct JSONFault {
+  std::size_t line = 1;
+  std::size_t column = 1;
+  bool operator==(const JSONFault&) const = default;
+};
+
 /// Reads one JSON document. Nothing when it is malformed or nested more than 512 deep.
-std::optional<Value> parseJSON(std::string_view text);
+std::optional<Value> parseJSON(std::string_view text, JSONFault* fault = nullptr);
 
 enum class JSONStyle { line, indented };
 /// Text with bytes that are no UTF-8 has them replaced by U+FFFD; NaN and infinities print as null.

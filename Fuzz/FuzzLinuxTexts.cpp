@@ -37,8 +37,8 @@ void battery(std::string_view text) {
                                         parsePowerSupply(Kind::battery, text.substr(half)),
                                         parsePowerSupply(Kind::adapter, text.substr(0, half))});
   if (!reading) return;
-  expect(reading->systemWatts >= 0 && reading->fullCapacity >= 0 && reading->designCapacity >= 0);
-  expect(reading->minutesRemaining.value_or(0) >= 0 && reading->cycles >= 0);
+  expect(reading->systemWatts.value_or(0) >= 0 && reading->fullCapacity >= 0 && reading->designCapacity >= 0);
+  expect(reading->minutesRemaining.value_or(0) >= 0 && reading->cycles.value_or(0) >= 0);
 }
 
 void devices(std::string_view text) {

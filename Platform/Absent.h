@@ -23,6 +23,7 @@ public:
   PortsByPID listeningPorts() override { return {}; }
   Timebase timebase() const override { return {}; }
   bool energyIsEstimate() const override { return false; }
+  bool tellsEnergy() const override { return false; }
 
 private:
   const std::vector<ProcessCounters> none_{};
@@ -78,6 +79,7 @@ public:
   bool update(std::string_view, const std::function<std::optional<Value>(std::optional<Value>)>&) override {
     return false;
   }
+  std::string place() const override { return {}; }
 };
 
 class NoTrash final : public Trash {

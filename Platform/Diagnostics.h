@@ -4,7 +4,9 @@
 
 #include "Base/Date.h"
 #include "Base/Record.h"
+#include "Platform/KnownParts.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -26,6 +28,7 @@ struct SourceReport {
   std::string reason; ///< why it can't be read, or not wholly, a sentence, localised; else empty
   std::string remedy; ///< what it would take, a sentence, localised; empty when nothing would help
   std::optional<double> microseconds; ///< what one reading costs, measured just now; absent without one
+  std::vector<KnownPart> parts;       ///< the figures of a measurement that come from it
 
   bool operator==(const SourceReport&) const = default;
   static constexpr auto fields() {
@@ -34,7 +37,8 @@ struct SourceReport {
                       Field{"state", &SourceReport::state},
                       Field{"reason", &SourceReport::reason},
                       Field{"remedy", &SourceReport::remedy},
-                      Field{"microseconds", &SourceReport::microseconds, Unit::microseconds}};
+                      Field{"microseconds", &SourceReport::microseconds, Unit::microseconds},
+                      Field{"parts", &SourceReport::parts}};
   }
 };
 
@@ -46,6 +50,19 @@ struct EnumTable<SourceReport::State> {
                                                             {refused, "refused", "not readable"}};
 };
 
+/// Why a part of a measurement is not known: the reasons of its sources that can't be read. Empty when they
+/// all can.
+inline std::string reasonFor(KnownPart part, const std::vector<SourceReport>& sources) {
+  std::string reasons;
+  for (const auto& source : sources) {
+    const bool isPart = std::find(source.parts.begin(), source.parts.end(), part) != source.parts.end();
+    if (!isPart || source.state == SourceReport::State::readable || source.reason.empty()) continue;
+    if (reasons.find(source.reason) != std::string::npos) continue; // two cards of one kind
+    reasons += (reasons.empty() ? "" : " ") + source.reason;
+  }
+  return reasons;
+}
+
 /// What this process has used itself.
 struct OwnUsage {
   double cpuSeconds = 0;      ///< user and system time of all its threads
@@ -56,6 +73,8 @@ class Diagnostics {
 public:
   virtual ~Diagnostics() = default;
   virtual std::vector<SourceReport> sources() = 0;
+  /// Only those that figures of a measurement come from, without the costs: for their reasons.
+  virtual std::vector<SourceReport> figureSources() = 0;
   virtual OwnUsage ownUsage() = 0;
 };
 

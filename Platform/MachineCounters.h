@@ -82,10 +82,10 @@ struct InterfaceCounters {
 
 /// One graphics processor.
 struct GPUCounters {
-  double utilization = 0;        ///< percent
-  std::uint64_t memoryInUse = 0; ///< bytes
+  std::optional<double> utilization;        ///< percent
+  std::optional<std::uint64_t> memoryInUse; ///< bytes
   /// Of drivers that count instead of telling a share: nanoseconds in which each engine worked, keyed by
-  /// names that no other card has. `utilization` is 0 then.
+  /// names that no other card has. `utilization` is absent then.
   std::map<std::string, std::uint64_t> engineTime;
   bool operator==(const GPUCounters&) const = default;
 };
@@ -95,12 +95,12 @@ struct BatteryReading {
   std::optional<int> percent;
   bool isCharging = false;
   std::optional<bool> externalConnected; ///< absent when the system does not say
-  int cycles = 0;
+  std::optional<int> cycles;
   double fullCapacity = 0; ///< in the unit of designCapacity; 0 when unknown
   double designCapacity = 0;
-  double celsius = 0;
+  std::optional<double> celsius;
   std::optional<int> minutesRemaining; ///< as the system tells it, on power and off
-  double systemWatts = 0;              ///< what the whole machine draws; 0 when unknown
+  std::optional<double> systemWatts;   ///< what the whole machine draws
   bool operator==(const BatteryReading&) const = default;
 };
 
@@ -117,6 +117,7 @@ struct PowerReading {
   std::optional<double> adapterWatts;
   /// Keyed by package; empty where the counters do not exist or only the system may read them.
   std::map<int, EnergyCounter> packages;
+  bool packagesRefused = false; ///< the counters exist and this user may not read them
   bool operator==(const PowerReading&) const = default;
 };
 

@@ -93,6 +93,8 @@ public:
   virtual Timebase timebase() const = 0;
   /// True when energy is a share of the processor package's and no counter of the process's own.
   virtual bool energyIsEstimate() const = 0;
+  /// False where no process has an energy figure.
+  virtual bool tellsEnergy() const = 0;
   /// HiddenFigure bits of what this system's privileged helper tells; in its answers the others mean nothing.
   virtual std::uint8_t figuresOfHelper() const { return allFigures; }
 };

@@ -4,8 +4,9 @@
 //
 // Reading asks for the newest stored state, also when another process wrote it. Every change is atomic: two
 // processes that change different keys at the same time both succeed, and one key is never half written. A
-// setting that can't be stored (a full disk, a read-only folder) is lost and reported by `false`. From any
-// thread.
+// setting that can't be stored (a full disk, a read-only folder) is lost and reported by `false`. While what
+// is stored can't be read, reading answers with the last values that could be, and every change is refused,
+// so that nothing is lost of what the user wrote. From any thread.
 
 #include "Base/Date.h"
 #include "Base/Value.h"
@@ -25,6 +26,11 @@ public:
   /// nothing, and returns the new one, or nothing to remove the key.
   virtual bool update(std::string_view key,
                       const std::function<std::optional<Value>(std::optional<Value>)>& change) = 0;
+  /// Why the stored settings can't be read at this moment and what applies meanwhile, in sentences,
+  /// localised; nothing while they can be read.
+  virtual std::optional<std::string> trouble() const { return std::nullopt; }
+  /// Where they are stored: a file, or the name that the system keeps them under.
+  virtual std::string place() const = 0;
 
   bool set(std::string_view key, Value newValue) {
     return update(key, [&](std::optional<Value>) { return std::optional<Value>(std::move(newValue)); });
@@ -33,7 +39,7 @@ public:
     return update(key, [](std::optional<Value>) { return std::optional<Value>(); });
   }
 
-  // A value of the wrong type counts as absent.
+  // A value of the wrong type counts as absent; App/SettingsCheck names it to the user.
   bool boolean(std::string_view key, bool fallback) const {
     auto v = value(key);
     return v ? v->asBool().value_or(fallback) : fallback;

@@ -308,15 +308,16 @@ int runLimits(Context& context, const Arguments& arguments) {
 
 Command aiCommand() {
   using Kind = Option::Kind;
-  return {"ai",
-          "Show what Claude Code and Codex used, and what it would cost at list prices",
-          {{"--period", Kind::text, "How far back (30d)", choicesOf<AIPeriod>()},
-           {"--by", Kind::text, "What a line stands for (day)", choicesOf<AIGrouping>()},
-           {"--tool", Kind::text, "Of one tool only", {"claude", "codex"}},
-           {"--explain", Kind::flag, "Say what API-equivalent cost means"},
-           jsonOption()},
-          runAI,
-          {{"limits", "Show how much of the Codex plan is spent", {jsonOption()}, runLimits}}};
+  return writing(
+      {"ai",
+       "Show what Claude Code and Codex used, and what it would cost at list prices",
+       {{"--period", Kind::text, "How far back (30d)", choicesOf<AIPeriod>()},
+        {"--by", Kind::text, "What a line stands for (day)", choicesOf<AIGrouping>()},
+        {"--tool", Kind::text, "Of one tool only", {"claude", "codex"}},
+        {"--explain", Kind::flag, "Say what API-equivalent cost means"},
+        jsonOption()},
+       runAI,
+       {writing({"limits", "Show how much of the Codex plan is spent", {jsonOption()}, runLimits})}});
 }
 
 } // namespace korvell

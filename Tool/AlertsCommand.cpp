@@ -86,8 +86,7 @@ int listKinds(Context& context, const Arguments& arguments) {
 
 int setKind(Context& context, const Arguments& arguments, bool enabled) {
   const auto kind = *fromRawValue<Kind>(arguments.text("KIND").value_or(""));
-  if (!context.host.defaults->set(defaultsKey(kind), enabled))
-    return fail(context, localized("the setting could not be stored"));
+  if (!context.host.defaults->set(defaultsKey(kind), enabled)) return failToStore(context);
   return listKinds(context, arguments);
 }
 
@@ -96,21 +95,24 @@ Option kindOption() { return {"KIND", Option::Kind::positional, "Which alerts", 
 } // namespace
 
 Command alertsCommand() {
-  return {
-      "alerts",
-      "Show what Korvell has alerted about, and choose what it alerts about",
-      {jsonOption()},
-      listAlerts,
-      {{"list", "List them, the newest first", {jsonOption()}, listAlerts},
-       {"kinds", "List the kinds and their switches", {jsonOption()}, listKinds},
-       {"on",
-        "Switch a kind on",
-        {kindOption(), jsonOption()},
-        [](Context& context, const Arguments& arguments) { return setKind(context, arguments, true); }},
-       {"off",
-        "Switch a kind off",
-        {kindOption(), jsonOption()},
-        [](Context& context, const Arguments& arguments) { return setKind(context, arguments, false); }}}};
+  return {"alerts",
+          "Show what Korvell has alerted about, and choose what it alerts about",
+          {jsonOption()},
+          listAlerts,
+          {{"list", "List them, the newest first", {jsonOption()}, listAlerts},
+           {"kinds", "List the kinds and their switches", {jsonOption()}, listKinds},
+           writing({"on",
+                    "Switch a kind on",
+                    {kindOption(), jsonOption()},
+                    [](Context& context, const Arguments& arguments) {
+                      return setKind(context, arguments, true);
+                    }}),
+           writing({"off",
+                    "Switch a kind off",
+                    {kindOption(), jsonOption()},
+                    [](Context& context, const Arguments& arguments) {
+                      return setKind(context, arguments, false);
+                    }})}};
 }
 
 } // namespace korvell

@@ -77,7 +77,14 @@ struct Command {
   std::vector<Option> options;
   int (*run)(Context&, const Arguments&) = nullptr; ///< returns an ExitCode; null when only subcommands run
   std::vector<Command> subcommands = {};
+  bool writes = false; ///< to the user's folders: refused while nobody knows where those are
 };
+
+/// The same command, marked.
+inline Command writing(Command command) {
+  command.writes = true;
+  return command;
+}
 
 /// Every command, in the order of the help.
 const std::vector<Command>& allCommands();
@@ -97,5 +104,7 @@ std::string terminalJSON(const Value& value);
 
 /// A message on standard error, "korvell: …", and the exit code to return.
 int fail(Context& context, std::string_view message, ExitCode code = exitFailed);
+/// The same for a setting that was not stored.
+int failToStore(Context& context);
 
 } // namespace korvell

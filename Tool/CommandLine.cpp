@@ -2,6 +2,7 @@
 
 #include "Tool/Command.h"
 
+#include "App/SettingsCheck.h"
 #include "Base/Localization.h"
 #include "Base/Result.h"
 #include "Base/Text.h"
@@ -50,6 +51,12 @@ std::string terminalJSON(const Value& value) {
 void printJSON(Terminal& out, const Value& value) {
   // JSON is UTF-8 whatever the locale.
   out.writeRaw(out.isTerminal() ? terminalJSON(value) : dumpJSON(value) + "\n");
+}
+
+int failToStore(Context& context) {
+  const bool unreadable = context.host.defaults->trouble().has_value();
+  return fail(context, unreadable ? localized("nothing was changed: the settings have to be mended first")
+                                  : localized("the setting could not be stored"));
 }
 
 int fail(Context& context, std::string_view message, ExitCode code) {
@@ -301,6 +308,13 @@ private:
       if (!bound->parser->parsed() || !bound->command->run) continue;
       Arguments values;
       if (const auto added = addArguments(values, *bound, all_); !added) return wrongUsage(added.reason());
+      if (bound->command->writes && !context_.host.folders.hasHome())
+        return fail(context_,
+                    localized("Nobody knows your home folder: HOME names none, and neither does the "
+                              "password database. Nothing was changed."));
+      if (context_.host.defaults)
+        for (const auto& trouble : settingsTroubles(*context_.host.defaults))
+          context_.err.line("korvell: " + escapedControls(trouble));
       return bound->command->run(context_, values);
     }
     context_.out.write(app_.help());

@@ -2,6 +2,7 @@
 // itself costs.
 
 #include "App/Assembly.h"
+#include "App/SettingsCheck.h"
 #include "Base/Format.h"
 #include "Base/SystemQueue.h"
 #include "Base/Text.h"
@@ -100,10 +101,21 @@ void printReasons(Terminal& out, const std::vector<SourceReport>& sources) {
   }
 }
 
+SourceReport settingsReport(const UserDefaults& defaults) {
+  SourceReport report{.name = localized("Settings"), .source = defaults.place()};
+  for (const auto& trouble : settingsTroubles(defaults))
+    report.reason += (report.reason.empty() ? "" : " ") + escapedControls(trouble);
+  if (!defaults.trouble()) return report;
+  report.state = SourceReport::State::refused;
+  report.remedy = localized("Mend the file, or move it aside to begin with the defaults.");
+  return report;
+}
+
 int runDoctor(Context& context, const Arguments& arguments) {
   if (!context.host.diagnostics) return fail(context, localized("This build cannot examine its sources."));
   auto sources = context.host.diagnostics->sources();
   sources.push_back(historySource(context));
+  if (context.host.defaults) sources.push_back(settingsReport(*context.host.defaults));
   const auto cost = ownCost(context);
   if (arguments.flag("--json")) {
     printJSON(context.out, Value::object({{"sources", toValue(sources)},

@@ -110,26 +110,27 @@ std::string headline(const Terminal& terminal, const Insight& insight, int width
   return line;
 }
 
-std::string scoreLine(const Terminal& terminal, const HealthReport& report, int width) {
+std::string scoreLine(const Terminal& terminal, const HealthReport& report, const KnownParts& known,
+                      int width) {
   auto label = localized("Health");
   label.append(std::size_t(std::max(1, labelWidth - displayWidth(label))), ' ');
-  return fitted(
-      terminal.ink(Ink::bold, label) +
-          terminal.ink(inkForScore(report.score), fmt::format("{} {}", report.score, report.label())),
-      width);
+  auto score = fmt::format("{} {}", report.score, report.label());
+  if (!known.has(KnownPart::tenMinuteAverage)) score = localized("{score} so far", {{"score", score}});
+  return fitted(terminal.ink(Ink::bold, label) + terminal.ink(inkForScore(report.score), score), width);
 }
 
 } // namespace
 
-std::vector<std::string> findingLines(const Terminal& terminal, const HealthReport& report, int width) {
-  std::vector<std::string> lines = {scoreLine(terminal, report, width)};
+std::vector<std::string> findingLines(const Terminal& terminal, const HealthReport& report,
+                                      const KnownParts& known, int width) {
+  std::vector<std::string> lines = {scoreLine(terminal, report, known, width)};
   for (const auto& insight : report.insights) addFinding(lines, terminal, insight, width);
   return lines;
 }
 
-std::vector<std::string> findingLines(const Terminal& terminal, const HealthReport& report, int width,
-                                      int height) {
-  auto lines = findingLines(terminal, report, width);
+std::vector<std::string> findingLines(const Terminal& terminal, const HealthReport& report,
+                                      const KnownParts& known, int width, int height) {
+  auto lines = findingLines(terminal, report, known, width);
   const auto most = std::size_t(std::max(2, height));
   if (lines.size() <= most) return lines;
   lines.resize(1);

@@ -10,7 +10,13 @@ namespace korvell {
 
 namespace {
 
-constexpr Metric graphs[] = {Metric::cpu, Metric::memory, Metric::disk, Metric::network};
+constexpr struct {
+  Metric metric;
+  KnownPart part;
+} graphs[] = {{Metric::cpu, KnownPart::processor},
+              {Metric::memory, KnownPart::memory},
+              {Metric::disk, KnownPart::disks},
+              {Metric::network, KnownPart::network}};
 constexpr int gap = 3;        ///< between two graphs
 constexpr int narrowest = 24; ///< of one graph
 constexpr int fewestRows = 2, goodRows = 4, mostRows = 12;
@@ -78,13 +84,14 @@ std::vector<std::string> graph(const Terminal& terminal, Metric metric,
   const auto summary = summaryOf(points);
   const auto scale = scaleOf(metric, now, summary ? summary->maximum : 0);
   const auto value = points.empty() ? noFigure : formatMetric(metric, points.back().value);
+  const auto scaleText = points.empty() ? std::string() : terminal.ink(Ink::dim, scale.text);
   const auto cover = coverOf(points);
   const ChartSpan span{now.date - Model::liveSpan, now.date + cover, cover};
   auto fractions = chartColumns(points, span, width);
   for (auto& fraction : fractions)
     if (fraction) *fraction = std::clamp(*fraction / scale.top, 0.0, 1.0);
   std::vector<std::string> lines = {
-      ends(terminal.ink(Ink::bold, title(metric)) + "  " + value, terminal.ink(Ink::dim, scale.text), width)};
+      ends(terminal.ink(Ink::bold, title(metric)) + "  " + value, scaleText, width)};
   for (const auto& bars : chartBars(fractions, rows)) lines.push_back(terminal.ink(Ink::accent, bars));
   return lines;
 }
@@ -97,7 +104,8 @@ std::string timeLine(const Terminal& terminal, int width) {
 } // namespace
 
 std::vector<std::string> liveGraphs(const Terminal& terminal, const LiveSeries& live,
-                                    const SystemSnapshot& now, int width, int height) {
+                                    const SystemSnapshot& now, const KnownParts& known, int width,
+                                    int height) {
   const auto grid = gridFor(width, height);
   if (grid.beside == 0) return {};
   const int cell = (width + gap) / grid.beside - gap;
@@ -114,9 +122,10 @@ std::vector<std::string> liveGraphs(const Terminal& terminal, const LiveSeries& 
   for (int band = 0; band < grid.bands(); ++band) {
     const auto first = lines.size();
     for (int i = 0; i < grid.beside; ++i) {
-      const auto metric = graphs[band * grid.beside + i];
+      const auto& [metric, part] = graphs[band * grid.beside + i];
       const auto found = live.find(metric);
-      const auto& points = found == live.end() ? none : found->second;
+      // The points of what is not read are zeros.
+      const auto& points = found == live.end() || !known.has(part) ? none : found->second;
       addBeside(graph(terminal, metric, points, now, cell, grid.rows), first, i == 0);
     }
   }

@@ -10,8 +10,10 @@
 namespace korvell {
 
 /// Four graphs in a grid that suits the space; at most `width` columns and `height` lines. CPU and memory are
-/// drawn to their whole, disk and network to their peak. Nothing where the space is too small.
+/// drawn to their whole, disk and network to their peak. What is not known now is "–" and has no graph.
+/// Nothing where the space is too small.
 std::vector<std::string> liveGraphs(const Terminal& terminal, const LiveSeries& live,
-                                    const SystemSnapshot& now, int width, int height);
+                                    const SystemSnapshot& now, const KnownParts& known, int width,
+                                    int height);
 
 } // namespace korvell

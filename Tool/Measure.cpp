@@ -38,9 +38,12 @@ namespace {
 std::optional<Measurement> toldBy(const KeeperAnswer& state) {
   Measurement told{.fromKeeper = true};
   const auto* snapshot = state ? state->find("snapshot") : nullptr;
+  const auto* known = state ? state->find("known") : nullptr;
   const auto* report = state ? state->find("report") : nullptr;
-  if (!snapshot || !report) return std::nullopt;
-  if (!fromValue(*snapshot, told.snapshot) || !fromValue(*report, told.report)) return std::nullopt;
+  if (!snapshot || !known || !report) return std::nullopt;
+  if (!fromValue(*snapshot, told.snapshot) || !fromValue(*known, told.known) ||
+      !fromValue(*report, told.report))
+    return std::nullopt;
   const auto* privileged = state->find("privileged");
   if (PrivilegedUse use; privileged && fromValue(*privileged, use)) told.privileged = use;
   return told;
@@ -54,7 +57,7 @@ std::optional<HistoryProblem> historyProblem(const KeeperAnswer& state) {
 
 Measurement ownMeasurement(Context& context) {
   Tick tick = measure(context);
-  Measurement own{.privileged = tick.privileged};
+  Measurement own{.known = tick.known, .privileged = tick.privileged};
   own.report = HealthReport::make(tick.snapshot, tick.sensors, tick.cpuTenMinuteAverage,
                                   tick.projects.value_or(std::vector<DevProject>()),
                                   tick.startupItems.value_or(std::vector<StartupItem>()), *context.host.state,
@@ -66,7 +69,7 @@ Measurement ownMeasurement(Context& context) {
 } // namespace
 
 Measurement currentMeasurement(Context& context) {
-  const auto state = askKeeper(context, {"snapshot", "report", "privileged", "historyProblem"});
+  const auto state = askKeeper(context, {"snapshot", "known", "report", "privileged", "historyProblem"});
   auto told = toldBy(state);
   if (!told) told = ownMeasurement(context);
   told->historyProblem = historyProblem(state);

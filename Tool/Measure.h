@@ -13,6 +13,7 @@ Tick measure(Context& context);
 /// How the machine is doing.
 struct Measurement {
   SystemSnapshot snapshot;
+  KnownParts known; ///< which of its figures were read
   HealthReport report;
   std::optional<PrivilegedUse> privileged;      ///< what the helper told, and what stayed hidden
   std::optional<HistoryProblem> historyProblem; ///< why the keeper records nothing; absent while it does

@@ -37,8 +37,7 @@ int printReport(Context& context, const Arguments& arguments) {
 }
 
 int setReport(Context& context, const Arguments& arguments, bool enabled) {
-  if (!WeeklyReport::setEnabled(enabled, *context.host.defaults))
-    return fail(context, localized("the setting could not be stored"));
+  if (!WeeklyReport::setEnabled(enabled, *context.host.defaults)) return failToStore(context);
   if (arguments.flag("--json")) {
     printJSON(context.out, Value::object({{"enabled", enabled}}));
     return exitOK;
@@ -51,17 +50,21 @@ int setReport(Context& context, const Arguments& arguments, bool enabled) {
 } // namespace
 
 Command reportCommand() {
-  return {"report",
-          "Print the weekly report as it would read now",
-          {jsonOption()},
-          printReport,
-          {{"on",
-            "Send a weekly report on Monday morning",
-            {jsonOption()},
-            [](Context& context, const Arguments& arguments) { return setReport(context, arguments, true); }},
+  return {
+      "report",
+      "Print the weekly report as it would read now",
+      {jsonOption()},
+      printReport,
+      {writing({"on",
+                "Send a weekly report on Monday morning",
+                {jsonOption()},
+                [](Context& context, const Arguments& arguments) {
+                  return setReport(context, arguments, true);
+                }}),
+       writing(
            {"off", "Send no weekly report", {jsonOption()}, [](Context& context, const Arguments& arguments) {
               return setReport(context, arguments, false);
-            }}}};
+            }})}};
 }
 
 } // namespace korvell

@@ -4,6 +4,7 @@
 #include "App/Assembly.h"
 #include "App/Keeper.h"
 #include "App/KeeperLock.h"
+#include "App/SettingsCheck.h"
 #include "Base/Text.h"
 #include "Tool/Commands.h"
 #include "Tool/HeadlessLoop.h"
@@ -33,6 +34,10 @@ int runKeeper(Context& context, const Arguments&) {
   const auto problems = model->historyProblem.observe(
       [&context](const std::optional<HistoryProblem>& problem) { sayProblem(context, problem); });
   Keeper keeper(loop.main(), *model);
+  const SettingsWatch settings(loop.main(), *context.host.defaults, [&context](const std::string& trouble) {
+    context.err.line("korvell: " + escapedControls(trouble));
+    context.err.flush();
+  });
 
   const auto socket = keeperSocketPath(context.host.folders);
   const auto spare = spareSocketPath(context.host.folders);
@@ -55,7 +60,7 @@ int runKeeper(Context& context, const Arguments&) {
 } // namespace
 
 Command runCommand() {
-  return {"run", "Measure, record and alert without an interface, until interrupted", {}, runKeeper};
+  return writing({"run", "Measure, record and alert without an interface, until interrupted", {}, runKeeper});
 }
 
 } // namespace korvell

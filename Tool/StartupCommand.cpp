@@ -166,12 +166,12 @@ Command startupCommand() {
           {jsonOption()},
           runList,
           {{"list", "List them, leftovers first", {jsonOption()}, runList},
-           {"remove",
-            "Move a leftover's file to the Trash",
-            {{"LABEL", Option::Kind::positional, "The item's name or the path of its file", {}, true},
-             yesOption(),
-             jsonOption()},
-            runRemove}}};
+           writing({"remove",
+                    "Move a leftover's file to the Trash",
+                    {{"LABEL", Option::Kind::positional, "The item's name or the path of its file", {}, true},
+                     yesOption(),
+                     jsonOption()},
+                    runRemove})}};
 }
 
 } // namespace korvell

@@ -142,7 +142,9 @@ int carryOut(Context& context, const Arguments& arguments, const PendingCleanup&
   const auto feedback = outcome.interrupted && freed == FreedBytes{}
                             ? localized("Interrupted before anything was freed.")
                             : freed.feedback();
-  StorageLog::record(freed.logged(), context.clock.now(), *context.host.defaults);
+  if (!StorageLog::record(freed.logged(), context.clock.now(), *context.host.defaults))
+    context.err.line("korvell: " +
+                     localized("The settings can't be stored, so the log lacks what was freed."));
   for (const auto& problem : outcome.problems) context.err.line("korvell: " + escapedControls(problem));
   if (arguments.flag("--json")) {
     auto value = describe(pending, steps);

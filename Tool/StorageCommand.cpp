@@ -160,22 +160,22 @@ int runLog(Context& context, const Arguments& arguments) {
 } // namespace
 
 Command storageCommand() {
-  return {
-      "storage",
-      "Show what could be freed on the disk, and free it",
-      {storageKindOption("Measure only this kind", false),
-       {"--items", Option::Kind::flag, "List the items of each kind"},
-       jsonOption()},
-      runStorage,
-      {{"clean",
-        "Free the space of whole kinds or of single items",
-        {storageKindOption("The kind to clean", true),
-         {"--item", Option::Kind::list, "Only this item: the path or the name that `storage --items` shows"},
-         {"--dry-run", Option::Kind::flag, "Show what would happen and change nothing"},
-         yesOption(),
-         jsonOption()},
-        runStorageClean},
-       {"log", "Show what was freed so far", {jsonOption()}, runLog}}};
+  return {"storage",
+          "Show what could be freed on the disk, and free it",
+          {storageKindOption("Measure only this kind", false),
+           {"--items", Option::Kind::flag, "List the items of each kind"},
+           jsonOption()},
+          runStorage,
+          {writing({"clean",
+                    "Free the space of whole kinds or of single items",
+                    {storageKindOption("The kind to clean", true),
+                     {"--item", Option::Kind::list,
+                      "Only this item: the path or the name that `storage --items` shows"},
+                     {"--dry-run", Option::Kind::flag, "Show what would happen and change nothing"},
+                     yesOption(),
+                     jsonOption()},
+                    runStorageClean}),
+           {"log", "Show what was freed so far", {jsonOption()}, runLog}}};
 }
 
 } // namespace korvell

@@ -54,6 +54,8 @@ public:
     const int width = room() < narrowRoom ? narrowBar : barWidth;
     return terminal_.ink(inkForPercent(percent), bar(percent / 100, width)) + figure;
   }
+  /// The same where the share could not be read.
+  std::string noGauge() const { return std::string(noFigure) + "  "; }
   std::vector<std::string> take() { return std::move(lines_); }
 
 private:
@@ -101,23 +103,26 @@ void addCores(Lines& lines, const Terminal& terminal, const std::vector<double>&
   }
 }
 
-void addCPU(Lines& lines, const Terminal& terminal, const CPUStats& cpu) {
-  std::vector<std::string> details = {title(CPUScale::machine),
-                                      localized("user {n}", {{"n", Format::percent(cpu.user)}}),
-                                      localized("system {n}", {{"n", Format::percent(cpu.system)}}),
-                                      localized("load {n}", {{"n", fmt::format("{:.2f}", cpu.load1)}})};
+void addCPU(Lines& lines, const Terminal& terminal, const CPUStats& cpu, const KnownParts& known) {
+  const bool isKnown = known.has(KnownPart::processor);
+  std::vector<std::string> details;
+  if (isKnown)
+    details = {title(CPUScale::machine), localized("user {n}", {{"n", Format::percent(cpu.user)}}),
+               localized("system {n}", {{"n", Format::percent(cpu.system)}})};
+  details.push_back(localized(
+      "load {n}", {{"n", known.has(KnownPart::load) ? fmt::format("{:.2f}", cpu.load1) : noFigure}}));
   if (cpu.performanceCores > 0 && cpu.efficiencyCores > 0)
     details.push_back(
         localized("{p} performance, {e} efficiency cores",
                   {{"p", std::to_string(cpu.performanceCores)}, {"e", std::to_string(cpu.efficiencyCores)}}));
-  lines.add(title(Metric::cpu), lines.gauge(cpu.total), details);
-  if (cpu.perCore.size() > 1) addCores(lines, terminal, cpu.perCore);
+  lines.add(title(Metric::cpu), isKnown ? lines.gauge(cpu.total) : lines.noGauge(), details);
+  if (isKnown && cpu.perCore.size() > 1) addCores(lines, terminal, cpu.perCore);
 }
 
-void addMemory(Lines& lines, const MemoryStats& memory) {
-  if (memory.total == 0) return lines.add(title(Metric::memory), noFigure);
+void addMemory(Lines& lines, const MemoryStats& memory, bool isKnown) {
+  if (!isKnown) return lines.add(title(Metric::memory), noFigure);
   const auto size = [](std::uint64_t bytes) { return Format::memory(double(bytes)); };
-  const double share = double(memory.used()) / double(memory.total) * 100;
+  const double share = memory.total > 0 ? double(memory.used()) / double(memory.total) * 100 : 0;
   lines.add(title(Metric::memory), lines.gauge(share),
             {localized("{used} of {total}", {{"used", size(memory.used())}, {"total", size(memory.total)}}),
              localized("pressure {p}", {{"p", title(memory.pressure)}})});
@@ -130,33 +135,36 @@ void addMemory(Lines& lines, const MemoryStats& memory) {
   lines.addAll(parts);
 }
 
-void addTraffic(Lines& lines, const SystemSnapshot& snapshot) {
-  lines.add(title(Metric::disk),
-            padded("↓ " + Format::rate(snapshot.disk.readRate), 13) +
-                padded("↑ " + Format::rate(snapshot.disk.writeRate), 13),
-            {localized("read and written")});
-  const auto& network = snapshot.network;
-  lines.add(title(Metric::network),
-            padded("↓ " + Format::rate(network.inRate), 13) +
-                padded("↑ " + Format::rate(network.outRate), 13),
-            {escapedControls(network.interface)});
+std::string bothWays(double in, double out) {
+  return padded("↓ " + Format::rate(in), 13) + padded("↑ " + Format::rate(out), 13);
 }
 
-void addPower(Lines& lines, const SystemSnapshot& snapshot) {
-  const auto& gpu = snapshot.gpu;
-  const bool gpuKnown = gpu.utilization > 0 || gpu.memoryInUse > 0;
-  if (gpuKnown)
-    lines.add(title(Metric::gpu), lines.gauge(gpu.utilization),
-              {Format::memory(double(gpu.memoryInUse)), escapedControls(gpu.name)});
+void addTraffic(Lines& lines, const SystemSnapshot& snapshot, const KnownParts& known) {
+  if (known.has(KnownPart::disks))
+    lines.add(title(Metric::disk), bothWays(snapshot.disk.readRate, snapshot.disk.writeRate),
+              {localized("read and written")});
   else
-    lines.add(title(Metric::gpu), noFigure);
+    lines.add(title(Metric::disk), noFigure);
+  const auto& network = snapshot.network;
+  if (known.has(KnownPart::network))
+    lines.add(title(Metric::network), bothWays(network.inRate, network.outRate),
+              {escapedControls(network.interface)});
+  else
+    lines.add(title(Metric::network), noFigure);
+}
 
-  const auto& battery = snapshot.battery;
-  const auto watts = battery.systemPower > 0 ? Format::watts(battery.systemPower) : noFigure;
-  if (!battery.present) {
-    lines.add(localized("Power"), watts);
-    return;
-  }
+void addGraphics(Lines& lines, const GPUStats& gpu, const KnownParts& known) {
+  std::vector<std::string> details;
+  if (known.has(KnownPart::graphicsMemory)) details.push_back(Format::memory(double(gpu.memoryInUse)));
+  const bool isKnown = known.has(KnownPart::graphics);
+  if (!isKnown && details.empty()) return lines.add(title(Metric::gpu), noFigure);
+  details.push_back(escapedControls(gpu.name));
+  lines.add(title(Metric::gpu), isKnown ? lines.gauge(gpu.utilization) : lines.noGauge(), details);
+}
+
+void addPower(Lines& lines, const BatteryStats& battery, const KnownParts& known) {
+  const auto watts = known.has(KnownPart::power) ? Format::watts(battery.systemPower) : noFigure;
+  if (!battery.present) return lines.add(localized("Power"), watts);
   std::vector<std::string> details = {battery.isCharging ? localized("charging")
                                       : battery.onAC     ? localized("on power")
                                                          : localized("on battery")};
@@ -164,14 +172,16 @@ void addPower(Lines& lines, const SystemSnapshot& snapshot) {
     details.push_back(
         localized("{t} left", {{"t", Format::duration(std::chrono::minutes(*battery.minutesRemaining))}}));
   details.push_back(watts);
-  details.push_back(
-      localized("health {n}", {{"n", battery.health > 0 ? Format::percent(battery.health) : noFigure}}));
-  details.push_back(localized("{n} cycles", {{"n", std::to_string(battery.cycles)}}));
-  if (battery.temperature != 0) details.push_back(Format::celsius(battery.temperature));
-  lines.add(localized("Battery"), lines.gauge(battery.percent), details);
+  const bool health = known.has(KnownPart::batteryHealth), cycles = known.has(KnownPart::batteryCycles);
+  details.push_back(localized("health {n}", {{"n", health ? Format::percent(battery.health) : noFigure}}));
+  details.push_back(localized("{n} cycles", {{"n", cycles ? std::to_string(battery.cycles) : noFigure}}));
+  if (known.has(KnownPart::batteryTemperature)) details.push_back(Format::celsius(battery.temperature));
+  const bool charge = known.has(KnownPart::battery);
+  lines.add(localized("Battery"), charge ? lines.gauge(battery.percent) : lines.noGauge(), details);
 }
 
-void addVolumes(Lines& lines, const std::vector<VolumeInfo>& volumes) {
+void addVolumes(Lines& lines, const std::vector<VolumeInfo>& volumes, bool isKnown) {
+  if (!isKnown) return lines.add(localized("Volumes"), noFigure);
   bool first = true;
   for (const auto& volume : volumes) {
     const double used = volume.total > 0 ? 100.0 - double(volume.available) / double(volume.total) * 100 : 0;
@@ -196,13 +206,15 @@ Ink inkForPercent(double percent) {
   return percent >= 90 ? Ink::critical : percent >= 70 ? Ink::warning : Ink::good;
 }
 
-std::vector<std::string> summaryLines(const Terminal& terminal, const SystemSnapshot& snapshot, int width) {
+std::vector<std::string> summaryLines(const Terminal& terminal, const SystemSnapshot& snapshot,
+                                      const KnownParts& known, int width) {
   Lines lines(terminal, width);
-  addCPU(lines, terminal, snapshot.cpu);
-  addMemory(lines, snapshot.memory);
-  addTraffic(lines, snapshot);
-  addPower(lines, snapshot);
-  addVolumes(lines, snapshot.disk.volumes);
+  addCPU(lines, terminal, snapshot.cpu, known);
+  addMemory(lines, snapshot.memory, known.has(KnownPart::memory));
+  addTraffic(lines, snapshot, known);
+  addGraphics(lines, snapshot.gpu, known);
+  addPower(lines, snapshot.battery, known);
+  addVolumes(lines, snapshot.disk.volumes, known.has(KnownPart::volumes));
   return lines.take();
 }
 

@@ -2,6 +2,7 @@
 // One measurement of the machine as lines for a terminal: what `status` prints once and `watch` repeats.
 
 #include "Core/Machine/Models.h"
+#include "Platform/KnownParts.h"
 #include "Tool/Terminal.h"
 
 #include <string>
@@ -9,8 +10,9 @@
 
 namespace korvell {
 
-/// At most `width` columns each. Figures that could not be read are "–".
-std::vector<std::string> summaryLines(const Terminal& terminal, const SystemSnapshot& snapshot, int width);
+/// At most `width` columns each. Figures that are not known are "–".
+std::vector<std::string> summaryLines(const Terminal& terminal, const SystemSnapshot& snapshot,
+                                      const KnownParts& known, int width);
 
 /// The ink of a share of 100: plain, warning from 70, critical from 90.
 Ink inkForPercent(double percent);

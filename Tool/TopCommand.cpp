@@ -77,7 +77,6 @@ int runTop(Context& context, const Arguments& arguments) {
   const auto limit = arguments.number("--limit").value_or(usualLimit);
   auto measured = currentMeasurement(context);
   auto& apps = measured.snapshot.apps;
-  const bool energy = showsEnergy(apps);
   std::vector<ProcessUsage> processes;
   if (arguments.flag("--processes")) {
     for (const auto& app : apps)
@@ -93,11 +92,12 @@ int runTop(Context& context, const Arguments& arguments) {
     for (const auto& app : apps) list.append(appValue(app));
     value.set("apps", std::move(list));
     if (arguments.flag("--processes")) value.set("processes", toValue(processes));
+    value.set("known", toValue(measured.known));
     if (measured.privileged) value.set("privileged", toValue(*measured.privileged));
     printJSON(context.out, value);
     return exitOK;
   }
-  const UsageTable table(context.out, std::min(context.out.columns(), widestSummary), key, energy,
+  const UsageTable table(context.out, std::min(context.out.columns(), widestSummary), key, measured.known,
                          context.host.processes->energyIsEstimate());
   if (arguments.flag("--processes")) {
     context.out.line(table.titles(localized("Process")));

@@ -10,7 +10,6 @@ namespace korvell {
 
 void UsageList::setApps(std::vector<AppUsage> apps) {
   apps_ = std::move(apps);
-  energy_ = korvell::showsEnergy(apps_);
   sort();
 }
 

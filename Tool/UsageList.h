@@ -18,7 +18,6 @@ public:
   bool handleKey(int key);
   /// At most `height` lines, the titles first.
   std::vector<std::string> lines(const UsageTable& table, int height);
-  bool showsEnergy() const { return energy_; }
   UsageKey sortedBy() const { return key_; }
   /// Shows only the applications whose name holds this text, whatever the case, and of others the processes
   /// whose name or id does. Empty for all.
@@ -50,7 +49,6 @@ private:
   int top_ = 0;  ///< first row shown
   int page_ = 1; ///< rows that were shown last
   UsageKey key_ = UsageKey::cpu;
-  bool energy_ = false;
 };
 
 } // namespace korvell

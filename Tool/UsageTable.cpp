@@ -52,14 +52,11 @@ std::vector<UsageKey> columnsWithin(int width, UsageKey sortedBy, bool energy) {
 
 } // namespace
 
-bool showsEnergy(const std::vector<AppUsage>& apps) {
-  return std::any_of(apps.begin(), apps.end(), [](const AppUsage& app) { return app.power() > 0; });
-}
-
-UsageTable::UsageTable(const Terminal& terminal, int width, UsageKey sortedBy, bool energy,
+UsageTable::UsageTable(const Terminal& terminal, int width, UsageKey sortedBy, const KnownParts& known,
                        bool energyIsEstimate)
     : terminal_(terminal), sortedBy_(sortedBy), energyIsEstimate_(energyIsEstimate),
-      shown_(columnsWithin(width, sortedBy, energy)),
+      hasTraffic_(known.has(KnownPart::processTraffic)),
+      shown_(columnsWithin(width, sortedBy, known.has(KnownPart::processEnergy))),
       nameWidth_(std::max(1, width - figureWidth * int(shown_.size()))) {}
 
 std::string UsageTable::titles(std::string_view first) const {
@@ -92,7 +89,8 @@ std::string UsageTable::line(std::string_view name, const T& used, bool selected
   if (selected) line = terminal_.ink(Ink::accent, line);
   for (const auto key : shown_) {
     const double value = usageValue(key, used);
-    const auto text = padded(figureText(key, value), figureWidth, true);
+    const bool isKnown = key != UsageKey::network || hasTraffic_;
+    const auto text = padded(isKnown ? figureText(key, value) : noFigure, figureWidth, true);
     line += key == UsageKey::cpu && value >= busyCPU ? terminal_.ink(Ink::warning, text) : text;
   }
   line.erase(line.find_last_not_of(' ') + 1);

@@ -3,6 +3,7 @@
 // head of and `watch` repeats.
 
 #include "Core/Machine/UsageOrder.h"
+#include "Platform/KnownParts.h"
 #include "Tool/Terminal.h"
 
 #include <string>
@@ -16,8 +17,9 @@ namespace korvell {
 /// figure that the list is sorted by stay longest.
 class UsageTable {
 public:
-  /// Without `energy` that column is left out: nothing on this machine tells it.
-  UsageTable(const Terminal& terminal, int width, UsageKey sortedBy, bool energy, bool energyIsEstimate);
+  /// Without energy figures that column is left out; traffic that is not known is "–".
+  UsageTable(const Terminal& terminal, int width, UsageKey sortedBy, const KnownParts& known,
+             bool energyIsEstimate);
 
   /// The titles, that of the key that the list is sorted by marked.
   std::string titles(std::string_view first) const;
@@ -31,11 +33,9 @@ private:
   const Terminal& terminal_;
   UsageKey sortedBy_;
   bool energyIsEstimate_;
+  bool hasTraffic_;
   std::vector<UsageKey> shown_; ///< the columns behind the name
   int nameWidth_;
 };
-
-/// True when any process has a power figure.
-bool showsEnergy(const std::vector<AppUsage>& apps);
 
 } // namespace korvell

@@ -25,8 +25,8 @@ int runWatch(Context& context, const Arguments&) {
   std::unique_ptr<Model> model;
   Subscription subscription;
   const auto draw = [&] {
-    const WatchFigures figures{model->snapshot.get(), model->report.get(), model->live.get(),
-                               model->hasSample.get(), estimate};
+    const WatchFigures figures{model->snapshot.get(), model->known.get(),     model->report.get(),
+                               model->live.get(),     model->hasSample.get(), estimate};
     screen.draw(view.frame(context.out, figures, screen.columns(), screen.rows()));
   };
   const auto show = [&](std::unique_ptr<Model> shown) {

@@ -151,8 +151,9 @@ Lines WatchScreen::body(const Terminal& terminal, const WatchFigures& figures, i
   constexpr int findingsShare = 4; // a quarter of the screen, the rest is for figures
   const int gap = rows >= roomyHeight ? 1 : 0;
   const int above = std::max(0, rows - std::max(fewestListLines, rows / 4));
-  auto lines = figures.hasSample ? findingLines(terminal, figures.report, columns, rows / findingsShare)
-                                 : Lines{localized("Measuring…")};
+  auto lines = figures.hasSample
+                   ? findingLines(terminal, figures.report, figures.known, columns, rows / findingsShare)
+                   : Lines{localized("Measuring…")};
   lines.resize(std::min(lines.size(), std::size_t(std::max(1, std::min(above, rows / findingsShare)))));
   const auto sign = terminal.ink(Ink::accent, "Korvell") + "  " + clockText(figures.snapshot.date);
   lines.front() = spread(lines.front(), sign, columns);
@@ -164,13 +165,15 @@ Lines WatchScreen::body(const Terminal& terminal, const WatchFigures& figures, i
     lines.insert(lines.end(), std::size_t(gap), "");
     append(lines, std::move(part), most - gap);
   };
-  add(summaryLines(terminal, figures.snapshot, columns), above - int(lines.size()));
+  add(summaryLines(terminal, figures.snapshot, figures.known, columns), above - int(lines.size()));
   if (withGraphs) {
     const int left = rows - int(lines.size()) - 2 * gap - usualListLines;
-    add(liveGraphs(terminal, figures.live, figures.snapshot, columns, std::min(left, mostBandLines)), rows);
+    add(liveGraphs(terminal, figures.live, figures.snapshot, figures.known, columns,
+                   std::min(left, mostBandLines)),
+        rows);
   }
   lines.insert(lines.end(), std::size_t(gap), "");
-  const UsageTable table(terminal, columns, list_.sortedBy(), list_.showsEnergy(), figures.energyIsEstimate);
+  const UsageTable table(terminal, columns, list_.sortedBy(), figures.known, figures.energyIsEstimate);
   append(lines, list_.lines(table, rows - int(lines.size())), rows);
   return lines;
 }
@@ -185,7 +188,7 @@ Lines WatchScreen::frame(const Terminal& terminal, const WatchFigures& figures, 
   if (beside) {
     const std::string border = " " + terminal.ink(Ink::dim, "│") + " ";
     const int right = std::min(columns - width - inkedWidth(border), widestGraphs);
-    const auto graphs = liveGraphs(terminal, figures.live, figures.snapshot, right, height);
+    const auto graphs = liveGraphs(terminal, figures.live, figures.snapshot, figures.known, right, height);
     for (std::size_t i = 0; i < lines.size(); ++i) {
       lines[i].append(std::size_t(std::max(0, width - inkedWidth(lines[i]))), ' ');
       lines[i] += border + (i < graphs.size() ? graphs[i] : "");

@@ -13,6 +13,7 @@ namespace korvell {
 /// One moment of the machine.
 struct WatchFigures {
   const SystemSnapshot& snapshot;
+  const KnownParts& known;
   const HealthReport& report;
   const LiveSeries& live;
   bool hasSample = false; ///< false while the first cycle is measured

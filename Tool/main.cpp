@@ -3,6 +3,7 @@
 
 #include <clocale>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -22,7 +23,8 @@ int main(int argc, char** argv) {
   occupyStandardStreams();
   std::setlocale(LC_CTYPE, ""); // what the terminal can show; numbers stay in the C locale
   std::signal(SIGPIPE, SIG_IGN);
-  const auto environment = processEnvironment();
+  const auto environment = withHome(processEnvironment(), passwordHome);
+  if (const auto home = environment("HOME")) setenv("HOME", home->c_str(), 1); // for the programs it starts
   Host host = makeHost(environment);
   setLocalization(host.words);
   SystemClock clock;

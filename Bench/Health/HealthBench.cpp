@@ -32,6 +32,7 @@ public:
   bool update(std::string_view, const std::function<std::optional<Value>(std::optional<Value>)>&) override {
     return false;
   }
+  std::string place() const override { return {}; }
 };
 
 class NoDesktop final : public Notifications {

@@ -10,8 +10,6 @@ namespace korvell {
 
 namespace {
 
-constexpr std::string_view enabledKey = "weeklyReport.enabled";
-constexpr std::string_view lastSentKey = "weeklyReport.lastSent";
 constexpr const char* identifier = "weekly-report"; // a later report takes the earlier one's place
 constexpr Seconds week{604'800};
 constexpr int dueHour = 9;

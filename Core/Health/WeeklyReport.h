@@ -12,10 +12,14 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace korvell {
 
 struct WeeklyReport {
+  static constexpr std::string_view enabledKey = "weeklyReport.enabled",
+                                    lastSentKey = "weeklyReport.lastSent";
+
   /// On unless the user switched it off.
   static bool isEnabled(const UserDefaults& defaults);
   /// False when the switch could not be stored.

@@ -293,10 +293,9 @@ std::optional<std::int64_t> HistoryDatabase::minuteCount(HistoryPeriod period) {
   return scalar(fmt::format("SELECT COUNT(*) FROM system WHERE {}", within(period)));
 }
 
-double HistoryDatabase::average(Metric metric, HistoryPeriod period, int minimumMinutes) {
-  if (minimumMinutes >= 1 && minuteCount(period).value_or(0) < minimumMinutes) return 0;
-  return scalarDouble(fmt::format("SELECT AVG({}) FROM system WHERE {}", rawValue(metric), within(period)))
-      .value_or(0);
+std::optional<double> HistoryDatabase::average(Metric metric, HistoryPeriod period, int minimumMinutes) {
+  if (minimumMinutes >= 1 && minuteCount(period).value_or(0) < minimumMinutes) return std::nullopt;
+  return scalarDouble(fmt::format("SELECT AVG({}) FROM system WHERE {}", rawValue(metric), within(period)));
 }
 
 std::optional<double> HistoryDatabase::averageScore(HistoryPeriod period) {

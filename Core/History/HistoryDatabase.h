@@ -49,7 +49,7 @@ public:
   std::optional<SeriesSummary> summary(Metric metric, HistoryPeriod period);
   std::vector<double> recent(Metric metric, HistoryPeriod period);
   std::vector<AppTotal> topApps(Metric metric, HistoryPeriod period, std::size_t limit);
-  double average(Metric metric, HistoryPeriod period, int minimumMinutes);
+  std::optional<double> average(Metric metric, HistoryPeriod period, int minimumMinutes);
   std::optional<double> averageScore(HistoryPeriod period);
   double totalBytes(std::string_view column, HistoryPeriod period);
   /// What is stored of one minute, the applications in the order in which they were written.

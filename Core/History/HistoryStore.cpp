@@ -116,9 +116,13 @@ std::vector<AppTotal> HistoryStore::topApps(Metric metric, HistoryRange range, i
   });
 }
 
-double HistoryStore::average(Metric metric, Date begin, int minimumMinutes) {
+std::optional<double> HistoryStore::recordedAverage(Metric metric, Date begin, int minimumMinutes) {
   return query(
       [&](HistoryDatabase& database) { return database.average(metric, since(begin), minimumMinutes); });
+}
+
+double HistoryStore::average(Metric metric, Date begin, int minimumMinutes) {
+  return recordedAverage(metric, begin, minimumMinutes).value_or(0);
 }
 
 std::optional<double> HistoryStore::averageScore(Date begin) {

@@ -54,6 +54,8 @@ public:
   std::vector<double> recent(Metric metric, int minutes);
   /// The largest first.
   std::vector<AppTotal> topApps(Metric metric, HistoryRange range, int limit);
+  /// Absent when fewer than `minimumMinutes` minutes are recorded since then.
+  std::optional<double> recordedAverage(Metric metric, Date begin, int minimumMinutes);
   /// 0 when fewer than `minimumMinutes` minutes are recorded since then, or none.
   double average(Metric metric, Date begin, int minimumMinutes);
   /// Absent when no minute since then has a score.

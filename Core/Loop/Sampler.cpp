@@ -40,6 +40,8 @@ Tick Sampler::tick() {
   system_.sample(tick.snapshot);
   tick.snapshot.apps = subjects_.processes->sample(subjects_.devServers->portsByPID());
   tick.privileged = subjects_.processes->privilegedUse();
+  tick.known = system_.known();
+  subjects_.processes->judge(tick.known);
   runDue(measuringTasks, tick);
   // Programs come and go between two scans.
   if (!tick.startupItems && StartupScanner::refreshLeftovers(startupItems_, subjects_.launchItems))
@@ -80,7 +82,9 @@ void Sampler::keep(Tick& tick) {
   history.record(tick.snapshot, lastScore_);
   runDue(keepingTasks, tick);
   tick.alerts = keeping_->alerts->evaluate(tick.snapshot);
-  tick.cpuTenMinuteAverage = history.average(Metric::cpu, tick.snapshot.date - Seconds{600}, 8);
+  const auto average = history.recordedAverage(Metric::cpu, tick.snapshot.date - Seconds{600}, 8);
+  tick.cpuTenMinuteAverage = average.value_or(0);
+  tick.known.set(KnownPart::tenMinuteAverage, average.has_value());
 }
 
 void Sampler::sendWeeklyReport(Tick& tick) {

@@ -8,6 +8,7 @@
 #include "Core/Machine/Models.h"
 #include "Core/Machine/PrivilegedUse.h"
 #include "Core/Startup/StartupItem.h"
+#include "Platform/KnownParts.h"
 #include "Sensors/SensorsSnapshot.h"
 
 #include <optional>
@@ -26,6 +27,7 @@ struct Tick {
   std::optional<PrivilegedUse> privileged;      ///< of the processes; absent when they were not read
   double cpuTenMinuteAverage = 0;               ///< percent, as the history reports it
   std::optional<HistoryProblem> historyProblem; ///< why nothing is recorded; absent while it is
+  KnownParts known; ///< which of the snapshot's figures were read, and the average
 
   bool operator==(const Tick&) const = default;
   static constexpr auto fields() {
@@ -38,7 +40,8 @@ struct Tick {
                       Field{"totals", &Tick::totals},
                       Field{"privileged", &Tick::privileged},
                       Field{"cpuTenMinuteAverage", &Tick::cpuTenMinuteAverage, Unit::percent},
-                      Field{"historyProblem", &Tick::historyProblem}};
+                      Field{"historyProblem", &Tick::historyProblem},
+                      Field{"known", &Tick::known}};
   }
 };
 

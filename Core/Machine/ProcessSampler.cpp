@@ -37,6 +37,8 @@ std::vector<AppUsage> ProcessSampler::sample(const PortsByPID& ports) {
   beginCycle(processes);
   const auto told = askHelper(processes);
   privilegedUse_ = {};
+  hasTraffic_ =
+      std::ranges::any_of(processes, [](const auto& process) { return process.network.has_value(); });
 
   std::vector<ProcessUsage> usages;
   usages.reserve(processes.size());
@@ -56,6 +58,12 @@ std::vector<AppUsage> ProcessSampler::sample(const PortsByPID& ports) {
   }
   forgetGone();
   return grouped(processes, std::move(usages));
+}
+
+void ProcessSampler::judge(KnownParts& known) const {
+  known.set(KnownPart::processes, !parents_.empty());
+  known.set(KnownPart::processTraffic, hasTraffic_);
+  if (services_.table.tellsEnergy()) known.set(KnownPart::processEnergy, Knowledge::fresh);
 }
 
 const ProcessSampler::Identity* ProcessSampler::identity(ProcessID pid) const {

@@ -9,6 +9,7 @@
 #include "Core/Machine/Owners.h"
 #include "Core/Machine/PrivilegedUse.h"
 #include "Helper/Shared/RusageSample.h"
+#include "Platform/KnownParts.h"
 #include "Platform/ProcessTable.h"
 
 #include <cstdint>
@@ -59,6 +60,8 @@ public:
   /// Nothing when the last cycle did not find the process.
   const Identity* identity(ProcessID pid) const;
   const PrivilegedUse& privilegedUse() const { return privilegedUse_; } ///< in the last cycle
+  /// Says which figures of the last cycle's processes were read.
+  void judge(KnownParts& known) const;
   bool energyIsEstimate() const { return services_.table.energyIsEstimate(); }
 
 private:
@@ -104,6 +107,7 @@ private:
   double maximumCPU_; ///< percent
   PrivilegedRusage privilegedRusage_;
   PrivilegedUse privilegedUse_;
+  bool hasTraffic_ = false; ///< some process of the last cycle told its own
   Timebase timebase_;
   std::optional<Seconds> lastSample_;
   std::uint32_t cycle_ = 0;

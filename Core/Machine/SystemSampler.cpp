@@ -149,8 +149,8 @@ GPUStats gpuStats(const std::map<std::string, std::uint64_t>& previous, const st
   GPUStats stats;
   if (!facts.graphicsName.empty()) stats.name = facts.graphicsName;
   for (const auto& gpu : now) {
-    stats.utilization = std::max(stats.utilization, gpu.utilization);
-    stats.memoryInUse += gpu.memoryInUse;
+    stats.utilization = std::max(stats.utilization, gpu.utilization.value_or(0));
+    stats.memoryInUse += gpu.memoryInUse.value_or(0);
     for (const auto& [engine, time] : gpu.engineTime) {
       const auto before = previous.find(engine);
       if (before == previous.end()) continue;
@@ -177,13 +177,13 @@ BatteryStats batteryStats(const PowerReading& now, double packageWatts) {
   stats.percent = std::clamp(battery.percent.value_or(0), 0, 100);
   stats.isCharging = battery.isCharging;
   stats.onAC = battery.externalConnected.value_or(true); // an unknown state never shows as running on battery
-  stats.cycles = battery.cycles;
+  stats.cycles = battery.cycles.value_or(0);
   if (battery.designCapacity > 0 && battery.fullCapacity > 0)
     stats.health = std::min(battery.fullCapacity / battery.designCapacity * 100, 100.0);
-  stats.temperature = battery.celsius;
+  stats.temperature = battery.celsius.value_or(0);
   const int minutes = battery.minutesRemaining.value_or(0); // 65535 is a battery's word for unknown
   if (!stats.onAC && minutes >= 1 && minutes <= 65534) stats.minutesRemaining = minutes;
-  stats.systemPower = battery.systemWatts > 0 ? battery.systemWatts : packageWatts;
+  stats.systemPower = battery.systemWatts.value_or(packageWatts);
   return stats;
 }
 
@@ -197,37 +197,86 @@ std::vector<VolumeInfo> volumeInfos(const std::vector<Volume>& now) {
   return infos;
 }
 
+namespace {
+
+using enum KnownPart;
+
+/// A rate needs the same counter in two readings.
+template <class Key, class Counter>
+bool sharesKey(const std::map<Key, Counter>& previous, const std::map<Key, Counter>& now) {
+  return std::ranges::any_of(now, [&](const auto& entry) { return previous.contains(entry.first); });
+}
+
+void judgeGraphics(KnownParts& known, const std::map<std::string, std::uint64_t>& previousEngines,
+                   const std::vector<GPUCounters>& gpus, bool hasRates) {
+  bool utilization = false, memory = false;
+  for (const auto& gpu : gpus) {
+    utilization |= gpu.utilization || (hasRates && sharesKey(previousEngines, gpu.engineTime));
+    memory |= gpu.memoryInUse.has_value();
+  }
+  known.set(graphics, utilization);
+  known.set(graphicsMemory, memory);
+}
+
+void judgePower(KnownParts& known, const PowerReading& reading, bool hasPackageWatts) {
+  const auto& pack = reading.battery;
+  known.set(battery, pack && pack->percent);
+  known.set(batteryHealth, pack && pack->fullCapacity > 0 && pack->designCapacity > 0);
+  known.set(batteryCycles, pack && pack->cycles);
+  known.set(batteryTemperature, pack && pack->celsius);
+  known.set(power,
+            hasPackageWatts || (pack ? pack->systemWatts.has_value() : reading.adapterWatts.has_value()));
+  if (!reading.packagesRefused) return;
+  if (!known.has(power)) known.set(power, Knowledge::refused);
+  known.set(processEnergy, Knowledge::refused);
+}
+
+} // namespace
+
 SystemSampler::SystemSampler(MachineCounters& counters, const Clock& clock)
     : counters_(counters), clock_(clock), facts_(counters.facts()) {}
 
 void SystemSampler::sample(SystemSnapshot& into) {
   const Seconds now = clock_.monotonic();
   const Seconds elapsed = lastSample_ ? now - *lastSample_ : Seconds{0};
+  const bool hasRates = elapsed.count() > 0;
   lastSample_ = now;
+  known_ = {};
 
   auto cpu = counters_.cpu();
+  known_.set(processor, !cpu.cores.empty() && sameCores(previousCPU_, cpu));
+  known_.set(load, cpu.load1.has_value());
   into.cpu = cpuStats(previousCPU_, cpu, facts_);
   previousCPU_ = std::move(cpu);
 
-  into.memory = memoryStats(counters_.memory());
+  const auto memory = counters_.memory();
+  into.memory = memoryStats(memory);
+  known_.set(KnownPart::memory, memory.total > 0 && memory.use);
 
-  auto disks = counters_.disks();
-  into.disk = diskStats(previousDisks_, disks, elapsed);
+  auto diskCounters = counters_.disks();
+  into.disk = diskStats(previousDisks_, diskCounters, elapsed);
+  known_.set(disks, hasRates && sharesKey(previousDisks_, diskCounters));
   into.disk.volumes = volumes(now);
-  previousDisks_ = std::move(disks);
+  if (!cachedVolumes_.empty())
+    known_.set(KnownPart::volumes, volumesRead_ == now ? Knowledge::fresh : Knowledge::old);
+  previousDisks_ = std::move(diskCounters);
 
   const auto interfaces = counters_.interfaces();
   into.network = networkStats(previousInterfaces_, interfaces, elapsed);
-  previousInterfaces_ = byName(interfaces);
+  auto interfaceCounters = byName(interfaces);
+  known_.set(network, hasRates && sharesKey(previousInterfaces_, interfaceCounters));
+  previousInterfaces_ = std::move(interfaceCounters);
 
   auto gpus = counters_.gpus();
   into.gpu = gpuStats(previousEngines_, gpus, facts_, elapsed);
+  judgeGraphics(known_, previousEngines_, gpus, hasRates);
   previousEngines_.clear();
   for (auto& gpu : gpus) previousEngines_.merge(gpu.engineTime);
 
-  auto power = counters_.power();
-  into.battery = batteryStats(power, packageWatts(previousPackages_, power.packages, elapsed));
-  previousPackages_ = std::move(power.packages);
+  auto reading = counters_.power();
+  into.battery = batteryStats(reading, packageWatts(previousPackages_, reading.packages, elapsed));
+  judgePower(known_, reading, hasRates && sharesKey(previousPackages_, reading.packages));
+  previousPackages_ = std::move(reading.packages);
 }
 
 const std::vector<VolumeInfo>& SystemSampler::volumes(Seconds now) {

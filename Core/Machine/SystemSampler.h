@@ -3,10 +3,11 @@
 //
 // Lives on the sampler's queue and holds the previous cycle's counters: shares and rates are what advanced
 // since then. Time passes by the monotonic clock, so a wall clock that is set changes no rate. The first
-// cycle reports zero shares and rates. A reading that fails makes its own figures zero and is tried again
-// next time.
+// cycle reports zero shares and rates. A reading that fails makes its own figures zero, is tried again next
+// time, and is told apart from a zero by known().
 
 #include "Core/Machine/Models.h"
+#include "Platform/KnownParts.h"
 #include "Platform/MachineCounters.h"
 
 #include <map>
@@ -25,6 +26,8 @@ public:
 
   /// Fills everything but `date` and `apps`.
   void sample(SystemSnapshot& into);
+  /// Which of the figures of the last cycle were read.
+  const KnownParts& known() const { return known_; }
 
 private:
   const std::vector<VolumeInfo>& volumes(Seconds now);
@@ -40,6 +43,7 @@ private:
   std::map<int, EnergyCounter> previousPackages_;
   std::vector<VolumeInfo> cachedVolumes_;
   std::optional<Seconds> volumesRead_;
+  KnownParts known_;
 };
 
 // The rules, one for each record. `elapsed` is the time since `previous` was read; zero gives zero rates.

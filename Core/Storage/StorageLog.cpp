@@ -7,8 +7,6 @@
 namespace korvell {
 namespace {
 
-constexpr std::string_view totalKey = "storage.freedTotal";
-
 /// The stored array, or an empty one when what is stored is no array of objects.
 Value::Array storedLog(const std::optional<Value>& stored) {
   const auto* array = stored ? stored->asArray() : nullptr;
@@ -30,16 +28,17 @@ std::vector<FreedEntry> StorageLog::entries(const UserDefaults& defaults) {
   return entries;
 }
 
-void StorageLog::record(std::int64_t bytes, Date date, UserDefaults& defaults) {
-  if (bytes < 1) return;
-  defaults.update(totalKey, [&](std::optional<Value> stored) -> std::optional<Value> {
+bool StorageLog::record(std::int64_t bytes, Date date, UserDefaults& defaults) {
+  if (bytes < 1) return true;
+  const bool counted = defaults.update(totalKey, [&](std::optional<Value> stored) -> std::optional<Value> {
     return Value(checkedSum(stored ? stored->asInt().value_or(0) : 0, bytes));
   });
-  defaults.update(logKey, [&](std::optional<Value> stored) -> std::optional<Value> {
+  const bool logged = defaults.update(logKey, [&](std::optional<Value> stored) -> std::optional<Value> {
     auto log = storedLog(stored);
     log.push_back(Value::object({{"date", date}, {"bytes", bytes}}));
     return Value(std::move(log));
   });
+  return counted && logged;
 }
 
 } // namespace korvell

@@ -24,12 +24,13 @@ struct FreedEntry {
 };
 
 struct StorageLog {
-  static constexpr std::string_view logKey = "storage.freedLog";
+  static constexpr std::string_view totalKey = "storage.freedTotal", logKey = "storage.freedLog";
 
   static std::int64_t total(const UserDefaults& defaults);
   static std::vector<FreedEntry> entries(const UserDefaults& defaults);
-  /// Nothing happens below 1 byte. Safe beside another process that records at the same time.
-  static void record(std::int64_t bytes, Date date, UserDefaults& defaults);
+  /// Nothing happens below 1 byte. Safe beside another process that records at the same time. False when the
+  /// settings can't be stored.
+  static bool record(std::int64_t bytes, Date date, UserDefaults& defaults);
 };
 
 } // namespace korvell

@@ -56,14 +56,15 @@ std::int64_t nestedWhole(const Value& properties, std::string_view dictionary, s
 
 /// What comes in through the adapter when on power, else what the machine reports as its load, else what the
 /// battery gives or takes. The first is only trusted on power: on battery it may hold a stale value.
-double systemWatts(const Value& properties, bool onPower) {
+std::optional<double> systemWatts(const Value& properties, bool onPower) {
   const auto powerIn = nestedWhole(properties, "PowerTelemetryData", "SystemPowerIn");
   if (onPower && powerIn > 0) return double(powerIn) / 1000;
   const auto load = nestedWhole(properties, "PowerTelemetryData", "SystemLoad");
   if (load > 0) return double(load) / 1000;
-  const double volts = double(wholeOrZero(properties, "Voltage")) / 1000;
-  const double amperes = double(wholeOrZero(properties, "InstantAmperage")) / 1000;
-  return std::abs(volts * amperes);
+  const auto millivolts = whole(properties.find("Voltage"));
+  const auto milliamperes = whole(properties.find("InstantAmperage"));
+  if (!millivolts || !milliamperes) return std::nullopt;
+  return std::abs(double(*millivolts) / 1000 * double(*milliamperes) / 1000);
 }
 
 } // namespace
@@ -82,8 +83,8 @@ std::optional<GPUCounters> macGPUCounters(const Value& properties) {
   if (!statistics || !statistics->asObject()) return std::nullopt;
   GPUCounters gpu;
   if (const auto* utilization = statistics->find("Device Utilization %"))
-    gpu.utilization = utilization->asDouble().value_or(0);
-  gpu.memoryInUse = counter(*statistics, "In use system memory").value_or(0);
+    gpu.utilization = utilization->asDouble();
+  gpu.memoryInUse = counter(*statistics, "In use system memory");
   return gpu;
 }
 
@@ -93,12 +94,13 @@ BatteryReading macBattery(const Value& properties, std::optional<int> percent) {
   battery.percent = percent;
   battery.isCharging = flag(properties, "IsCharging").value_or(false);
   battery.externalConnected = flag(properties, "ExternalConnected");
-  battery.cycles = int(wholeOrZero(properties, "CycleCount"));
+  if (const auto cycles = whole(properties.find("CycleCount"))) battery.cycles = int(*cycles);
   battery.fullCapacity = double(wholeOrZero(properties, "AppleRawMaxCapacity"));
   const auto* data = properties.find("BatteryData");
   const auto design = data ? whole(data->find("DesignCapacity")) : std::nullopt;
   battery.designCapacity = double(design.value_or(wholeOrZero(properties, "DesignCapacity")));
-  battery.celsius = double(wholeOrZero(properties, "Temperature")) / 100;
+  if (const auto hundredths = whole(properties.find("Temperature")))
+    battery.celsius = double(*hundredths) / 100;
   if (const auto minutes = whole(properties.find("TimeRemaining"))) battery.minutesRemaining = int(*minutes);
   battery.systemWatts = systemWatts(properties, battery.externalConnected.value_or(true));
   return battery;

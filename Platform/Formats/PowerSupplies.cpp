@@ -68,7 +68,7 @@ struct Packs {
     reading.fullCapacity += pack.energyFull;
     reading.designCapacity += pack.energyDesign;
     reading.cycles = std::max(reading.cycles, pack.cycles);
-    reading.celsius = std::max(reading.celsius, pack.celsius.value_or(0));
+    reading.celsius = std::max(reading.celsius, pack.celsius); // an absent one is less than any
   }
 };
 
@@ -90,7 +90,8 @@ PowerSupply parsePowerSupply(PowerSupply::Kind kind, std::string_view uevent) {
   supply.present = properties.number("PRESENT").value_or(1) != 0;
   supply.status = properties.text("STATUS");
   if (const auto percent = properties.number("CAPACITY")) supply.capacity = int(*percent);
-  supply.cycles = int(std::max<std::int64_t>(properties.number("CYCLE_COUNT").value_or(0), 0));
+  if (const auto cycles = properties.number("CYCLE_COUNT"); cycles.value_or(0) > 0)
+    supply.cycles = int(*cycles);
   if (const auto tenths = properties.number("TEMP")) supply.celsius = double(*tenths) / 10;
   supply.energyNow = wattHours(properties, "ENERGY_NOW", "CHARGE_NOW");
   supply.energyFull = wattHours(properties, "ENERGY_FULL", "CHARGE_FULL");

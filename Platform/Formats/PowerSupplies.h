@@ -19,7 +19,7 @@ struct PowerSupply {
   bool present = true;         ///< batteries: in its slot
   std::string status;          ///< "Charging", "Discharging", "Not charging", "Full", "Unknown"
   std::optional<int> capacity; ///< percent
-  int cycles = 0;
+  std::optional<int> cycles;   ///< absent where the driver does not count: it tells 0 then
   std::optional<double> celsius;
   // Energy in watt-hours: of drivers that count charge, charge × design voltage.
   double energyNow = 0;
@@ -36,8 +36,8 @@ bool isDeviceScope(std::string_view scope);
 
 PowerSupply parsePowerSupply(PowerSupply::Kind kind, std::string_view uevent);
 
-/// All packs as one battery; nothing without a pack. On external power `systemWatts` is 0: what flows then
-/// goes into the battery.
+/// All packs as one battery; nothing without a pack. On external power `systemWatts` is absent: what flows
+/// then goes into the battery.
 std::optional<BatteryReading> combinedBattery(const std::vector<PowerSupply>& supplies);
 
 } // namespace korvell

@@ -92,7 +92,7 @@ std::vector<GPUCounters> GraphicsCards::counters(FileReader& reader) {
   for (const auto& card : cards_) {
     if (card.driver == Driver::other) continue;
     if (isAsleep(card, reader)) {
-      result.push_back({});
+      result.push_back({.utilization = 0, .memoryInUse = 0});
       continue;
     }
     nvidiaAwake |= card.driver == Driver::nvidia;
@@ -137,7 +137,10 @@ std::optional<GPUCounters> GraphicsCards::amd(const Card& card, FileReader& read
   const auto own = number(reader, card.folder + "/mem_info_vram_used");
   const auto shared = number(reader, card.folder + "/mem_info_gtt_used");
   if (!busy && !own) return std::nullopt;
-  return GPUCounters{std::min(double(busy.value_or(0)), 100.0), own.value_or(0) + shared.value_or(0)};
+  GPUCounters counters;
+  if (busy) counters.utilization = std::min(double(*busy), 100.0);
+  if (own) counters.memoryInUse = *own + shared.value_or(0);
+  return counters;
 }
 
 std::string GraphicsCards::cardName(const Card& card, FileReader& reader) const {

@@ -6,6 +6,7 @@
 #include "Platform/Linux/ProcessSources.h"
 #include "Platform/Posix/SourceExamination.h"
 
+#include <atomic>
 #include <ctime>
 #include <unistd.h>
 
@@ -13,9 +14,9 @@ namespace korvell {
 
 namespace {
 
-constexpr Seconds managerPatience{1};
+constexpr Seconds managerPatience{1}, helperPatience{1};
 
-SourceReport services(std::string name, const std::string& bus, const Clock& clock) {
+SourceReport services(std::string name, const std::string& bus, const Clock* clock) {
   SourceReport report{.name = std::move(name), .source = bus};
   report.reason = askServiceManager(bus, managerPatience).silence;
   if (report.reason.empty())
@@ -25,19 +26,42 @@ SourceReport services(std::string name, const std::string& bus, const Clock& clo
   return report;
 }
 
+/// Asked about a process that there always is: that a socket exists does not say that somebody answers.
+bool answers(UsageHelperService* helper) {
+  if (!helper || helper->status() != UsageHelperStatus::enabled) return false;
+  const auto told = std::make_shared<std::atomic<bool>>(false); // an answer may come late
+  const auto connection = helper->connect([] {});
+  if (!connection) return false;
+  constexpr ProcessID first[] = {1};
+  connection->request(first, [told](const UsageHelperAnswer& answer) { *told = answer.has_value(); });
+  connection->await(helperPatience);
+  return *told;
+}
+
 } // namespace
 
-LinuxDiagnostics::LinuxDiagnostics(const Clock& clock, BusAddresses buses, LinuxMachineRoots machine)
-    : clock_(clock), buses_(std::move(buses)), machine_(std::move(machine)) {}
+LinuxDiagnostics::LinuxDiagnostics(const Clock& clock, BusAddresses buses, UsageHelperService* helper,
+                                   LinuxMachineRoots machine)
+    : clock_(clock), buses_(std::move(buses)), helper_(helper), machine_(std::move(machine)) {}
 
 std::vector<SourceReport> LinuxDiagnostics::sources() {
-  auto reports = machineSources(machine_, clock_);
+  auto reports = machineSources(machine_, &clock_);
   LinuxProcessTable table(LinuxProcessTable::systemSources());
   NetlinkSockets sockets;
-  for (auto& report : processSources({machine_.proc, &table, &sockets, ::geteuid()}, clock_))
+  const ProcessSourceRoots roots{machine_.proc, &table, &sockets, ::geteuid(),
+                                 [this] { return answers(helper_); }};
+  for (auto& report : processSources(roots, &clock_)) reports.push_back(std::move(report));
+  reports.push_back(services(localized("Your services"), buses_.session, &clock_));
+  reports.push_back(services(localized("The system's services"), buses_.system, &clock_));
+  return reports;
+}
+
+std::vector<SourceReport> LinuxDiagnostics::figureSources() {
+  auto reports = machineSources(machine_, nullptr);
+  NetlinkSockets sockets;
+  for (auto& report : processSources({machine_.proc, nullptr, &sockets, ::geteuid()}, nullptr))
     reports.push_back(std::move(report));
-  reports.push_back(services(localized("Your services"), buses_.session, clock_));
-  reports.push_back(services(localized("The system's services"), buses_.system, clock_));
+  std::erase_if(reports, [](const SourceReport& report) { return report.parts.empty(); });
   return reports;
 }
 

@@ -27,7 +27,7 @@ namespace {
 std::string sessionBus(const Environment& environment) {
   if (auto address = environment("DBUS_SESSION_BUS_ADDRESS")) return *address;
   const auto runtime = environment("XDG_RUNTIME_DIR");
-  return runtime ? "unix:path=" + *runtime + "/bus" : std::string();
+  return runtime && runtime->starts_with('/') ? "unix:path=" + *runtime + "/bus" : std::string();
 }
 
 } // namespace
@@ -41,7 +41,7 @@ Host makeHost(const Environment& environment) {
   for (const auto* variable : {"LC_ALL", "LC_MESSAGES", "LANG"})
     if (host.locale.empty()) host.locale = environment(variable).value_or("");
   host.words = linuxWords();
-  host.defaults = std::make_unique<SettingsFile>(host.folders.config, clock);
+  host.defaults = std::make_unique<SettingsFile>(host.folders.config);
   host.fileTree = std::make_unique<LinuxFileTree>();
   host.logFiles = std::make_unique<PosixLogFiles>();
   host.trash = std::make_unique<LinuxTrash>(host.folders.dataHome, getuid(), clock, *host.zone);
@@ -52,7 +52,7 @@ Host makeHost(const Environment& environment) {
   host.launchItems =
       std::make_unique<LinuxLaunchItems>(host.folders, Shell::run, buses, environment("PATH").value_or(""));
   host.usageHelper = std::make_unique<LinuxUsageHelper>(LinuxUsageHelper::systemSources(environment));
-  host.diagnostics = std::make_unique<LinuxDiagnostics>(clock, buses);
+  host.diagnostics = std::make_unique<LinuxDiagnostics>(clock, buses, host.usageHelper.get());
   host.state = std::make_unique<LinuxMachineState>(clock);
   host.notifications = std::make_unique<DesktopNotifications>(buses.session);
   std::error_code error;

@@ -55,6 +55,7 @@ public:
   PortsByPID listeningPorts() override;
   Timebase timebase() const override { return {}; }
   bool energyIsEstimate() const override { return energy_.isReadable(); }
+  bool tellsEnergy() const override { return energy_.isReadable(); }
   std::uint8_t figuresOfHelper() const override { return hiddenDisk | hiddenStart; }
 
 private:

@@ -10,9 +10,14 @@ namespace {
 
 using State = SourceReport::State;
 
+const std::vector graphicsParts = {KnownPart::graphics, KnownPart::graphicsMemory};
+const std::vector batteryParts = {KnownPart::battery, KnownPart::batteryHealth, KnownPart::batteryCycles,
+                                  KnownPart::batteryTemperature};
+const std::vector powerParts = {KnownPart::power, KnownPart::processEnergy};
+
 class Examination {
 public:
-  Examination(const LinuxMachineRoots& roots, const Clock& clock)
+  Examination(const LinuxMachineRoots& roots, const Clock* clock)
       : roots_(roots), clock_(clock), machine_(roots) {}
 
   std::vector<SourceReport> run() {
@@ -31,6 +36,7 @@ private:
     const char* missing;
     const char* remedy;
     void (*read)(LinuxMachineCounters&);
+    std::vector<KnownPart> parts = {};
   };
 
   void files();
@@ -40,17 +46,18 @@ private:
   void battery();
   void packages();
 
-  SourceReport& add(const char* name, std::string source, State state) {
-    reports_.push_back({.name = localized(name), .source = std::move(source), .state = state});
+  SourceReport& add(const char* name, std::string source, State state, std::vector<KnownPart> parts = {}) {
+    reports_.push_back(
+        {.name = localized(name), .source = std::move(source), .state = state, .parts = std::move(parts)});
     return reports_.back();
   }
   /// A source that this machine does not have, and nothing would change that.
-  void addMissing(const char* name, std::string source, const char* reason) {
-    add(name, std::move(source), State::missing).reason = localized(reason);
+  void addMissing(const char* name, std::string source, const char* reason, std::vector<KnownPart> parts) {
+    add(name, std::move(source), State::missing, std::move(parts)).reason = localized(reason);
   }
 
   const LinuxMachineRoots& roots_;
-  const Clock& clock_;
+  const Clock* clock_;
   LinuxMachineCounters machine_;
   FileReader reader_;
   std::vector<SourceReport> reports_;
@@ -59,21 +66,41 @@ private:
 void Examination::files() {
   static constexpr const char* noProc = "The proc file system is not mounted, or hides this file.";
   static constexpr const char* mountProc = "Mount it: mount -t proc proc /proc (as root).";
-  static constexpr FileRow rows[] = {
-      {"CPU", "/stat", noProc, mountProc, [](LinuxMachineCounters& m) { m.cpu(); }},
-      {"Load", "/loadavg", noProc, mountProc, nullptr},
-      {"Memory", "/meminfo", noProc, mountProc, [](LinuxMachineCounters& m) { m.memory(); }},
+  static const FileRow rows[] = {
+      {"CPU", "/stat", noProc, mountProc, [](LinuxMachineCounters& m) { m.cpu(); }, {KnownPart::processor}},
+      {"Load", "/loadavg", noProc, mountProc, nullptr, {KnownPart::load}},
+      {"Memory",
+       "/meminfo",
+       noProc,
+       mountProc,
+       [](LinuxMachineCounters& m) { m.memory(); },
+       {KnownPart::memory}},
       {"Memory stalls", "/pressure/memory",
        "This kernel keeps no pressure-stall information; memory pressure is judged by what is available "
        "alone.",
        "Start the kernel with psi=1, if it was built with it (4.20 or later).", nullptr},
-      {"Disks", "/diskstats", noProc, mountProc, [](LinuxMachineCounters& m) { m.disks(); }},
-      {"Volumes", "/self/mountinfo", noProc, mountProc, [](LinuxMachineCounters& m) { m.volumes(); }},
-      {"Network", "/net/dev", noProc, mountProc, [](LinuxMachineCounters& m) { m.interfaces(); }},
+      {"Disks",
+       "/diskstats",
+       noProc,
+       mountProc,
+       [](LinuxMachineCounters& m) { m.disks(); },
+       {KnownPart::disks}},
+      {"Volumes",
+       "/self/mountinfo",
+       noProc,
+       mountProc,
+       [](LinuxMachineCounters& m) { m.volumes(); },
+       {KnownPart::volumes}},
+      {"Network",
+       "/net/dev",
+       noProc,
+       mountProc,
+       [](LinuxMachineCounters& m) { m.interfaces(); },
+       {KnownPart::network}},
   };
   for (const auto& row : rows) {
     const auto path = roots_.proc + row.path;
-    auto& report = add(row.name, path, fileState(path));
+    auto& report = add(row.name, path, fileState(path), row.parts);
     if (report.state == State::readable) {
       report.microseconds =
           readingMicroseconds(clock_, [&] { row.read ? row.read(machine_) : void(reader_.read(path)); });
@@ -102,7 +129,7 @@ void Examination::graphics() {
   for (const auto& each : cards) card(each);
   if (cards.empty())
     addMissing("GPU", roots_.sys + "/class/drm",
-               "This machine has no graphics card that a driver looks after.");
+               "This machine has no graphics card that a driver looks after.", graphicsParts);
 }
 
 void Examination::card(const GraphicsCards::Card& card) {
@@ -112,7 +139,7 @@ void Examination::card(const GraphicsCards::Card& card) {
   const auto source = nvidia  ? roots_.nvidiaLibrary + " " + card.address
                       : intel ? roots_.proc + "/*/fdinfo " + card.address
                               : card.folder;
-  auto& report = add("GPU", source, State::refused);
+  auto& report = add("GPU", source, State::refused, graphicsParts);
   if (card.driver == Driver::other) {
     report.state = State::missing;
     report.reason = localized("The card's driver publishes no figure for how busy the whole card is.");
@@ -141,7 +168,8 @@ void Examination::battery() {
   const auto& supplies = machine_.powerSources().supplies();
   for (const auto& supply : supplies) {
     const bool pack = supply.kind == PowerSupply::Kind::battery;
-    auto& report = add(pack ? "Battery" : "Power adapter", supply.file, fileState(supply.file));
+    auto& report = add(pack ? "Battery" : "Power adapter", supply.file, fileState(supply.file),
+                       pack ? batteryParts : std::vector<KnownPart>{});
     if (report.state == State::readable)
       report.microseconds = readingMicroseconds(clock_, [&] { reader_.read(supply.file); });
     else
@@ -149,13 +177,14 @@ void Examination::battery() {
   }
   const auto isPack = [](const PowerSources::Supply& s) { return s.kind == PowerSupply::Kind::battery; };
   if (std::ranges::none_of(supplies, isPack))
-    addMissing("Battery", roots_.sys + "/class/power_supply", "This machine has no battery.");
+    addMissing("Battery", roots_.sys + "/class/power_supply", "This machine has no battery.", batteryParts);
 }
 
 void Examination::packages() {
   const auto& packages = machine_.powerSources().energy().packages();
   for (const auto& package : packages) {
-    auto& report = add("CPU power", package.file, package.readable ? State::readable : State::refused);
+    auto& report =
+        add("CPU power", package.file, package.readable ? State::readable : State::refused, powerParts);
     if (package.readable) {
       report.microseconds = readingMicroseconds(clock_, [&] { reader_.read(package.file); });
       continue;
@@ -167,12 +196,12 @@ void Examination::packages() {
   }
   if (packages.empty())
     addMissing("CPU power", roots_.sys + "/class/powercap",
-               "This processor has no energy counter, or a virtual machine hides it.");
+               "This processor has no energy counter, or a virtual machine hides it.", powerParts);
 }
 
 } // namespace
 
-std::vector<SourceReport> machineSources(const LinuxMachineRoots& roots, const Clock& clock) {
+std::vector<SourceReport> machineSources(const LinuxMachineRoots& roots, const Clock* clock) {
   return Examination(roots, clock).run();
 }
 

@@ -68,9 +68,11 @@ std::optional<GPUCounters> NvidiaLibrary::read(const std::string& address) {
   if (functions_->deviceAt(address.c_str(), &device) != 0) return std::nullopt;
   Utilization utilization;
   Memory memory;
-  const bool told = functions_->utilization(device, &utilization) == 0;
-  if (functions_->memory(device, &memory) != 0 && !told) return std::nullopt;
-  return GPUCounters{double(utilization.gpu), memory.used};
+  GPUCounters counters;
+  if (functions_->utilization(device, &utilization) == 0) counters.utilization = double(utilization.gpu);
+  if (functions_->memory(device, &memory) == 0) counters.memoryInUse = memory.used;
+  if (!counters.utilization && !counters.memoryInUse) return std::nullopt;
+  return counters;
 }
 
 } // namespace korvell

@@ -23,6 +23,7 @@ PowerReading PowerSources::read(FileReader& reader) const {
     if (const auto text = reader.read(supply.file)) supplies.push_back(parsePowerSupply(supply.kind, *text));
   reading.battery = combinedBattery(supplies);
   reading.packages = energy_.read(reader);
+  reading.packagesRefused = !energy_.packages().empty() && !energy_.isReadable();
   return reading;
 }
 

@@ -14,8 +14,9 @@ namespace {
 
 using State = SourceReport::State;
 
-SourceReport processes(const ProcessSourceRoots& roots, const Clock& clock) {
-  SourceReport report{.name = localized("Processes"), .source = roots.proc + "/*/stat"};
+SourceReport processes(const ProcessSourceRoots& roots, const Clock* clock) {
+  SourceReport report{
+      .name = localized("Processes"), .source = roots.proc + "/*/stat", .parts = {KnownPart::processes}};
   report.state = fileState(roots.proc + "/1/stat");
   if (report.state == State::readable) {
     if (roots.table && !roots.table->read().empty())
@@ -55,7 +56,7 @@ std::optional<std::string> readableOfOthers(const ProcessSourceRoots& roots, con
   return anyOther ? std::nullopt : own;
 }
 
-SourceReport storage(const ProcessSourceRoots& roots, const Clock& clock) {
+SourceReport storage(const ProcessSourceRoots& roots, const Clock* clock) {
   SourceReport report{.name = localized("Storage of others"), .source = roots.proc + "/*/io"};
   const auto path =
       readableOfOthers(roots, "/io", [](const std::string& io) { return fileState(io) == State::readable; });
@@ -64,13 +65,18 @@ SourceReport storage(const ProcessSourceRoots& roots, const Clock& clock) {
     report.microseconds = readingMicroseconds(clock, [&] { reader.read(*path); });
     return report;
   }
+  if (roots.helperAnswers && roots.helperAnswers()) {
+    report.source = localized("the helper");
+    report.reason = localized("The system hides it from you; the helper tells it.");
+    return report;
+  }
   report.state = State::refused;
   report.reason = localized("The system does not tell you what other users' processes read and write.");
   report.remedy = localized("Enable the helper: korvell helper enable.");
   return report;
 }
 
-SourceReport openFiles(const ProcessSourceRoots& roots, const Clock& clock) {
+SourceReport openFiles(const ProcessSourceRoots& roots, const Clock* clock) {
   SourceReport report{.name = localized("Ports of others"), .source = roots.proc + "/*/fd"};
   const auto path =
       readableOfOthers(roots, "/fd", [](const std::string& folder) { return !folderNames(folder).empty(); });
@@ -85,8 +91,9 @@ SourceReport openFiles(const ProcessSourceRoots& roots, const Clock& clock) {
   return report;
 }
 
-SourceReport traffic(const ProcessSourceRoots& roots, const Clock& clock) {
-  SourceReport report{.name = localized("Traffic"), .source = "sock_diag"};
+SourceReport traffic(const ProcessSourceRoots& roots, const Clock* clock) {
+  SourceReport report{
+      .name = localized("Traffic"), .source = "sock_diag", .parts = {KnownPart::processTraffic}};
   std::vector<SocketRecord> records;
   const auto dump = [&] {
     records.clear();
@@ -105,7 +112,7 @@ SourceReport traffic(const ProcessSourceRoots& roots, const Clock& clock) {
 
 } // namespace
 
-std::vector<SourceReport> processSources(const ProcessSourceRoots& roots, const Clock& clock) {
+std::vector<SourceReport> processSources(const ProcessSourceRoots& roots, const Clock* clock) {
   return {processes(roots, clock), storage(roots, clock), openFiles(roots, clock), traffic(roots, clock)};
 }
 

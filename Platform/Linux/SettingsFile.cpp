@@ -2,12 +2,12 @@
 
 #include "Base/FileLock.h"
 #include "Base/Files.h"
+#include "Base/Localization.h"
 #include "Base/Text.h"
 #include "Base/UserFolders.h"
 
 #include <cerrno>
-#include <cstdio>
-#include <sys/stat.h>
+#include <cstring>
 
 namespace korvell {
 
@@ -24,31 +24,56 @@ std::optional<Value> stored(const Value& members, std::string_view key) {
 
 } // namespace
 
-SettingsFile::SettingsFile(std::string folder, const Clock& clock)
-    : folder_(std::move(folder)), path_(folder_ + "/settings.json"), clock_(clock) {}
+SettingsFile::SettingsFile(std::string folder)
+    : folder_(std::move(folder)), path_(folder_ + "/settings.json"), copy_(path_ + ".good") {}
 
 SettingsFile::Content SettingsFile::read() const {
   int error = 0;
   const auto text = readFile(path_, mostBytes, &error);
-  if (!text) {
-    if (error == ENOENT || error == ENOTDIR) return {State::missing, {}};
-    return {error == EFBIG ? State::damaged : State::unreadable, {}};
-  }
-  if (trimmed(*text).empty()) return {State::missing, {}};
-  auto members = parseJSON(*text);
-  if (!members || !members->asObject()) return {State::damaged, {}};
-  return {State::sound, std::move(*members)};
+  const auto unreadable = [&](const std::string& reason) {
+    return Content{
+        {},
+        localized("The settings in {file} can't be read: {reason}.", {{"file", path_}, {"reason", reason}})};
+  };
+  const bool isMissing = !text && (error == ENOENT || error == ENOTDIR);
+  if (!text && !isMissing) return unreadable(std::strerror(error));
+  if (isMissing || trimmed(*text).empty()) return {Value::object(), {}};
+  JSONFault fault;
+  auto members = parseJSON(*text, &fault);
+  if (members && members->asObject()) return {std::move(*members), {}};
+  if (members) return unreadable(localized("they are no JSON object"));
+  return unreadable(
+      localized("line {line}, column {column} is no JSON",
+                {{"line", std::to_string(fault.line)}, {"column", std::to_string(fault.column)}}));
 }
 
-std::optional<Value> SettingsFile::value(std::string_view key) const { return stored(read().members, key); }
+/// Of a file that can't be read now.
+std::optional<Value> SettingsFile::lastGood() const {
+  if (lastRead_) return lastRead_;
+  const auto text = readFile(copy_, mostBytes);
+  return text ? parseJSON(*text) : std::nullopt;
+}
 
-/// Under a name that is still free.
-bool SettingsFile::setAside() const {
-  const std::string file = followedLinks(path_);
-  std::string aside = file + ".damaged-" + rfc3339(clock_.now());
-  struct stat info {};
-  while (lstat(aside.c_str(), &info) == 0) aside += "-again";
-  return std::rename(file.c_str(), aside.c_str()) == 0;
+std::optional<Value> SettingsFile::value(std::string_view key) const {
+  auto content = read();
+  const std::lock_guard lock(mutex_);
+  if (!content.trouble)
+    lastRead_ = std::move(content.members);
+  else if (!lastRead_)
+    lastRead_ = lastGood().value_or(Value::object());
+  return stored(*lastRead_, key);
+}
+
+std::optional<std::string> SettingsFile::trouble() const {
+  auto content = read();
+  if (!content.trouble) return std::nullopt;
+  const std::lock_guard lock(mutex_);
+  const auto meanwhile = lastGood()
+                             ? localized("The last settings that could be read apply until the file is "
+                                         "mended, and none can be changed.")
+                             : localized("Every setting is at its default until the file is mended, and "
+                                         "none can be changed.");
+  return *content.trouble + " " + meanwhile;
 }
 
 bool SettingsFile::update(std::string_view key,
@@ -56,16 +81,19 @@ bool SettingsFile::update(std::string_view key,
   if (!ensurePrivateFolder(folder_)) return false;
   const auto lock = FileLock::acquire(path_ + ".lock", lockPatience);
   if (!lock) return false;
-  auto content = read();
-  if (content.state == State::unreadable) return false;
-  Value members = content.state == State::sound ? content.members : Value::object();
+  const auto content = read();
+  if (content.trouble) return false;
+  Value members = content.members;
   if (auto value = change(stored(members, key)))
     members.set(key, std::move(*value));
   else
     members.erase(key);
-  if (content.state != State::damaged && members == content.members) return true;
-  if (content.state == State::damaged && !setAside()) return false;
-  return replaceFile(path_, dumpJSON(members, JSONStyle::indented) + "\n");
+  if (members == content.members) return true;
+  const auto text = dumpJSON(members, JSONStyle::indented) + "\n";
+  if (!replaceFile(path_, text)) return false;
+  [[maybe_unused]] const bool kept =
+      replaceFile(copy_, text); // without it there is only less to fall back on
+  return true;
 }
 
 } // namespace korvell

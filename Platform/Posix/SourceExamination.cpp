@@ -7,13 +7,14 @@
 
 namespace korvell {
 
-double readingMicroseconds(const Clock& clock, const std::function<void()>& reading) {
+std::optional<double> readingMicroseconds(const Clock* clock, const std::function<void()>& reading) {
+  if (!clock) return std::nullopt;
   constexpr int times = 7;
   std::vector<double> costs;
   for (int i = 0; i < times; ++i) {
-    const auto begin = clock.monotonic();
+    const auto begin = clock->monotonic();
     reading();
-    costs.push_back((clock.monotonic() - begin).count() * 1e6);
+    costs.push_back((clock->monotonic() - begin).count() * 1e6);
   }
   std::ranges::nth_element(costs, costs.begin() + times / 2);
   return costs[times / 2];

@@ -9,7 +9,8 @@
 namespace korvell {
 
 /// What one reading costs: the median of a few, since the first finds nothing in the processor's caches.
-double readingMicroseconds(const Clock& clock, const std::function<void()>& reading);
+/// Nothing is read and told without a clock.
+std::optional<double> readingMicroseconds(const Clock* clock, const std::function<void()>& reading);
 
 /// What opening a file and reading its first byte says about it.
 SourceReport::State fileState(const std::string& path);

@@ -28,27 +28,57 @@ struct SourceRow {
   const char* source;
   const char* missing; ///< why a machine may not have it
   bool (*answers)(MacSources&);
+  std::vector<KnownPart> parts = {}; ///< the figures that come from it
 };
 
-constexpr SourceRow machineRows[] = {
-    {"CPU", "host_processor_info", noAnswer, [](MacSources& s) { return !s.machine.cpu().cores.empty(); }},
-    {"Load", "getloadavg", noAnswer, [](MacSources& s) { return s.machine.cpu().load1.has_value(); }},
-    {"Memory", "host_statistics64", noAnswer,
-     [](MacSources& s) { return s.machine.memory().use.has_value(); }},
+const SourceRow machineRows[] = {
+    {"CPU",
+     "host_processor_info",
+     noAnswer,
+     [](MacSources& s) { return !s.machine.cpu().cores.empty(); },
+     {KnownPart::processor}},
+    {"Load",
+     "getloadavg",
+     noAnswer,
+     [](MacSources& s) { return s.machine.cpu().load1.has_value(); },
+     {KnownPart::load}},
+    {"Memory",
+     "host_statistics64",
+     noAnswer,
+     [](MacSources& s) { return s.machine.memory().use.has_value(); },
+     {KnownPart::memory}},
     {"Swap", "vm.swapusage", noAnswer,
      [](MacSources&) { return sysctlValue<xsw_usage>("vm.swapusage").has_value(); }},
     {"Memory pressure", "kern.memorystatus_vm_pressure_level", noAnswer,
      [](MacSources&) {
        return sysctlValue<std::int32_t>("kern.memorystatus_vm_pressure_level").has_value();
      }},
-    {"Disks", "IOBlockStorageDriver", noAnswer, [](MacSources& s) { return !s.machine.disks().empty(); }},
-    {"Volumes", "NSFileManager", noAnswer, [](MacSources& s) { return !s.machine.volumes().empty(); }},
-    {"Network", "NET_RT_IFLIST2", "This machine has no wired, wireless or cellular link.",
-     [](MacSources& s) { return !s.machine.interfaces().empty(); }},
-    {"GPU", "IOAccelerator", "No graphics processor publishes how busy it is.",
-     [](MacSources& s) { return !s.machine.gpus().empty(); }},
-    {"Battery", "AppleSmartBattery", "This machine has no battery.",
-     [](MacSources& s) { return s.machine.power().battery.has_value(); }},
+    {"Disks",
+     "IOBlockStorageDriver",
+     noAnswer,
+     [](MacSources& s) { return !s.machine.disks().empty(); },
+     {KnownPart::disks}},
+    {"Volumes",
+     "NSFileManager",
+     noAnswer,
+     [](MacSources& s) { return !s.machine.volumes().empty(); },
+     {KnownPart::volumes}},
+    {"Network",
+     "NET_RT_IFLIST2",
+     "This machine has no wired, wireless or cellular link.",
+     [](MacSources& s) { return !s.machine.interfaces().empty(); },
+     {KnownPart::network}},
+    {"GPU",
+     "IOAccelerator",
+     "No graphics processor publishes how busy it is.",
+     [](MacSources& s) { return !s.machine.gpus().empty(); },
+     {KnownPart::graphics, KnownPart::graphicsMemory}},
+    {"Battery",
+     "AppleSmartBattery",
+     "This machine has no battery.",
+     [](MacSources& s) { return s.machine.power().battery.has_value(); },
+     {KnownPart::battery, KnownPart::batteryHealth, KnownPart::batteryCycles, KnownPart::batteryTemperature,
+      KnownPart::power}},
     {"Power adapter", "IOPSCopyExternalPowerAdapterDetails", "No power adapter tells what it can give.",
      [](MacSources&) { return bool(CFOwned<CFDictionaryRef>(IOPSCopyExternalPowerAdapterDetails())); }},
     {"Thermal state", "NSProcessInfo", noAnswer,
@@ -60,8 +90,8 @@ constexpr SourceRow machineRows[] = {
      [](MacSources& s) { return !s.applications.list().empty(); }},
 };
 
-SourceReport examined(const SourceRow& row, MacSources& sources, const Clock& clock) {
-  SourceReport report{.name = localized(row.name), .source = row.source};
+SourceReport examined(const SourceRow& row, MacSources& sources, const Clock* clock) {
+  SourceReport report{.name = localized(row.name), .source = row.source, .parts = row.parts};
   if (row.answers(sources)) {
     report.microseconds = readingMicroseconds(clock, [&] { row.answers(sources); });
   } else {
@@ -72,8 +102,10 @@ SourceReport examined(const SourceRow& row, MacSources& sources, const Clock& cl
 }
 
 /// The listing and the figures of our own processes, without the bytes that nettop tells.
-SourceReport processes(const Clock& clock) {
-  SourceReport report{.name = localized("Processes"), .source = "proc_pid_rusage"};
+SourceReport processes(const Clock* clock) {
+  SourceReport report{.name = localized("Processes"),
+                      .source = "proc_pid_rusage",
+                      .parts = {KnownPart::processes, KnownPart::processEnergy}};
   MacProcessTable table([](const auto&...) { return std::nullopt; });
   if (table.read().empty()) {
     report.state = State::missing;
@@ -88,7 +120,7 @@ SourceReport usageOfOthers(const Clock& clock) {
   SourceReport report{.name = localized("Usage of others"), .source = "proc_pid_rusage"};
   MacProcessTable table([](const auto&...) { return std::nullopt; });
   if (table.start(launchd)) {
-    report.microseconds = readingMicroseconds(clock, [&] { table.start(launchd); });
+    report.microseconds = readingMicroseconds(&clock, [&] { table.start(launchd); });
   } else {
     report.state = State::refused;
     report.reason = localized("The system does not tell you what other users' processes use.");
@@ -102,7 +134,7 @@ SourceReport responsibleProcesses(const Clock& clock) {
                       .source = "responsibility_get_pid_responsible_for_pid"};
   MacProcessTable table([](const auto&...) { return std::nullopt; });
   if (const auto own = table.facts(getpid()); own && own->responsible > 0) {
-    report.microseconds = readingMicroseconds(clock, [&] { table.facts(getpid()); });
+    report.microseconds = readingMicroseconds(&clock, [&] { table.facts(getpid()); });
   } else {
     report.state = State::missing;
     report.reason = localized("This system does not tell which application a process works for; its path "
@@ -148,15 +180,26 @@ SourceReport launchJobs(LaunchItems& items, const Clock& clock) {
 
 std::vector<SourceReport> MacDiagnostics::sources() {
   std::vector<SourceReport> reports;
-  for (const auto& row : machineRows) reports.push_back(examined(row, sources_, clock_));
-  reports.push_back(processes(clock_));
+  for (const auto& row : machineRows) reports.push_back(examined(row, sources_, &clock_));
+  reports.push_back(processes(&clock_));
   reports.push_back(usageOfOthers(clock_));
   reports.push_back(responsibleProcesses(clock_));
-  reports.push_back(program("Traffic", "/usr/bin/nettop", sources_.run, clock_,
-                            [](const CommandRunner& run) { readProcessTraffic(run); }));
+  auto traffic = program("Traffic", "/usr/bin/nettop", sources_.run, clock_,
+                         [](const CommandRunner& run) { readProcessTraffic(run); });
+  traffic.parts = {KnownPart::processTraffic};
+  reports.push_back(std::move(traffic));
   reports.push_back(program("Listening ports", "/usr/sbin/lsof", sources_.run, clock_,
                             [](const CommandRunner& run) { readListeningPorts(run); }));
   reports.push_back(launchJobs(sources_.launchItems, clock_));
+  return reports;
+}
+
+// Without the traffic of processes: nettop takes longer than people wait for a status.
+std::vector<SourceReport> MacDiagnostics::figureSources() {
+  std::vector<SourceReport> reports;
+  for (const auto& row : machineRows)
+    if (!row.parts.empty()) reports.push_back(examined(row, sources_, nullptr));
+  reports.push_back(processes(nullptr));
   return reports;
 }
 

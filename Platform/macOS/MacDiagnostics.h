@@ -25,6 +25,7 @@ public:
   MacDiagnostics(MacSources sources, const Clock& clock) : sources_(std::move(sources)), clock_(clock) {}
 
   std::vector<SourceReport> sources() override;
+  std::vector<SourceReport> figureSources() override;
   OwnUsage ownUsage() override;
 
 private:

@@ -22,6 +22,7 @@ public:
   PortsByPID listeningPorts() override;
   Timebase timebase() const override { return timebase_; }
   bool energyIsEstimate() const override { return false; }
+  bool tellsEnergy() const override { return true; }
 
 private:
   using ResponsibleProcess = ProcessID (*)(ProcessID);

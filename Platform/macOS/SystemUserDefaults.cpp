@@ -28,6 +28,8 @@ std::optional<Value> SystemUserDefaults::value(std::string_view key) const {
   return value;
 }
 
+std::string SystemUserDefaults::place() const { return std::string(applicationIdentifier); }
+
 bool SystemUserDefaults::update(std::string_view key,
                                 const std::function<std::optional<Value>(std::optional<Value>)>& change) {
   const auto name = cfString(key);

@@ -18,6 +18,7 @@ public:
   /// `change` must not use these settings itself.
   bool update(std::string_view key,
               const std::function<std::optional<Value>(std::optional<Value>)>& change) override;
+  std::string place() const override;
 
 private:
   const std::string lockFolder_;

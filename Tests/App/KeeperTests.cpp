@@ -33,11 +33,17 @@ TEST_F(KeeperTests, tellsTheWholeStateOrPartsAndNothingElse) {
   time.run();
   EXPECT_EQ(ask(R"({"ask":"state","parts":["report","sensors","aiUsage"]})"),
             R"({"ok":true,"hasSample":false})");
+  machine.memoryCounters = {10, MemoryUse{}};
   time.advance(Seconds{20});
   const auto state = *parseJSON(ask(R"({"ask":"state"})"));
   SystemSnapshot told;
   EXPECT_TRUE(fromValue(*state.find("snapshot"), told));
   EXPECT_EQ(told.date, model->snapshot->date);
+  KnownParts known;
+  EXPECT_TRUE(fromValue(*state.find("known"), known));
+  EXPECT_EQ(known, *model->known);
+  EXPECT_TRUE(known.has(KnownPart::memory));
+  EXPECT_FALSE(fromValue(*parseJSON(R"({"load":{"state":"guessed"}})"), known));
   EXPECT_EQ(state.find("live")->find("cpu")->asArray()->size(), model->live->at(Metric::cpu).size());
   EXPECT_EQ(
       ask(R"({"ask":"state","parts":["totals","nonsense",7]})"),

@@ -57,4 +57,21 @@ TEST(FormatTests, smallFigures) {
 }
 
 } // namespace
+TEST(FormatTests, figuresGoByTheirUnits) {
+  const std::pair<Unit, const char*> rows[] = {{Unit::memory, "1.46 KB"},
+                                               {Unit::bytes, "1.50 KB"},
+                                               {Unit::bytesPerSecond, "1.5 KB/s"},
+                                               {Unit::percent, "1500%"},
+                                               {Unit::corePercent, "1500.0%"},
+                                               {Unit::celsius, "1500°C"},
+                                               {Unit::watts, "1500 W"},
+                                               {Unit::minutes, "1 days"},
+                                               {Unit::dollars, "$1500.00"},
+                                               {Unit::revolutionsPerMinute, "1500"},
+                                               {Unit::none, "1500"}};
+  for (const auto& [unit, text] : rows) EXPECT_EQ(Format::figure(unit, 1500), text);
+  for (const auto& unit : allCases<Unit>())
+    EXPECT_EQ(Format::figure(unit.value, NAN), noFigure) << unit.rawValue;
+}
+
 } // namespace korvell

@@ -32,12 +32,26 @@ TEST(UserFolders, aCacheFolderThatHoldsTheHomeFolderIsNotBelieved) {
         << value;
 }
 
-TEST(UserFolders, aHomeThatIsNoneIsTheRoot) {
+TEST(UserFolders, whereHOMENamesNoneThePasswordDatabaseDecidesAndNeverTheRoot) {
+  const auto told = [](std::optional<std::string> home) { return [home] { return home; }; };
   for (const auto& environment :
-       {fakeEnvironment({}), fakeEnvironment({{"HOME", "ada"}}), fakeEnvironment({{"HOME", "/"}})}) {
-    EXPECT_EQ(linuxUserFolders(environment).config, "/.config/korvell");
-    EXPECT_EQ(macOSUserFolders(environment).data, "/Library/Application Support/Korvell");
+       {fakeEnvironment({}), fakeEnvironment({{"HOME", "ada"}}), fakeEnvironment({{"HOME", ""}}),
+        fakeEnvironment({{"HOME", "/"}}), fakeEnvironment({{"HOME", "//"}})}) {
+    EXPECT_EQ(linuxUserFolders(withHome(environment, told("/home/ada/"))).home, "/home/ada");
+    for (const auto& useless : {std::optional<std::string>(), std::optional<std::string>("/")}) {
+      const auto completed = withHome(environment, told(useless));
+      EXPECT_FALSE(completed("HOME"));
+      const auto folders = linuxUserFolders(completed);
+      EXPECT_FALSE(folders.hasHome());
+      EXPECT_FALSE(macOSUserFolders(completed).hasHome());
+      for (const auto* folder : {&folders.data, &folders.config, &folders.cacheHome, &folders.dataHome})
+        EXPECT_FALSE(ensurePrivateFolder(*folder)) << *folder << ": not even for root";
+    }
   }
+  const auto own = fakeEnvironment({{"HOME", "/home/eve"}, {"TMPDIR", "tmp"}});
+  EXPECT_EQ(withHome(own, told("/home/ada"))("HOME"), "/home/eve");
+  EXPECT_TRUE(linuxUserFolders(own).hasHome());
+  EXPECT_EQ(macOSUserFolders(own).runtime, "") << "a relative folder is ignored";
 }
 
 TEST(UserFolders, onMacOSTheLibraryHasThem) {

@@ -24,6 +24,19 @@ TEST(Value, readsOnlyWhatItIs) {
   EXPECT_EQ(Value(std::uint64_t{5}), Value(5)) << "equal numbers are equal values";
 }
 
+TEST(Value, whatIsNoJSONNamesThePlace) {
+  const std::pair<std::string, JSONFault> rows[] = {{"{\"a\":1,\n}", {2, 1}},
+                                                    {"[1,\n 2,\n \"€\" x]", {3, 6}},
+                                                    {std::string("[1\n\0]", 5), {2, 1}},
+                                                    {"", {1, 1}},
+                                                    {brackets(600), {1, 1}}};
+  for (const auto& [text, place] : rows) {
+    JSONFault fault{9, 9};
+    EXPECT_FALSE(parseJSON(text, &fault)) << text;
+    EXPECT_EQ(fault, place) << text << " " << fault.line << ":" << fault.column;
+  }
+}
+
 TEST(Value, objectsKeepTheirOrder) {
   auto object = Value::object({{"b", 1}, {"a", 2}});
   object.set("c", std::optional<int>{}).set("b", 3).set("d", std::optional<int>{4});

@@ -44,7 +44,8 @@ inline void expectMachineContract(MachineCounters& machine) {
     EXPECT_TRUE(!interface.name.empty() && names.insert(interface.name).second) << interface.name;
 
   const auto isPercentage = [](double value) { return value >= 0 && value <= 100; };
-  for (const auto& gpu : machine.gpus()) EXPECT_TRUE(isPercentage(gpu.utilization)) << gpu.utilization;
+  for (const auto& gpu : machine.gpus())
+    EXPECT_TRUE(isPercentage(gpu.utilization.value_or(0))) << *gpu.utilization;
   const auto power = machine.power();
   EXPECT_TRUE(!power.battery || isPercentage(power.battery->percent.value_or(0)));
   for (const auto& [package, counter] : power.packages)

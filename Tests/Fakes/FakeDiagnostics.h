@@ -11,6 +11,7 @@ public:
   OwnUsage usage;
 
   std::vector<SourceReport> sources() override { return list; }
+  std::vector<SourceReport> figureSources() override { return list; }
   OwnUsage ownUsage() override {
     usage.cpuSeconds += 0.010;
     return usage;

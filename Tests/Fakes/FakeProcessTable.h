@@ -61,6 +61,7 @@ public:
   PortsByPID listeningPorts() override { return ports; }
   Timebase timebase() const override { return base; }
   bool energyIsEstimate() const override { return false; }
+  bool tellsEnergy() const override { return true; }
   std::uint8_t figuresOfHelper() const override { return toldByHelper; }
 
   SignalOutcome send(ProcessID pid, std::uint64_t start, ProcessSignal signal) override {

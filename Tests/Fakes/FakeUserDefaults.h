@@ -21,6 +21,7 @@ public:
       : store_(std::move(store)) {}
 
   bool readOnly = false;            ///< as on a full disk: nothing can be stored
+  std::optional<std::string> fault; ///< what is stored can't be read
   std::vector<std::string> changed; ///< the keys of the changes that were asked for, in their order
   std::function<void()> onChange;   ///< called at each of them, where it happens
 
@@ -35,13 +36,16 @@ public:
     changed.emplace_back(key);
     if (onChange) onChange();
     auto value = change(find(key));
-    if (readOnly) return false;
+    if (readOnly || fault) return false;
     if (value && !value->isNull())
       store_->values.insert_or_assign(std::string(key), std::move(*value));
     else
       store_->values.erase(std::string(key));
     return true;
   }
+
+  std::optional<std::string> trouble() const override { return fault; }
+  std::string place() const override { return "memory"; }
 
 private:
   std::optional<Value> find(std::string_view key) const {

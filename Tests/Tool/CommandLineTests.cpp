@@ -110,6 +110,16 @@ TEST_F(CommandLineTests, failuresAreObjectsToo) {
   EXPECT_EQ(output, "");
 }
 
+TEST_F(CommandLineTests, whatWritesNeedsAHomeFolder) {
+  const std::vector<Command> writer = {
+      writing({"note", "Writes", {}, [](Context&, const Arguments&) { return int(exitOK); }})};
+  EXPECT_EQ(CommandFixture::run(writer, {"note"}), exitOK);
+  host.folders.home = UserFolders::noHome;
+  EXPECT_EQ(CommandFixture::run(writer, {"note"}), exitFailed);
+  EXPECT_THAT(errors, HasSubstr("Nobody knows your home folder"));
+  EXPECT_EQ(run({"echo"}), exitOK) << "what only reads goes on";
+}
+
 TEST_F(CommandLineTests, helpIsOfTheInnermostCommand) {
   EXPECT_EQ(run({"--help"}), exitOK);
   EXPECT_THAT(output, HasSubstr("Says what it was given"));

@@ -1,6 +1,7 @@
 #include "Base/Text.h"
 #include "Tests/Fakes/FakeDiagnostics.h"
 #include "Tests/Fakes/FakeMachineCounters.h"
+#include "Tests/Fakes/FakeUserDefaults.h"
 #include "Tool/Wrap.h"
 
 #include "CommandFixture.h"
@@ -51,6 +52,18 @@ TEST_F(DoctorTests, everySourceWithItsStateAndWhatItWouldTake) {
   EXPECT_EQ(run({"doctor", "--json"}), exitOK);
   EXPECT_THAT(output, HasSubstr(R"("state":"refused")"));
   EXPECT_THAT(output, HasSubstr(R"("residentBytes":5242880)"));
+}
+
+TEST_F(DoctorTests, settingsThatCannotBeReadAreASourceToo) {
+  examine();
+  auto defaults = std::make_unique<FakeUserDefaults>();
+  defaults->fault = "Line 3 is no JSON.";
+  host.defaults = std::move(defaults);
+  EXPECT_EQ(run({"doctor"}), exitOK);
+  EXPECT_THAT(output, HasSubstr("Settings · memory\n  Line 3 is no JSON.\n  Mend the file"));
+  EXPECT_EQ(errors, "korvell: Line 3 is no JSON.\n") << "as every command says";
+  EXPECT_EQ(CommandFixture::run({alertsCommand()}, {"alerts", "off", "cpu"}), exitFailed);
+  EXPECT_THAT(errors, HasSubstr("nothing was changed"));
 }
 
 TEST_F(DoctorTests, withoutDiagnosticsItFails) {

@@ -32,7 +32,10 @@ const HealthReport report{
       "A restart clears leaked memory and applies pending updates.", 4, std::nullopt}}};
 
 struct HealthCommandsTests : KeeperFixture {
+  KnownParts known;
+
   HealthCommandsTests() {
+    known.set(KnownPart::tenMinuteAverage, true);
     host.defaults = std::make_unique<FakeUserDefaults>();
     columns = 60;
   }
@@ -43,7 +46,8 @@ struct HealthCommandsTests : KeeperFixture {
   void startKeeper(const std::vector<AppUsage>& apps) {
     SystemSnapshot snapshot;
     snapshot.apps = apps;
-    startKeeper(Value::object({{"snapshot", toValue(snapshot)}, {"report", reportValue(report)}}));
+    startKeeper(Value::object(
+        {{"snapshot", toValue(snapshot)}, {"known", toValue(known)}, {"report", reportValue(report)}}));
   }
 };
 
@@ -81,27 +85,48 @@ TEST_F(HealthCommandsTests, statusAsJSONAndAsACheck) {
   EXPECT_EQ(run({"status", "--check", "66"}), exitFailed);
 }
 
+TEST_F(HealthCommandsTests, aScoreWithoutItsTenMinutesIsOneSoFar) {
+  known.set(KnownPart::tenMinuteAverage, false);
+  known.set(KnownPart::graphics, Knowledge::refused);
+  auto diagnostics = std::make_unique<FakeDiagnostics>();
+  diagnostics->list = {{.name = "Graphics",
+                        .state = SourceReport::State::refused,
+                        .reason = "It is asleep.",
+                        .parts = {KnownPart::graphics}}};
+  host.diagnostics = std::move(diagnostics);
+  startKeeper(std::vector<AppUsage>());
+  EXPECT_EQ(run({"status"}), exitOK);
+  EXPECT_THAT(out, testing::StartsWith("Health   65 Fair so far\n"));
+  EXPECT_EQ(run({"status", "--json"}), exitOK);
+  const auto told = *parseJSON(out)->find("known");
+  EXPECT_EQ(dumpJSON(*told.find("graphics")), R"({"state":"refused","reason":"It is asleep."})");
+  EXPECT_THAT(dumpJSON(*told.find("tenMinuteAverage")),
+              HasSubstr(R"({"state":"absent","reason":"Fewer than eight)"));
+  EXPECT_EQ(dumpJSON(*told.find("load")), R"({"state":"absent"})");
+}
+
 TEST_F(HealthCommandsTests, findingsOnFewLines) {
   std::string sink;
   const Terminal terminal(sink, 60);
-  EXPECT_EQ(findingLines(terminal, report, 60, 20), findingLines(terminal, report, 60))
+  EXPECT_EQ(findingLines(terminal, report, known, 60, 20), findingLines(terminal, report, known, 60))
       << "all that there is";
-  EXPECT_THAT(findingLines(terminal, report, 60, 4),
+  EXPECT_THAT(findingLines(terminal, report, known, 60, 4),
               ElementsAre("Health   65 Fair", "         ● Disk\\x1b[2J is almost full −20  3.00 GB free. Th…",
                           "         ▲ CPU busy for 10 minutes −15  91% on average. Edi…",
                           "         · Up for 15 days −4  A restart clears leaked memor…"));
   for (const int height : {0, 2, 3}) {
-    const auto lines = findingLines(terminal, report, 60, height);
+    const auto lines = findingLines(terminal, report, known, 60, height);
     EXPECT_EQ(lines.size(), std::size_t(std::max(2, height)));
     EXPECT_EQ(lines.back(), height == 3 ? "           and 2 more: korvell status"
                                         : "           and 3 more: korvell status");
   }
-  for (const auto& line : findingLines(terminal, report, 60, 20))
+  for (const auto& line : findingLines(terminal, report, known, 60, 20))
     EXPECT_THAT(plainText(line), Not(HasSubstr("?"))) << "a terminal without Unicode shows everything";
 }
 
 TEST_F(HealthCommandsTests, topSortsWhatTheKeeperMeasured) {
   columns = 80;
+  known.set(KnownPart::processEnergy, true);
   startKeeper(
       {{.id = "a", .name = "Alpha", .processes = {{.pid = 1, .name = "a1", .cpu = 2, .memory = 3 << 20}}},
        {.id = "b",
@@ -116,7 +141,8 @@ TEST_F(HealthCommandsTests, topSortsWhatTheKeeperMeasured) {
     return names;
   };
   EXPECT_THAT(rows({}), ElementsAre("Applicatio", "Beta (2)", "Alpha"));
-  EXPECT_THAT(out, HasSubstr("Energy")) << "one of them tells its power";
+  EXPECT_THAT(out, HasSubstr("Energy")) << "the keeper knows it";
+  EXPECT_THAT(out, HasSubstr("–")) << "and no network";
   EXPECT_THAT(rows({"--by", "memory", "--limit", "1"}), ElementsAre("Applicatio", "Alpha"));
   EXPECT_THAT(rows({"--processes", "--limit", "2"}), ElementsAre("Process", "2       b1", "1       a1"));
   EXPECT_EQ(run({"top", "--json", "--processes", "--limit", "1"}), exitOK);
@@ -158,6 +184,7 @@ TEST_F(HealthCommandsTests, thatNothingIsRecordedIsSaid) {
   SystemSnapshot snapshot;
   const HistoryProblem problem{DatabaseFault::full, "The disk is full."};
   startKeeper(Value::object({{"snapshot", toValue(snapshot)},
+                             {"known", toValue(known)},
                              {"report", reportValue(report)},
                              {"historyProblem", toValue(problem)}}));
   host.diagnostics = std::make_unique<FakeDiagnostics>();

@@ -34,7 +34,7 @@ struct KeeperFixture : testing::Test {
     lock_.emplace(std::move(*acquired));
     keeper_ = LineServer::listen(
         keeperSocketPath(host.folders),
-        [this, isSilent, answer = std::move(answer)](const std::string& line, LineServer::Peer peer) {
+        [this, isSilent, answer = std::move(answer)](const std::string& line, const LineServer::Peer& peer) {
           const auto request = *parseJSON(line);
           if (request.find("do")) orders.push_back(line);
           if (!isSilent) peer.answer(dumpJSON(answer(request)));

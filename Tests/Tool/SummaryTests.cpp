@@ -2,10 +2,13 @@
 
 #include "Base/Text.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace korvell {
 namespace {
+
+using testing::HasSubstr;
+using testing::Not;
 
 SystemSnapshot bigMachine() {
   SystemSnapshot s;
@@ -43,34 +46,55 @@ SystemSnapshot bigMachine() {
   return s;
 }
 
+KnownParts everything() {
+  KnownParts known;
+  for (const auto& part : allCases<KnownPart>()) known.set(part.value, Knowledge::fresh);
+  return known;
+}
+
 TEST(SummaryTests, everyLineFitsWhateverTheMachine) {
   std::string sink;
   const Terminal terminal(sink, 80, true, true);
   for (const auto& snapshot : {bigMachine(), SystemSnapshot{}})
-    for (const int width : {1, 2, 8, 9, 10, 11, 12, 15, 20, 27, 40, 59, 60, 80, 100, 120})
-      for (const auto& line : summaryLines(terminal, snapshot, width))
-        EXPECT_LE(inkedWidth(line), width) << line;
+    for (const auto& known : {everything(), KnownParts()})
+      for (const int width : {1, 2, 8, 9, 10, 11, 12, 15, 20, 27, 40, 59, 60, 80, 100, 120})
+        for (const auto& line : summaryLines(terminal, snapshot, known, width))
+          EXPECT_LE(inkedWidth(line), width) << line;
 }
 
 TEST(SummaryTests, manyCoresTakeAColumnEach) {
   std::string sink;
   const Terminal terminal(sink, 80);
   int columns = 0;
-  for (const auto& line : summaryLines(terminal, bigMachine(), 80))
+  for (const auto& line : summaryLines(terminal, bigMachine(), everything(), 80))
     if (line.find("▁▁▁") != std::string::npos || line.find("▃▃▃") != std::string::npos)
       columns += displayWidth(line) - 9;
   EXPECT_EQ(columns, 128);
 }
 
-TEST(SummaryTests, whatCouldNotBeReadIsADash) {
+TEST(SummaryTests, whatIsNotKnownIsADashAndAZeroIsNone) {
   std::string sink;
   const Terminal terminal(sink, 80);
-  std::string all;
-  for (const auto& line : summaryLines(terminal, SystemSnapshot{}, 80)) all += line + "\n";
-  EXPECT_NE(all.find("  of the machine"), std::string::npos) << all;
-  for (const char* expected : {"Memory   –\n", "GPU      –\n", "Power    –\n"})
-    EXPECT_NE(all.find(expected), std::string::npos) << all;
-  EXPECT_EQ(all.find("Battery"), std::string::npos) << "no battery, no line about one";
+  const auto text = [&](const SystemSnapshot& snapshot, const KnownParts& known) {
+    std::string all;
+    for (const auto& line : summaryLines(terminal, snapshot, known, 120)) all += line + "\n";
+    return all;
+  };
+  const auto nothing = text(bigMachine(), {});
+  for (const char* line :
+       {"CPU      –  load –", "Memory   –\n", "Disk     –\n", "Network  –\n", "GPU      –\n",
+        "Battery  –  on battery · 2 h 41 min left · – · health – · – cycles\n", "Volumes  –\n"})
+    EXPECT_THAT(nothing, HasSubstr(line));
+  EXPECT_THAT(nothing, Not(HasSubstr("▃"))) << "no cores either";
+  SystemSnapshot idle;
+  idle.battery.present = true;
+  idle.network.interface = "eth0";
+  const auto zeros = text(idle, everything());
+  for (const char* line : {"  0%  of the machine · user 0% · system 0% · load 0.00", "↓ 0 B/s",
+                           "  0%  0 B · GPU\n", "0.0 W · health 0% · 0 cycles · 0°C\n"})
+    EXPECT_THAT(zeros, HasSubstr(line));
+  EXPECT_THAT(zeros, Not(HasSubstr("–")));
+  EXPECT_THAT(text({}, {}), Not(HasSubstr("Battery"))) << "no battery, no line about one";
 }
 
 } // namespace

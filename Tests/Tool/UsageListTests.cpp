@@ -15,7 +15,7 @@ using testing::HasSubstr;
 struct UsageListTests : testing::Test {
   std::string sink;
   Terminal terminal{sink, 80};
-  UsageTable table{terminal, 80, UsageKey::cpu, false, false};
+  UsageTable table{terminal, 80, UsageKey::cpu, {}, false};
   UsageList list;
 
   static std::vector<AppUsage> apps() {

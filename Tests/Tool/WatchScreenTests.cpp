@@ -17,12 +17,14 @@ struct WatchScreenTests : testing::Test {
   std::string sink;
   Terminal terminal{sink, 80, true, true};
   SystemSnapshot snapshot;
+  KnownParts known;
   HealthReport report{72, {}};
   LiveSeries live;
   WatchScreen screen;
   bool hasSample = true;
 
   WatchScreenTests() {
+    for (const auto& part : allCases<KnownPart>()) known.set(part.value, true);
     snapshot.date = Date{1'772'323'200};
     snapshot.cpu = {.total = 42, .user = 30, .system = 12, .perCore = std::vector<double>(128, 50)};
     snapshot.memory = {.total = 16ull << 30, .app = 4ull << 30, .free = 12ull << 30};
@@ -44,7 +46,7 @@ struct WatchScreenTests : testing::Test {
     screen.setApps(snapshot.apps);
   }
   std::vector<std::string> frame(int columns, int rows) {
-    return screen.frame(terminal, {snapshot, report, live, hasSample, true}, columns, rows);
+    return screen.frame(terminal, {snapshot, known, report, live, hasSample, true}, columns, rows);
   }
   std::string text(int columns, int rows) {
     std::string all;
@@ -57,7 +59,7 @@ struct WatchScreenTests : testing::Test {
   /// The line above the list, on a terminal without colours.
   std::string titlesAt(int columns) {
     const Terminal plain(sink, columns);
-    for (auto& line : screen.frame(plain, {snapshot, report, live, true, true}, columns, 30))
+    for (auto& line : screen.frame(plain, {snapshot, known, report, live, true, true}, columns, 30))
       if (line.find("▾") != line.npos) return line;
     return {};
   }
@@ -112,13 +114,29 @@ TEST_F(WatchScreenTests, largeScreensShowTheLastMinutes) {
       EXPECT_THAT(all, HasSubstr(expected)) << columns;
     EXPECT_GE(listed(columns, rows), 3) << columns;
   }
-  const auto lines = liveGraphs(Terminal(sink, 80), live, snapshot, 30, 21);
+  const auto lines = liveGraphs(Terminal(sink, 80), live, snapshot, known, 30, 21);
   ASSERT_EQ(lines.size(), 21u);
   EXPECT_EQ(lines[0], "CPU  99%              peak 99%");
   EXPECT_EQ(lines[4].substr(0, 9), std::string(9, ' ')) << "nothing was measured yet then";
   EXPECT_TRUE(lines[1].ends_with("▆▇")) << lines[1];
-  EXPECT_TRUE(liveGraphs(terminal, live, snapshot, 30, 8).empty());
-  EXPECT_FALSE(liveGraphs(terminal, {}, snapshot, 80, 8).empty());
+  EXPECT_TRUE(liveGraphs(terminal, live, snapshot, known, 30, 8).empty());
+  EXPECT_FALSE(liveGraphs(terminal, {}, snapshot, known, 80, 8).empty());
+}
+
+TEST_F(WatchScreenTests, whatIsNotKnownIsADashInEveryPartOfTheScreen) {
+  snapshot.disk.volumes.resize(1);
+  known.set(KnownPart::processor, false);
+  known.set(KnownPart::disks, false);
+  known.set(KnownPart::processTraffic, false);
+  known.set(KnownPart::processEnergy, false);
+  known.set(KnownPart::tenMinuteAverage, false);
+  const auto all = text(80, 60);
+  for (const char* expected : {"72 Fair so far", "CPU\x1b[0m  –", "Memory\x1b[0m  99 B", "Disk\x1b[0m  –"})
+    EXPECT_THAT(all, HasSubstr(expected));
+  EXPECT_THAT(all, Not(HasSubstr("Energy")));
+  const auto lines = liveGraphs(Terminal(sink, 80), live, snapshot, known, 30, 21);
+  EXPECT_EQ(lines[0], "CPU  –" + std::string(24, ' '));
+  EXPECT_EQ(lines[4], std::string(30, ' ')) << "zeros that nobody measured are not drawn";
 }
 
 TEST_F(WatchScreenTests, searchingFindsApplicationsAndProcesses) {

@@ -33,7 +33,11 @@ struct SamplerTests : LoopFixture {
 TEST_F(SamplerTests, theHistoryIsOfAllCyclesButTheFirst) {
   std::vector<double> averages;
   sampler.setLastScore(70);
-  for (int i = 0; i < 49; ++i) averages.push_back(cycle().cpuTenMinuteAverage);
+  for (int i = 0; i < 49; ++i) {
+    const auto tick = cycle();
+    averages.push_back(tick.cpuTenMinuteAverage);
+    EXPECT_EQ(tick.known.has(KnownPart::tenMinuteAverage), i >= 47) << i;
+  }
   EXPECT_EQ(averages[46], 0) << "the eighth minute is stored when the ninth begins";
   EXPECT_DOUBLE_EQ(averages[47], 50);
   const auto minute = history.minute(start);

@@ -72,7 +72,8 @@ TEST(SystemSamplerTests, thePrimaryInterfaceMovedTheMost) {
 TEST(SystemSamplerTests, graphicsShowTheBusiestEngine) {
   const std::map<std::string, std::uint64_t> previous = {{"render", 1'000'000'000}, {"copy", 9}, {"x", 5}};
   const std::vector<GPUCounters> now = {
-      {0, 7, {{"render", 1'500'000'000}, {"copy", 100'000'009}, {"new", 9'000'000'000}}}, {0, 0, {{"x", 0}}}};
+      {{}, 7, {{"render", 1'500'000'000}, {"copy", 100'000'009}, {"new", 9'000'000'000}}},
+      {{}, 0, {{"x", 0}}}};
   for (const auto& [seconds, share] : {std::pair(2.0, 25.0), std::pair(0.0, 0.0), std::pair(0.1, 100.0)})
     EXPECT_DOUBLE_EQ(gpuStats(previous, now, {}, Seconds{seconds}).utilization, share) << seconds;
 }
@@ -168,6 +169,47 @@ TEST_F(SystemSamplerCycleTests, volumesAreKeptForThirtySecondsUnlessThereAreNone
   machine.mountedVolumes.clear();
   EXPECT_EQ(sample(30).disk.volumes, expected);
   EXPECT_THAT(sample(1).disk.volumes, IsEmpty());
+}
+
+TEST_F(SystemSamplerCycleTests, whatWasReadIsToldFromWhatIsZero) {
+  using enum KnownPart;
+  const auto parts = [&](Knowledge state) {
+    std::vector<KnownPart> found;
+    for (const auto& part : allCases<KnownPart>())
+      if (sampler->known()[part.value] == state) found.push_back(part.value);
+    return found;
+  };
+  sample();
+  EXPECT_THAT(parts(Knowledge::absent), testing::SizeIs(KnownParts::count)) << "nothing answers";
+
+  machine.cpuCounters = {0.0, {{0, {}}}};
+  machine.memoryCounters = {10, MemoryUse{}};
+  machine.diskCounters = {{1, {}}};
+  machine.mountedVolumes = {{"", "/", 100, 40}};
+  machine.interfaceCounters = {{"eth0", "", {}}};
+  machine.gpuCounters = {{.memoryInUse = 0, .engineTime = {{"render", 0}}}};
+  machine.powerReading = {.battery = {{.present = true, .cycles = 7}}, .packagesRefused = true};
+  sample(1);
+  EXPECT_THAT(parts(Knowledge::fresh), ElementsAre(load, memory, volumes, graphicsMemory, batteryCycles))
+      << "no rate without a second reading";
+  EXPECT_THAT(parts(Knowledge::refused), ElementsAre(power, processEnergy));
+
+  machine.powerReading = {.battery = {{.percent = 0, .fullCapacity = 1, .designCapacity = 2, .celsius = 0}},
+                          .packages = {{0, {}}}};
+  sample(1);
+  EXPECT_THAT(parts(Knowledge::fresh),
+              ElementsAre(processor, load, memory, disks, network, graphics, graphicsMemory, battery,
+                          batteryHealth, batteryTemperature))
+      << "an idle machine's zeros are figures";
+  EXPECT_THAT(parts(Knowledge::old), ElementsAre(volumes));
+  sample(1);
+  EXPECT_TRUE(sampler->known().has(power)) << "the package's second reading";
+  machine.gpuCounters = {{.utilization = 0}};
+  sample(1);
+  EXPECT_TRUE(sampler->known().has(graphics));
+  machine.gpuCounters.clear();
+  sample(1);
+  EXPECT_FALSE(sampler->known().has(graphics));
 }
 
 TEST_F(SystemSamplerCycleTests, everyRecordIsFilledAndTheRestLeftAlone) {

@@ -191,7 +191,7 @@ TEST(LinuxTextsTests, packsThatCountChargeAndSignTheirCurrent) {
        "CHARGE_NOW=2200000", "CHARGE_FULL=4000000", "CHARGE_FULL_DESIGN=5000000"})});
   ASSERT_TRUE(battery);
   EXPECT_DOUBLE_EQ(battery->fullCapacity / battery->designCapacity, 0.8);
-  EXPECT_DOUBLE_EQ(battery->systemWatts, 22);
+  EXPECT_DOUBLE_EQ(battery->systemWatts.value_or(0), 22);
   EXPECT_EQ(battery->minutesRemaining, 60);
   EXPECT_EQ(battery->percent, 55);
   EXPECT_EQ(battery->externalConnected, false) << "no adapter listed, and it drains";
@@ -209,7 +209,7 @@ TEST(LinuxTextsTests, severalPacksAreOneBattery) {
   EXPECT_EQ(battery->cycles, 90);
   EXPECT_TRUE(battery->isCharging);
   EXPECT_EQ(battery->externalConnected, true);
-  EXPECT_EQ(battery->systemWatts, 0) << "what flows goes into the battery";
+  EXPECT_FALSE(battery->systemWatts) << "what flows goes into the battery";
   EXPECT_EQ(battery->minutesRemaining, std::nullopt);
   EXPECT_EQ(combinedBattery({pack({"PRESENT=0"})}), std::nullopt);
 }

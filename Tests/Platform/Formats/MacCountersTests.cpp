@@ -85,7 +85,7 @@ TEST(MacBatteryTests, theMachinesDraw) {
     auto properties = onBattery();
     properties.set("ExternalConnected", std::move(connected));
     properties.set("PowerTelemetryData", std::move(telemetry));
-    return macBattery(properties, {}).systemWatts;
+    return macBattery(properties, {}).systemWatts.value_or(-1);
   };
   const auto both = Value::object({{"SystemPowerIn", 14960}, {"SystemLoad", 9000}});
   EXPECT_DOUBLE_EQ(watts(true, both), 14.96);

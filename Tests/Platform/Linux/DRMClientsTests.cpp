@@ -99,7 +99,7 @@ TEST_F(DRMClientsTests, anIntelCardReadsWhatItsProgramsUsed) {
   open("10/4", text(1, 1600, 400));
   const auto counters = cards.counters(reader);
   ASSERT_EQ(counters.size(), 1u);
-  EXPECT_EQ(counters[0].utilization, 0);
+  EXPECT_FALSE(counters[0].utilization);
   EXPECT_THAT(counters[0].engineTime, ElementsAre(Pair(card + " render", 600), Pair(card + " video", 200)));
 }
 

@@ -40,11 +40,11 @@ protected:
 TEST_F(NvidiaTests, aSleepingCardIsLeftAsleep) {
   cards.find(reader);
   EXPECT_EQ(cards.name(reader), "NVIDIA Something");
-  EXPECT_THAT(read("suspended"), ElementsAre(GPUCounters{}));
+  EXPECT_THAT(read("suspended"), ElementsAre(GPUCounters{0.0, 0}));
   EXPECT_EQ(counter("startedTimes"), -1);
 
-  EXPECT_THAT(read("active"), ElementsAre(GPUCounters{42, 3ull << 30}));
-  EXPECT_THAT(read("active"), ElementsAre(GPUCounters{42, 3ull << 30}));
+  EXPECT_THAT(read("active"), ElementsAre(GPUCounters{42.0, 3ull << 30}));
+  EXPECT_THAT(read("active"), ElementsAre(GPUCounters{42.0, 3ull << 30}));
   EXPECT_EQ(counter("startedTimes"), 1);
   EXPECT_EQ(counter("runningNow"), 1);
 
@@ -57,7 +57,7 @@ TEST_F(NvidiaTests, aSleepingCardIsLeftAsleep) {
 TEST_F(NvidiaTests, whatTheLibraryDoesNotKnowIsLeftOutAndWithoutItThereIsNoFigure) {
   tree.write("proc/driver/nvidia/gpus/0000:02:00.0/information", "Model: Other\n");
   cards.find(reader);
-  EXPECT_THAT(read("active"), ElementsAre(GPUCounters{42, 3ull << 30}));
+  EXPECT_THAT(read("active"), ElementsAre(GPUCounters{42.0, 3ull << 30}));
   GraphicsCards without{tree / "proc", tree / "sys", {}, tree / "libnone.so.1"};
   without.find(reader);
   EXPECT_THAT(without.counters(reader), IsEmpty());

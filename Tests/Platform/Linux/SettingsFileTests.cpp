@@ -2,7 +2,6 @@
 #include "Base/Files.h"
 #include "Platform/Linux/SettingsFile.h"
 #include "Tests/Contracts/UserDefaultsContract.h"
-#include "Tests/Fakes/FakeClock.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
 #include <csignal>
@@ -17,9 +16,8 @@ namespace {
 
 struct World final : UserDefaultsWorld {
   TemporaryFolder home;
-  FakeClock clock;
   const std::string folder = home / "config/korvell", path = folder + "/settings.json";
-  std::unique_ptr<UserDefaults> open() override { return std::make_unique<SettingsFile>(folder, clock); }
+  std::unique_ptr<UserDefaults> open() override { return std::make_unique<SettingsFile>(folder); }
 
   std::string text() const { return home.text("config/korvell/settings.json"); }
   void write(const std::string& bytes) const { home.write("config/korvell/settings.json", bytes); }
@@ -63,26 +61,50 @@ TEST(SettingsFile, isForItsUserOnlyAndIsWrittenForAChangeOnly) {
   EXPECT_EQ(w.text(), "{\"a\":1}");
 }
 
-TEST(SettingsFile, whatIsNoSettingsIsKeptAside) {
-  for (const std::string damaged : {"{\"a\": 1", "[1]", "null", "\xff\xfe{}", "{\"a\":1}{}"}) {
+TEST(SettingsFile, whatCannotBeReadStaysAsItIsAndTheLastGoodValuesApply) {
+  const std::pair<std::string, const char*> rows[] = {{"{\"a\": 1,\n\"b\": 2,\n}\n", "line 3, column 1 is"},
+                                                      {"{\n  // mine\n}", "line 2, column 3 is"},
+                                                      {"{\"ä\": x}", "line 1, column 7 is"},
+                                                      {"{\"a\": 1", "line 1, column 8 is"},
+                                                      {"{\"a\":1}{}", "line 1, column 8 is"},
+                                                      {"\xff\xfe{}", "line 1, column 1 is"},
+                                                      {"[1]", "no JSON object"},
+                                                      {"null", "no JSON object"}};
+  for (const auto& [damaged, place] : rows) {
     World w;
-    w.clock.wall = {1'772'366'400};
+    const auto running = w.open(), writer = w.open();
+    ASSERT_TRUE(writer->set("a", 1));
+    w.write("{\"a\": 2}"); // by hand
+    EXPECT_EQ(running->integer("a"), 2);
+    EXPECT_FALSE(running->trouble());
     w.write(damaged);
-    EXPECT_FALSE(w.open()->value("a")) << damaged;
-    EXPECT_EQ(w.text(), damaged) << "reading leaves it alone";
-    EXPECT_TRUE(w.open()->set("b", 2)) << damaged;
-    w.write(damaged);
-    EXPECT_TRUE(w.open()->set("c", 3)) << "a second one in the same second";
-    EXPECT_EQ(w.open()->integer("c"), 3) << damaged;
-    EXPECT_THAT(w.files(),
-                ElementsAre("settings.json", "settings.json.damaged-2026-03-01T12:00:00.000Z",
-                            "settings.json.damaged-2026-03-01T12:00:00.000Z-again", "settings.json.lock"));
-    EXPECT_EQ(readFile(w.path + ".damaged-2026-03-01T12:00:00.000Z", 100), damaged);
+    EXPECT_EQ(running->integer("a"), 2) << "what it has read itself: " << damaged;
+    EXPECT_EQ(w.open()->integer("a"), 1) << "what the last change left: " << damaged;
+    const auto trouble = running->trouble().value_or("");
+    EXPECT_NE(trouble.find(w.path), std::string::npos) << trouble;
+    EXPECT_NE(trouble.find(place), std::string::npos) << trouble;
+    EXPECT_NE(trouble.find("The last settings that could be read apply"), std::string::npos) << trouble;
+    EXPECT_FALSE(writer->set("b", 2)) << damaged;
+    EXPECT_FALSE(writer->remove("a")) << damaged;
+    EXPECT_EQ(w.text(), damaged);
+    EXPECT_THAT(w.files(), ElementsAre("settings.json", "settings.json.good", "settings.json.lock"));
+    w.write("{\"a\": 3}");
+    EXPECT_TRUE(writer->set("b", 2)) << "mended";
+    EXPECT_EQ(running->integer("a"), 3);
+    std::filesystem::remove(w.path);
+    EXPECT_FALSE(running->value("a")) << "removed on purpose: the defaults";
   }
-  World empty;
-  empty.write(" \n");
-  EXPECT_TRUE(empty.open()->set("a", 1));
-  EXPECT_THAT(empty.files(), ElementsAre("settings.json", "settings.json.lock"));
+}
+
+TEST(SettingsFile, withoutGoodValuesTheDefaultsApplyAndAreCalledSo) {
+  World w;
+  w.write("{");
+  EXPECT_FALSE(w.open()->value("a"));
+  EXPECT_NE(w.open()->trouble().value_or("").find("Every setting is at its default"), std::string::npos);
+  EXPECT_THAT(w.files(), ElementsAre("settings.json")) << "reading makes nothing";
+  w.write(" \n");
+  EXPECT_FALSE(w.open()->trouble()) << "an empty file is none";
+  EXPECT_TRUE(w.open()->set("a", 1));
 }
 
 TEST(SettingsFile, linksStayLinks) {
@@ -113,7 +135,7 @@ TEST(SettingsFile, aChangeThatCannotBeStoredSaysSoAndHarmsNothing) {
   std::signal(SIGXFSZ, handler);
   EXPECT_FALSE(stored);
   EXPECT_EQ(w.text(), before);
-  EXPECT_THAT(w.files(), ElementsAre("settings.json", "settings.json.lock"));
+  EXPECT_THAT(w.files(), ElementsAre("settings.json", "settings.json.good", "settings.json.lock"));
 
   std::filesystem::remove(w.path);
   std::filesystem::create_directory(w.path); // no regular file: neither readable nor replaced
@@ -143,7 +165,7 @@ TEST(SettingsFile, processesDoNotLoseEachOthersChanges) {
   EXPECT_EQ(w.open()->integer("shared"), processes * changes);
   for (int process = 0; process < processes; ++process)
     EXPECT_EQ(w.open()->integer("own." + std::to_string(process)), changes);
-  EXPECT_THAT(w.files(), ElementsAre("settings.json", "settings.json.lock"));
+  EXPECT_THAT(w.files(), ElementsAre("settings.json", "settings.json.good", "settings.json.lock"));
 }
 
 TEST(FileLock, isHeldByOneAndGivenBackAtTheEnd) {

@@ -26,7 +26,7 @@ protected:
     LinuxMachineRoots roots{root + "/proc", root + "/sys", {}, root + "/none.so", [](const std::string&) {
                               return std::optional<VolumeSpace>{};
                             }};
-    return machineSources(roots, clock);
+    return machineSources(roots, &clock);
   }
   FakeClock clock;
 };
@@ -87,8 +87,10 @@ struct Sockets final : SocketSource {
 TEST_F(SourcesTests, whatOtherUsersProcessesHide) {
   const TemporaryFolder proc;
   Sockets sockets;
+  std::function<bool()> helper;
   const auto state = [&](const char* name) {
-    const auto report = find(processSources({proc.path().string(), nullptr, &sockets}, clock), name);
+    const auto report =
+        find(processSources({proc.path().string(), nullptr, &sockets, 0, helper}, &clock), name);
     EXPECT_EQ(report.remedy.empty(), report.state == State::readable) << name;
     return report.state;
   };
@@ -104,6 +106,8 @@ TEST_F(SourcesTests, whatOtherUsersProcessesHide) {
   sockets.answers = false;
   EXPECT_EQ(state("Processes"), State::readable);
   EXPECT_EQ(state("Storage of others"), State::refused);
+  helper = [] { return true; };
+  EXPECT_EQ(state("Storage of others"), State::readable) << "it answers, so nobody is told to enable it";
   EXPECT_EQ(state("Ports of others"), State::refused);
   EXPECT_EQ(state("Traffic"), State::missing);
   std::filesystem::remove_all(proc / "1");

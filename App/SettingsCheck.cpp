@@ -1,0 +1,87 @@
+#include "App/SettingsCheck.h"
+
+#include "App/MenuBarStyle.h"
+#include "Base/Localization.h"
+#include "Base/Text.h"
+#include "Core/Health/HealthAlert.h"
+#include "Core/Health/WeeklyReport.h"
+#include "Core/Storage/StorageLog.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace korvell {
+
+namespace {
+
+constexpr Seconds pause{60}, leeway{30};
+constexpr int mostColumns = 40; ///< of a value that is shown
+
+enum class Kind { truth, number, date, menuBarStyle, freedLog };
+
+struct KindRow {
+  Kind kind;
+  const char* expected;
+  bool (*fits)(const Value&);
+};
+
+bool isFreedLog(const Value& value) {
+  const auto* entries = value.asArray();
+  return entries && std::ranges::all_of(*entries, [](const Value& entry) { return entry.asObject(); });
+}
+
+constexpr KindRow kinds[] = {
+    {Kind::truth, "true or false", [](const Value& value) { return value.asBool().has_value(); }},
+    {Kind::number, "a number", [](const Value& value) { return value.asDouble().has_value(); }},
+    {Kind::date, "a date and time", [](const Value& value) { return value.asDate().has_value(); }},
+    {Kind::menuBarStyle, "one of icon, score, cpuAndMemory and graphs",
+     [](const Value& value) {
+       return value.asString() && fromRawValue<MenuBarStyle>(*value.asString()).has_value();
+     }},
+    {Kind::freedLog, "a list of objects", isFreedLog},
+};
+
+/// Every setting whose name is known beforehand.
+std::vector<std::pair<std::string, Kind>> settings() {
+  std::vector<std::pair<std::string, Kind>> all = {{std::string(menuBarStyleKey), Kind::menuBarStyle}};
+  for (const auto& kind : allCases<HealthAlert::Kind>())
+    all.emplace_back(defaultsKey(kind.value), Kind::truth);
+  all.emplace_back(WeeklyReport::enabledKey, Kind::truth);
+  all.emplace_back(WeeklyReport::lastSentKey, Kind::date);
+  all.emplace_back(StorageLog::totalKey, Kind::number);
+  all.emplace_back(StorageLog::logKey, Kind::freedLog);
+  return all;
+}
+
+} // namespace
+
+std::vector<std::string> settingsTroubles(const UserDefaults& defaults) {
+  std::vector<std::string> troubles;
+  if (auto trouble = defaults.trouble()) troubles.push_back(std::move(*trouble));
+  for (const auto& [key, kind] : settings()) {
+    const auto value = defaults.value(key);
+    const auto& row = *std::ranges::find(kinds, kind, &KindRow::kind);
+    if (!value || row.fits(*value)) continue;
+    const auto found = truncatedToWidth(escapedControls(dumpJSON(*value)), mostColumns);
+    troubles.push_back(
+        localized("The setting {key} takes {expected}, but {found} is stored; its default applies.",
+                  {{"key", key}, {"expected", localized(row.expected)}, {"found", found}}));
+  }
+  return troubles;
+}
+
+SettingsWatch::SettingsWatch(Queue& queue, const UserDefaults& defaults,
+                             std::function<void(const std::string&)> tell)
+    : defaults_(defaults), tell_(std::move(tell)), known_(settingsTroubles(defaults)),
+      timer_(queue.timer([this] { look(); })) {
+  timer_->schedule(pause, pause, leeway);
+}
+
+void SettingsWatch::look() {
+  auto troubles = settingsTroubles(defaults_);
+  for (const auto& trouble : troubles)
+    if (std::ranges::find(known_, trouble) == known_.end()) tell_(trouble);
+  known_ = std::move(troubles);
+}
+
+} // namespace korvell

@@ -1,0 +1,33 @@
+#pragma once
+// What is wrong with the stored settings, in words: a file that can't be read, and each value of a kind that
+// its setting does not take. Such a value is never interpreted; its setting is at its default.
+
+#include "Base/Queue.h"
+#include "Platform/UserDefaults.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace korvell {
+
+/// A sentence or two for each trouble, localised; empty while all is well. Reads the stored settings.
+std::vector<std::string> settingsTroubles(const UserDefaults& defaults);
+
+/// Looks again every minute and tells what has become wrong since it was made, each trouble once. Lives on
+/// the queue that it is given, where it also tells.
+class SettingsWatch {
+public:
+  SettingsWatch(Queue& queue, const UserDefaults& defaults, std::function<void(const std::string&)> tell);
+
+private:
+  void look();
+
+  const UserDefaults& defaults_;
+  const std::function<void(const std::string&)> tell_;
+  std::vector<std::string> known_;
+  std::unique_ptr<Timer> timer_;
+};
+
+} // namespace korvell

@@ -1,0 +1,59 @@
+#include "App/SettingsCheck.h"
+
+#include "Base/ManualQueue.h"
+#include "Tests/Fakes/FakeUserDefaults.h"
+
+#include <gmock/gmock.h>
+
+namespace korvell {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+TEST(SettingsCheckTests, valuesOfTheWrongKindAreNamedAndGoodOnesAreNot) {
+  FakeUserDefaults defaults;
+  for (const auto& [key, value] : {std::pair<const char*, Value>("menuBarStyle", "score"),
+                                   {"alert.cpu", false},
+                                   {"weeklyReport.enabled", true},
+                                   {"weeklyReport.lastSent", Date{1.5}},
+                                   {"storage.freedTotal", 7},
+                                   {"storage.freedLog", Value::array()},
+                                   {"somebody.else", "x"}})
+    defaults.set(key, value);
+  EXPECT_THAT(settingsTroubles(defaults), IsEmpty());
+
+  defaults.set("alert.cpu", "off\x1b");
+  defaults.set("menuBarStyle", "tiny");
+  defaults.set("storage.freedLog", Value(Value::Array{1}));
+  defaults.fault = "No file.";
+  EXPECT_THAT(
+      settingsTroubles(defaults),
+      ElementsAre("No file.", HasSubstr("one of icon, score, cpuAndMemory and graphs, but \"tiny\" is"),
+                  "The setting alert.cpu takes true or false, but \"off\\u001b\" is stored; its default "
+                  "applies.",
+                  HasSubstr("storage.freedLog takes a list of objects, but [1] is stored")));
+}
+
+TEST(SettingsCheckTests, theWatchTellsWhatIsNewAndOnce) {
+  ManualScheduler time;
+  const auto queue = time.makeQueue("main");
+  FakeUserDefaults defaults;
+  defaults.set("alert.disk", 1);
+  std::vector<std::string> told;
+  const SettingsWatch watch(*queue, defaults, [&](const std::string& trouble) { told.push_back(trouble); });
+  time.advance(Seconds{100});
+  EXPECT_THAT(told, IsEmpty()) << "it was so before";
+  defaults.fault = "Line 3.";
+  time.advance(Seconds{600});
+  EXPECT_THAT(told, ElementsAre("Line 3."));
+  defaults.fault.reset();
+  time.advance(Seconds{100});
+  defaults.fault = "Line 3.";
+  time.advance(Seconds{100});
+  EXPECT_THAT(told, ElementsAre("Line 3.", "Line 3.")) << "it was mended in between";
+}
+
+} // namespace
+} // namespace korvell
