@@ -2,6 +2,7 @@
 // end.
 
 #include "App/Assembly.h"
+#include "App/HandOver.h"
 #include "App/Keeper.h"
 #include "App/KeeperLock.h"
 #include "App/SettingsCheck.h"
@@ -21,14 +22,28 @@ void sayProblem(Context& context, const std::optional<HistoryProblem>& problem) 
   context.err.flush();
 }
 
-int runKeeper(Context& context, const Arguments&) {
-  const auto lock = KeeperLock::acquire(context.host.folders);
-  if (!lock) return fail(context, lock.reason());
+void say(Context& context, std::string_view text) {
+  context.out.line(text);
+  context.out.flush();
+}
 
+/// Listens, and tells where; a keeper that can't answer keeps all the same.
+void answerAt(Context& context, Keeper& keeper, const KeeperLock& lock) {
+  const auto usual = keeperSocketPath(context.host.folders), spare = spareSocketPath(context.host.folders);
+  for (const auto& socket : {usual, spare})
+    if (keeper.listen(socket)) return lock.announce(socket);
+  context.err.line("korvell: " + localized("can't answer at {socket}; commands will measure by themselves",
+                                           {{"socket", usual}}));
+}
+
+struct Kept {
+  bool steppedBack = false; ///< for another keeper that asked, not because of a signal
+  std::optional<HistoryProblem> problem;
+};
+
+/// Keeps until a signal asks to end or another keeper takes over.
+Kept keep(Context& context, HeadlessLoop& loop, const KeeperLock& lock) {
   Assembly assembly(context.host, context.clock);
-  if (const auto& open = context.host.openWatch)
-    context.host.notifications->setOpenHandler([open](const std::string&) { open(); });
-  HeadlessLoop loop;
   const FixedAttention unwatched(false);
   const auto model = assembly.makeKeepingModel(loop.main(), unwatched);
   const auto problems = model->historyProblem.observe(
@@ -38,29 +53,68 @@ int runKeeper(Context& context, const Arguments&) {
     context.err.line("korvell: " + escapedControls(trouble));
     context.err.flush();
   });
-
-  const auto socket = keeperSocketPath(context.host.folders);
-  const auto spare = spareSocketPath(context.host.folders);
-  if (keeper.listen(socket))
-    lock->announce(socket);
-  else if (keeper.listen(spare))
-    lock->announce(spare);
-  else
-    context.err.line("korvell: " + localized("can't answer at {socket}; commands will measure by themselves",
-                                             {{"socket", socket}}));
-  context.out.line(localized("Korvell is measuring and recording. An interrupt (Ctrl-C) ends it."));
-  context.out.flush();
+  Kept kept;
+  constexpr Seconds timeToAnswer{0.1};
+  const auto stepBack = loop.main().timer([&] {
+    kept.steppedBack = true;
+    loop.quit();
+  });
+  keeper.addAction(yieldAction, [&](const Value&, const Keeper::Answer& answer) {
+    answer(Value::object({{"ok", true}}));
+    stepBack->schedule(timeToAnswer, Seconds{0}, Seconds{0});
+  });
+  answerAt(context, keeper, lock);
+  say(context, localized("Korvell is measuring and recording. An interrupt (Ctrl-C) ends it."));
   loop.run();
-  const auto problem = model->finish();
-  if (!problem) return exitOK;
-  return fail(context, localized("The last minutes could not be recorded: {reason}",
-                                 {{"reason", escapedControls(problem->detail)}}));
+  kept.problem = model->finish();
+  return kept;
+}
+
+/// Until nobody else keeps; false when a signal asked to end meanwhile.
+bool waitForTurn(Context& context, HeadlessLoop& loop) {
+  bool isFree = false;
+  std::optional<LockWait> wait;
+  const auto grace = loop.main().timer([&] {
+    wait.emplace(loop.main(), context.host.folders, [&] {
+      isFree = true;
+      loop.quit();
+    });
+  });
+  grace->schedule(yieldGrace, Seconds{0}, Seconds{1});
+  loop.run();
+  return isFree;
+}
+
+int runKeeper(Context& context, const Arguments& arguments) {
+  const auto& folders = context.host.folders;
+  std::optional lock(arguments.flag("--take-over") ? takeOver(folders) : KeeperLock::acquire(folders));
+  if (!*lock) return fail(context, lock->reason());
+  if (const auto& open = context.host.openWatch)
+    context.host.notifications->setOpenHandler([open](const std::string&) { open(); });
+  HeadlessLoop loop;
+  for (;;) {
+    const auto kept = keep(context, loop, **lock);
+    if (kept.problem)
+      fail(context, localized("The last minutes could not be recorded: {reason}",
+                              {{"reason", escapedControls(kept.problem->detail)}}));
+    if (!kept.steppedBack) return kept.problem ? exitFailed : exitOK;
+    say(context, localized("Another Korvell keeps now. This one waits and comes back when that one ends."));
+    do {
+      lock.reset();
+      if (!waitForTurn(context, loop)) return exitOK;
+      lock = KeeperLock::acquire(folders);
+    } while (!*lock);
+  }
 }
 
 } // namespace
 
 Command runCommand() {
-  return writing({"run", "Measure, record and alert without an interface, until interrupted", {}, runKeeper});
+  return writing({"run",
+                  "Measure, record and alert without an interface, until interrupted",
+                  {{"--take-over", Option::Kind::flag,
+                    "Ask a keeper that runs to step back; it comes back when this one ends"}},
+                  runKeeper});
 }
 
 } // namespace korvell

@@ -149,8 +149,9 @@ SourceReport program(const char* name, const char* path, const CommandRunner& ru
   SourceReport report{.name = localized(name), .source = path};
   bool answered = false;
   const auto begin = clock.monotonic();
-  reading([&](const std::string& program, const std::vector<std::string>& arguments, Seconds timeout) {
-    const auto result = run(program, arguments, timeout);
+  reading([&](const std::string& program, const std::vector<std::string>& arguments, Seconds timeout,
+              const Cancellation& cancellation) {
+    const auto result = run(program, arguments, timeout, cancellation);
     answered = result && !result->timedOut;
     return result;
   });
