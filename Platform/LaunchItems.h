@@ -49,6 +49,7 @@ struct ManagedJobs {
   /// By label: whether the manager starts it by itself. Only where it decides that and not the job's file.
   std::map<std::string, bool> enabled;
   std::string silence; ///< why it told nothing, a sentence, localised; empty when it answered
+  bool mayRun = false; ///< it told nothing, but may have jobs all the same: it was late, or refused
   bool operator==(const ManagedJobs&) const = default;
 };
 

@@ -85,7 +85,7 @@ std::string WeeklyReport::body(HistoryStore& history, const UserDefaults& defaul
                                   {{"name", app->name}, {"size", Format::memory(app->value)}}));
   if (const auto app = top(history, Metric::cpu); app && app->value >= worthNaming)
     sentences.push_back(localized("{name} kept the CPU busiest.", {{"name", app->name}}));
-  if (const auto freed = freedBytes(now - week, defaults); freed >= 1)
+  if (const auto freed = freedBytes(now - week, now, defaults); freed >= 1)
     sentences.push_back(localized("You cleaned up {size}.", {{"size", Format::bytes(double(freed))}}));
   if (sentences.empty()) return localized("Open Korvell to see the details.");
   std::string text;
@@ -93,7 +93,7 @@ std::string WeeklyReport::body(HistoryStore& history, const UserDefaults& defaul
   return text;
 }
 
-std::int64_t WeeklyReport::freedBytes(Date since, const UserDefaults& defaults) {
+std::int64_t WeeklyReport::freedBytes(Date since, Date now, const UserDefaults& defaults) {
   const auto stored = defaults.value(StorageLog::logKey);
   const auto* log = stored ? stored->asArray() : nullptr;
   if (!log) return 0;
@@ -102,7 +102,7 @@ std::int64_t WeeklyReport::freedBytes(Date since, const UserDefaults& defaults) 
     const auto date = dateOf(entry);
     const auto* bytes = entry.find("bytes");
     const auto freed = bytes ? wholeNumber(*bytes) : std::nullopt;
-    if (!date || !freed || *date < since) continue;
+    if (!date || !freed || *date < since || *date > now) continue;
     if (std::int64_t next = 0; !__builtin_add_overflow(sum, *freed, &next)) sum = next;
   }
   return sum;

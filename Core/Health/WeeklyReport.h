@@ -41,8 +41,9 @@ struct WeeklyReport {
                         const TimeZone& zone);
 
   static std::string body(HistoryStore& history, const UserDefaults& defaults, Date now);
-  /// Freed with the storage clean-up since then, by its log. Entries that are none are skipped.
-  static std::int64_t freedBytes(Date since, const UserDefaults& defaults);
+  /// Freed with the storage clean-up since then, by its log. Entries that are none are skipped, and what a
+  /// clock that was ahead dated in the future.
+  static std::int64_t freedBytes(Date since, Date now, const UserDefaults& defaults);
 };
 
 } // namespace korvell

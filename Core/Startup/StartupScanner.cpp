@@ -43,7 +43,8 @@ void decide(const std::vector<StartupItem*>& items, LaunchItems& launchItems, co
   const auto effective = launchItems.effective(asked);
   for (auto* item : items) {
     const auto told = effective.find(item->plistPath);
-    item->isVouchedFor = told == effective.end() ? jobs.of(item->scope).active.contains(jobName(*item))
+    const auto& manager = jobs.of(item->scope);
+    item->isVouchedFor = told == effective.end() ? manager.mayRun || manager.active.contains(jobName(*item))
                                                  : isInUse(told->second, launchItems);
     item->isLeftover = !item->isVouchedFor;
   }
@@ -127,7 +128,11 @@ Outcome StartupScanner::remove(const StartupItem& item, LaunchItems& launchItems
   const auto file = unchangedFile(item, launchItems);
   if (!file) return Failure{localized("{path} has changed. Look at it again.", {{"path", item.plistPath}})};
   auto now = item;
-  decide({&now}, launchItems, launchItems.loadedJobs());
+  const auto jobs = launchItems.loadedJobs();
+  if (const auto& manager = jobs.of(item.scope); manager.mayRun)
+    return Failure{localized("{reason} Whether {label} is in use is not known, so it stays.",
+                             {{"reason", manager.silence}, {"label", item.label}})};
+  decide({&now}, launchItems, jobs);
   if (!now.isLeftover)
     return Failure{localized("{label} is in use. Only leftovers are removed.", {{"label", item.label}})};
   const auto job = jobOf(item);

@@ -37,6 +37,10 @@ public:
 
   /// Why the last question got no answer that can be read; empty when it did.
   const std::string& silence() const { return silence_; }
+  /// Somebody was asked who did not answer, now or before: what they have in use is not known.
+  bool isLate() const { return isLate_; }
+  /// Somebody answered, if only that they don't tell.
+  bool isRefused() const { return isRefused_; }
 
   /// Null without an answer; then the silence tells why.
   template <class... Arguments>
@@ -52,20 +56,21 @@ public:
     const bool sent = message && sd_bus_message_set_auto_start(message, 0) >= 0 &&
                       sd_bus_message_append(message, signature, arguments...) >= 0 &&
                       sd_bus_call_async(bus_.get(), nullptr, message, came, this, microseconds_) >= 0;
-    if (!sent) return silent(localized("The message bus does not work."));
+    if (!sent) return silent(localized("The message bus does not work."), true);
     while (!reply_) {
       const int result = sd_bus_process(bus_.get(), nullptr);
-      if (result < 0) return silent(localized("The message bus does not work."));
+      if (result < 0) return silent(localized("The message bus does not work."), true);
       if (result > 0) continue;
-      if (clock_.monotonic() >= limit_) return silent(localized("systemd did not answer in time."));
+      if (clock_.monotonic() >= limit_) return silent(localized("systemd did not answer in time."), true);
       wait();
     }
     return isAnswer(*reply_) ? std::move(reply_) : nullptr;
   }
 
 private:
-  Message silent(std::string why) {
+  Message silent(std::string why, bool isLate = false) {
     silence_ = std::move(why);
+    isLate_ |= isLate;
     bus_.reset(); // nothing that comes later may be taken for another answer
     return nullptr;
   }
@@ -91,10 +96,16 @@ private:
     constexpr std::array<std::string_view, 3> absent{"org.freedesktop.DBus.Error.ServiceUnknown",
                                                      "org.freedesktop.DBus.Error.NameHasNoOwner",
                                                      "org.freedesktop.DBus.Error.Disconnected"};
-    if (std::ranges::find(absent, error->name) != absent.end())
+    isRefused_ = false;
+    if (std::ranges::find(absent, error->name) != absent.end()) {
       silence_ = localized("systemd does not run here.");
-    else if (sd_bus_error_has_name(error, SD_BUS_ERROR_NO_REPLY) ||
-             sd_bus_error_has_name(error, SD_BUS_ERROR_TIMEOUT))
+      return false;
+    }
+    const bool isLate = sd_bus_error_has_name(error, SD_BUS_ERROR_NO_REPLY) ||
+                        sd_bus_error_has_name(error, SD_BUS_ERROR_TIMEOUT);
+    isLate_ |= isLate;
+    isRefused_ = !isLate;
+    if (isLate)
       silence_ = localized("systemd did not answer in time.");
     else
       silence_ = localized("systemd refused to answer: {reason}",
@@ -108,6 +119,7 @@ private:
   Bus bus_;
   Message reply_; // ends before the bus that it came over
   std::string silence_;
+  bool isLate_ = false, isRefused_ = false;
 };
 
 /// Something that runs, or has run and stays. One whose program is missing is "activating" for ever when it
@@ -253,6 +265,7 @@ ManagedJobs askServiceManager(const std::string& busAddress, Seconds patience) {
   if (!files) {
     jobs = {};
     jobs.silence = inquiry.silence();
+    jobs.mayRun = inquiry.isLate() || inquiry.isRefused();
     return jobs;
   }
   takeUnitFiles(files.get(), jobs);
@@ -264,8 +277,12 @@ askAboutServices(const std::string& busAddress, const std::vector<std::string>& 
   std::map<std::string, EffectiveJob> jobs;
   if (paths.empty()) return jobs;
   Inquiry inquiry(busAddress, patience);
-  for (const auto& path : paths)
-    if (auto job = askAboutService(inquiry, path)) jobs.emplace(path, std::move(*job));
+  for (const auto& path : paths) {
+    auto job = askAboutService(inquiry, path);
+    // Whoever stopped answering half-way may have it in use.
+    if (!job && inquiry.isLate()) job = EffectiveJob{.looksElsewhere = true};
+    if (job) jobs.emplace(path, std::move(*job));
+  }
   return jobs;
 }
 

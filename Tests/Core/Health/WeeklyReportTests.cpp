@@ -124,6 +124,7 @@ TEST_F(SendingTests, sentences) {
       Value(Value::Array{Value::object({{"date", now - Seconds(604'801)}, {"bytes", 1'000}}),
                          Value::object({{"date", now - Seconds(604'800)}, {"bytes", 2'000'000}}),
                          Value::object({{"date", (now - Seconds(60)).sinceEpoch}, {"bytes", 500'000.9}}),
+                         Value::object({{"date", now + Seconds(1)}, {"bytes", 4'000'000}}),
                          Value::object({{"date", now}}), Value::object({{"bytes", 7}}), Value("x"),
                          Value::object({{"date", "soon"}, {"bytes", 9}}),
                          Value::object({{"date", now}, {"bytes", "many"}})}));

@@ -87,6 +87,20 @@ TEST_F(StartupScannerTests, whatItsManagerHasInUseIsNoLeftover) {
   addEntry("/autostart/my-app.desktop", "/opt/gone");
   items.jobs.user.active = {R"(app-my\x2dapp@autostart.service)"};
   EXPECT_FALSE(StartupScanner::scan(items).front().isLeftover);
+  // One that runs and does not answer may have anything in use; where none runs, the files decide.
+  items.launchFiles.clear();
+  items.addUnit(allUsers, "/units/a.service", "/opt/gone");
+  items.effectiveJobs.clear();
+  for (const bool mayRun : {true, false}) {
+    items.jobs.user = {.silence = "systemd did not answer in time.", .mayRun = mayRun};
+    const auto listed = StartupScanner::scan(items);
+    EXPECT_EQ(listed.front().isLeftover, !mayRun);
+    const auto removed = StartupScanner::remove(listed.front(), items, trash);
+    EXPECT_EQ(removed ? "" : removed.reason(),
+              mayRun ? "systemd did not answer in time. Whether a.service is in use is not "
+                       "known, so it stays."
+                     : "");
+  }
 }
 
 TEST_F(StartupScannerTests, managersAreAskedOnceAboutAProgramThatHasGone) {

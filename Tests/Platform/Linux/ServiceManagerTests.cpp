@@ -151,7 +151,13 @@ TEST_F(ServiceManagerTests, aSilenceHasAReason) {
 
 TEST_F(ServiceManagerTests, nobodyIsWaitedForLongerThanAllowed) {
   const FakeBus hanging(path, [](sd_bus_message*) { return 1; });
-  EXPECT_EQ(askServiceManager(hanging.address(), Seconds{0.05}).silence, "systemd did not answer in time.");
+  const auto hung = askServiceManager(hanging.address(), Seconds{0.05});
+  EXPECT_EQ(hung.silence, "systemd did not answer in time.");
+  EXPECT_TRUE(hung.mayRun);
+  EXPECT_TRUE(askAboutServices(hanging.address(), {"/etc/systemd/user/a.service"}, Seconds{0.05})
+                  .at("/etc/systemd/user/a.service")
+                  .looksElsewhere)
+      << "nothing is known of it, so it is no leftover";
   // A bus that takes the connection and never says a word.
   const auto mute = folder / "mute";
   const Descriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
