@@ -48,7 +48,9 @@ void AppModel::stop() {
 }
 
 std::optional<HistoryProblem> AppModel::finish() {
-  stop();
+  // The history first: what else is under way may hang in a folder that does not answer.
+  timer_.reset();
+  life_.cut();
   sampler_->queue().sync([] {}); // a cycle that is under way records
   return history_->close() ? std::nullopt : history_->problem();
 }

@@ -42,7 +42,8 @@ LockWait::LockWait(Queue& queue, const UserFolders& folders, Task free)
   shared_->free = std::move(free);
   std::thread([shared = shared_, folders] {
     nameCurrentThread("Korvell.turn");
-    if (!KeeperLock::waitUntilFree(folders)) return;
+    // A lock whose file is not there can't be waited for; whether it can be had shows when it is asked for.
+    [[maybe_unused]] const bool waited = KeeperLock::waitUntilFree(folders);
     const std::lock_guard lock(shared->mutex);
     if (shared->queue)
       shared->queue->async([shared] {

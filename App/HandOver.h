@@ -16,11 +16,12 @@ inline constexpr const char* yieldAction = "yield";
 /// How long who stepped back leaves the lock alone, so that who asked gets it.
 inline constexpr Seconds yieldGrace{5};
 
-/// The lock, asked for where somebody has it. Fails with a sentence when the keeper does not step back.
+/// The lock, asked for where somebody has it: only to be asked of a keeper that answers, because one that
+/// hangs would obey later. Fails with a sentence when the keeper does not step back.
 Result<KeeperLock> takeOver(const UserFolders& folders);
 
-/// Waits, at no cost, until nobody holds the lock. `free` is called once on the queue, unless this object has
-/// ended before.
+/// Waits, at no cost, until nobody holds the lock, or its file is gone. `free` is called once on the queue,
+/// unless this object has ended before.
 class LockWait {
 public:
   LockWait(Queue& queue, const UserFolders& folders, Task free);

@@ -7,8 +7,10 @@
 #include "App/KeeperLock.h"
 #include "App/SettingsCheck.h"
 #include "Base/Text.h"
+#include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
 #include "Tool/HeadlessLoop.h"
+#include "Tool/LastResort.h"
 
 namespace korvell {
 
@@ -36,6 +38,9 @@ void answerAt(Context& context, Keeper& keeper, const KeeperLock& lock) {
                                            {{"socket", usual}}));
 }
 
+/// For a scan that is under way to end; longer than a clean-up's tool gets.
+constexpr Seconds timeToEnd{5};
+
 struct Kept {
   bool steppedBack = false; ///< for another keeper that asked, not because of a signal
   std::optional<HistoryProblem> problem;
@@ -43,6 +48,7 @@ struct Kept {
 
 /// Keeps until a signal asks to end or another keeper takes over.
 Kept keep(Context& context, HeadlessLoop& loop, const KeeperLock& lock) {
+  std::optional<LastResort> lastResort; // outlives what may hang when it ends
   Assembly assembly(context.host, context.clock);
   const FixedAttention unwatched(false);
   const auto model = assembly.makeKeepingModel(loop.main(), unwatched);
@@ -67,6 +73,7 @@ Kept keep(Context& context, HeadlessLoop& loop, const KeeperLock& lock) {
   say(context, localized("Korvell is measuring and recording. An interrupt (Ctrl-C) ends it."));
   loop.run();
   kept.problem = model->finish();
+  lastResort.emplace(timeToEnd, kept.problem ? exitFailed : exitOK);
   return kept;
 }
 
@@ -87,7 +94,10 @@ bool waitForTurn(Context& context, HeadlessLoop& loop) {
 
 int runKeeper(Context& context, const Arguments& arguments) {
   const auto& folders = context.host.folders;
-  std::optional lock(arguments.flag("--take-over") ? takeOver(folders) : KeeperLock::acquire(folders));
+  const bool takesOver = arguments.flag("--take-over");
+  if (takesOver)
+    if (const auto state = keeperState(context, {}); state.isSilent) return fail(context, silence(state));
+  std::optional lock(takesOver ? takeOver(folders) : KeeperLock::acquire(folders));
   if (!*lock) return fail(context, lock->reason());
   if (const auto& open = context.host.openWatch)
     context.host.notifications->setOpenHandler([open](const std::string&) { open(); });
@@ -99,11 +109,14 @@ int runKeeper(Context& context, const Arguments& arguments) {
                               {{"reason", escapedControls(kept.problem->detail)}}));
     if (!kept.steppedBack) return kept.problem ? exitFailed : exitOK;
     say(context, localized("Another Korvell keeps now. This one waits and comes back when that one ends."));
-    do {
-      lock.reset();
+    lock.reset();
+    for (std::string said; !lock;) {
       if (!waitForTurn(context, loop)) return exitOK;
-      lock = KeeperLock::acquire(folders);
-    } while (!*lock);
+      if (auto next = KeeperLock::acquire(folders))
+        lock.emplace(std::move(next));
+      else if (!isKeeperRunning(folders) && said != next.reason())
+        fail(context, said = next.reason());
+    }
   }
 }
 

@@ -143,17 +143,20 @@ int execAll(Database& database, std::initializer_list<std::string> statements) {
 
 int addHour(Database& database, std::int64_t number) {
   const auto rows = fmt::format("ts >= {} AND ts < {}", number * hour, (number + 1) * hour);
-  return execAll(database,
-                 {fmt::format("INSERT INTO app_names(app, name, path) SELECT app, name, path FROM apps WHERE "
-                              "{} GROUP BY app ON CONFLICT(app) DO UPDATE SET name = excluded.name, path = "
-                              "excluded.path",
-                              rows),
-                  fmt::format("DELETE FROM app_hours WHERE hour = {}", number),
-                  fmt::format("INSERT INTO app_hours SELECT n.id, {}, SUM(cpu), SUM(memory), SUM(disk), "
-                              "SUM(network), SUM(gpu), SUM(energy), SUM(disk_write) FROM apps a JOIN "
-                              "app_names n ON n.app = a.app WHERE {} GROUP BY n.id",
-                              number, rows),
-                  fmt::format("INSERT OR REPLACE INTO summed_hours VALUES({})", number)});
+  return execAll(
+      database,
+      {// The name of the newest row; of the hours, which come in any order, the newest one's.
+       fmt::format("INSERT INTO app_names(app, name, path, hour) SELECT app, name, path, {} FROM "
+                   "(SELECT app, name, path, MAX(ts) FROM apps WHERE {} GROUP BY app) WHERE true ON "
+                   "CONFLICT(app) DO UPDATE SET name = excluded.name, path = excluded.path, hour = "
+                   "excluded.hour WHERE excluded.hour >= app_names.hour",
+                   number, rows),
+       fmt::format("DELETE FROM app_hours WHERE hour = {}", number),
+       fmt::format("INSERT INTO app_hours SELECT n.id, {}, SUM(cpu), SUM(memory), SUM(disk), "
+                   "SUM(network), SUM(gpu), SUM(energy), SUM(disk_write) FROM apps a JOIN "
+                   "app_names n ON n.app = a.app WHERE {} GROUP BY n.id",
+                   number, rows),
+       fmt::format("INSERT OR REPLACE INTO summed_hours VALUES({})", number)});
 }
 
 } // namespace
@@ -192,7 +195,7 @@ int makeHourSums(Database& database) {
       database,
       {"CREATE TABLE IF NOT EXISTS summed_hours(hour INTEGER PRIMARY KEY)",
        "CREATE TABLE IF NOT EXISTS app_names(id INTEGER PRIMARY KEY, app TEXT UNIQUE, name TEXT, "
-       "path TEXT)",
+       "path TEXT, hour INTEGER)",
        "CREATE TABLE IF NOT EXISTS app_hours(app INTEGER, hour INTEGER, cpu REAL, memory REAL, disk "
        "REAL, network REAL, gpu REAL, energy REAL, disk_write REAL, PRIMARY KEY(app, hour)) WITHOUT "
        "ROWID",

@@ -120,6 +120,24 @@ TEST_F(HistoryStoreTests, topApplicationsAnswerAsThePlainStatementDoes) {
     }
 }
 
+TEST_F(HistoryStoreTests, anApplicationIsCalledWhatItWasCalledLast) {
+  const auto recordAs = [&](int minute, const char* name) {
+    auto snapshot = SystemSnapshot::empty(start + Seconds{minute * 60.0});
+    snapshot.apps = {{.id = "app", .name = name, .processes = {{.pid = 1, .cpu = 1}}}};
+    record(snapshot);
+  };
+  const auto nameOf = [&] { return store->topApps(Metric::cpu, HistoryRange::d30, 1).at(0).name; };
+  for (int minute = 0; minute < 240; ++minute) recordAs(minute, minute < 150 ? "Old" : "New");
+  EXPECT_EQ(nameOf(), "New");
+  // Caught up with anew, the newest hours first.
+  Database::open(path, Database::Mode::readWrite).exec("DELETE FROM summed_hours; DELETE FROM app_names");
+  reopen();
+  recordAs(241, "Newest");
+  recordAs(242, "Newest");
+  EXPECT_EQ(rows("SELECT name FROM app_names"), std::vector<std::string>{"New"});
+  EXPECT_EQ(nameOf(), "Newest");
+}
+
 TEST_F(HistoryStoreTests, rowsOlderThanThirtyDaysGoAtTheHourAndAtOpening) {
   record(0, 1);
   record(60, 2);
