@@ -7,7 +7,8 @@
 
 namespace korvell {
 
-std::optional<FileLock> FileLock::acquire(const std::string& path, Seconds patience, bool* isHeld) {
+std::optional<FileLock> FileLock::acquire(const std::string& path, Seconds patience, bool* isHeld,
+                                          const Cancellation& cancellation) {
   if (isHeld) *isHeld = false;
   Descriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
   if (!file) return std::nullopt;
@@ -17,7 +18,7 @@ std::optional<FileLock> FileLock::acquire(const std::string& path, Seconds patie
   while (flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
     if (errno == EINTR) continue;
     const bool held = errno == EWOULDBLOCK;
-    if (!held || clock.monotonic() >= limit) {
+    if (!held || cancellation.isCancelled() || clock.monotonic() >= limit) {
       if (isHeld) *isHeld = held;
       return std::nullopt;
     }
