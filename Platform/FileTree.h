@@ -64,6 +64,7 @@ struct FolderListing {
 struct Removal {
   Outcome outcome = success(); ///< why something of it remains
   std::int64_t freed = 0;      ///< allocated bytes of the files that this call removed the last name of
+  bool cutShort = false;       ///< nothing but the caller's cancelling kept it from being removed
 };
 
 class FileTree {

@@ -80,9 +80,14 @@ std::vector<std::string> preview(const CleanupPlan::Step& step, Host& host) {
           add(localized("delete permanently: "), folder + "/" + entry.name);
     break;
   case StorageAction::Type::command: {
-    auto line = localized("run: ") + step.action.path;
+    auto line = step.action.path;
     for (const auto& argument : step.action.arguments) line += " " + argument;
-    lines.push_back(line);
+    std::string reason;
+    for (const auto& item : step.items)
+      for (const auto& place : item.commandPlaces)
+        if (const auto* mount = mountInside(place, mounts)) reason = refusal(*mount);
+    lines.push_back(reason.empty() ? localized("run: ") + line
+                                   : localized("leave alone: ") + line + " (" + reason + ")");
   }
   }
   return lines;
@@ -139,9 +144,7 @@ int carryOut(Context& context, const Arguments& arguments, const PendingCleanup&
                      context.err.flush();
                    });
   const auto freed = freedBytes(plan, outcome);
-  const auto feedback = outcome.interrupted && freed == FreedBytes{}
-                            ? localized("Interrupted before anything was freed.")
-                            : freed.feedback();
+  const auto feedback = korvell::feedback(outcome, freed);
   if (!StorageLog::record(freed.logged(), context.clock.now(), *context.host.defaults))
     context.err.line("korvell: " +
                      localized("The settings can't be stored, so the log lacks what was freed."));
@@ -159,7 +162,8 @@ int carryOut(Context& context, const Arguments& arguments, const PendingCleanup&
   } else {
     context.out.line(feedback);
   }
-  return outcome.interrupted || freed == FreedBytes{} ? exitFailed : exitOK;
+  const bool failed = outcome.interrupted || outcome.commandFailed || freed == FreedBytes{};
+  return failed ? exitFailed : exitOK;
 }
 
 /// With the notes, which may tell why.
@@ -186,7 +190,7 @@ int runStorageClean(Context& context, const Arguments& arguments) {
   if (arguments.flag("--dry-run")) return dryRun(context, arguments, pending, plan);
 
   if (!confirmed(context, arguments, question(context, pending))) return exitFailed;
-  return carryOut(context, arguments, pending, plan, storageWork(scan));
+  return carryOut(context, arguments, pending, plan, storageWork(scan, context.host.folders.data));
 }
 
 } // namespace korvell

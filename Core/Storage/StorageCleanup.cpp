@@ -1,6 +1,8 @@
 #include "Core/Storage/StorageCleanup.h"
 
+#include "Base/FileLock.h"
 #include "Base/Format.h"
+#include "Base/UserFolders.h"
 #include "Core/Storage/StorageScan.h"
 
 #include <algorithm>
@@ -9,13 +11,14 @@
 
 namespace korvell {
 
-StorageWork storageWork(std::shared_ptr<const StorageScan> scan) {
+StorageWork storageWork(std::shared_ptr<const StorageScan> scan, std::string dataFolder) {
   return {.measure = [scan](StorageKind kind,
                             const Cancellation& cancellation) { return scan->scan(kind, cancellation); },
           .perform =
               [scan](const StorageAction& action, const std::vector<StorageItem>& items,
                      const Cancellation& cancellation) { return scan->perform(action, items, cancellation); },
-          .asksForAccess = scan->locations().asksForAccess};
+          .asksForAccess = scan->locations().asksForAccess,
+          .dataFolder = std::move(dataFolder)};
 }
 
 CleanupPlan CleanupPlan::of(const StorageScanResult& result, const std::vector<StorageItem>& items) {
@@ -48,21 +51,40 @@ std::int64_t bytesLeft(const StorageCategory& before, const StorageCategory& now
   return left;
 }
 
+bool isCommand(const CleanupPlan::Step& step) { return step.action.type == StorageAction::Type::command; }
+
+/// Held for as long as a clean-up with a command lasts; `isHeld` when somebody else has it.
+std::optional<FileLock> lockFor(const CleanupPlan& plan, const StorageWork& work,
+                                const Cancellation& cancellation, bool& isHeld) {
+  isHeld = false;
+  if (work.dataFolder.empty() || std::ranges::none_of(plan.steps, isCommand)) return std::nullopt;
+  ensurePrivateFolder(work.dataFolder);
+  return FileLock::acquire(work.dataFolder + "/clean-up.lock", work.patience, &isHeld, cancellation);
+}
+
+ActionReport runCommand(const CleanupPlan::Step& step, const StorageWork& work,
+                        const Cancellation& cancellation) {
+  const auto kind = step.items.front().kind;
+  const auto begun = work.measure(kind, {});
+  auto report = work.perform(step.action, step.items, cancellation);
+  report.done[kind].bytes = begun && !report.notStarted ? begun->bytes : 0;
+  return report;
+}
+
 } // namespace
 
 CleanupOutcome carryOut(const CleanupPlan& plan, const StorageWork& work, const Cancellation& cancellation) {
   CleanupOutcome outcome;
   std::set<StorageKind> untouched;
+  const auto lock = lockFor(plan, work, cancellation, outcome.isBusy);
   for (const auto& step : plan.steps) {
-    if (cancellation.isCancelled()) {
+    if (cancellation.isCancelled() || outcome.isBusy) {
       for (const auto& item : step.items) untouched.insert(item.kind);
       continue;
     }
-    const bool isCommand = step.action.type == StorageAction::Type::command;
-    const auto kind = step.items.front().kind;
-    const auto begun = isCommand ? work.measure(kind, {}) : std::nullopt;
-    auto report = work.perform(step.action, step.items, cancellation);
-    if (isCommand) report.done[kind].bytes = begun ? begun->bytes : 0;
+    auto report = isCommand(step) ? runCommand(step, work, cancellation)
+                                  : work.perform(step.action, step.items, cancellation);
+    if (isCommand(step) && report.done[step.items.front().kind].count == 0) outcome.commandFailed = true;
     outcome.done.merge(report.done);
     std::ranges::move(report.problems, std::back_inserter(outcome.problems));
     if (step.action.type != StorageAction::Type::emptyTrash) continue;
@@ -71,7 +93,8 @@ CleanupOutcome carryOut(const CleanupPlan& plan, const StorageWork& work, const 
     outcome.after[StorageKind::trash] = trash ? trash->bytes : 0;
   }
   outcome.interrupted = cancellation.isCancelled();
-  if (!untouched.empty()) outcome.problems.push_back(localized("What was not begun by then was left alone."));
+  if (!untouched.empty() && outcome.interrupted)
+    outcome.problems.push_back(localized("What was not begun by then was left alone."));
   for (const auto& [kind, before] : plan.before) {
     if (untouched.contains(kind)) {
       outcome.after[kind] = before.bytes;
@@ -136,6 +159,13 @@ std::string FreedBytes::feedback() const {
         counted(itemsMoved, "Moved 1 item to the Trash.", "Moved {count} items to the Trash."));
   if (sentences.empty()) return localized("Nothing changed. The files may be in use or protected.");
   return fmt::format("{}", fmt::join(sentences, " "));
+}
+
+std::string feedback(const CleanupOutcome& outcome, const FreedBytes& freed) {
+  if (outcome.interrupted && freed == FreedBytes{})
+    return localized("Interrupted before anything was freed.");
+  if (outcome.isBusy) return localized("Another clean-up is running. Nothing was done.");
+  return freed.feedback();
 }
 
 StorageScanResult merged(StorageScanResult result, const CleanupPlan& plan, const CleanupOutcome& outcome) {

@@ -21,9 +21,13 @@ struct StorageWork {
       perform;
   /// The system asks the user before some folders are read.
   bool asksForAccess = false;
+  /// Korvell's own data: a file there keeps two clean-ups by command from running at the same time. Empty:
+  /// nothing does.
+  std::string dataFolder = {};
+  Seconds patience{10}; ///< how long a clean-up waits for another one to end
 };
 
-StorageWork storageWork(std::shared_ptr<const StorageScan> scan);
+StorageWork storageWork(std::shared_ptr<const StorageScan> scan, std::string dataFolder);
 
 struct CleanupPlan {
   struct Step {
@@ -46,11 +50,17 @@ struct CleanupOutcome {
   std::map<StorageKind, std::int64_t> after;
   std::map<StorageKind, ActionReport::Done> done; ///< of a command: `bytes` when it began
   std::vector<std::string> problems;
-  bool interrupted = false; ///< what was not begun when it was cancelled was left alone
+  bool interrupted = false;   ///< what was not begun when it was cancelled was left alone
+  bool commandFailed = false; ///< or was refused; it may have freed something all the same
+  bool isBusy = false;        ///< another clean-up was running, and nothing was begun
 };
 
 /// Performs the steps and measures the cleaned kinds again. Cancelled, the running step is cut short and no
 /// other one begins; what was done by then is measured all the same, so that it can be told and logged.
+///
+/// What a command freed is known only from measuring before and after it, so that of clean-ups with commands,
+/// in whatever process, one runs at a time. Where the lock for that can't be made, as on a full disk, it is
+/// done without.
 CleanupOutcome carryOut(const CleanupPlan& plan, const StorageWork& work,
                         const Cancellation& cancellation = {});
 
@@ -73,6 +83,9 @@ struct FreedBytes {
 /// What a kind lost, but no more than this clean-up itself moved or removed: another one may have been at
 /// work at the same time. A kind that grew meanwhile freed nothing.
 FreedBytes freedBytes(const CleanupPlan& plan, const CleanupOutcome& outcome);
+
+/// What a clean-up did, or why it did nothing.
+std::string feedback(const CleanupOutcome& outcome, const FreedBytes& freed);
 
 /// The result with the cleaned kinds' categories replaced, in the order of the kinds.
 StorageScanResult merged(StorageScanResult result, const CleanupPlan& plan, const CleanupOutcome& outcome);

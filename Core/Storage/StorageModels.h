@@ -60,6 +60,8 @@ struct StorageItem {
   /// What each of `urls` was when it was measured, so that nothing else is removed in its place. No part of
   /// what the item says.
   std::vector<FileIdentity> identities = {};
+  /// The folders that a command cleans, as far as they are known. Nor are they part of what the item says.
+  std::vector<std::string> commandPlaces = {};
 
   static constexpr auto fields() {
     return std::tuple{Field{"id", &StorageItem::id},
@@ -93,6 +95,7 @@ struct ActionReport {
   };
   std::map<StorageKind, Done> done;  ///< what this action itself did, and nobody else meanwhile
   std::vector<std::string> problems; ///< sentences about what could not be done
+  bool notStarted = false;           ///< a command that was refused or is not there: what is gone is not its
 };
 
 struct StorageScanResult {

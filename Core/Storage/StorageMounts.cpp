@@ -15,7 +15,13 @@ struct Places {
   bool areItems = false; ///< the folders themselves, not what lies in them
 };
 
-Places placesOf(StorageKind kind, const StorageLocations& locations) {
+Places placesOf(StorageKind kind, const StorageLocations& locations,
+                const std::optional<StorageCategory>& found) {
+  Places told{.areItems = true}; // by the tool that cleans them
+  if (found)
+    for (const auto& item : found->items)
+      std::ranges::copy(item.commandPlaces, std::back_inserter(told.folders));
+  if (!told.folders.empty()) return told;
   switch (kind) {
   case StorageKind::derivedData:
   case StorageKind::deviceSupport:
@@ -23,6 +29,8 @@ Places placesOf(StorageKind kind, const StorageLocations& locations) {
     return {{locations.xcode}};
   case StorageKind::simulatorCaches:
     return {{locations.coreSimulator + "/Caches"}, true};
+  case StorageKind::homebrew:
+    return {{locations.brewCache}, true};
   case StorageKind::nodeModules:
     return {{locations.home}};
   case StorageKind::appCaches:
@@ -53,9 +61,8 @@ bool isLeftOut(const MountedPlace& mount, const std::string& folder, bool isItem
   return isInside(mount.path, folder) || (isBlocked && mount.mayBlock && isInside(folder, mount.path));
 }
 
-std::vector<MountedPlace> leftOut(StorageKind kind, const StorageLocations& locations,
+std::vector<MountedPlace> leftOut(const Places& places, StorageKind kind, const StorageLocations& locations,
                                   const std::vector<MountedPlace>& mounts, bool foundSomething) {
-  const auto places = placesOf(kind, locations);
   std::vector<MountedPlace> result;
   std::set<std::string_view> known;
   for (const auto& folder : places.folders) {
@@ -85,9 +92,10 @@ std::string noteOn(const std::vector<MountedPlace>& mounts, const std::string& h
 }
 
 bool isMountPoint(const StorageItem& item, const std::vector<MountedPlace>& mounts) {
-  return std::ranges::any_of(item.urls, [&](const std::string& path) {
+  const auto isMounted = [&](const std::string& path) {
     return std::ranges::find(mounts, path, &MountedPlace::path) != mounts.end();
-  });
+  };
+  return std::ranges::any_of(item.urls, isMounted) || std::ranges::any_of(item.commandPlaces, isMounted);
 }
 
 } // namespace
@@ -111,6 +119,7 @@ StorageLocations withoutBlocked(StorageLocations locations, const std::vector<Mo
 std::optional<StorageCategory> withMounts(std::optional<StorageCategory> found, StorageKind kind,
                                           const StorageLocations& locations,
                                           const std::vector<MountedPlace>& mounts) {
+  const auto places = placesOf(kind, locations, found);
   if (found) {
     std::erase_if(found->items, [&](const StorageItem& item) {
       if (!isMountPoint(item, mounts)) return false;
@@ -119,7 +128,7 @@ std::optional<StorageCategory> withMounts(std::optional<StorageCategory> found, 
     });
     if (found->items.empty() && !found->note) found.reset();
   }
-  const auto unseen = leftOut(kind, locations, mounts, found.has_value());
+  const auto unseen = leftOut(places, kind, locations, mounts, found.has_value());
   if (unseen.empty()) return found;
   if (!found) found = StorageCategory{.kind = kind};
   auto& note = found->note;

@@ -166,7 +166,10 @@ StorageScan::Found StorageScan::trash(const Cancellation& cancellation) const {
     const auto listing = files_.list(folder.entries);
     denied = denied || listing.state == FolderListing::State::denied;
     if (all.id.empty()) all.id = folder.entries;
+    const auto info = files_.info(folder.entries);
+    if (!info) continue;
     all.urls.push_back(folder.entries);
+    all.identities.push_back(info->identity);
     for (const auto& entry : listing.entries)
       if (entry.name != ".DS_Store") entries.push_back(folder.entries + "/" + entry.name);
   }

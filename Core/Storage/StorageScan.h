@@ -85,6 +85,8 @@ private:
   std::optional<std::string> output(const std::string& program, const std::vector<std::string>& arguments,
                                     Seconds timeout, const Cancellation& cancellation) const;
   std::string brewCache(const std::string& brew, const Cancellation& cancellation) const;
+  ActionReport runCommand(const StorageAction& action, const std::vector<StorageItem>& items,
+                          const Cancellation& cancellation) const;
   ActionReport moveToTrash(const std::vector<StorageItem>& items) const;
   ActionReport emptyTrash(const std::vector<StorageItem>& items, const Cancellation& cancellation) const;
   void empty(const TrashFolder& folder, const Cancellation& cancellation, ActionReport& report) const;

@@ -29,6 +29,14 @@ std::string_view sentence(const std::optional<ShellResult>& result) {
                                       : "{command} was asked to end and has ended.";
 }
 
+/// What was at a path when these items were measured; nothing when none of them has it.
+std::optional<FileIdentity> measuredIdentity(const std::string& path, const std::vector<StorageItem>& items) {
+  for (const auto& item : items)
+    for (std::size_t i = 0; i < std::min(item.urls.size(), item.identities.size()); ++i)
+      if (item.urls[i] == path) return item.identities[i];
+  return std::nullopt;
+}
+
 } // namespace
 
 ActionReport StorageScan::perform(const StorageAction& action, const std::vector<StorageItem>& items,
@@ -41,8 +49,21 @@ ActionReport StorageScan::perform(const StorageAction& action, const std::vector
   case StorageAction::Type::command:
     break;
   }
+  return runCommand(action, items, cancellation);
+}
+
+ActionReport StorageScan::runCommand(const StorageAction& action, const std::vector<StorageItem>& items,
+                                     const Cancellation& cancellation) const {
   ActionReport report;
+  const auto mounts = files_.mounts();
+  for (const auto& item : items)
+    for (const auto& place : item.commandPlaces)
+      if (const auto* mount = mountInside(place, mounts))
+        report.problems.push_back(tildePath(place, locations_.home) + ": " + refusal(*mount));
+  report.notStarted = true;
+  if (!report.problems.empty()) return report;
   const auto result = run_(action.path, action.arguments, action.timeout, cancellation);
+  report.notStarted = !result;
   if (result && result->succeeded())
     for (const auto& item : items) ++report.done[item.kind].count;
   else
@@ -91,15 +112,17 @@ StorageScan::removeItems(const std::vector<std::string>& paths, const std::strin
 ActionReport StorageScan::emptyTrash(const std::vector<StorageItem>& items,
                                      const Cancellation& cancellation) const {
   ActionReport report;
-  const auto isPicked = [&](const TrashFolder& folder) {
-    return std::ranges::any_of(items, [&](const StorageItem& item) {
-      return std::ranges::find(item.urls, folder.entries) != item.urls.end();
-    });
-  };
   // One that has come since the scan, with a disk, was not named in the question.
-  for (const auto& folder : trash_.folders())
-    if (isPicked(folder)) empty(folder, cancellation, report);
-  if (cancellation.isCancelled()) report.problems = {localized("Emptying the Trash was cut short.")};
+  for (const auto& folder : trash_.folders()) {
+    const auto measured = measuredIdentity(folder.entries, items);
+    if (!measured) continue;
+    if (const auto info = files_.info(folder.entries); info && info->identity == *measured)
+      empty(folder, cancellation, report);
+    else
+      report.problems.push_back(tildePath(folder.entries, locations_.home) + ": " +
+                                localized("It is no longer there."));
+  }
+  if (cancellation.isCancelled()) report.problems.push_back(localized("Emptying the Trash was cut short."));
   return report;
 }
 
@@ -126,7 +149,7 @@ void StorageScan::empty(const TrashFolder& folder, const Cancellation& cancellat
     done.bytes = checkedSum(done.bytes, removal.freed);
     if (removal.outcome)
       ++done.count;
-    else
+    else if (!removal.cutShort)
       tell(path, removal.outcome.reason());
   }
 

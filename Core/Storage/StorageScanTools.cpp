@@ -25,7 +25,7 @@ std::optional<std::string> StorageScan::output(const std::string& program,
 }
 
 StorageScan::Found StorageScan::simulatorDevices(const Cancellation& cancellation) const {
-  if (locations_.xcrun.empty()) return std::nullopt;
+  if (locations_.xcrun.empty() || locations_.coreSimulator.empty()) return std::nullopt;
   const auto listing =
       output(locations_.xcrun, {"simctl", "list", "devices", "--json"}, Seconds{15}, cancellation);
   if (!listing) return std::nullopt;
@@ -40,6 +40,7 @@ StorageScan::Found StorageScan::simulatorDevices(const Cancellation& cancellatio
                   : localized("{count} simulators", {{"count", std::to_string(folders.size())}});
   all.detail = localized("Deleted with xcrun simctl delete unavailable");
   for (const auto bytes : files_.sizes(folders, cancellation)) all.bytes = checkedSum(all.bytes, bytes);
+  all.commandPlaces = std::move(folders);
   auto found = category(StorageKind::simulatorDevices, {std::move(all)});
   found->action = StorageAction::command(locations_.xcrun, {"simctl", "delete", "unavailable"}, Seconds{120});
   return found;
@@ -61,6 +62,7 @@ StorageScan::Found StorageScan::homebrew(const Cancellation& cancellation) const
   if (!brew) return std::nullopt;
   auto items = folderItems(StorageKind::homebrew, {brewCache(*brew, cancellation)}, cancellation);
   for (auto& item : items) {
+    item.commandPlaces = std::move(item.urls);
     item.urls.clear();
     item.identities.clear();
   }

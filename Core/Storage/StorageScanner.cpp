@@ -166,7 +166,7 @@ void StorageScanner::finish(const std::shared_ptr<const Cleanup>& done) {
   // A scan that was started meanwhile measures everything itself.
   if (*result) result.set(merged(**result, cleanup.plan, cleanup.outcome));
   working.set(std::move(busy));
-  feedback.set(freed.feedback());
+  feedback.set(korvell::feedback(cleanup.outcome, freed));
 }
 
 std::vector<StorageKind> allStorageKinds() {

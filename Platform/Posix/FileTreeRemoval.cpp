@@ -157,7 +157,7 @@ Failure failure(int error) {
 Removal notRemoved(int error) { return {.outcome = failure(error)}; }
 
 Removal removeEntry(int folder, const char* name, FolderOpener open, const Cancellation& cancellation) {
-  if (cancellation.isCancelled()) return notRemoved(ECANCELED);
+  if (cancellation.isCancelled()) return {.outcome = failure(ECANCELED), .cutShort = true};
   struct stat entry {
   }, parent{};
   if (fstat(folder, &parent) != 0 || fstatat(folder, name, &entry, AT_SYMLINK_NOFOLLOW) != 0)
@@ -170,8 +170,10 @@ Removal removeEntry(int folder, const char* name, FolderOpener open, const Cance
   TreeRemoval tree(folder, std::uint64_t(parent.st_dev), open, cancellation);
   tree.remove(name);
   Removal removal{.freed = tree.freed()};
-  if (fstatat(folder, name, &entry, AT_SYMLINK_NOFOLLOW) == 0 || errno != ENOENT)
+  if (fstatat(folder, name, &entry, AT_SYMLINK_NOFOLLOW) == 0 || errno != ENOENT) {
     removal.outcome = failure(tree.obstacle());
+    removal.cutShort = tree.obstacle() == 0 && cancellation.isCancelled();
+  }
   return removal;
 }
 

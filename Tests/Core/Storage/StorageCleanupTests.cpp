@@ -1,4 +1,6 @@
 #include "Core/Storage/StorageCleanup.h"
+
+#include "Base/FileLock.h"
 #include "Core/Storage/StorageLog.h"
 #include "StorageWorld.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
@@ -114,7 +116,7 @@ TEST(StorageCleanupTests, ofAToolThatNoLongerAnswersNothingIsKnownToBeFreed) {
   world.program("docker");
   const std::string usage = "docker system df --format {{json .}}";
   world.printed[usage] = {R"({"Type":"Containers","Reclaimable":"5MB"})"};
-  const auto work = storageWork(std::make_shared<StorageScan>(world.scan()));
+  const auto work = storageWork(std::make_shared<StorageScan>(world.scan()), world.folders().data);
   const auto before = work.measure(docker, {}).value();
   const auto plan = CleanupPlan::of({{before}, Date{}}, before.items);
   world.printed.erase(usage);
@@ -124,12 +126,104 @@ TEST(StorageCleanupTests, ofAToolThatNoLongerAnswersNothingIsKnownToBeFreed) {
 TEST(StorageCleanupTests, anInterruptedEmptyingLeavesTheRestWithItsRecords) {
   StorageWorld world;
   world.disk.file("home/trash/a/x", 1);
+  world.disk.file("home/trash/held/x", 1);
+  const auto place = world.disk / "home/trash/held/x";
+  world.files.mounted = {{place}};
   const Cancellation cancellation;
   cancellation.cancel();
   const auto scan = world.scan();
   EXPECT_THAT(scan.perform(StorageAction::emptyTrash(), scan.scan(trash)->items, cancellation).problems,
-              ElementsAre("Emptying the Trash was cut short."));
-  EXPECT_THAT(world.disk.names("home/trash"), ElementsAre("a"));
+              ElementsAre("~/trash/held: Something is mounted on " + place + ". Unmount it first.",
+                          "Emptying the Trash was cut short."));
+  EXPECT_THAT(world.disk.names("home/trash"), ElementsAre("a", "held"));
+}
+
+TEST(StorageCleanupTests, aTrashThatWasExchangedSinceTheScanStays) {
+  StorageWorld world;
+  world.disk.file("home/trash/old", 1);
+  const auto scan = world.scan();
+  const auto items = scan.scan(trash)->items;
+  world.disk.move("home/trash", "home/aside");
+  world.disk.file("home/trash/another", 1);
+  EXPECT_THAT(scan.perform(StorageAction::emptyTrash(), items, {}).problems,
+              ElementsAre("~/trash: It is no longer there."));
+  EXPECT_THAT(world.disk.names("home/trash"), ElementsAre("another"));
+}
+
+TEST(StorageCleanupTests, cleanupsByCommandRunOneAtATime) {
+  StorageWorld world;
+  const StorageScanResult result{
+      {found(npm, {item(npm, "a", 5)}), found(docker, {item(docker, "d", 9)}, prune)}, Date{}};
+  const auto both = CleanupPlan::of(result, {item(npm, "a", 5), item(docker, "d", 9)});
+  const auto lockFile = world.folders().data + "/clean-up.lock";
+  int performed = 0;
+  bool wasHeld = false;
+  StorageWork work{
+      .measure = [](StorageKind, const Cancellation&) { return std::optional<StorageCategory>(); },
+      .perform =
+          [&](const StorageAction&, const std::vector<StorageItem>&, const Cancellation&) {
+            ++performed;
+            wasHeld = FileLock::isHeld(lockFile);
+            return ActionReport{};
+          },
+      .dataFolder = world.folders().data};
+  carryOut(CleanupPlan::of(result, {item(npm, "a", 5)}), work);
+  EXPECT_FALSE(wasHeld) << "what is moved is counted without measuring";
+  carryOut(both, work);
+  EXPECT_TRUE(wasHeld);
+  EXPECT_FALSE(FileLock::isHeld(lockFile));
+  EXPECT_EQ(performed, 3);
+
+  const auto another = FileLock::acquire(lockFile, Seconds{0});
+  ASSERT_TRUE(another);
+  work.patience = Seconds{0.01};
+  auto outcome = carryOut(both, work);
+  EXPECT_EQ(feedback(outcome, freedBytes(both, outcome)), "Another clean-up is running. Nothing was done.");
+  EXPECT_THAT(outcome.problems, IsEmpty());
+  EXPECT_EQ(merged(result, both, outcome), result);
+  const Cancellation cancellation;
+  cancellation.cancel();
+  work.patience = Seconds{1e9};
+  outcome = carryOut(both, work, cancellation);
+  EXPECT_EQ(feedback(outcome, freedBytes(both, outcome)), "Interrupted before anything was freed.");
+  EXPECT_EQ(performed, 3);
+  work.dataFolder = world.folders().data + "/clean-up.lock/none";
+  EXPECT_FALSE(carryOut(both, work).isBusy) << "no folder to write to";
+  EXPECT_EQ(performed, 5);
+}
+
+TEST(StorageCleanupTests, noCommandRunsWhereSomethingIsMountedInWhatItCleans) {
+  StorageWorld world;
+  world.onMac = true;
+  world.program("brew");
+  world.printed["brew cleanup --prune=all"] = world.printed["xcrun simctl delete unavailable"] = {};
+  world.printed["xcrun simctl list devices --json"] = {
+      R"({"devices":{"one":[{"udid":"0A1B2C3D-0000-4000-8000-000000000001","isAvailable":false}]}})"};
+  const std::pair<StorageKind, std::string> rows[] = {
+      {homebrew, "Library/Caches/Homebrew"},
+      {simulatorDevices, "Library/Developer/CoreSimulator/Devices/0A1B2C3D-0000-4000-8000-000000000001"}};
+  for (const auto& [kind, folder] : rows) {
+    const auto inner = "home/" + folder + "/inner";
+    world.disk.file(inner + "/x", 9000);
+    world.files.mounted.clear();
+    const auto work = storageWork(std::make_shared<StorageScan>(world.scan()), world.folders().data);
+    const CleanupPlan plan = [&, kind = kind] {
+      const auto before = work.measure(kind, {}).value();
+      return CleanupPlan::of({{before}, Date{}}, before.items);
+    }();
+    world.ran.clear();
+    world.files.mounted = {{world.disk / inner}}; // after the scan
+    EXPECT_EQ(work.measure(kind, {})->note,
+              "Neither counted nor cleaned, because something is mounted there: ~/" + folder + "/inner.");
+    const auto outcome = carryOut(plan, work);
+    EXPECT_TRUE(outcome.commandFailed);
+    EXPECT_THAT(outcome.problems, ElementsAre("~/" + folder + ": Something is mounted on " +
+                                              (world.disk / inner) + ". Unmount it first."));
+    for (const auto& line : world.ran)
+      EXPECT_THAT(line, testing::AnyOf(testing::HasSubstr("--cache"), testing::HasSubstr(" list ")));
+    world.files.mounted = {{world.disk / ("home/" + folder)}};
+    EXPECT_THAT(work.measure(kind, {})->items, IsEmpty()) << "it is a mount itself";
+  }
 }
 
 TEST(StorageCleanupTests, whatWasDoneBoundsWhatWasFreedAndIsTold) {
@@ -171,7 +265,7 @@ TEST(StorageCleanupTests, whatWasDoneBoundsWhatWasFreedAndIsTold) {
 TEST(StorageCleanupTests, anAppCacheThatMovesUpTheListIsNoLoss) {
   StorageWorld world;
   for (int i = 0; i < 12; ++i) world.disk.file("home/.cache/app" + std::to_string(10 + i) + "/x", 40'000);
-  const auto work = storageWork(std::make_shared<StorageScan>(world.scan()));
+  const auto work = storageWork(std::make_shared<StorageScan>(world.scan()), world.folders().data);
   const StorageScanResult result{{*work.measure(appCaches, {})}, Date{}};
   const auto plan = CleanupPlan::of(result, {result.categories[0].items[3]});
   const auto outcome = carryOut(plan, work);
@@ -183,7 +277,7 @@ TEST(StorageCleanupTests, anAppCacheThatMovesUpTheListIsNoLoss) {
 FreedBytes cleanAll(
     StorageWorld& world, StorageKind kind, std::vector<std::string>& problems,
     const std::function<void()>& meanwhile = [] {}) {
-  const auto work = storageWork(std::make_shared<StorageScan>(world.scan()));
+  const auto work = storageWork(std::make_shared<StorageScan>(world.scan()), world.folders().data);
   const auto before = work.measure(kind, {}).value();
   meanwhile();
   const auto plan = CleanupPlan::of({{before}, Date{}}, before.items);
