@@ -94,7 +94,8 @@ AIUsageScanner::Outcome AIUsageScanner::scan(Date now, const Progress& progress,
     return failure();
   }
   auto tasks = newBytes(now, stats);
-  Accounting accounting(database_, dayText(localDay(zone_, now)), readings_, now);
+  const auto seenDay = database_.seenDay(localDay(zone_, now));
+  Accounting accounting(database_, dayText(seenDay), readings_, now);
   ScanProgress report;
   if (progress) report = [&](std::int64_t bytes) { progress(bytes, stats.bytes); };
   Scan scan(files_, zone_, options_.home, now, accounting, tasks, report, options_.cancellation);

@@ -38,9 +38,12 @@ constexpr std::string_view limitsKey = "codex_limits", limitsAheadKey = "codex_l
 constexpr std::string_view readRowsSQL =
     "SELECT day, tool, model, project, input, output, cache_write, cache_write_1h, cache_read FROM usage "
     "WHERE day >= ?";
-constexpr std::string_view newestDaySQL = "SELECT max(day) FROM usage WHERE day <= ?";
+constexpr std::string_view dayBeforeSQL = "SELECT max(day) FROM usage WHERE day < ?";
 constexpr std::string_view pruneSQL[] = {"DELETE FROM usage WHERE day < ?", "DELETE FROM seen WHERE day < ?"};
 constexpr int daysKept = 40;
+/// Well below what is kept beyond the longest period shown.
+constexpr int longestGap = 7; ///< days
+constexpr int provingDays = 7;
 
 // The columns of two tables, in the order in which every statement names them.
 enum class FileColumn { path, offset, lastTotal, model, project };
@@ -156,15 +159,31 @@ bool UsageDatabase::prepareAll() {
 /// As well as it goes: rows that stay are not shown.
 void UsageDatabase::prune(Date now) {
   const CalendarDay today{std::int64_t(std::floor(now.sinceEpoch / 86'400))};
-  auto newest = db_.prepare(newestDaySQL);
-  newest.bind(1, dayText(today + 1)); // which has begun where clocks are ahead of UTC
-  if (!row(newest)) return;
-  const auto newestDay = parseDay(newest.text(0)).value_or(today);
+  const auto newest = newestTrusted(dayText(today + 2)); // tomorrow has begun where clocks are ahead of UTC
+  if (!newest) return;
   for (const auto sql : pruneSQL) {
     auto statement = db_.prepare(sql);
-    statement.bind(1, dayText(std::min(today, newestDay) + -daysKept));
+    statement.bind(1, dayText(std::min(today, *newest) + -daysKept));
     statement.run();
   }
+}
+
+/// One look into the index for each day, of which there are seven at most.
+std::optional<CalendarDay> UsageDatabase::newestTrusted(std::string end) {
+  auto dayBefore = db_.prepare(dayBeforeSQL);
+  std::optional<CalendarDay> trusted, later;
+  for (int days = 0; days < provingDays;) {
+    dayBefore.bind(1, end);
+    if (!row(dayBefore) || dayBefore.isNull(0)) break;
+    end = dayBefore.text(0);
+    dayBefore.reset();
+    const auto day = parseDay(end);
+    if (!day) continue; // no day at all
+    if (!later || *day + longestGap < *later) trusted = day;
+    later = day;
+    ++days;
+  }
+  return trusted;
 }
 
 // Failures
@@ -258,6 +277,11 @@ bool UsageDatabase::hasSeen(std::uint64_t hash) {
   const bool found = row(hasSeen_);
   hasSeen_.reset();
   return found;
+}
+
+CalendarDay UsageDatabase::seenDay(CalendarDay today) {
+  const auto newest = db_ ? newestTrusted("9999-12-32") : std::nullopt;
+  return newest && today + longestGap < *newest ? *newest : today;
 }
 
 bool UsageDatabase::hasSeenAny() { return number("SELECT 1 FROM seen LIMIT 1") == 1; }

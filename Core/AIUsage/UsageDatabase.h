@@ -37,7 +37,7 @@ public:
   };
 
   /// Opens or creates the file and its folder, and deletes what is older than forty days: by the clock and
-  /// by the newest day of usage that has come, so that a clock that is ahead once deletes nothing.
+  /// by the newest trusted day that has come, so that a clock that is ahead for a while deletes nothing.
   UsageDatabase(std::string path, Date now);
 
   bool isOpen() const { return bool(db_); }
@@ -66,6 +66,9 @@ public:
   void saveLimits(const PlanReadings& limits);
   void addSeen(std::span<const std::int64_t> hashes, const std::string& day);
 
+  /// The day for the keys of a scan: today, or the newest trusted day where the clock is more than a week
+  /// behind it, because the oldest keys are deleted first.
+  CalendarDay seenDay(CalendarDay today);
   bool hasSeen(std::uint64_t hash);
   bool hasSeenAny();
 
@@ -76,6 +79,9 @@ private:
   bool ensureTables();
   bool prepareAll();
   void prune(Date now);
+  /// The newest day of usage before `end` that no wrong clock has invented: days after more than a week
+  /// without usage count only once there are seven of them.
+  std::optional<CalendarDay> newestTrusted(std::string end);
   std::int64_t number(const char* sql);
   std::optional<AICodexLimits> reading(std::string_view key);
   Counts stored(const Bucket& bucket);

@@ -59,6 +59,12 @@ protected:
   void execute(const char* sql) {
     EXPECT_EQ(Database::open(database(), Database::Mode::readWrite).exec(sql), SQLITE_OK) << sql;
   }
+  /// Days on which one token was used.
+  void use(const std::vector<const char*>& days) {
+    if (!scanner) scan();
+    for (const auto* day : days)
+      execute(fmt::format("INSERT INTO usage VALUES('{}', 'Codex', 'm', 'p', 1, 0, 0, 0, 0)", day).c_str());
+  }
   /// One text of all rows, each ended by "; ".
   std::string rows(const std::string& columns) {
     auto db = Database::open(database(), Database::Mode::readOnly);
@@ -190,24 +196,54 @@ TEST_F(ScannerTests, theNewestLimitsStay) {
   EXPECT_EQ(scanner->latestLimits()->primary->usedPercent, 40) << "read back";
 }
 
-// By the clock, but never more than forty days before the newest day that has come.
+// By the clock, but never more than forty days before the newest day that usage vouches for.
 TEST_F(ScannerTests, whatIsOlderThanFortyDaysGoesAtTheStart) {
-  const auto scanOn = [&](const char* day, const char* id) {
-    clock.wall = *parseRFC3339(day + std::string("T12:00:00Z"));
+  const auto scanOn = [&](const std::string& day, const std::string& id = "") {
+    clock.wall = *parseRFC3339(day + "T12:00:00Z");
     scanner = open();
-    if (id) append(claudeFolder + "a.jsonl", ClaudeText{.id = id, .timestamp = rfc3339(clock.wall)}.text());
+    if (!id.empty())
+      append(claudeFolder + "a.jsonl",
+             ClaudeText{.id = "msg_" + id, .timestamp = rfc3339(clock.wall)}.text());
     scan();
-    return rows("day FROM usage") + rows("count(*) FROM seen");
+    return rows("substr(day, 6) FROM usage") + rows("count(*) FROM seen");
   };
-  EXPECT_EQ(scanOn("2026-03-01", "msg_1"), "2026-03-01; 1; ");
-  EXPECT_EQ(scanOn("2026-05-01", nullptr), "2026-03-01; 1; ") << "nothing newer: perhaps the clock is wrong";
-  append(claudeFolder + "a.jsonl", ClaudeText{.id = "msg_9", .timestamp = "2031-01-01T00:00:00Z"}.text());
-  EXPECT_EQ(scanOn("2026-03-20", "msg_2"), "2026-03-01; 2026-03-20; 2031-01-01; 3; ");
-  EXPECT_EQ(scanOn("2026-05-20", nullptr), "2026-03-01; 2026-03-20; 2031-01-01; 3; ")
-      << "days far ahead of the clock delete nothing";
-  EXPECT_EQ(scanOn("2026-04-10", "msg_3"), "2026-03-01; 2026-03-20; 2026-04-10; 2031-01-01; 4; ");
-  EXPECT_EQ(scanOn("2026-04-11", "msg_4"), "2026-03-01; 2026-03-20; 2026-04-10; 2026-04-11; 2031-01-01; 5; ");
-  EXPECT_EQ(scanOn("2026-04-11", nullptr), "2026-03-20; 2026-04-10; 2026-04-11; 2031-01-01; 4; ");
+  EXPECT_EQ(scanOn("2026-03-01", "1"), "03-01; 1; ");
+  EXPECT_EQ(scanOn("2026-03-02", "2"), "03-01; 03-02; 2; ");
+  EXPECT_EQ(scanOn("2026-05-01"), "03-01; 03-02; 2; ") << "nothing newer: perhaps the clock is wrong";
+  EXPECT_EQ(scanOn("2026-06-01", "3"), "03-01; 03-02; 06-01; 3; ");
+  EXPECT_EQ(scanOn("2026-06-02", "4"), "03-01; 03-02; 06-01; 06-02; 4; ") << "used with a wrong clock";
+  const std::string ahead = "06-01; 06-02; ";
+  EXPECT_EQ(scanOn("2026-03-02"), "03-01; 03-02; " + ahead + "4; ");
+  std::string days = "03-01; 03-02; ";
+  for (int day = 9; day < 15; ++day) {
+    const auto text = fmt::format("04-{:02}", day), id = std::to_string(day);
+    days += text + "; ";
+    EXPECT_EQ(scanOn("2026-" + text, id), fmt::format("{}{}{}; ", days, ahead, day - 4)) << "after a pause";
+  }
+  EXPECT_EQ(scanOn("2026-04-14"), days + ahead + "10; ") << "six days prove nothing";
+  EXPECT_EQ(scanOn("2026-04-15", "15"), days + "04-15; " + ahead + "11; ");
+  use({"2026-03-05", "2026-03-06", "2026-03-xx"});
+  EXPECT_EQ(scanOn("2026-04-15"), "03-06; 03-xx; " + days.substr(14) + "04-15; " + ahead + "9; ");
+  execute("DELETE FROM usage");
+  use({"2026-03-03", "2026-03-10", "2026-03-17", "2026-03-24", "2026-03-31", "2026-04-07", "2026-04-15"});
+  EXPECT_EQ(scanOn("2026-04-16").substr(0, 7), "03-03; ") << "eight days without usage";
+  use({"2026-04-08"});
+  EXPECT_EQ(scanOn("2026-04-16").substr(0, 7), "03-10; ") << "a week needs no proof";
+}
+
+// Its day is the newest of usage then, so that copies of the message never count.
+TEST_F(ScannerTests, keysReadWhileTheClockIsBehindStay) {
+  use({"2026-02-20", "2026-02-27", "2099-01-01"});
+  const auto now = clock.wall;
+  clock.wall = now - Seconds{90 * 86'400};
+  scanner = open();
+  append(claudeFolder + "a.jsonl", ClaudeText{.timestamp = rfc3339(clock.wall)}.text());
+  EXPECT_EQ(scan().records, 1);
+  clock.wall = now;
+  scanner = open();
+  append(claudeFolder + "b.jsonl", ClaudeText{}.text());
+  EXPECT_EQ(scan().records, 0);
+  EXPECT_EQ(rows("day FROM seen"), "2026-02-27; ");
 }
 
 TEST_F(ScannerTests, whatLiesAheadWaitsUntilItsTimeHasCome) {
