@@ -143,14 +143,38 @@ JSONFault faultAt(std::string_view text, std::size_t offset) {
           1 + bytes.size() - std::size_t(std::ranges::count_if(bytes, isContinuation))};
 }
 
-/// Where the library gives up: it tells only by throwing.
-JSONFault faultOf(std::string_view text) {
-  try {
-    [[maybe_unused]] const auto json = JSON::parse(text.begin(), text.end());
-  } catch (const JSON::parse_error& error) {
-    return faultAt(text, error.byte > 0 ? error.byte - 1 : 0); // it counts what it has read
+/// Learns where the library gives up, without an exception.
+struct FaultFinder final : nlohmann::json_sax<JSON> {
+  std::string_view text;
+  JSONFault fault;
+  explicit FaultFinder(std::string_view document) : text(document) {}
+
+  bool null() override { return true; }
+  bool boolean(bool) override { return true; }
+  bool number_integer(number_integer_t) override { return true; }
+  bool number_unsigned(number_unsigned_t) override { return true; }
+  bool number_float(number_float_t, const string_t&) override { return true; }
+  bool string(string_t&) override { return true; }
+  bool binary(binary_t&) override { return true; }
+  bool start_object(std::size_t) override { return true; }
+  bool key(string_t&) override { return true; }
+  bool end_object() override { return true; }
+  bool start_array(std::size_t) override { return true; }
+  bool end_array() override { return true; }
+  /// `read` counts what it has read, the token included.
+  bool parse_error(std::size_t read, const std::string& token,
+                   const nlohmann::detail::exception& error) override {
+    const bool tooLarge = dynamic_cast<const JSON::out_of_range*>(&error) != nullptr;
+    fault = faultAt(text, read - std::min(read, tooLarge ? token.size() : 1));
+    fault.tooLarge = tooLarge;
+    return false;
   }
-  return {};
+};
+
+JSONFault faultOf(std::string_view text) {
+  FaultFinder finder(text);
+  JSON::sax_parse(text.begin(), text.end(), &finder);
+  return finder.fault;
 }
 
 } // namespace

@@ -81,10 +81,12 @@ private:
 struct JSONFault {
   std::size_t line = 1;
   std::size_t column = 1;
+  bool tooLarge = false; ///< a number begins there that no double holds
   bool operator==(const JSONFault&) const = default;
 };
 
-/// Reads one JSON document. Nothing when it is malformed or nested more than 512 deep.
+/// Reads one JSON document. Nothing when it is malformed, nested more than 512 deep or holds a
+/// number that no double holds.
 std::optional<Value> parseJSON(std::string_view text, JSONFault* fault = nullptr);
 
 enum class JSONStyle { line, indented };

@@ -29,6 +29,8 @@ TEST(Value, whatIsNoJSONNamesThePlace) {
                                                     {"[1,\n 2,\n \"€\" x]", {3, 6}},
                                                     {std::string("[1\n\0]", 5), {2, 1}},
                                                     {"", {1, 1}},
+                                                    {"{\"x\":\n 1e400}", {2, 2, true}},
+                                                    {"[0, -1e999", {1, 5, true}},
                                                     {brackets(600), {1, 1}}};
   for (const auto& [text, place] : rows) {
     JSONFault fault{9, 9};
