@@ -6,6 +6,7 @@
 #include "Core/Health/HealthAlert.h"
 #include "Core/Health/WeeklyReport.h"
 #include "Core/Storage/StorageLog.h"
+#include "Core/Storage/StorageModels.h"
 
 #include <algorithm>
 #include <utility>
@@ -27,18 +28,21 @@ struct KindRow {
 
 bool isFreedLog(const Value& value) {
   const auto* entries = value.asArray();
-  return entries && std::ranges::all_of(*entries, [](const Value& entry) { return entry.asObject(); });
+  return entries && std::ranges::all_of(*entries, [](const Value& entry) {
+           FreedEntry freed;
+           return entry.asObject() && fromValue(entry, freed);
+         });
 }
 
 constexpr KindRow kinds[] = {
     {Kind::truth, "true or false", [](const Value& value) { return value.asBool().has_value(); }},
-    {Kind::number, "a number", [](const Value& value) { return value.asDouble().has_value(); }},
+    {Kind::number, "a whole number", [](const Value& value) { return value.asInt().has_value(); }},
     {Kind::date, "a date and time", [](const Value& value) { return value.asDate().has_value(); }},
     {Kind::menuBarStyle, "one of icon, score, cpuAndMemory and graphs",
      [](const Value& value) {
        return value.asString() && fromRawValue<MenuBarStyle>(*value.asString()).has_value();
      }},
-    {Kind::freedLog, "a list of objects", isFreedLog},
+    {Kind::freedLog, "a list of dates with bytes", isFreedLog},
 };
 
 /// Every setting whose name is known beforehand.
@@ -63,9 +67,12 @@ std::vector<std::string> settingsTroubles(const UserDefaults& defaults) {
     const auto& row = *std::ranges::find(kinds, kind, &KindRow::kind);
     if (!value || row.fits(*value)) continue;
     const auto found = truncatedToWidth(escapedControls(dumpJSON(*value)), mostColumns);
+    const auto sentence =
+        kind == Kind::freedLog && value->asArray()
+            ? "The setting {key} takes {expected}, but {found} is stored; only what can be read counts."
+            : "The setting {key} takes {expected}, but {found} is stored; its default applies.";
     troubles.push_back(
-        localized("The setting {key} takes {expected}, but {found} is stored; its default applies.",
-                  {{"key", key}, {"expected", localized(row.expected)}, {"found", found}}));
+        localized(sentence, {{"key", key}, {"expected", localized(row.expected)}, {"found", found}}));
   }
   return troubles;
 }

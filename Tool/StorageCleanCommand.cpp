@@ -146,8 +146,9 @@ int carryOut(Context& context, const Arguments& arguments, const PendingCleanup&
   const auto freed = freedBytes(plan, outcome);
   const auto feedback = korvell::feedback(outcome, freed);
   if (!StorageLog::record(freed.logged(), context.clock.now(), *context.host.defaults))
-    context.err.line("korvell: " +
-                     localized("The settings can't be stored, so the log lacks what was freed."));
+    context.err.line(
+        "korvell: " +
+        localized("What was freed could not be added to the log or to its total in the settings."));
   for (const auto& problem : outcome.problems) context.err.line("korvell: " + escapedControls(problem));
   if (arguments.flag("--json")) {
     auto value = describe(pending, steps);

@@ -2,17 +2,20 @@
 
 #include "Core/Storage/StorageModels.h"
 
-#include <algorithm>
-
 namespace korvell {
 namespace {
 
-/// The stored array, or an empty one when what is stored is no array of objects.
-Value::Array storedLog(const std::optional<Value>& stored) {
-  const auto* array = stored ? stored->asArray() : nullptr;
-  if (!array) return {};
-  const bool sound = std::ranges::all_of(*array, [](const Value& entry) { return entry.asObject(); });
-  return sound ? *array : Value::Array{};
+/// What stands below a key afterwards; nothing where that can't be done without a loss.
+using Addition = std::function<std::optional<Value>(const std::optional<Value>& stored)>;
+
+bool add(UserDefaults& defaults, std::string_view key, const Addition& addition) {
+  bool added = true;
+  const bool kept = defaults.update(key, [&](std::optional<Value> stored) {
+    auto sum = addition(stored);
+    added = sum.has_value();
+    return added ? sum : stored;
+  });
+  return kept && added;
 }
 
 } // namespace
@@ -23,20 +26,26 @@ std::int64_t StorageLog::total(const UserDefaults& defaults) {
 
 std::vector<FreedEntry> StorageLog::entries(const UserDefaults& defaults) {
   std::vector<FreedEntry> entries;
-  for (const auto& stored : storedLog(defaults.value(logKey)))
-    if (FreedEntry entry; fromValue(stored, entry)) entries.push_back(entry);
+  const auto log = defaults.value(logKey);
+  if (!log || !log->asArray()) return entries;
+  for (const auto& stored : *log->asArray())
+    if (FreedEntry entry; stored.asObject() && fromValue(stored, entry)) entries.push_back(entry);
   return entries;
 }
 
 bool StorageLog::record(std::int64_t bytes, Date date, UserDefaults& defaults) {
   if (bytes < 1) return true;
-  const bool counted = defaults.update(totalKey, [&](std::optional<Value> stored) -> std::optional<Value> {
-    return Value(checkedSum(stored ? stored->asInt().value_or(0) : 0, bytes));
+  const bool counted = add(defaults, totalKey, [&](const auto& stored) -> std::optional<Value> {
+    const auto before = stored ? stored->asInt() : 0;
+    std::int64_t sum = 0;
+    if (!before || __builtin_add_overflow(*before, bytes, &sum)) return std::nullopt;
+    return Value(sum);
   });
-  const bool logged = defaults.update(logKey, [&](std::optional<Value> stored) -> std::optional<Value> {
-    auto log = storedLog(stored);
-    log.push_back(Value::object({{"date", date}, {"bytes", bytes}}));
-    return Value(std::move(log));
+  const bool logged = add(defaults, logKey, [&](const auto& stored) -> std::optional<Value> {
+    auto log = stored.value_or(Value::array());
+    if (!log.asArray()) return std::nullopt;
+    log.append(Value::object({{"date", date}, {"bytes", bytes}}));
+    return log;
   });
   return counted && logged;
 }

@@ -30,10 +30,11 @@ TEST(SettingsCheckTests, valuesOfTheWrongKindAreNamedAndGoodOnesAreNot) {
   defaults.fault = "No file.";
   EXPECT_THAT(
       settingsTroubles(defaults),
-      ElementsAre("No file.", HasSubstr("one of icon, score, cpuAndMemory and graphs, but \"tiny\" is"),
-                  "The setting alert.cpu takes true or false, but \"off\\u001b\" is stored; its default "
-                  "applies.",
-                  HasSubstr("storage.freedLog takes a list of objects, but [1] is stored")));
+      ElementsAre(
+          "No file.", HasSubstr("one of icon, score, cpuAndMemory and graphs, but \"tiny\" is"),
+          "The setting alert.cpu takes true or false, but \"off\\u001b\" is stored; its default "
+          "applies.",
+          HasSubstr("storage.freedLog takes a list of dates with bytes, but [1] is stored; only what")));
 }
 
 TEST(SettingsCheckTests, theWatchTellsWhatIsNewAndOnce) {

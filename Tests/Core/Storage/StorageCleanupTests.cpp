@@ -366,7 +366,7 @@ TEST(StorageCleanupTests, commandsThatFailFreeNothing) {
   }
 }
 
-TEST(StorageLogTests, recordsAddUpAndOddValuesCountAsNone) {
+TEST(StorageLogTests, recordsAddUpAndOddValuesStay) {
   constexpr std::int64_t large = std::int64_t{1} << 40;
   FakeUserDefaults defaults;
   for (const int nothing : {0, -3}) StorageLog::record(nothing, Date{5}, defaults);
@@ -377,14 +377,24 @@ TEST(StorageLogTests, recordsAddUpAndOddValuesCountAsNone) {
   EXPECT_THAT(StorageLog::entries(defaults),
               ElementsAre(FreedEntry{Date{5}, 10}, FreedEntry{Date{6}, large}));
 
-  defaults.set("storage.freedTotal", "many");
-  defaults.set("storage.freedLog", Value(Value::Array{1, 2}));
-  EXPECT_EQ(StorageLog::total(defaults), 0);
-  StorageLog::record(7, Date{7}, defaults);
-  EXPECT_EQ(StorageLog::total(defaults), 7);
-  EXPECT_THAT(StorageLog::entries(defaults), ElementsAre(FreedEntry{Date{7}, 7}));
-  defaults.set("storage.freedTotal", std::int64_t{INT64_MAX});
-  EXPECT_DEATH(StorageLog::record(1, Date{8}, defaults), "64 bits");
+  const auto entry = Value::object({{"date", Date{5}}, {"bytes", 10}});
+  const Value::Array mixed = {entry, Value::object({{"bytes", "many"}}), 5};
+  defaults.set("storage.freedLog", Value(mixed));
+  EXPECT_THAT(StorageLog::entries(defaults), ElementsAre(FreedEntry{Date{5}, 10})) << "what can be read";
+  for (const Value& odd : {Value("333"), Value(333.5), Value(std::int64_t{INT64_MAX})}) {
+    defaults.set("storage.freedTotal", odd);
+    EXPECT_FALSE(StorageLog::record(7, Date{7}, defaults)) << dumpJSON(odd);
+    EXPECT_EQ(defaults.value("storage.freedTotal"), odd);
+  }
+  auto grown = mixed;
+  grown.insert(grown.end(), 3, Value::object({{"date", Date{7}}, {"bytes", 7}}));
+  EXPECT_EQ(defaults.value("storage.freedLog"), Value(grown)) << "the log is kept without its total";
+
+  defaults.set("storage.freedTotal", 1);
+  defaults.set("storage.freedLog", entry);
+  EXPECT_FALSE(StorageLog::record(7, Date{7}, defaults));
+  EXPECT_EQ(StorageLog::total(defaults), 8) << "and the total without its log";
+  EXPECT_EQ(defaults.value("storage.freedLog"), entry);
 }
 
 } // namespace
