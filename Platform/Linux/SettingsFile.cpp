@@ -8,6 +8,8 @@
 
 #include <cerrno>
 #include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace korvell {
 
@@ -33,41 +35,61 @@ SettingsFile::Content SettingsFile::read() const {
   const auto unreadable = [&](const std::string& reason) {
     return Content{
         {},
+        {},
         localized("The settings in {file} can't be read: {reason}.", {{"file", path_}, {"reason", reason}})};
   };
   const bool isMissing = !text && (error == ENOENT || error == ENOTDIR);
   if (!text && !isMissing) return unreadable(std::strerror(error));
-  if (isMissing || trimmed(*text).empty()) return {Value::object(), {}};
+  if (isMissing || trimmed(*text).empty()) return {Value::object(), {}, {}};
   JSONFault fault;
   auto members = parseJSON(*text, &fault);
-  if (members && members->asObject()) return {std::move(*members), {}};
+  if (members && members->asObject()) return {std::move(*members), *text, {}};
   if (members) return unreadable(localized("they are no JSON object"));
   return unreadable(
-      localized("line {line}, column {column} is no JSON",
+      localized(fault.tooLarge ? "the number at line {line}, column {column} is too large"
+                               : "line {line}, column {column} is no JSON",
                 {{"line", std::to_string(fault.line)}, {"column", std::to_string(fault.column)}}));
 }
 
-/// Of a file that can't be read now.
+/// Makes a text the copy to fall back on, unless the file has changed meanwhile. One that reads another
+/// user's settings leaves nothing there that its user could not write any more.
+bool SettingsFile::keep(const std::string& text) const {
+  if (readFile(copy_, mostBytes) == text) return true;
+  struct stat folder {};
+  if (stat(folder_.c_str(), &folder) != 0 || folder.st_uid != geteuid()) return false;
+  const auto lock = FileLock::acquire(path_ + ".lock", Seconds{0}); // whoever holds it keeps its own
+  return lock && readFile(path_, mostBytes) == text && replaceFile(copy_, text);
+}
+
+SettingsFile::Content SettingsFile::readAndKeep() const {
+  auto content = read();
+  if (content.text.empty() || (kept_ && content.text == lastText_)) return content;
+  kept_ = keep(content.text);
+  lastText_ = content.text;
+  lastRead_ = content.members;
+  return content;
+}
+
+/// Of a file that can't be read now. The copy is the newest that any process has read.
 std::optional<Value> SettingsFile::lastGood() const {
-  if (lastRead_) return lastRead_;
+  if (lastRead_ && !kept_) return lastRead_;
   const auto text = readFile(copy_, mostBytes);
-  return text ? parseJSON(*text) : std::nullopt;
+  auto members = text ? parseJSON(*text) : std::nullopt;
+  return members && members->asObject() ? members : lastRead_;
 }
 
 std::optional<Value> SettingsFile::value(std::string_view key) const {
-  auto content = read();
   const std::lock_guard lock(mutex_);
-  if (!content.trouble)
-    lastRead_ = std::move(content.members);
-  else if (!lastRead_)
-    lastRead_ = lastGood().value_or(Value::object());
-  return stored(*lastRead_, key);
+  const auto content = readAndKeep();
+  if (!content.trouble) return stored(content.members, key);
+  const auto members = lastGood();
+  return members ? stored(*members, key) : std::nullopt;
 }
 
 std::optional<std::string> SettingsFile::trouble() const {
-  auto content = read();
-  if (!content.trouble) return std::nullopt;
   const std::lock_guard lock(mutex_);
+  const auto content = readAndKeep();
+  if (!content.trouble) return std::nullopt;
   const auto meanwhile = lastGood()
                              ? localized("The last settings that could be read apply until the file is "
                                          "mended, and none can be changed.")

@@ -4,8 +4,10 @@
 //
 // Changes exclude each other, also between processes, through a lock on settings.json.lock beside it; one
 // that does not get the lock within five seconds fails. A file that can't be read or is no JSON object is
-// never written: changes fail until somebody has mended it. Meanwhile the values are those that this object
-// read last, or else those that the last change left in settings.json.good, a copy for that purpose alone.
+// never written: changes fail until somebody has mended it. Meanwhile the values are those of
+// settings.json.good, a copy for that purpose alone: whoever changes the file, or reads well what somebody
+// else changed, brings it up to date, so that all processes fall back on the same. Where it can't be written
+// they are what this object read last. An empty or missing file means the defaults and is not copied.
 
 #include "Platform/UserDefaults.h"
 
@@ -28,16 +30,23 @@ public:
 private:
   struct Content {
     Value members;
+    std::string text; ///< what they were read from; empty without a file and with an empty one
     std::optional<std::string> trouble; ///< why there are no members, a sentence
   };
   Content read() const;
+  bool keep(const std::string& text) const;
+  // With the mutex held.
+  Content readAndKeep() const;
   std::optional<Value> lastGood() const;
 
   const std::string folder_;
   const std::string path_;
   const std::string copy_;
   mutable std::mutex mutex_;
-  mutable std::optional<Value> lastRead_; ///< guarded by the mutex
+  // Guarded by the mutex:
+  mutable std::string lastText_;
+  mutable std::optional<Value> lastRead_; ///< of lastText_
+  mutable bool kept_ = false;             ///< lastText_ has been in the copy
 };
 
 } // namespace korvell

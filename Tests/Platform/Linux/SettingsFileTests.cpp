@@ -68,6 +68,7 @@ TEST(SettingsFile, whatCannotBeReadStaysAsItIsAndTheLastGoodValuesApply) {
                                                       {"{\"a\": 1", "line 1, column 8 is"},
                                                       {"{\"a\":1}{}", "line 1, column 8 is"},
                                                       {"\xff\xfe{}", "line 1, column 1 is"},
+                                                      {"{\"a\": 1e400}", "line 1, column 7 is too large"},
                                                       {"[1]", "no JSON object"},
                                                       {"null", "no JSON object"}};
   for (const auto& [damaged, place] : rows) {
@@ -79,7 +80,7 @@ TEST(SettingsFile, whatCannotBeReadStaysAsItIsAndTheLastGoodValuesApply) {
     EXPECT_FALSE(running->trouble());
     w.write(damaged);
     EXPECT_EQ(running->integer("a"), 2) << "what it has read itself: " << damaged;
-    EXPECT_EQ(w.open()->integer("a"), 1) << "what the last change left: " << damaged;
+    EXPECT_EQ(w.open()->integer("a"), 2) << "what another one has read: " << damaged;
     const auto trouble = running->trouble().value_or("");
     EXPECT_NE(trouble.find(w.path), std::string::npos) << trouble;
     EXPECT_NE(trouble.find(place), std::string::npos) << trouble;
@@ -99,12 +100,45 @@ TEST(SettingsFile, whatCannotBeReadStaysAsItIsAndTheLastGoodValuesApply) {
 TEST(SettingsFile, withoutGoodValuesTheDefaultsApplyAndAreCalledSo) {
   World w;
   w.write("{");
-  EXPECT_FALSE(w.open()->value("a"));
-  EXPECT_NE(w.open()->trouble().value_or("").find("Every setting is at its default"), std::string::npos);
+  const auto running = w.open();
+  for (int again = 0; again < 2; ++again) {
+    EXPECT_NE(running->trouble().value_or("").find("Every setting is at its default"), std::string::npos);
+    EXPECT_FALSE(running->value("a"));
+  }
   EXPECT_THAT(w.files(), ElementsAre("settings.json")) << "reading makes nothing";
   w.write(" \n");
   EXPECT_FALSE(w.open()->trouble()) << "an empty file is none";
   EXPECT_TRUE(w.open()->set("a", 1));
+}
+
+TEST(SettingsFile, allFallBackOnWhatAnyOfThemReadLast) {
+  World w;
+  const auto running = w.open();
+  w.write("{\"a\": 1}");
+  EXPECT_EQ(running->integer("a"), 1);
+  w.write("{\"a\": 2}");
+  EXPECT_FALSE(w.open()->trouble());
+  w.write("{");
+  const auto other = w.open();
+  for (const auto* one : {running.get(), other.get()}) EXPECT_EQ(one->integer("a"), 2);
+
+  w.write("{\"a\": 3}");
+  {
+    const auto changing = FileLock::acquire(w.path + ".lock", Seconds{0});
+    EXPECT_EQ(running->integer("a"), 3);
+    EXPECT_EQ(w.home.text("config/korvell/settings.json.good"), "{\"a\": 2}") << "the other one's to write";
+    w.write("{");
+    EXPECT_EQ(running->integer("a"), 3) << "what it could not keep it still knows";
+  }
+  w.write("{\"a\": 4}");
+  EXPECT_EQ(running->integer("a"), 4);
+  w.write("");
+  EXPECT_FALSE(running->value("a"));
+  w.write("{");
+  EXPECT_EQ(running->integer("a"), 4) << "an editor may empty a file before it writes it";
+  w.home.write("config/korvell/settings.json.good", "[]");
+  EXPECT_EQ(running->integer("a"), 4);
+  EXPECT_NE(w.open()->trouble().value_or("").find("at its default"), std::string::npos);
 }
 
 TEST(SettingsFile, linksStayLinks) {
