@@ -20,29 +20,27 @@ Environment processEnvironment() {
 
 namespace {
 
-std::string withoutTrailingSlash(std::string path) {
-  while (path.size() > 1 && path.back() == '/') path.pop_back();
-  return path;
+/// Without ".", ".." and doubled slashes, but with one at the end.
+std::string plainFolder(const std::string& path) {
+  auto text = std::filesystem::path(path).lexically_normal().string();
+  while (text.ends_with('/')) text.pop_back(); // the library leaves "//" as it is
+  return text + "/";
 }
 
-/// Of a text that names a folder which can be somebody's own.
-std::optional<std::string> homeNamed(const std::optional<std::string>& text) {
-  if (!text || !text->starts_with('/')) return std::nullopt;
-  const auto end = text->find_last_not_of('/');
-  return end == std::string::npos ? std::nullopt : std::optional(text->substr(0, end + 1));
+/// The folder that a text names, without a slash at its end; nothing for a relative one and for the root,
+/// however it is spelt.
+std::optional<std::string> namedFolder(const std::optional<std::string>& text) {
+  if (!text || !text->starts_with('/') || plainFolder(*text) == "/") return std::nullopt;
+  return text->substr(0, text->find_last_not_of('/') + 1);
 }
 
 std::string homeFolder(const Environment& environment) {
-  return homeNamed(environment("HOME")).value_or(UserFolders::noHome);
+  return namedFolder(environment("HOME")).value_or(UserFolders::noHome);
 }
 
 /// True when both, without "." and "..", are the same folder or the second lies below the first.
 bool holds(const std::string& folder, const std::string& inside) {
-  const auto plain = [](const std::string& path) {
-    auto text = std::filesystem::path(path).lexically_normal().string();
-    return text.ends_with('/') ? text : text + "/";
-  };
-  return plain(inside).starts_with(plain(folder));
+  return plainFolder(inside).starts_with(plainFolder(folder));
 }
 
 } // namespace
@@ -53,12 +51,12 @@ std::optional<std::string> passwordHome() {
   std::vector<char> texts(16 << 10);
   if (getpwuid_r(geteuid(), &entry, texts.data(), texts.size(), &found) != 0 || !found || !found->pw_dir)
     return std::nullopt;
-  return homeNamed(std::string(found->pw_dir));
+  return namedFolder(std::string(found->pw_dir));
 }
 
 Environment withHome(Environment environment, const std::function<std::optional<std::string>()>& home) {
-  if (homeNamed(environment("HOME"))) return environment;
-  return [environment = std::move(environment), told = homeNamed(home())](std::string_view name) {
+  if (namedFolder(environment("HOME"))) return environment;
+  return [environment = std::move(environment), told = namedFolder(home())](std::string_view name) {
     return name == "HOME" ? told : environment(name);
   };
 }
@@ -67,8 +65,7 @@ UserFolders linuxUserFolders(const Environment& environment) {
   UserFolders folders;
   folders.home = homeFolder(environment);
   const auto base = [&](const char* variable, const char* fallback) {
-    const auto value = environment(variable);
-    return value && value->starts_with('/') ? withoutTrailingSlash(*value) : folders.home + fallback;
+    return namedFolder(environment(variable)).value_or(folders.home + fallback);
   };
   folders.dataHome = base("XDG_DATA_HOME", "/.local/share");
   folders.configHome = base("XDG_CONFIG_HOME", "/.config");
@@ -76,8 +73,8 @@ UserFolders linuxUserFolders(const Environment& environment) {
   if (holds(folders.cacheHome, folders.home)) folders.cacheHome = folders.home + "/.cache";
   folders.data = folders.dataHome + "/korvell";
   folders.config = folders.configHome + "/korvell";
-  if (const auto runtime = environment("XDG_RUNTIME_DIR"); runtime && runtime->starts_with('/'))
-    folders.runtime = withoutTrailingSlash(*runtime) + "/korvell";
+  if (const auto runtime = namedFolder(environment("XDG_RUNTIME_DIR")))
+    folders.runtime = *runtime + "/korvell";
   return folders;
 }
 
@@ -89,8 +86,7 @@ UserFolders macOSUserFolders(const Environment& environment) {
   folders.cacheHome = folders.home + "/Library/Caches";
   folders.data = folders.dataHome + "/Korvell";
   folders.config = folders.data;
-  if (const auto temporary = environment("TMPDIR"); temporary && temporary->starts_with('/'))
-    folders.runtime = withoutTrailingSlash(*temporary) + "/korvell";
+  if (const auto temporary = namedFolder(environment("TMPDIR"))) folders.runtime = *temporary + "/korvell";
   return folders;
 }
 

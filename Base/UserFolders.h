@@ -38,7 +38,8 @@ struct UserFolders {
 };
 
 /// The XDG base directories; a relative value of an XDG variable is ignored, as that convention asks, and so
-/// is a cache folder that is the home folder or holds it: caches are emptied.
+/// are the root, however it is spelt, and a cache folder that is the home folder or holds it: caches are
+/// emptied.
 UserFolders linuxUserFolders(const Environment& environment);
 /// ~/Library and its folders.
 UserFolders macOSUserFolders(const Environment& environment);

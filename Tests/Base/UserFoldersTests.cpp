@@ -36,9 +36,12 @@ TEST(UserFolders, whereHOMENamesNoneThePasswordDatabaseDecidesAndNeverTheRoot) {
   const auto told = [](std::optional<std::string> home) { return [home] { return home; }; };
   for (const auto& environment :
        {fakeEnvironment({}), fakeEnvironment({{"HOME", "ada"}}), fakeEnvironment({{"HOME", ""}}),
-        fakeEnvironment({{"HOME", "/"}}), fakeEnvironment({{"HOME", "//"}})}) {
+        fakeEnvironment({{"HOME", "/"}}), fakeEnvironment({{"HOME", "//"}}),
+        fakeEnvironment({{"HOME", "/."}}), fakeEnvironment({{"HOME", "/../"}}),
+        fakeEnvironment({{"HOME", "/home//.././"}})}) {
     EXPECT_EQ(linuxUserFolders(withHome(environment, told("/home/ada/"))).home, "/home/ada");
-    for (const auto& useless : {std::optional<std::string>(), std::optional<std::string>("/")}) {
+    for (const auto& useless :
+         {std::optional<std::string>(), std::optional<std::string>("/."), std::optional<std::string>("/")}) {
       const auto completed = withHome(environment, told(useless));
       EXPECT_FALSE(completed("HOME"));
       const auto folders = linuxUserFolders(completed);
@@ -52,6 +55,18 @@ TEST(UserFolders, whereHOMENamesNoneThePasswordDatabaseDecidesAndNeverTheRoot) {
   EXPECT_EQ(withHome(own, told("/home/ada"))("HOME"), "/home/eve");
   EXPECT_TRUE(linuxUserFolders(own).hasHome());
   EXPECT_EQ(macOSUserFolders(own).runtime, "") << "a relative folder is ignored";
+}
+
+TEST(UserFolders, theRootIsNobodysFolderForDataEither) {
+  for (const char* root : {"/", "//", "/.", "/../", "/x/.."}) {
+    std::map<std::string, std::string, std::less<>> variables = {{"HOME", "/home/ada"}, {"TMPDIR", root}};
+    for (const char* name : {"DATA_HOME", "CONFIG_HOME", "CACHE_HOME", "RUNTIME_DIR"})
+      variables["XDG_" + std::string(name)] = root;
+    EXPECT_EQ(linuxUserFolders(fakeEnvironment(variables)),
+              linuxUserFolders(fakeEnvironment({{"HOME", "/home/ada"}})))
+        << root;
+    EXPECT_EQ(macOSUserFolders(fakeEnvironment(variables)).runtime, "") << root;
+  }
 }
 
 TEST(UserFolders, onMacOSTheLibraryHasThem) {
