@@ -76,6 +76,9 @@ public:
 
   /// The path with every link before its last part resolved; nothing when that folder does not exist.
   virtual std::optional<std::string> located(const std::string& path) = 0;
+  /// The path with every link resolved, the last part's too, one part after the other: nothing in a place
+  /// that may block is touched. What lies there, or is missing, is as the path has it.
+  virtual std::string resolved(const std::string& path, const BlockingPlaces& blocking) = 0;
   virtual std::optional<FileInfo> info(const std::string& path) = 0;
   virtual FolderListing list(const std::string& folder) = 0;
   /// A regular file that this user may execute; links are followed.

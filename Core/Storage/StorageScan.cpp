@@ -40,9 +40,29 @@ StorageScan::StorageScan(StorageLocations locations, FileTree& files, Trash& tra
 
 std::optional<StorageCategory> StorageScan::scan(StorageKind kind, const Cancellation& cancellation) const {
   const auto mounts = files_.mounts();
+  const auto locations = resolvedLocations(BlockingPlaces(mounts, locations_.home));
   auto reachable = *this;
-  reachable.locations_ = withoutBlocked(locations_, mounts);
-  return withMounts(reachable.measure(kind, cancellation), kind, locations_, mounts);
+  reachable.locations_ = withoutBlocked(locations, mounts);
+  return withMounts(reachable.measure(kind, cancellation), kind, locations, mounts);
+}
+
+StorageLocations StorageScan::resolvedLocations(const BlockingPlaces& blocking) const {
+  auto locations = locations_;
+  for (auto* path : {&locations.cacheHome, &locations.xcode, &locations.coreSimulator})
+    if (!path->empty()) *path = files_.resolved(*path, blocking);
+  // Of these a link in the last part is never followed.
+  const auto resolveParent = [&](std::string& path) {
+    if (path.empty()) return;
+    const auto parent = files_.resolved(path.substr(0, path.rfind('/') + 1), blocking);
+    path = (parent == "/" ? "" : parent) + "/" + lastPart(path);
+  };
+  for (auto* path : {&locations.brewCache, &locations.downloads}) resolveParent(*path);
+  for (auto& [kind, paths] : locations.packageCaches) std::ranges::for_each(paths, resolveParent);
+  // Programs keep the names under which they are run.
+  for (auto* programs : {&locations.brewPrograms, &locations.dockerPrograms})
+    for (auto& program : *programs)
+      if (const auto path = files_.resolved(program, blocking); blocking.hold(path)) program = path;
+  return locations;
 }
 
 StorageScan::Found StorageScan::measure(StorageKind kind, const Cancellation& cancellation) const {
@@ -188,15 +208,13 @@ StorageScan::Found StorageScan::trash(const Cancellation& cancellation) const {
 }
 
 UserFolders resolvedFolders(UserFolders folders, FileTree& files) {
+  const std::string entry = "/entry";
+  if (const auto located = files.located(folders.home + entry))
+    folders.home = located->size() > entry.size() ? located->substr(0, located->size() - entry.size()) : "/";
   const auto mounts = files.mounts();
-  const auto resolve = [&](std::string& folder) {
-    if (isBlocked(folder, folders.home, mounts)) return; // resolving looks at it
-    const std::string entry = "/entry";
-    if (const auto located = files.located(folder + entry))
-      folder = located->size() > entry.size() ? located->substr(0, located->size() - entry.size()) : "/";
-  };
-  for (auto* folder : {&folders.home, &folders.cacheHome, &folders.dataHome, &folders.configHome})
-    resolve(*folder);
+  const BlockingPlaces blocking(mounts, folders.home);
+  for (auto* folder : {&folders.cacheHome, &folders.dataHome, &folders.configHome})
+    *folder = files.resolved(*folder, blocking);
   return folders;
 }
 

@@ -57,6 +57,8 @@ private:
   struct Rule;
   static const Rule rules[];
 
+  /// The locations as links lead to them now: what leads to where looking may block has its name there.
+  StorageLocations resolvedLocations(const BlockingPlaces& blocking) const;
   Found measure(StorageKind kind, const Cancellation& cancellation) const;
   Found packageCaches(StorageKind kind, const Cancellation& cancellation) const;
   Found derivedData(const Cancellation& cancellation) const;
@@ -98,8 +100,8 @@ private:
   const Clock& clock_;
 };
 
-/// The user's folders with every link resolved, so that what is found in them has one path only. Those that
-/// can't be looked at without waiting for a server stay as they are.
+/// The user's folders with every link resolved, so that what is found in them has one path only. Of those
+/// that can't be looked at without waiting for a server the part that lies there stays as it is.
 UserFolders resolvedFolders(UserFolders folders, FileTree& files);
 
 } // namespace korvell

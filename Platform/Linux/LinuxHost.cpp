@@ -44,7 +44,8 @@ Host makeHost(const Environment& environment) {
   host.defaults = std::make_unique<SettingsFile>(host.folders.config);
   host.fileTree = std::make_unique<LinuxFileTree>();
   host.logFiles = std::make_unique<PosixLogFiles>();
-  host.trash = std::make_unique<LinuxTrash>(host.folders.dataHome, getuid(), clock, *host.zone);
+  host.trash =
+      std::make_unique<LinuxTrash>(host.folders.home, host.folders.dataHome, getuid(), clock, *host.zone);
   host.machine = std::make_unique<LinuxMachineCounters>();
   host.processes = std::make_unique<LinuxProcessTable>(LinuxProcessTable::systemSources());
   host.processControl = std::make_unique<LinuxProcessControl>();

@@ -6,6 +6,7 @@
 #include "Platform/Formats/TrashInfo.h"
 #include "Platform/Linux/PlainPath.h"
 #include "Platform/Posix/FileStatus.h"
+#include "Platform/Posix/LinkResolution.h"
 #include "Platform/Posix/PosixFileTree.h"
 
 #include <algorithm>
@@ -14,8 +15,10 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <memory>
+#include <set>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <unordered_set>
 
 namespace korvell {
 namespace {
@@ -198,9 +201,9 @@ bool touches(const std::string& path, const std::string& trash) {
 
 } // namespace
 
-LinuxTrash::LinuxTrash(std::string dataHome, uid_t user, const Clock& clock, const TimeZone& zone,
-                       std::string mountInfo)
-    : dataHome_(std::move(dataHome)), user_(user), clock_(clock), zone_(zone),
+LinuxTrash::LinuxTrash(std::string home, std::string dataHome, uid_t user, const Clock& clock,
+                       const TimeZone& zone, std::string mountInfo)
+    : home_(std::move(home)), dataHome_(std::move(dataHome)), user_(user), clock_(clock), zone_(zone),
       mountInfo_(std::move(mountInfo)) {}
 
 std::vector<Mount> LinuxTrash::mounts() const {
@@ -210,62 +213,74 @@ std::vector<Mount> LinuxTrash::mounts() const {
 std::vector<Outcome> LinuxTrash::move(const std::vector<TrashRequest>& requests) {
   const auto table = mounts();
   const auto places = mountedPlaces(table);
+  const auto dataHome = reachableDataHome(BlockingPlaces(places, realFolder(home_)));
   std::vector<Outcome> outcomes;
-  for (const auto& request : requests) outcomes.push_back(move(request, table, places));
+  for (const auto& request : requests) outcomes.push_back(move(request, table, places, dataHome));
   return outcomes;
 }
 
 Outcome LinuxTrash::move(const TrashRequest& request, const std::vector<Mount>& mounts,
-                         const std::vector<MountedPlace>& places) const {
+                         const std::vector<MountedPlace>& places, const std::string& dataHome) const {
   // Moved, a mount would go on living below the Trash. Asked before the path is looked at, which may block.
   if (const auto* mount = mountInside(request.path, places)) return Failure{refusal(*mount)};
   const auto source = findSource(request);
   if (!source) return failure(errno == ELOOP || errno == ENOTDIR ? ENOENT : errno);
   if (const auto* mount = mountInside(source->path, places)) return Failure{refusal(*mount)};
 
-  ensurePrivateFolder(dataHome_);
-  const auto homeTrash = joined(realFolder(dataHome_), "Trash");
+  const bool hasHome = !dataHome.empty();
+  if (hasHome) ensurePrivateFolder(dataHome);
+  const auto homeTrash = joined(hasHome ? realFolder(dataHome) : "", "Trash");
   const auto top = mountPointOf(source->path, mounts);
   const auto volumeTrash = joined(top, ".Trash");
-  if (touches(source->path, homeTrash) || isInside(source->path, volumeTrash) ||
+  if ((hasHome && touches(source->path, homeTrash)) || isInside(source->path, volumeTrash) ||
       isInside(source->path, volumeTrash + "-" + std::to_string(user_)))
     return Failure{localized("The Trash can't be moved to the Trash.")};
 
-  const bool atHome = top == mountPointOf(homeTrash, mounts);
+  const bool atHome = hasHome && top == mountPointOf(homeTrash, mounts);
   if (!atHome && !isEmptied(top, mounts)) return failure(EXDEV);
-  const auto place = atHome ? homePlace(dataHome_, user_) : volumePlace(top, user_);
+  const auto place = atHome ? homePlace(dataHome, user_) : volumePlace(top, user_);
   if (!place) return failure(atHome ? errno : EXDEV);
   return moveInto(*source, *place, localTime(zone_, clock_.now()));
 }
 
+/// The data home, which need not exist; empty when its Trash can't be looked at without waiting for a server.
+std::string LinuxTrash::reachableDataHome(const BlockingPlaces& blocking) const {
+  auto path = linksResolved(dataHome_, blocking);
+  return blocking.hold(joined(path, "Trash")) ? std::string() : path;
+}
+
 /// Whether `folders` looks for a Trash at a mount: nothing is put where it is not found again.
 bool LinuxTrash::isEmptied(const std::string& top, const std::vector<Mount>& mounts) const {
-  const auto known = mountsForFiles(mounts, dataHome_);
+  const auto known = mountsForFiles(mounts, realFolder(home_));
   return std::ranges::find(known, top, &Mount::mountPoint) != known.end();
 }
 
 std::vector<TrashFolder> LinuxTrash::folders() {
   std::vector<TrashFolder> folders;
-  std::vector<FileIdentity> known;
+  std::set<std::pair<std::uint64_t, std::uint64_t>> known; // device and inode
   const auto table = mounts();
-  const auto isMounted = [&](const std::string& path) {
-    return std::ranges::find(table, path, &Mount::mountPoint) != table.end();
-  };
+  const auto places = mountedPlaces(table);
+  const auto home = realFolder(home_);
+  const BlockingPlaces blocking(places, home);
+  std::unordered_set<std::string_view> mountPoints; // of the table
+  for (const auto& mount : table) mountPoints.insert(mount.mountPoint);
   const auto add = [&](const std::string& parent, const std::string& name) {
     const auto trash = joined(parent, name);
     // What somebody mounted there was not thrown away.
-    if (isMounted(trash + "/files") || isMounted(trash + "/info")) return;
+    if (mountPoints.contains(trash + "/files") || mountPoints.contains(trash + "/info")) return;
+    if (blocking.hold(trash)) return;
     const auto status = statusOf(AT_FDCWD, trash.c_str());
     if (!status || !S_ISDIR(status->st_mode) || status->st_uid != user_) return;
-    if (std::ranges::find(known, identityOf(*status)) != known.end()) return;
-    known.push_back(identityOf(*status));
+    if (const auto identity = identityOf(*status); !known.emplace(identity.device, identity.inode).second)
+      return;
     folders.push_back({trash + "/files", trash + "/info", std::string(trashInfoSuffix)});
   };
-  if (const auto home = realFolder(dataHome_); !home.empty()) add(home, "Trash");
-  for (const auto& mount : mountsForFiles(table, dataHome_)) {
+  if (const auto own = reachableDataHome(blocking); !own.empty()) add(own, "Trash");
+  for (const auto& mount : mountsForFiles(table, home)) {
     const auto top = realFolder(mount.mountPoint);
     if (top.empty()) continue;
-    if (const Descriptor folder = plainFolder(top); folder && sharedTrash(folder.get()))
+    const Descriptor folder = plainFolder(top);
+    if (folder && !blocking.hold(joined(top, ".Trash")) && sharedTrash(folder.get()))
       add(joined(top, ".Trash"), std::to_string(user_));
     add(top, ".Trash-" + std::to_string(user_));
   }

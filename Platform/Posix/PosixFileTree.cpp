@@ -1,5 +1,6 @@
 #include "Platform/Posix/PosixFileTree.h"
 
+#include "Platform/Posix/LinkResolution.h"
 #include "Platform/Posix/NewestChange.h"
 #include "Platform/Posix/TreeSizes.h"
 
@@ -27,6 +28,10 @@ std::optional<std::string> PosixFileTree::located(const std::string& path) {
   std::string result = parent.get();
   if (result != "/") result += '/';
   return result + path.substr(slash + 1);
+}
+
+std::string PosixFileTree::resolved(const std::string& path, const BlockingPlaces& blocking) {
+  return linksResolved(path, blocking);
 }
 
 std::optional<FileInfo> PosixFileTree::info(const std::string& path) {

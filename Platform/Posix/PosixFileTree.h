@@ -16,6 +16,7 @@ public:
   explicit PosixFileTree(unsigned threads = 0);
 
   std::optional<std::string> located(const std::string& path) override;
+  std::string resolved(const std::string& path, const BlockingPlaces& blocking) override;
   std::optional<FileInfo> info(const std::string& path) override;
   FolderListing list(const std::string& folder) override;
   bool isExecutable(const std::string& path) override;

@@ -137,6 +137,24 @@ TEST_P(FileTreeContract, whatAPathNamesIsTold) {
   for (const char* path : {"", "relative", "/", "/tmp/", "/tmp/.", "/tmp/..", "/no/such/folder"})
     EXPECT_EQ(tree->located(path), std::nullopt) << path;
 
+  disk.link(disk / "link/../server/in", "away");
+  disk.link("away", "again");
+  disk.link("loop", "loop");
+  disk.file("server/in/d/file", 1);
+  disk.link("d", "server/in/link");
+  disk.folder("server/home");
+  const std::vector<MountedPlace> mounts = {{"/", true}, {disk / "server", true}, {disk / "d", false}};
+  const BlockingPlaces blocking(mounts, "/home/user"), none(mounts, disk / "server/home");
+  const auto away = disk / "server/in/link/./x";
+  EXPECT_EQ(tree->resolved(disk / "again//link/./x", blocking), away) << "as it stands, unseen";
+  EXPECT_TRUE(blocking.hold(away));
+  EXPECT_FALSE(blocking.hold(disk / "servers"));
+  EXPECT_EQ(tree->resolved(disk / "again/link/./x", none), disk / "server/in/d/x") << "home lies there";
+  EXPECT_EQ(tree->resolved(disk / "link", blocking), disk / "d");
+  EXPECT_EQ(tree->resolved(disk / "link/absent/../x/", blocking), disk / "d/x");
+  for (const auto& path : {disk / "loop/x", std::string("relative"), std::string("/"), std::string()})
+    EXPECT_EQ(tree->resolved(path, blocking), path);
+
   for (const char* path : {"d/file", "d", "nowhere"}) EXPECT_FALSE(tree->isExecutable(disk / path)) << path;
   disk.mode("d/file", 0755);
   EXPECT_TRUE(tree->isExecutable(disk / "link/file"));

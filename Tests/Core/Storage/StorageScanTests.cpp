@@ -341,5 +341,28 @@ TEST_F(StorageScanTests, linksInTheUsersFoldersAreResolvedOnce) {
   EXPECT_EQ(folders.home, disk / "home");
 }
 
+TEST_F(StorageScanTests, linksToWhatMayBlockAreNotFollowed) {
+  for (const auto* name : {"cache/app/x", "cache/uv/x", "npm/_cacache/x", "Downloads/x"})
+    disk.file("server/" + std::string(name), 5000);
+  disk.file("home/.cargo/registry/src/x", 5000);
+  disk.write("server/docker", "");
+  disk.mode("server/docker", 0755);
+  disk.link("../server/cache", "home/.cache");
+  disk.link(disk / "server/npm", "home/.npm");
+  disk.link("../server/docker", "bin/docker");
+  const auto folders = resolvedFolders(world.folders(), world.files);
+  const auto kinds = {appCaches, uv, npm, docker};
+  for (const auto kind : kinds) EXPECT_TRUE(scan(kind)) << "a link alone is no reason";
+  world.files.mounted = {{disk / "server", true}};
+  EXPECT_EQ(resolvedFolders(world.folders(), world.files), folders);
+  for (const auto kind : kinds) {
+    const auto found = scan(kind);
+    EXPECT_TRUE(!found || found->items.empty());
+    if (kind != docker)
+      EXPECT_THAT(found.value().note.value(), testing::HasSubstr("there: " + disk / "server."));
+  }
+  EXPECT_EQ(scan(cargo)->items.size(), 1u);
+}
+
 } // namespace
 } // namespace korvell

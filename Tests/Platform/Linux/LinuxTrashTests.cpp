@@ -29,7 +29,7 @@ struct World {
                                 " rw - overlay overlay rw\n");
   }
   std::unique_ptr<LinuxTrash> trash() {
-    return std::make_unique<LinuxTrash>(disk / "home/.local/share", geteuid(), clock, zone,
+    return std::make_unique<LinuxTrash>(disk / "home", disk / "home/.local/share", geteuid(), clock, zone,
                                         disk / "mountinfo");
   }
   const GeneratedTree& disk;
@@ -129,6 +129,21 @@ TEST_F(LinuxTrashTests, aTrashThatIsALinkIsNotUsed) {
   EXPECT_THAT(disk.names("precious/info"), IsEmpty()) << "no record stays behind";
 }
 
+TEST_F(LinuxTrashTests, aDataHomeOnAServerIsNotAskedForATrash) {
+  for (const auto* name : {"files/x", "info/x.trashinfo"})
+    disk.file("server/share/Trash/" + std::string(name), 1);
+  disk.file("home/.cache/x", 1);
+  disk.link(disk / "server/share", "home/.local/share");
+  EXPECT_TRUE(move("home/.cache/x")) << "a volume of its own";
+  EXPECT_THAT(disk.names("server/share/Trash/files"), ElementsAre("x"));
+  ASSERT_EQ(trash->folders().size(), 1u);
+  EXPECT_EQ(trash->folders().front().entries, disk / ("home/.cache/" + mine + "/files"));
+  // A home folder on the same server would not be there either.
+  LinuxTrash remote(disk / "server", disk / "server/share", geteuid(), world.clock, world.zone,
+                    disk / "mountinfo");
+  EXPECT_EQ(remote.folders().size(), 2u);
+}
+
 TEST_F(LinuxTrashTests, theTrashAndWhatHoldsItStay) {
   disk.file(files + "/entry", 1);
   disk.folder(info);
@@ -190,7 +205,8 @@ TEST_F(LinuxTrashTests, dyingMidwayLosesNothing) {
   const pid_t child = fork();
   if (child == 0) {
     const DeadlyClock clock(12);
-    (void)LinuxTrash(disk / "home/.local/share", geteuid(), clock, world.zone, disk / "mountinfo")
+    (void)LinuxTrash(disk / "home", disk / "home/.local/share", geteuid(), clock, world.zone,
+                     disk / "mountinfo")
         .move(requests);
     _exit(0);
   }
