@@ -51,7 +51,9 @@ std::string StorageScan::brewCache(const std::string& brew, const Cancellation& 
   std::string folder(trimmed(std::string_view(printed).substr(0, printed.find('\n'))));
   while (folder.size() > 1 && folder.ends_with('/')) folder.pop_back();
   // Whatever is no folder, and one that holds the home folder, is no cache.
-  const bool askable = folder.starts_with('/') && !isBlocked(folder, locations_.home, files_.mounts());
+  const auto mounts = files_.mounts();
+  const BlockingPlaces blocking(mounts, locations_.home);
+  const bool askable = folder.starts_with('/') && !blocking.hold(files_.resolved(folder, blocking));
   const auto info = askable ? files_.info(folder) : std::nullopt;
   const bool sound = info && info->kind == FileKind::folder && !isInside(locations_.home, folder);
   return sound ? folder : locations_.brewCache;
