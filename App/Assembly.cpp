@@ -77,13 +77,17 @@ AppModel::Seams Assembly::seams() {
           *host_.launchItems, *host_.trash,    systemQueueFactory()};
 }
 
-std::unique_ptr<AppModel> Assembly::makeKeepingModel(Queue& main, const Attention& attention) {
+std::unique_ptr<AppModel> Assembly::makeKeepingModel(Queue& main, const Attention& attention,
+                                                     AlertLog::Tell tellAlertTrouble) {
   auto history = std::make_unique<HistoryStore>(systemQueueFactory(), clock_, host_.folders.data);
   auto sampler = makeSampler(history.get());
+  const auto tell = [&main, heard = std::move(tellAlertTrouble)](const std::string& sentence) {
+    if (heard) main.async([heard, sentence] { heard(sentence); });
+  };
   return std::make_unique<AppModel>(
       main,
       AppModel::Parts{std::move(history), std::move(sampler), makeAIUsageStore(main),
-                      std::make_unique<AlertLog>(systemQueueFactory(), clock_, host_.folders.data)},
+                      std::make_unique<AlertLog>(systemQueueFactory(), clock_, host_.folders.data, tell)},
       attention, seams());
 }
 

@@ -19,7 +19,9 @@ public:
   Assembly(Host& host, const Clock& clock);
 
   /// The model of a process that keeps: records, alerts, reports and accounts.
-  std::unique_ptr<AppModel> makeKeepingModel(Queue& main, const Attention& attention);
+  /// `tellAlertTrouble` hears on `main` what goes wrong with the file of the alerts.
+  std::unique_ptr<AppModel> makeKeepingModel(Queue& main, const Attention& attention,
+                                             AlertLog::Tell tellAlertTrouble = {});
   /// The model of one that only shows: it records and notifies nothing, and reads the history.
   std::unique_ptr<AppModel> makeWatchingModel(Queue& main, const Attention& attention);
   /// A sampler on a queue of its own. Without a history nothing is recorded. One at a time.

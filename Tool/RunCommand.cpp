@@ -24,6 +24,11 @@ void sayProblem(Context& context, const std::optional<HistoryProblem>& problem) 
   context.err.flush();
 }
 
+void sayTrouble(Context& context, const std::string& trouble) {
+  context.err.line("korvell: " + escapedControls(trouble));
+  context.err.flush();
+}
+
 void say(Context& context, std::string_view text) {
   context.out.line(text);
   context.out.flush();
@@ -51,14 +56,13 @@ Kept keep(Context& context, HeadlessLoop& loop, const KeeperLock& lock) {
   std::optional<LastResort> lastResort; // outlives what may hang when it ends
   Assembly assembly(context.host, context.clock);
   const FixedAttention unwatched(false);
-  const auto model = assembly.makeKeepingModel(loop.main(), unwatched);
+  const auto model = assembly.makeKeepingModel(
+      loop.main(), unwatched, [&context](const std::string& trouble) { sayTrouble(context, trouble); });
   const auto problems = model->historyProblem.observe(
       [&context](const std::optional<HistoryProblem>& problem) { sayProblem(context, problem); });
   Keeper keeper(loop.main(), *model);
-  const SettingsWatch settings(loop.main(), *context.host.defaults, [&context](const std::string& trouble) {
-    context.err.line("korvell: " + escapedControls(trouble));
-    context.err.flush();
-  });
+  const SettingsWatch settings(loop.main(), *context.host.defaults,
+                               [&context](const std::string& trouble) { sayTrouble(context, trouble); });
   Kept kept;
   constexpr Seconds timeToAnswer{0.1};
   const auto stepBack = loop.main().timer([&] {

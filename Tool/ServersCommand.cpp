@@ -206,7 +206,7 @@ int runStopIdle(Context& context, const Arguments& arguments) {
 
   // The answer may have taken hours: what was put to work or has ended meanwhile is left alone.
   const auto present = findServers(context);
-  if (!present.fromKeeper) return fail(context, needsKeeper());
+  if (!present.fromKeeper) return present.keeperIsRunning ? exitFailed : fail(context, needsKeeper());
   const auto still = stillIdle(idle, present.projects, context.clock.now());
   Value spared = Value::array();
   for (const DevServer& server : idle)

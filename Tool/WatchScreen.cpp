@@ -76,6 +76,23 @@ std::string fitting(std::initializer_list<std::string> texts, int columns) {
   return truncatedToWidth(*(texts.end() - 1), columns);
 }
 
+/// Why these are not the running keeper's figures; empty when there is nothing to say.
+std::string keeperNote(const KeeperAnswer& keeper, int columns) {
+  if (keeper.isStarting)
+    return fitting(
+        {localized("Korvell has just started. Until it has measured, these are watch's own figures."),
+         localized("Korvell has just started; own figures.")},
+        columns);
+  if (!keeper.isSilent) return {};
+  const auto who = keeper.pid == 0
+                       ? "Korvell"
+                       : localized("Korvell (process {pid})", {{"pid", std::to_string(keeper.pid)}});
+  const auto with = [&who](std::string_view text) { return localized(text, {{"who", who}}); };
+  return fitting({with("{who} does not answer. These are watch's own figures."),
+                  with("{who} does not answer"), with("{who} is silent")},
+                 columns);
+}
+
 } // namespace
 
 WatchScreen::Reply WatchScreen::handleKey(int key) {
@@ -157,6 +174,8 @@ Lines WatchScreen::body(const Terminal& terminal, const WatchFigures& figures, i
   lines.resize(std::min(lines.size(), std::size_t(std::max(1, std::min(above, rows / findingsShare)))));
   const auto sign = terminal.ink(Ink::accent, "Korvell") + "  " + clockText(figures.snapshot.date);
   lines.front() = spread(lines.front(), sign, columns);
+  if (const auto note = keeperNote(figures.keeper, columns); !note.empty())
+    lines.push_back(terminal.ink(Ink::warning, note));
   if (above == 0 && figures.hasSample) lines.clear();
   if (!figures.hasSample) return lines;
 

@@ -2,6 +2,7 @@
 // What `watch` shows and which keys it knows, apart from the terminal that it runs on.
 
 #include "App/Model.h"
+#include "Tool/AskKeeper.h"
 #include "Tool/UsageList.h"
 
 #include <optional>
@@ -18,6 +19,8 @@ struct WatchFigures {
   const LiveSeries& live;
   bool hasSample = false; ///< false while the first cycle is measured
   bool energyIsEstimate = false;
+  /// Of one that runs and tells no figures, so that these are this process's own.
+  KeeperAnswer keeper{};
 };
 
 /// Holds the list with its selection, the text searched for, and whether the help is open.

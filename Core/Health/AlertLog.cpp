@@ -3,6 +3,11 @@
 #include "Base/DatabaseFile.h"
 #include "Base/Files.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <limits>
+#include <ranges>
 #include <utility>
 
 namespace korvell {
@@ -11,35 +16,104 @@ namespace {
 
 constexpr std::size_t largest = 4 << 20;
 
-} // namespace
-
-AlertLog::AlertLog(const QueueFactory& makeQueue, const Clock& clock, const std::string& folder)
-    : clock_(clock), path_(folder + "/alerts.json"), queue_(makeQueue("Korvell.alerts")) {}
-
-AlertLog::~AlertLog() {
-  queue_->sync([] {});
+void tellTo(const AlertLog::Tell& tell, const std::string& sentence) {
+  if (tell) tell(sentence);
 }
 
-std::vector<HealthAlert> AlertLog::load() const {
-  const auto text = readFile(path_, largest);
-  if (!text) return {};
-  const auto kept = parseJSON(*text);
-  const auto* list = kept ? kept->find("alerts") : nullptr;
-  if (!list || !list->asArray()) {
-    moveAside(path_, clock_.now());
-    return {};
+} // namespace
+
+/// On the queue, but for its making and its end.
+struct AlertLog::Writer {
+  std::string path;
+  Tell tell;
+  std::string unwritten; ///< empty when all is written
+
+  void write(std::string bytes) {
+    const bool failedBefore = !unwritten.empty();
+    const bool written = replaceFile(path, bytes);
+    unwritten = written ? std::string() : std::move(bytes);
+    if (written == !failedBefore) return;
+    tellTo(tell, written ? localized("The alerts are kept again.")
+                         : localized("The alerts are not kept: {reason}",
+                                     {{"reason", sentence(faultOf(path, 0), path)}}));
   }
+};
+
+AlertLog::AlertLog(const QueueFactory& makeQueue, const Clock& clock, const std::string& folder, Tell tell)
+    : clock_(clock), path_(folder + "/alerts.json"), tell_(std::move(tell)),
+      writer_(std::make_unique<Writer>(Writer{path_, tell_, {}})), queue_(makeQueue("Korvell.alerts")) {}
+
+AlertLog::~AlertLog() {
+  queue_->sync([this] {
+    if (!writer_->unwritten.empty()) writer_->write(writer_->unwritten);
+  });
+}
+
+std::vector<HealthAlert> AlertLog::load() {
+  int error = 0;
+  const auto text = readFile(path_, largest, &error);
+  auto document = text ? parseJSON(*text) : std::nullopt;
+  const auto* list = document ? document->find("alerts") : nullptr;
+  if (error == EFBIG) {
+    putAside(localized("{path} is too large for a list of alerts.", {{"path", path_}}));
+  } else if (!text && error != ENOENT) {
+    isLeftAlone_ = true;
+    tellTo(tell_,
+           localized("{path} can't be read ({reason}). It is left as it is, and new alerts are not kept.",
+                     {{"path", path_}, {"reason", std::strerror(error)}}));
+  } else if (text && !(list && list->asArray())) {
+    putAside(sentence(DatabaseFault::damaged, path_));
+  }
+  if (!list || !list->asArray()) return {};
+
+  // What bears no date stands where it stood: beside the next older one.
+  Date older{-std::numeric_limits<double>::infinity()};
+  for (const Value& value : std::views::reverse(*list->asArray())) {
+    HealthAlert alert;
+    const bool isUnderstood = fromValue(value, alert);
+    const auto* date = value.find("date");
+    if (const auto own = date ? date->asDate() : std::nullopt) older = *own;
+    entries_.push_back({value, older, isUnderstood ? std::optional(std::move(alert)) : std::nullopt});
+  }
+  std::ranges::reverse(entries_);
+  document_ = std::move(*document);
   std::vector<HealthAlert> alerts;
-  for (const Value& value : *list->asArray())
-    if (HealthAlert alert; fromValue(value, alert)) alerts.push_back(std::move(alert));
+  for (const auto& entry : entries_)
+    if (entry.alert) alerts.push_back(*entry.alert);
   return alerts;
 }
 
-void AlertLog::keep(std::vector<HealthAlert> alerts) {
-  queue_->async([path = path_, alerts = std::move(alerts)] {
-    [[maybe_unused]] const bool written =
-        replaceFile(path, dumpJSON(Value::object({{"alerts", toValue(alerts)}})) + "\n");
-  });
+void AlertLog::putAside(std::string_view trouble) {
+  const auto place = moveAside(path_, clock_.now());
+  isLeftAlone_ = !place;
+  tellTo(tell_, std::string(trouble) + " " +
+                    (place ? localized("It was put aside as {place}; the list of alerts begins anew.",
+                                       {{"place", *place}})
+                           : localized("It can't be put aside, so it stays and new alerts are not kept.")));
+}
+
+void AlertLog::keep(const std::vector<HealthAlert>& alerts) {
+  if (isLeftAlone_) return;
+  Value list = Value::array();
+  std::size_t count = 0;
+  const auto add = [&](const Value& value) {
+    if (count++ < mostEntries) list.append(value);
+  };
+  // What is not understood takes its place among the alerts by its date.
+  auto entry = entries_.begin();
+  const auto addForeign = [&](Date newerThan) {
+    for (; entry != entries_.end() && (entry->alert || entry->date >= newerThan); ++entry)
+      if (!entry->alert) add(entry->raw);
+  };
+  for (const auto& alert : alerts) {
+    addForeign(alert.date);
+    const auto known = std::ranges::find(entries_, std::optional(alert), &Entry::alert);
+    add(known != entries_.end() ? known->raw : toValue(alert));
+  }
+  addForeign(Date{-std::numeric_limits<double>::infinity()});
+  Value document = document_;
+  document.set("alerts", std::move(list));
+  queue_->async([writer = writer_.get(), text = dumpJSON(document) + "\n"] { writer->write(text); });
 }
 
 } // namespace korvell

@@ -3,13 +3,16 @@
 // object whose member "alerts" is the list, the newest first.
 //
 // Called on the main thread; written on a queue of its own, "Korvell.alerts", whole each time, so that a
-// crash leaves the old list or the new one. An entry that can't be read, because a later version raised it,
-// is skipped; a file that is not JSON is put aside as "alerts-damaged-DATE.json". What can't be written now
-// is written with the next alert.
+// crash leaves the old list or the new one. What a later version wrote stays in the file as it is: alerts of
+// a kind that is not known here, and members beside those that are. A file that is damaged or far too large
+// is put aside as "alerts-damaged-DATE.json"; one that can't be read is left alone and nothing is written.
+// What can't be written now is written with the next alert, or at the end.
 
 #include "Base/Queue.h"
 #include "Core/Health/HealthAlert.h"
 
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,19 +21,38 @@ namespace korvell {
 
 class AlertLog {
 public:
-  AlertLog(const QueueFactory& makeQueue, const Clock& clock, const std::string& folder);
+  /// Takes a sentence, localised, with the file's path in it as it is; on any thread.
+  using Tell = std::function<void(const std::string&)>;
+  static constexpr std::size_t mostEntries = 100; ///< with those of a later version
+
+  /// `tell` hears what went wrong with the file, each trouble once until it has passed.
+  AlertLog(const QueueFactory& makeQueue, const Clock& clock, const std::string& folder, Tell tell = {});
   ~AlertLog(); ///< waits for what is to be written
   AlertLog(const AlertLog&) = delete;
   AlertLog& operator=(const AlertLog&) = delete;
 
-  /// What was kept; for the start, before anything is.
-  std::vector<HealthAlert> load() const;
-  /// The whole list, in place of what was kept.
-  void keep(std::vector<HealthAlert> alerts);
+  /// What was kept, as far as it is understood; for the start, before anything is.
+  std::vector<HealthAlert> load();
+  /// The whole list, newest first, in place of what load() understood.
+  void keep(const std::vector<HealthAlert>& alerts);
 
 private:
+  /// An entry of the file, with its position in time.
+  struct Entry {
+    Value raw;
+    Date date;
+    std::optional<HealthAlert> alert; ///< nothing when it is not understood
+  };
+  struct Writer;
+  void putAside(std::string_view trouble);
+
   const Clock& clock_;
-  std::string path_;
+  const std::string path_;
+  const Tell tell_;
+  Value document_ = Value::object({}); ///< as it was loaded
+  std::vector<Entry> entries_;
+  bool isLeftAlone_ = false;       ///< what is there could not be read: it must not be replaced
+  std::unique_ptr<Writer> writer_; ///< of the queue
   std::unique_ptr<Queue> queue_;
 };
 

@@ -22,6 +22,7 @@ struct WatchScreenTests : testing::Test {
   LiveSeries live;
   WatchScreen screen;
   bool hasSample = true;
+  KeeperAnswer keeper;
 
   WatchScreenTests() {
     for (const auto& part : allCases<KnownPart>()) known.set(part.value, true);
@@ -46,7 +47,7 @@ struct WatchScreenTests : testing::Test {
     screen.setApps(snapshot.apps);
   }
   std::vector<std::string> frame(int columns, int rows) {
-    return screen.frame(terminal, {snapshot, known, report, live, hasSample, true}, columns, rows);
+    return screen.frame(terminal, {snapshot, known, report, live, hasSample, true, keeper}, columns, rows);
   }
   std::string text(int columns, int rows) {
     std::string all;
@@ -170,6 +171,19 @@ TEST_F(WatchScreenTests, theHelpSaysWhatTheKeysAndTheFiguresMean) {
     EXPECT_THAT(all, HasSubstr(expected));
   screen.handleKey('?');
   EXPECT_THAT(text(200, 30), Not(HasSubstr("q: quit.")));
+}
+
+TEST_F(WatchScreenTests, figuresOfItsOwnBesideASilentKeeperAreSaidToBe) {
+  EXPECT_THAT(text(80, 24), Not(HasSubstr("own figures")));
+  keeper = {.isSilent = true, .pid = 1234567};
+  for (const bool measured : {false, true}) {
+    hasSample = measured;
+    EXPECT_THAT(text(80, 24),
+                HasSubstr("Korvell (process 1234567) does not answer. These are watch's own fig"));
+    EXPECT_THAT(text(40, 12), HasSubstr("Korvell (process 1234567) is silent"));
+  }
+  keeper = {.isStarting = true};
+  EXPECT_THAT(text(80, 24), HasSubstr("Korvell has just started."));
 }
 
 } // namespace
