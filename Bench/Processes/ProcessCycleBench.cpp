@@ -11,6 +11,7 @@
 #include "Core/Machine/ProcessSampler.h"
 #include "Core/Machine/SystemSampler.h"
 #include "Herd.h"
+#include "Platform/Absent.h"
 #include "Platform/Linux/DesktopFolders.h"
 #include "Platform/Linux/LinuxMachineCounters.h"
 #include "Platform/Linux/LinuxProcessControl.h"
