@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstring>
 #include <limits>
-#include <ranges>
 #include <utility>
 
 namespace korvell {
@@ -68,7 +67,9 @@ std::vector<HealthAlert> AlertLog::load() {
 
   // What bears no date stands where it stood: beside the next older one.
   Date older{-std::numeric_limits<double>::infinity()};
-  for (const Value& value : std::views::reverse(*list->asArray())) {
+  const auto& values = *list->asArray();
+  for (auto next = values.rbegin(); next != values.rend(); ++next) { // clang 14 knows no reversed views
+    const Value& value = *next;
     HealthAlert alert;
     const bool isUnderstood = fromValue(value, alert);
     const auto* date = value.find("date");
