@@ -61,17 +61,23 @@ private:
       if (bus_) files[2] = {sd_bus_get_fd(bus_), short(sd_bus_get_events(bus_)), 0};
       poll(files, 3, -1);
       if (files[0].revents) accept();
-      if (files[1].revents) runTasks();
+      if (files[1].revents) clearWake();
       int result = 1;
-      while (bus_ && result > 0) result = sd_bus_process(bus_, nullptr);
+      do { // A task told before a call was sent has its turn before the call, however busy the bus is.
+        runTasks();
+        result = bus_ ? sd_bus_process(bus_, nullptr) : 0;
+      } while (result > 0);
       if (result < 0) bus_ = sd_bus_close_unref(bus_);
     }
     bus_ = sd_bus_close_unref(bus_);
   }
 
-  void runTasks() {
+  void clearWake() {
     eventfd_t ignored = 0;
     eventfd_read(wake_.get(), &ignored);
+  }
+
+  void runTasks() {
     std::deque<Task> tasks;
     {
       const std::lock_guard lock(mutex_);
