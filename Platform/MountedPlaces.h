@@ -28,15 +28,6 @@ inline const MountedPlace* mountInside(std::string_view path, const std::vector<
 
 const MountedPlace* mountInside(std::string_view path, std::vector<MountedPlace>&& mounts) = delete;
 
-/// What a path lies on: of the mounts at the path or above it the deepest, and of several at one place the
-/// last, which hides the others. Null when the list has none.
-inline const MountedPlace* mountHolding(std::string_view path, const std::vector<MountedPlace>& mounts) {
-  const MountedPlace* found = nullptr;
-  for (const auto& mount : mounts)
-    if (isInside(path, mount.path) && (!found || mount.path.size() >= found->path.size())) found = &mount;
-  return found;
-}
-
 /// The places in which looking may take for ever, so that what leads there has to be told without looking.
 /// Home folders on such a mount are the exception: there everything would. A path is looked up by its parents
 /// and not compared with every mount: machines with containers have tables of tens of thousands.

@@ -65,8 +65,9 @@ std::vector<MountedPlace> leftOut(const Places& places, StorageKind kind, const 
                                   const std::vector<MountedPlace>& mounts, bool foundSomething) {
   std::vector<MountedPlace> result;
   std::set<std::string_view> known;
+  const BlockingPlaces blocking(mounts, locations.home);
   for (const auto& folder : places.folders) {
-    const bool blocked = isBlocked(folder, locations.home, mounts);
+    const bool blocked = blocking.hold(folder);
     for (const auto& mount : mounts) {
       if (!foundSomething && !places.areItems && !mount.mayBlock) continue;
       if (!isLeftOut(mount, folder, places.areItems, blocked)) continue;
@@ -100,13 +101,9 @@ bool isMountPoint(const StorageItem& item, const std::vector<MountedPlace>& moun
 
 } // namespace
 
-bool isBlocked(const std::string& path, const std::string& home, const std::vector<MountedPlace>& mounts) {
-  const auto* mount = mountHolding(path, mounts);
-  return mount && mount->mayBlock && mount != mountHolding(home, mounts);
-}
-
 StorageLocations withoutBlocked(StorageLocations locations, const std::vector<MountedPlace>& mounts) {
-  const auto blocked = [&](const std::string& path) { return isBlocked(path, locations.home, mounts); };
+  const BlockingPlaces blocking(mounts, locations.home);
+  const auto blocked = [&](const std::string& path) { return blocking.hold(path); };
   for (auto* path : {&locations.cacheHome, &locations.xcode, &locations.coreSimulator, &locations.brewCache,
                      &locations.downloads})
     if (blocked(*path)) path->clear();

@@ -8,9 +8,6 @@
 
 namespace korvell {
 
-/// True for a path on a mount that may block and that the home folder does not lie on.
-bool isBlocked(const std::string& path, const std::string& home, const std::vector<MountedPlace>& mounts);
-
 /// The locations without those that are blocked.
 StorageLocations withoutBlocked(StorageLocations locations, const std::vector<MountedPlace>& mounts);
 
