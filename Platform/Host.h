@@ -11,6 +11,7 @@
 #include "Platform/FileTree.h"
 #include "Platform/LaunchItems.h"
 #include "Platform/LogFiles.h"
+#include "Platform/LoginItem.h"
 #include "Platform/MachineCounters.h"
 #include "Platform/MachineState.h"
 #include "Platform/Notifications.h"
@@ -51,6 +52,7 @@ struct Host {
   std::unique_ptr<RunningApplications> applications = std::make_unique<NoRunningApplications>();
   std::unique_ptr<UsageHelperService> usageHelper;
   std::unique_ptr<LaunchItems> launchItems = std::make_unique<NoLaunchItems>();
+  std::unique_ptr<LoginItem> loginItem = std::make_unique<NoLoginItem>();
   std::unique_ptr<DesktopFiles> desktopFiles = std::make_unique<NoDesktopFiles>();
   BundleInfo bundleInfo; ///< empty where applications are no bundles
 };

@@ -10,7 +10,7 @@
 #include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
 #include "Tool/HeadlessLoop.h"
-#include "Tool/LastResort.h"
+#include "App/LastResort.h"
 
 namespace korvell {
 

@@ -1,6 +1,7 @@
 #include "Base/Shell.h"
 #include "Platform/Formats/LinuxWords.h"
 #include "Platform/Host.h"
+#include "Platform/Linux/AutostartFile.h"
 #include "Platform/Linux/DesktopFolders.h"
 #include "Platform/Linux/DesktopNotifications.h"
 #include "Platform/Linux/LinuxDiagnostics.h"
@@ -58,6 +59,7 @@ Host makeHost(const Environment& environment) {
   host.notifications = std::make_unique<DesktopNotifications>(buses.session);
   std::error_code error;
   const auto tool = std::filesystem::read_symlink("/proc/self/exe", error).string();
+  host.loginItem = std::make_unique<AutostartFile>(host.folders, error ? std::string() : tool);
   if (const auto window = TerminalWindow::with({tool, "watch"}, environment))
     host.openWatch = [window = *window] { window.open(); };
   return host;

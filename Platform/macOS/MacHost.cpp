@@ -5,6 +5,7 @@
 #include "Platform/macOS/MacDiagnostics.h"
 #include "Platform/macOS/MacFileTree.h"
 #include "Platform/macOS/MacLaunchItems.h"
+#include "Platform/macOS/MacLoginItem.h"
 #include "Platform/macOS/MacMachineCounters.h"
 #include "Platform/macOS/MacMachineState.h"
 #include "Platform/macOS/MacNotifications.h"
@@ -35,6 +36,7 @@ Host makeHost(const Environment& environment) {
   host.applications = std::make_unique<MacRunningApplications>();
   host.usageHelper = std::make_unique<MacUsageHelper>();
   host.launchItems = std::make_unique<MacLaunchItems>(host.folders, Shell::run, getuid());
+  host.loginItem = std::make_unique<MacLoginItem>();
   host.diagnostics = std::make_unique<MacDiagnostics>(
       MacSources{*host.machine, *host.state, *host.applications, *host.launchItems, Shell::run}, clock);
   host.bundleInfo = macBundleInfo;

@@ -1,4 +1,4 @@
-#include "Tool/LastResort.h"
+#include "App/LastResort.h"
 
 #include <cstdlib>
 

@@ -1,0 +1,39 @@
+#include "Platform/Linux/AutostartFile.h"
+
+#include "Base/Files.h"
+#include "Platform/Formats/AutostartEntry.h"
+
+#include <filesystem>
+
+namespace korvell {
+
+namespace {
+
+constexpr std::size_t mostBytes = 64 << 10;
+
+} // namespace
+
+AutostartFile::AutostartFile(const UserFolders& folders, std::string program)
+    : folder_(folders.configHome + "/autostart"), path_(folder_ + "/korvell.desktop"),
+      program_(std::move(program)) {}
+
+bool AutostartFile::isEnabled() const {
+  const auto text = readFile(path_, mostBytes);
+  return text && isAutostartEnabled(*text);
+}
+
+Outcome AutostartFile::setEnabled(bool enabled) {
+  const auto failure = Failure{localized("{path} can't be written.", {{"path", path_}})};
+  int error = 0;
+  const auto text = readFile(path_, mostBytes, &error);
+  if (!text && error != ENOENT) return failure;
+  if (enabled && program_.empty()) return Failure{localized("Korvell's own program is not found.")};
+  if (!enabled && !(text && isAutostartEnabled(*text))) return success();
+  // Like the desktops' own: others may read it.
+  std::error_code ignored;
+  std::filesystem::create_directories(folder_, ignored);
+  if (!replaceFile(path_, autostartEntry(text.value_or(""), program_, enabled))) return failure;
+  return success();
+}
+
+} // namespace korvell

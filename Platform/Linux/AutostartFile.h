@@ -1,0 +1,24 @@
+#pragma once
+// "autostart/korvell.desktop" in the user's configuration folder, which every desktop's session reads.
+
+#include "Base/UserFolders.h"
+#include "Platform/LoginItem.h"
+
+#include <string>
+
+namespace korvell {
+
+class AutostartFile final : public LoginItem {
+public:
+  /// `program` is what the entry starts; empty where it is not known, and then nothing can be enabled.
+  AutostartFile(const UserFolders& folders, std::string program);
+
+  bool isEnabled() const override;
+  /// Keeps what others wrote in the entry.
+  Outcome setEnabled(bool enabled) override;
+
+private:
+  const std::string folder_, path_, program_;
+};
+
+} // namespace korvell

@@ -1,0 +1,26 @@
+#pragma once
+// Whether the application opens when the user logs in: an autostart entry on Linux, the application's own
+// login item on macOS. Blocking for milliseconds; main thread.
+
+#include "Base/Localization.h"
+#include "Base/Result.h"
+
+namespace korvell {
+
+class LoginItem {
+public:
+  virtual ~LoginItem() = default;
+  /// False also where the desktop or the user has switched the entry off.
+  virtual bool isEnabled() const = 0;
+  virtual Outcome setEnabled(bool enabled) = 0;
+};
+
+class NoLoginItem final : public LoginItem {
+public:
+  bool isEnabled() const override { return false; }
+  Outcome setEnabled(bool) override {
+    return Failure{localized("This system has no place for what opens at login.")};
+  }
+};
+
+} // namespace korvell
