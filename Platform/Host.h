@@ -47,6 +47,8 @@ struct Host {
   std::unique_ptr<MachineState> state = std::make_unique<UnknownMachineState>();
   std::unique_ptr<Notifications> notifications = std::make_unique<SilentNotifications>();
   std::function<void()> openWatch; ///< shows "korvell watch" in a window; null where there is none to open
+  /// Opens the desktop's own settings of power and battery; null where there are none. May take seconds.
+  std::function<void()> openBatterySettings;
   std::unique_ptr<ProcessTable> processes = std::make_unique<NoProcesses>();
   std::unique_ptr<ProcessControl> processControl = std::make_unique<NoProcessControl>();
   std::unique_ptr<RunningApplications> applications = std::make_unique<NoRunningApplications>();

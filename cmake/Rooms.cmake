@@ -55,6 +55,15 @@ foreach(kind IN ITEMS korvell_precompiled korvell_tests_precompiled)
       <fmt/format.h>)
   endif()
 endforeach()
+# The toolkit's as well, for its rooms: they are compiled with flags of its own.
+if(KORVELL_PRECOMPILE AND KORVELL_UI)
+  file(GENERATE OUTPUT ${CMAKE_BINARY_DIR}/precompiled/korvell_toolkit_precompiled.cpp CONTENT "")
+  add_library(korvell_toolkit_precompiled OBJECT ${CMAKE_BINARY_DIR}/precompiled/korvell_toolkit_precompiled.cpp)
+  target_link_libraries(korvell_toolkit_precompiled PRIVATE korvell_options Threads::Threads Qt6::Widgets)
+  target_precompile_headers(korvell_toolkit_precompiled PRIVATE
+    <algorithm> <cmath> <functional> <map> <memory> <optional> <string> <string_view> <vector>
+    <QAccessible> <QApplication> <QKeyEvent> <QPainter> <QPainterPath> <QTimer> <QWidget>)
+endif()
 
 # korvell_precompile(TARGET KIND): the target starts from that one's headers.
 function(korvell_precompile target kind)
@@ -78,11 +87,11 @@ if(KORVELL_FUZZ)
   target_compile_options(korvell_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# korvell_room(NAME [SOURCES file...] [LINKS target...])
-# The room is the calling folder. Without sources it is a room of headers.
+# korvell_room(NAME [TOOLKIT] [SOURCES file...] [LINKS target...])
+# The room is the calling folder. Without sources it is a room of headers. TOOLKIT: it may use Qt's widgets.
 # PRIVATE_LINKS stay invisible to whoever links the room.
 function(korvell_room name)
-  cmake_parse_arguments(room "" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
+  cmake_parse_arguments(room "TOOLKIT" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
   file(RELATIVE_PATH path ${CMAKE_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
   get_filename_component(parent ${path} DIRECTORY)
   set(include ${CMAKE_BINARY_DIR}/rooms/${name})
@@ -92,7 +101,12 @@ function(korvell_room name)
     add_library(${name} STATIC ${room_SOURCES})
     target_include_directories(${name} PUBLIC ${include})
     target_link_libraries(${name} PUBLIC ${room_LINKS} PRIVATE korvell_options ${room_PRIVATE_LINKS})
-    korvell_precompile(${name} korvell_precompiled)
+    if(room_TOOLKIT)
+      target_link_libraries(${name} PUBLIC Qt6::Widgets)
+      korvell_precompile(${name} korvell_toolkit_precompiled)
+    else()
+      korvell_precompile(${name} korvell_precompiled)
+    endif()
   else()
     add_library(${name} INTERFACE)
     target_include_directories(${name} INTERFACE ${include})
@@ -100,14 +114,17 @@ function(korvell_room name)
   endif()
 endfunction()
 
-# korvell_tests(NAME [THREADS] SOURCES file... LINKS target...): one test program a room, every case known to
-# CTest. THREADS says that its cases start threads: those are what the thread sanitizer builds and runs.
+# korvell_tests(NAME [THREADS] [TOOLKIT] SOURCES file... LINKS target...): one test program a room, every case known
+# to CTest. THREADS says that its cases start threads: those are what the thread sanitizer builds and runs. TOOLKIT:
+# they use Qt, without a display.
 add_custom_target(threaded_tests)
 function(korvell_tests name)
-  cmake_parse_arguments(tests "THREADS" "" "SOURCES;LINKS" ${ARGN})
+  cmake_parse_arguments(tests "THREADS;TOOLKIT" "" "SOURCES;LINKS" ${ARGN})
   add_executable(${name} ${tests_SOURCES})
   target_link_libraries(${name} PRIVATE korvell_options ${tests_LINKS} FixturesFolder GTest::gmock GTest::gtest_main)
-  korvell_precompile(${name} korvell_tests_precompiled)
+  if(NOT tests_TOOLKIT)
+    korvell_precompile(${name} korvell_tests_precompiled)
+  endif()
   set(labels)
   if(tests_THREADS)
     add_dependencies(threaded_tests ${name})

@@ -4,6 +4,7 @@
 #include "Platform/Linux/AutostartFile.h"
 #include "Platform/Linux/DesktopFolders.h"
 #include "Platform/Linux/DesktopNotifications.h"
+#include "Platform/Linux/DesktopPrograms.h"
 #include "Platform/Linux/LinuxDiagnostics.h"
 #include "Platform/Linux/LinuxFileTree.h"
 #include "Platform/Linux/LinuxLaunchItems.h"
@@ -14,7 +15,6 @@
 #include "Platform/Linux/LinuxTrash.h"
 #include "Platform/Linux/LinuxUsageHelper.h"
 #include "Platform/Linux/SettingsFile.h"
-#include "Platform/Linux/TerminalWindow.h"
 #include "Platform/Posix/PosixLogFiles.h"
 
 #include <filesystem>
@@ -60,8 +60,10 @@ Host makeHost(const Environment& environment) {
   std::error_code error;
   const auto tool = std::filesystem::read_symlink("/proc/self/exe", error).string();
   host.loginItem = std::make_unique<AutostartFile>(host.folders, error ? std::string() : tool);
-  if (const auto window = TerminalWindow::with({tool, "watch"}, environment))
+  if (const auto window = terminalWindow({tool, "watch"}, environment))
     host.openWatch = [window = *window] { window.open(); };
+  if (const auto settings = powerSettings(environment))
+    host.openBatterySettings = [settings = *settings] { settings.open(); };
   return host;
 }
 

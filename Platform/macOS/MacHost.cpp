@@ -41,6 +41,10 @@ Host makeHost(const Environment& environment) {
       MacSources{*host.machine, *host.state, *host.applications, *host.launchItems, Shell::run}, clock);
   host.bundleInfo = macBundleInfo;
   host.notifications = std::make_unique<MacNotifications>();
+  host.openBatterySettings = [] {
+    constexpr Seconds patience{5};
+    Shell::run("/usr/bin/open", {"x-apple.systempreferences:com.apple.Battery-Settings.extension"}, patience);
+  };
   return host;
 }
 

@@ -1,0 +1,13 @@
+#include "UI/Shell/DesktopLook.h"
+
+#include <QGuiApplication>
+#include <QPalette>
+
+namespace korvell {
+
+DesktopWishes DesktopLook::fromPalette() {
+  const auto window = QGuiApplication::palette().color(QPalette::Window);
+  return {.appearance = window.lightnessF() < 0.5F ? Appearance::dark : Appearance::light};
+}
+
+} // namespace korvell

@@ -1,0 +1,31 @@
+#pragma once
+// The main queue in the toolkit's event loop. Made on the main thread after the application object, and
+// destroyed before it.
+
+#include "Base/HostedQueue.h"
+
+#include <QObject>
+#include <QTimer>
+
+namespace korvell {
+
+class MainLoop {
+public:
+  MainLoop();
+  MainLoop(const MainLoop&) = delete;
+  MainLoop& operator=(const MainLoop&) = delete;
+
+  HostedQueue& main() { return queue_; }
+  /// Runs until quit(); the exit status.
+  int run();
+  void quit();
+
+private:
+  void runDue();
+
+  QObject receiver_;
+  QTimer timer_;
+  HostedQueue queue_; ///< last: what still wakes it while it ends finds the others
+};
+
+} // namespace korvell

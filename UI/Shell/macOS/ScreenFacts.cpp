@@ -1,0 +1,7 @@
+#include "UI/Shell/ScreenFacts.h"
+
+namespace korvell {
+
+bool showsTranslucentWindows() { return true; }
+
+} // namespace korvell
