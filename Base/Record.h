@@ -160,6 +160,9 @@ bool takeScalar(const Value& value, T& result) {
     return take(result, value.asUnsigned());
   } else if constexpr (std::is_integral_v<T>) {
     return take(result, value.asInt());
+  } else if constexpr (std::is_same_v<T, Value>) {
+    result = value;
+    return true;
   } else {
     const auto* text = value.asString();
     if (text) result = *text;

@@ -6,6 +6,7 @@
 #include "Platform/ProcessTable.h"
 
 #include <cstdint>
+#include <tuple>
 #include <unordered_map>
 #include <vector>
 
@@ -14,8 +15,11 @@ namespace korvell {
 /// A process with the start time that it had when the user saw it.
 struct QuitTarget {
   ProcessID pid = 0;
-  std::uint64_t start = 0;
+  std::uint64_t start = 0; ///< in the process table's ticks
   bool operator==(const QuitTarget&) const = default;
+  static constexpr auto fields() {
+    return std::tuple{Field{"pid", &QuitTarget::pid}, Field{"start", &QuitTarget::start}};
+  }
 };
 
 using StartTimes = std::unordered_map<ProcessID, std::uint64_t>;
