@@ -1,0 +1,53 @@
+#include "UI/Shell/Errands.h"
+
+#include "Base/Localization.h"
+
+namespace korvell {
+
+namespace {
+
+constexpr std::size_t mostDetails = 6;
+
+Question questionOf(const ActionDescription& description) {
+  Question question{.title = description.title, .text = description.message, .action = description.button};
+  question.permanent = description.isPermanent;
+  const auto& details = description.details;
+  const auto shown = details.size() > mostDetails ? mostDetails - 1 : details.size();
+  question.well.assign(details.begin(), details.begin() + std::ptrdiff_t(shown));
+  if (shown < details.size())
+    question.more = localized("and {count} more", {{"count", std::to_string(details.size() - shown)}});
+  return question;
+}
+
+} // namespace
+
+void Errands::run(const ActionRequest& request, QWidget& window, Banner& banner) {
+  banner.dismiss();
+  const QPointer<QWidget> asked(&window);
+  const QPointer<Banner> told(&banner);
+  actions_.describe(request, [this, asked, told](const Result<DescribedAction>& action) {
+    if (!asked) return;
+    if (action) return ask(*action, *asked, told);
+    if (told) told->say(Tone::warning, action.reason());
+  });
+}
+
+void Errands::ask(const DescribedAction& action, QWidget& window, QPointer<Banner> banner) {
+  if (action.description.isHarmless) return perform(action.request, std::move(banner));
+  Dialog::ask(theme_, questionOf(action.description), window,
+              [this, request = action.request, banner = std::move(banner)](bool yes) {
+                if (yes) perform(request, banner);
+              });
+}
+
+void Errands::perform(const ActionRequest& request, QPointer<Banner> banner) {
+  actions_.perform(request, [banner = std::move(banner)](const ActionAnswer& answer) {
+    if (!banner) return;
+    std::string rest;
+    for (const auto& problem : answer.problems) rest += (rest.empty() ? "" : "\n") + problem;
+    if (!answer.worked || !rest.empty()) return banner->say(Tone::warning, answer.message, rest);
+    if (!answer.message.empty()) banner->say(Tone::good, answer.message);
+  });
+}
+
+} // namespace korvell

@@ -1,0 +1,60 @@
+#pragma once
+// The main window: the sidebar with the sections and the page of the one that is shown. There is at most one;
+// it is made when it is shown and gone once it was closed, because Korvell spends the day without it. Where
+// it stood and how large it was is kept. Main thread only.
+
+#include "App/Model.h"
+#include "Platform/UserDefaults.h"
+#include "UI/Kit/Theme.h"
+#include "UI/Window/Page.h"
+#include "UI/Window/Visits.h"
+
+#include <QPointer>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace korvell {
+
+class Banner;
+
+class MainWindow {
+public:
+  static constexpr int width = 1100, height = 760, leastWidth = 720, leastHeight = 560;
+  /// Where the frame is kept: {"x":…,"y":…,"width":…,"height":…} in logical pixels.
+  static constexpr const char* frameKey = "windowFrame";
+
+  struct Services {
+    Model& model;
+    UserDefaults& defaults;
+    const Theme& theme;
+    /// Makes the page of a section; null for one that has none.
+    std::function<std::unique_ptr<Page>(SidebarItem, QWidget& window, Banner& banner)> makePage;
+    Task openSettings, quit;
+    Task closed; ///< after the window is gone
+  };
+
+  explicit MainWindow(Services services);
+  ~MainWindow();
+  MainWindow(const MainWindow&) = delete;
+  MainWindow& operator=(const MainWindow&) = delete;
+
+  /// Makes the window if need be and brings it to the front.
+  void show(std::optional<SidebarItem> item);
+  /// A sentence above the page, for as long as the window is open.
+  void tell(const std::string& sentence, const std::string& detail);
+  bool isVisible() const;
+  QWidget* widget() const;
+
+private:
+  class Frame;
+  void windowWillClose();
+
+  const Services services_;
+  Visits visits_;
+  std::optional<std::pair<std::string, std::string>> told_;
+  QPointer<Frame> frame_;
+};
+
+} // namespace korvell

@@ -1,0 +1,23 @@
+#pragma once
+// A section as the main window shows it: a title and at most one control in the header, a widget below it that
+// scrolls by itself. Made when the section is opened and gone when another one is.
+
+#include <QWidget>
+
+#include <string>
+
+namespace korvell {
+
+class Page : public QWidget {
+public:
+  using QWidget::QWidget;
+
+  virtual std::string title() const = 0;
+  /// What stands at the right of the title; null for nothing. The page's child until the window takes it.
+  virtual QWidget* control() { return nullptr; }
+  /// The keys for "find in this list" and "measure again".
+  virtual void find() {}
+  virtual void refresh() {}
+};
+
+} // namespace korvell
