@@ -55,14 +55,19 @@ foreach(kind IN ITEMS korvell_precompiled korvell_tests_precompiled)
       <fmt/format.h>)
   endif()
 endforeach()
-# The toolkit's as well, for its rooms: they are compiled with flags of its own.
-if(KORVELL_PRECOMPILE AND KORVELL_UI)
+
+# The toolkit's headers, for the rooms that paint. They are compiled position-independent, which the others are
+# not, and so cannot share the others' precompiled ones.
+if(KORVELL_UI)
   file(GENERATE OUTPUT ${CMAKE_BINARY_DIR}/precompiled/korvell_toolkit_precompiled.cpp CONTENT "")
-  add_library(korvell_toolkit_precompiled OBJECT ${CMAKE_BINARY_DIR}/precompiled/korvell_toolkit_precompiled.cpp)
-  target_link_libraries(korvell_toolkit_precompiled PRIVATE korvell_options Threads::Threads Qt6::Widgets)
-  target_precompile_headers(korvell_toolkit_precompiled PRIVATE
-    <algorithm> <cmath> <functional> <map> <memory> <optional> <string> <string_view> <vector>
-    <QAccessible> <QApplication> <QKeyEvent> <QPainter> <QPainterPath> <QTimer> <QWidget>)
+  if(KORVELL_PRECOMPILE)
+    add_library(korvell_toolkit_precompiled OBJECT
+      ${CMAKE_BINARY_DIR}/precompiled/korvell_toolkit_precompiled.cpp)
+    target_link_libraries(korvell_toolkit_precompiled PRIVATE korvell_options Threads::Threads Qt6::Widgets)
+    target_precompile_headers(korvell_toolkit_precompiled PRIVATE
+      <algorithm> <array> <cmath> <functional> <memory> <optional> <string> <string_view> <utility> <vector>
+      <QAccessible> <QEvent> <QPainter> <QPainterPath> <QWidget>)
+  endif()
 endif()
 
 # korvell_precompile(TARGET KIND): the target starts from that one's headers.
@@ -88,7 +93,7 @@ if(KORVELL_FUZZ)
 endif()
 
 # korvell_room(NAME [TOOLKIT] [SOURCES file...] [LINKS target...])
-# The room is the calling folder. Without sources it is a room of headers. TOOLKIT: it may use Qt's widgets.
+# The room is the calling folder. Without sources it is a room of headers. TOOLKIT: it includes Qt.
 # PRIVATE_LINKS stay invisible to whoever links the room.
 function(korvell_room name)
   cmake_parse_arguments(room "TOOLKIT" "" "SOURCES;LINKS;PRIVATE_LINKS" ${ARGN})
@@ -102,7 +107,6 @@ function(korvell_room name)
     target_include_directories(${name} PUBLIC ${include})
     target_link_libraries(${name} PUBLIC ${room_LINKS} PRIVATE korvell_options ${room_PRIVATE_LINKS})
     if(room_TOOLKIT)
-      target_link_libraries(${name} PUBLIC Qt6::Widgets)
       korvell_precompile(${name} korvell_toolkit_precompiled)
     else()
       korvell_precompile(${name} korvell_precompiled)

@@ -1,0 +1,31 @@
+#pragma once
+// What assistive technology is told of a widget beyond its name: its role, value and states, and that it can
+// be pressed. A widget that also derives from Spoken is told by one factory, installed once a program.
+
+#include <QAccessible>
+
+#include <optional>
+#include <string>
+
+namespace korvell {
+
+class Spoken {
+public:
+  virtual ~Spoken() = default;
+  virtual QAccessible::Role role() const = 0;
+  /// The value in words; empty without one.
+  virtual std::string spokenValue() const { return {}; }
+  /// For meters: the value as a number of 0 to 100.
+  virtual std::optional<double> meter() const { return std::nullopt; }
+  virtual void addStates(QAccessible::State&) const {}
+  /// What Enter would do; false where nothing can be pressed.
+  virtual bool press() { return false; }
+  virtual bool canPress() const { return false; }
+};
+
+/// Called by main and by tests, after the application object is made; more than once does no harm.
+void installSpoken();
+/// Tells assistive technology that a state or value has changed.
+void tellStateChanged(QWidget& widget, const QAccessible::State& changed);
+
+} // namespace korvell

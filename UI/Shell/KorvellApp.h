@@ -1,0 +1,70 @@
+#pragma once
+// The running application: it measures and keeps, shows itself in the tray and, when it is asked for, in a
+// panel and a window. Owns everything that lives as long as it does. Main thread only.
+
+#include "App/AppDelegate.h"
+#include "App/Assembly.h"
+#include "App/Keeper.h"
+#include "App/KeeperLock.h"
+#include "App/RunningApplication.h"
+#include "UI/Kit/Theme.h"
+#include "UI/Shell/DesktopLook.h"
+#include "UI/Shell/MainLoop.h"
+#include "UI/Shell/MainWindow.h"
+#include "UI/Shell/PanelWindow.h"
+#include "UI/Tray/TrayItem.h"
+#include "UI/Tray/TrayWatch.h"
+
+#include <QElapsedTimer>
+
+#include <optional>
+
+namespace korvell {
+
+class KorvellApp {
+public:
+  /// After the toolkit's application object and before its end.
+  KorvellApp(Host& host, const Clock& clock, KeeperLock lock);
+  ~KorvellApp();
+  KorvellApp(const KorvellApp&) = delete;
+  KorvellApp& operator=(const KorvellApp&) = delete;
+
+  /// Runs until the user quits or the session ends; the exit status.
+  int run(const OpenRequest& request);
+
+private:
+  /// Looks at the windows: a visible one of the ordinary kind, or any that has the focus.
+  struct WindowsAttention final : Attention {
+    bool isWatched() const override;
+  };
+
+  void listen();
+  void wear(const DesktopWishes& wishes);
+  void trayFound(TrayWatch::State state);
+  void show(std::optional<SidebarItem> item);
+  void openPanel();
+  void panelClosed();
+  void windowClosed();
+  void openSettings();
+  void askToQuit();
+  std::unique_ptr<Page> makePage(SidebarItem item, QWidget& window, Banner& banner);
+
+  Host& host_;
+  KeeperLock lock_;
+  MainLoop loop_;
+  Theme theme_;
+  DesktopWishes wishes_;
+  WindowsAttention attention_;
+  Assembly assembly_;
+  std::unique_ptr<AppModel> model_;
+  AppDelegate delegate_;
+  Keeper keeper_;
+  MainWindow window_;
+  PanelWindow* panel_ = nullptr;
+  QElapsedTimer sincePanel_; ///< closed
+  std::optional<TrayItem> tray_;
+  std::optional<DesktopLook> look_;
+  std::optional<TrayWatch> trayWatch_;
+};
+
+} // namespace korvell

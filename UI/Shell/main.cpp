@@ -1,0 +1,52 @@
+// korvell-app: the application with its tray item, panel and window.
+//
+// usage: korvell-app [URL...]
+
+#include "App/RunningApplication.h"
+#include "Base/Localization.h"
+#include "UI/Kit/Text.h"
+#include "UI/Shell/KorvellApp.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <csignal>
+#include <cstdlib>
+
+namespace {
+
+using namespace korvell;
+
+/// For another start of the same moment to answer.
+constexpr Seconds patience{10};
+
+/// By which the desktop knows who asked for a window.
+std::string activationToken(const Environment& environment) {
+  for (const auto* variable : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"})
+    if (const auto token = environment(variable)) return *token;
+  return {};
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN);
+  const auto environment = withHome(processEnvironment(), passwordHome);
+  if (const auto home = environment("HOME")) setenv("HOME", home->c_str(), 1); // for the programs it starts
+  Host host = makeHost(environment);
+  setLocalization(host.words);
+  const OpenRequest request{.urls = {argv + 1, argv + argc}, .activation = activationToken(environment)};
+  auto launched = launch(host.folders, request, patience);
+  if (!launched.lock && launched.trouble.empty()) return EXIT_SUCCESS; // the one that runs has shown itself
+
+  QGuiApplication::setDesktopFileName("korvell");
+  QApplication::setQuitOnLastWindowClosed(false);
+  QApplication application(argc, argv);
+  QApplication::setApplicationName("Korvell");
+  if (!launched.lock) {
+    QMessageBox::warning(nullptr, "Korvell", text(launched.trouble));
+    return EXIT_FAILURE;
+  }
+  const SystemClock clock;
+  KorvellApp korvell(host, clock, std::move(*launched.lock));
+  return korvell.run(request);
+}
