@@ -1,6 +1,6 @@
 #pragma once
-// A section as the main window shows it: a title and at most one control in the header, a widget below it that
-// scrolls by itself. Made when the section is opened and gone when another one is.
+// A section as the main window shows it: a title and at most one control in the header, a widget below it
+// that scrolls by itself. Made when the section is opened and gone when another one is.
 
 #include <QWidget>
 

@@ -1,0 +1,228 @@
+#include "UI/Shell/MainWindow.h"
+
+#include "Base/Localization.h"
+#include "UI/Kit/Banner.h"
+#include "UI/Kit/Labels.h"
+#include "UI/Kit/Text.h"
+#include "UI/Window/SidebarView.h"
+
+#include <QBoxLayout>
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QShortcut>
+#include <algorithm>
+
+namespace korvell {
+
+namespace {
+
+constexpr int railBelow = 860, padding = 28, narrowPadding = 20, headerHeight = 56;
+
+std::optional<int> side(const Value& frame, std::string_view name) {
+  const auto* value = frame.find(name);
+  const auto number = value ? value->asInt() : std::nullopt;
+  return number ? std::optional(int(*number)) : std::nullopt;
+}
+
+/// The kept frame, as far as a screen still shows it; centred on the first one otherwise.
+QRect frameOf(const UserDefaults& defaults) {
+  const auto* screen = QGuiApplication::primaryScreen();
+  const auto available = screen->availableGeometry();
+  QRect frame(QPoint(), QSize(MainWindow::width, MainWindow::height).boundedTo(available.size()));
+  frame.moveCenter(available.center());
+  const auto kept = defaults.value(MainWindow::frameKey);
+  if (!kept) return frame;
+  const auto x = side(*kept, "x"), y = side(*kept, "y"), w = side(*kept, "width"), h = side(*kept, "height");
+  if (!x || !y || !w || !h) return frame;
+  const QRect wanted(*x, *y, std::max(*w, MainWindow::leastWidth), std::max(*h, MainWindow::leastHeight));
+  const auto* there = QGuiApplication::screenAt(wanted.center());
+  return there ? wanted.intersected(there->availableGeometry()) : frame;
+}
+
+} // namespace
+
+class MainWindow::Frame final : public QWidget {
+public:
+  Frame(MainWindow& owner, const Services& services)
+      : owner_(owner), services_(services), sidebar_(*new SidebarView(services.theme, this)),
+        title_(*new TextLabel(services.theme, TextStyle::title, Token::text1, "", this)),
+        banner_(*new Banner(services.theme, this)),
+        cycles_(services.model.cycle.observe([this](std::int64_t) { refreshSidebar(); })),
+        selections_(services.model.selection.observe([this](const auto&) { openSelected(); })) {
+    setWindowTitle("Korvell");
+    setMinimumSize(leastWidth, leastHeight);
+    setGeometry(frameOf(services.defaults));
+    layOut();
+    addKeys();
+    sidebar_.onOpen([this](SidebarItem item) { services_.model.selection.set(item); });
+    sidebar_.onSettings(services.openSettings);
+    openSelected();
+  }
+
+  Banner& banner() { return banner_; }
+
+protected:
+  void resizeEvent(QResizeEvent* event) override {
+    QWidget::resizeEvent(event);
+    const bool isNarrow = QWidget::width() < railBelow;
+    sidebar_.setRail(isNarrow);
+    const int side = isNarrow ? narrowPadding : padding;
+    header_->setContentsMargins(side, 0, side, 0);
+    notices_->setContentsMargins(side, 0, side, 0);
+  }
+
+  void closeEvent(QCloseEvent* event) override {
+    keepFrame();
+    QWidget::closeEvent(event);
+    owner_.windowWillClose();
+  }
+
+private:
+  void layOut() {
+    auto* columns = new QHBoxLayout(this);
+    columns->setContentsMargins(0, 0, 0, 0);
+    columns->setSpacing(0);
+    columns->addWidget(&sidebar_);
+    columns->addWidget(new Hairline(services_.theme, this, Qt::Vertical));
+    auto* ground = new Ground(services_.theme, Token::surface, this);
+    content_ = new QVBoxLayout(ground);
+    content_->setContentsMargins(0, 0, 0, 0);
+    content_->setSpacing(0);
+    columns->addWidget(ground, 1);
+    header_ = new QHBoxLayout;
+    header_->addWidget(&title_, 1);
+    header_->addStrut(headerHeight);
+    content_->addLayout(header_);
+    notices_ = new QHBoxLayout;
+    notices_->addWidget(&banner_);
+    content_->addLayout(notices_);
+    banner_.hide();
+  }
+
+  void key(const QKeySequence& keys, Task task) {
+    QObject::connect(new QShortcut(keys, this), &QShortcut::activated, this, std::move(task));
+  }
+
+  void addKeys() {
+    constexpr int numbered = 9;
+    const auto& sections = EnumTable<SidebarItem>::cases;
+    for (int i = 0; i < numbered; ++i)
+      key(QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_1 + i)),
+          [this, item = sections[i].value] { services_.model.selection.set(item); });
+    key(QKeySequence("Ctrl+PgUp"), [this] { step(-1); });
+    key(QKeySequence("Ctrl+PgDown"), [this] { step(1); });
+    key(QKeySequence("Alt+Left"), [this] { revisit(owner_.visits_.back()); });
+    key(QKeySequence("Alt+Right"), [this] { revisit(owner_.visits_.forward()); });
+    key(QKeySequence("Ctrl+F"), [this] {
+      if (page_) page_->find();
+    });
+    key(QKeySequence("Ctrl+R"), [this] {
+      if (page_) page_->refresh();
+    });
+    key(QKeySequence("Ctrl+,"), services_.openSettings);
+    key(QKeySequence("Ctrl+W"), [this] { close(); });
+    key(QKeySequence("Ctrl+Q"), services_.quit);
+    key(QKeySequence("F6"), [this] { moveFocus(); });
+    key(QKeySequence("Esc"), [this] { banner_.dismiss(); });
+  }
+
+  /// From the sidebar to the page and back.
+  void moveFocus() {
+    if (page_ && sidebar_.isAncestorOf(focusWidget()))
+      page_->setFocus(Qt::TabFocusReason);
+    else
+      sidebar_.setFocus(Qt::TabFocusReason);
+  }
+
+  void step(int by) {
+    const auto& sections = EnumTable<SidebarItem>::cases;
+    const auto next = int(shown_) + by;
+    if (next >= 0 && next < int(std::size(sections))) services_.model.selection.set(sections[next].value);
+  }
+
+  void revisit(std::optional<SidebarItem> item) {
+    if (item) services_.model.selection.set(*item);
+  }
+
+  void openSelected() {
+    const auto item = services_.model.selection->value_or(SidebarItem::overview);
+    if (page_ && item == shown_) return;
+    shown_ = item;
+    owner_.visits_.visit(item);
+    if (page_) {
+      // Not at once: one of its own buttons may have led here.
+      for (QWidget* old : {page_->control(), static_cast<QWidget*>(page_)})
+        if (old) {
+          old->hide();
+          old->deleteLater();
+        }
+    }
+    banner_.dismiss();
+    auto page = services_.makePage(item, *this, banner_);
+    page_ = page.release();
+    if (page_) {
+      title_.setWords(page_->title());
+      if (auto* control = page_->control()) header_->addWidget(control);
+      content_->addWidget(page_, 1);
+      page_->show();
+    }
+    refreshSidebar();
+  }
+
+  void refreshSidebar() { sidebar_.show(sidebar(services_.model, shown_)); }
+
+  void keepFrame() const {
+    if (isMaximized() || isFullScreen()) return;
+    const auto frame = geometry();
+    services_.defaults.set(frameKey, Value::object({{"x", std::int64_t{frame.x()}},
+                                                    {"y", std::int64_t{frame.y()}},
+                                                    {"width", std::int64_t{frame.width()}},
+                                                    {"height", std::int64_t{frame.height()}}}));
+  }
+
+  MainWindow& owner_;
+  const Services& services_;
+  SidebarView& sidebar_;
+  TextLabel& title_;
+  Banner& banner_;
+  QHBoxLayout *header_ = nullptr, *notices_ = nullptr;
+  QVBoxLayout* content_ = nullptr;
+  Page* page_ = nullptr;
+  SidebarItem shown_ = SidebarItem::overview;
+  Subscription cycles_, selections_;
+};
+
+MainWindow::MainWindow(Services services) : services_(std::move(services)) {}
+
+MainWindow::~MainWindow() { delete frame_; }
+
+void MainWindow::show(std::optional<SidebarItem> item) {
+  if (item) services_.model.selection.set(*item);
+  if (!frame_) {
+    frame_ = new Frame(*this, services_);
+    if (told_) frame_->banner().say(Tone::info, told_->first, told_->second);
+  }
+  frame_->setWindowState(frame_->windowState() & ~Qt::WindowMinimized);
+  frame_->show();
+  frame_->raise();
+  frame_->activateWindow();
+}
+
+void MainWindow::tell(const std::string& sentence, const std::string& detail) {
+  told_ = {sentence, detail};
+  if (frame_) frame_->banner().say(Tone::info, sentence, detail);
+}
+
+bool MainWindow::isVisible() const { return frame_ && frame_->isVisible(); }
+
+QWidget* MainWindow::widget() const { return frame_; }
+
+void MainWindow::windowWillClose() {
+  // Not from inside its own event.
+  if (frame_) frame_->deleteLater();
+  frame_.clear();
+  services_.closed();
+}
+
+} // namespace korvell
