@@ -4,7 +4,7 @@
 #include "UI/Kit/Painted.h"
 #include "UI/Kit/Type.h"
 
-#include <QTextLayout>
+#include <QStringList>
 
 namespace korvell {
 
@@ -40,6 +40,7 @@ protected:
 private:
   /// The lines in that width, the last one elided when there are more than allowed.
   QStringList lines(double width) const;
+  bool isElided() const;
 
   TextStyle style_;
   Token token_;

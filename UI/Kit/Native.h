@@ -40,7 +40,6 @@ public:
   void onChange(std::function<void(std::string)> handler);
 
 protected:
-  void paintEvent(QPaintEvent*) override;
   void keyPressEvent(QKeyEvent*) override;
   void focusInEvent(QFocusEvent*) override;
   void focusOutEvent(QFocusEvent*) override;
@@ -49,7 +48,7 @@ private:
   void wear();
   const Theme& theme_;
   Subscription themeSubscription_;
-  bool search_ = false;
+  QAction* search_ = nullptr;
 };
 
 /// For all tooltips of the program; called again when the theme changes.

@@ -25,7 +25,6 @@ protected:
   /// Fonts or colours have changed; the base repaints and asks for the size anew.
   virtual void themeChanged();
   void paintEvent(QPaintEvent*) override;
-  bool isRightToLeft() const { return layoutDirection() == Qt::RightToLeft; }
 
 private:
   const Theme& theme_;

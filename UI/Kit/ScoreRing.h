@@ -54,17 +54,25 @@ protected:
   void leaveEvent(QEvent*) override;
 
 private:
+  struct Shown {
+    double score = 0;
+    std::vector<double> points{};
+  };
   double radius() const { return (form_.diameter - form_.weight) / 2; }
   RingArcs arcs() const;
+  /// On the way from what was shown before to what is to be shown.
+  Shown between(double share) const;
+  void drawRing(QPainter& painter) const;
   void drawArc(QPainter& painter, const RingArc& arc, double weight, const QColor& color) const;
+  void drawWords(QPainter& painter) const;
   void point(std::optional<std::size_t> share);
 
   Form form_;
   std::optional<int> score_;
   std::vector<Share> shares_;
   std::string label_;
-  double shownScore_ = 0;           ///< on its way to score_
-  std::vector<double> shownPoints_; ///< likewise
+  Shown before_;
+  Shown shown_;
   QVariantAnimation turning_;
   std::optional<std::size_t> pointed_;
   std::optional<std::size_t> highlighted_;

@@ -8,21 +8,9 @@
 
 namespace korvell {
 
-/// A thumb without a track, 6 wide in a lane of 12; wider contrast while pointed at.
-class ScrollBar : public QScrollBar {
-public:
-  ScrollBar(const Theme& theme, Qt::Orientation orientation, QWidget* parent);
-  QSize sizeHint() const override;
-
-protected:
-  void paintEvent(QPaintEvent*) override;
-  void enterEvent(QEnterEvent*) override;
-  void leaveEvent(QEvent*) override;
-
-private:
-  const Theme& theme_;
-  Subscription themeSubscription_;
-};
+/// A thumb of 6 without a track in a lane of 12, darker while pointed at; for scroll areas that are not ours
+/// too.
+void dressScrollBar(QScrollBar& bar, const Theme& theme, Token ground);
 
 /// Scrolls its content up and down; the content is as wide as the area. Follows the keyboard's focus.
 class ScrollArea : public QScrollArea {
@@ -32,7 +20,7 @@ public:
   void setContent(QWidget& content);
 
 private:
-  void paintGround();
+  void dress();
   const Theme& theme_;
   Token ground_;
   Subscription themeSubscription_;

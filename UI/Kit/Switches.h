@@ -60,7 +60,6 @@ protected:
   double corner() const override { return 4; }
 
 private:
-  QRectF box() const;
   QString words_;
   State state_ = State::off;
   std::function<void(bool)> handler_;
