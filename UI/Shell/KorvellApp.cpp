@@ -2,6 +2,7 @@
 
 #include "App/LastResort.h"
 #include "Base/FreeMemory.h"
+#include "UI/Kit/Labels.h"
 #include "UI/Kit/Native.h"
 #include "UI/Kit/Text.h"
 #include "UI/Kit/Type.h"
@@ -121,6 +122,29 @@ void KorvellApp::show(std::optional<SidebarItem> item) {
   if (!host_.defaults->boolean(AppDelegate::hasLaunchedKey, false))
     host_.defaults->set(AppDelegate::hasLaunchedKey, true);
 }
+
+std::unique_ptr<Page> KorvellApp::makePage(SidebarItem, QWidget&, Banner&) { return nullptr; }
+
+void KorvellApp::openPanel() {
+  if (panel_) return panel_->close(), void();
+  if (sincePanel_.isValid() && sincePanel_.elapsed() < sameClick) return;
+  auto* content = new Ground(theme_, Token::surface, nullptr);
+  content->setMinimumHeight(300);
+  panel_ = new PanelWindow(theme_, *content, [this] { panelClosed(); });
+  panel_->openAt(tray_ ? tray_->place() : QRect());
+  model_->wake();
+}
+
+void KorvellApp::panelClosed() {
+  sincePanel_.start();
+  if (panel_) panel_->deleteLater();
+  panel_ = nullptr;
+  windowClosed();
+}
+
+void KorvellApp::openSettings() {}
+
+void KorvellApp::askToQuit() { loop_.quit(); }
 
 void KorvellApp::windowClosed() {
   loop_.main().async([] { giveFreeMemoryBack(); });
