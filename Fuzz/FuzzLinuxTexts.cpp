@@ -8,6 +8,7 @@
 #include "Platform/Formats/LinuxProcessor.h"
 #include "Platform/Formats/MountTable.h"
 #include "Platform/Formats/PowerSupplies.h"
+#include "Platform/Formats/SocketCensus.h"
 
 #include <set>
 
@@ -65,6 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
   devices(text);
   parseDRMClient(text);
   parseNvidiaModel(text);
+  parseConnectionsBorn(text);
   pciDeviceName(text, 0x1002, 0x73df);
   return 0;
 }

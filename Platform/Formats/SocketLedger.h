@@ -23,11 +23,14 @@ struct SocketRecord {
   std::uint32_t inode = 0;  ///< as behind a descriptor; 0 once none refers to it
   std::uint32_t user = 0;
   bool listening = false;
+  bool ipv6 = false; ///< the socket's family; its addresses may be IPv4 ones all the same
   std::uint16_t localPort = 0;
   std::uint16_t remotePort = 0;
+  std::array<std::uint8_t, 16> localAddress{}; ///< in network order, the first four bytes of IPv4
   std::array<std::uint8_t, 16> remoteAddress{};
-  std::uint64_t received = 0; ///< bytes of payload
-  std::uint64_t sent = 0;     ///< bytes that the other side has acknowledged
+  std::uint32_t interface = 0; ///< that it is bound to; 0 none
+  std::uint64_t received = 0;  ///< bytes of payload
+  std::uint64_t sent = 0;      ///< bytes that the other side has acknowledged
   bool operator==(const SocketRecord&) const = default;
 };
 

@@ -47,8 +47,10 @@ Host makeHost(const Environment& environment) {
   host.logFiles = std::make_unique<PosixLogFiles>();
   host.trash =
       std::make_unique<LinuxTrash>(host.folders.home, host.folders.dataHome, getuid(), clock, *host.zone);
-  host.machine = std::make_unique<LinuxMachineCounters>();
-  host.processes = std::make_unique<LinuxProcessTable>(LinuxProcessTable::systemSources());
+  const LinuxMachineRoots roots;
+  const auto shared = std::make_shared<SharedReadings>(roots.proc, roots.sys);
+  host.machine = std::make_unique<LinuxMachineCounters>(roots, shared);
+  host.processes = std::make_unique<LinuxProcessTable>(LinuxProcessTable::systemSources(shared));
   host.processControl = std::make_unique<LinuxProcessControl>();
   host.desktopFiles = std::make_unique<DesktopFolders>(DesktopFolders::of(host.folders, environment));
   host.launchItems =

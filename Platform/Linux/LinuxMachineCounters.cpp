@@ -29,12 +29,13 @@ std::optional<VolumeSpace> volumeSpace(const std::string& mountPoint) {
                      std::int64_t(space.f_bavail * space.f_frsize)};
 }
 
-LinuxMachineCounters::LinuxMachineCounters(LinuxMachineRoots roots)
-    : roots_(std::move(roots)), stat_(roots_.proc + "/stat"), load_(roots_.proc + "/loadavg"),
-      memInfo_(roots_.proc + "/meminfo"), stall_(roots_.proc + "/pressure/memory"),
+LinuxMachineCounters::LinuxMachineCounters(LinuxMachineRoots roots, std::shared_ptr<SharedReadings> shared)
+    : roots_(std::move(roots)),
+      shared_(shared ? std::move(shared) : std::make_shared<SharedReadings>(roots_.proc, roots_.sys)),
+      stat_(roots_.proc + "/stat"), load_(roots_.proc + "/loadavg"), stall_(roots_.proc + "/pressure/memory"),
       arc_(roots_.proc + "/spl/kstat/zfs/arcstats"), disks_(roots_.proc, roots_.sys),
       links_(roots_.proc, roots_.sys),
-      graphics_(roots_.proc, roots_.sys, roots_.pciIDs, roots_.nvidiaLibrary), power_(roots_.sys) {
+      graphics_(roots_.proc, roots_.sys, roots_.pciIDs, roots_.nvidiaLibrary), power_(roots_.sys, shared_) {
   graphics_.find(reader_);
   power_.find(reader_);
 }
@@ -58,8 +59,7 @@ CPUCounters LinuxMachineCounters::cpu() {
 }
 
 MemoryCounters LinuxMachineCounters::memory() {
-  const auto text = memInfo_.readBeginning(reader_, oneReading);
-  const auto info = text ? parseMemInfo(*text) : std::nullopt;
+  const auto& info = shared_->memory(SharedReadings::Half::machine, reader_).info;
   if (!info) return {};
   const auto stallText = stall_.readBeginning(reader_, oneReading);
   const auto stall = stallText ? parseMemoryStall(*stallText) : std::nullopt;

@@ -12,6 +12,7 @@
 #include "Platform/MachineCounters.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -37,7 +38,9 @@ struct LinuxMachineRoots {
 
 class LinuxMachineCounters final : public MachineCounters {
 public:
-  explicit LinuxMachineCounters(LinuxMachineRoots roots = {});
+  /// `shared` with the process table; without it the readings are its own.
+  explicit LinuxMachineCounters(LinuxMachineRoots roots = {},
+                                std::shared_ptr<SharedReadings> shared = nullptr);
 
   MachineFacts facts() override;
   CPUCounters cpu() override;
@@ -58,7 +61,8 @@ private:
 
   LinuxMachineRoots roots_;
   FileReader reader_;
-  KeptFile stat_, load_, memInfo_, stall_, arc_;
+  std::shared_ptr<SharedReadings> shared_;
+  KeptFile stat_, load_, stall_, arc_;
   std::size_t statBytes_ = 4096; ///< how much of /proc/stat holds the lines of all cores
   BlockDevices disks_;
   NetworkLinks links_;

@@ -26,6 +26,11 @@ std::optional<std::uint64_t> processClock(ProcessID pid) {
   return static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000 + static_cast<std::uint64_t>(time.tv_nsec);
 }
 
+/// Other users' descriptors are closed to us, so their sockets' holders can't be found.
+std::optional<std::uint32_t> usersOfInterest(std::uint32_t user) {
+  return user == 0 ? std::nullopt : std::optional(user);
+}
+
 Seconds secondsOf(clockid_t clock) {
   timespec time{};
   clock_gettime(clock, &time);
@@ -34,8 +39,9 @@ Seconds secondsOf(clockid_t clock) {
 
 } // namespace
 
-LinuxProcessTable::Sources LinuxProcessTable::systemSources() {
+LinuxProcessTable::Sources LinuxProcessTable::systemSources(std::shared_ptr<SharedReadings> shared) {
   Sources sources;
+  sources.shared = std::move(shared);
   sources.cpuClock = processClock;
   sources.sinceBoot = [] { return secondsOf(CLOCK_BOOTTIME); };
   sources.sockets = std::make_unique<NetlinkSockets>();
@@ -47,15 +53,18 @@ LinuxProcessTable::Sources LinuxProcessTable::systemSources() {
 }
 
 LinuxProcessTable::LinuxProcessTable(Sources sources)
-    : sources_(std::move(sources)), proc_(sources_.proc), energy_(sources_.sys) {
-  energy_.find(reader_);
+    : sources_(std::move(sources)), proc_(sources_.proc),
+      shared_(sources_.shared ? sources_.shared
+                              : std::make_shared<SharedReadings>(sources_.proc, sources_.sys)),
+      census_(usersOfInterest(sources_.user)) {
+  shared_->findPackages(reader_);
 }
 
 const std::vector<ProcessCounters>& LinuxProcessTable::read() {
   const Seconds now = sources_.sinceBoot();
   const Seconds interval = lastRead_ ? now - *lastRead_ : Seconds{0};
   ended_.clear();
-  readAnonymousMemory();
+  anonymous_ = shared_->memory(SharedReadings::Half::processes, reader_).anonymous;
   matchList();
   readParentsOfOrphans();
   readMemoryOfSleepers(interval);
@@ -129,6 +138,7 @@ bool LinuxProcessTable::readKnown(ProcessCounters& counters, State& state) {
   if (state.hasClock && !cpu) return false;
   if (cpu && *cpu < counters.cpuTime) return false;
   state.moved = !cpu || *cpu != counters.cpuTime;
+  state.socketsKnown &= !state.moved;
   state.cpuAdvance = cpu ? *cpu - counters.cpuTime : 0;
   if (!state.moved) return true;
   if (cpu) counters.cpuTime = *cpu;
@@ -240,10 +250,6 @@ void LinuxProcessTable::readParentsOfOrphans() {
   }
 }
 
-void LinuxProcessTable::readAnonymousMemory() {
-  anonymous_ = parseAnonymousMemory(proc_.read("meminfo").text);
-}
-
 void LinuxProcessTable::readMemoryOfSleepers(Seconds interval) {
   for (const auto i : sleepers_.due(counters_, anonymous_, interval)) {
     const auto& state = states_[i];
@@ -256,11 +262,8 @@ void LinuxProcessTable::readMemoryOfSleepers(Seconds interval) {
 void LinuxProcessTable::updateSockets(Seconds now) {
   if (!sources_.sockets) return;
   // Listed before the closed ones are taken, see SocketLedger::update.
-  if (!sources_.sockets->dump(alive_)) return;
+  if (!census_.take(*sources_.sockets, now, alive_)) return;
   sources_.sockets->drainClosed(closed_);
-  // Other users' descriptors are closed to us, so their sockets' holders can't be found.
-  if (sources_.user != 0)
-    std::erase_if(alive_, [this](const SocketRecord& record) { return record.user != sources_.user; });
   for (const auto pid : ended_) ledger_.forget(pid);
   ledger_.update(alive_, closed_);
   ledger_.findHolders(now, [this](SocketLedger::Walk walk) { scanDescriptors(walk); });
@@ -268,29 +271,42 @@ void LinuxProcessTable::updateSockets(Seconds now) {
 }
 
 void LinuxProcessTable::scanDescriptors(SocketLedger::Walk walk) {
-  constexpr std::string_view prefix = "socket:[";
   for (std::size_t i = 0; i < counters_.size() && !ledger_.wanted().empty(); ++i) {
     auto& state = states_[i];
     if (state.moved != (walk == SocketLedger::Walk::thoseThatRan) || state.kernelThread || state.zombie ||
         state.descriptorsDenied)
       continue;
     const auto pid = counters_[i].pid;
-    const auto access = proc_.numbers(pid, "fd", numbers_);
-    state.descriptorsDenied = access == Access::denied;
-    if (access != Access::ok) continue;
-    for (const auto descriptor : numbers_) {
-      auto target = proc_.readLink(pid, ("fd/" + std::to_string(descriptor)).c_str()).text;
-      if (!target.starts_with(prefix) || !target.ends_with(']')) continue;
-      target = target.substr(prefix.size(), target.size() - prefix.size() - 1);
-      if (const auto inode = parseInteger<std::uint32_t>(target)) ledger_.assign(*inode, pid);
+    if (!state.socketsKnown) readSockets(pid, state);
+    for (const auto inode : state.sockets) ledger_.assign(inode, pid);
+  }
+}
+
+/// They stay what they are until the process runs again.
+void LinuxProcessTable::readSockets(ProcessID pid, State& state) {
+  constexpr std::string_view prefix = "socket:[";
+  state.sockets.clear();
+  const auto access = proc_.numbers(pid, "fd", numbers_);
+  state.descriptorsDenied = access == Access::denied;
+  if (access != Access::ok) return;
+  state.socketsKnown = true;
+  for (const auto descriptor : numbers_) {
+    const auto link = proc_.readLink(pid, ("fd/" + std::to_string(descriptor)).c_str());
+    if (link.access == Access::denied) { // the folder may be open where its links are not
+      state.descriptorsDenied = true;
+      return;
     }
+    auto target = link.text;
+    if (!target.starts_with(prefix) || !target.ends_with(']')) continue;
+    target = target.substr(prefix.size(), target.size() - prefix.size() - 1);
+    if (const auto inode = parseInteger<std::uint32_t>(target)) state.sockets.push_back(*inode);
   }
 }
 
 /// The packages' energy goes to the processes by their shares of the CPU time that was used.
 void LinuxProcessTable::shareEnergy() {
-  if (!energy_.isReadable()) return;
-  auto packages = energy_.read(reader_);
+  if (!shared_->packages().isReadable()) return;
+  auto packages = shared_->energy(SharedReadings::Half::processes, reader_);
   const auto used = microjoulesBetween(packages_, packages) * 1000; // nanojoules
   packages_ = std::move(packages);
   advances_.clear();

@@ -13,8 +13,8 @@
 
 #include "Platform/Formats/SleepingMemory.h"
 #include "Platform/Formats/SocketLedger.h"
-#include "Platform/Linux/PackageEnergy.h"
 #include "Platform/Linux/ProcDirectory.h"
+#include "Platform/Linux/SharedReadings.h"
 #include "Platform/Linux/SocketDiag.h"
 #include "Platform/Linux/StorageAdvance.h"
 #include "Platform/ProcessTable.h"
@@ -35,15 +35,16 @@ public:
     std::string sys = "/sys";
     /// CPU time of a process in nanoseconds; nothing where there is no such clock: ticks serve then.
     std::function<std::optional<std::uint64_t>(ProcessID)> cpuClock;
-    std::function<Seconds()> sinceBoot;    ///< time spent suspended included
-    std::unique_ptr<SocketSource> sockets; ///< may be null: no traffic then
-    Date bootTime;                         ///< wall clock at boot, taken once
+    std::function<Seconds()> sinceBoot;     ///< time spent suspended included
+    std::unique_ptr<SocketSource> sockets;  ///< may be null: no traffic then
+    std::shared_ptr<SharedReadings> shared; ///< with the machine's counters; null: its own
+    Date bootTime;                          ///< wall clock at boot, taken once
     std::uint64_t ticksPerSecond = 100;
     std::uint64_t pageSize = 4096;
     std::uint32_t user = 0; ///< effective user id of this process
   };
   /// The machine itself.
-  static Sources systemSources();
+  static Sources systemSources(std::shared_ptr<SharedReadings> shared = nullptr);
 
   explicit LinuxProcessTable(Sources sources);
 
@@ -54,8 +55,8 @@ public:
   std::optional<std::string> workingDirectory(ProcessID pid) override;
   PortsByPID listeningPorts() override;
   Timebase timebase() const override { return {}; }
-  bool energyIsEstimate() const override { return energy_.isReadable(); }
-  bool tellsEnergy() const override { return energy_.isReadable(); }
+  bool energyIsEstimate() const override { return shared_->packages().isReadable(); }
+  bool tellsEnergy() const override { return shared_->packages().isReadable(); }
   std::uint8_t figuresOfHelper() const override { return hiddenDisk | hiddenStart; }
 
 private:
@@ -70,6 +71,8 @@ private:
     bool statDenied = false;
     bool ioDenied = false;
     bool descriptorsDenied = false;
+    bool socketsKnown = false;          ///< since it last ran
+    std::vector<std::uint32_t> sockets; ///< inodes behind its descriptors
     std::uint64_t childFaults = 0;
     std::int64_t threads = 0;
     StorageAdvance storage;
@@ -86,18 +89,19 @@ private:
   void readStorage(ProcessCounters& counters, State& state, bool isNew);
   std::optional<ProcessIO> liveThreadsIO(ProcessID pid);
   void readParentsOfOrphans();
-  void readAnonymousMemory();
   void readMemoryOfSleepers(Seconds interval);
   void updateSockets(Seconds now);
   void scanDescriptors(SocketLedger::Walk walk);
+  void readSockets(ProcessID pid, State& state);
   void shareEnergy();
 
   Sources sources_;
   ProcDirectory proc_;
   FileReader reader_;
-  PackageEnergy energy_;
+  std::shared_ptr<SharedReadings> shared_;
   std::map<int, EnergyCounter> packages_; ///< as they were last read
   std::vector<std::uint64_t> advances_;   ///< CPU time in this cycle, in step with the counters
+  SocketCensus census_;
   SocketLedger ledger_;
   std::vector<ProcessCounters> counters_, nextCounters_; ///< by ascending id, states_ in step
   std::vector<State> states_, nextStates_;

@@ -2,10 +2,11 @@
 
 namespace korvell {
 
-PowerSources::PowerSources(const std::string& sys) : folder_(sys + "/class/power_supply/"), energy_(sys) {}
+PowerSources::PowerSources(const std::string& sys, std::shared_ptr<SharedReadings> shared)
+    : folder_(sys + "/class/power_supply/"), shared_(std::move(shared)) {}
 
 void PowerSources::find(FileReader& reader) {
-  energy_.find(reader);
+  shared_->findPackages(reader);
   supplies_.clear();
   for (const auto& name : folderNames(folder_)) {
     const auto scope = reader.read(folder_ + name + "/scope");
@@ -22,8 +23,8 @@ PowerReading PowerSources::read(FileReader& reader) const {
   for (const auto& supply : supplies_)
     if (const auto text = reader.read(supply.file)) supplies.push_back(parsePowerSupply(supply.kind, *text));
   reading.battery = combinedBattery(supplies);
-  reading.packages = energy_.read(reader);
-  reading.packagesRefused = !energy_.packages().empty() && !energy_.isReadable();
+  reading.packages = shared_->energy(SharedReadings::Half::machine, reader);
+  reading.packagesRefused = !energy().packages().empty() && !energy().isReadable();
   return reading;
 }
 

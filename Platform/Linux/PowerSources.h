@@ -2,8 +2,9 @@
 // Batteries, adapters and the energy counters of processor packages.
 
 #include "Platform/Formats/PowerSupplies.h"
-#include "Platform/Linux/PackageEnergy.h"
+#include "Platform/Linux/SharedReadings.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,8 @@ namespace korvell {
 
 class PowerSources {
 public:
-  explicit PowerSources(const std::string& sys);
+  /// `sys` is the root of sysfs; the packages' energy comes from `shared`.
+  PowerSources(const std::string& sys, std::shared_ptr<SharedReadings> shared);
 
   /// Looks for supplies and packages anew.
   void find(FileReader& reader);
@@ -22,12 +24,12 @@ public:
     std::string file;
   };
   const std::vector<Supply>& supplies() const { return supplies_; }
-  const PackageEnergy& energy() const { return energy_; }
+  const PackageEnergy& energy() const { return shared_->packages(); }
 
 private:
   std::string folder_;
   std::vector<Supply> supplies_;
-  PackageEnergy energy_;
+  std::shared_ptr<SharedReadings> shared_;
 };
 
 } // namespace korvell

@@ -6,7 +6,7 @@
 // sock_diag's own: 0.15 ms with 262,144 hash buckets where one request a family takes 0.4 ms.
 
 #include "Base/Descriptor.h"
-#include "Platform/Formats/SocketLedger.h"
+#include "Platform/Formats/SocketCensus.h"
 
 #include <cstdint>
 #include <span>
@@ -14,29 +14,32 @@
 
 namespace korvell {
 
-/// Appends the records of one datagram of diagnostics. False when it was the last one or an error.
+/// Appends the records of one datagram of diagnostics. False when it was the last one or an error. What has
+/// no counters is left out: a handshake that is not complete, and what remains of a connection that has
+/// ended.
 bool parseSocketDiag(std::span<const std::uint8_t> datagram, std::vector<SocketRecord>& into);
 
-class SocketSource {
-public:
-  virtual ~SocketSource() = default;
-  /// Listening and connected sockets. False when the kernel gave no complete answer.
-  virtual bool dump(std::vector<SocketRecord>& into) = 0;
-  /// Sockets that have closed since the last call, with their final counters and without inode.
-  virtual void drainClosed(std::vector<SocketRecord>& into) = 0;
-};
+/// Appends what one datagram answers to the question about a single socket, nothing when there is no such
+/// socket. False when it is no answer.
+bool parseSocketAnswer(std::span<const std::uint8_t> datagram, std::vector<SocketRecord>& into);
 
 class NetlinkSockets final : public SocketSource {
 public:
   NetlinkSockets();
   bool dump(std::vector<SocketRecord>& into) override;
+  bool dumpListening(std::vector<SocketRecord>& into) override;
+  bool ask(std::span<const SocketRecord> known, std::vector<SocketRecord>& into) override;
+  std::optional<ConnectionsBorn> born() override;
   void drainClosed(std::vector<SocketRecord>& into) override;
 
 private:
-  bool request(int family, std::vector<SocketRecord>& into);
+  bool dumpStates(std::uint32_t states, std::vector<SocketRecord>& into);
+  bool request(int family, std::uint32_t states, std::vector<SocketRecord>& into);
+  bool askSome(std::span<const SocketRecord> some, std::vector<SocketRecord>& into);
 
   Descriptor queries_;
   Descriptor closings_;
+  Descriptor counters_; ///< of this network namespace
   bool oneWalk_ = true;
   std::vector<std::uint8_t> buffer_;
 };

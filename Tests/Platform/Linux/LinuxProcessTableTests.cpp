@@ -16,8 +16,9 @@ struct LinuxProcessTableTests : testing::Test {
   double sinceBoot = 100;
   using Process = ProcTree::Process;
 
-  LinuxProcessTable tableOf(ProcTree& world) {
+  LinuxProcessTable tableOf(ProcTree& world, std::unique_ptr<SocketSource> sockets = nullptr) {
     LinuxProcessTable::Sources sources;
+    sources.sockets = std::move(sockets);
     sources.proc = world.folder.path().string();
     sources.sys = world.folder / "sys";
     sources.cpuClock = [&world](ProcessID pid) -> std::optional<std::uint64_t> {
@@ -67,6 +68,57 @@ TEST_F(LinuxProcessTableTests, aStillClockSparesTheFilesAndAMovedOneDoesNot) {
   tree.clocks[40] = 6;
   EXPECT_EQ(find(table.read(), 40).diskRead, 900u);
   EXPECT_EQ(find(table.read(), 40).comm, "exec'd");
+}
+
+struct OneSocket final : SocketSource {
+  SocketRecord& record;
+  explicit OneSocket(SocketRecord& record) : record(record) {}
+  bool dump(std::vector<SocketRecord>& into) override {
+    into = {record};
+    return true;
+  }
+  bool dumpListening(std::vector<SocketRecord>&) override { return false; }
+  bool ask(std::span<const SocketRecord>, std::vector<SocketRecord>&) override { return false; }
+  std::optional<ConnectionsBorn> born() override { return std::nullopt; }
+  void drainClosed(std::vector<SocketRecord>& into) override { into.clear(); }
+};
+
+TEST_F(LinuxProcessTableTests, descriptorsAreReadAgainOnlyOnceTheProcessHasRun) {
+  tree.add(40, {});
+  const auto holds = [&](int socket) {
+    const auto link = tree.folder / "40/fd/3";
+    tree.write("40/fd/keep", "");
+    std::filesystem::remove(link);
+    std::filesystem::create_symlink("socket:[" + std::to_string(socket) + "]", link);
+  };
+  SocketRecord record{.cookie = 1, .inode = 7};
+  auto table = tableOf(tree, std::make_unique<OneSocket>(record));
+  const auto bytes = [&](std::uint64_t cookie, std::uint32_t inode, std::uint64_t received) {
+    record = {.cookie = cookie, .inode = inode, .received = received};
+    sinceBoot += 10;
+    return find(table.read(), 40).network.value_or(ByteCounters{}).in;
+  };
+  holds(7);
+  EXPECT_EQ(bytes(1, 7, 0), 0u);
+  EXPECT_EQ(bytes(1, 7, 100), 100u);
+  holds(8); // behind its clock's back
+  EXPECT_EQ(bytes(2, 8, 50), 100u);
+  tree.clocks[40] = 2;
+  EXPECT_EQ(bytes(3, 8, 50), 150u);
+}
+
+TEST_F(LinuxProcessTableTests, takesWhatTheMachinesHalfOfTheCycleHasRead) {
+  const auto shared = std::make_shared<SharedReadings>(tree.folder.path().string(), tree.folder / "sys");
+  FileReader reader;
+  using Half = SharedReadings::Half;
+  const auto anonymous = [&](Half half) { return shared->memory(half, reader).anonymous->resident >> 10; };
+  tree.writeMeminfo({.anonymous = 1});
+  EXPECT_EQ(anonymous(Half::processes), 1u);
+  tree.writeMeminfo({.anonymous = 2});
+  EXPECT_EQ(anonymous(Half::machine), 2u) << "never what the other half has read for itself";
+  tree.writeMeminfo({.anonymous = 3});
+  EXPECT_EQ(anonymous(Half::processes), 2u);
+  EXPECT_EQ(anonymous(Half::processes), 3u) << "only once";
 }
 
 TEST_F(LinuxProcessTableTests, memoryOfSleepersIsReadInRotation) {

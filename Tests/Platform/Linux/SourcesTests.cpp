@@ -81,6 +81,9 @@ TEST_F(SourcesTests, aCounterThatIsClosedNamesItsRemedy) {
 struct Sockets final : SocketSource {
   bool answers = true;
   bool dump(std::vector<SocketRecord>&) override { return answers; }
+  bool dumpListening(std::vector<SocketRecord>&) override { return answers; }
+  bool ask(std::span<const SocketRecord>, std::vector<SocketRecord>&) override { return answers; }
+  std::optional<ConnectionsBorn> born() override { return std::nullopt; }
   void drainClosed(std::vector<SocketRecord>&) override {}
 };
 
