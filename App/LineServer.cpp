@@ -3,6 +3,7 @@
 #include "Base/LocalAddress.h"
 #include "Base/ThreadControl.h"
 #include "Base/UserFolders.h"
+#include "Base/WakePipe.h"
 #include "Platform/PeerUser.h"
 
 #include <algorithm>
@@ -69,14 +70,8 @@ class LineServer::Loop : public std::enable_shared_from_this<Loop> {
 public:
   Loop(Descriptor listener, Handler handler, Limits limits, PeerCheck isAllowed)
       : listener_(std::move(listener)), handler_(std::move(handler)), limits_(limits),
-        isAllowed_(std::move(isAllowed)) {
-    int ends[2];
-    if (pipe(ends) != 0) return;
-    wakeRead_ = Descriptor(ends[0]);
-    wakeWrite_ = Descriptor(ends[1]);
-    for (int end : ends) makePrivate(end);
-  }
-  bool isReady() const { return bool(wakeRead_); }
+        isAllowed_(std::move(isAllowed)) {}
+  bool isReady() const { return bool(wake_); }
 
   void run();
   void stop() {
@@ -84,7 +79,7 @@ public:
       std::lock_guard lock(mutex_);
       stopping_ = true;
     }
-    wake();
+    wake_.wake();
   }
 
   void answer(std::uint64_t client, std::string text, bool subscribes) {
@@ -93,7 +88,7 @@ public:
       if (subscribes) subscribers_[client] = true;
       lines_.push_back({client, std::move(text), subscribes});
     }
-    wake();
+    wake_.wake();
   }
   Pushed push(std::uint64_t client, std::string text) {
     {
@@ -103,7 +98,7 @@ public:
       if (std::exchange(subscriber->second, true)) return Pushed::busy;
       lines_.push_back({client, std::move(text), false});
     }
-    wake();
+    wake_.wake();
     return Pushed::taken;
   }
 
@@ -124,11 +119,6 @@ private:
     bool subscribes;
   };
 
-  void wake() {
-    const char byte = 0;
-    // A full pipe wakes as well.
-    [[maybe_unused]] const auto written = write(wakeWrite_.get(), &byte, 1);
-  }
   bool takeLines(); ///< false when it is time to stop
   void forget(const Client& client);
   void accept();
@@ -144,7 +134,7 @@ private:
   const Limits limits_;
   const PeerCheck isAllowed_;
   const SystemClock clock_;
-  Descriptor wakeRead_, wakeWrite_;
+  const WakePipe wake_;
   std::list<Client> clients_;
   std::uint64_t nextClient_ = 0;
   Seconds noAcceptBefore_{0}; ///< out of descriptors: asking again at once would only spin
@@ -160,9 +150,7 @@ void LineServer::Loop::run() {
   while (takeLines()) {
     auto polled = interests();
     if (poll(polled.data(), nfds_t(polled.size()), waitMilliseconds()) < 0 && errno != EINTR) return;
-    char drained[64];
-    while (read(wakeRead_.get(), drained, sizeof drained) > 0) {
-    }
+    wake_.drain();
     const Seconds now = clock_.monotonic();
     auto events = polled.begin() + 2;
     for (auto client = clients_.begin(); client != clients_.end(); ++events) {
@@ -198,7 +186,7 @@ void LineServer::Loop::forget(const Client& client) {
 
 std::vector<pollfd> LineServer::Loop::interests() const {
   const bool accepting = clock_.monotonic() >= noAcceptBefore_;
-  std::vector<pollfd> polled{{wakeRead_.get(), POLLIN, 0}, {accepting ? listener_.get() : -1, POLLIN, 0}};
+  std::vector<pollfd> polled{{wake_.descriptor(), POLLIN, 0}, {accepting ? listener_.get() : -1, POLLIN, 0}};
   for (const Client& client : clients_) {
     const short wanted = !client.out.empty() ? POLLOUT : client.isAnswered ? 0 : POLLIN;
     polled.push_back({client.socket.get(), wanted, 0});

@@ -4,6 +4,7 @@
 // `nohup` wants it. One at a time, on the main thread.
 
 #include "Base/HostedQueue.h"
+#include "Base/WakePipe.h"
 #include "Tool/SignalHandlers.h"
 
 #include <optional>
@@ -23,6 +24,7 @@ public:
 
 private:
   bool wait(); ///< false when a signal asked to end
+  WakePipe wake_;
   HostedQueue main_;
   bool quit_ = false;
   std::optional<SignalHandlers> signals_; ///< while the pipe is there that they write to

@@ -4,10 +4,8 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <cmath>
 #include <csignal>
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -16,18 +14,15 @@ namespace korvell {
 
 namespace {
 
-// What signal handlers may touch: a pipe to write to, and which signals came.
-std::atomic<int> signalPipe{-1};
+// What signal handlers may touch: whom to wake, and which signals came.
+std::atomic<const WakePipe*> signalPipe{nullptr};
 std::atomic<bool> quitSignalled{false};
 std::atomic<bool> resizeSignalled{false};
-static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
+static_assert(std::atomic<const WakePipe*>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
 
 void onSignal(int signal) {
-  const int saved = errno;
   (signal == SIGWINCH || signal == SIGCONT ? resizeSignalled : quitSignalled) = true;
-  const char byte = 0;
-  [[maybe_unused]] const auto written = ::write(signalPipe, &byte, 1);
-  errno = saved;
+  if (const auto* pipe = signalPipe.load()) pipe->wake();
 }
 
 /// So soon follows the rest of an escape sequence, even over a slow line.
@@ -43,16 +38,7 @@ std::optional<std::string> Screen::unavailable(const Terminal& out, const Enviro
 }
 
 Screen::Screen(Terminal& out) : out_(out) {
-  int ends[2];
-  if (pipe(ends) == 0) {
-    wakeRead_ = ends[0];
-    wakeWrite_ = ends[1];
-    for (const int end : ends) {
-      fcntl(end, F_SETFL, O_NONBLOCK);
-      fcntl(end, F_SETFD, FD_CLOEXEC);
-    }
-  }
-  signalPipe = wakeWrite_;
+  signalPipe = &wake_;
   quitSignalled = false;
   tcgetattr(STDIN_FILENO, &original_);
   signals_.emplace(std::initializer_list<int>{SIGHUP, SIGINT, SIGTERM, SIGWINCH, SIGCONT}, onSignal);
@@ -62,9 +48,7 @@ Screen::Screen(Terminal& out) : out_(out) {
 Screen::~Screen() {
   leave();
   signals_.reset();
-  signalPipe = -1;
-  close(wakeRead_);
-  close(wakeWrite_);
+  signalPipe = nullptr;
 }
 
 void Screen::enter() {
@@ -126,7 +110,7 @@ Screen::Event Screen::next(std::optional<Seconds> timeout) {
   if (!pending_.empty()) return readKey();
   const bool mayGoOn = parser_.isWaiting();
   if (mayGoOn) timeout = std::min(timeout.value_or(sequencePatience), sequencePatience);
-  pollfd waiting[] = {{STDIN_FILENO, POLLIN, 0}, {wakeRead_, POLLIN, 0}};
+  pollfd waiting[] = {{STDIN_FILENO, POLLIN, 0}, {wake_.descriptor(), POLLIN, 0}};
   // Rounded up: a timer that is due in 0.4 ms must not be polled for.
   const int milliseconds = timeout ? int(std::clamp(std::ceil(timeout->count() * 1000), 0.0, 1e9)) : -1;
   const int ready = poll(waiting, 2, milliseconds);
@@ -134,11 +118,7 @@ Screen::Event Screen::next(std::optional<Seconds> timeout) {
     if (mayGoOn) pending_ = parser_.finish();
     return pending_.empty() ? Event{EventKind::timeout} : readKey();
   }
-  if (waiting[1].revents != 0) {
-    char drained[64];
-    while (read(wakeRead_, drained, sizeof drained) > 0) {
-    }
-  }
+  if (waiting[1].revents != 0) wake_.drain();
   if (quitSignalled) return {EventKind::quit};
   if (resizeSignalled.exchange(false)) return {EventKind::resized};
   if ((waiting[0].revents & POLLIN) != 0) {
@@ -150,11 +130,6 @@ Screen::Event Screen::next(std::optional<Seconds> timeout) {
   }
   if ((waiting[0].revents & (POLLHUP | POLLERR)) != 0) return {EventKind::quit};
   return {EventKind::woken};
-}
-
-void Screen::wake() {
-  const char byte = 0;
-  [[maybe_unused]] const auto written = ::write(wakeWrite_, &byte, 1);
 }
 
 } // namespace korvell

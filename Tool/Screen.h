@@ -6,6 +6,7 @@
 // comes back to a fresh screen. One at a time, on the main thread.
 
 #include "Base/Date.h"
+#include "Base/WakePipe.h"
 #include "Tool/Keys.h"
 #include "Tool/SignalHandlers.h"
 #include "Tool/Terminal.h"
@@ -46,7 +47,7 @@ public:
   /// Waits for something to happen, at most `timeout` (none: for ever).
   Event next(std::optional<Seconds> timeout);
   /// Ends a next() that waits; from any thread.
-  void wake();
+  void wake() { wake_.wake(); }
 
 private:
   void enter();
@@ -55,8 +56,7 @@ private:
 
   Terminal& out_;
   termios original_{};
-  int wakeRead_ = -1;
-  int wakeWrite_ = -1;
+  WakePipe wake_;
   KeyParser parser_;
   std::vector<int> pending_;              ///< keys that were read together with the last one
   std::optional<SignalHandlers> signals_; ///< while the pipe is there that they write to

@@ -1,9 +1,9 @@
 #include "Platform/Linux/DesktopNotifications.h"
 
-#include "Base/Descriptor.h"
 #include "Base/Localization.h"
 #include "Base/Text.h"
 #include "Base/ThreadControl.h"
+#include "Base/WakePipe.h"
 #include "Platform/Linux/BusHandles.h"
 
 #include <algorithm>
@@ -11,7 +11,6 @@
 #include <deque>
 #include <list>
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <thread>
 #include <vector>
 
@@ -77,12 +76,11 @@ std::string escapedMarkup(std::string_view text) {
 class DesktopNotifications::Worker {
 public:
   Worker(std::string address, OpenHandler onOpen)
-      : address_(std::move(address)), onOpen_(std::move(onOpen)),
-        wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), thread_([this] { run(); }) {}
+      : address_(std::move(address)), onOpen_(std::move(onOpen)), thread_([this] { run(); }) {}
 
   ~Worker() {
     stopping_ = true;
-    wake();
+    wake_.wake();
     thread_.join();
   }
 
@@ -92,7 +90,7 @@ public:
       if (pending_.size() == mostPending) pending_.pop_front();
       pending_.push_back({notification});
     }
-    wake();
+    wake_.wake();
   }
 
 private:
@@ -110,8 +108,6 @@ private:
     std::string identifier;
     std::uint32_t id;
   };
-
-  void wake() { eventfd_write(wake_.get(), 1); }
 
   void run() {
     nameCurrentThread("Korvell.notifications");
@@ -170,7 +166,7 @@ private:
   }
 
   void wait() {
-    pollfd files[] = {{wake_.get(), POLLIN, 0}, {-1, 0, 0}};
+    pollfd files[] = {{wake_.descriptor(), POLLIN, 0}, {-1, 0, 0}};
     int milliseconds = -1;
     if (bus_) {
       files[1] = {sd_bus_get_fd(bus_.get()), short(std::max(0, sd_bus_get_events(bus_.get()))), 0};
@@ -178,8 +174,7 @@ private:
       if (sd_bus_get_timeout(bus_.get(), &until) >= 0) milliseconds = millisecondsUntil(until);
     }
     poll(files, 2, milliseconds);
-    eventfd_t ignored = 0;
-    if (files[0].revents) eventfd_read(wake_.get(), &ignored);
+    wake_.drain();
   }
 
   /// The bus went away, perhaps long ago and unnoticed: what it has not answered is worth another bus.
@@ -189,7 +184,7 @@ private:
       const std::lock_guard lock(mutex_);
       pending_.push_back({request.notification, true});
     }
-    wake();
+    wake_.wake();
   }
 
   void fail(Request& request) {
@@ -289,7 +284,7 @@ private:
   std::mutex mutex_;
   std::deque<Pending> pending_; ///< guarded by mutex_
   std::atomic<bool> stopping_ = false;
-  Descriptor wake_;
+  const WakePipe wake_;
   std::thread thread_; ///< last: it uses all the others
 };
 

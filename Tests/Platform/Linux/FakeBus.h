@@ -3,13 +3,13 @@
 
 #include "Base/Descriptor.h"
 #include "Base/Queue.h"
+#include "Base/WakePipe.h"
 
 #include <deque>
 #include <functional>
 #include <mutex>
 #include <poll.h>
 #include <string>
-#include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <systemd/sd-bus.h>
@@ -24,8 +24,7 @@ public:
   using Service = std::function<int(sd_bus_message* call)>;
 
   FakeBus(const std::string& path, Service service)
-      : path_(path), service_(std::move(service)), listener_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)),
-        wake_(eventfd(0, EFD_CLOEXEC)) {
+      : path_(path), service_(std::move(service)), listener_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     path.copy(address.sun_path, sizeof(address.sun_path) - 1);
@@ -46,7 +45,7 @@ public:
       const std::lock_guard lock(mutex_);
       tasks_.push_back(std::move(task));
     }
-    eventfd_write(wake_.get(), 1);
+    wake_.wake();
   }
   /// Ends the connection, as a bus that goes away.
   void hangUp() {
@@ -57,11 +56,11 @@ public:
 private:
   void run() {
     while (!stopping_) {
-      pollfd files[] = {{listener_.get(), POLLIN, 0}, {wake_.get(), POLLIN, 0}, {-1, 0, 0}};
+      pollfd files[] = {{listener_.get(), POLLIN, 0}, {wake_.descriptor(), POLLIN, 0}, {-1, 0, 0}};
       if (bus_) files[2] = {sd_bus_get_fd(bus_), short(sd_bus_get_events(bus_)), 0};
       poll(files, 3, -1);
       if (files[0].revents) accept();
-      if (files[1].revents) clearWake();
+      wake_.drain();
       int result = 1;
       do { // A task told before a call was sent has its turn before the call, however busy the bus is.
         runTasks();
@@ -70,11 +69,6 @@ private:
       if (result < 0) bus_ = sd_bus_close_unref(bus_);
     }
     bus_ = sd_bus_close_unref(bus_);
-  }
-
-  void clearWake() {
-    eventfd_t ignored = 0;
-    eventfd_read(wake_.get(), &ignored);
   }
 
   void runTasks() {
@@ -110,7 +104,7 @@ private:
   const std::string path_;
   const Service service_;
   Descriptor listener_;
-  Descriptor wake_;
+  const WakePipe wake_;
   sd_bus* bus_ = nullptr;
   bool stopping_ = false;
   std::mutex mutex_;
