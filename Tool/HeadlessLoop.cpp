@@ -1,22 +1,11 @@
 #include "Tool/HeadlessLoop.h"
 
 #include <algorithm>
-#include <atomic>
 #include <poll.h>
 
 namespace korvell {
 
 namespace {
-
-// Signal handlers know no object, so what they touch stands here.
-std::atomic<const WakePipe*> signalPipe{nullptr};
-std::atomic<bool> endSignalled{false};
-static_assert(std::atomic<const WakePipe*>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
-
-void askToEnd(int) {
-  endSignalled = true;
-  if (const auto* pipe = signalPipe.load()) pipe->wake();
-}
 
 /// Rounded up: a wake-up before the deadline would only be followed by another.
 int millisecondsUntil(Seconds instant, Seconds now) {
@@ -25,16 +14,7 @@ int millisecondsUntil(Seconds instant, Seconds now) {
 
 } // namespace
 
-HeadlessLoop::HeadlessLoop() : main_("main", [this] { wake_.wake(); }) {
-  signalPipe = &wake_;
-  endSignalled = false;
-  signals_.emplace(std::initializer_list<int>{SIGHUP, SIGINT, SIGTERM}, askToEnd);
-}
-
-HeadlessLoop::~HeadlessLoop() {
-  signals_.reset();
-  signalPipe = nullptr;
-}
+HeadlessLoop::HeadlessLoop() : main_("main", [this] { wake_.wake(); }), signals_(wake_) {}
 
 void HeadlessLoop::run() {
   quit_ = false;
@@ -47,7 +27,7 @@ bool HeadlessLoop::wait() {
   pollfd polled{wake_.descriptor(), POLLIN, 0};
   poll(&polled, 1, deadline ? millisecondsUntil(deadline->due, main_.clock().monotonic()) : -1);
   wake_.drain();
-  return !endSignalled.exchange(false);
+  return !signals_.taken();
 }
 
 } // namespace korvell

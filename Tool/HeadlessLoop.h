@@ -3,18 +3,14 @@
 // interrupt, terminate) or quit() is called. A signal that was ignored when it began stays ignored, as
 // `nohup` wants it. One at a time, on the main thread.
 
+#include "App/EndSignals.h"
 #include "Base/HostedQueue.h"
-#include "Base/WakePipe.h"
-#include "Tool/SignalHandlers.h"
-
-#include <optional>
 
 namespace korvell {
 
 class HeadlessLoop {
 public:
   HeadlessLoop();
-  ~HeadlessLoop();
   HeadlessLoop(const HeadlessLoop&) = delete;
   HeadlessLoop& operator=(const HeadlessLoop&) = delete;
 
@@ -27,7 +23,7 @@ private:
   WakePipe wake_;
   HostedQueue main_;
   bool quit_ = false;
-  std::optional<SignalHandlers> signals_; ///< while the pipe is there that they write to
+  EndSignals signals_; ///< last: while the pipe is there that they write to
 };
 
 } // namespace korvell

@@ -8,7 +8,7 @@
 #include "Base/Date.h"
 #include "Base/WakePipe.h"
 #include "Tool/Keys.h"
-#include "Tool/SignalHandlers.h"
+#include "Base/SignalHandlers.h"
 #include "Tool/Terminal.h"
 
 #include <optional>

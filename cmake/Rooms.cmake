@@ -64,6 +64,7 @@ if(KORVELL_UI)
     add_library(korvell_toolkit_precompiled OBJECT
       ${CMAKE_BINARY_DIR}/precompiled/korvell_toolkit_precompiled.cpp)
     target_link_libraries(korvell_toolkit_precompiled PRIVATE korvell_options Threads::Threads Qt6::Widgets)
+    target_compile_definitions(korvell_toolkit_precompiled PRIVATE QT_NO_KEYWORDS)
     target_precompile_headers(korvell_toolkit_precompiled PRIVATE
       <algorithm> <array> <cmath> <functional> <memory> <optional> <string> <string_view> <utility> <vector>
       <QAccessible> <QEvent> <QPainter> <QPainterPath> <QWidget>)
@@ -107,6 +108,8 @@ function(korvell_room name)
     target_include_directories(${name} PUBLIC ${include})
     target_link_libraries(${name} PUBLIC ${room_LINKS} PRIVATE korvell_options ${room_PRIVATE_LINKS})
     if(room_TOOLKIT)
+      # Its words for signals and slots are ours for other things.
+      target_compile_definitions(${name} PUBLIC QT_NO_KEYWORDS)
       korvell_precompile(${name} korvell_toolkit_precompiled)
     else()
       korvell_precompile(${name} korvell_precompiled)

@@ -8,12 +8,16 @@
 namespace korvell {
 
 MainLoop::MainLoop()
-    : queue_("main", [this] {
+    : notifier_(signalled_.descriptor(), QSocketNotifier::Read), signals_(signalled_), queue_("main", [this] {
         QMetaObject::invokeMethod(
             &receiver_, [this] { runDue(); }, Qt::QueuedConnection);
       }) {
   timer_.setSingleShot(true);
   timer_.setTimerType(Qt::PreciseTimer); // a coarse one may come too early, and would only be set again
+  QObject::connect(&notifier_, &QSocketNotifier::activated, &receiver_, [this] {
+    signalled_.drain();
+    if (signals_.taken()) quit();
+  });
   QObject::connect(&timer_, &QTimer::timeout, &receiver_, [this] { runDue(); });
 }
 

@@ -2,9 +2,11 @@
 // The main queue in the toolkit's event loop. Made on the main thread after the application object, and
 // destroyed before it.
 
+#include "App/EndSignals.h"
 #include "Base/HostedQueue.h"
 
 #include <QObject>
+#include <QSocketNotifier>
 #include <QTimer>
 
 namespace korvell {
@@ -16,7 +18,7 @@ public:
   MainLoop& operator=(const MainLoop&) = delete;
 
   HostedQueue& main() { return queue_; }
-  /// Runs until quit(); the exit status.
+  /// Runs until quit() or until a signal asks to end; the exit status.
   int run();
   void quit();
 
@@ -25,6 +27,9 @@ private:
 
   QObject receiver_;
   QTimer timer_;
+  WakePipe signalled_;
+  QSocketNotifier notifier_;
+  EndSignals signals_;
   HostedQueue queue_; ///< last: what still wakes it while it ends finds the others
 };
 

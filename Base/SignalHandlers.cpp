@@ -1,4 +1,4 @@
-#include "Tool/SignalHandlers.h"
+#include "Base/SignalHandlers.h"
 
 namespace korvell {
 
