@@ -22,8 +22,11 @@ Result<KeeperLock> takeOver(const UserFolders& folders) {
   const auto answer =
       client ? client->ask(Value::object({{"do", yieldAction}}), answerPatience) : std::nullopt;
   const auto* agreed = answer ? answer->find("ok") : nullptr;
-  if (!agreed || agreed->asBool() != true)
-    return Failure{localized("The running Korvell does not step back.")};
+  if (!agreed || agreed->asBool() != true) {
+    const auto* reason = answer ? answer->find("error") : nullptr;
+    return Failure{reason && reason->asString() ? *reason->asString()
+                                                : localized("The running Korvell does not step back.")};
+  }
   const SystemClock clock;
   const Seconds limit = clock.monotonic() + yieldGrace;
   while (!lock && clock.monotonic() < limit) lock = KeeperLock::acquire(folders);

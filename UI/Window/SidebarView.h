@@ -1,20 +1,47 @@
 #pragma once
-#include "App/Model.h"
-#include "UI/Kit/Painted.h"
-#include "UI/Kit/Type.h"
-#include <QPainter>
+// The sidebar as a list of 216, or as a rail of icons where the window is narrow. One tab stop: the arrows
+// move from section to section.
+
+#include "UI/Kit/Control.h"
+#include "UI/Window/Sidebar.h"
+
 #include <functional>
+#include <vector>
+
 namespace korvell {
-struct Sidebar {};
-inline Sidebar sidebar(const Model&, SidebarItem) { return {}; }
+
 class SidebarView : public Painted {
 public:
-  SidebarView(const Theme& theme, QWidget* parent) : Painted(theme, parent) { setFixedWidth(216); }
-  void onOpen(std::function<void(SidebarItem)>) {}
-  void onSettings(std::function<void()>) {}
-  void setRail(bool rail) { setFixedWidth(rail ? 56 : 216); }
-  void show(const Sidebar&) {}
-  void draw(QPainter& p) override { p.fillRect(rect(), theme().color(Token::bg)); }
+  static constexpr int fullWidth = 216, railWidth = 56;
+
+  SidebarView(const Theme& theme, QWidget* parent);
+
+  void show(const Sidebar& content);
+  void setRail(bool isRail);
+  void onOpen(std::function<void(SidebarItem)> handler) { open_ = std::move(handler); }
+  void onSettings(std::function<void()> handler) { settings_ = std::move(handler); }
+  /// Gives the keyboard's focus to the section that is shown.
+  void takeFocus();
+
   QAccessible::Role role() const override { return QAccessible::List; }
+
+protected:
+  void draw(QPainter& painter) override;
+  void resizeEvent(QResizeEvent* event) override;
+
+private:
+  class Row;
+  void build();
+  void arrange();
+  void moveFrom(const Row& row, int by);
+
+  Sidebar content_;
+  std::vector<Row*> rows_;      ///< the sections', top to bottom
+  std::vector<QRect> captions_; ///< one a group
+  Row* foot_;
+  bool isRail_ = false;
+  std::function<void(SidebarItem)> open_;
+  std::function<void()> settings_;
 };
-}
+
+} // namespace korvell

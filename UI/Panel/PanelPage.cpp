@@ -1,0 +1,23 @@
+#include "UI/Panel/PanelPage.h"
+
+#include "UI/Parts/Figures.h"
+
+namespace korvell {
+
+PanelPage panelPage(const Model& model, UsageKey sortedBy, std::optional<double> weekScore,
+                    bool hasBatterySettings) {
+  PanelPage page{.head = healthHead(model, weekScore, hasBatterySettings),
+                 .sortedBy = sortedBy,
+                 .apps = topApps(model, sortedBy, PanelPage::mostApps)};
+  auto& findings = page.head.findings;
+  if (findings.size() > PanelPage::mostFindings) {
+    page.more = counted(std::int64_t(findings.size() - PanelPage::mostFindings), "1 more", "{n} more");
+    findings.resize(PanelPage::mostFindings);
+  }
+  for (auto& tile : measureTiles(model))
+    if (tile.section != SidebarItem::gpu && tile.section != SidebarItem::energy)
+      page.tiles.push_back(std::move(tile));
+  return page;
+}
+
+} // namespace korvell

@@ -1,0 +1,190 @@
+#include "UI/Panel/PanelView.h"
+
+#include "Base/Localization.h"
+#include "UI/Kit/Icons.h"
+
+#include <QBoxLayout>
+#include <QGridLayout>
+
+namespace korvell {
+
+namespace {
+
+constexpr int padding = 16, headerHeight = 100, footerHeight = 46,
+              inner = PanelView::panelWidth - 2 * padding;
+
+template <class Layout>
+Layout* plain(QWidget* owner) {
+  auto* layout = new Layout(owner);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+  return layout;
+}
+
+} // namespace
+
+PanelView::PanelView(const Theme& theme, Handlers handlers, QWidget* parent)
+    : QWidget(parent), theme_(theme), handlers_(std::move(handlers)), banner_(new Banner(theme, this)),
+      scroll_(new ScrollArea(theme, Token::surface, this)) {
+  auto* rows = plain<QVBoxLayout>(this);
+  rows->addWidget(header_ = makeHeader());
+  auto* notice = new QHBoxLayout;
+  notice->setContentsMargins(padding, 0, padding, 0);
+  notice->addWidget(banner_);
+  rows->addLayout(notice);
+  banner_->hide();
+  middle_ = makeMiddle();
+  scroll_->setContent(*middle_);
+  rows->addWidget(scroll_, 1);
+  rows->addWidget(new Hairline(theme, this));
+  rows->addWidget(footer_ = makeFooter());
+  ring_->onHover([this](std::optional<std::size_t> share) {
+    for (std::size_t i = 0; i < findings_.size(); ++i) findings_[i]->setPointedAt(share == i);
+  });
+}
+
+QWidget* PanelView::makeHeader() {
+  auto* holder = new QWidget(this);
+  auto* line = plain<QHBoxLayout>(holder);
+  line->setContentsMargins(padding, 2, padding, 0);
+  line->setSpacing(16);
+  ring_ = new ScoreRing(theme_, ScoreRing::panel, holder);
+  line->addWidget(ring_, 0, Qt::AlignVCenter);
+  auto* texts = new QVBoxLayout;
+  texts->setSpacing(2);
+  texts->addStretch(1);
+  label_ = new TextLabel(theme_, TextStyle::figureMedium, Token::text1, "", holder);
+  loss_ = new TextLabel(theme_, TextStyle::small, Token::text2, "", holder);
+  average_ = new TextLabel(theme_, TextStyle::small, Token::text2, "", holder);
+  for (auto* words : {label_, loss_, average_}) texts->addWidget(words);
+  texts->addStretch(1);
+  line->addLayout(texts, 1);
+  holder->setFixedHeight(theme_.scaled(headerHeight));
+  return holder;
+}
+
+QWidget* PanelView::makeMiddle() {
+  auto* holder = new QWidget;
+  auto* rows = plain<QVBoxLayout>(holder);
+  rows->setContentsMargins(padding, 0, padding, 12);
+  findingRows_ = new QVBoxLayout;
+  findingRows_->setSpacing(0);
+  rows->addLayout(findingRows_);
+  nothing_ = new TextLabel(theme_, TextStyle::body, Token::text2, "", holder);
+  nothing_->setFixedHeight(theme_.scaled(40));
+  rows->addWidget(nothing_);
+  more_ = new Button(theme_, Button::Kind::quiet, "", holder);
+  more_->setHeight(Button::Height::compact);
+  more_->setMark(Button::Mark::chevron);
+  more_->onPress([this] { handlers_.open(SidebarItem::overview); });
+  rows->addWidget(more_, 0, Qt::AlignLeft);
+  rows->addWidget(new Hairline(theme_, holder));
+  rows->addSpacing(12);
+  tileGrid_ = new QGridLayout;
+  tileGrid_->setSpacing(8);
+  rows->addLayout(tileGrid_);
+  rows->addSpacing(10);
+  auto* head = new QHBoxLayout;
+  head->addWidget(new TextLabel(theme_, TextStyle::head, Token::text1, localized("Top apps"), holder), 1);
+  sorting_ =
+      new Segments(theme_, localized("Top apps by"), {title(UsageKey::cpu), title(UsageKey::memory)}, holder);
+  sorting_->setHeight(26);
+  sorting_->onChoose(
+      [this](std::size_t index) { handlers_.sortBy(index == 0 ? UsageKey::cpu : UsageKey::memory); });
+  head->addWidget(sorting_);
+  rows->addLayout(head);
+  rows->addSpacing(6);
+  apps_ = new QVBoxLayout;
+  apps_->setSpacing(0);
+  rows->addLayout(apps_);
+  rows->addStretch(1);
+  return holder;
+}
+
+QWidget* PanelView::makeFooter() {
+  auto* holder = new QWidget(this);
+  auto* line = plain<QHBoxLayout>(holder);
+  line->setContentsMargins(12, 0, 12, 0);
+  line->setSpacing(6);
+  auto* open = new Button(theme_, Button::Kind::plain, localized("Open Korvell"), holder);
+  open->onPress(handlers_.openKorvell);
+  line->addWidget(open);
+  line->addStretch(1);
+  auto* settings = new IconButton(theme_, Icon::settings, localized("Settings"), holder);
+  settings->onPress(handlers_.openSettings);
+  line->addWidget(settings);
+  auto* quit = new IconButton(theme_, Icon::power, localized("Quit Korvell"), holder);
+  quit->onPress(handlers_.quit);
+  line->addWidget(quit);
+  holder->setFixedHeight(theme_.scaled(footerHeight));
+  return holder;
+}
+
+FindingView* PanelView::makeFinding() {
+  auto* rule = new Hairline(theme_, middle_);
+  auto* finding = new FindingView(theme_, PartForm::panel, middle_);
+  const auto index = findings_.size();
+  finding->onStep([this](const Step& step) { handlers_.step(step); });
+  finding->onHover(
+      [this, index](bool isOn) { ring_->highlight(isOn ? std::optional(index) : std::nullopt); });
+  rules_.push_back(rule);
+  findingRows_->addWidget(rule);
+  findingRows_->addWidget(finding);
+  rule->QWidget::show();
+  finding->QWidget::show();
+  return finding;
+}
+
+void PanelView::show(const PanelPage& page) {
+  if (shown_ == page) return;
+  const auto& head = page.head;
+  std::vector<ScoreRing::Share> lost;
+  for (const auto& finding : head.findings) lost.push_back({double(finding.penalty), finding.tone});
+  ring_->setScore(head.score, std::move(lost));
+  ring_->setName(head.name);
+  label_->setWords(head.label);
+  loss_->setWords(head.score ? head.loss : std::string());
+  average_->setWords(head.average);
+  average_->setVisible(!head.average.empty());
+  const bool isWell = head.score && head.findings.empty();
+  nothing_->setVisible(isWell);
+  nothing_->setWords(isWell ? localized("Everything that was measured is within its limits.")
+                            : std::string());
+  more_->setVisible(!page.more.empty());
+  more_->setWords(page.more);
+  fitRows(findings_, head.findings.size(), [this] { return makeFinding(); });
+  fitRows(rules_, head.findings.size(), [this] { return new Hairline(theme_, middle_); });
+  for (std::size_t i = 0; i < findings_.size(); ++i) findings_[i]->show(head.findings[i], false);
+  fitRows(tiles_, page.tiles.size(), [this] {
+    auto* tile = new TileView(theme_, PartForm::panel, middle_);
+    tile->onOpen([this](SidebarItem item) { handlers_.open(item); });
+    const int index = int(tiles_.size());
+    tileGrid_->addWidget(tile, index / 2, index % 2);
+    tile->QWidget::show();
+    return tile;
+  });
+  for (std::size_t i = 0; i < page.tiles.size(); ++i) tiles_[i]->show(page.tiles[i]);
+  sorting_->choose(page.sortedBy == UsageKey::cpu ? 0 : 1);
+  fitRows(appRows_, page.apps.size(), [this] {
+    auto* app = new AppRowView(theme_, PartForm::panel, middle_);
+    app->onOpen([this] {
+      handlers_.open(shown_ && shown_->sortedBy == UsageKey::cpu ? SidebarItem::cpu : SidebarItem::memory);
+    });
+    apps_->addWidget(app);
+    app->QWidget::show();
+    return app;
+  });
+  for (std::size_t i = 0; i < page.apps.size(); ++i) appRows_[i]->show(page.apps[i], page.sortedBy);
+  shown_ = page;
+  updateGeometry();
+}
+
+QSize PanelView::sizeHint() const {
+  auto* layout = middle_->layout();
+  const int middle = layout->hasHeightForWidth() ? layout->totalHeightForWidth(panelWidth)
+                                                 : layout->totalSizeHint().height();
+  const int notice = banner_->isHidden() ? 0 : banner_->heightForWidth(inner);
+  return {panelWidth, header_->height() + std::max(0, notice) + middle + 1 + footer_->height()};
+}
+
+} // namespace korvell

@@ -1,0 +1,62 @@
+#pragma once
+// The panel's content: header, findings, tiles and applications, which scroll between header and footer where
+// the screen is too low for them.
+
+#include "UI/Kit/Banner.h"
+#include "UI/Kit/Choices.h"
+#include "UI/Kit/ScoreRing.h"
+#include "UI/Kit/Scroll.h"
+#include "UI/Panel/PanelPage.h"
+#include "UI/Parts/PartViews.h"
+
+class QBoxLayout;
+class QGridLayout;
+
+namespace korvell {
+
+class PanelView final : public QWidget {
+public:
+  static constexpr int panelWidth = 360;
+
+  struct Handlers {
+    std::function<void(const Step&)> step;
+    std::function<void(SidebarItem)> open;
+    std::function<void(UsageKey)> sortBy;
+    std::function<void()> openKorvell, openSettings, quit;
+  };
+
+  PanelView(const Theme& theme, Handlers handlers, QWidget* parent);
+
+  void show(const PanelPage& page);
+  Banner& banner() { return *banner_; }
+
+  /// Of the whole without scrolling.
+  QSize sizeHint() const override;
+
+private:
+  QWidget* makeHeader();
+  QWidget* makeMiddle();
+  QWidget* makeFooter();
+  FindingView* makeFinding();
+
+  const Theme& theme_;
+  const Handlers handlers_;
+  std::optional<PanelPage> shown_;
+  ScoreRing* ring_ = nullptr;
+  TextLabel *label_ = nullptr, *loss_ = nullptr, *average_ = nullptr;
+  Banner* banner_;
+  ScrollArea* scroll_;
+  QWidget *header_ = nullptr, *middle_ = nullptr, *footer_ = nullptr;
+  QBoxLayout* findingRows_ = nullptr;
+  TextLabel* nothing_ = nullptr;
+  Button* more_ = nullptr;
+  std::vector<FindingView*> findings_;
+  std::vector<Hairline*> rules_;
+  QGridLayout* tileGrid_ = nullptr;
+  std::vector<TileView*> tiles_;
+  Segments* sorting_ = nullptr;
+  QBoxLayout* apps_ = nullptr;
+  std::vector<AppRowView*> appRows_;
+};
+
+} // namespace korvell

@@ -1,0 +1,45 @@
+#include "UI/Parts/Figures.h"
+
+#include "Base/Localization.h"
+
+#include <fmt/format.h>
+
+namespace korvell {
+
+Figure figureOf(std::string_view formatted) {
+  const auto end = formatted.find_last_of("0123456789");
+  if (end == std::string_view::npos) return {std::string(formatted), {}};
+  auto unit = formatted.substr(end + 1);
+  if (unit.starts_with(' ')) unit.remove_prefix(1);
+  return {std::string(formatted.substr(0, end + 1)), std::string(unit)};
+}
+
+Figure figureOf(Unit unit, std::optional<double> value) {
+  return value ? figureOf(Format::figure(unit, *value)) : Figure{noFigure, {}};
+}
+
+std::string clockText(const TimeZone& zone, Date date) {
+  const auto time = localTime(zone, date);
+  return fmt::format("{:02}:{:02}", time.hour, time.minute);
+}
+
+std::string clockTextWithSeconds(const TimeZone& zone, Date date) {
+  return fmt::format("{}:{:02}", clockText(zone, date), localTime(zone, date).second);
+}
+
+std::string dayAndTime(const TimeZone& zone, Date date, Date now) {
+  constexpr std::int64_t week = 7;
+  const auto time = clockText(zone, date);
+  const auto age = localDay(zone, now).number - localDay(zone, date).number;
+  if (age == 0) return localized("Today, {time}", {{"time", time}});
+  if (age == 1) return localized("Yesterday, {time}", {{"time", time}});
+  const bool isRecent = age > 0 && age < week;
+  const auto day = isRecent ? weekdayName(localTime(zone, date).weekday) : dayText(localDay(zone, date));
+  return localized("{day}, {time}", {{"day", day}, {"time", time}});
+}
+
+std::string counted(std::int64_t count, std::string_view one, std::string_view many) {
+  return count == 1 ? localized(one) : localized(many, {{"n", std::to_string(count)}});
+}
+
+} // namespace korvell

@@ -1,0 +1,133 @@
+#pragma once
+// The views of what the panel and the Health page share.
+
+#include "UI/Kit/Button.h"
+#include "UI/Kit/Labels.h"
+#include "UI/Parts/HealthParts.h"
+#include "UI/Parts/Tiles.h"
+#include "UI/Parts/TopApps.h"
+
+#include <functional>
+#include <vector>
+
+namespace korvell {
+
+enum class PartForm { page, panel };
+
+/// One finding with the button that mends it. On the page its first button may be the primary one.
+class FindingView : public Painted {
+public:
+  FindingView(const Theme& theme, PartForm form, QWidget* parent);
+
+  void show(const FindingRow& row, bool isFirst);
+  void onStep(std::function<void(const Step&)> handler) { step_ = std::move(handler); }
+  void onHover(std::function<void(bool)> handler) { hover_ = std::move(handler); }
+  /// Its arc of the ring is pointed at.
+  void setPointedAt(bool isPointedAt);
+
+  bool hasHeightForWidth() const override { return true; }
+  int heightForWidth(int width) const override;
+  QSize sizeHint() const override;
+  QSize minimumSizeHint() const override;
+  QAccessible::Role role() const override { return QAccessible::ListItem; }
+
+protected:
+  void draw(QPainter& painter) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void enterEvent(QEnterEvent* event) override;
+  void leaveEvent(QEvent* event) override;
+
+private:
+  void arrange();
+  int detailWidth(int width) const;
+
+  const PartForm form_;
+  FindingRow row_;
+  TextLabel *title_, *detail_;
+  Button* button_;
+  bool isPointedAt_ = false;
+  std::function<void(const Step&)> step_;
+  std::function<void(bool)> hover_;
+};
+
+/// A measure; a press opens its section.
+class TileView : public Control, public Whole {
+public:
+  TileView(const Theme& theme, PartForm form, QWidget* parent);
+
+  void show(const Tile& tile);
+  void onOpen(std::function<void(SidebarItem)> handler) { open_ = std::move(handler); }
+
+  QSize sizeHint() const override;
+  QSize minimumSizeHint() const override { return sizeHint(); }
+  QAccessible::Role role() const override { return QAccessible::PushButton; }
+  std::optional<std::string> cutText() const override;
+
+protected:
+  void draw(QPainter& painter) override;
+  void pressed() override { open_(tile_.section); }
+  double corner() const override { return 9; }
+
+private:
+  double drawLead(QPainter& painter, double left, double base);
+  double figureWidth() const;
+
+  const PartForm form_;
+  Tile tile_;
+  std::function<void(SidebarItem)> open_;
+};
+
+/// An application: with four figures on the page, with a bar and one figure in the panel.
+class AppRowView : public Control {
+public:
+  AppRowView(const Theme& theme, PartForm form, QWidget* parent);
+
+  void show(const AppRow& row, UsageKey sortedBy);
+  void onOpen(std::function<void()> handler) { open_ = std::move(handler); }
+
+  QSize sizeHint() const override;
+  QSize minimumSizeHint() const override { return {80, sizeHint().height()}; }
+  QAccessible::Role role() const override { return QAccessible::ListItem; }
+
+protected:
+  void draw(QPainter& painter) override;
+  void pressed() override {
+    if (open_) open_();
+  }
+
+private:
+  void drawName(QPainter& painter, double end);
+
+  const PartForm form_;
+  AppRow row_;
+  UsageKey sortedBy_ = UsageKey::cpu;
+  std::function<void()> open_;
+};
+
+/// The heads of the page's columns, over rows of the same width.
+class AppHeads : public Painted {
+public:
+  AppHeads(const Theme& theme, QWidget* parent) : Painted(theme, parent) {}
+  void setSortedBy(UsageKey key);
+  QSize sizeHint() const override { return {80, theme().scaled(22)}; }
+  QAccessible::Role role() const override { return QAccessible::RowHeader; }
+
+protected:
+  void draw(QPainter& painter) override;
+
+private:
+  UsageKey sortedBy_ = UsageKey::cpu;
+};
+
+/// Brings a list of row widgets to that length; new ones come from `make`.
+template <class View, class Make>
+void fitRows(std::vector<View*>& views, std::size_t count, Make make) {
+  while (views.size() > count) {
+    views.back()->hide();
+    views.back()->deleteLater();
+    views.pop_back();
+  }
+  while (views.size() < count) views.push_back(make());
+}
+
+} // namespace korvell

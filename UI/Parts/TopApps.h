@@ -1,0 +1,28 @@
+#pragma once
+// The applications that use most, a row each.
+
+#include "App/Model.h"
+#include "Core/Machine/UsageOrder.h"
+#include "UI/Kit/Figure.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace korvell {
+
+struct AppRow {
+  std::string id; ///< AppUsage::id
+  std::string name;
+  int processes = 1;
+  Figure cpu, memory, disk, network; ///< "–" where nothing is moved or nobody tells
+  double level = 0;                  ///< of what it was sorted by, against the greatest; 0 to 1
+  std::string spoken;                ///< "Firefox, 23 processes, 61.8 percent of one core, 3.12 GB"
+
+  bool operator==(const AppRow&) const = default;
+};
+
+/// At most `count`, the greatest first.
+std::vector<AppRow> topApps(const Model& model, UsageKey key, std::size_t count);
+
+} // namespace korvell
