@@ -3,7 +3,7 @@
 #include "App/MenuBarStyle.h"
 #include "Base/Localization.h"
 #include "Base/Text.h"
-#include "Core/Health/HealthAlert.h"
+#include "Core/Health/SeenAlerts.h"
 #include "Core/Health/WeeklyReport.h"
 #include "Core/Storage/StorageLog.h"
 #include "Core/Storage/StorageModels.h"
@@ -18,7 +18,7 @@ namespace {
 constexpr Seconds pause{60}, leeway{30};
 constexpr int mostColumns = 40; ///< of a value that is shown
 
-enum class Kind { truth, number, date, menuBarStyle, freedLog };
+enum class Kind { truth, number, date, menuBarStyle, freedLog, report };
 
 struct KindRow {
   Kind kind;
@@ -43,6 +43,8 @@ constexpr KindRow kinds[] = {
        return value.asString() && fromRawValue<MenuBarStyle>(*value.asString()).has_value();
      }},
     {Kind::freedLog, "a list of dates with bytes", isFreedLog},
+    {Kind::report, "a date, a title and a body",
+     [](const Value& value) { return sentReport(value).has_value(); }},
 };
 
 /// Every setting whose name is known beforehand.
@@ -51,7 +53,9 @@ std::vector<std::pair<std::string, Kind>> settings() {
   for (const auto& kind : allCases<HealthAlert::Kind>())
     all.emplace_back(defaultsKey(kind.value), Kind::truth);
   all.emplace_back(WeeklyReport::enabledKey, Kind::truth);
+  all.emplace_back(alertsSeenKey, Kind::date);
   all.emplace_back(WeeklyReport::lastSentKey, Kind::date);
+  all.emplace_back(WeeklyReport::lastReportKey, Kind::report);
   all.emplace_back(StorageLog::totalKey, Kind::number);
   all.emplace_back(StorageLog::logKey, Kind::freedLog);
   return all;

@@ -4,6 +4,7 @@
 #include "Base/Result.h"
 #include "Base/Text.h"
 #include "Core/Health/AlertPosting.h"
+#include "Core/Health/SeenAlerts.h"
 #include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
 #include "Tool/Table.h"
@@ -60,10 +61,29 @@ void printAlerts(Context& context, const std::vector<HealthAlert>& alerts) {
 int listAlerts(Context& context, const Arguments& arguments) {
   const auto alerts = raisedAlerts(context);
   if (!alerts) return fail(context, alerts.reason());
+  const auto count = newAlerts(*alerts, *context.host.defaults, context.clock.now());
   if (arguments.flag("--json"))
-    printJSON(context.out, Value::object({{"alerts", toValue(*alerts)}}));
+    printJSON(context.out, Value::object({{"alerts", toValue(*alerts)}, {"new", std::int64_t(count)}}));
   else
     printAlerts(context, *alerts);
+  if (count > 0 && !arguments.flag("--json"))
+    context.out.line(context.out.ink(Ink::dim, localized("Not yet marked as seen: {count}. Mark them with "
+                                                         "\"korvell alerts seen\".",
+                                                         {{"count", std::to_string(count)}})));
+  return exitOK;
+}
+
+int markAlertsSeen(Context& context, const Arguments& arguments) {
+  const auto alerts = raisedAlerts(context);
+  if (!alerts) return fail(context, alerts.reason());
+  auto& defaults = *context.host.defaults;
+  const auto now = context.clock.now();
+  const auto count = newAlerts(*alerts, defaults, now);
+  if (!markSeen(*alerts, defaults, now)) return failToStore(context);
+  if (arguments.flag("--json"))
+    printJSON(context.out, Value::object({{"marked", std::int64_t(count)}}));
+  else
+    context.out.line(localized("Alerts marked as seen: {count}.", {{"count", std::to_string(count)}}));
   return exitOK;
 }
 
@@ -100,6 +120,7 @@ Command alertsCommand() {
           {jsonOption()},
           listAlerts,
           {{"list", "List them, the newest first", {jsonOption()}, listAlerts},
+           writing({"seen", "Mark all as seen", {jsonOption()}, markAlertsSeen}),
            {"kinds", "List the kinds and their switches", {jsonOption()}, listKinds},
            writing({"on",
                     "Switch a kind on",

@@ -1,6 +1,9 @@
-// korvell report: the weekly report as it would read now, and its switch. Sends nothing.
+// korvell report: the weekly report as it would read now and as it was sent last, and its switch. Sends
+// nothing.
 
+#include "Base/LocalTime.h"
 #include "Base/SystemQueue.h"
+#include "Base/Text.h"
 #include "Core/Health/WeeklyReport.h"
 #include "Tool/Commands.h"
 #include "Tool/UnreadableHistory.h"
@@ -9,6 +12,10 @@
 namespace korvell {
 
 namespace {
+
+void printText(Context& context, Ink ink, std::string_view text) {
+  for (const auto& line : wrapped(text, context.out.columns())) context.out.line(context.out.ink(ink, line));
+}
 
 int printReport(Context& context, const Arguments& arguments) {
   HistoryStore history(systemQueueFactory(), context.clock, context.host.folders.data, HistoryAccess::reader);
@@ -21,10 +28,7 @@ int printReport(Context& context, const Arguments& arguments) {
     printJSON(context.out, value);
     return exitOK;
   }
-  const auto print = [&](Ink ink, std::string_view text) {
-    for (const auto& line : wrapped(text, context.out.columns()))
-      context.out.line(context.out.ink(ink, line));
-  };
+  const auto print = [&](Ink ink, std::string_view text) { printText(context, ink, text); };
   if (report) {
     print(Ink::bold, report->title);
     print(Ink::plain, report->body);
@@ -33,6 +37,25 @@ int printReport(Context& context, const Arguments& arguments) {
     print(Ink::dim, localized("Korvell records while it runs: the application, or \"korvell run\"."));
   }
   if (!WeeklyReport::isEnabled(defaults)) print(Ink::dim, localized("The weekly report is switched off."));
+  return exitOK;
+}
+
+int printLastReport(Context& context, const Arguments& arguments) {
+  const auto report = WeeklyReport::last(*context.host.defaults);
+  if (arguments.flag("--json")) {
+    Value value = Value::object({});
+    if (report) value.set("last", toValue(*report));
+    printJSON(context.out, value);
+    return exitOK;
+  }
+  if (!report) {
+    context.out.line(localized("No weekly report has been sent yet."));
+    return exitOK;
+  }
+  const auto day = dayText(localDay(*context.host.zone, report->date));
+  printText(context, Ink::bold, escapedControls(report->title));
+  printText(context, Ink::plain, escapedControls(report->body));
+  printText(context, Ink::dim, localized("Sent on {day}.", {{"day", day}}));
   return exitOK;
 }
 
@@ -55,7 +78,8 @@ Command reportCommand() {
       "Print the weekly report as it would read now",
       {jsonOption()},
       printReport,
-      {writing({"on",
+      {{"last", "Print the report that was sent last", {jsonOption()}, printLastReport},
+       writing({"on",
                 "Send a weekly report on Monday morning",
                 {jsonOption()},
                 [](Context& context, const Arguments& arguments) {

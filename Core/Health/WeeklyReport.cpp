@@ -39,6 +39,12 @@ std::optional<std::int64_t> wholeNumber(const Value& value) {
 
 } // namespace
 
+std::optional<SentReport> sentReport(const Value& stored) {
+  SentReport report;
+  const bool whole = stored.find("date") && stored.find("title") && stored.find("body");
+  return whole && fromValue(stored, report) ? std::optional(std::move(report)) : std::nullopt;
+}
+
 bool WeeklyReport::isEnabled(const UserDefaults& defaults) { return defaults.boolean(enabledKey, true); }
 
 bool WeeklyReport::setEnabled(bool enabled, UserDefaults& defaults) {
@@ -75,7 +81,17 @@ void WeeklyReport::sendIfDue(HistoryStore& history, UserDefaults& defaults, Noti
   if (!isEnabled(defaults) || !isDue(defaults, now, zone)) return;
   // Stored first: whatever goes wrong afterwards, nobody gets a report every ten minutes.
   if (!defaults.set(lastSentKey, now)) return;
-  if (const auto report = make(history, defaults, now)) notifications.post(*report);
+  const auto report = make(history, defaults, now);
+  if (!report) return;
+  notifications.post(*report);
+  // Where it can't be kept, the notification is all there is of it.
+  [[maybe_unused]] const bool kept =
+      defaults.set(lastReportKey, toValue(SentReport{now, report->title, report->body}));
+}
+
+std::optional<SentReport> WeeklyReport::last(const UserDefaults& defaults) {
+  const auto stored = defaults.value(lastReportKey);
+  return stored ? sentReport(*stored) : std::nullopt;
 }
 
 std::string WeeklyReport::body(HistoryStore& history, const UserDefaults& defaults, Date now) {

@@ -1,6 +1,7 @@
 #include "App/SettingsCheck.h"
 
 #include "Base/ManualQueue.h"
+#include "Core/Health/WeeklyReport.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
 
 #include <gmock/gmock.h>
@@ -18,6 +19,8 @@ TEST(SettingsCheckTests, valuesOfTheWrongKindAreNamedAndGoodOnesAreNot) {
                                    {"alert.cpu", false},
                                    {"weeklyReport.enabled", true},
                                    {"weeklyReport.lastSent", Date{1.5}},
+                                   {"weeklyReport.last", toValue(SentReport{Date{1.5}, "Title", "Text"})},
+                                   {"alerts.lastSeen", "2026-03-02T09:00:00Z"},
                                    {"storage.freedTotal", 7},
                                    {"storage.freedLog", Value::array()},
                                    {"somebody.else", "x"}})
@@ -26,6 +29,8 @@ TEST(SettingsCheckTests, valuesOfTheWrongKindAreNamedAndGoodOnesAreNot) {
 
   defaults.set("alert.cpu", "off\x1b");
   defaults.set("menuBarStyle", "tiny");
+  defaults.set("alerts.lastSeen", "yesterday");
+  defaults.set("weeklyReport.last", Value::object({{"title", "Title"}}));
   defaults.set("storage.freedLog", Value(Value::Array{1}));
   defaults.fault = "No file.";
   EXPECT_THAT(
@@ -34,6 +39,8 @@ TEST(SettingsCheckTests, valuesOfTheWrongKindAreNamedAndGoodOnesAreNot) {
           "No file.", HasSubstr("one of icon, score, cpuAndMemory and graphs, but \"tiny\" is"),
           "The setting alert.cpu takes true or false, but \"off\\u001b\" is stored; its default "
           "applies.",
+          HasSubstr("alerts.lastSeen takes a date and time, but \"yesterday\" is"),
+          HasSubstr("weeklyReport.last takes a date, a title and a body, but"),
           HasSubstr("storage.freedLog takes a list of dates with bytes, but [1] is stored; only what")));
 }
 

@@ -3,6 +3,7 @@
 #include "Base/Text.h"
 #include "Core/Health/HealthAlert.h"
 #include "Core/Health/HealthReport.h"
+#include "Core/Health/WeeklyReport.h"
 #include "Core/History/HistoryDatabase.h"
 #include "Tests/Fakes/FakeDiagnostics.h"
 #include "Tests/Fakes/FakeMachineCounters.h"
@@ -164,6 +165,13 @@ TEST_F(HealthCommandsTests, alertsComeFromTheKeeper) {
   EXPECT_THAT(out, HasSubstr("  A\\x09is busy\n                  11%\n"));
   EXPECT_EQ(run({"alerts", "--json"}), exitOK);
   EXPECT_THAT(out, HasSubstr(R"({"alerts":[{"id":"1","kind":"cpu","title":"A\tis busy")"));
+  EXPECT_THAT(out, HasSubstr(R"("new":1})"));
+  EXPECT_EQ(run({"alerts", "seen"}), exitOK);
+  EXPECT_THAT(out, HasSubstr("marked as seen: 1."));
+  EXPECT_EQ(run({"alerts"}), exitOK);
+  EXPECT_THAT(out, Not(HasSubstr("seen")));
+  static_cast<FakeUserDefaults&>(*host.defaults).readOnly = true;
+  EXPECT_EQ(run({"alerts", "seen"}), exitFailed);
 }
 
 TEST_F(HealthCommandsTests, aKeeperThatIsSilentIsNotCalledAbsent) {
@@ -214,7 +222,14 @@ TEST_F(HealthCommandsTests, switches) {
 TEST_F(HealthCommandsTests, theReportReadsTheHistoryAndSendsNothing) {
   EXPECT_EQ(run({"report"}), exitOK);
   EXPECT_THAT(out, HasSubstr("No health score was recorded"));
+  EXPECT_EQ(run({"report", "last"}), exitOK);
+  EXPECT_THAT(out, HasSubstr("No weekly report has been sent yet."));
   EXPECT_TRUE(static_cast<FakeUserDefaults&>(*host.defaults).changed.empty());
+  host.defaults->set("weeklyReport.last", toValue(SentReport{clock.now(), "Your week", "Busy."}));
+  EXPECT_EQ(run({"report", "last"}), exitOK);
+  EXPECT_THAT(out, HasSubstr("Your week\nBusy.\nSent on "));
+  EXPECT_EQ(run({"report", "last", "--json"}), exitOK);
+  EXPECT_THAT(out, HasSubstr(R"("title":"Your week","body":"Busy."}})"));
   EXPECT_FALSE(std::filesystem::exists(host.folders.data + "/history.sqlite"));
 }
 

@@ -81,6 +81,10 @@ TEST_F(SendingTests, oncePerWeekFromMondayNineOn) {
                                          "Editor used the most memory, 2.79 GB on average.", Urgency::low}));
   }
   EXPECT_EQ(defaults.date(sentKey), at("2026-03-02T09:00:00Z"));
+  const auto last = WeeklyReport::last(defaults);
+  ASSERT_TRUE(last);
+  EXPECT_EQ(*last, (SentReport{at("2026-03-02T09:00:00Z"), notifications.posted[0].title,
+                               notifications.posted[0].body}));
   record(50);
   sendAt("2026-03-12T17:00:00Z"); // the machine slept through Monday
   ASSERT_THAT(notifications.posted, SizeIs(2));
@@ -88,11 +92,14 @@ TEST_F(SendingTests, oncePerWeekFromMondayNineOn) {
 }
 
 TEST_F(SendingTests, whatIsStoredDecides) {
+  const SentReport before{at("2026-02-23T09:00:00Z"), "Your Mac last week: 70 out of 100", "Busy."};
+  defaults.set("weeklyReport.last", toValue(before));
   record(std::nullopt);
   sendAt("2026-03-02T09:00:00Z");
   record(88);
   sendAt("2026-03-02T09:10:00Z");
   EXPECT_THAT(notifications.posted, IsEmpty()) << "a week without score counts as sent";
+  EXPECT_EQ(WeeklyReport::last(defaults), before);
   const struct {
     const char* name;
     Value enabled, lastSent;
