@@ -66,26 +66,28 @@ Usage readUsage(Context& context) {
   return usage;
 }
 
+struct OutcomeRow {
+  AIUsageScanner::Outcome outcome;
+  const char* sentence;
+  const char* withFigures; ///< where there are some, from before
+};
+constexpr OutcomeRow outcomes[] = {
+    {AIUsageScanner::Outcome::locked, "another Korvell is reading the logs",
+     "another Korvell is reading the logs; these are the figures from before"},
+    {AIUsageScanner::Outcome::foreign, "{path} was changed by another version of Korvell",
+     "{path} was changed by another version of Korvell; these are the figures from before"},
+    {AIUsageScanner::Outcome::full, "there is no room on the disk for {path}",
+     "there is no room on the disk for {path}; these are the figures from before"},
+    {AIUsageScanner::Outcome::failed, "{path} can't be read or written",
+     "{path} can't be read or written; these are the figures from before"},
+};
+
 /// Says what kept the figures from being up to date.
 int report(Context& context, const Usage& usage) {
-  const auto path = usage.putAside.value_or(usage.databasePath);
-  const auto say = [&](const char* text, const std::string& more = {}) {
-    return fail(context, localized(text, {{"path", escapedControls(path)}}) + more);
-  };
-  const auto old = usage.summary.rows.empty() ? "" : localized("; these are the figures from before");
-  switch (usage.outcome) {
-  case AIUsageScanner::Outcome::locked:
-    return say("another Korvell is reading the logs", old);
-  case AIUsageScanner::Outcome::foreign:
-    return say("{path} was changed by another version of Korvell", old);
-  case AIUsageScanner::Outcome::full:
-    return say("there is no room on the disk for {path}", old);
-  case AIUsageScanner::Outcome::failed:
-    return say("{path} can't be read or written", old);
-  case AIUsageScanner::Outcome::cancelled:
-  case AIUsageScanner::Outcome::done:
-    break;
-  }
+  const auto path = escapedControls(usage.putAside.value_or(usage.databasePath));
+  const auto say = [&](const char* text) { return fail(context, localized(text, {{"path", path}})); };
+  const auto row = std::ranges::find(outcomes, usage.outcome, &OutcomeRow::outcome);
+  if (row != std::end(outcomes)) return say(usage.summary.rows.empty() ? row->sentence : row->withFigures);
   if (usage.putAside)
     say("the usage database was damaged and is kept as {path}; the last 30 days were counted anew");
   return exitOK;
@@ -211,13 +213,14 @@ private:
 };
 
 void printCosts(Context& context, const Usage& usage, const View& view) {
-  const auto cost = [&](const std::string& label, Date since) {
-    context.out.line(context.out.ink(Ink::dim, label + ": " +
-                                                   costText(usage.summary.total(since, view.tool)) + " " +
-                                                   localized("at API list prices")));
+  const auto cost = [&](const char* text, Date since) {
+    const auto shown = costText(usage.summary.total(since, view.tool));
+    context.out.line(
+        context.out.ink(Ink::dim, localized(text, {{"cost", shown}, {"period", title(view.period)}})));
   };
-  cost(localized("API-equivalent today"), AIUsageSummary::startOfPeriod(1, usage.now, usage.zone));
-  if (view.period != AIPeriod::today) cost(localized("API-equivalent, ") + title(view.period), view.since);
+  cost("API-equivalent today: {cost} at API list prices",
+       AIUsageSummary::startOfPeriod(1, usage.now, usage.zone));
+  if (view.period != AIPeriod::today) cost("API-equivalent, {period}: {cost} at API list prices", view.since);
   const auto total = usage.summary.total(view.since, view.tool);
   if (total.unpriced > 0)
     context.out.line(context.out.ink(
@@ -245,7 +248,8 @@ void print(Context& context, const Usage& usage, const View& view) {
   printCosts(context, usage, view);
   out.line(out.ink(Ink::dim, localized("From ~/.claude and ~/.codex, nothing leaves your Mac.")));
   const auto time = localTime(usage.zone, usage.summary.updatedAt.value_or(usage.now));
-  out.line(out.ink(Ink::dim, localized("Updated ") + fmt::format("{:02}:{:02}", time.hour, time.minute)));
+  const auto clock = fmt::format("{:02}:{:02}", time.hour, time.minute);
+  out.line(out.ink(Ink::dim, localized("Updated {time}", {{"time", clock}})));
 }
 
 View viewOf(const Arguments& arguments, const Usage& usage) {
@@ -285,17 +289,19 @@ int runLimits(Context& context, const Arguments& arguments) {
   } else if (!limits) {
     context.out.line(localized("no Codex sessions yet"));
   } else {
-    auto plan = localized("Codex plan") + (limits->plan ? ": " + escapedControls(*limits->plan) : "");
+    const auto plan = limits->plan
+                          ? localized("Codex plan: {plan}", {{"plan", escapedControls(*limits->plan)}})
+                          : localized("Codex plan");
     context.out.line(truncatedToWidth(plan, context.out.columns()));
     Table table({{""}, {""}, {"", Column::Align::right}, {""}});
     for (const auto& limit : limits->limits()) {
       const bool running = limit.resetsAt > usage.now;
       const auto used = limit.wholePercent();
       const auto ink = !running ? Ink::dim : limit.usedPercent >= alertPercent ? Ink::warning : Ink::good;
-      table.row({limit.name() + localized(" limit"),
+      table.row({localized("{window} limit", {{"window", limit.name()}}),
                  {bar(limit.usedPercent / 100, limitBarWidth), ink},
                  {used ? fmt::format("{}%", *used) : noFigure, ink},
-                 {running ? localized("resets ") + resetText(usage.zone, limit.resetsAt)
+                 {running ? localized("resets {time}", {{"time", resetText(usage.zone, limit.resetsAt)}})
                           : localized("window has reset"),
                   Ink::dim}});
     }

@@ -143,7 +143,8 @@ void addOption(Bound& bound, const Option& option) {
   if (option.kind == Option::Kind::number)
     added->check([](const std::string& value) {
       const auto number = parseInteger<std::int64_t>(value);
-      return number && *number >= 0 ? std::string() : localized("not a whole number: ") + value;
+      return number && *number >= 0 ? std::string()
+                                    : localized("not a whole number: {value}", {{"value", value}});
     });
   added->required(option.required);
   bound.options.emplace_back(&option, added);

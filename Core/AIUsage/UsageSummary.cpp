@@ -117,10 +117,10 @@ std::optional<double> listCost(std::string_view model, const Counts& counts) {
 }
 
 std::string costExplanation() {
-  return localized("API-equivalent cost is what these tokens would cost at API list prices (checked ") +
-         std::string(AIPricing::checked) +
-         localized("). Subscription plans do not pay per token. Tokens include cache reads and writes. "
-                   "Cursor keeps no usage data on this Mac, so it is not shown.");
+  return localized("API-equivalent cost is what these tokens would cost at API list prices (checked {date}). "
+                   "Subscription plans do not pay per token. Tokens include cache reads and writes. Cursor "
+                   "keeps no usage data on this Mac, so it is not shown.",
+                   {{"date", std::string(AIPricing::checked)}});
 }
 
 } // namespace korvell

@@ -19,12 +19,12 @@ constexpr LocalizedText words[] = {
      "{cycles} cycles. A new battery is worth it below 80%."},
     {"From ~/.claude and ~/.codex, nothing leaves your Mac.",
      "From ~/.claude and ~/.codex, nothing leaves your computer."},
-    {"). Subscription plans do not pay per token. Tokens include cache reads and writes. Cursor keeps no "
-     "usage "
-     "data on this Mac, so it is not shown.",
-     "). Subscription plans do not pay per token. Tokens include cache reads and writes. Cursor keeps no "
-     "usage "
-     "data on this computer, so it is not shown."},
+    {"API-equivalent cost is what these tokens would cost at API list prices (checked {date}). Subscription "
+     "plans do not pay per token. Tokens include cache reads and writes. Cursor keeps no usage data on this "
+     "Mac, so it is not shown.",
+     "API-equivalent cost is what these tokens would cost at API list prices (checked {date}). Subscription "
+     "plans do not pay per token. Tokens include cache reads and writes. Cursor keeps no usage data on this "
+     "computer, so it is not shown."},
     {"Background programs that launch with your Mac. Leftovers point to programs that no longer exist, "
      "usually "
      "from apps you already deleted.",

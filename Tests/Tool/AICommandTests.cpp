@@ -1,5 +1,6 @@
 #include "Base/Text.h"
 #include "CommandFixture.h"
+#include "Platform/Formats/LinuxWords.h"
 #include "Platform/Posix/PosixLogFiles.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
@@ -54,6 +55,10 @@ TEST_F(AICommandTests, tablesByDayModelAndProject) {
   EXPECT_THAT(output, HasSubstr("API-equivalent today: – at API list prices"));
   EXPECT_THAT(output, HasSubstr("\nCosts leave out the tokens of models without a price: 9."));
   EXPECT_THAT(output, HasSubstr("2026-09-25). Subscription"));
+  setLocalization(linuxWords());
+  EXPECT_EQ(ai({"--explain"}), exitOK);
+  setLocalization({});
+  EXPECT_THAT(output, Not(HasSubstr(" Mac"))) << "every key of a text with other words is whole";
   EXPECT_EQ(ai({"--by", "model", "--tool", "claude"}), exitOK);
   EXPECT_THAT(output, HasSubstr("$38.19\n"));
   EXPECT_THAT(output, Not(HasSubstr("leave out")));
