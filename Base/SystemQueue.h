@@ -6,5 +6,7 @@
 namespace korvell {
 
 QueueFactory systemQueueFactory();
+/// Makes queues whose work gives way to everything else, with the processes that it starts.
+QueueFactory utilityQueueFactory();
 
 } // namespace korvell

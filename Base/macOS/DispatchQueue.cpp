@@ -7,8 +7,11 @@
 namespace korvell {
 
 struct DispatchQueue::Shared {
-  explicit Shared(const std::string& label)
-      : queue(dispatch_queue_create(label.c_str(), DISPATCH_QUEUE_SERIAL)) {
+  Shared(const std::string& label, Priority priority)
+      : queue(dispatch_queue_create(label.c_str(), priority == Priority::usual
+                                                       ? DISPATCH_QUEUE_SERIAL
+                                                       : dispatch_queue_attr_make_with_qos_class(
+                                                             DISPATCH_QUEUE_SERIAL, QOS_CLASS_UTILITY, 0))) {
     dispatch_queue_set_specific(queue, this, this, nullptr);
   }
   ~Shared() { dispatch_release(queue); }
@@ -99,8 +102,8 @@ private:
 
 } // namespace
 
-DispatchQueue::DispatchQueue(std::string label)
-    : label_(std::move(label)), shared_(std::make_shared<Shared>(label_)) {}
+DispatchQueue::DispatchQueue(std::string label, Priority priority)
+    : label_(std::move(label)), shared_(std::make_shared<Shared>(label_, priority)) {}
 
 DispatchQueue::~DispatchQueue() {
   shared_->stopping = true;

@@ -9,7 +9,8 @@ namespace korvell {
 
 class DispatchQueue final : public Queue {
 public:
-  explicit DispatchQueue(std::string label);
+  enum class Priority { usual, utility };
+  explicit DispatchQueue(std::string label, Priority priority = Priority::usual);
   ~DispatchQueue() override;
   DispatchQueue(const DispatchQueue&) = delete;
   DispatchQueue& operator=(const DispatchQueue&) = delete;

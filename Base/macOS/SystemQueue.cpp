@@ -8,4 +8,10 @@ QueueFactory systemQueueFactory() {
   return [](std::string label) { return std::make_unique<DispatchQueue>(std::move(label)); };
 }
 
+QueueFactory utilityQueueFactory() {
+  return [](std::string label) {
+    return std::make_unique<DispatchQueue>(std::move(label), DispatchQueue::Priority::utility);
+  };
+}
+
 } // namespace korvell
