@@ -139,6 +139,8 @@ std::string_view actionName(const ActionRequest& request);
 Value toValue(const ActionRequest& request, std::string_view verb = "do");
 /// Why it is none, in words for whoever wrote it.
 Result<ActionRequest> readActionRequest(const Value& value, std::string_view verb = "do");
+/// Why not, of a name that nobody knows: a keeper of another version answers that too.
+inline constexpr const char* unknownRequest = "unknown request";
 /// Every name, in the order of the variant.
 std::vector<std::string_view> actionNames();
 

@@ -50,7 +50,8 @@ struct ActionAnswer {
   bool worked = false;
   std::string message = {};               ///< in a sentence or two, localised; why not, when it did not work
   std::vector<std::string> problems = {}; ///< what else there is to say, a sentence each
-  Value json = Value::object();           ///< what the command prints as JSON; empty when nothing was begun
+  Value json = Value::object();           ///< what the command prints as JSON; empty when it was refused
+  bool isKnown = true; ///< false: it may have been begun, and nobody tells what became of it
 
   static ActionAnswer refused(std::string why) { return {false, std::move(why)}; }
   bool operator==(const ActionAnswer&) const = default;
@@ -62,8 +63,8 @@ public:
   /// What would be done, without doing it; a failure says why it can't be done.
   using Described = std::function<void(const Result<DescribedAction>&)>;
   virtual void describe(const ActionRequest& request, Described done) = 0;
-  /// Answers when the published lists show what has changed, but for applications, which take their time to
-  /// quit.
+  /// An exact request: a vague one is refused. Answers when the published lists show what has changed, but
+  /// for applications, which take their time to quit.
   using Performed = std::function<void(const ActionAnswer&)>;
   virtual void perform(const ActionRequest& request, Performed done) = 0;
 };

@@ -57,7 +57,7 @@ std::optional<HistoryProblem> AppModel::finish() {
 
 // A cycle that was under way when a list's clock was reset has handed its tick over before: queues keep their
 // order. So the next tick to be applied is one of after the reset.
-void AppModel::afterCycle(Task done) {
+void AppModel::refresh(Task done) {
   afterCycle_.push_back(std::move(done));
   timer_->schedule(Seconds(0), paceFor(watched_).interval, paceFor(watched_).leeway);
 }
@@ -65,20 +65,26 @@ void AppModel::afterCycle(Task done) {
 void AppModel::stop(const DevServer& server, std::function<void(StopOutcome)> done) {
   const auto finished = [&main = main_, watch = life_.watch(), done](StopOutcome outcome) {
     main.async([watch, done, outcome] {
-      if (auto* model = watch.get()) model->afterCycle([done, outcome] { done(outcome); });
+      if (auto* model = watch.get()) model->refresh([done, outcome] { done(outcome); });
     });
   };
   sampler_->queue().async([actions = actions_.get(), pid = server.pid, startedAt = server.startedAt,
                            finished] { actions->stopServer(pid, startedAt, finished); });
 }
 
-void AppModel::quit(const AppUsage& app, bool force, std::function<void(QuitResult)> done) {
+void AppModel::targets(const AppUsage& app, bool force, std::function<void(std::vector<QuitTarget>)> done) {
   sampler_->queue().async(
       [watch = life_.watch(), actions = actions_.get(), &main = main_, app, force, done = std::move(done)] {
-        main.async([watch, targets = actions->targets(app, force, getpid()), force, done] {
-          if (auto* model = watch.get()) model->quit(targets, force, done);
+        main.async([watch, targets = actions->targets(app, force, getpid()), done] {
+          if (watch.get()) done(targets);
         });
       });
+}
+
+void AppModel::quit(const AppUsage& app, bool force, std::function<void(QuitResult)> done) {
+  targets(app, force, [this, force, done = std::move(done)](std::vector<QuitTarget> targets) {
+    quit(std::move(targets), force, done);
+  });
 }
 
 void AppModel::quit(const std::string& bundlePath, std::function<void(QuitResult)> done) {
@@ -105,7 +111,7 @@ void AppModel::rescanStartupItems(Task done) {
       [sampler = sampler_.get(), watch = life_.watch(), &main = main_, done = std::move(done)] {
         sampler->runSoon(SlowPart::startupItems);
         main.async([watch, done] {
-          if (auto* model = watch.get()) model->afterCycle(done);
+          if (auto* model = watch.get()) model->refresh(done);
         });
       });
 }

@@ -61,10 +61,14 @@ public:
   void quit(const std::string& bundlePath, std::function<void(QuitResult)> done);
   /// The same of processes that somebody else saw.
   void quit(std::vector<QuitTarget> targets, bool force, std::function<void(QuitResult)> done);
+  /// Who would be ended, as the last cycle found them: see quitTargets().
+  void targets(const AppUsage& app, bool force, std::function<void(std::vector<QuitTarget>)> done);
   void rescanStartupItems(Task done);
   /// Stops a leftover's job and moves its file to the Trash.
   void remove(const StartupItem& item, std::function<void(Outcome)> done);
 
+  /// A cycle at once; `done` when the values are those of one that began after this call.
+  void refresh(Task done);
   /// The user has just opened something: the fast pace, at once.
   void wake();
   /// How many processes show this model to somebody; the fast pace while there are any.
@@ -78,7 +82,6 @@ public:
 private:
   void stop();
   void apply(const Tick& tick);
-  void afterCycle(Task done);
   void setWatched(bool watched, Seconds first);
   void publish(const Tick& tick, Publication& publication);
   std::vector<HealthAlert> withOlder(std::vector<HealthAlert> newest) const;

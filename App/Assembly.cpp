@@ -5,6 +5,7 @@
 #include "Core/Health/AlertPosting.h"
 #include "Core/Machine/LinuxOwners.h"
 #include "Core/Machine/MacOwners.h"
+#include "Core/Storage/StorageHost.h"
 
 #include <filesystem>
 
@@ -99,6 +100,31 @@ std::unique_ptr<AppModel> Assembly::makeWatchingModel(Queue& main, const Attenti
                                     attention,
                                     AppModel::Seams{own.state, own.defaults, silent_, own.processes,
                                                     own.launchItems, own.trash, own.makeQueue});
+}
+
+namespace {
+
+struct OwnedStorage {
+  std::unique_ptr<Queue> queue;
+  std::unique_ptr<StorageScanner> scanner; ///< ends before its queue
+};
+
+} // namespace
+
+std::function<StorageScanner&()> Assembly::lateStorageScanner(Queue& main) {
+  return [this, &main, owned = std::make_shared<OwnedStorage>()]() -> StorageScanner& {
+    if (!owned->scanner) {
+      owned->queue = utilityQueueFactory()("Korvell.storage");
+      owned->scanner = std::make_unique<StorageScanner>(makeStorageWork(host_, clock_), *host_.defaults, main,
+                                                        *owned->queue);
+    }
+    return *owned->scanner;
+  };
+}
+
+std::unique_ptr<ModelActions> Assembly::makeActions(Queue& main, std::function<AppModel&()> model) {
+  return std::make_unique<ModelActions>(main, ModelActions::Parts{std::move(model), lateStorageScanner(main),
+                                                                  *host_.defaults, systemQueueFactory()});
 }
 
 std::unique_ptr<AIUsageStore> Assembly::makeAIUsageStore(Queue& main) {

@@ -3,6 +3,7 @@
 // interface and commands that measure by themselves. Outlives the samplers that it makes.
 
 #include "App/AppModel.h"
+#include "App/ModelActions.h"
 #include "Base/Queue.h"
 #include "Core/AIUsage/AIUsageStore.h"
 #include "Core/Loop/Sampler.h"
@@ -30,6 +31,11 @@ public:
   std::unique_ptr<ProcessSampler> makeProcessSampler();
   /// The accounting of what AI coding tools used, which publishes on `main`. Null where logs can't be read.
   std::unique_ptr<AIUsageStore> makeAIUsageStore(Queue& main);
+  /// The storage scanner of the process, with a work queue of low priority. Both are made by the first call
+  /// and end with the last copy of the function, before `main`.
+  std::function<StorageScanner&()> lateStorageScanner(Queue& main);
+  /// Actions over a model, or one that is made when it is first needed. It outlives them.
+  std::unique_ptr<ModelActions> makeActions(Queue& main, std::function<AppModel&()> model);
   /// What ending processes takes.
   QuitServices quitServices() { return {*host_.processes, *host_.applications, *host_.processControl}; }
 

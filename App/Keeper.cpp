@@ -24,10 +24,9 @@ Value accepted(const Value& members) {
 
 } // namespace
 
-Keeper::Keeper(Queue& main, AppModel& model)
-    : main_(main), model_(model), cycles_(model.cycle.observe([this](std::int64_t) { pushCycle(); })) {
-  addModelActions(*this, model);
-}
+Keeper::Keeper(Queue& main, AppModel& model, Actions& actions)
+    : main_(main), model_(model), actions_(actions),
+      cycles_(model.cycle.observe([this](std::int64_t) { pushCycle(); })) {}
 
 Keeper::~Keeper() {
   server_.reset();
@@ -54,10 +53,19 @@ void Keeper::receive(const Value& request, const LineServer::Peer& peer) {
 
 void Keeper::handle(const Value& request, Answer answer) {
   if (isAsking(request, "state")) return answer(accepted(PartSelection::of(request).state(model_)));
+  if (isAsking(request, "actions")) return answer(accepted(names()));
+  if (isActionRequest(request)) return carryOut(actions_, request, std::move(answer));
   const auto* what = request.find("do");
-  const auto action = what && what->asString() ? actions_.find(*what->asString()) : actions_.end();
-  if (action == actions_.end()) return answer(refusal("unknown request"));
+  const auto action = what && what->asString() ? own_.find(*what->asString()) : own_.end();
+  if (action == own_.end()) return answer(refusal(unknownRequest));
   action->second(request, std::move(answer));
+}
+
+Value Keeper::names() const {
+  Value names = Value::array();
+  for (const auto name : actionNames()) names.append(name);
+  for (const auto& [name, action] : own_) names.append(name);
+  return Value::object({{"actions", std::move(names)}});
 }
 
 void Keeper::subscribe(const Value& request, const LineServer::Peer& peer) {

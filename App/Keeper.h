@@ -6,12 +6,15 @@
 //   {"ask":"subscription","parts":[…],"watching":true}
 //                                          the same, and from then on what each cycle changed, a line a
 //                                          cycle; the fast pace while somebody watches
-//   {"do":"NAME", …}                       an action; KeeperActions.h has those of the model
+//   {"ask":"actions"}                      the names of the actions
+//   {"describe":"NAME", …}                 what an action would do; see KeeperActions.h
+//   {"do":"NAME", …}                       does it
 //
 // An answer is {"ok":true, …} or {"ok":false,"error":"…"}. Asking changes nothing else. A subscriber that is
 // late with fetching a line misses cycles, not changes, and is dropped after ten seconds. Lives on the main
 // queue; the socket's thread only hands lines over. Destroyed before the model.
 
+#include "App/Actions.h"
 #include "App/AppModel.h"
 #include "App/LineServer.h"
 #include "App/ModelParts.h"
@@ -30,15 +33,16 @@ public:
   /// Does what a request asks, on the main queue, and answers once, on the main queue.
   using Action = std::function<void(const Value& request, Answer answer)>;
 
-  Keeper(Queue& main, AppModel& model);
+  /// Both outlive it.
+  Keeper(Queue& main, AppModel& model, Actions& actions);
   ~Keeper();
   Keeper(const Keeper&) = delete;
   Keeper& operator=(const Keeper&) = delete;
 
   /// Starts to answer; false when the socket can't be made, and then the keeper works without.
   bool listen(const std::string& socketPath);
-  /// Teaches the keeper an action for {"do":"NAME", …}.
-  void addAction(std::string name, Action action) { actions_[std::move(name)] = std::move(action); }
+  /// Teaches the keeper an action of its process for {"do":"NAME", …}, beside the actions of all.
+  void addAction(std::string name, Action action) { own_[std::move(name)] = std::move(action); }
   /// Answers a request as if it had come through the socket; subscriptions need the socket.
   void handle(const Value& request, Answer answer);
 
@@ -53,10 +57,12 @@ private:
   void subscribe(const Value& request, const LineServer::Peer& peer);
   void pushCycle();
   void countOnlookers();
+  Value names() const;
 
   Queue& main_;
   AppModel& model_;
-  std::map<std::string, Action, std::less<>> actions_;
+  Actions& actions_;
+  std::map<std::string, Action, std::less<>> own_;
   std::vector<Subscriber> subscribers_;
   Subscription cycles_;
   Lifeline<Keeper> life_{*this};

@@ -1,20 +1,27 @@
 #pragma once
-// What the keeper does for other processes, each {"do":"NAME", …} on a line:
+// What the keeper does for other processes, on a line each: the requests of ActionRequest.h,
 //
-//   {"do":"stopServer","pid":1234,"startedAt":"2026-03-01T12:34:56.789Z"}   -> "outcome"
-//   {"do":"quit","processes":[{"pid":1234,"start":5678}],"force":false}     -> "sent", "gone", "denied"
-//   {"do":"rescanStartupItems"}                                             -> "startupItems"
-//   {"do":"removeStartupItem","plistPath":"…","label":"…","program":"…"}
+//   {"describe":"NAME", …}   -> {"ok":true,"request":{"do":"NAME", …},"description":{…}}
+//   {"do":"NAME", …}         -> {"ok":true,"sentence":"…","notes":["…"], …}
 //
-// Only servers and startup items that the model lists are touched, and processes only while they still are
-// those that the caller saw ("start" as the process table tells it). The answer comes when the lists are up
-// to date again.
+// with what else there is to say and the members that the command prints as JSON behind the sentence. "ok" is
+// false when it did not work; what is refused answers {"ok":false,"error":"…"}. "do" takes exact requests, as
+// describing hands them back.
 
-#include "App/Keeper.h"
+#include "App/Actions.h"
+
+#include <functional>
+#include <optional>
 
 namespace korvell {
 
-/// Teaches the keeper all of them; the model outlives it.
-void addModelActions(Keeper& keeper, AppModel& model);
+/// True for a request that carryOut() answers, be it only by refusing it.
+bool isActionRequest(const Value& request);
+/// Answers once, on the main queue.
+void carryOut(Actions& actions, const Value& request, std::function<void(const Value&)> answer);
+
+/// The answer as the other process reads it; nothing when it is none.
+Result<DescribedAction> readDescribed(const Value& answer);
+ActionAnswer readAnswer(const Value& answer);
 
 } // namespace korvell

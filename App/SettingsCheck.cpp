@@ -9,7 +9,6 @@
 #include "Core/Storage/StorageModels.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace korvell {
 
@@ -47,28 +46,36 @@ constexpr KindRow kinds[] = {
      [](const Value& value) { return sentReport(value).has_value(); }},
 };
 
+struct Setting {
+  std::string key;
+  Kind kind;
+  bool isUsers = true; ///< to choose; the others are what Korvell remembers
+};
+
 /// Every setting whose name is known beforehand.
-std::vector<std::pair<std::string, Kind>> settings() {
-  std::vector<std::pair<std::string, Kind>> all = {{std::string(menuBarStyleKey), Kind::menuBarStyle}};
+std::vector<Setting> settings() {
+  std::vector<Setting> all = {{std::string(menuBarStyleKey), Kind::menuBarStyle}};
   for (const auto& kind : allCases<HealthAlert::Kind>())
-    all.emplace_back(defaultsKey(kind.value), Kind::truth);
-  all.emplace_back(WeeklyReport::enabledKey, Kind::truth);
-  all.emplace_back(alertsSeenKey, Kind::date);
-  all.emplace_back(WeeklyReport::lastSentKey, Kind::date);
-  all.emplace_back(WeeklyReport::lastReportKey, Kind::report);
-  all.emplace_back(StorageLog::totalKey, Kind::number);
-  all.emplace_back(StorageLog::logKey, Kind::freedLog);
+    all.push_back({defaultsKey(kind.value), Kind::truth});
+  all.push_back({std::string(WeeklyReport::enabledKey), Kind::truth});
+  all.push_back({std::string(alertsSeenKey), Kind::date, false});
+  all.push_back({std::string(WeeklyReport::lastSentKey), Kind::date, false});
+  all.push_back({std::string(WeeklyReport::lastReportKey), Kind::report, false});
+  all.push_back({std::string(StorageLog::totalKey), Kind::number, false});
+  all.push_back({std::string(StorageLog::logKey), Kind::freedLog, false});
   return all;
 }
+
+const KindRow& rowOf(Kind kind) { return *std::ranges::find(kinds, kind, &KindRow::kind); }
 
 } // namespace
 
 std::vector<std::string> settingsTroubles(const UserDefaults& defaults) {
   std::vector<std::string> troubles;
   if (auto trouble = defaults.trouble()) troubles.push_back(std::move(*trouble));
-  for (const auto& [key, kind] : settings()) {
+  for (const auto& [key, kind, isUsers] : settings()) {
     const auto value = defaults.value(key);
-    const auto& row = *std::ranges::find(kinds, kind, &KindRow::kind);
+    const auto& row = rowOf(kind);
     if (!value || row.fits(*value)) continue;
     const auto found = truncatedToWidth(escapedControls(dumpJSON(*value)), mostColumns);
     const auto sentence =
@@ -79,6 +86,17 @@ std::vector<std::string> settingsTroubles(const UserDefaults& defaults) {
         localized(sentence, {{"key", key}, {"expected", localized(row.expected)}, {"found", found}}));
   }
   return troubles;
+}
+
+std::string settingRefusal(std::string_view key, const Value& value) {
+  const auto all = settings();
+  const auto setting = std::ranges::find(all, key, &Setting::key);
+  if (setting == all.end()) return localized("There is no setting {key}.", {{"key", std::string(key)}});
+  if (!setting->isUsers) return localized("Korvell keeps {key} by itself.", {{"key", std::string(key)}});
+  const auto& row = rowOf(setting->kind);
+  if (value.isNull() || row.fits(value)) return "";
+  return localized("The setting {key} takes {expected}.",
+                   {{"key", std::string(key)}, {"expected", localized(row.expected)}});
 }
 
 SettingsWatch::SettingsWatch(Queue& queue, const UserDefaults& defaults,

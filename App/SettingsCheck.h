@@ -8,12 +8,17 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace korvell {
 
 /// A sentence or two for each trouble, localised; empty while all is well. Reads the stored settings.
 std::vector<std::string> settingsTroubles(const UserDefaults& defaults);
+
+/// Why a setting is not stored as somebody wishes, localised; empty when it can be: a key that nobody knows,
+/// one that Korvell keeps for itself, a value that it does not take. A null stands for the default.
+std::string settingRefusal(std::string_view key, const Value& value);
 
 /// Looks again every minute and tells what has become wrong since it was made, each trouble once. Lives on
 /// the queue that it is given, where it also tells.

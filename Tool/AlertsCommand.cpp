@@ -1,11 +1,13 @@
 // korvell alerts: what the keeper has raised, and the switches of the kinds.
 
+#include "App/JSONDocuments.h"
 #include "Base/LocalTime.h"
 #include "Base/Result.h"
 #include "Base/Text.h"
 #include "Core/Health/AlertPosting.h"
 #include "Core/Health/SeenAlerts.h"
 #include "Tool/AskKeeper.h"
+#include "Tool/CommandActions.h"
 #include "Tool/Commands.h"
 #include "Tool/Table.h"
 #include "Tool/Wrap.h"
@@ -31,15 +33,6 @@ Result<std::vector<HealthAlert>> raisedAlerts(Context& context) {
   return Failure{state.isSilent
                      ? silence(state)
                      : localized("alerts need a running Korvell: the application, or \"korvell run\"")};
-}
-
-Value kindsValue(const UserDefaults& defaults) {
-  Value kinds = Value::array();
-  for (const auto& kind : allCases<Kind>())
-    kinds.append(Value::object({{"kind", kind.rawValue},
-                                {"title", localized(kind.title)},
-                                {"enabled", isEnabled(kind.value, defaults)}}));
-  return kinds;
 }
 
 /// The time in a column of its own, title and detail beside it.
@@ -90,7 +83,7 @@ int markAlertsSeen(Context& context, const Arguments& arguments) {
 int listKinds(Context& context, const Arguments& arguments) {
   const auto& defaults = *context.host.defaults;
   if (arguments.flag("--json")) {
-    printJSON(context.out, Value::object({{"kinds", kindsValue(defaults)}}));
+    printJSON(context.out, alertKindsValue(defaults));
     return exitOK;
   }
   Table table({{localized("Kind")}, {localized("Alerts")}, {localized("When"), Column::Align::left, true}});
@@ -106,8 +99,9 @@ int listKinds(Context& context, const Arguments& arguments) {
 
 int setKind(Context& context, const Arguments& arguments, bool enabled) {
   const auto kind = *fromRawValue<Kind>(arguments.text("KIND").value_or(""));
-  if (!context.host.defaults->set(defaultsKey(kind), enabled)) return failToStore(context);
-  return listKinds(context, arguments);
+  const auto answer = CommandActions(context, CommandActions::Where::keeperOrHere)
+                          .perform(SwitchAlertsRequest{kind, enabled});
+  return answer.worked ? listKinds(context, arguments) : fail(context, answer.message);
 }
 
 Option kindOption() { return {"KIND", Option::Kind::positional, "Which alerts", choicesOf<Kind>(), true}; }

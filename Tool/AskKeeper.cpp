@@ -51,11 +51,14 @@ KeeperAnswer askKeeper(Context& context, std::initializer_list<const char*> part
   return noted(context, std::move(state));
 }
 
-KeeperAnswer tellKeeper(Context& context, const Value& request, Seconds patience) {
+bool keeperActs(Context& context) {
   auto client = KeeperClient::connect(context.host.folders);
-  if (client && client->ask(stateRequest({}), context.keeperPatience))
-    if (auto answer = client->ask(request, patience)) return {.value = std::move(answer)};
-  return noted(context, unanswered(context.host.folders));
+  const auto answer =
+      client ? client->ask(Value::object({{"ask", "actions"}}), context.keeperPatience) : std::nullopt;
+  if (!answer) noted(context, unanswered(context.host.folders));
+  if (!answer || answer->find("actions")) return answer.has_value();
+  fail(context, localized("The Korvell that runs is of another version; this is done without it."));
+  return false;
 }
 
 } // namespace korvell

@@ -29,7 +29,8 @@ std::string silence(const KeeperAnswer& answer);
 KeeperAnswer keeperState(Context& context, std::initializer_list<const char*> parts);
 /// The same for what is measured. That the keeper is silent or starting is said on standard error.
 KeeperAnswer askKeeper(Context& context, std::initializer_list<const char*> parts);
-/// Has the keeper do something, which may take `patience`. That it is silent is said on standard error.
-KeeperAnswer tellKeeper(Context& context, const Value& request, Seconds patience);
+/// True when there is a keeper that does what it is asked. That it is silent, or of another version, is said
+/// on standard error.
+bool keeperActs(Context& context);
 
 } // namespace korvell

@@ -104,7 +104,5 @@ std::string terminalJSON(const Value& value);
 
 /// A message on standard error, "korvell: …", and the exit code to return.
 int fail(Context& context, std::string_view message, ExitCode code = exitFailed);
-/// The same for a setting that was not stored.
-int failToStore(Context& context);
 
 } // namespace korvell

@@ -53,12 +53,6 @@ void printJSON(Terminal& out, const Value& value) {
   out.writeRaw(out.isTerminal() ? terminalJSON(value) : dumpJSON(value) + "\n");
 }
 
-int failToStore(Context& context) {
-  const bool unreadable = context.host.defaults->trouble().has_value();
-  return fail(context, unreadable ? localized("nothing was changed: the settings have to be mended first")
-                                  : localized("the setting could not be stored"));
-}
-
 int fail(Context& context, std::string_view message, ExitCode code) {
   if (!context.failure) context.failure = message;
   context.err.line("korvell: " + std::string(message));

@@ -14,7 +14,13 @@ int millisecondsUntil(Seconds instant, Seconds now) {
 
 } // namespace
 
-HeadlessLoop::HeadlessLoop() : main_("main", [this] { wake_.wake(); }), signals_(wake_) {}
+HeadlessLoop::HeadlessLoop() : main_("main", [this] { wake_.wake(); }) { signals_.emplace(wake_); }
+
+void HeadlessLoop::withoutSignals(const Task& work) {
+  signals_.reset();
+  work();
+  signals_.emplace(wake_);
+}
 
 void HeadlessLoop::run() {
   quit_ = false;
@@ -27,7 +33,7 @@ bool HeadlessLoop::wait() {
   pollfd polled{wake_.descriptor(), POLLIN, 0};
   poll(&polled, 1, deadline ? millisecondsUntil(deadline->due, main_.clock().monotonic()) : -1);
   wake_.drain();
-  return !signals_.taken();
+  return !signals_->taken();
 }
 
 } // namespace korvell

@@ -6,6 +6,8 @@
 #include "App/EndSignals.h"
 #include "Base/HostedQueue.h"
 
+#include <optional>
+
 namespace korvell {
 
 class HeadlessLoop {
@@ -17,13 +19,15 @@ public:
   Queue& main() { return main_; }
   void run();
   void quit() { quit_ = true; } ///< from a task of the main queue
+  /// Meanwhile signals do what they did before this loop was made: they end the process.
+  void withoutSignals(const Task& work);
 
 private:
   bool wait(); ///< false when a signal asked to end
   WakePipe wake_;
   HostedQueue main_;
   bool quit_ = false;
-  EndSignals signals_; ///< last: while the pipe is there that they write to
+  std::optional<EndSignals> signals_; ///< last: while the pipe is there that they write to
 };
 
 } // namespace korvell

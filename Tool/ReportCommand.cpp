@@ -5,6 +5,7 @@
 #include "Base/SystemQueue.h"
 #include "Base/Text.h"
 #include "Core/Health/WeeklyReport.h"
+#include "Tool/CommandActions.h"
 #include "Tool/Commands.h"
 #include "Tool/UnreadableHistory.h"
 #include "Tool/Wrap.h"
@@ -60,7 +61,9 @@ int printLastReport(Context& context, const Arguments& arguments) {
 }
 
 int setReport(Context& context, const Arguments& arguments, bool enabled) {
-  if (!WeeklyReport::setEnabled(enabled, *context.host.defaults)) return failToStore(context);
+  const ChangeSettingRequest request{std::string(WeeklyReport::enabledKey), enabled};
+  const auto answer = CommandActions(context, CommandActions::Where::keeperOrHere).perform(request);
+  if (!answer.worked) return fail(context, answer.message);
   if (arguments.flag("--json")) {
     printJSON(context.out, Value::object({{"enabled", enabled}}));
     return exitOK;

@@ -60,7 +60,8 @@ Kept keep(Context& context, HeadlessLoop& loop, const KeeperLock& lock) {
       loop.main(), unwatched, [&context](const std::string& trouble) { sayTrouble(context, trouble); });
   const auto problems = model->historyProblem.observe(
       [&context](const std::optional<HistoryProblem>& problem) { sayProblem(context, problem); });
-  Keeper keeper(loop.main(), *model);
+  const auto actions = assembly.makeActions(loop.main(), [&model]() -> AppModel& { return *model; });
+  Keeper keeper(loop.main(), *model, *actions);
   const SettingsWatch settings(loop.main(), *context.host.defaults,
                                [&context](const std::string& trouble) { sayTrouble(context, trouble); });
   Kept kept;

@@ -1,13 +1,12 @@
 // korvell servers: the development servers by project, and stopping them.
 
-#include "App/Assembly.h"
 #include "Base/Format.h"
 #include "Base/Text.h"
 #include "Core/Machine/CPUScale.h"
 #include "Tool/AskKeeper.h"
+#include "Tool/CommandActions.h"
 #include "Tool/Commands.h"
 #include "Tool/Confirmation.h"
-#include "Tool/HeadlessLoop.h"
 #include "Tool/Measure.h"
 #include "Tool/Table.h"
 #include "Tool/Wrap.h"
@@ -25,9 +24,6 @@ struct Found {
   bool fromKeeper = false;
   bool keeperIsRunning = false; ///< where it told nothing, that was said
 };
-
-/// The first signal, three seconds, the second one, and some time for a busy keeper.
-constexpr Seconds stopPatience{8};
 
 Found findServers(Context& context) {
   Found found;
@@ -110,133 +106,27 @@ int listServers(Context& context, const Arguments& arguments) {
 
 // Stopping
 
-/// The keeper does it; nothing when it does not answer or refuses.
-std::optional<StopOutcome> stopThroughKeeper(Context& context, const DevServer& server) {
-  const auto answer = tellKeeper(context,
-                                 Value::object({{"do", "stopServer"},
-                                                {"pid", std::int64_t{server.pid}},
-                                                {"startedAt", rfc3339(server.startedAt)}}),
-                                 stopPatience);
-  const auto* told = answer ? answer->find("outcome") : nullptr;
-  if (!told || !told->asString()) return answer ? std::optional(StopOutcome::gone) : std::nullopt;
-  return fromRawValue<StopOutcome>(*told->asString());
-}
-
-std::optional<StopOutcome> stopHere(Context& context, const DevServer& server) {
-  Assembly assembly(context.host, context.clock);
-  HeadlessLoop loop;
-  const auto sampler = assembly.makeSampler(nullptr);
-  ProcessActions actions(*sampler, assembly.quitServices());
-  std::optional<StopOutcome> result;
-  sampler->queue().async([&] {
-    actions.stopServer(server.pid, server.startedAt, [&](StopOutcome outcome) {
-      loop.main().async([&loop, &result, outcome] {
-        result = outcome;
-        loop.quit();
-      });
-    });
-  });
-  loop.run(); // an interrupt ends the wait; the first signal has been sent by then
-  return result;
-}
-
-/// Stops one and says how it went; true when it has stopped.
-std::optional<StopOutcome> stopServer(Context& context, const Found& found, const DevServer& server) {
-  return found.fromKeeper ? stopThroughKeeper(context, server) : stopHere(context, server);
-}
-
-std::string nameOf(const DevServer& server) {
-  return fmt::format("{} (PID {})", escapedControls(server.name), server.pid);
-}
-
-std::string sentence(const DevServer& server, std::optional<StopOutcome> outcome) {
-  std::string_view text = "{server} may still be running.";
-  for (const auto& row : allCases<StopOutcome>())
-    if (row.value == outcome) text = row.title;
-  return localized(text, {{"server", nameOf(server)}});
-}
-
-Value outcomeValue(const DevServer& server, std::optional<StopOutcome> outcome) {
-  Value value = Value::object({{"server", toValue(server)}});
-  if (outcome) value.set("outcome", rawValue(*outcome));
-  return value;
-}
-
 int runStop(Context& context, const Arguments& arguments) {
   const auto pid = parseInteger<ProcessID>(*arguments.text("PID"));
   if (!pid) return fail(context, localized("PID is a process id"), exitUsage);
-  const auto found = findServers(context);
-  for (const DevProject& project : found.projects)
-    for (const DevServer& server : project.servers) {
-      if (server.pid != *pid) continue;
-      const auto question =
-          localized("{server} will receive a stop signal.", {{"server", escapedControls(server.name)}});
-      if (!confirmed(context, arguments, question)) return exitFailed;
-      const auto outcome = stopServer(context, found, server);
-      if (arguments.flag("--json")) printJSON(context.out, outcomeValue(server, outcome));
-      if (!outcome || !hasStopped(*outcome)) return fail(context, sentence(server, outcome));
-      if (!arguments.flag("--json")) context.out.line(sentence(server, outcome));
-      return exitOK;
-    }
-  return fail(context, localized("{pid} is none of the servers in \"korvell servers\"",
-                                 {{"pid", std::to_string(*pid)}}));
-}
-
-std::string idleBanner(const std::vector<DevServer>& idle, std::uint64_t memory) {
-  const auto count = idle.size() == 1 ? localized("1 dev server is running but idle")
-                                      : localized("{count} dev servers are running but idle",
-                                                  {{"count", std::to_string(idle.size())}});
-  std::string text = count + ". " + localized("Stopping them frees ") + Format::memory(double(memory)) + ".";
-  for (const DevServer& server : idle)
-    text += "\n  " + escapedControls(server.project) + ": " + nameOf(server);
-  return text;
+  CommandActions actions(context, CommandActions::Where::keeperOrHere);
+  const auto described = actions.describe(StopServerRequest{.pid = *pid});
+  if (!described) return fail(context, escapedControls(described.reason()));
+  const auto& asked = described->description;
+  if (!actions.isConfirmed(arguments, escapedControls(asked.message))) return exitFailed;
+  return tell(context, arguments, asked, actions.perform(described->request));
 }
 
 int runStopIdle(Context& context, const Arguments& arguments) {
-  const auto found = findServers(context);
-  if (!found.fromKeeper) return found.keeperIsRunning ? exitFailed : fail(context, needsKeeper());
-  const auto idle = idleServers(found.projects, context.clock.now());
-  std::uint64_t memory = 0;
-  for (const DevServer& server : idle) memory += server.memory;
-  if (idle.empty() && !arguments.flag("--json")) {
-    context.out.line(localized("No dev server is idle."));
-    return exitOK;
-  }
-  if (!idle.empty() && !confirmed(context, arguments, idleBanner(idle, memory))) return exitFailed;
-
-  // The answer may have taken hours: what was put to work or has ended meanwhile is left alone.
-  const auto present = findServers(context);
-  if (!present.fromKeeper) return present.keeperIsRunning ? exitFailed : fail(context, needsKeeper());
-  const auto still = stillIdle(idle, present.projects, context.clock.now());
-  Value spared = Value::array();
-  for (const DevServer& server : idle)
-    if (std::ranges::find(still, server.pid, &DevServer::pid) == still.end()) {
-      spared.append(toValue(server));
-      context.err.line("korvell: " + localized("{server} is no longer idle and was left alone.",
-                                               {{"server", nameOf(server)}}));
-    }
-
-  Value results = Value::array();
-  std::size_t stopped = 0;
-  memory = 0;
-  for (const DevServer& server : still) {
-    const auto outcome = stopServer(context, present, server);
-    results.append(outcomeValue(server, outcome));
-    if (outcome && hasStopped(*outcome)) {
-      ++stopped;
-      memory += server.memory;
-    } else {
-      fail(context, sentence(server, outcome));
-    }
-  }
-  if (arguments.flag("--json"))
-    printJSON(context.out, Value::object({{"stopped", results}, {"spared", spared}}));
-  else
-    context.out.line((stopped == 1
-                          ? localized("1 server stopped. ")
-                          : localized("{count} servers stopped. ", {{"count", std::to_string(stopped)}})) +
-                     Format::memory(double(memory)) + localized(" freed."));
-  return stopped == still.size() ? exitOK : exitFailed;
+  CommandActions actions(context, CommandActions::Where::keeperOrHere);
+  if (!actions.isKeepers()) return context.failure ? exitFailed : fail(context, needsKeeper());
+  const auto described = actions.describe(StopIdleServersRequest{});
+  if (!described) return fail(context, escapedControls(described.reason()));
+  const auto& asked = described->description;
+  if (!asked.isHarmless &&
+      !actions.isConfirmed(arguments, withDetails(asked, escapedControls(asked.message))))
+    return exitFailed;
+  return tell(context, arguments, asked, actions.perform(described->request), Telling::sum);
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 #include "Base/Format.h"
 #include "Base/Text.h"
 #include "Core/Startup/StartupScanner.h"
-#include "Tool/AskKeeper.h"
+#include "Tool/CommandActions.h"
 #include "Tool/Commands.h"
 #include "Tool/Confirmation.h"
 #include "Tool/Table.h"
@@ -15,23 +15,12 @@ namespace korvell {
 
 namespace {
 
-struct Scanned {
-  std::vector<StartupItem> items;
-  bool fromKeeper = false;
-};
-
-constexpr Seconds scanPatience{6};
-/// Stopping and disabling a job, and having the system read its files again.
-constexpr Seconds removalPatience{40};
-
 /// As of now. A keeper looks again and then shows the same.
-Scanned scan(Context& context) {
-  Scanned scanned;
-  const auto answer = tellKeeper(context, Value::object({{"do", "rescanStartupItems"}}), scanPatience);
-  const auto* told = answer ? answer->find("startupItems") : nullptr;
-  scanned.fromKeeper = told && fromValue(*told, scanned.items);
-  if (!scanned.fromKeeper) scanned.items = StartupScanner::scan(*context.host.launchItems);
-  return scanned;
+std::vector<StartupItem> scan(Context& context, CommandActions& actions) {
+  const auto answer = actions.isKeepers() ? actions.perform(RescanStartupItemsRequest{}) : ActionAnswer{};
+  const auto* told = answer.json.find("startupItems");
+  std::vector<StartupItem> items;
+  return told && fromValue(*told, items) ? items : StartupScanner::scan(*context.host.launchItems);
 }
 
 Table::Cell state(const StartupItem& item) {
@@ -90,7 +79,8 @@ void printItems(Terminal& out, const std::vector<StartupItem>& items, LaunchItem
 }
 
 int runList(Context& context, const Arguments& arguments) {
-  const auto items = scan(context).items;
+  CommandActions actions(context, CommandActions::Where::keeperOrHere);
+  const auto items = scan(context, actions);
   if (arguments.flag("--json"))
     printJSON(context.out, Value::object({{"items", toValue(items)}}));
   else
@@ -113,49 +103,17 @@ std::optional<StartupItem> findItem(Context& context, std::vector<StartupItem> i
   return std::nullopt;
 }
 
-/// The keeper does it, so that nothing that it shows is out of date afterwards. Nothing when it does not
-/// answer.
-std::optional<Outcome> removeThroughKeeper(Context& context, const StartupItem& item) {
-  Value request =
-      Value::object({{"do", "removeStartupItem"}, {"plistPath", item.plistPath}, {"label", item.label}});
-  request.set("program", item.program);
-  const auto answer = tellKeeper(context, request, removalPatience);
-  if (!answer) return std::nullopt;
-  const auto *done = answer->find("ok"), *error = answer->find("error");
-  if (done && done->asBool() == true) return success();
-  return Failure{error && error->asString() ? *error->asString() : localized("Korvell refused.")};
-}
-
-Value outcomeValue(const StartupItem& item, const std::optional<Outcome>& removed) {
-  Value value = Value::object({{"item", toValue(item)}});
-  if (removed) value.set("outcome", *removed ? "trashed" : "failed");
-  if (removed && !*removed) value.set("error", removed->reason());
-  return value;
-}
-
 int runRemove(Context& context, const Arguments& arguments) {
-  auto scanned = scan(context);
-  const auto item = findItem(context, std::move(scanned.items), arguments.text("LABEL").value_or(""));
+  CommandActions actions(context, CommandActions::Where::keeperOrHere);
+  const auto item = findItem(context, scan(context, actions), arguments.text("LABEL").value_or(""));
   if (!item) return exitFailed;
-  const auto label = escapedControls(item->label);
-  if (!item->isLeftover)
-    return fail(context,
-                localized("{label} is no leftover: only items whose program no longer exists are removed",
-                          {{"label", label}}));
-  if (!confirmed(context, arguments, label + "\n" + escapedControls(StartupScanner::confirmation(*item))))
+  const auto described =
+      actions.describe(RemoveStartupItemRequest{item->plistPath, item->label, item->program});
+  if (!described) return fail(context, escapedControls(described.reason()));
+  const auto& asked = described->description;
+  if (!actions.isConfirmed(arguments, escapedControls(item->label) + "\n" + escapedControls(asked.message)))
     return exitFailed;
-  const std::optional<Outcome> removed =
-      scanned.fromKeeper ? removeThroughKeeper(context, *item)
-                         : StartupScanner::remove(*item, *context.host.launchItems, *context.host.trash);
-  const bool json = arguments.flag("--json");
-  if (json) printJSON(context.out, outcomeValue(*item, removed));
-  if (!removed)
-    return fail(context,
-                localized("Korvell did not answer; {label} may still be removed.", {{"label", label}}));
-  if (!*removed) return fail(context, escapedControls(removed->reason()));
-  if (!json)
-    context.out.line(localized("Moved {path} to the Trash.", {{"path", escapedControls(item->plistPath)}}));
-  return exitOK;
+  return tell(context, arguments, asked, actions.perform(described->request));
 }
 
 } // namespace

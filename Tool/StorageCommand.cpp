@@ -2,14 +2,13 @@
 
 #include "Tool/StorageCommand.h"
 
+#include "App/JSONDocuments.h"
 #include "Base/Format.h"
 #include "Base/LocalTime.h"
 #include "Base/Text.h"
-#include "Core/Storage/StorageHost.h"
 #include "Core/Storage/StorageLog.h"
 #include "Tool/Commands.h"
 #include "Tool/Confirmation.h"
-#include "Tool/Interruptible.h"
 #include "Tool/Progress.h"
 #include "Tool/Table.h"
 #include "Tool/Wrap.h"
@@ -30,24 +29,18 @@ std::vector<StorageKind> storageKinds(const Arguments& arguments) {
   return kinds;
 }
 
-std::optional<StorageScanResult> measureStorage(Context& context, const StorageScan& scan,
+std::optional<StorageScanResult> measureStorage(Context& context, CommandActions& actions,
                                                 const std::vector<StorageKind>& kinds) {
-  StorageScanResult result;
-  bool interrupted = false;
-  runInterruptibly([&](const Cancellation& cancellation) {
-    Progress progress(context.err, context.clock);
-    for (std::size_t i = 0; i < kinds.size() && !cancellation.isCancelled(); ++i) {
-      progress.show(double(i) / double(kinds.size()), title(kinds[i]));
-      if (auto found = scan.scan(kinds[i], cancellation)) result.categories.push_back(std::move(*found));
-    }
-    interrupted = cancellation.isCancelled();
+  auto& scanner = actions.storage();
+  Progress progress(context.err, context.clock);
+  const auto steps = scanner.progress.observe([&](double done) {
+    if (!scanner.step->empty()) progress.show(done, *scanner.step);
   });
-  if (interrupted) {
-    fail(context, localized("interrupted; nothing was done"));
-    return std::nullopt;
-  }
-  result.date = context.clock.now();
-  return result;
+  const auto answer = actions.perform(ScanStorageRequest{kinds}, [&scanner] { scanner.cancel(); });
+  progress.clear();
+  if (answer.worked) return *scanner.result;
+  fail(context, localized("interrupted; nothing was done"));
+  return std::nullopt;
 }
 
 std::string shownItem(const std::string& id, const std::string& home) {
@@ -124,8 +117,8 @@ void printItems(Terminal& out, const StorageScanResult& result, const std::strin
 }
 
 int runStorage(Context& context, const Arguments& arguments) {
-  const auto scan = makeStorageScan(context.host, context.clock);
-  const auto measured = measureStorage(context, *scan, storageKinds(arguments));
+  CommandActions actions(context, CommandActions::Where::here);
+  const auto measured = measureStorage(context, actions, storageKinds(arguments));
   if (!measured) return exitFailed;
   const auto& result = *measured;
   if (arguments.flag("--json"))
@@ -133,7 +126,7 @@ int runStorage(Context& context, const Arguments& arguments) {
   else if (result.categories.empty())
     printNothing(context.out);
   else if (arguments.flag("--items"))
-    printItems(context.out, result, scan->locations().home, *context.host.zone);
+    printItems(context.out, result, actions.storage().work()->home(), *context.host.zone);
   else
     printCategories(context.out, result);
   return exitOK;
@@ -143,7 +136,7 @@ int runLog(Context& context, const Arguments& arguments) {
   const auto total = StorageLog::total(*context.host.defaults);
   const auto entries = StorageLog::entries(*context.host.defaults);
   if (arguments.flag("--json")) {
-    printJSON(context.out, Value::object({{"freedTotal", total}, {"entries", toValue(entries)}}));
+    printJSON(context.out, storageLogValue(*context.host.defaults));
     return exitOK;
   }
   const auto& zone = *context.host.zone;

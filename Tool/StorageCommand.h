@@ -1,8 +1,8 @@
 #pragma once
 // What the subcommands of `korvell storage` share.
 
-#include "Core/Storage/StorageScan.h"
-#include "Tool/Command.h"
+#include "Core/Storage/StorageModels.h"
+#include "Tool/CommandActions.h"
 
 #include <optional>
 #include <vector>
@@ -16,7 +16,7 @@ std::vector<StorageKind> storageKinds(const Arguments& arguments);
 
 /// Measures the kinds with a progress bar on standard error. Nothing when a signal interrupted it, which is
 /// said.
-std::optional<StorageScanResult> measureStorage(Context& context, const StorageScan& scan,
+std::optional<StorageScanResult> measureStorage(Context& context, CommandActions& actions,
                                                 const std::vector<StorageKind>& kinds);
 
 /// An item's id as the list of items shows it.

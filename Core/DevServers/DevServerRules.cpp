@@ -143,13 +143,16 @@ std::vector<DevServer> idleServers(const std::vector<DevProject>& projects, Date
   return idle;
 }
 
+bool isSameServer(const DevServer& a, const DevServer& b) {
+  return a.pid == b.pid && rfc3339(a.startedAt) == rfc3339(b.startedAt);
+}
+
 std::vector<DevServer> stillIdle(const std::vector<DevServer>& before,
                                  const std::vector<DevProject>& projects, Date now) {
   auto idle = idleServers(projects, now);
   std::erase_if(idle, [&](const DevServer& server) {
-    return std::ranges::none_of(before, [&](const DevServer& earlier) {
-      return earlier.pid == server.pid && earlier.startedAt == server.startedAt;
-    });
+    return std::ranges::none_of(before,
+                                [&](const DevServer& earlier) { return isSameServer(earlier, server); });
   });
   return idle;
 }

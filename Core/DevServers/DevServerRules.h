@@ -59,8 +59,9 @@ ProjectFolders projectFolders(const std::string& directory, const std::string& h
 inline constexpr Seconds idleAfter{1800};
 inline bool isIdle(const DevServer& server, Date now) { return now - server.lastActive > idleAfter; }
 std::vector<DevServer> idleServers(const std::vector<DevProject>& projects, Date now);
-/// Those of `before` that run and are idle in `projects` too, as they are there; a process is known by its id
-/// and its start.
+/// The same process, known by its id and its start; compared as it is told to others, in milliseconds.
+bool isSameServer(const DevServer& a, const DevServer& b);
+/// Those of `before` that run and are idle in `projects` too, as they are there.
 std::vector<DevServer> stillIdle(const std::vector<DevServer>& before,
                                  const std::vector<DevProject>& projects, Date now);
 

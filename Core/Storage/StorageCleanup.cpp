@@ -11,14 +11,20 @@
 
 namespace korvell {
 
-StorageWork storageWork(std::shared_ptr<const StorageScan> scan, std::string dataFolder) {
+StorageWork storageWork(std::function<const StorageScan&()> scan, bool asksForAccess,
+                        std::string dataFolder) {
+  using Items = std::vector<StorageItem>;
   return {.measure = [scan](StorageKind kind,
-                            const Cancellation& cancellation) { return scan->scan(kind, cancellation); },
+                            const Cancellation& cancellation) { return scan().scan(kind, cancellation); },
           .perform =
-              [scan](const StorageAction& action, const std::vector<StorageItem>& items,
-                     const Cancellation& cancellation) { return scan->perform(action, items, cancellation); },
-          .asksForAccess = scan->locations().asksForAccess,
-          .dataFolder = std::move(dataFolder)};
+              [scan](const StorageAction& action, const Items& items, const Cancellation& cancellation) {
+                return scan().perform(action, items, cancellation);
+              },
+          .asksForAccess = asksForAccess,
+          .dataFolder = std::move(dataFolder),
+          .preview = [scan](const StorageAction& action,
+                            const Items& items) { return scan().preview(action, items); },
+          .home = [scan] { return scan().locations().home; }};
 }
 
 CleanupPlan CleanupPlan::of(const StorageScanResult& result, const std::vector<StorageItem>& items) {

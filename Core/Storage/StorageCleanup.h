@@ -6,7 +6,6 @@
 
 #include <functional>
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -25,9 +24,14 @@ struct StorageWork {
   /// nothing does.
   std::string dataFolder = {};
   Seconds patience{10}; ///< how long a clean-up waits for another one to end
+  /// What `perform` would do, one line for each thing that it touches; it looks at the disk.
+  std::function<std::vector<std::string>(const StorageAction&, const std::vector<StorageItem>&)> preview = {};
+  /// The home folder without links, for paths with "~"; it may look at the disk.
+  std::function<std::string()> home = {};
 };
 
-StorageWork storageWork(std::shared_ptr<const StorageScan> scan, std::string dataFolder);
+/// The work that a scan does; it is asked for by whoever first needs it, on any queue but the main one.
+StorageWork storageWork(std::function<const StorageScan&()> scan, bool asksForAccess, std::string dataFolder);
 
 struct CleanupPlan {
   struct Step {
@@ -86,6 +90,17 @@ FreedBytes freedBytes(const CleanupPlan& plan, const CleanupOutcome& outcome);
 
 /// What a clean-up did, or why it did nothing.
 std::string feedback(const CleanupOutcome& outcome, const FreedBytes& freed);
+
+/// Everything that there is to tell about a clean-up.
+struct CleanupReport {
+  FreedBytes freed;
+  std::string feedback;              ///< in words
+  std::vector<std::string> problems; ///< sentences about what could not be done
+  bool interrupted = false;
+  bool commandFailed = false;
+
+  bool worked() const { return !interrupted && !commandFailed && freed != FreedBytes{}; }
+};
 
 /// The result with the cleaned kinds' categories replaced, in the order of the kinds.
 StorageScanResult merged(StorageScanResult result, const CleanupPlan& plan, const CleanupOutcome& outcome);

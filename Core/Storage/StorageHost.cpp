@@ -1,6 +1,10 @@
 #include "Core/Storage/StorageHost.h"
 
 #include "Base/Files.h"
+#include "Core/Storage/StorageScan.h"
+
+#include <memory>
+#include <mutex>
 
 namespace korvell {
 namespace {
@@ -14,14 +18,36 @@ std::string userDirs(const UserFolders& folders, FileTree& files) {
   return blocking.hold(path) ? "" : readFile(path, longest).value_or("");
 }
 
+StorageLocations locationsOf(const Host& host) {
+  const auto folders = resolvedFolders(host.folders, *host.fileTree);
+  return host.system == SystemKind::macOS ? macOSStorageLocations(folders)
+                                          : linuxStorageLocations(folders, userDirs(folders, *host.fileTree));
+}
+
+/// Made once, from whatever thread asks first.
+class LateScan {
+public:
+  LateScan(const Host& host, const Clock& clock) : host_(host), clock_(clock) {}
+  const StorageScan& operator*() {
+    std::call_once(once_, [this] {
+      scan_.emplace(locationsOf(host_), *host_.fileTree, *host_.trash, Shell::run, clock_);
+    });
+    return *scan_;
+  }
+
+private:
+  const Host& host_;
+  const Clock& clock_;
+  std::once_flag once_;
+  std::optional<StorageScan> scan_;
+};
+
 } // namespace
 
-std::shared_ptr<const StorageScan> makeStorageScan(const Host& host, const Clock& clock, CommandRunner run) {
-  const auto folders = resolvedFolders(host.folders, *host.fileTree);
-  const auto locations = host.system == SystemKind::macOS
-                             ? macOSStorageLocations(folders)
-                             : linuxStorageLocations(folders, userDirs(folders, *host.fileTree));
-  return std::make_shared<const StorageScan>(locations, *host.fileTree, *host.trash, std::move(run), clock);
+StorageWork makeStorageWork(const Host& host, const Clock& clock) {
+  return storageWork(
+      [scan = std::make_shared<LateScan>(host, clock)]() -> auto& { return **scan; },
+      host.system == SystemKind::macOS, host.folders.data);
 }
 
 } // namespace korvell

@@ -1,15 +1,13 @@
 #pragma once
 // The storage clean-up of the machine that a process runs on.
 
-#include "Core/Storage/StorageScan.h"
+#include "Core/Storage/StorageCleanup.h"
 #include "Platform/Host.h"
-
-#include <memory>
 
 namespace korvell {
 
-/// With this host's table of locations. The host and the clock outlive it.
-std::shared_ptr<const StorageScan> makeStorageScan(const Host& host, const Clock& clock,
-                                                   CommandRunner run = Shell::run);
+/// With this host's table of locations, which is made by whoever first asks for something: that looks at the
+/// disk. The host and the clock outlive it.
+StorageWork makeStorageWork(const Host& host, const Clock& clock);
 
 } // namespace korvell

@@ -42,6 +42,8 @@ public:
   /// The first that exists and may be run.
   std::optional<std::string> executable(const std::vector<std::string>& candidates) const;
 
+  /// What perform() would do, or leave alone, one line for each thing that it touches.
+  std::vector<std::string> preview(const StorageAction& action, const std::vector<StorageItem>& items) const;
   /// Carries out one action for these items. Cancelled, a running command is asked to end, and a sentence
   /// tells what became of it.
   ActionReport perform(const StorageAction& action, const std::vector<StorageItem>& items,

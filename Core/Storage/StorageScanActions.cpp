@@ -71,6 +71,41 @@ ActionReport StorageScan::runCommand(const StorageAction& action, const std::vec
   return report;
 }
 
+std::vector<std::string> StorageScan::preview(const StorageAction& action,
+                                              const std::vector<StorageItem>& items) const {
+  std::vector<std::string> lines;
+  const auto mounts = files_.mounts();
+  const auto add = [&](const std::string& what, const std::string& object, const MountedPlace* mount) {
+    lines.push_back(mount ? localized("leave alone: ") + object + " (" + refusal(*mount) + ")"
+                          : what + object);
+  };
+  switch (action.type) {
+  case StorageAction::Type::trash:
+    for (const auto& item : items)
+      for (const auto& path : item.urls)
+        add(localized("move to the Trash: "), path, mountInside(path, mounts));
+    break;
+  case StorageAction::Type::emptyTrash:
+    for (const auto& item : items)
+      for (const auto& folder : item.urls)
+        for (const auto& entry : files_.list(folder).entries) {
+          const auto path = folder + "/" + entry.name;
+          add(localized("delete permanently: "), path, mountInside(path, mounts));
+        }
+    break;
+  case StorageAction::Type::command: {
+    const MountedPlace* mount = nullptr;
+    for (const auto& item : items)
+      for (const auto& place : item.commandPlaces)
+        if (const auto* inside = mountInside(place, mounts)) mount = inside;
+    auto line = action.path;
+    for (const auto& argument : action.arguments) line += " " + argument;
+    add(localized("run: "), line, mount);
+  }
+  }
+  return lines;
+}
+
 ActionReport StorageScan::moveToTrash(const std::vector<StorageItem>& items) const {
   std::vector<TrashRequest> requests;
   std::vector<const StorageItem*> owners; // of each request

@@ -23,12 +23,12 @@ public:
     record(*cleanup, now);
     return false;
   }
-  void log(const std::shared_ptr<const Cleanup>& cleanup, Date now) {
+  [[nodiscard]] bool log(const std::shared_ptr<const Cleanup>& cleanup, Date now) {
     {
       const std::lock_guard lock(mutex_);
       std::erase(waiting_, cleanup);
     }
-    record(*cleanup, now);
+    return record(*cleanup, now);
   }
   void close(Date now) {
     std::vector<std::shared_ptr<const Cleanup>> untold;
@@ -41,8 +41,8 @@ public:
   }
 
 private:
-  void record(const Cleanup& cleanup, Date now) {
-    StorageLog::record(freedBytes(cleanup.plan, cleanup.outcome).logged(), now, defaults_);
+  bool record(const Cleanup& cleanup, Date now) {
+    return StorageLog::record(freedBytes(cleanup.plan, cleanup.outcome).logged(), now, defaults_);
   }
 
   UserDefaults& defaults_;
@@ -68,9 +68,16 @@ std::optional<std::int64_t> StorageScanner::reclaimableBytes() const {
   return *result ? std::optional((*result)->reclaimableBytes()) : std::nullopt;
 }
 
-void StorageScanner::scan(const std::vector<StorageKind>& kinds) {
+void StorageScanner::tellScanned(bool isCurrent) {
+  if (const auto scanned = std::exchange(scanned_, {})) scanned(isCurrent);
+}
+
+void StorageScanner::scan(const std::vector<StorageKind>& kinds, std::function<void(bool)> done) {
   if (task_) task_->cancel();
   const auto generation = ++generation_;
+  tellScanned(false);
+  if (!isCurrent(generation)) return done ? done(false) : void(); // who heard that started another one
+  scanned_ = std::move(done);
   isScanning.set(true);
   progress.set(0);
   step.set("");
@@ -118,6 +125,7 @@ void StorageScanner::end(std::vector<StorageCategory> categories) {
   notice.setIfChanged(std::nullopt);
   isScanning.set(false);
   result.set(StorageScanResult{std::move(categories), mainQueue_.clock().now()});
+  tellScanned(true);
 }
 
 void StorageScanner::cancel() {
@@ -128,22 +136,33 @@ void StorageScanner::cancel() {
   step.set("");
   notice.setIfChanged(std::nullopt);
   isScanning.set(false);
+  tellScanned(false);
 }
 
-void StorageScanner::clean(const std::vector<StorageItem>& items) {
+void StorageScanner::interrupt() {
+  ++interruptions_;
+  std::exchange(ending_, Cancellation()).cancel();
+}
+
+void StorageScanner::clean(const std::vector<StorageItem>& items,
+                           std::function<void(const CleanupReport&)> done) {
   std::vector<StorageItem> idle;
   std::ranges::copy_if(items, std::back_inserter(idle),
                        [&](const StorageItem& item) { return !working->contains(item.kind); });
   auto plan = *result ? CleanupPlan::of(**result, idle) : CleanupPlan{};
-  if (plan.empty()) return feedback.set(FreedBytes{}.feedback());
+  if (plan.empty()) {
+    feedback.set(FreedBytes{}.feedback());
+    return done ? done({.feedback = FreedBytes{}.feedback()}) : void();
+  }
 
   auto busy = *working;
   for (const auto& [kind, category] : plan.before) busy.insert(kind);
   working.set(std::move(busy));
   workQueue_.async([work = work_, watch = life_.watch(), logbook = logbook_, ending = ending_,
-                    main = &mainQueue_, plan = std::move(plan)]() mutable {
+                    main = &mainQueue_, plan = std::move(plan), done = std::move(done)]() mutable {
     auto outcome = carryOut(plan, *work, ending);
-    auto cleanup = std::make_shared<const Cleanup>(Cleanup{std::move(plan), std::move(outcome)});
+    auto cleanup =
+        std::make_shared<const Cleanup>(Cleanup{std::move(plan), std::move(outcome), std::move(done)});
     if (!logbook->handOver(cleanup, main->clock().now())) return;
     main->async([watch, cleanup] {
       if (auto* scanner = watch.get()) scanner->finish(cleanup);
@@ -153,8 +172,16 @@ void StorageScanner::clean(const std::vector<StorageItem>& items) {
 
 void StorageScanner::finish(const std::shared_ptr<const Cleanup>& done) {
   const auto& cleanup = *done;
-  const auto freed = freedBytes(cleanup.plan, cleanup.outcome);
-  logbook_->log(done, mainQueue_.clock().now());
+  const auto& outcome = cleanup.outcome;
+  CleanupReport report{.freed = freedBytes(cleanup.plan, outcome),
+                       .problems = outcome.problems,
+                       .interrupted = outcome.interrupted,
+                       .commandFailed = outcome.commandFailed};
+  report.feedback = korvell::feedback(outcome, report.freed);
+  if (!logbook_->log(done, mainQueue_.clock().now()))
+    report.problems.insert(
+        report.problems.begin(),
+        localized("What was freed could not be added to the log or to its total in the settings."));
   freedTotal.set(StorageLog::total(defaults_));
 
   auto ticked = *selection;
@@ -164,9 +191,10 @@ void StorageScanner::finish(const std::shared_ptr<const Cleanup>& done) {
     for (const auto& item : cleaned.items) ticked.erase(item.id);
   selection.setIfChanged(std::move(ticked));
   // A scan that was started meanwhile measures everything itself.
-  if (*result) result.set(merged(**result, cleanup.plan, cleanup.outcome));
+  if (*result) result.set(merged(**result, cleanup.plan, outcome));
   working.set(std::move(busy));
-  feedback.set(korvell::feedback(cleanup.outcome, freed));
+  feedback.set(report.feedback);
+  if (cleanup.done) cleanup.done(report);
 }
 
 std::vector<StorageKind> allStorageKinds() {

@@ -14,6 +14,7 @@
 #include "Core/Storage/StorageModels.h"
 #include "Platform/UserDefaults.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -45,23 +46,32 @@ public:
   /// The sum of the categories; absent without a result.
   std::optional<std::int64_t> reclaimableBytes() const;
 
-  void scan(const std::vector<StorageKind>& kinds);
+  /// `done` hears whether the result is that of this scan: it is not when it was cancelled or another one
+  /// began.
+  void scan(const std::vector<StorageKind>& kinds, std::function<void(bool)> done = {});
   /// Ends a running scan and drops what it found; nothing without one.
   void cancel();
   /// Carries out what was confirmed. Items that the present result doesn't hold as they are, and those of a
-  /// kind that is being cleaned, are refused.
-  void clean(const std::vector<StorageItem>& items);
+  /// kind that is being cleaned, are refused. `done` is called once, with what there is to tell.
+  void clean(const std::vector<StorageItem>& items, std::function<void(const CleanupReport&)> done = {});
+  /// Cuts short the clean-ups that are under way and drops those that wait; they tell what they did.
+  void interrupt();
+  std::uint64_t interruptions() const { return interruptions_; } ///< how often that was asked for
+  /// What would be done, without the rest of the scanner; it may be asked on any queue but the main one.
+  const std::shared_ptr<const StorageWork>& work() const { return work_; }
 
 private:
   struct Cleanup {
     CleanupPlan plan;
     CleanupOutcome outcome;
+    std::function<void(const CleanupReport&)> done;
   };
   class Logbook;
 
   bool isCurrent(std::int64_t generation) const { return generation == generation_; }
   void begin(StorageKind kind, double progress);
   void end(std::vector<StorageCategory> categories);
+  void tellScanned(bool isCurrent);
   void finish(const std::shared_ptr<const Cleanup>& done);
 
   std::shared_ptr<const StorageWork> work_;
@@ -69,8 +79,10 @@ private:
   Queue& mainQueue_;
   Queue& workQueue_;
   std::int64_t generation_ = 0;
-  std::optional<Cancellation> task_; ///< of the running scan
-  Cancellation ending_;              ///< of the clean-ups
+  std::optional<Cancellation> task_;  ///< of the running scan
+  std::function<void(bool)> scanned_; ///< the same one's; null when nobody wants to know
+  std::uint64_t interruptions_ = 0;
+  Cancellation ending_;               ///< of the clean-ups
   std::shared_ptr<Logbook> logbook_;
   Lifeline<StorageScanner> life_{*this};
 };

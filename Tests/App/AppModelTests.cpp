@@ -234,7 +234,7 @@ TEST_F(AppModelTests, planLimitsOfAICodingToolsRaiseAlerts) {
   EXPECT_THAT(alertTitles(), ElementsAre("Codex 5-hour limit at 80%"));
   EXPECT_THAT(notifications.titles(), ElementsAre("Codex 5-hour limit at 80%"));
   Value told;
-  Keeper(*main, *model)
+  Keeper(*main, *model, *actions)
       .handle(*parseJSON(R"({"ask":"state","parts":["aiUsage"]})"), [&](const Value& answer) {
         told = *answer.find("aiUsage")->find("codexLimits")->find("primary")->find("usedPercent");
       });

@@ -5,6 +5,7 @@
 #include "App/Keeper.h"
 #include "App/KeeperClient.h"
 #include "App/KeeperLock.h"
+#include "App/RemoteActions.h"
 #include "Base/ThreadQueue.h"
 #include "Tests/Fakes/FakeMachineCounters.h"
 #include "Tests/Fakes/TemporaryFolder.h"
@@ -18,6 +19,31 @@
 
 namespace korvell {
 namespace {
+
+/// Remote actions with an end to wait for.
+class Asking {
+public:
+  explicit Asking(const UserFolders& folders, Seconds silence = Seconds{20})
+      : actions_(
+            main_, [](std::string label) { return std::make_unique<ThreadQueue>(std::move(label)); }, folders,
+            silence) {}
+  Result<DescribedAction> described(const ActionRequest& request) {
+    return wait<Result<DescribedAction>>([&](auto done) { actions_.describe(request, done); });
+  }
+  ActionAnswer performed(const ActionRequest& request) {
+    return wait<ActionAnswer>([&](auto done) { actions_.perform(request, done); });
+  }
+
+private:
+  template <class Told>
+  Told wait(const std::function<void(std::function<void(const Told&)>)>& begin) {
+    std::promise<Told> told;
+    main_.sync([&] { begin([&](const Told& result) { told.set_value(result); }); });
+    return told.get_future().get();
+  }
+  ThreadQueue main_{"asking"};
+  RemoteActions actions_;
+};
 
 struct KeeperSocketTests : testing::Test {
   static constexpr Seconds patience{20};
@@ -74,10 +100,12 @@ TEST_F(KeeperSocketTests, clientsAskARunningKeeper) {
   const FixedAttention unwatched(false);
   ThreadQueue main("main");
   std::unique_ptr<AppModel> model;
+  std::unique_ptr<Actions> actions;
   std::unique_ptr<Keeper> keeper;
   main.sync([&] {
     model = assembly.makeWatchingModel(main, unwatched);
-    keeper = std::make_unique<Keeper>(main, *model);
+    actions = assembly.makeActions(main, [&]() -> AppModel& { return *model; });
+    keeper = std::make_unique<Keeper>(main, *model, *actions);
     EXPECT_TRUE(keeper->listen(keeperSocketPath(folders)));
   });
   folder.write("data/keeper.lock", ""); // as on a full disk
@@ -87,10 +115,21 @@ TEST_F(KeeperSocketTests, clientsAskARunningKeeper) {
   const auto state = client->ask(askState, patience);
   ASSERT_TRUE(state);
   EXPECT_NE(state->find("snapshot"), nullptr);
+
+  Asking asking(folders);
+  const ChangeSettingRequest change{"alert.cpu", false};
+  EXPECT_EQ(asking.described(change)->request, ActionRequest(change));
+  EXPECT_EQ(asking.described(ChangeSettingRequest{"nonsense", 1}).reason(), "There is no setting nonsense.");
+  EXPECT_EQ(asking.performed(change), ActionAnswer::refused("the setting could not be stored"));
+  EXPECT_TRUE(asking.performed(RescanStartupItemsRequest{}).json.find("startupItems"));
+  const CleanStorageRequest tooMuch{{std::string(70'000, 'x')}, Date{1}};
+  EXPECT_THAT(asking.performed(tooMuch).message, testing::HasSubstr("more than can be told"));
   main.sync([&] {
     keeper.reset();
+    actions.reset();
     model.reset();
   });
+  EXPECT_EQ(asking.performed(change), ActionAnswer::refused("No Korvell is running any more."));
   EXPECT_EQ(client->ask(askState, patience), std::nullopt);
 }
 
@@ -141,6 +180,30 @@ TEST_F(KeeperSocketTests, aKeeperThatDoesNotAnswerInTimeIsGivenUp) {
   EXPECT_EQ(client->ask(Value("again"), patience), std::nullopt) << "that was the answer to the first";
   client = KeeperClient::connect(folders);
   EXPECT_EQ(client->ask(Value("noise"), patience), std::nullopt);
+}
+
+TEST_F(KeeperSocketTests, aKeeperOfAnotherVersionAndASilentOneRefuseActions) {
+  const auto lock = announced();
+  std::atomic<int> orders = 0;
+  std::atomic<bool> isSilent = false;
+  const auto server = LineServer::listen(
+      keeperSocketPath(folders),
+      [&](const std::string& line, const LineServer::Peer& peer) {
+        if (isSilent) return;
+        orders += line.find("\"do\"") != std::string::npos;
+        peer.answer(R"({"ok":false,"error":"unknown request"})");
+      },
+      {}, isSameUser);
+  const StopServerRequest stop{10, Date{1}};
+  const std::string old = "The Korvell that runs is of another version and can't do that. Restart it.";
+  EXPECT_EQ(Asking(folders).described(stop).reason(), old);
+  EXPECT_EQ(Asking(folders).performed(stop).message, old);
+  EXPECT_EQ(orders, 1);
+  isSilent = true;
+  const auto answer = Asking(folders, Seconds{0.01}).performed(stop);
+  EXPECT_EQ(answer.message, "Korvell is running but does not answer: it is busy or hangs.");
+  EXPECT_TRUE(answer.isKnown) << "it was not told";
+  EXPECT_EQ(orders, 1) << "what it might carry out later is not sent";
 }
 
 } // namespace

@@ -13,12 +13,8 @@
 namespace korvell {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-using Sent = FakeProcessTable::Sent;
-
 struct KeeperTests : AppFixture {
-  Keeper keeper{*main, *model};
+  Keeper keeper{*main, *model, *actions};
 
   KeeperTests() { attention.watched = false; }
   std::string ask(const std::string& request) {
@@ -50,7 +46,8 @@ TEST_F(KeeperTests, tellsTheWholeStateOrPartsAndNothingElse) {
       R"({"ok":true,"hasSample":true,"totals":{"cpuToday":0.0,"diskWrittenToday":0.0,"networkToday":0.0,)"
       R"("network7Days":0.0,"network30Days":0.0}})");
   EXPECT_EQ(ask(R"({"ask":"state","parts":[]})"), R"({"ok":true,"hasSample":true})");
-  for (auto request : {"{}", R"({"ask":{}})", R"({"do":"format"})", R"({"do":["stopServer"]})"})
+  for (auto request :
+       {"{}", R"({"ask":{}})", R"({"do":"format"})", R"({"do":["stopServer"]})", R"({"describe":"format"})"})
     EXPECT_EQ(ask(request), R"({"ok":false,"error":"unknown request"})") << request;
 }
 
@@ -105,98 +102,32 @@ TEST_F(KeeperTests, aRemoteModelShowsWhatTheKeeperMeasures) {
   EXPECT_EQ(remote->alerts->size(), 2u);
 }
 
-TEST_F(KeeperTests, stopsListedServersOnly) {
-  table.add(10, "node").directory = "/home/u/shop";
-  table.add(11, "postgres").directory = "/var";
-  table.ports = {{10, {3000}}, {11, {5432}}};
-  time.advance(Seconds{2});
-  for (auto request : {R"({"do":"stopServer"})", R"({"do":"stopServer","pid":10})",
-                       R"({"do":"stopServer","pid":10,"startedAt":"1970-01-01T00:01:41.000Z"})",
-                       R"({"do":"stopServer","pid":11,"startedAt":"1970-01-01T00:01:50.000Z"})"})
-    EXPECT_EQ(ask(request), R"({"ok":false,"error":"There is no such server any more."})") << request;
-  EXPECT_THAT(table.sent, IsEmpty());
-
-  const auto stop = *parseJSON(R"({"do":"stopServer","pid":10,"startedAt":"1970-01-01T00:01:40.000Z"})");
-  std::vector<std::string> outcomes;
-  const auto askToStop = [&] {
-    keeper.handle(stop,
-                  [&](const Value& answer) { outcomes.push_back(*answer.find("outcome")->asString()); });
-    time.run();
-  };
-  table.processes.at(10).deniesSignals = true;
-  askToStop();
-  table.processes.at(10).deniesSignals = false;
-  askToStop();
-  time.advance(Seconds{2.9});
-  EXPECT_THAT(outcomes, ElementsAre("denied"));
-  table.ports.erase(10); // what the kill does
-  time.advance(Seconds{0.3});
-  EXPECT_THAT(outcomes, ElementsAre("denied", "killed"));
-  EXPECT_EQ(table.sent.size(), 2u);
-  EXPECT_TRUE(model->projects->empty()) << "who asks next sees it gone";
-}
-
-TEST_F(KeeperTests, endsOnlyTheProcessesThatTheCallerSaw) {
-  table.add(10, "editor");
-  table.add(11, "reused");
-  table.add(12, "foreign").deniesSignals = true;
-  table.add(getpid(), "korvell");
-  time.advance(Seconds{12});
-  const Date before = model->snapshot->date;
-  const auto self = std::to_string(getpid()), selfStart = std::to_string(getpid() * 10);
-  EXPECT_EQ(ask(R"({"do":"quit","processes":[{"pid":10,"start":100},{"pid":11,"start":7},)"
-                R"({"pid":12,"start":120},{"pid":)" +
-                self + R"(,"start":)" + selfStart + "}]}"),
-            R"({"ok":true,"sent":1,"gone":1,"denied":1})");
-  EXPECT_EQ(ask(R"({"do":"quit","force":true,"processes":[{"pid":10,"start":100}]})"),
-            R"({"ok":true,"sent":1,"gone":0,"denied":0})");
-  time.advance(Seconds{0.6});
-  EXPECT_GT(model->snapshot->date, before) << "the pace of ten seconds is not waited for";
-  for (auto processes :
-       {"[]", "[10]", R"([{"pid":1,"start":10}])", R"([{"pid":4294967306,"start":100}])", R"([{"pid":10}])"})
-    EXPECT_EQ(ask(std::string(R"({"do":"quit","processes":)") + processes + "}"),
-              R"({"ok":false,"error":"processes are needed, each with its pid and start"})")
-        << processes;
-  EXPECT_THAT(table.sent, ElementsAre(Sent{10, ProcessSignal::terminate}, Sent{10, ProcessSignal::kill}));
-}
-
-TEST_F(KeeperTests, anApplicationIsQuitByItsBundle) {
-  table.add(10, "editor");
-  time.advance(Seconds{12});
-  std::vector<QuitResult> results;
-  const auto note = [&](const QuitResult& result) { results.push_back(result); };
-  model->quit("/opt/nobody", note);
-  model->quit("/opt/editor", note);
-  time.run();
-  // Another process got the id since the snapshot that the user looks at.
-  const auto app = model->snapshot->apps.at(0);
-  table.add(10, "stranger").counters.start = 555;
-  time.advance(Seconds{10});
-  model->quit(app, true, note);
-  time.run();
-  EXPECT_THAT(results, ElementsAre(QuitResult{}, QuitResult{.sent = 1}, QuitResult{}));
-  EXPECT_EQ(table.sent.size(), 1u);
-}
-
-TEST_F(KeeperTests, removesListedLeftoversAndLooksAgain) {
+TEST_F(KeeperTests, describesAndDoesWhatItIsAsked) {
+  const auto names = *parseJSON(ask(R"({"ask":"actions"})"));
+  EXPECT_EQ(names.find("actions")->asArray()->size(), std::variant_size_v<ActionRequest>);
   launchItems.addUnit(LaunchScope::user, "/u/gone.service", "/opt/gone");
+  table.add(10, "editor");
+  table.add(12, "foreign").deniesSignals = true;
   time.advance(Seconds{12});
-  launchItems.addUnit(LaunchScope::user, "/u/new.service", "/opt/gone");
-  const std::string missing = R"({"ok":false,"error":"There is no such startup item any more."})";
-  const auto remove = [&](const std::string& name, const std::string& program) {
-    return ask(R"({"do":"removeStartupItem","plistPath":"/u/)" + name + R"(","label":")" + name +
-               R"(","program":")" + program + R"("})");
-  };
-  EXPECT_EQ(remove("new.service", "/opt/gone"), missing) << "not listed yet";
-  EXPECT_EQ(remove("gone.service", "/opt/other"), missing);
-  EXPECT_EQ(ask(R"({"do":"removeStartupItem"})"), missing);
-  const auto answer = *parseJSON(ask(R"({"do":"rescanStartupItems"})"));
-  EXPECT_EQ(answer.find("startupItems")->asArray()->size(), 2u);
-  EXPECT_EQ(remove("new.service", "/opt/gone"), R"({"ok":true})");
-  EXPECT_THAT(trash.moved, ElementsAre("/u/new.service"));
-  EXPECT_EQ(model->startupItems->size(), 1u);
-  launchItems.protection = "It is the system's.";
-  EXPECT_EQ(remove("gone.service", "/opt/gone"), R"({"ok":false,"error":"It is the system's."})");
+
+  const auto described = *parseJSON(ask(R"({"describe":"quit","app":"editor"})"));
+  EXPECT_EQ(*described.find("description")->find("message")->asString(), "editor will be asked to quit.");
+  EXPECT_EQ(
+      ask(dumpJSON(*described.find("request"))),
+      R"({"ok":true,"sentence":"editor was told to end.","name":"editor","sent":1,"gone":0,"denied":0})");
+  EXPECT_EQ(ask(R"({"describe":"quit","app":"nobody"})"),
+            R"({"ok":false,"error":"Nothing called nobody is running"})");
+  EXPECT_EQ(ask(R"({"do":"quit","force":true,"processes":[{"pid":12,"start":120}]})"),
+            R"-({"ok":false,"sentence":"foreign (PID 12) belongs to another user.",)-"
+            R"-("name":"foreign (PID 12)","sent":0,"gone":0,"denied":1})-");
+  EXPECT_EQ(parseJSON(ask(R"({"do":"rescanStartupItems"})"))->find("startupItems")->asArray()->size(), 1u);
+  for (auto request : {R"({"do":"quit","processes":[]})", R"({"do":"quit","processes":[10]})",
+                       R"({"do":"quit","processes":[{"pid":1,"start":10}]})",
+                       R"({"do":"quit","processes":[{"pid":4294967306,"start":100}]})",
+                       R"({"do":"quit","processes":[{"pid":10}]})", R"({"do":"quit","app":"editor"})",
+                       R"({"do":"stopServer","pid":"10"})", R"({"do":"changeSetting"})"})
+    EXPECT_EQ(parseJSON(ask(request))->find("ok")->asBool(), false) << request;
+  EXPECT_EQ(table.sent.size(), 1u);
 }
 
 } // namespace

@@ -1,8 +1,6 @@
 #include "Tool/HeadlessLoop.h"
-#include "Tool/Interruptible.h"
 
 #include <csignal>
-#include <future>
 #include <gtest/gtest.h>
 
 namespace korvell {
@@ -25,26 +23,18 @@ TEST(HeadlessLoopTests, aSignalThatWasIgnoredStaysIgnored) {
   std::signal(SIGHUP, before);
 }
 
-TEST(InterruptibleTests, everySignalThatEndsAProcessCancelsTheWorkOnce) {
-  for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
-    std::promise<void> told;
-    int times = 0;
-    runInterruptibly(
-        [&](const Cancellation& cancellation) {
-          kill(getpid(), number);
-          told.get_future().wait();
-          kill(getpid(), number); // a hang-up comes twice from some terminals
-          while (!cancellation.isCancelled()) std::this_thread::yield();
-        },
-        [&] {
-          ++times;
-          told.set_value();
-        });
-    EXPECT_EQ(times, 1) << number;
+TEST(HeadlessLoopTests, whileAPersonIsAskedASignalEndsTheProcessAsBefore) {
+  HeadlessLoop loop;
+  const auto handler = [](int signal) {
+    struct sigaction action {};
+    sigaction(signal, nullptr, &action);
+    return action.sa_handler;
+  };
+  for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
+    EXPECT_NE(handler(signal), SIG_DFL);
+    loop.withoutSignals([&] { EXPECT_EQ(handler(signal), SIG_DFL); });
+    EXPECT_NE(handler(signal), SIG_DFL);
   }
-  bool cancelled = true;
-  runInterruptibly([&](const Cancellation& cancellation) { cancelled = cancellation.isCancelled(); });
-  EXPECT_FALSE(cancelled);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // quit on a world of processes, with the owners' rules of macOS: bundles and plain programs.
 
-#include "Tests/Fakes/FakeMachineCounters.h"
+#include "App/ActionTexts.h"
 #include "Tests/Fakes/FakeProcessTable.h"
 #include "Tests/Tool/KeeperFixture.h"
 
@@ -27,7 +27,6 @@ struct QuitCommandTests : KeeperFixture {
     table = world.get();
     host.system = SystemKind::macOS;
     host.bundleInfo = [](const std::string&, std::string_view) { return std::nullopt; };
-    host.machine = std::make_unique<FakeMachineCounters>();
     host.applications = std::make_unique<FakeRunningApplications>();
     host.processControl = std::make_unique<Control>(*world);
     host.processes = std::move(world);
@@ -76,16 +75,28 @@ TEST_F(QuitCommandTests, onlyTheOneThatIsMeantAndOnlyWhenConfirmed) {
   }
 }
 
-TEST_F(QuitCommandTests, aKeeperSendsTheSignals) {
-  playKeeper([](const Value&) {
-    return Value::object({{"ok", true}, {"sent", 1}, {"gone", 1}, {"denied", 0}});
-  });
-  EXPECT_EQ(run({"quit", "worker", "--yes", "--json"}), exitOK);
-  EXPECT_THAT(out, HasSubstr(R"("sent":1,"gone":1,"denied":0)"));
-  ASSERT_EQ(orders.size(), 1u);
-  EXPECT_THAT(orders[0],
-              HasSubstr(R"("processes":[{"pid":10,"start":100},{"pid":11,"start":110}],"force":false)"));
-  EXPECT_TRUE(table->sent.empty());
+TEST_F(QuitCommandTests, aKeeperSendsTheSignalsToWhomItDescribed) {
+  const QuitRequest exact{.processes = {{10, 100}, {11, 110}}, .name = "worker"};
+  actions.describing = [&](const ActionRequest& request) -> Result<DescribedAction> {
+    EXPECT_EQ(request, ActionRequest(QuitRequest{.app = "worker"}));
+    return DescribedAction{exact, describeQuit(exact, {})};
+  };
+  actions.performing = [&](const ActionRequest& request) {
+    EXPECT_EQ(request, ActionRequest(exact));
+    return answerOf(exact, {.sent = 1, .gone = 1}, {});
+  };
+  playKeeper([](const Value&) { return Value(); });
+  EXPECT_EQ(run({"quit", "worker", "--yes", "--json"}), exitOK) << err;
+  EXPECT_EQ(out, R"({"name":"worker","sent":1,"gone":1,"denied":0})"
+                 "\n");
+  EXPECT_EQ(run({"quit", "worker"}), exitFailed);
+  EXPECT_THAT(err, HasSubstr("The 2 processes of worker will be asked to quit.\n  10 a process\n"));
+  EXPECT_EQ(orders.size(), 1u) << "not without a yes";
+
+  actions.performing = {}; // one of an earlier version
+  EXPECT_EQ(run({"quit", "worker", "--yes"}), exitOK);
+  EXPECT_THAT(err, HasSubstr("of another version; this is done without it"));
+  EXPECT_EQ(table->sent.size(), 2u);
 }
 
 TEST_F(QuitCommandTests, whyTellsWhoseAProcessIs) {

@@ -1,5 +1,5 @@
-#include "Base/Record.h"
-#include "Core/DevServers/DevServer.h"
+#include "App/ActionTexts.h"
+#include "Core/DevServers/DevServerRules.h"
 #include "KeeperFixture.h"
 
 namespace korvell {
@@ -29,20 +29,35 @@ struct ServersCommandTests : KeeperFixture {
                                       .memory = 50 << 20,
                                       .startedAt = Date{1'799'990'000.5},
                                       .lastActive = Date{1'799'990'000}}}}};
-  std::map<std::int64_t, std::string> outcomes; ///< by process; others are refused
-  int asked = 0;
-  std::function<void()> whileAsking = [] {}; ///< happens between the first look and the second
+  std::map<std::int64_t, StopOutcome> outcomes; ///< by process
 
   ServersCommandTests() {
     columns = 100;
-    playKeeper([this](const Value& request) {
-      if (request.find("ask") && ++asked == 2) whileAsking();
-      if (request.find("ask"))
-        return Value::object({{"ok", true}, {"hasSample", true}, {"projects", toValue(projects)}});
-      const auto outcome = outcomes.find(*request.find("pid")->asInt());
-      if (outcome == outcomes.end()) return Value::object({{"ok", false}, {"error", "no"}});
-      return Value::object({{"ok", true}, {"outcome", outcome->second}});
+    actions.describing = [this](const ActionRequest& request) { return described(request); };
+    actions.performing = [this](const ActionRequest& request) { return performed(request); };
+    playKeeper([this](const Value&) {
+      return Value::object({{"ok", true}, {"hasSample", true}, {"projects", toValue(projects)}});
     });
+  }
+  Result<DescribedAction> described(const ActionRequest& request) {
+    if (std::holds_alternative<StopIdleServersRequest>(request)) {
+      const auto idle = idleServers(projects, clock.now());
+      return DescribedAction{StopIdleServersRequest{idle}, describeStopIdle(idle)};
+    }
+    const auto pid = std::get<StopServerRequest>(request).pid;
+    for (const auto& project : projects)
+      for (const auto& server : project.servers)
+        if (server.pid == pid)
+          return DescribedAction{StopServerRequest{pid, server.startedAt}, describeStop(server)};
+    return Failure{"none\x1b"};
+  }
+  ActionAnswer performed(const ActionRequest& request) {
+    if (const auto* one = std::get_if<StopServerRequest>(&request))
+      return answerOf({.pid = one->pid, .name = "node"}, outcomes.at(one->pid));
+    std::vector<StopOutcome> each;
+    const auto servers = *std::get<StopIdleServersRequest>(request).servers;
+    for (const auto& server : servers) each.push_back(outcomes.at(server.pid));
+    return answerOf(servers, each, {});
   }
 };
 
@@ -60,10 +75,11 @@ TEST_F(ServersCommandTests, listsWhatTheKeeperKnows) {
 }
 
 TEST_F(ServersCommandTests, stopsOneAfterAsking) {
-  outcomes = {{10, "killed"}, {20, "gone"}};
+  outcomes = {{10, StopOutcome::killed}, {20, StopOutcome::gone}};
   EXPECT_EQ(run({"servers", "stop", "10"}), exitFailed) << "no terminal to ask on";
   EXPECT_THAT(err, HasSubstr("node will receive a stop signal."));
   EXPECT_EQ(run({"servers", "stop", "99", "--yes"}), exitFailed);
+  EXPECT_EQ(err, "korvell: none\\x1b\n");
   EXPECT_EQ(run({"servers", "stop", "x", "--yes"}), exitUsage);
   EXPECT_TRUE(orders.empty());
 
@@ -75,29 +91,18 @@ TEST_F(ServersCommandTests, stopsOneAfterAsking) {
 }
 
 TEST_F(ServersCommandTests, stopsTheIdleOnes) {
-  outcomes = {{20, "ended"}};
+  outcomes = {{10, StopOutcome::denied}, {20, StopOutcome::ended}};
   EXPECT_EQ(run({"servers", "stop-idle", "--yes"}), exitOK) << err;
   EXPECT_EQ(out, "1 server stopped. 50.0 MB freed.\n");
-  EXPECT_EQ(orders.size(), 1u);
-
   projects[0].servers[0].lastActive = Date{1'799'990'000};
-  outcomes = {{10, "denied"}, {20, "ended"}};
   EXPECT_EQ(run({"servers", "stop-idle", "--yes"}), exitFailed);
   EXPECT_EQ(out, "1 server stopped. 50.0 MB freed.\n");
   EXPECT_EQ(err, "korvell: node (PID 10) belongs to another user.\n");
-  EXPECT_EQ(run({"servers", "stop-idle"}), exitFailed);
-  EXPECT_THAT(err, HasSubstr("2 dev servers are running but idle. Stopping them frees 150 MB."));
-
-  // Between the question and the answer one was put to work, and the other id went to a younger process.
-  asked = 0;
   orders.clear();
-  whileAsking = [this] {
-    projects[0].servers[0].lastActive = clock.now();
-    projects[1].servers[0].startedAt = Date{1'799'995'000};
-  };
-  EXPECT_EQ(run({"servers", "stop-idle", "--yes"}), exitOK);
-  EXPECT_THAT(err, HasSubstr("node (PID 10) is no longer idle and was left alone."));
-  EXPECT_THAT(err, HasSubstr("python3.11 (PID 20) is no longer idle and was left alone."));
+  EXPECT_EQ(run({"servers", "stop-idle"}), exitFailed);
+  EXPECT_THAT(err,
+              HasSubstr("2 dev servers are running but idle. Stopping them frees 150 MB.\n"
+                        "  shop: node (PID 10), ports 3000, 3001\n  blog: python3.11 (PID 20), port 8000\n"));
   EXPECT_TRUE(orders.empty());
   projects.clear();
   EXPECT_EQ(run({"servers", "stop-idle"}), exitOK);

@@ -1,3 +1,4 @@
+#include "App/ActionTexts.h"
 #include "Core/Startup/StartupScanner.h"
 #include "KeeperFixture.h"
 #include "Tests/Fakes/FakeLaunchItems.h"
@@ -107,18 +108,21 @@ TEST_F(StartupCommandTests, nothingElseIsRemoved) {
 }
 
 TEST_F(StartupCommandTests, besideAKeeperItIsTheKeeperThatLooksAndRemoves) {
-  const std::vector<StartupItem> known{
-      {.label = "k.service", .plistPath = "/k", .program = "/gone", .isLeftover = true}};
-  Value answer = Value::object({{"ok", true}});
-  playKeeper([&](const Value& request) {
-    if (request.find("plistPath")) return answer;
-    return Value::object({{"ok", true}, {"startupItems", toValue(known)}});
-  });
+  const StartupItem known{.label = "k.service", .plistPath = "/k", .program = "/gone", .isLeftover = true};
+  Outcome removed = success();
+  actions.describing = [&](const ActionRequest& request) -> Result<DescribedAction> {
+    return DescribedAction{request, describeRemoval(known)};
+  };
+  actions.performing = [&](const ActionRequest& request) -> ActionAnswer {
+    if (std::holds_alternative<RemoveStartupItemRequest>(request)) return answerOf(known, removed);
+    return {.worked = true, .json = Value::object({{"startupItems", toValue(std::vector{known})}})};
+  };
+  playKeeper([](const Value&) { return Value(); });
   EXPECT_EQ(run({"startup", "remove", "k.service", "--yes"}), exitOK);
   EXPECT_THAT(orders, ElementsAre(R"({"do":"rescanStartupItems"})",
                                   R"({"do":"removeStartupItem","plistPath":"/k","label":"k.service",)"
                                   R"("program":"/gone"})"));
-  answer = Value::object({{"ok", false}, {"error", "It is in use."}});
+  removed = Failure{"It is in use."};
   EXPECT_EQ(run({"startup", "remove", "k.service", "--yes"}), exitFailed);
   EXPECT_EQ(err, "korvell: It is in use.\n");
   EXPECT_THAT(trash->requests, IsEmpty());

@@ -116,7 +116,7 @@ TEST(StorageCleanupTests, ofAToolThatNoLongerAnswersNothingIsKnownToBeFreed) {
   world.program("docker");
   const std::string usage = "docker system df --format {{json .}}";
   world.printed[usage] = {R"({"Type":"Containers","Reclaimable":"5MB"})"};
-  const auto work = storageWork(std::make_shared<StorageScan>(world.scan()), world.folders().data);
+  const auto work = world.work();
   const auto before = work.measure(docker, {}).value();
   const auto plan = CleanupPlan::of({{before}, Date{}}, before.items);
   world.printed.erase(usage);
@@ -206,7 +206,7 @@ TEST(StorageCleanupTests, noCommandRunsWhereSomethingIsMountedInWhatItCleans) {
     const auto inner = "home/" + folder + "/inner";
     world.disk.file(inner + "/x", 9000);
     world.files.mounted.clear();
-    const auto work = storageWork(std::make_shared<StorageScan>(world.scan()), world.folders().data);
+    const auto work = world.work();
     const CleanupPlan plan = [&, kind = kind] {
       const auto before = work.measure(kind, {}).value();
       return CleanupPlan::of({{before}, Date{}}, before.items);
@@ -265,7 +265,7 @@ TEST(StorageCleanupTests, whatWasDoneBoundsWhatWasFreedAndIsTold) {
 TEST(StorageCleanupTests, anAppCacheThatMovesUpTheListIsNoLoss) {
   StorageWorld world;
   for (int i = 0; i < 12; ++i) world.disk.file("home/.cache/app" + std::to_string(10 + i) + "/x", 40'000);
-  const auto work = storageWork(std::make_shared<StorageScan>(world.scan()), world.folders().data);
+  const auto work = world.work();
   const StorageScanResult result{{*work.measure(appCaches, {})}, Date{}};
   const auto plan = CleanupPlan::of(result, {result.categories[0].items[3]});
   const auto outcome = carryOut(plan, work);
@@ -277,7 +277,7 @@ TEST(StorageCleanupTests, anAppCacheThatMovesUpTheListIsNoLoss) {
 FreedBytes cleanAll(
     StorageWorld& world, StorageKind kind, std::vector<std::string>& problems,
     const std::function<void()>& meanwhile = [] {}) {
-  const auto work = storageWork(std::make_shared<StorageScan>(world.scan()), world.folders().data);
+  const auto work = world.work();
   const auto before = work.measure(kind, {}).value();
   meanwhile();
   const auto plan = CleanupPlan::of({{before}, Date{}}, before.items);

@@ -1,6 +1,7 @@
 #pragma once
 // A home folder on the real disk, a Trash beside it and programs that print what the test says.
 
+#include "Core/Storage/StorageCleanup.h"
 #include "Core/Storage/StorageScan.h"
 #include "Tests/Fakes/FakeClock.h"
 #include "Tests/Fakes/FakeEnvironment.h"
@@ -47,6 +48,10 @@ struct StorageWorld {
           return found == printed.end() ? std::nullopt : std::optional(found->second);
         },
         clock);
+  }
+  StorageWork work() {
+    return storageWork(
+        [scan = std::make_shared<StorageScan>(scan())]() -> auto& { return *scan; }, onMac, folders().data);
   }
   void program(const std::string& name, const std::string& text = "") {
     disk.write("bin/" + name, text);
