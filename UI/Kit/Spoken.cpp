@@ -8,57 +8,58 @@ namespace korvell {
 
 namespace {
 
+/// While its widget is being destroyed the Spoken part is gone before the toolkit asks for the last time: it
+/// is looked up whenever it is needed.
 class SpokenWidget final : public QAccessibleWidget, public QAccessibleValueInterface {
 public:
-  SpokenWidget(QWidget& widget, Spoken& spoken)
-      : QAccessibleWidget(&widget, spoken.role()), spoken_(spoken) {}
+  using QAccessibleWidget::QAccessibleWidget;
 
-  QAccessible::Role role() const override { return spoken_.role(); }
+  QAccessible::Role role() const override { return spoken() ? spoken()->role() : QAccessibleWidget::role(); }
 
   QString text(QAccessible::Text kind) const override {
-    if (kind == QAccessible::Value) return korvell::text(spoken_.spokenValue());
+    if (kind == QAccessible::Value && spoken()) return korvell::text(spoken()->spokenValue());
     return QAccessibleWidget::text(kind);
   }
 
   QAccessible::State state() const override {
     auto state = QAccessibleWidget::state();
-    spoken_.addStates(state);
+    if (spoken()) spoken()->addStates(state);
     return state;
   }
 
   void* interface_cast(QAccessible::InterfaceType type) override {
     if (type == QAccessible::ValueInterface)
-      return spoken_.meter() ? static_cast<QAccessibleValueInterface*>(this) : nullptr;
+      return meter() ? static_cast<QAccessibleValueInterface*>(this) : nullptr;
     return QAccessibleWidget::interface_cast(type);
   }
 
   QStringList actionNames() const override {
     auto names = QAccessibleWidget::actionNames();
-    if (spoken_.canPress()) names.prepend(pressAction());
+    if (spoken() && spoken()->canPress()) names.prepend(pressAction());
     return names;
   }
 
   void doAction(const QString& action) override {
-    if (action == pressAction())
-      spoken_.press();
+    if (action == pressAction() && spoken())
+      spoken()->press();
     else
       QAccessibleWidget::doAction(action);
   }
 
-  QVariant currentValue() const override { return spoken_.meter().value_or(0); }
+  QVariant currentValue() const override { return meter().value_or(0); }
   void setCurrentValue(const QVariant&) override {}
   QVariant maximumValue() const override { return 100.0; }
   QVariant minimumValue() const override { return 0.0; }
   QVariant minimumStepSize() const override { return 1.0; }
 
 private:
-  Spoken& spoken_;
+  Spoken* spoken() const { return dynamic_cast<Spoken*>(object()); }
+  std::optional<double> meter() const { return spoken() ? spoken()->meter() : std::nullopt; }
 };
 
 QAccessibleInterface* makeSpoken(const QString&, QObject* object) {
   auto* widget = qobject_cast<QWidget*>(object);
-  auto* spoken = dynamic_cast<Spoken*>(object);
-  return widget && spoken ? new SpokenWidget(*widget, *spoken) : nullptr;
+  return widget && dynamic_cast<Spoken*>(object) ? new SpokenWidget(widget) : nullptr;
 }
 
 } // namespace

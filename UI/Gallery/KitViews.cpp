@@ -1,0 +1,517 @@
+// The kit's controls, each in all its states on one sheet.
+
+#include "UI/Gallery/Gallery.h"
+#include "UI/Kit/Banner.h"
+#include "UI/Kit/Choices.h"
+#include "UI/Kit/Contrast.h"
+#include "UI/Kit/Dialog.h"
+#include "UI/Kit/FigureText.h"
+#include "UI/Kit/Focus.h"
+#include "UI/Kit/Icons.h"
+#include "UI/Kit/Labels.h"
+#include "UI/Kit/Meters.h"
+#include "UI/Kit/Native.h"
+#include "UI/Kit/Paint.h"
+#include "UI/Kit/ScoreRing.h"
+#include "UI/Kit/Scroll.h"
+#include "UI/Kit/Switches.h"
+#include "UI/Kit/Text.h"
+
+#include <QApplication>
+#include <QBoxLayout>
+#include <QGridLayout>
+#include <QMouseEvent>
+
+#include <cmath>
+
+namespace korvell {
+
+namespace {
+
+using Made = std::unique_ptr<QWidget>;
+
+/// A ground with rows of controls, each row under a caption.
+class Sheet {
+public:
+  explicit Sheet(const Theme& theme, Token ground = Token::surface)
+      : theme_(theme), ground_(std::make_unique<Ground>(theme, ground, nullptr)),
+        column_(new QVBoxLayout(ground_.get())) {
+    column_->setContentsMargins(24, 24, 24, 24);
+    column_->setSpacing(8);
+  }
+
+  QWidget* parent() const { return ground_.get(); }
+  void caption(std::string_view words) {
+    column_->addSpacing(6);
+    column_->addWidget(new TextLabel(theme_, TextStyle::caption, Token::text3, words, parent()));
+  }
+  void row(std::string_view words, std::initializer_list<QWidget*> widgets) {
+    caption(words);
+    auto* line = new QHBoxLayout;
+    line->setSpacing(16);
+    for (auto* widget : widgets) line->addWidget(widget, 0, Qt::AlignVCenter);
+    line->addStretch();
+    column_->addLayout(line);
+  }
+  void add(QWidget* widget) { column_->addWidget(widget); }
+  void add(QLayout* layout) { column_->addLayout(layout); }
+  Made take() {
+    column_->addStretch();
+    return std::move(ground_);
+  }
+
+private:
+  const Theme& theme_;
+  std::unique_ptr<Ground> ground_;
+  QVBoxLayout* column_;
+};
+
+template <class W>
+W* hovered(W* widget) {
+  QEvent enter(QEvent::HoverEnter); // all that controls look at
+  QApplication::sendEvent(widget, &enter);
+  return widget;
+}
+
+template <class W>
+W* held(W* widget) {
+  QMouseEvent press(QEvent::MouseButtonPress, QPointF(1, 1), QPointF(1, 1), Qt::LeftButton, Qt::LeftButton,
+                    {});
+  QApplication::sendEvent(widget, &press);
+  return widget;
+}
+
+template <class W>
+W* disabled(W* widget) {
+  widget->setEnabled(false);
+  return widget;
+}
+
+Made typeView(const Theme& theme) {
+  Sheet sheet(theme);
+  struct Sample {
+    TextStyle style;
+    std::string_view words;
+  };
+  for (auto [style, words] : {Sample{TextStyle::display, "87"},
+                              {TextStyle::figureLarge, "34.5 figure large"},
+                              {TextStyle::figureMedium, "9.84 figure medium"},
+                              {TextStyle::title, "Title, such as Free Up Space"},
+                              {TextStyle::sub, "Sub, the title of a dialog"},
+                              {TextStyle::head, "Head, above a list"},
+                              {TextStyle::strong, "Strong, the name of a finding"},
+                              {TextStyle::body, "Body, what most text is set in"},
+                              {TextStyle::small, "Small, details below a name"},
+                              {TextStyle::smallMedium, "Small, a tile's name"},
+                              {TextStyle::smallStrong, "Small, the chosen segment"},
+                              {TextStyle::caption, "Caption, axes and column heads"}})
+    sheet.add(new TextLabel(theme, style, Token::text1, words, sheet.parent()));
+  for (auto token : {Token::text2, Token::text3, Token::accent, Token::good, Token::warning, Token::critical})
+    sheet.add(new TextLabel(theme, TextStyle::body, token, nameOf(token), sheet.parent()));
+  auto* wrapped =
+      new TextLabel(theme, TextStyle::small, Token::text2,
+                    "A text that does not fit on one line goes on in the next one, at the distance of "
+                    "its style, and takes the height that it needs.",
+                    sheet.parent());
+  wrapped->setWrapped();
+  sheet.add(wrapped);
+  auto* clamped =
+      new TextLabel(theme, TextStyle::small, Token::text2,
+                    "They point to programs that no longer exist, usually from apps you uninstalled, "
+                    "and this sentence is longer than the two lines that it may take at most here.",
+                    sheet.parent());
+  clamped->setWrapped(2);
+  sheet.add(clamped);
+  auto* path = new TextLabel(theme, TextStyle::body, Token::text1,
+                             "~/code/a-project-with-a-long-name/packages/another-long-name/node_modules",
+                             sheet.parent());
+  path->setElide(Qt::ElideMiddle);
+  sheet.add(path);
+  return sheet.take();
+}
+
+/// A square of one token and its name.
+class Swatch final : public Painted {
+public:
+  Swatch(const Theme& theme, Token token, QWidget* parent) : Painted(theme, parent), token_(token) {
+    setFixedSize(150, 30);
+  }
+  QAccessible::Role role() const override { return QAccessible::Graphic; }
+
+protected:
+  void draw(QPainter& painter) override {
+    drawRounded(painter, QRectF(0, 3, 36, 24), 4, theme().color(token_), theme().color(Token::hairline));
+    drawText(painter, QRectF(44, 0, 106, 30), theme(), TextStyle::small, Token::text1, text(nameOf(token_)));
+  }
+
+private:
+  Token token_;
+};
+
+Made colorsView(const Theme& theme) {
+  Sheet sheet(theme);
+  auto* grid = new QGridLayout;
+  for (std::size_t i = 0; i < tokenCount; ++i)
+    grid->addWidget(new Swatch(theme, static_cast<Token>(i), sheet.parent()), int(i) / 4, int(i) % 4);
+  sheet.add(grid);
+  return sheet.take();
+}
+
+Made iconsView(const Theme& theme) {
+  Sheet sheet(theme);
+  auto* grid = new QGridLayout;
+  grid->setSpacing(12);
+  for (int i = 0; i <= static_cast<int>(Icon::down); ++i) {
+    auto icon = static_cast<Icon>(i);
+    auto row = i / 18 * 3;
+    grid->addWidget(new IconLabel(theme, icon, 20, Token::text1, sheet.parent()), row, i % 18,
+                    Qt::AlignCenter);
+    grid->addWidget(new IconLabel(theme, icon, 16, Token::text2, sheet.parent()), row + 1, i % 18,
+                    Qt::AlignCenter);
+    grid->addWidget(new IconLabel(theme, icon, 40, Token::text1, sheet.parent()), row + 2, i % 18,
+                    Qt::AlignCenter);
+  }
+  sheet.add(grid);
+  for (auto tone : {Tone::good, Tone::info, Tone::warning, Tone::critical}) {
+    auto* plate = new Plate(theme, {lookOf(tone).wash, std::nullopt, 8}, sheet.parent());
+    auto* row = new QHBoxLayout(plate);
+    for (int size : {16, 18, 20, 32})
+      row->addWidget(new IconLabel(theme, lookOf(tone).icon, size, lookOf(tone).mark, plate));
+    row->addWidget(new TextLabel(theme, TextStyle::head, lookOf(tone).text, "−8", plate), 1);
+    sheet.add(plate);
+  }
+  return sheet.take();
+}
+
+Made figuresView(const Theme& theme) {
+  Sheet sheet(theme);
+  for (auto style : {TextStyle::display, TextStyle::figureLarge, TextStyle::figureMedium, TextStyle::sub}) {
+    auto figure = [&](Figure figure) {
+      auto* label = new FigureLabel(theme, style, sheet.parent());
+      label->setFigure(std::move(figure));
+      return label;
+    };
+    auto* led = figure({"1.8", "MB/s"});
+    led->setLead("↓");
+    sheet.row("figures", {figure({"24", "%"}), figure({"9.84", "GB"}), led, figure({"–", ""})});
+  }
+  sheet.caption("digits of one width: the columns stand");
+  for (const char* number : {"111.11", "444.44", "808.17", "–"}) {
+    auto* label = new FigureLabel(theme, TextStyle::figureMedium, sheet.parent());
+    label->setFigure({number, ""});
+    label->setAlignment(Qt::AlignRight);
+    label->setFixedWidth(120);
+    sheet.add(label);
+  }
+  return sheet.take();
+}
+
+Made buttonsView(const Theme& theme) {
+  Sheet sheet(theme);
+  auto button = [&](Button::Kind kind, std::string_view words) {
+    return new Button(theme, kind, words, sheet.parent());
+  };
+  struct Row {
+    Button::Kind kind;
+    std::string_view words;
+  };
+  std::vector<QWidget*> rings;
+  for (auto [kind, words] : {Row{Button::Kind::primary, "Free Up Space"},
+                             {Button::Kind::plain, "Stop All Idle…"},
+                             {Button::Kind::quiet, "Review"},
+                             {Button::Kind::danger, "Delete Permanently"}}) {
+    auto* ringed = button(kind, words);
+    rings.push_back(ringed);
+    sheet.row("normal, pointed at, held, with the keyboard's focus, disabled",
+              {button(kind, words), hovered(button(kind, words)), held(button(kind, words)), ringed,
+               disabled(button(kind, words))});
+  }
+  auto* chevron = button(Button::Kind::quiet, "Show all");
+  chevron->setMark(Button::Mark::chevron);
+  auto* copy = button(Button::Kind::quiet, "Copy Command");
+  copy->setMark(Button::Mark::copy);
+  auto* untick = button(Button::Kind::quiet, "Untick All");
+  untick->setToken(Token::text2);
+  auto* scan = button(Button::Kind::plain, "Scan Again");
+  scan->setIcon(Icon::refresh);
+  sheet.row("marks and icons", {chevron, copy, untick, scan});
+  auto* compact = button(Button::Kind::plain, "Open Korvell");
+  compact->setHeight(Button::Height::compact);
+  auto* tall = button(Button::Kind::primary, "Move to Trash");
+  tall->setHeight(Button::Height::tall);
+  sheet.row("26, 28, 32 high", {compact, button(Button::Kind::plain, "Enable"), tall});
+  auto icon = [&](Icon shown, std::string_view name) {
+    return new IconButton(theme, shown, name, sheet.parent());
+  };
+  auto* ringed = icon(Icon::settings, "Settings");
+  rings.push_back(ringed);
+  sheet.row("icons alone", {icon(Icon::share, "Share"), hovered(icon(Icon::power, "Quit")), ringed,
+                            disabled(icon(Icon::dots, "More"))});
+  auto made = sheet.take();
+  made->resize(made->sizeHint());
+  made->layout()->activate();
+  for (auto* each : rings) FocusRing::show(*each, each->rect(), 6, theme);
+  return made;
+}
+
+void drawHeart(QPainter& painter, const QRectF& box, const QColor& ink) {
+  drawIcon(painter, Icon::heart, QRectF(box.center() - QPointF(10, 10), QSizeF(20, 20)), ink);
+}
+
+Made choicesView(const Theme& theme) {
+  Sheet sheet(theme);
+  auto segments = [&](std::vector<std::string> words) {
+    return new Segments(theme, "Range", words, sheet.parent());
+  };
+  auto* ranges = segments({"Live", "12h", "24h", "7d", "30d"});
+  ranges->choose(2);
+  auto* small = segments({"CPU", "Memory"});
+  small->setHeight(26);
+  sheet.row("segments", {segments({"System", "Light", "Dark"}), ranges, small});
+  sheet.row("segments with long words, disabled",
+            {segments({"Systemeinstellung", "Hintergrundbeleuchtung"}), disabled(segments({"One", "Two"}))});
+  sheet.caption("radio tiles");
+  auto* tiles = new RadioTiles(theme, "Menu bar",
+                               {{"Icon only", drawHeart},
+                                {"Health score", drawHeart},
+                                {"CPU and memory", drawHeart},
+                                {"Mini graphs", drawHeart}},
+                               sheet.parent());
+  sheet.add(tiles);
+  auto toggle = [&](bool on) {
+    auto* made = new Toggle(theme, "Open at login", sheet.parent());
+    made->setOn(on);
+    return made;
+  };
+  sheet.row("toggles: on, off, pointed at, disabled",
+            {toggle(true), toggle(false), hovered(toggle(true)), hovered(toggle(false)),
+             disabled(toggle(true)), disabled(toggle(false))});
+  auto box = [&](CheckBox::State state, std::string_view words) {
+    auto* made = new CheckBox(theme, "npm cache", words, sheet.parent());
+    made->setState(state);
+    return made;
+  };
+  using enum CheckBox::State;
+  sheet.row("boxes",
+            {box(off, ""), box(some, ""), box(on, ""), hovered(box(off, "")), disabled(box(off, "")),
+             disabled(box(on, "")), box(on, "With words behind it"), disabled(box(some, "Disabled"))});
+  return sheet.take();
+}
+
+Made ringsView(const Theme& theme) {
+  Sheet sheet(theme);
+  auto ring = [&](ScoreRing::Form form, std::optional<int> score, std::vector<ScoreRing::Share> lost,
+                  std::string_view label) {
+    auto* made = new ScoreRing(theme, form, sheet.parent());
+    made->setName("Health");
+    made->setScore(score, std::move(lost));
+    made->setLabel(label);
+    return made;
+  };
+  std::vector<ScoreRing::Share> usual{{8, Tone::warning}, {4, Tone::info}, {1, Tone::info}};
+  std::vector<ScoreRing::Share> bad{
+      {30, Tone::critical}, {20, Tone::critical}, {8, Tone::warning}, {4, Tone::info}};
+  auto page = ScoreRing::page;
+  auto* pointed = ring(page, 87, usual, "Good");
+  pointed->highlight(1);
+  sheet.row("usual, one share pointed at, bad",
+            {ring(page, 87, usual, "Good"), pointed, ring(page, 38, bad, "Poor")});
+  sheet.row("full, none yet, nothing left",
+            {ring(page, 100, {}, "Excellent"), ring(page, std::nullopt, {}, "Measuring…"),
+             ring(page, 0, {{60, Tone::critical}, {50, Tone::critical}, {40, Tone::warning}}, "Poor")});
+  auto panel = ScoreRing::panel;
+  std::vector<ScoreRing::Share> many(9, {1, Tone::info});
+  sheet.row("in the panel", {ring(panel, 87, usual, ""), ring(panel, 100, {}, ""),
+                             ring(panel, std::nullopt, {}, ""), ring(panel, 91, many, "")});
+  return sheet.take();
+}
+
+std::vector<std::optional<double>> series(double middle, double swing) {
+  std::vector<std::optional<double>> values;
+  for (int i = 0; i < 60; ++i)
+    values.emplace_back(middle + swing * std::sin(i * 0.9) * std::cos(i * 0.37) + (i == 40 ? swing * 2 : 0));
+  return values;
+}
+
+Made metersView(const Theme& theme) {
+  Sheet sheet(theme);
+  auto line = [&](Token token, std::vector<std::optional<double>> values) {
+    auto* made = new Sparkline(theme, token, sheet.parent());
+    made->setFixedSize(112, 40);
+    made->setValues(std::move(values), 100);
+    return made;
+  };
+  auto interrupted = series(50, 25);
+  for (std::size_t i = 20; i < 30; ++i) interrupted[i] = std::nullopt;
+  auto young = series(40, 10);
+  young.resize(8);
+  sheet.row("measures", {line(Token::cpu, series(24, 8)), line(Token::memory, series(63, 0.3)),
+                         line(Token::disk, series(20, 30))});
+  sheet.row("measures", {line(Token::network, series(40, 20)), line(Token::gpu, series(6, 2)),
+                         line(Token::energy, series(60, 4))});
+  sheet.row("a gap, eight values, none",
+            {line(Token::cpu, interrupted), line(Token::cpu, young), line(Token::cpu, {})});
+  auto bar = [&](Token token, double level, int thickness) {
+    auto* made = new Bar(theme, token, sheet.parent());
+    made->setName("Level");
+    made->setThickness(thickness);
+    made->setFixedWidth(120);
+    made->setLevel(level);
+    return made;
+  };
+  sheet.row("bars of 4: 0, 1, 60, 100 percent", {bar(Token::memory, 0, 4), bar(Token::memory, 0.01, 4),
+                                                 bar(Token::memory, 0.6, 4), bar(Token::memory, 1, 4)});
+  sheet.row("bars of 8",
+            {bar(Token::cpu, 0.3, 8), bar(Token::warningMark, 0.86, 8), bar(Token::critical, 0.95, 8)});
+  return sheet.take();
+}
+
+Made bannersView(const Theme& theme) {
+  Sheet sheet(theme);
+  auto banner = [&](Tone tone, std::string_view sentence, std::string_view detail = {}) {
+    auto* made = new Banner(theme, sheet.parent());
+    made->say(tone, sentence, detail);
+    sheet.add(made);
+    return made;
+  };
+  banner(Tone::warning, "Nothing changed. The files may be in use or protected.");
+  banner(Tone::good, "2 servers stopped. 958 MB freed.");
+  banner(Tone::info, "2 dev servers are running but idle", "Stopping them frees 958 MB")
+      ->offer("Stop All Idle…", [] {});
+  banner(Tone::critical,
+         "The history cannot be read, so that nothing is recorded until the disk it lies on is there "
+         "again and can be written to.")
+      ->offer(
+          "What would help", [] {}, Button::Kind::quiet);
+  return sheet.take();
+}
+
+Made questionView(const Theme& theme, Question question) {
+  auto window = std::make_unique<Ground>(theme, Token::surface, nullptr);
+  auto* column = new QVBoxLayout(window.get());
+  column->addWidget(new TextLabel(theme, TextStyle::title, Token::text1, "Free Up Space", window.get()));
+  column->addWidget(new Button(theme, Button::Kind::primary, "Move to Trash…", window.get()));
+  column->addStretch();
+  Dialog::ask(theme, std::move(question), *window, [](bool) {});
+  return window;
+}
+
+Made dialogView(const Theme& theme) {
+  return questionView(theme,
+                      {.icon = Icon::trash,
+                       .title = "Move 6.36 GB to the Trash?",
+                       .text = "Moves to the Trash:",
+                       .well = {"~/code/herbarium-2024/node_modules", "~/code/tide-tables/node_modules",
+                                "~/code/sketchbook/packages/with/a/deep/path/that/is/too/long/node_modules"},
+                       .more = "and 1 more",
+                       .note = "You can put them back from the Trash.",
+                       .action = "Move to Trash"});
+}
+
+Made dangerView(const Theme& theme) {
+  return questionView(theme,
+                      {.title = "Free 2.31 GB?",
+                       .text = "This deletes the cache for good. Its packages are downloaded again when a "
+                               "project needs them.",
+                       .action = "Delete Permanently",
+                       .permanent = true});
+}
+
+/// Names with their stand-ins.
+class Monograms final : public Painted {
+public:
+  Monograms(const Theme& theme, QWidget* parent) : Painted(theme, parent) { setFixedSize(12 * 28, 24); }
+  QAccessible::Role role() const override { return QAccessible::Graphic; }
+
+protected:
+  void draw(QPainter& painter) override {
+    auto x = 0;
+    for (const char* name :
+         {"Firefox", "Blender", "Terminal", "linux", "Thunderbird", "éditeur", "7zip", "…"}) {
+      drawMonogram(painter, QRectF(x, 2, 20, 20), theme(), monogramHue(name), name);
+      x += 28;
+    }
+    for (auto hue : {Token::gray, Token::accent}) {
+      drawMonogram(painter, QRectF(x, 2, 20, 20), theme(), hue, "Korvell");
+      x += 28;
+    }
+  }
+};
+
+Made piecesView(const Theme& theme) {
+  Sheet sheet(theme, Token::bg);
+  std::vector<QWidget*> badges;
+  auto badge = [&](int count) {
+    auto* made = new Badge(theme, sheet.parent());
+    made->setCount(count);
+    return made;
+  };
+  sheet.row("badges", {badge(2), badge(14), badge(240)});
+  sheet.row("monograms", {new Monograms(theme, sheet.parent())});
+  auto* field = new TextField(theme, "Filter", "Filter", sheet.parent());
+  field->setSearch();
+  auto* filled = new TextField(theme, "Name", "", sheet.parent());
+  filled->setText("Firefox");
+  sheet.row("fields", {field, filled});
+  auto* path = new TextField(theme, "History", "", sheet.parent());
+  path->setText("~/.local/share/korvell/history.sqlite");
+  path->setSelectableOnly();
+  path->setFixedWidth(260);
+  sheet.row("text to select", {path});
+  sheet.caption("a group of settings");
+  auto* plate = new Plate(theme, sheet.parent());
+  auto* rows = new QVBoxLayout(plate);
+  for (const char* words : {"Open at login", "Send a weekly report on Monday morning"}) {
+    if (rows->count()) rows->addWidget(new Hairline(theme, plate));
+    auto* row = new QHBoxLayout;
+    row->setContentsMargins(4, 4, 4, 4);
+    row->addWidget(new TextLabel(theme, TextStyle::body, Token::text1, words, plate), 1);
+    row->addWidget(new Toggle(theme, words, plate));
+    rows->addLayout(row);
+  }
+  sheet.add(plate);
+  sheet.caption("what scrolls");
+  auto* area = new ScrollArea(theme, Token::surface, sheet.parent());
+  auto* content = new Ground(theme, Token::surface, nullptr);
+  auto* lines = new QVBoxLayout(content);
+  for (int i = 0; i < 20; ++i)
+    lines->addWidget(new TextLabel(theme, TextStyle::body, Token::text1, "A row of a long list", content));
+  area->setContent(*content);
+  area->setFixedHeight(120);
+  sheet.add(area);
+  return sheet.take();
+}
+
+Made menuView(const Theme& theme) {
+  auto menu = std::make_unique<Menu>(theme, nullptr);
+  menu->add("Open panel", [] {});
+  menu->add(Icon::heart, "Open Korvell", [] {});
+  menu->addRule();
+  menu->add(Icon::settings, "Settings…", [] {});
+  menu->add("Free Up Space", [] {}).setEnabled(false);
+  menu->add(Icon::power, "Quit Korvell", [] {});
+  return menu;
+}
+
+} // namespace
+
+std::vector<GalleryView> kitViews() {
+  QSize own;
+  return {
+      {"kit-type", {{460, 640}}, typeView},
+      {"kit-colors", {own}, colorsView},
+      {"kit-icons", {own}, iconsView},
+      {"kit-figures", {own}, figuresView},
+      {"kit-buttons", {own}, buttonsView},
+      {"kit-choices", {own}, choicesView},
+      {"kit-rings", {own}, ringsView},
+      {"kit-meters", {own}, metersView},
+      {"kit-banners", {{520, 330}}, bannersView},
+      {"kit-dialog", {{720, 560}, {360, 560}}, dialogView},
+      {"kit-dialog-danger", {{720, 400}}, dangerView},
+      {"kit-pieces", {{560, 560}}, piecesView},
+      {"kit-menu", {own}, menuView},
+  };
+}
+
+} // namespace korvell

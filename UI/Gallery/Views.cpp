@@ -1,0 +1,16 @@
+#include "UI/Gallery/Gallery.h"
+
+#include <iterator>
+
+namespace korvell {
+
+std::vector<GalleryView> galleryViews() {
+  std::vector<GalleryView> all;
+  for (auto part : {kitViews}) {
+    auto views = part();
+    all.insert(all.end(), std::make_move_iterator(views.begin()), std::make_move_iterator(views.end()));
+  }
+  return all;
+}
+
+} // namespace korvell

@@ -1,0 +1,139 @@
+// korvell-gallery FOLDER: renders every view into pictures without a display and checks what it rendered.
+// Exits with 1 and a list when something is wrong.
+
+#include "UI/Gallery/Check.h"
+#include "UI/Gallery/Gallery.h"
+#include "UI/Kit/Native.h"
+#include "UI/Kit/Spoken.h"
+#include "UI/Kit/Text.h"
+
+#include <fmt/format.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QPixmap>
+#include <QProcess>
+
+#include <algorithm>
+#include <cstdio>
+#include <set>
+
+namespace korvell {
+namespace {
+
+constexpr const char* scaleVariable = "QT_SCALE_FACTOR";
+
+struct Variant {
+  Look look;
+  Qt::LayoutDirection direction;
+  std::string name;
+};
+
+std::vector<Variant> variants() {
+  auto percent = qEnvironmentVariableIsSet(scaleVariable) ? "200" : "100";
+  std::vector<Variant> all;
+  for (auto appearance : {Appearance::light, Appearance::dark})
+    for (auto direction : {Qt::LeftToRight, Qt::RightToLeft})
+      all.push_back({{.appearance = appearance, .reducedMotion = true},
+                     direction,
+                     fmt::format("{}{}-{}", appearance == Appearance::dark ? "dark" : "light",
+                                 direction == Qt::RightToLeft ? "-rtl" : "", percent)});
+  // What only some people see: once each, to be checked more than to be looked at.
+  all.push_back(
+      {{.highContrast = true, .reducedMotion = true}, Qt::LeftToRight, fmt::format("contrast-{}", percent)});
+  all.push_back(
+      {{.reducedMotion = true, .textScale = 1.4}, Qt::LeftToRight, fmt::format("large-{}", percent)});
+  return all;
+}
+
+bool isBlank(const QImage& picture) {
+  auto first = picture.pixel(0, 0);
+  for (int y = 0; y < picture.height(); ++y)
+    for (int x = 0; x < picture.width(); ++x)
+      if (picture.pixel(x, y) != first) return false;
+  return true;
+}
+
+class Gallery {
+public:
+  explicit Gallery(QDir folder) : folder_(std::move(folder)) {}
+
+  void render(const Variant& variant) {
+    Theme theme(variant.look);
+    QApplication::setLayoutDirection(variant.direction);
+    setTooltipLook(theme);
+    note(variant.name, contrastProblems(theme));
+    for (const auto& view : galleryViews())
+      for (auto size : view.sizes) render(view, size, theme, variant.name);
+  }
+  const std::set<std::string>& problems() const { return problems_; }
+  int pictures() const { return pictures_; }
+
+private:
+  void note(const std::string& where, const std::vector<std::string>& problems) {
+    for (const auto& problem : problems) problems_.insert(where + ": " + problem);
+  }
+
+  void render(const GalleryView& view, QSize size, const Theme& theme, const std::string& variant) {
+    auto widget = view.make(theme);
+    widget->ensurePolished();
+    auto shown = size.isEmpty() ? widget->sizeHint() : size;
+    if (size.isEmpty() && widget->hasHeightForWidth())
+      shown.setHeight(std::max(shown.height(), widget->heightForWidth(shown.width())));
+    widget->resize(shown);
+    widget->show();
+    QApplication::processEvents();
+    auto name = fmt::format("{}-{}-{}", view.name, widget->width(), variant);
+    auto picture = widget->grab();
+    if (!picture.save(folder_.filePath(text(name + ".png")))) note(name, {"the picture cannot be written"});
+    if (isBlank(picture.toImage())) note(name, {"nothing is painted"});
+    note(name, problemsOf(*widget));
+    ++pictures_;
+  }
+
+  QDir folder_;
+  std::set<std::string> problems_;
+  int pictures_ = 0;
+};
+
+/// The toolkit fixes the scale of a program when it starts: 200 % is another run of it.
+int renderDoubled(const QStringList& arguments) {
+  QProcess again;
+  auto environment = QProcessEnvironment::systemEnvironment();
+  environment.insert(scaleVariable, "2");
+  again.setProcessEnvironment(environment);
+  again.setProcessChannelMode(QProcess::ForwardedChannels);
+  again.start(QApplication::applicationFilePath(), arguments);
+  if (!again.waitForFinished(-1) || again.exitStatus() != QProcess::NormalExit) return 1;
+  return again.exitCode();
+}
+
+int run(int argc, char** argv) {
+  if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication application(argc, argv);
+  QApplication::setStyle("Fusion");
+  auto arguments = QApplication::arguments().mid(1);
+  if (arguments.size() != 1) {
+    fmt::print(stderr, "Usage: korvell-gallery FOLDER\n");
+    return 64;
+  }
+  QDir folder(arguments[0]);
+  if (!folder.mkpath(".")) {
+    fmt::print(stderr, "{} cannot be made.\n", utf8(folder.path()));
+    return 1;
+  }
+  installSpoken();
+  Gallery gallery(folder);
+  for (const auto& variant : variants()) gallery.render(variant);
+  for (const auto& problem : gallery.problems()) fmt::print("{}\n", problem);
+  fmt::print("{} pictures, {} problems\n", gallery.pictures(), gallery.problems().size());
+  std::fflush(stdout);
+  auto status = gallery.problems().empty() ? 0 : 1;
+  if (!qEnvironmentVariableIsSet(scaleVariable)) status |= renderDoubled(arguments);
+  return status;
+}
+
+} // namespace
+} // namespace korvell
+
+int main(int argc, char** argv) { return korvell::run(argc, argv); }
