@@ -121,21 +121,25 @@ function(korvell_room name)
   endif()
 endfunction()
 
-# korvell_tests(NAME [THREADS] [TOOLKIT] SOURCES file... LINKS target...): one test program a room, every case known
-# to CTest. THREADS says that its cases start threads: those are what the thread sanitizer builds and runs. TOOLKIT:
-# they use Qt, without a display.
+# korvell_tests(NAME [THREADS] [TOOLKIT] SOURCES file... LINKS target...): one test program a room, every case
+# known to CTest. THREADS says that its cases start threads: those are what the thread sanitizer builds and runs.
+# TOOLKIT says that it includes Qt; such tests need no display.
 add_custom_target(threaded_tests)
 function(korvell_tests name)
   cmake_parse_arguments(tests "THREADS;TOOLKIT" "" "SOURCES;LINKS" ${ARGN})
   add_executable(${name} ${tests_SOURCES})
   target_link_libraries(${name} PRIVATE korvell_options ${tests_LINKS} FixturesFolder GTest::gmock GTest::gtest_main)
-  if(NOT tests_TOOLKIT)
-    korvell_precompile(${name} korvell_tests_precompiled)
+  set(precompiled korvell_tests_precompiled)
+  set(environment)
+  if(tests_TOOLKIT)
+    set(precompiled korvell_toolkit_precompiled)
+    set(environment ENVIRONMENT QT_QPA_PLATFORM=offscreen)
   endif()
+  korvell_precompile(${name} ${precompiled})
   set(labels)
   if(tests_THREADS)
     add_dependencies(threaded_tests ${name})
     set(labels LABELS threads)
   endif()
-  gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120 ${labels})
+  gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120 ${labels} ${environment})
 endfunction()

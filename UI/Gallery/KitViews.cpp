@@ -498,7 +498,7 @@ Made menuView(const Theme& theme) {
 std::vector<GalleryView> kitViews() {
   QSize own;
   return {
-      {"kit-type", {{460, 640}}, typeView},
+      {"kit-type", {{460, 1000}}, typeView},
       {"kit-colors", {own}, colorsView},
       {"kit-icons", {own}, iconsView},
       {"kit-figures", {own}, figuresView},
@@ -506,7 +506,7 @@ std::vector<GalleryView> kitViews() {
       {"kit-choices", {own}, choicesView},
       {"kit-rings", {own}, ringsView},
       {"kit-meters", {own}, metersView},
-      {"kit-banners", {{520, 330}}, bannersView},
+      {"kit-banners", {{520, 480}}, bannersView},
       {"kit-dialog", {{720, 560}, {360, 560}}, dialogView},
       {"kit-dialog-danger", {{720, 400}}, dangerView},
       {"kit-pieces", {{560, 560}}, piecesView},

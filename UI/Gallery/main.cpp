@@ -82,6 +82,7 @@ private:
       shown.setHeight(std::max(shown.height(), widget->heightForWidth(shown.width())));
     widget->resize(shown);
     widget->show();
+    widget->activateWindow(); // so that the focus shows
     QApplication::processEvents();
     auto name = fmt::format("{}-{}-{}", view.name, widget->width(), variant);
     auto picture = widget->grab();
@@ -108,7 +109,13 @@ int renderDoubled(const QStringList& arguments) {
   return again.exitCode();
 }
 
+/// A screen that is none lacks what windows usually ask of one; all else is worth reading.
+void report(QtMsgType, const QMessageLogContext&, const QString& message) {
+  if (!message.startsWith("This plugin does not support")) fmt::print(stderr, "{}\n", utf8(message));
+}
+
 int run(int argc, char** argv) {
+  qInstallMessageHandler(report);
   if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication application(argc, argv);
   QApplication::setStyle("Fusion");

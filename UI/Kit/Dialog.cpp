@@ -1,6 +1,7 @@
 #include "UI/Kit/Dialog.h"
 
 #include "Base/Localization.h"
+#include "UI/Kit/Focus.h"
 #include "UI/Kit/Icons.h"
 #include "UI/Kit/Paint.h"
 #include "UI/Kit/Text.h"
@@ -24,7 +25,7 @@ constexpr int iconGap = 14;
 
 /// Lines of paths or names on a ground of their own.
 QWidget* makeWell(const Theme& theme, const Question& question, QWidget* parent) {
-  auto* well = new Plate(theme, {Token::hover, std::nullopt, 7}, parent);
+  auto* well = new Plate(theme, {Token::bg, std::nullopt, 7}, parent);
   auto* lines = new QVBoxLayout(well);
   lines->setContentsMargins(12, 8, 12, 8);
   lines->setSpacing(4);
@@ -74,8 +75,9 @@ Dialog::Dialog(const Theme& theme, Question question, QWidget& window, std::func
   arrange();
   raise();
   show();
-  // As if by Tab: what Return would press has to be seen.
+  // As if by Tab, also when the window comes to the front only later: what Return would press has to be seen.
   cancel_->setFocus(Qt::TabFocusReason);
+  if (!FocusRing::isShown(*cancel_)) FocusRing::show(*cancel_, cancel_->rect(), 6, theme);
 }
 
 void Dialog::build(const Question& question) {

@@ -10,18 +10,18 @@ namespace {
 
 constexpr int reach = 4; // 2 px outside, 2 px wide
 
-FocusRing* ringOf(const QWidget& around) {
-  if (!around.parentWidget()) return nullptr;
-  for (auto* child : around.parentWidget()->children())
-    if (auto* ring = dynamic_cast<FocusRing*>(child)) return ring;
-  return nullptr;
-}
-
 } // namespace
 
 bool isKeyboard(Qt::FocusReason reason) {
   return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
          reason == Qt::ShortcutFocusReason;
+}
+
+FocusRing* FocusRing::of(const QWidget& around) {
+  if (!around.parentWidget()) return nullptr;
+  for (auto* child : around.parentWidget()->children())
+    if (auto* ring = dynamic_cast<FocusRing*>(child); ring && ring->around_ == &around) return ring;
+  return nullptr;
 }
 
 FocusRing::FocusRing(QWidget& around, const QRectF& shape, double corner, const Theme& theme)
@@ -39,12 +39,9 @@ void FocusRing::show(QWidget& around, const QRectF& shape, double corner, const 
   if (around.parentWidget()) new FocusRing(around, shape, corner, theme);
 }
 
-void FocusRing::hide(QWidget& around) { delete ringOf(around); }
+void FocusRing::hide(QWidget& around) { delete of(around); }
 
-bool FocusRing::isShown(const QWidget& around) {
-  auto* ring = ringOf(around);
-  return ring && ring->around_ == &around;
-}
+bool FocusRing::isShown(const QWidget& around) { return of(around) != nullptr; }
 
 void FocusRing::follow() {
   auto shape = QRectF(around_->geometry()).marginsRemoved(inset_);

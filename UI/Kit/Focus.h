@@ -25,6 +25,7 @@ protected:
   bool eventFilter(QObject*, QEvent*) override;
 
 private:
+  static FocusRing* of(const QWidget& around);
   FocusRing(QWidget& around, const QRectF& shape, double corner, const Theme& theme);
   void follow();
 

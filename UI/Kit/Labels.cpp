@@ -82,7 +82,7 @@ QStringList TextLabel::lines(double width) const {
   QTextLayout layout(words, set);
   QTextOption option;
   option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-  option.setTextDirection(layoutDirection());
+  option.setTextDirection(directionOf(words));
   layout.setTextOption(option);
   QStringList result;
   layout.beginLayout();
@@ -125,7 +125,8 @@ bool TextLabel::isElided() const {
 }
 
 std::optional<std::string> TextLabel::cutText() const {
-  if (!neverCut_ || !isElided()) return std::nullopt;
+  auto isLow = height() < (wrapped_ ? heightForWidth(width()) : lineHeight(theme(), style_));
+  if (!isLow && !(neverCut_ && isElided())) return std::nullopt;
   return utf8(words_);
 }
 

@@ -23,7 +23,7 @@ public:
   void setElide(Qt::TextElideMode mode);
   /// Left and right change sides in right-to-left layouts; on the vertical middle.
   void setAlignment(Qt::Alignment horizontal);
-  /// Says that it must never be cut: its least width is all of it, and the gallery watches.
+  /// Says that it must not be elided either: its least width is all of it.
   void setNeverCut();
 
   QSize sizeHint() const override;

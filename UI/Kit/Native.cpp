@@ -29,8 +29,9 @@ QString menuSheet(const Theme& theme) {
 
 QString fieldSheet(const Theme& theme, bool isBare) {
   auto name = [&](Token token) { return theme.color(token).name(); };
-  auto colors = QString("color: %1; selection-background-color: %2; selection-color: %3;")
-                    .arg(name(Token::text1), name(Token::accent), name(Token::accentInk));
+  auto colors =
+      QString("color: %1; selection-background-color: %2; selection-color: %3;")
+          .arg(name(isBare ? Token::text2 : Token::text1), name(Token::accent), name(Token::accentInk));
   if (isBare) return "QLineEdit { background: transparent; border: none; padding: 0; " + colors + " }";
   return QString("QLineEdit { background: %1; border: 1px solid %2; border-radius: 6px; padding: 0 7px; %3 }"
                  "QLineEdit:focus { border-color: %4; }"
@@ -40,7 +41,11 @@ QString fieldSheet(const Theme& theme, bool isBare) {
 
 } // namespace
 
-Menu::Menu(const Theme& theme, QWidget* parent) : QMenu(parent), theme_(theme) {}
+Menu::Menu(const Theme& theme, QWidget* parent) : QMenu(parent), theme_(theme) {
+  setAttribute(Qt::WA_TranslucentBackground); // outside its round corners
+  setWindowFlag(Qt::FramelessWindowHint);
+  setWindowFlag(Qt::NoDropShadowWindowHint);
+}
 
 QAction& Menu::add(std::string_view words, std::function<void()> handler) {
   auto* action = addAction(text(words));

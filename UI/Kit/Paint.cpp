@@ -27,6 +27,10 @@ QRectF snapped(const QPainter& painter, const QRectF& box) {
   return {from, to};
 }
 
+Qt::LayoutDirection directionOf(const QString& text) {
+  return text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight;
+}
+
 void fillBox(QPainter& painter, const QRectF& box, const QColor& fill) {
   painter.save();
   painter.setRenderHint(QPainter::Antialiasing, false);
@@ -88,10 +92,13 @@ bool drawText(QPainter& painter, const QRectF& box, const QFont& font, const QCo
   auto left = box.left();
   if (alignment & Qt::AlignRight) left = box.right() - width;
   if (alignment & Qt::AlignHCenter) left += (box.width() - width) / 2;
+  painter.save();
   painter.setFont(font);
   painter.setPen(color);
+  painter.setLayoutDirection(directionOf(text));
   painter.drawText(QPointF(left, box.top() + (box.height() + metrics.ascent() - metrics.descent()) / 2),
                    shown);
+  painter.restore();
   return shown != text;
 }
 

@@ -34,6 +34,8 @@ bool drawText(QPainter& painter, const QRectF& box, const Theme& theme, TextStyl
 bool drawText(QPainter& painter, const QRectF& box, const QFont& font, const QColor& color,
               const QString& text, Qt::Alignment horizontal = Qt::AlignLeft,
               Qt::TextElideMode elide = Qt::ElideRight);
+/// A text runs as its own letters do: a path in a right-to-left language is still read from its left.
+Qt::LayoutDirection directionOf(const QString& text);
 double textWidth(const Theme& theme, TextStyle style, const QString& text);
 /// Where the baseline of a style lies when its line has this top.
 double baseline(const Theme& theme, TextStyle style, double top);
