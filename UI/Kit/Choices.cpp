@@ -23,6 +23,8 @@ public:
     update();
   }
 
+  QAccessible::Role role() const override { return QAccessible::RadioButton; }
+
   void settle() {
     setFocusPolicy(isChosen() ? Qt::StrongFocus : Qt::ClickFocus);
     update();
@@ -210,7 +212,6 @@ public:
   RadioTile(Choices& choices, Tile tile) : Item(choices, tile.words), picture_(std::move(tile.picture)) {}
 
   int wordsWidth() const { return qCeil(textWidth(theme(), TextStyle::smallMedium, words_)); }
-  QAccessible::Role role() const override { return QAccessible::RadioButton; }
   std::optional<std::string> cutText() const override {
     if (wordsWidth() <= width()) return std::nullopt;
     return utf8(words_);

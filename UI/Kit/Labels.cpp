@@ -190,7 +190,7 @@ QFont badgeFont(const Theme& theme) { return fontOf(theme, 11, QFont::DemiBold);
 
 double badgeWidth(const Theme& theme, int count) {
   auto height = theme.scaled(badgeHeight);
-  return std::max<double>(height, figureWidth(badgeFont(theme), badgeText(count)) + theme.scaled(11));
+  return std::max<double>(height, figureWidth(badgeFont(theme), badgeText(count)) + theme.scaled(10));
 }
 
 double drawBadge(QPainter& painter, const QRectF& box, const Theme& theme, int count) {

@@ -7,6 +7,7 @@
 namespace korvell {
 
 Painted::Painted(const Theme& theme, QWidget* parent) : QWidget(parent), theme_(theme) {
+  forgetSpoken(*this);
   themeSubscription_ = theme.observe([this] { themeChanged(); });
 }
 

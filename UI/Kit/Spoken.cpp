@@ -69,6 +69,12 @@ void installSpoken() {
   QAccessible::installFactory(makeSpoken);
 }
 
+void forgetSpoken(QWidget& widget) {
+  if (!QAccessible::isActive()) return;
+  if (auto* asked = QAccessible::queryAccessibleInterface(&widget))
+    QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(asked));
+}
+
 void tellStateChanged(QWidget& widget, const QAccessible::State& changed) {
   QAccessibleStateChangeEvent event(&widget, changed);
   QAccessible::updateAccessibility(&event);

@@ -25,6 +25,9 @@ public:
 
 /// Called by main and by tests, after the application object is made; more than once does no harm.
 void installSpoken();
+/// With a screen reader running, the toolkit may ask while a widget is being built and is not yet Spoken, and
+/// would keep that answer: for the constructors of widgets that are.
+void forgetSpoken(QWidget& widget);
 /// Tells assistive technology that a state or value has changed.
 void tellStateChanged(QWidget& widget, const QAccessible::State& changed);
 

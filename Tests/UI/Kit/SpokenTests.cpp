@@ -1,0 +1,135 @@
+#include "Tests/UI/Kit/KitFixture.h"
+
+#include "UI/Kit/Banner.h"
+#include "UI/Kit/Choices.h"
+#include "UI/Kit/Dialog.h"
+#include "UI/Kit/FigureText.h"
+#include "UI/Kit/Meters.h"
+#include "UI/Kit/ScoreRing.h"
+#include "UI/Kit/Switches.h"
+#include "UI/Kit/Text.h"
+
+namespace korvell {
+namespace {
+
+struct SpokenTests : KitTests {
+  QWidget window;
+
+  static QAccessibleInterface& of(QWidget& widget) { return *QAccessible::queryAccessibleInterface(&widget); }
+  static std::string nameOf(QWidget& widget) { return utf8(of(widget).text(QAccessible::Name)); }
+};
+
+TEST_F(SpokenTests, everyControlSaysWhatItIs) {
+  Segments segments(theme, "Range", {"12h", "24h"}, &window);
+  RadioTiles tiles(theme, "Menu bar", {{"Icon only", {}}}, &window);
+  FigureLabel figure(theme, TextStyle::sub, &window);
+  figure.setFigure({"3.5", "MB/s"});
+  struct Row {
+    QWidget* widget;
+    QAccessible::Role role;
+    std::string name;
+  };
+  Row rows[] = {
+      {new Button(theme, Button::Kind::quiet, "Review", &window), QAccessible::PushButton, "Review"},
+      {new IconButton(theme, Icon::share, "Share", &window), QAccessible::PushButton, "Share"},
+      {new Toggle(theme, "Open at login", &window), QAccessible::CheckBox, "Open at login"},
+      {new CheckBox(theme, "", "Untick me", &window), QAccessible::CheckBox, "Untick me"},
+      {&segments, QAccessible::PageTabList, "Range"},
+      {segments.findChildren<QWidget*>().first(), QAccessible::PageTab, "12h"},
+      {&tiles, QAccessible::Grouping, "Menu bar"},
+      {tiles.findChildren<QWidget*>().first(), QAccessible::RadioButton, "Icon only"},
+      {&figure, QAccessible::StaticText, "3.5 MB/s"},
+      {new TextLabel(theme, TextStyle::body, Token::text1, "Nothing to fix", &window),
+       QAccessible::StaticText, "Nothing to fix"}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(of(*row.widget).role(), row.role) << row.name;
+    EXPECT_EQ(nameOf(*row.widget), row.name);
+  }
+}
+
+TEST_F(SpokenTests, statesFollow) {
+  Toggle toggle(theme, "Open at login", &window);
+  CheckBox box(theme, "npm cache", "", &window);
+  Segments segments(theme, "Range", {"12h", "24h"}, &window);
+  auto* second = segments.findChildren<QWidget*>().at(1);
+  EXPECT_FALSE(of(toggle).state().checked || of(*second).state().selected);
+  toggle.setOn(true);
+  box.setState(CheckBox::State::some);
+  segments.choose(1);
+  EXPECT_TRUE(of(toggle).state().checkable && of(toggle).state().checked);
+  EXPECT_TRUE(of(box).state().checkStateMixed && !of(box).state().checked);
+  EXPECT_TRUE(of(*second).state().selected);
+  toggle.setEnabled(false);
+  EXPECT_TRUE(of(toggle).state().disabled);
+}
+
+TEST_F(SpokenTests, metersHaveValuesAndNothingIsNoValue) {
+  ScoreRing ring(theme, ScoreRing::page, &window);
+  EXPECT_EQ(of(ring).valueInterface(), nullptr);
+  ring.setScore(87, {{13, Tone::info}});
+  ASSERT_TRUE(of(ring).valueInterface());
+  EXPECT_EQ(of(ring).valueInterface()->currentValue(), 87.0);
+  EXPECT_EQ(of(ring).valueInterface()->maximumValue(), 100.0);
+  EXPECT_EQ(of(ring).text(QAccessible::Value), "87");
+  Bar bar(theme, Token::cpu, &window);
+  bar.setLevel(0.25);
+  EXPECT_EQ(of(bar).valueInterface()->currentValue(), 25.0);
+}
+
+TEST_F(SpokenTests, controlsAreFocusedAndPressedWithoutAMouse) {
+  Button review(theme, Button::Kind::plain, "Review", &window);
+  auto presses = 0;
+  review.onPress([&] { ++presses; });
+  show(window);
+  auto& actions = *of(review).actionInterface();
+  EXPECT_TRUE(actions.actionNames().contains(QAccessibleActionInterface::pressAction()));
+  actions.doAction(QAccessibleActionInterface::pressAction());
+  actions.doAction(QAccessibleActionInterface::setFocusAction());
+  EXPECT_EQ(presses, 1);
+  EXPECT_TRUE(review.hasFocus());
+  review.setEnabled(false);
+  EXPECT_FALSE(actions.actionNames().contains(QAccessibleActionInterface::pressAction()));
+}
+
+TEST_F(SpokenTests, aBannerIsANotificationThatNamesAllItSays) {
+  Banner banner(theme, &window);
+  show(window);
+  EXPECT_FALSE(banner.isVisible());
+  EXPECT_EQ(of(banner).role(), QAccessible::Notification);
+  banner.say(Tone::good, "2 servers stopped.");
+  EXPECT_TRUE(banner.isVisible());
+  EXPECT_EQ(nameOf(banner), "2 servers stopped.");
+  banner.say(Tone::warning, "Nothing changed.", "The files may be in use.");
+  EXPECT_EQ(nameOf(banner), "Nothing changed. The files may be in use.");
+  banner.dismiss();
+  EXPECT_FALSE(banner.isVisible());
+}
+
+TEST_F(SpokenTests, aBannersButtonGoesWithWhatItOffered) {
+  Banner banner(theme, &window);
+  banner.say(Tone::info, "2 dev servers are running but idle");
+  banner.offer("Stop All Idle…", [] {});
+  auto* button = dynamic_cast<Button*>(banner.findChildren<QWidget*>().last());
+  ASSERT_TRUE(button);
+  EXPECT_FALSE(button->isHidden());
+  banner.say(Tone::good, "Stopped.");
+  EXPECT_TRUE(button->isHidden());
+}
+
+TEST_F(SpokenTests, aQuestionIsReadWhole) {
+  show(window);
+  auto& dialog = Dialog::ask(theme,
+                             {.title = "Move 2 GB to the Trash?",
+                              .text = "Moves to the Trash:",
+                              .well = {"~/a", "~/b"},
+                              .more = "and 1 more",
+                              .action = "Move to Trash"},
+                             window, {});
+  EXPECT_EQ(of(dialog).role(), QAccessible::Dialog);
+  EXPECT_TRUE(of(dialog).state().modal);
+  EXPECT_EQ(nameOf(dialog), "Move 2 GB to the Trash?");
+  EXPECT_EQ(of(dialog).text(QAccessible::Description), "Moves to the Trash: ~/a ~/b and 1 more");
+}
+
+} // namespace
+} // namespace korvell
