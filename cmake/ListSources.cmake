@@ -9,6 +9,7 @@ set(CMAKE_BINARY_DIR ${SCRATCH})
 set(CMAKE_CURRENT_BINARY_DIR ${SCRATCH})
 string(COMPARE EQUAL "${KORVELL_SYSTEM}" macOS APPLE)
 set(KORVELL_UI ON)
+set(KORVELL_TESTS ON)
 
 foreach(command IN ITEMS add_custom_target add_dependencies add_test enable_testing find_package
     gtest_discover_tests include_directories install korvell_compile_small korvell_precompile pkg_check_modules

@@ -113,11 +113,11 @@ Button::Colors Button::colors() const {
 }
 
 void Button::draw(QPainter& painter) {
-  auto [fill, outline, ink] = colors();
-  if (outline.isValid())
-    drawRounded(painter, shape(), corner(), fill, outline);
-  else if (fill.isValid())
-    fillRounded(painter, shape(), corner(), fill);
+  auto look = colors();
+  if (look.outline.isValid())
+    drawRounded(painter, shape(), corner(), look.fill, look.outline);
+  else if (look.fill.isValid())
+    fillRounded(painter, shape(), corner(), look.fill);
 
   // Laid out from left to right and mirrored as a whole.
   auto left = (width() - contentWidth()) / 2;
@@ -126,13 +126,13 @@ void Button::draw(QPainter& painter) {
     return QRectF(x, (this->height() - height) / 2, width, height);
   };
   auto lead = [&](Icon icon, double size, double gap) {
-    drawIcon(painter, icon, place(left, size, size), ink, layoutDirection());
+    drawIcon(painter, icon, place(left, size, size), look.ink, layoutDirection());
     left += size + gap;
   };
   if (icon_) lead(*icon_, leadIcon, leadGap);
   if (mark_ == Mark::copy) lead(Icon::copy, copySize, copyGap);
   auto words = textWidth(theme(), TextStyle::strong, words_);
-  drawText(painter, place(left, words, height()), fontOf(theme(), TextStyle::strong), ink, words_);
+  drawText(painter, place(left, words, height()), fontOf(theme(), TextStyle::strong), look.ink, words_);
   left += words;
   if (mark_ == Mark::chevron) lead(Icon::chevron, markSize, 0);
 }

@@ -141,7 +141,7 @@ QColor colorOf(Token token, Appearance appearance) {
 }
 
 double contrast(const QColor& one, const QColor& other) {
-  auto [low, high] = std::minmax(luminance(one), luminance(other));
+  auto [low, high] = std::minmax({luminance(one), luminance(other)}); // copies: of temporaries it would refer
   return (high + 0.05) / (low + 0.05);
 }
 

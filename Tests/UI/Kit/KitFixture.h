@@ -14,22 +14,27 @@
 #include <QPainter>
 
 #include <functional>
+#include <memory>
+#include <vector>
 
 namespace korvell {
 
-inline void keepApplication() {
-  static int argc = 1;
-  static char name[] = "tests";
-  static char* argv[] = {name, nullptr};
-  static QApplication* application = [] {
+/// Made when the first test begins and ended after the last one; not while tests are only listed.
+class KitApplication final : public testing::Environment {
+  void SetUp() override {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    auto* made = new QApplication(argc, argv); // lives as long as the process
+    application_ = std::make_unique<QApplication>(argc_, argv_);
     QApplication::setStyle("Fusion");
     installSpoken();
-    return made;
-  }();
-  static_cast<void>(application);
-}
+  }
+  void TearDown() override { application_.reset(); }
+
+  int argc_ = 1;
+  char name_[6] = "tests";
+  char* argv_[2] = {name_, nullptr};
+  std::unique_ptr<QApplication> application_;
+};
+inline testing::Environment* const kitApplication = testing::AddGlobalTestEnvironment(new KitApplication);
 
 struct KitTests : testing::Test {
   KitTests() { QApplication::setLayoutDirection(Qt::LeftToRight); }
@@ -76,7 +81,7 @@ struct KitTests : testing::Test {
     return image;
   }
 
-  Theme theme{(keepApplication(), Look{.reducedMotion = true})};
+  Theme theme{{.reducedMotion = true}};
 };
 
 } // namespace korvell

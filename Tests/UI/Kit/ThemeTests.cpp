@@ -48,11 +48,11 @@ TEST_F(ThemeTests, coloursAreThoseThatWereMeasured) {
                                   {network, 3.9, 4.9},
                                   {gpu, 7.5, 7.8},
                                   {energy, 3.4, 10.4}}) {
-    auto on = [&](Appearance appearance) {
-      return contrast(colorOf(ink, appearance), colorOf(surface, appearance));
+    auto found = [](Token on, Appearance appearance) {
+      return contrast(colorOf(on, appearance), colorOf(surface, appearance));
     };
-    EXPECT_NEAR(on(Appearance::light), light, 0.051) << nameOf(ink);
-    EXPECT_NEAR(on(Appearance::dark), dark, 0.051) << nameOf(ink);
+    EXPECT_NEAR(found(ink, Appearance::light), light, 0.051) << nameOf(ink);
+    EXPECT_NEAR(found(ink, Appearance::dark), dark, 0.051) << nameOf(ink);
   }
   EXPECT_NEAR(contrast(Qt::black, Qt::white), 21, 1e-9);
 }
