@@ -24,6 +24,10 @@ void HistoryQueries::moment(Date at, Done<std::optional<HistoryMinute>> done) {
   ask([=](HistoryStore& store) { return store.minute(at); }, std::move(done));
 }
 
+void HistoryQueries::averageScore(Date begin, Done<std::optional<double>> done) {
+  ask([=](HistoryStore& store) { return store.averageScore(begin); }, std::move(done));
+}
+
 void HistoryQueries::totals(Date midnight, Date now, Done<Totals> done) {
   ask([=](HistoryStore& store) { return usageTotals(store, midnight, now); }, std::move(done));
 }

@@ -25,6 +25,8 @@ public:
   void topApps(Metric metric, HistoryRange range, int limit, Done<std::vector<AppTotal>> done);
   /// Who it was: the stored minute that an instant lies in.
   void moment(Date at, Done<std::optional<HistoryMinute>> done);
+  /// The mean of the score; nothing where none was recorded since then.
+  void averageScore(Date begin, Done<std::optional<double>> done);
   /// `midnight` is when today began.
   void totals(Date midnight, Date now, Done<Totals> done);
 

@@ -49,8 +49,9 @@ Launch launch(const UserFolders& folders, const OpenRequest& request, Seconds pa
   for (;;) {
     const auto reached = reach(folders, request);
     if (reached == Reached::application) return {};
-    auto lock = reached == Reached::headlessKeeper ? takeOver(folders) : KeeperLock::acquire(folders);
-    if (lock) return {.lock = std::move(*lock), .trouble = {}};
+    const bool takesOver = reached == Reached::headlessKeeper;
+    auto lock = takesOver ? takeOver(folders) : KeeperLock::acquire(folders);
+    if (lock) return {.lock = std::move(*lock), .trouble = {}, .tookOver = takesOver};
     // Somebody has the lock and does not answer yet: another start of the same moment, most likely.
     if (!isKeeperRunning(folders) || clock.monotonic() >= limit)
       return {.lock = {}, .trouble = lock.reason()};

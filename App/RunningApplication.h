@@ -27,7 +27,8 @@ struct Launch {
   /// Held by who is to be the application; absent where another one is and has shown itself, or where
   /// neither can be had.
   std::optional<KeeperLock> lock;
-  std::string trouble; ///< why there is neither, a sentence; empty otherwise
+  std::string trouble;   ///< why there is neither, a sentence; empty otherwise
+  bool tookOver = false; ///< from a headless keeper, which comes back when this one ends
 };
 
 /// Reaches the application that runs, or makes room for this process: a headless keeper steps back. Blocks

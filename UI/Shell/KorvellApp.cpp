@@ -2,10 +2,12 @@
 
 #include "App/LastResort.h"
 #include "Base/FreeMemory.h"
-#include "UI/Kit/Labels.h"
+#include "Base/SystemQueue.h"
+#include "Core/Health/SeenAlerts.h"
 #include "UI/Kit/Native.h"
 #include "UI/Kit/Text.h"
 #include "UI/Kit/Type.h"
+#include "UI/Overview/HealthView.h"
 
 #include <QApplication>
 #include <QFontInfo>
@@ -20,6 +22,11 @@ namespace {
 constexpr Seconds timeToEnd{5};
 /// A click on the item closes an open panel before it is told: that click opens it no second time.
 constexpr int sameClick = 300; // milliseconds
+
+/// A subscription for as long as a widget lives.
+void keepWith(QWidget& widget, Subscription subscription) {
+  QObject::connect(&widget, &QObject::destroyed, [subscription = std::move(subscription)] {});
+}
 
 void complain(const std::string& trouble) { std::fprintf(stderr, "korvell: %s\n", trouble.c_str()); }
 
@@ -45,14 +52,17 @@ bool KorvellApp::WindowsAttention::isWatched() const {
   return std::ranges::any_of(QApplication::topLevelWidgets(), isLookedAt);
 }
 
-KorvellApp::KorvellApp(Host& host, const Clock& clock, KeeperLock lock)
-    : host_(host), lock_(std::move(lock)), wishes_(DesktopLook::fromPalette()), assembly_(host, clock),
-      model_(assembly_.makeKeepingModel(loop_.main(), attention_, complain)),
+KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched)
+    : host_(host), launched_(std::move(launched)), wishes_(DesktopLook::fromPalette()),
+      assembly_(host, clock), model_(assembly_.makeKeepingModel(loop_.main(), attention_, complain)),
+      actions_(assembly_.makeActions(loop_.main(), [this]() -> AppModel& { return *model_; })),
+      errands_(*actions_, theme_),
       delegate_(*host.defaults, [this](std::optional<SidebarItem> item) { show(item); }),
-      keeper_(loop_.main(), *model_),
+      keeper_(loop_.main(), *model_, *actions_),
       window_({.model = *model_,
                .defaults = *host.defaults,
                .theme = theme_,
+               .facts = [this] { return sidebarFacts(); },
                .makePage = [this](SidebarItem item, QWidget& window,
                                   Banner& banner) { return makePage(item, window, banner); },
                .openSettings = [this] { openSettings(); },
@@ -74,7 +84,7 @@ void KorvellApp::listen() {
     if (!token.empty()) qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(token));
   });
   for (const auto& socket : {keeperSocketPath(host_.folders), spareSocketPath(host_.folders)})
-    if (keeper_.listen(socket)) return lock_.announce(socket);
+    if (keeper_.listen(socket)) return launched_.lock->announce(socket);
   complain(localized("can't answer at {socket}; commands will measure by themselves",
                      {{"socket", keeperSocketPath(host_.folders)}}));
 }
@@ -123,28 +133,113 @@ void KorvellApp::show(std::optional<SidebarItem> item) {
     host_.defaults->set(AppDelegate::hasLaunchedKey, true);
 }
 
-std::unique_ptr<Page> KorvellApp::makePage(SidebarItem, QWidget&, Banner&) { return nullptr; }
+SidebarFacts KorvellApp::sidebarFacts() const {
+  SidebarFacts facts{.sections = {SidebarItem::overview}};
+  facts.newAlerts = int(newAlerts(*model_->alerts, *host_.defaults, model_->snapshot->date));
+  return facts;
+}
+
+std::unique_ptr<Page> KorvellApp::makePage(SidebarItem item, QWidget& window, Banner& banner) {
+  if (item == SidebarItem::overview) return makeHealthPage(window, banner);
+  return nullptr;
+}
+
+std::unique_ptr<Page> KorvellApp::makeHealthPage(QWidget& window, Banner& banner) {
+  auto page = std::make_unique<HealthView>(theme_, &window);
+  auto* view = page.get();
+  const auto refresh = [this, view] {
+    view->show(healthPage(*model_, {.zone = *host_.zone,
+                                    .weekScore = weekScore_,
+                                    .hasBatterySettings = bool(host_.openBatterySettings)}));
+  };
+  view->onOpen([this](SidebarItem section) { model_->selection.set(section); });
+  view->onStep([this, &window, &banner](const Step& step) { takeStep(step, window, banner); });
+  keepWith(*view, model_->cycle.observe([refresh](std::int64_t) { refresh(); }));
+  refresh();
+  askWeekScore();
+  return page;
+}
+
+void KorvellApp::takeStep(const Step& step, QWidget& window, Banner& banner) {
+  if (const auto* section = std::get_if<SidebarItem>(&step.what)) return show(*section);
+  if (const auto* request = std::get_if<ActionRequest>(&step.what))
+    return errands_.run(*request, window, banner);
+  openBatterySettings();
+}
+
+void KorvellApp::openBatterySettings() {
+  if (!desktop_) desktop_ = systemQueueFactory()("Korvell.desktop");
+  desktop_->async(host_.openBatterySettings);
+}
+
+void KorvellApp::askWeekScore() {
+  constexpr Seconds week{7 * 86'400.0};
+  model_->queries().averageScore(model_->snapshot->date - week,
+                                 [this](const std::optional<double>& score) { weekScore_ = score; });
+}
 
 void KorvellApp::openPanel() {
   if (panel_) return panel_->close(), void();
   if (sincePanel_.isValid() && sincePanel_.elapsed() < sameClick) return;
-  auto* content = new Ground(theme_, Token::surface, nullptr);
-  content->setMinimumHeight(300);
-  panel_ = new PanelWindow(theme_, *content, [this] { panelClosed(); });
+  askWeekScore();
+  const auto leave = [this](const Task& then) {
+    panel_->close();
+    then();
+  };
+  panelView_ = new PanelView(
+      theme_,
+      {.step =
+           [this, leave](const Step& step) {
+             if (const auto* section = std::get_if<SidebarItem>(&step.what))
+               return leave([this, section] { show(*section); });
+             takeStep(step, *panel_, panelView_->banner());
+           },
+       .open = [this, leave](SidebarItem section) { leave([this, section] { show(section); }); },
+       .sortBy =
+           [this](UsageKey key) {
+             panelOrder_ = key;
+             showPanel();
+           },
+       .openKorvell = [this, leave] { leave([this] { show(std::nullopt); }); },
+       .openSettings = [this, leave] { leave([this] { openSettings(); }); },
+       .quit = [this] { askToQuit(); }},
+      nullptr);
+  panel_ = new PanelWindow(theme_, *panelView_, [this] { panelClosed(); });
+  showPanel();
+  panelCycles_ = model_->cycle.observe([this](std::int64_t) { showPanel(); });
   panel_->openAt(tray_ ? tray_->place() : QRect());
   model_->wake();
 }
 
+void KorvellApp::showPanel() {
+  panelView_->show(panelPage(*model_, panelOrder_, weekScore_, bool(host_.openBatterySettings)));
+}
+
 void KorvellApp::panelClosed() {
+  if (!panel_) return;
   sincePanel_.start();
-  if (panel_) panel_->deleteLater();
+  panelCycles_.reset();
+  panel_->deleteLater();
   panel_ = nullptr;
+  panelView_ = nullptr;
   windowClosed();
 }
 
 void KorvellApp::openSettings() {}
 
-void KorvellApp::askToQuit() { loop_.quit(); }
+void KorvellApp::askToQuit() {
+  QWidget* window = panel_ ? static_cast<QWidget*>(panel_) : window_.isVisible() ? window_.widget() : nullptr;
+  if (!window) return loop_.quit();
+  Dialog::ask(theme_,
+              {.title = localized("Quit Korvell?"),
+               .text = launched_.tookOver
+                           ? localized("Korvell goes on measuring in the background.")
+                           : localized("Korvell stops measuring and recording until it is opened again."),
+               .action = localized("Quit")},
+              *window, [this](bool yes) {
+                if (yes) loop_.quit();
+              });
+}
 
 void KorvellApp::windowClosed() {
   loop_.main().async([] { giveFreeMemoryBack(); });

@@ -5,10 +5,12 @@
 #include "App/AppDelegate.h"
 #include "App/Assembly.h"
 #include "App/Keeper.h"
-#include "App/KeeperLock.h"
+#include "App/ModelActions.h"
 #include "App/RunningApplication.h"
 #include "UI/Kit/Theme.h"
+#include "UI/Panel/PanelView.h"
 #include "UI/Shell/DesktopLook.h"
+#include "UI/Shell/Errands.h"
 #include "UI/Shell/MainLoop.h"
 #include "UI/Shell/MainWindow.h"
 #include "UI/Shell/PanelWindow.h"
@@ -23,8 +25,8 @@ namespace korvell {
 
 class KorvellApp {
 public:
-  /// After the toolkit's application object and before its end.
-  KorvellApp(Host& host, const Clock& clock, KeeperLock lock);
+  /// After the toolkit's application object and before its end; the launch has the lock.
+  KorvellApp(Host& host, const Clock& clock, Launch launched);
   ~KorvellApp();
   KorvellApp(const KorvellApp&) = delete;
   KorvellApp& operator=(const KorvellApp&) = delete;
@@ -39,6 +41,11 @@ private:
   };
 
   void listen();
+  void takeStep(const Step& step, QWidget& window, Banner& banner);
+  void openBatterySettings();
+  void askWeekScore();
+  std::unique_ptr<Page> makeHealthPage(QWidget& window, Banner& banner);
+  void showPanel();
   void wear(const DesktopWishes& wishes);
   void trayFound(TrayWatch::State state);
   void show(std::optional<SidebarItem> item);
@@ -46,21 +53,30 @@ private:
   void panelClosed();
   void windowClosed();
   void openSettings();
+  /// Asks over a window that is open, and quits at once without one.
   void askToQuit();
+  SidebarFacts sidebarFacts() const;
   std::unique_ptr<Page> makePage(SidebarItem item, QWidget& window, Banner& banner);
 
   Host& host_;
-  KeeperLock lock_;
+  Launch launched_;
   MainLoop loop_;
   Theme theme_;
   DesktopWishes wishes_;
   WindowsAttention attention_;
   Assembly assembly_;
   std::unique_ptr<AppModel> model_;
+  std::unique_ptr<ModelActions> actions_;
+  Errands errands_;
+  std::optional<double> weekScore_;
+  std::unique_ptr<Queue> desktop_; ///< opens programs; null until the first
   AppDelegate delegate_;
   Keeper keeper_;
   MainWindow window_;
   PanelWindow* panel_ = nullptr;
+  PanelView* panelView_ = nullptr;
+  UsageKey panelOrder_ = UsageKey::memory;
+  Subscription panelCycles_;
   QElapsedTimer sincePanel_; ///< closed
   std::optional<TrayItem> tray_;
   std::optional<DesktopLook> look_;

@@ -132,7 +132,7 @@ private:
     if (page_ && sidebar_.isAncestorOf(focusWidget()))
       page_->setFocus(Qt::TabFocusReason);
     else
-      sidebar_.setFocus(Qt::TabFocusReason);
+      sidebar_.takeFocus();
   }
 
   void step(int by) {
@@ -159,8 +159,8 @@ private:
         }
     }
     banner_.dismiss();
-    auto page = services_.makePage(item, *this, banner_);
-    page_ = page.release();
+    page_ = services_.makePage(item, *this, banner_).release();
+    if (!page_ && item != SidebarItem::overview) return services_.model.selection.set(SidebarItem::overview);
     if (page_) {
       title_.setWords(page_->title());
       if (auto* control = page_->control()) header_->addWidget(control);
@@ -170,7 +170,7 @@ private:
     refreshSidebar();
   }
 
-  void refreshSidebar() { sidebar_.show(sidebar(services_.model, shown_)); }
+  void refreshSidebar() { sidebar_.show(sidebar(services_.model, shown_, services_.facts())); }
 
   void keepFrame() const {
     if (isMaximized() || isFullScreen()) return;

@@ -7,6 +7,7 @@
 #include "Platform/UserDefaults.h"
 #include "UI/Kit/Theme.h"
 #include "UI/Window/Page.h"
+#include "UI/Window/Sidebar.h"
 #include "UI/Window/Visits.h"
 
 #include <QPointer>
@@ -29,7 +30,8 @@ public:
     Model& model;
     UserDefaults& defaults;
     const Theme& theme;
-    /// Makes the page of a section; null for one that has none.
+    std::function<SidebarFacts()> facts;
+    /// Makes the page of a section; null for one that has none, and then the overview is shown.
     std::function<std::unique_ptr<Page>(SidebarItem, QWidget& window, Banner& banner)> makePage;
     Task openSettings, quit;
     Task closed; ///< after the window is gone

@@ -51,8 +51,7 @@ void PanelWindow::arrange() {
   if (!screen) screen = QGuiApplication::primaryScreen();
   const auto available = screen->availableGeometry();
   content_.ensurePolished();
-  const int wanted =
-      content_.hasHeightForWidth() ? content_.heightForWidth(width) : content_.sizeHint().height();
+  const int wanted = content_.sizeHint().height();
   const QSize size(width, std::min({wanted, mostHeight, available.height() - screenMargin}));
   setGeometry(panelPlace(anchor_, size, available));
 }

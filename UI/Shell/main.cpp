@@ -4,6 +4,7 @@
 
 #include "App/RunningApplication.h"
 #include "Base/Localization.h"
+#include "UI/Kit/Spoken.h"
 #include "UI/Kit/Text.h"
 #include "UI/Shell/KorvellApp.h"
 
@@ -42,11 +43,12 @@ int main(int argc, char** argv) {
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication application(argc, argv);
   QApplication::setApplicationName("Korvell");
+  installSpoken();
   if (!launched.lock) {
     QMessageBox::warning(nullptr, "Korvell", text(launched.trouble));
     return EXIT_FAILURE;
   }
   const SystemClock clock;
-  KorvellApp korvell(host, clock, std::move(*launched.lock));
+  KorvellApp korvell(host, clock, std::move(launched));
   return korvell.run(request);
 }
