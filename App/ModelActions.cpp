@@ -221,9 +221,7 @@ ActionAnswer ModelActions::store(std::string_view key, const Value& value) {
   auto& defaults = parts_.defaults;
   const bool stored = value.isNull() ? defaults.remove(key) : defaults.set(key, value);
   if (stored) return {.worked = true, .message = localized("The setting was stored.")};
-  return ActionAnswer::refused(defaults.trouble()
-                                   ? localized("nothing was changed: the settings have to be mended first")
-                                   : localized("the setting could not be stored"));
+  return ActionAnswer::refused(storingTrouble(defaults));
 }
 
 void ModelActions::tell(const SwitchAlertsRequest& request, const Described& done) {

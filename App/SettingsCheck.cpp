@@ -99,6 +99,11 @@ std::string settingRefusal(std::string_view key, const Value& value) {
                    {{"key", std::string(key)}, {"expected", localized(row.expected)}});
 }
 
+std::string storingTrouble(const UserDefaults& defaults) {
+  return defaults.trouble() ? localized("nothing was changed: the settings have to be mended first")
+                            : localized("the setting could not be stored");
+}
+
 SettingsWatch::SettingsWatch(Queue& queue, const UserDefaults& defaults,
                              std::function<void(const std::string&)> tell)
     : defaults_(defaults), tell_(std::move(tell)), known_(settingsTroubles(defaults)),

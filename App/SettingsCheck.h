@@ -20,6 +20,9 @@ std::vector<std::string> settingsTroubles(const UserDefaults& defaults);
 /// one that Korvell keeps for itself, a value that it does not take. A null stands for the default.
 std::string settingRefusal(std::string_view key, const Value& value);
 
+/// Why a setting was not stored just now.
+std::string storingTrouble(const UserDefaults& defaults);
+
 /// Looks again every minute and tells what has become wrong since it was made, each trouble once. Lives on
 /// the queue that it is given, where it also tells.
 class SettingsWatch {

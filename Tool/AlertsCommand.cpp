@@ -1,6 +1,7 @@
 // korvell alerts: what the keeper has raised, and the switches of the kinds.
 
 #include "App/JSONDocuments.h"
+#include "App/SettingsCheck.h"
 #include "Base/LocalTime.h"
 #include "Base/Result.h"
 #include "Base/Text.h"
@@ -72,7 +73,7 @@ int markAlertsSeen(Context& context, const Arguments& arguments) {
   auto& defaults = *context.host.defaults;
   const auto now = context.clock.now();
   const auto count = newAlerts(*alerts, defaults, now);
-  if (!markSeen(*alerts, defaults, now)) return failToStore(context);
+  if (!markSeen(*alerts, defaults, now)) return fail(context, storingTrouble(defaults));
   if (arguments.flag("--json"))
     printJSON(context.out, Value::object({{"marked", std::int64_t(count)}}));
   else

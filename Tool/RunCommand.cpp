@@ -5,12 +5,12 @@
 #include "App/HandOver.h"
 #include "App/Keeper.h"
 #include "App/KeeperLock.h"
+#include "App/LastResort.h"
 #include "App/SettingsCheck.h"
 #include "Base/Text.h"
 #include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
 #include "Tool/HeadlessLoop.h"
-#include "App/LastResort.h"
 
 namespace korvell {
 

@@ -6,9 +6,9 @@
 // comes back to a fresh screen. One at a time, on the main thread.
 
 #include "Base/Date.h"
+#include "Base/SignalHandlers.h"
 #include "Base/WakePipe.h"
 #include "Tool/Keys.h"
-#include "Base/SignalHandlers.h"
 #include "Tool/Terminal.h"
 
 #include <optional>

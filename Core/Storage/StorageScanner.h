@@ -82,7 +82,7 @@ private:
   std::optional<Cancellation> task_;  ///< of the running scan
   std::function<void(bool)> scanned_; ///< the same one's; null when nobody wants to know
   std::uint64_t interruptions_ = 0;
-  Cancellation ending_;               ///< of the clean-ups
+  Cancellation ending_; ///< of the clean-ups
   std::shared_ptr<Logbook> logbook_;
   Lifeline<StorageScanner> life_{*this};
 };

@@ -60,7 +60,7 @@ struct RunningApplicationTests : AppFixture {
   std::vector<std::optional<SidebarItem>> shown;
   std::vector<std::string> activations;
   AppDelegate delegate{defaults, [this](std::optional<SidebarItem> item) { shown.push_back(item); }};
-  Keeper keeper{*main, *model};
+  Keeper keeper{*main, *model, *actions};
 
   RunningApplicationTests() {
     std::signal(SIGPIPE, SIG_IGN);

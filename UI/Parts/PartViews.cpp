@@ -233,7 +233,7 @@ constexpr Column columns[] = {{UsageKey::cpu, 86, &AppRow::cpu},
                               {UsageKey::memory, 106, &AppRow::memory},
                               {UsageKey::disk, 114, &AppRow::disk},
                               {UsageKey::network, 118, &AppRow::network}};
-constexpr double leastName = 150;
+constexpr double leastName = 120;
 
 /// How many columns fit beside a name, the first ones first.
 std::size_t columnsWithin(double width) {

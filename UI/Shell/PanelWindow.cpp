@@ -70,7 +70,7 @@ void PanelWindow::keyPressEvent(QKeyEvent* event) {
     QWidget::keyPressEvent(event);
 }
 
-void PanelWindow::resizeEvent(QResizeEvent*) { content_.setGeometry(rect()); }
+void PanelWindow::resizeEvent(QResizeEvent*) { content_.setGeometry(rect().adjusted(1, 1, -1, -1)); }
 
 void PanelWindow::paintEvent(QPaintEvent*) {
   QPainter painter(this);
