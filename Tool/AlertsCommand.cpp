@@ -57,7 +57,7 @@ int listAlerts(Context& context, const Arguments& arguments) {
   if (!alerts) return fail(context, alerts.reason());
   const auto count = newAlerts(*alerts, *context.host.defaults, context.clock.now());
   if (arguments.flag("--json"))
-    printJSON(context.out, Value::object({{"alerts", toValue(*alerts)}, {"new", std::int64_t(count)}}));
+    printJSON(context.out, alertsValue(*alerts, count));
   else
     printAlerts(context, *alerts);
   if (count > 0 && !arguments.flag("--json"))

@@ -2,6 +2,7 @@
 // itself costs.
 
 #include "App/Assembly.h"
+#include "App/JSONDocuments.h"
 #include "App/SettingsCheck.h"
 #include "Base/Format.h"
 #include "Base/SystemQueue.h"
@@ -118,9 +119,7 @@ int runDoctor(Context& context, const Arguments& arguments) {
   if (context.host.defaults) sources.push_back(settingsReport(*context.host.defaults));
   const auto cost = ownCost(context);
   if (arguments.flag("--json")) {
-    printJSON(context.out, Value::object({{"sources", toValue(sources)},
-                                          {"cycleMicroseconds", cost.cycleMicroseconds},
-                                          {"residentBytes", std::int64_t(cost.resident)}}));
+    printJSON(context.out, doctorValue(sources, cost.cycleMicroseconds, cost.resident));
     return exitOK;
   }
   printSources(context.out, sources);

@@ -1,6 +1,7 @@
 // korvell helper status|enable|disable: the privileged helper, which tells what the system hides from this
 // user.
 
+#include "App/JSONDocuments.h"
 #include "Tool/Commands.h"
 #include "Tool/Wrap.h"
 
@@ -20,8 +21,7 @@ int printStatus(Context& context, const Arguments& arguments) {
   const auto status = helper.status();
   const bool isOffered = helper.isOffered();
   if (arguments.flag("--json")) {
-    printJSON(context.out,
-              Value::object({{"status", std::string(rawValue(status))}, {"isOffered", isOffered}}));
+    printJSON(context.out, helperValue(status, isOffered));
     return exitOK;
   }
   context.out.line(

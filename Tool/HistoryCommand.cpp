@@ -1,6 +1,7 @@
 // korvell history: what the keeper recorded, read without changing it.
 
 #include "App/Assembly.h"
+#include "App/JSONDocuments.h"
 #include "Base/Format.h"
 #include "Base/SystemQueue.h"
 #include "Base/Text.h"
@@ -98,14 +99,7 @@ int showSeries(Context& context, const Arguments& arguments, Metric metric) {
   if (!series.isReadable) return failUnreadableHistory(context);
   const auto& summary = series.summary;
   if (arguments.flag("--json")) {
-    Value value = Value::object(
-        {{"metric", rawValue(metric)}, {"range", rawValue(range)}, {"points", toValue(series.points)}});
-    if (summary) {
-      value.set("minimum", summary->minimum);
-      value.set("mean", summary->mean);
-      value.set("maximum", summary->maximum);
-    }
-    printJSON(context.out, value);
+    printJSON(context.out, seriesValue(metric, range, series.points, summary));
     return exitOK;
   }
   if (!summary || series.points.empty())
@@ -125,9 +119,7 @@ int showTop(Context& context, const Arguments& arguments, Metric metric) {
   const auto apps = recorded.store.topApps(metric, range, limitOf(arguments));
   if (!recorded.store.isReadable()) return failUnreadableHistory(context);
   if (arguments.flag("--json")) {
-    printJSON(
-        context.out,
-        Value::object({{"metric", rawValue(metric)}, {"range", rawValue(range)}, {"apps", toValue(apps)}}));
+    printJSON(context.out, topAppsValue(metric, range, apps));
     return exitOK;
   }
   if (apps.empty()) return nothingRecorded(context, localized("Nothing was recorded in this time."));
@@ -144,42 +136,10 @@ int showTop(Context& context, const Arguments& arguments, Metric metric) {
 
 // One minute
 
-constexpr struct {
-  HistoryColumn column;
-  const char* name;
-  Metric metric; ///< whose unit the value has
-} minuteColumns[] = {{cpuColumn, "cpu", Metric::cpu},
-                     {memoryColumn, "memory", Metric::memory},
-                     {diskColumn, "disk", Metric::disk},
-                     {networkColumn, "network", Metric::network},
-                     {gpuColumn, "gpu", Metric::gpu},
-                     {energyColumn, "energy", Metric::energy},
-                     {diskWriteColumn, "diskWrite", Metric::disk}};
-
-Value valuesOf(const HistoryValues& values) {
-  Value object = Value::object();
-  for (const auto& column : minuteColumns) object.set(column.name, values[column.column]);
-  return object;
-}
-
-Value minuteValue(const HistoryMinute& minute) {
-  Value apps = Value::array();
-  for (const HistoryApp& app : minute.apps) {
-    Value value = Value::object({{"id", app.id}, {"name", app.name}});
-    value.set("bundlePath", app.path);
-    value.set("values", valuesOf(app.values));
-    apps.append(std::move(value));
-  }
-  Value value = Value::object({{"date", Date{double(minute.ts)}}, {"system", valuesOf(minute.system)}});
-  value.set("score", minute.score);
-  value.set("apps", std::move(apps));
-  return value;
-}
-
 /// Figures that are all zero are left out of the tables: no disk was busy, no graphics processor was read.
 void printMinute(Context& context, const HistoryMinute& minute, Metric order, std::size_t limit) {
   std::string system;
-  for (const auto& column : minuteColumns)
+  for (const auto& column : historyColumns)
     if (minute.system[column.column] > 0 && column.column != diskWriteColumn)
       system += fmt::format("{}{} {}", system.empty() ? "" : " · ", title(column.metric),
                             formatMetric(column.metric, minute.system[column.column]) +
@@ -195,15 +155,15 @@ void printMinute(Context& context, const HistoryMinute& minute, Metric order, st
   if (apps.size() > limit) apps.resize(limit);
   std::vector<Column> columns{{.title = localized("Application"), .flexible = true}};
   std::vector<std::size_t> shown;
-  for (std::size_t i = 0; i < std::size(minuteColumns) - 1; ++i)
+  for (std::size_t i = 0; i < std::size(historyColumns) - 1; ++i)
     if (std::any_of(apps.begin(), apps.end(), [&](const HistoryApp& app) { return app.values[i] > 0; })) {
       shown.push_back(i);
-      columns.push_back({.title = appColumnTitle(minuteColumns[i].metric), .align = Column::Align::right});
+      columns.push_back({.title = appColumnTitle(historyColumns[i].metric), .align = Column::Align::right});
     }
   Table table(columns);
   for (const HistoryApp& app : apps) {
     std::vector<Table::Cell> cells{app.name};
-    for (const std::size_t i : shown) cells.push_back(formatMetric(minuteColumns[i].metric, app.values[i]));
+    for (const std::size_t i : shown) cells.push_back(formatMetric(historyColumns[i].metric, app.values[i]));
     table.row(std::move(cells));
   }
   if (!table.empty()) {
@@ -223,8 +183,7 @@ int showMinute(Context& context, const Arguments& arguments, const std::string& 
   const auto minute = recorded.store.minute(*at);
   if (!recorded.store.isReadable()) return failUnreadableHistory(context);
   if (arguments.flag("--json")) {
-    printJSON(context.out,
-              minute ? minuteValue(*minute) : Value::object({{"date", *at}, {"apps", Value::array()}}));
+    printJSON(context.out, minuteValue(minute, *at));
     return exitOK;
   }
   const auto local = localTime(recorded.zone, *at);

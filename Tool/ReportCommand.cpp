@@ -1,6 +1,7 @@
 // korvell report: the weekly report as it would read now and as it was sent last, and its switch. Sends
 // nothing.
 
+#include "App/JSONDocuments.h"
 #include "Base/LocalTime.h"
 #include "Base/SystemQueue.h"
 #include "Base/Text.h"
@@ -24,9 +25,7 @@ int printReport(Context& context, const Arguments& arguments) {
   const auto report = WeeklyReport::make(history, defaults, context.clock.now());
   if (!history.isReadable()) return failUnreadableHistory(context);
   if (arguments.flag("--json")) {
-    Value value = Value::object({{"enabled", WeeklyReport::isEnabled(defaults)}});
-    if (report) value.set("title", report->title).set("body", report->body);
-    printJSON(context.out, value);
+    printJSON(context.out, weeklyReportValue(WeeklyReport::isEnabled(defaults), report));
     return exitOK;
   }
   const auto print = [&](Ink ink, std::string_view text) { printText(context, ink, text); };
@@ -65,7 +64,7 @@ int setReport(Context& context, const Arguments& arguments, bool enabled) {
   const auto answer = CommandActions(context, CommandActions::Where::keeperOrHere).perform(request);
   if (!answer.worked) return fail(context, answer.message);
   if (arguments.flag("--json")) {
-    printJSON(context.out, Value::object({{"enabled", enabled}}));
+    printJSON(context.out, weeklyReportValue(enabled));
     return exitOK;
   }
   context.out.line(enabled ? localized("The weekly report comes on Monday morning.")

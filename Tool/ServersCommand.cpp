@@ -1,5 +1,6 @@
 // korvell servers: the development servers by project, and stopping them.
 
+#include "App/JSONDocuments.h"
 #include "Base/Format.h"
 #include "Base/Text.h"
 #include "Core/Machine/CPUScale.h"
@@ -97,8 +98,7 @@ void printServers(Context& context, const Found& found) {
 int listServers(Context& context, const Arguments& arguments) {
   const auto found = findServers(context);
   if (arguments.flag("--json"))
-    printJSON(context.out,
-              Value::object({{"projects", toValue(found.projects)}, {"idleKnown", found.fromKeeper}}));
+    printJSON(context.out, serversValue(found.projects, found.fromKeeper));
   else
     printServers(context, found);
   return exitOK;

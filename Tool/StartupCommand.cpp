@@ -1,5 +1,6 @@
 // korvell startup: what the system starts by itself; leftovers of deleted applications can be removed.
 
+#include "App/JSONDocuments.h"
 #include "Base/Format.h"
 #include "Base/Text.h"
 #include "Core/Startup/StartupScanner.h"
@@ -82,7 +83,7 @@ int runList(Context& context, const Arguments& arguments) {
   CommandActions actions(context, CommandActions::Where::keeperOrHere);
   const auto items = scan(context, actions);
   if (arguments.flag("--json"))
-    printJSON(context.out, Value::object({{"items", toValue(items)}}));
+    printJSON(context.out, startupItemsValue(items));
   else
     printItems(context.out, items, *context.host.launchItems);
   return exitOK;

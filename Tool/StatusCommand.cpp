@@ -1,6 +1,7 @@
 // korvell status: what the keeper measured last, or two cycles of the sampling loop a second apart, and what
 // is to be said about it.
 
+#include "App/JSONDocuments.h"
 #include "Base/Text.h"
 #include "Tool/Commands.h"
 #include "Tool/Findings.h"
@@ -12,36 +13,6 @@
 namespace korvell {
 
 namespace {
-
-std::string withoutAverage(bool fromKeeper) {
-  return fromKeeper ? localized("Fewer than eight of the last ten minutes have been recorded.")
-                    : localized("Only a running Korvell records.");
-}
-
-/// The parts, those that are not known with the reason that `doctor` gives.
-Value knownValue(Context& context, const KnownParts& known, bool fromKeeper) {
-  Value value = toValue(known);
-  if (!context.host.diagnostics) return value;
-  const auto sources = context.host.diagnostics->figureSources();
-  for (const auto& part : allCases<KnownPart>()) {
-    if (known.has(part.value)) continue;
-    const auto reason = part.value == KnownPart::tenMinuteAverage ? withoutAverage(fromKeeper)
-                                                                  : reasonFor(part.value, sources);
-    if (reason.empty()) continue;
-    value.set(part.rawValue, Value::object({{"state", rawValue(known[part.value])}, {"reason", reason}}));
-  }
-  return value;
-}
-
-Value jsonOf(Context& context, const Measurement& status) {
-  Value value = reportValue(status.report);
-  value.set("keeper", status.fromKeeper);
-  value.set("snapshot", toValue(status.snapshot));
-  value.set("known", knownValue(context, status.known, status.fromKeeper));
-  if (status.privileged) value.set("privileged", toValue(*status.privileged));
-  if (status.historyProblem) value.set("historyProblem", toValue(*status.historyProblem));
-  return value;
-}
 
 constexpr std::size_t shownApps = 5;
 
@@ -78,8 +49,10 @@ void print(Context& context, const Measurement& status) {
 
 int runStatus(Context& context, const Arguments& arguments) {
   const auto status = currentMeasurement(context);
+  auto* diagnostics = context.host.diagnostics.get();
   if (arguments.flag("--json"))
-    printJSON(context.out, jsonOf(context, status));
+    printJSON(context.out,
+              statusValue(status, diagnostics ? diagnostics->figureSources() : std::vector<SourceReport>()));
   else
     print(context, status);
   const auto least = arguments.number("--check");

@@ -1,7 +1,7 @@
 // korvell top: the applications, or processes, that use the most; and why a process counts to which one.
 
 #include "App/Assembly.h"
-#include "Base/Record.h"
+#include "App/JSONDocuments.h"
 #include "Base/Text.h"
 #include "Tool/Commands.h"
 #include "Tool/Measure.h"
@@ -14,15 +14,6 @@ namespace korvell {
 namespace {
 
 constexpr std::int64_t usualLimit = 20;
-
-/// The record and the sums that the table shows.
-Value appValue(const AppUsage& app) {
-  auto value = toValue(app);
-  value.set("cpu", app.cpu()).set("memory", app.memory());
-  value.set("diskRead", app.diskRead()).set("diskWrite", app.diskWrite());
-  value.set("netIn", app.netIn()).set("netOut", app.netOut()).set("power", app.power());
-  return value;
-}
 
 template <class T>
 void keepFirst(std::vector<T>& list, std::int64_t limit) {
@@ -44,17 +35,7 @@ int runWhy(Context& context, std::int64_t number, bool json) {
   const auto& [owner, rule] = identity->owner;
   const auto& facts = identity->facts;
   if (json) {
-    auto value = Value::object({{"pid", std::int64_t{pid}},
-                                {"name", identity->name()},
-                                {"path", identity->path()},
-                                {"app", owner->key},
-                                {"appName", owner->name},
-                                {"rule", std::string(rule)},
-                                {"controlGroup", facts.controlGroup},
-                                {"desktopFile", facts.desktopFile},
-                                {"user", std::int64_t{facts.user}}});
-    value.set("bundlePath", owner->bundlePath);
-    printJSON(context.out, value);
+    printJSON(context.out, ownerValue(pid, *identity));
     return exitOK;
   }
   const std::pair<std::string, std::string> lines[] = {
@@ -87,14 +68,8 @@ int runTop(Context& context, const Arguments& arguments) {
   sortByUsage(apps, key);
   keepFirst(apps, limit);
   if (json) {
-    auto value = Value::object({{"by", std::string(rawValue(key))}});
-    auto list = Value::array();
-    for (const auto& app : apps) list.append(appValue(app));
-    value.set("apps", std::move(list));
-    if (arguments.flag("--processes")) value.set("processes", toValue(processes));
-    value.set("known", toValue(measured.known));
-    if (measured.privileged) value.set("privileged", toValue(*measured.privileged));
-    printJSON(context.out, value);
+    const auto listed = arguments.flag("--processes") ? std::optional(std::move(processes)) : std::nullopt;
+    printJSON(context.out, topValue(key, apps, listed, measured));
     return exitOK;
   }
   const UsageTable table(context.out, std::min(context.out.columns(), widestSummary), key, measured.known,

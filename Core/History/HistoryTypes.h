@@ -109,6 +109,20 @@ enum HistoryColumn : std::size_t {
 };
 using HistoryValues = std::array<double, historyColumnCount>;
 
+/// What the columns are called, and the metrics whose units their values have.
+inline constexpr struct {
+  HistoryColumn column;
+  const char* name;
+  Metric metric;
+} historyColumns[] = {{cpuColumn, "cpu", Metric::cpu},
+                      {memoryColumn, "memory", Metric::memory},
+                      {diskColumn, "disk", Metric::disk},
+                      {networkColumn, "network", Metric::network},
+                      {gpuColumn, "gpu", Metric::gpu},
+                      {energyColumn, "energy", Metric::energy},
+                      {diskWriteColumn, "diskWrite", Metric::disk}};
+static_assert(std::size(historyColumns) == historyColumnCount);
+
 /// One application's values: of one sample, their sums, or the means over a minute.
 struct HistoryApp {
   std::string id; ///< AppUsage::id

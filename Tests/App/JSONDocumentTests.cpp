@@ -1,5 +1,6 @@
 // docs/json.md against the records that it describes.
 
+#include "App/Actions.h"
 #include "Base/Files.h"
 #include "Base/Text.h"
 #include "Core/DevServers/DevServer.h"
@@ -19,6 +20,7 @@ namespace {
 
 using testing::ElementsAreArray;
 using testing::HasSubstr;
+using testing::IsSupersetOf;
 using testing::UnorderedElementsAreArray;
 
 using Rows = std::vector<std::vector<std::string>>;
@@ -125,6 +127,11 @@ TEST_F(JSONDocumentTests, commandsNameEveryFieldOfTheirRecordsAndNoOther) {
                       {"storage log", "entries[].", names<FreedEntry>()}};
   for (const auto& [heading, prefix, fields] : rows)
     EXPECT_THAT(documented(heading, prefix), UnorderedElementsAreArray(fields)) << heading << " " << prefix;
+}
+
+TEST_F(JSONDocumentTests, theSocketNamesEveryAction) {
+  for (const auto name : actionNames()) EXPECT_THAT(text, HasSubstr("{\"do\":\"" + std::string(name) + '"'));
+  EXPECT_THAT(documented("The keeper's socket", ""), IsSupersetOf(names<ActionDescription>()));
 }
 
 TEST_F(JSONDocumentTests, everyKnownPartIsNamed) {
