@@ -122,9 +122,10 @@ std::function<StorageScanner&()> Assembly::lateStorageScanner(Queue& main) {
   };
 }
 
-std::unique_ptr<ModelActions> Assembly::makeActions(Queue& main, std::function<AppModel&()> model) {
-  return std::make_unique<ModelActions>(main, ModelActions::Parts{std::move(model), lateStorageScanner(main),
-                                                                  *host_.defaults, systemQueueFactory()});
+std::unique_ptr<ModelActions> Assembly::makeActions(Queue& main, std::function<AppModel&()> model,
+                                                    std::function<StorageScanner&()> storage) {
+  return std::make_unique<ModelActions>(
+      main, ModelActions::Parts{std::move(model), std::move(storage), *host_.defaults, systemQueueFactory()});
 }
 
 std::unique_ptr<AIUsageStore> Assembly::makeAIUsageStore(Queue& main) {

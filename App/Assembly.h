@@ -34,8 +34,10 @@ public:
   /// The storage scanner of the process, with a work queue of low priority. Both are made by the first call
   /// and end with the last copy of the function, before `main`.
   std::function<StorageScanner&()> lateStorageScanner(Queue& main);
-  /// Actions over a model, or one that is made when it is first needed. It outlives them.
-  std::unique_ptr<ModelActions> makeActions(Queue& main, std::function<AppModel&()> model);
+  /// Actions over a model and the storage scanner, which may be made when they are first needed. The model
+  /// outlives them.
+  std::unique_ptr<ModelActions> makeActions(Queue& main, std::function<AppModel&()> model,
+                                            std::function<StorageScanner&()> storage);
   /// What ending processes takes.
   QuitServices quitServices() { return {*host_.processes, *host_.applications, *host_.processControl}; }
 

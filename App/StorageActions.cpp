@@ -82,7 +82,7 @@ void StorageActions::ask(const CleanStorageRequest& request,
 }
 
 void StorageActions::describe(const CleanStorageRequest& request, Actions::Described done) {
-  ask(request, [this, request, done = std::move(done)](const Result<Question>& question) {
+  ask(request, [request, done = std::move(done)](const Result<Question>& question) {
     if (!question) return done(Failure{question.reason()});
     auto exact = request;
     exact.scanned = question->scanned;

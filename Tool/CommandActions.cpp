@@ -20,9 +20,8 @@ std::unique_ptr<Actions> CommandActions::makeActions() {
   if (isKeepers_)
     return std::make_unique<RemoteActions>(loop_.main(), systemQueueFactory(), context_.host.folders,
                                            context_.keeperPatience);
-  return std::make_unique<ModelActions>(
-      loop_.main(), ModelActions::Parts{[this]() -> AppModel& { return model(); }, storage_,
-                                        *context_.host.defaults, systemQueueFactory()});
+  return assembly_.makeActions(
+      loop_.main(), [this]() -> AppModel& { return model(); }, storage_);
 }
 
 AppModel& CommandActions::model() {

@@ -60,7 +60,8 @@ Kept keep(Context& context, HeadlessLoop& loop, const KeeperLock& lock) {
       loop.main(), unwatched, [&context](const std::string& trouble) { sayTrouble(context, trouble); });
   const auto problems = model->historyProblem.observe(
       [&context](const std::optional<HistoryProblem>& problem) { sayProblem(context, problem); });
-  const auto actions = assembly.makeActions(loop.main(), [&model]() -> AppModel& { return *model; });
+  const auto actions = assembly.makeActions(
+      loop.main(), [&model]() -> AppModel& { return *model; }, assembly.lateStorageScanner(loop.main()));
   Keeper keeper(loop.main(), *model, *actions);
   const SettingsWatch settings(loop.main(), *context.host.defaults,
                                [&context](const std::string& trouble) { sayTrouble(context, trouble); });

@@ -104,7 +104,8 @@ TEST_F(KeeperSocketTests, clientsAskARunningKeeper) {
   std::unique_ptr<Keeper> keeper;
   main.sync([&] {
     model = assembly.makeWatchingModel(main, unwatched);
-    actions = assembly.makeActions(main, [&]() -> AppModel& { return *model; });
+    actions = assembly.makeActions(
+        main, [&]() -> AppModel& { return *model; }, assembly.lateStorageScanner(main));
     keeper = std::make_unique<Keeper>(main, *model, *actions);
     EXPECT_TRUE(keeper->listen(keeperSocketPath(folders)));
   });
