@@ -55,7 +55,9 @@ bool KorvellApp::WindowsAttention::isWatched() const {
 KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched)
     : host_(host), launched_(std::move(launched)), wishes_(DesktopLook::fromPalette()),
       assembly_(host, clock), model_(assembly_.makeKeepingModel(loop_.main(), attention_, complain)),
-      actions_(assembly_.makeActions(loop_.main(), [this]() -> AppModel& { return *model_; })),
+      storage_(assembly_.lateStorageScanner(loop_.main())),
+      actions_(assembly_.makeActions(
+          loop_.main(), [this]() -> AppModel& { return *model_; }, storage_)),
       errands_(*actions_, theme_),
       delegate_(*host.defaults, [this](std::optional<SidebarItem> item) { show(item); }),
       keeper_(loop_.main(), *model_, *actions_),

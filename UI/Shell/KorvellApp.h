@@ -66,6 +66,7 @@ private:
   WindowsAttention attention_;
   Assembly assembly_;
   std::unique_ptr<AppModel> model_;
+  std::function<StorageScanner&()> storage_; ///< made by the first call
   std::unique_ptr<ModelActions> actions_;
   Errands errands_;
   std::optional<double> weekScore_;
