@@ -71,6 +71,13 @@ if(KORVELL_UI)
   endif()
 endif()
 
+add_custom_target(precompiled_headers)
+foreach(kind IN ITEMS korvell_precompiled korvell_tests_precompiled korvell_toolkit_precompiled)
+  if(TARGET ${kind})
+    add_dependencies(precompiled_headers ${kind})
+  endif()
+endforeach()
+
 # korvell_precompile(TARGET KIND): the target starts from that one's headers.
 function(korvell_precompile target kind)
   if(KORVELL_PRECOMPILE)

@@ -3,10 +3,16 @@
 #include "UI/Kit/Paint.h"
 #include "UI/Kit/Text.h"
 
+#include <QCoreApplication>
 #include <QFontMetricsF>
+#include <QGlyphRun>
+#include <QHash>
+#include <QRawFont>
 #include <QStyle>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace korvell {
 
@@ -14,60 +20,102 @@ namespace {
 
 constexpr double unitGap = 0.13; // of the number's size
 
-double widestDigit(const QFontMetricsF& metrics) {
-  double widest = 0;
-  for (char digit = '0'; digit <= '9'; ++digit)
-    widest = std::max(widest, metrics.horizontalAdvance(QChar(digit)));
-  return widest;
+bool isDigit(QChar letter) { return letter >= '0' && letter <= '9'; }
+
+/// A font's ten digits: measured once, and drawn without being shaped again.
+struct Digits {
+  QRawFont font;
+  quint32 glyphs[10] = {};
+  double inset[10] = {}; ///< from the cell's left to the digit's
+  double cell = 0;       ///< the widest one's advance
+};
+
+/// Touched by the main thread alone, as painting is; the toolkit's fonts end before the program's statics do.
+QHash<QFont, Digits> known;
+constexpr qsizetype mostKnown = 64; // styles, times the scales that were used
+
+const Digits& digitsOf(const QFont& font) {
+  if (auto found = known.constFind(font); found != known.constEnd()) return *found;
+  if (known.size() >= mostKnown) known.clear();
+  if (known.isEmpty()) qAddPostRoutine([] { known.clear(); });
+  QFontMetricsF metrics(font);
+  Digits digits{.font = QRawFont::fromFont(font)};
+  double advances[10];
+  for (int i = 0; i < 10; ++i) {
+    QChar letter('0' + i);
+    auto count = 1;
+    digits.font.glyphIndexesForChars(&letter, 1, &digits.glyphs[i], &count);
+    advances[i] = metrics.horizontalAdvance(letter);
+    digits.cell = std::max(digits.cell, advances[i]);
+  }
+  for (int i = 0; i < 10; ++i) digits.inset[i] = (digits.cell - advances[i]) / 2;
+  return *known.insert(font, digits);
 }
 
-/// Calls `found` with every piece that is set as one, where it begins and how far it advances: a digit in the
-/// cell of the widest one, or all up to the next digit. Returns the whole advance.
-template <class Found>
-double eachPiece(const QFont& font, const QString& text, Found found) {
-  QFontMetricsF metrics(font);
-  auto cell = widestDigit(metrics);
-  double x = 0;
-  auto isDigit = [&](qsizetype at) { return text[at] >= '0' && text[at] <= '9'; };
-  for (qsizetype from = 0; from < text.size();) {
-    auto to = from + 1;
-    if (!isDigit(from))
-      while (to < text.size() && !isDigit(to)) ++to;
-    auto piece = text.mid(from, to - from);
-    auto natural = metrics.horizontalAdvance(piece);
-    auto advance = isDigit(from) ? cell : natural;
-    found(piece, x + (advance - natural) / 2);
-    x += advance;
-    from = to;
+/// A figure taken apart: its digits, each in a cell of one width, and all else between them.
+struct Setting {
+  QList<quint32> glyphs{};
+  QList<QPointF> positions{};
+  std::vector<std::pair<QString, double>> others{}; ///< text and where it begins
+  double width = 0;
+
+  Setting(const Digits& digits, const QFont& font, const QString& text) {
+    for (qsizetype from = 0; from < text.size();) {
+      if (isDigit(text[from])) {
+        auto digit = text[from++].unicode() - '0';
+        glyphs << digits.glyphs[digit];
+        positions << QPointF(width + digits.inset[digit], 0);
+        width += digits.cell;
+        continue;
+      }
+      auto to = std::find_if(text.begin() + from, text.end(), isDigit) - text.begin();
+      others.emplace_back(text.mid(from, to - from), width);
+      width += QFontMetricsF(font).horizontalAdvance(others.back().first);
+      from = to;
+    }
   }
-  return x;
+};
+
+void draw(QPainter& painter, const QPointF& baseline, const Digits& digits, const QFont& font,
+          const Setting& setting) {
+  if (!setting.glyphs.isEmpty()) {
+    QGlyphRun run;
+    run.setRawFont(digits.font);
+    run.setGlyphIndexes(setting.glyphs);
+    run.setPositions(setting.positions);
+    painter.drawGlyphRun(baseline, run);
+  }
+  if (setting.others.empty()) return;
+  painter.save();
+  painter.setLayoutDirection(Qt::LeftToRight);
+  painter.setFont(font);
+  for (const auto& [text, x] : setting.others)
+    painter.drawText(QPointF(baseline.x() + x, baseline.y()), text);
+  painter.restore();
 }
 
 } // namespace
 
 double figureWidth(const QFont& font, const QString& text) {
-  return eachPiece(font, text, [](const QString&, double) {});
+  return Setting(digitsOf(font), font, text).width;
 }
 
 void drawFigures(QPainter& painter, const QPointF& baseline, const QFont& font, const QString& text) {
-  painter.save();
-  painter.setLayoutDirection(Qt::LeftToRight);
-  painter.setFont(font);
-  eachPiece(font, text, [&](const QString& piece, double x) {
-    painter.drawText(QPointF(baseline.x() + x, baseline.y()), piece);
-  });
-  painter.restore();
+  const auto& digits = digitsOf(font);
+  draw(painter, baseline, digits, font, Setting(digits, font, text));
 }
 
 void drawFigures(QPainter& painter, const QRectF& box, Qt::Alignment horizontal, const QFont& font,
                  const QString& text) {
-  auto spare = box.width() - figureWidth(font, text);
+  const auto& digits = digitsOf(font);
+  Setting setting(digits, font, text);
+  auto spare = box.width() - setting.width;
   auto left = box.left();
   if (horizontal & Qt::AlignRight) left += spare;
   if (horizontal & Qt::AlignHCenter) left += spare / 2;
   QFontMetricsF metrics(font);
   auto base = box.top() + (box.height() + metrics.ascent() - metrics.descent()) / 2;
-  drawFigures(painter, QPointF(left, base), font, text);
+  draw(painter, QPointF(left, base), digits, font, setting);
 }
 
 FigureText::FigureText(const Theme& theme, TextStyle number, const Figure& figure)
