@@ -56,7 +56,7 @@ bool isBlank(const QImage& picture) {
 
 class Gallery {
 public:
-  explicit Gallery(QDir folder) : folder_(std::move(folder)) {}
+  explicit Gallery(const QDir& folder) : folder_(folder) {}
 
   void render(const Variant& variant) {
     Theme theme(variant.look);

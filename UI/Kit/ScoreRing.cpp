@@ -6,6 +6,7 @@
 
 #include <QFontMetricsF>
 #include <QMouseEvent>
+#include <QPainterPath>
 
 #include <cmath>
 #include <numbers>

@@ -3,6 +3,7 @@
 #include "UI/Kit/Text.h"
 
 #include <QAccessibleWidget>
+#include <QWidget>
 
 namespace korvell {
 

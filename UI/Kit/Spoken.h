@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+class QWidget;
+
 namespace korvell {
 
 class Spoken {
