@@ -105,7 +105,7 @@ TEST_F(RingTests, thePointerAndItsRowHighlightEachOther) {
   mouse(ring, QEvent::MouseMove, on(91));
   mouse(ring, QEvent::MouseMove, on(92));
   mouse(ring, QEvent::MouseMove, on(97));
-  mouse(ring, QEvent::MouseMove, {74, 74});
+  mouse(ring, QEvent::MouseMove, (on(97) + QPointF(74, 74)) / 2); // inside the ring
   EXPECT_THAT(pointed, ElementsAre(0u, 1u, std::nullopt)) << "each share once";
 
   auto quiet = ring.grab().toImage();
