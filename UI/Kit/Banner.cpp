@@ -4,6 +4,7 @@
 #include "UI/Kit/Text.h"
 
 #include <QBoxLayout>
+#include <QEvent>
 
 namespace korvell {
 
@@ -58,6 +59,14 @@ void Banner::offer(std::string_view words, std::function<void()> handler, Button
   button_->setWords(words);
   button_->onPress(std::move(handler));
   button_->show();
+}
+
+bool Banner::event(QEvent* event) {
+  auto handled = Painted::event(event);
+  // As high as its words in this width: room to spare belongs to what stands below.
+  if (event->type() == QEvent::Resize || event->type() == QEvent::LayoutRequest)
+    setMaximumHeight(row_->heightForWidth(width()));
+  return handled;
 }
 
 void Banner::dismiss() { hide(); }

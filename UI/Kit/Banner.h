@@ -25,6 +25,7 @@ public:
 
 protected:
   void draw(QPainter& painter) override;
+  bool event(QEvent*) override;
 
 private:
   Tone tone_ = Tone::info;

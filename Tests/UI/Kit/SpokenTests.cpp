@@ -9,6 +9,8 @@
 #include "UI/Kit/Switches.h"
 #include "UI/Kit/Text.h"
 
+#include <QBoxLayout>
+
 namespace korvell {
 namespace {
 
@@ -103,6 +105,22 @@ TEST_F(SpokenTests, aBannerIsANotificationThatNamesAllItSays) {
   EXPECT_EQ(nameOf(banner), "Nothing changed. The files may be in use.");
   banner.dismiss();
   EXPECT_FALSE(banner.isVisible());
+}
+
+TEST_F(SpokenTests, aBannerIsAsHighAsItsWords) {
+  auto* column = new QVBoxLayout(&window);
+  auto* banner = new Banner(theme, &window);
+  column->addWidget(banner);
+  column->addWidget(new TextLabel(theme, TextStyle::body, Token::text1, "Below", &window));
+  window.resize(360, 500);
+  banner->say(Tone::good, "2 servers stopped.");
+  show(window);
+  EXPECT_EQ(banner->height(), 18 + 28);
+  banner->say(Tone::warning,
+              "A sentence of which it is known that it takes more than one line in this width.");
+  for (int i = 0; i < 2; ++i) QApplication::processEvents(); // its own layout, then its parent's
+  EXPECT_EQ(banner->height(), 2 * 18 + 28);
+  for (auto* label : all<TextLabel>(*banner)) EXPECT_TRUE(label->isHidden() || !label->cutText());
 }
 
 TEST_F(SpokenTests, aBannersButtonGoesWithWhatItOffered) {
