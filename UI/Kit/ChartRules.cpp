@@ -200,17 +200,20 @@ std::vector<TimeTick> timeTicks(TimeAxis time, Date begin, Date end, const TimeZ
   return ticks;
 }
 
+bool isBroken(const ChartData& data, Date before, Date after) {
+  // A bucket reaches to its end, an instant of the live axis to the next one.
+  return after - before > (data.time == TimeAxis::live ? liveGap : data.bucket * 1.5);
+}
+
 std::vector<ChartGap> gaps(const ChartData& data) {
   std::vector<ChartGap> found;
   const auto dates = stops(data);
   if (dates.empty()) return found;
   const bool isLive = data.time == TimeAxis::live;
-  // A bucket reaches to its end, an instant of the live axis to the next one.
-  const Seconds longest = isLive ? liveGap : data.bucket * 1.5;
   const auto add = [&](Date begin, Date end) { found.push_back({begin, end}); };
-  if (!isLive && dates.front() - data.begin > longest) add(data.begin, dates.front());
+  if (!isLive && isBroken(data, data.begin, dates.front())) add(data.begin, dates.front());
   for (std::size_t i = 1; i < dates.size(); ++i)
-    if (dates[i] - dates[i - 1] > longest) add(dates[i - 1] + data.bucket, dates[i]);
+    if (isBroken(data, dates[i - 1], dates[i])) add(dates[i - 1] + data.bucket, dates[i]);
   const Date recorded = dates.back() + data.bucket;
   if (data.end - recorded > (isLive ? liveGap : unwritten + data.bucket)) add(recorded, data.end);
   return found;

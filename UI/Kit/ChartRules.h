@@ -60,6 +60,9 @@ std::vector<TimeTick> timeTicks(TimeAxis time, Date begin, Date end, const TimeZ
 /// "14:05"
 std::string clockText(const TimeZone& zone, Date date);
 
+/// Whether too much time lies between two neighbouring buckets for a line to join them.
+bool isBroken(const ChartData& data, Date before, Date after);
+
 struct ChartGap {
   Date begin, end;
   bool operator==(const ChartGap&) const = default;

@@ -1,0 +1,124 @@
+#pragma once
+// A chart over time: a lane for the readout, the plot, a rail of events, the times. One tab stop. Time runs
+// to the right in every language. The picture is kept in a pixmap; a live tick moves it and paints its newest
+// strip. Size and gutter never change with the data.
+
+#include "UI/Kit/ChartRules.h"
+#include "UI/Kit/Painted.h"
+#include "UI/Kit/Type.h"
+
+#include <QPixmap>
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace korvell {
+
+class ChartView : public Painted {
+public:
+  static constexpr int tall = 206, low = 164; ///< heights of the plot
+  static constexpr int gutter = 56;           ///< right of the plot, for the values' labels
+  static constexpr int overhang = 6;          ///< left of the plot, for the dot of a crosshair at its edge
+
+  /// The zone outlives it.
+  ChartView(const Theme& theme, const TimeZone& zone, QWidget* parent);
+
+  /// Axis and data change in one paint; the crosshair stays on its moment, or goes with it.
+  void setData(ChartData data);
+  const ChartData& data() const { return data_; }
+  void setPlotHeight(int height);
+  /// What the marks mean, below the times.
+  void setLegend(bool shown);
+
+  /// Told the begin of the bucket that the user pinned; nothing when it was let go.
+  void onPin(std::function<void(std::optional<Date>)> handler) { pinHandler_ = std::move(handler); }
+  /// Told 0 to 4 for the keys 1 to 5.
+  void onRange(std::function<void(std::size_t)> handler) { rangeHandler_ = std::move(handler); }
+  /// The bucket that a moment lies in; without telling. Nothing lets go.
+  void setPinned(std::optional<Date> moment);
+  std::optional<Date> pinned() const { return pinned_; }
+  /// As the pointer does: the crosshair to the nearest bucket; nothing takes it away.
+  void point(std::optional<Date> moment);
+
+  QSize sizeHint() const override;
+  QSize minimumSizeHint() const override;
+  QAccessible::Role role() const override { return QAccessible::Chart; }
+  std::string spokenValue() const override;
+  /// How often the whole picture was painted, and how often a strip of it: the cost of a page that lives.
+  struct Paints {
+    int whole = 0;
+    int strips = 0;
+  };
+  const Paints& paints() const { return paints_; }
+
+protected:
+  void draw(QPainter& painter) override;
+  void themeChanged() override;
+  void resizeEvent(QResizeEvent*) override;
+  bool event(QEvent*) override;
+  void mouseMoveEvent(QMouseEvent*) override;
+  void mousePressEvent(QMouseEvent*) override;
+  void leaveEvent(QEvent*) override;
+  void keyPressEvent(QKeyEvent*) override;
+  void focusInEvent(QFocusEvent*) override;
+  void focusOutEvent(QFocusEvent*) override;
+
+private:
+  QRectF plot() const;
+  double xOf(Date date) const;
+  double yOf(double value) const;
+  Date dateAt(double x) const;
+  /// Where a bucket's figures stand: its middle.
+  double xOfBucket(Date begin) const { return xOf(begin + data_.bucket / 2); }
+  QRectF rail() const;
+
+  void forgetPicture();
+  bool movePicture(const ChartData& before);
+  void paintPicture();
+  void paintGrid(QPainter& painter) const;
+  void paintTotal(QPainter& painter) const;
+  void paintTimes(QPainter& painter) const;
+  void paintPlot(QPainter& painter, const QRectF& clip) const;
+  void paintGaps(QPainter& painter) const;
+  void paintGap(QPainter& painter, const ChartGap& gap) const;
+  void paintLine(QPainter& painter, std::size_t index) const;
+  void paintEvents(QPainter& painter) const;
+  void paintLegend(QPainter& painter) const;
+  void paintSentence(QPainter& painter) const;
+  void paintCrosshair(QPainter& painter, Date bucket) const;
+  void paintPointedGap(QPainter& painter) const;
+  void paintReadout(QPainter& painter, double x, const Readout& readout) const;
+  std::vector<std::vector<ChartBucket>> stretches(std::size_t line) const;
+
+  std::optional<Date> shown() const { return pinned_ ? pinned_ : pointed_; }
+  std::optional<Date> kept(std::optional<Date> moment) const;
+  void moveTo(Date stop);
+  void step(int by);
+  void stepEvent(int direction);
+  void pin(std::optional<Date> bucket);
+  bool wantsKey(const QKeyEvent& event) const;
+  const ChartEvent* eventAt(const QPointF& position) const;
+  void tellValue();
+
+  const TimeZone& zone_;
+  ChartData data_;
+  ValueAxis axis_;
+  ShrinkingTop liveTop_;
+  std::vector<Date> stops_;
+  std::vector<ChartGap> gaps_;
+  int plotHeight_ = tall;
+  bool hasLegend_ = true;
+  std::optional<Date> pointed_, pinned_;
+  std::optional<double> gapPointer_; ///< its place, while it is where nothing was recorded
+  QPixmap picture_;
+  Date right_; ///< of the picture: a live one moves by whole device pixels
+  Paints paints_;
+  std::function<void(std::optional<Date>)> pinHandler_;
+  std::function<void(std::size_t)> rangeHandler_;
+};
+
+/// The mark of a kind of event, its middle there.
+void drawEventMark(QPainter& painter, const QPointF& middle, const Theme& theme, ChartEvent::Kind kind);
+
+} // namespace korvell
