@@ -16,8 +16,33 @@ void HistoryQueries::chart(Metric metric, HistoryRange range, int width, Done<Ch
   ask([=](HistoryStore& store) { return store.chart(metric, range, width); }, std::move(done));
 }
 
+void HistoryQueries::range(Metric metric, HistoryRange range, Done<RangeHistory> done) {
+  const auto work = [=](HistoryStore& store) {
+    const int width = spanOf(range).seconds / spanOf(range).bucket;
+    RangeHistory history{.range = range};
+    if (metric == Metric::disk) {
+      auto charts = store.diskCharts(range, width);
+      history.chart = std::move(charts.read);
+      history.written = std::move(charts.written);
+    } else {
+      history.chart = store.chart(metric, range, width);
+    }
+    history.summary = store.summary(metric, range);
+    history.recordedSince = store.recordedSince();
+    history.isReadable = store.isReadable();
+    history.problem = store.problem();
+    return history;
+  };
+  ask(work, std::move(done));
+}
+
 void HistoryQueries::topApps(Metric metric, HistoryRange range, int limit, Done<std::vector<AppTotal>> done) {
   ask([=](HistoryStore& store) { return store.topApps(metric, range, limit); }, std::move(done));
+}
+
+void HistoryQueries::topApps(Metric metric, Date begin, Date end, int limit,
+                             Done<std::vector<AppTotal>> done) {
+  ask([=](HistoryStore& store) { return store.topApps(metric, begin, end, limit); }, std::move(done));
 }
 
 void HistoryQueries::moment(Date at, Done<std::optional<HistoryMinute>> done) {

@@ -253,10 +253,22 @@ std::vector<HistoryPoint> HistoryDatabase::series(Metric metric, HistoryPeriod p
 }
 
 std::vector<ChartPoint> HistoryDatabase::chart(Metric metric, HistoryPeriod period, int stretch) {
+  return chart(rawValue(metric), period, stretch);
+}
+
+std::vector<ChartPoint> HistoryDatabase::readChart(HistoryPeriod period, int stretch) {
+  return chart("MAX(disk - disk_write, 0)", period, stretch);
+}
+
+std::vector<ChartPoint> HistoryDatabase::writtenChart(HistoryPeriod period, int stretch) {
+  return chart("disk_write", period, stretch);
+}
+
+std::vector<ChartPoint> HistoryDatabase::chart(std::string_view value, HistoryPeriod period, int stretch) {
   Statement statement = query(
       fmt::format("SELECT ts / {0} * {0}, MIN({1}), AVG({1}), MAX({1}) FROM system WHERE {2} AND {1} IS "
                   "NOT NULL GROUP BY 1 ORDER BY 1",
-                  stretch, rawValue(metric), within(period)));
+                  stretch, value, within(period)));
   std::vector<ChartPoint> points;
   while (row(statement))
     points.push_back(
@@ -309,6 +321,12 @@ double HistoryDatabase::totalBytes(std::string_view column, HistoryPeriod period
   if (std::find(std::begin(columnNames), std::end(columnNames), column) == std::end(columnNames)) return 0;
   return scalarDouble(fmt::format("SELECT SUM({}) * 60 FROM system WHERE {}", column, within(period)))
       .value_or(0);
+}
+
+std::optional<Date> HistoryDatabase::oldest() {
+  Statement statement = query("SELECT MIN(ts) FROM system");
+  if (!row(statement) || statement.isNull(0)) return std::nullopt;
+  return Date{double(statement.integer(0))};
 }
 
 std::optional<HistoryMinute> HistoryDatabase::minute(std::int64_t ts) {

@@ -45,6 +45,9 @@ public:
   // Queries.
   std::vector<HistoryPoint> series(Metric metric, HistoryPeriod period, int bucket);
   std::vector<ChartPoint> chart(Metric metric, HistoryPeriod period, int stretch);
+  /// The two parts of the disk's figure.
+  std::vector<ChartPoint> readChart(HistoryPeriod period, int stretch);
+  std::vector<ChartPoint> writtenChart(HistoryPeriod period, int stretch);
   /// Of the minutes themselves, each weighing the same; nothing when none has a value.
   std::optional<SeriesSummary> summary(Metric metric, HistoryPeriod period);
   std::vector<double> recent(Metric metric, HistoryPeriod period);
@@ -52,6 +55,8 @@ public:
   std::optional<double> average(Metric metric, HistoryPeriod period, int minimumMinutes);
   std::optional<double> averageScore(HistoryPeriod period);
   double totalBytes(std::string_view column, HistoryPeriod period);
+  /// When the oldest minute begins; nothing without any.
+  std::optional<Date> oldest();
   /// What is stored of one minute, the applications in the order in which they were written.
   std::optional<HistoryMinute> minute(std::int64_t ts);
 
@@ -68,6 +73,8 @@ private:
   void deriveHourSums(std::int64_t ts);
   void writeAppRow(std::int64_t ts, const HistoryApp& app);
 
+  /// `value` is an expression of columns.
+  std::vector<ChartPoint> chart(std::string_view value, HistoryPeriod period, int stretch);
   std::optional<std::int64_t> minuteCount(HistoryPeriod period);
 
   // Preparing, running and stepping that notice failures; on damage the next ensureOpen() of a keeper acts.

@@ -77,15 +77,29 @@ std::vector<HistoryPoint> HistoryStore::series(Metric metric, HistoryRange range
   });
 }
 
+ChartSeries HistoryStore::emptyChart(HistoryRange range, int width) const {
+  constexpr int minute = 60;
+  const auto span = spanOf(range);
+  const int minutes = std::max(1, span.seconds / minute / std::max(width, 1));
+  const Date now = clock_.now();
+  return {now - Seconds{double(span.seconds)}, now, Seconds{double(minutes * minute)}, {}};
+}
+
 ChartSeries HistoryStore::chart(Metric metric, HistoryRange range, int width) {
   return query([&](HistoryDatabase& database) {
-    constexpr int minute = 60;
-    const auto span = spanOf(range);
-    const int minutes = std::max(1, span.seconds / minute / std::max(width, 1));
-    const Date now = clock_.now();
-    ChartSeries chart{now - Seconds{double(span.seconds)}, now, Seconds{double(minutes * minute)}, {}};
-    chart.points = database.chart(metric, last(span.seconds), minutes * minute);
+    auto chart = emptyChart(range, width);
+    chart.points = database.chart(metric, since(chart.begin), int(chart.stretch.count()));
     return chart;
+  });
+}
+
+HistoryStore::DiskCharts HistoryStore::diskCharts(HistoryRange range, int width) {
+  return query([&](HistoryDatabase& database) {
+    const auto chart = emptyChart(range, width);
+    DiskCharts charts{chart, chart};
+    charts.read.points = database.readChart(since(chart.begin), int(chart.stretch.count()));
+    charts.written.points = database.writtenChart(since(chart.begin), int(chart.stretch.count()));
+    return charts;
   });
 }
 
@@ -114,6 +128,17 @@ std::vector<AppTotal> HistoryStore::topApps(Metric metric, HistoryRange range, i
   return query([&](HistoryDatabase& database) {
     return database.topApps(metric, last(spanOf(range).seconds), std::size_t(std::max(limit, 0)));
   });
+}
+
+std::vector<AppTotal> HistoryStore::topApps(Metric metric, Date begin, Date end, int limit) {
+  return query([&](HistoryDatabase& database) {
+    const HistoryPeriod period{wholeSeconds(begin), wholeSeconds(std::min(end, clock_.now())) - 1};
+    return database.topApps(metric, period, std::size_t(std::max(limit, 0)));
+  });
+}
+
+std::optional<Date> HistoryStore::recordedSince() {
+  return query([](HistoryDatabase& database) { return database.oldest(); });
 }
 
 std::optional<double> HistoryStore::recordedAverage(Metric metric, Date begin, int minimumMinutes) {

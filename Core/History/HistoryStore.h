@@ -48,12 +48,21 @@ public:
   std::vector<HistoryPoint> series(Metric metric, HistoryRange range);
   /// At most about `width` points.
   ChartSeries chart(Metric metric, HistoryRange range, int width);
+  /// The disk's chart in its two parts, of the same stretches.
+  struct DiskCharts {
+    ChartSeries read, written;
+  };
+  DiskCharts diskCharts(HistoryRange range, int width);
   /// Of the recorded minutes behind series(); nothing when there are none.
   std::optional<SeriesSummary> summary(Metric metric, HistoryRange range);
   /// The minutes' values of the last `minutes`, the oldest first.
   std::vector<double> recent(Metric metric, int minutes);
   /// The largest first.
   std::vector<AppTotal> topApps(Metric metric, HistoryRange range, int limit);
+  /// The same of the minutes that begin in a stretch of time, its end excluded.
+  std::vector<AppTotal> topApps(Metric metric, Date begin, Date end, int limit);
+  /// When the oldest recorded minute began; nothing without any.
+  std::optional<Date> recordedSince();
   /// Absent when fewer than `minimumMinutes` minutes are recorded since then.
   std::optional<double> recordedAverage(Metric metric, Date begin, int minimumMinutes);
   /// 0 when fewer than `minimumMinutes` minutes are recorded since then, or none.
@@ -77,6 +86,7 @@ private:
   void writeUnwritten();
   HistoryPeriod since(Date begin) const; ///< until now
   HistoryPeriod last(int seconds) const;
+  ChartSeries emptyChart(HistoryRange range, int width) const;
 
   const Clock& clock_;
   HistoryAccess access_;

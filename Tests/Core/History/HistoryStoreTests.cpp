@@ -77,6 +77,36 @@ TEST_F(HistoryStoreTests, queriesAnswerFromTheirRange) {
   EXPECT_FALSE(store->minute(start + Seconds{600}));
 }
 
+TEST_F(HistoryStoreTests, aStretchOfTimeTellsWhatWasReadAndWrittenAndByWhom) {
+  EXPECT_EQ(store->recordedSince(), std::nullopt);
+  const auto record = [&](int minute, const char* app, double read, double written) {
+    auto snapshot = SystemSnapshot::empty(start + Seconds{minute * 60.0});
+    snapshot.disk = {.readRate = read, .writeRate = written, .volumes = {}};
+    snapshot.apps = {
+        {.id = app, .name = app, .processes = {{.pid = 1, .diskRead = read, .diskWrite = written}}}};
+    HistoryFixture::record(snapshot);
+  };
+  record(0, "copy", 100, 10);
+  record(1, "copy", 300, 0);
+  record(2, "index", 50, 40);
+  record(3, "index", 0, 0);
+  const auto charts = store->diskCharts(HistoryRange::h12, 240);
+  EXPECT_THAT(charts.read.points, ElementsAre(ChartPoint{start, 50, 150, 300}));
+  EXPECT_NEAR(charts.written.points.at(0).mean, 50.0 / 3, 1e-9);
+  EXPECT_EQ(charts.written.points.at(0).maximum, 40);
+  EXPECT_EQ(store->recordedSince(), start);
+
+  const auto apps = [&](double from, double to) {
+    std::vector<std::string> found;
+    for (const auto& app : store->topApps(Metric::disk, start + Seconds{from}, start + Seconds{to}, 5))
+      found.push_back(fmt::format("{} {}", app.name, app.value));
+    return found;
+  };
+  EXPECT_THAT(apps(0, 120), ElementsAre("copy 205"));
+  EXPECT_THAT(apps(60, 180), ElementsAre("copy 150", "index 45"));
+  EXPECT_THAT(apps(-600, 0), IsEmpty());
+}
+
 TEST_F(HistoryStoreTests, topApplicationsAnswerAsThePlainStatementDoes) {
   std::mt19937 random(7);
   for (int minute = 0; minute < 200; ++minute) {
