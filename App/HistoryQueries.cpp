@@ -53,6 +53,12 @@ void HistoryQueries::averageScore(Date begin, Done<std::optional<double>> done) 
   ask([=](HistoryStore& store) { return store.averageScore(begin); }, std::move(done));
 }
 
+void HistoryQueries::average(Metric metric, Date begin, int minimumMinutes,
+                             Done<std::optional<double>> done) {
+  ask([=](HistoryStore& store) { return store.recordedAverage(metric, begin, minimumMinutes); },
+      std::move(done));
+}
+
 void HistoryQueries::totals(Date midnight, Date now, Done<Totals> done) {
   ask([=](HistoryStore& store) { return usageTotals(store, midnight, now); }, std::move(done));
 }

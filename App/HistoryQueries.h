@@ -42,6 +42,8 @@ public:
   void moment(Date at, Done<std::optional<HistoryMinute>> done);
   /// The mean of the score; nothing where none was recorded since then.
   void averageScore(Date begin, Done<std::optional<double>> done);
+  /// Absent when fewer than `minimumMinutes` minutes are recorded since then.
+  void average(Metric metric, Date begin, int minimumMinutes, Done<std::optional<double>> done);
   /// `midnight` is when today began.
   void totals(Date midnight, Date now, Done<Totals> done);
 

@@ -1,0 +1,306 @@
+#include "UI/Measures/AppList.h"
+
+#include "Base/Format.h"
+#include "Base/Localization.h"
+#include "Base/Text.h"
+#include "Core/Machine/UsageOrder.h"
+#include "UI/Measures/SpokenFigure.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace korvell {
+
+namespace {
+
+using Column = BarTableData::Column;
+
+constexpr char partSeparator = '\n'; ///< between an application's key and a process id: no key has it
+
+/// A column of figures: what it shows of a process and of an application, and in what.
+struct Figures {
+  const char* head;
+  double (*ofProcess)(const ProcessUsage&);
+  Unit unit;
+  KnownPart part;
+};
+
+struct Columns {
+  Metric metric;
+  Token token;
+  Figures figure, second;
+};
+
+constexpr Figures cpuFigures{"CPU, 100% is one core", [](const ProcessUsage& p) { return p.cpu; },
+                             Unit::corePercent, KnownPart::processes};
+constexpr Figures memoryFigures{"Memory", [](const ProcessUsage& p) { return double(p.memory); },
+                                Unit::memory, KnownPart::processes};
+
+constexpr Columns columnsOf[] = {
+    {Metric::cpu, Token::cpu, cpuFigures, memoryFigures},
+    {Metric::memory,
+     Token::memory,
+     memoryFigures,
+     {"CPU", cpuFigures.ofProcess, Unit::corePercent, KnownPart::processes}},
+    {Metric::disk,
+     Token::disk,
+     {"Read", [](const ProcessUsage& p) { return p.diskRead; }, Unit::bytesPerSecond, KnownPart::processes},
+     {"Written", [](const ProcessUsage& p) { return p.diskWrite; }, Unit::bytesPerSecond,
+      KnownPart::processes}},
+    {Metric::network,
+     Token::network,
+     {"Down", [](const ProcessUsage& p) { return p.netIn; }, Unit::bytesPerSecond, KnownPart::processTraffic},
+     {"Up", [](const ProcessUsage& p) { return p.netOut; }, Unit::bytesPerSecond, KnownPart::processTraffic}},
+    {Metric::gpu, Token::gpu, cpuFigures, memoryFigures},
+    {Metric::energy,
+     Token::energy,
+     {"Energy", [](const ProcessUsage& p) { return p.power; }, Unit::watts, KnownPart::processEnergy},
+     {"CPU", cpuFigures.ofProcess, Unit::corePercent, KnownPart::processes}}};
+
+const Columns& columns(Metric metric) { return columnsOf[std::size_t(metric)]; }
+
+double sum(const Figures& figures, const std::vector<ProcessUsage>& processes) {
+  double total = 0;
+  for (const auto& process : processes) total += figures.ofProcess(process);
+  return total;
+}
+
+std::string shown(const Figures& figures, double value, const KnownParts& known) {
+  return known.has(figures.part) ? Format::figure(figures.unit, value) : noFigure;
+}
+
+std::string spokenIn(const Figures& figures, double value, const KnownParts& known) {
+  if (!known.has(figures.part)) return {};
+  return spokenFigure(figures.unit, value);
+}
+
+/// An application with the figures that it is sorted by, made once each.
+struct Measured {
+  const AppUsage* app;
+  double figure, second;
+};
+
+bool matches(std::string_view name, const std::string& filter) {
+  return filter.empty() || lowercased(name).find(lowercased(filter)) != std::string::npos;
+}
+
+void sortMeasured(std::vector<Measured>& apps, const AppListChoices& choices) {
+  const auto rank = [&](const Measured& one) {
+    const auto found = std::find(choices.settled.begin(), choices.settled.end(), one.app->id);
+    return found - choices.settled.begin();
+  };
+  const auto value = [&](const Measured& one) {
+    return choices.sorted == Column::second ? one.second : one.figure;
+  };
+  std::vector<std::pair<std::ptrdiff_t, Measured>> ranked;
+  for (const auto& one : apps) ranked.emplace_back(choices.settled.empty() ? 0 : rank(one), one);
+  std::sort(ranked.begin(), ranked.end(), [&](const auto& a, const auto& b) {
+    if (a.first != b.first) return a.first < b.first;
+    const auto &left = *a.second.app, &right = *b.second.app;
+    const auto byName = std::tie(left.name, left.id) <=> std::tie(right.name, right.id);
+    if (choices.sorted == Column::name) return choices.isAscending ? byName < 0 : byName > 0;
+    const double one = value(a.second), other = value(b.second);
+    if (one != other) return choices.isAscending ? one < other : one > other;
+    return byName < 0;
+  });
+  apps.clear();
+  for (const auto& [number, one] : ranked) apps.push_back(one);
+}
+
+/// Adds rows of one list: they share the columns, what is known and the longest bar.
+class Rows {
+public:
+  Rows(BarTableData& table, const Columns& columns, const KnownParts& known, const AppListChoices& choices,
+       double most)
+      : table_(table), columns_(columns), known_(known), choices_(choices), most_(most) {}
+
+  void add(const Measured& one) {
+    const auto& app = *one.app;
+    BarRow row = rowOf(app.name, one.figure, one.second);
+    row.key = app.id;
+    row.identifier = app.id;
+    row.icon = app.bundlePath;
+    row.hasActions = !isSystemGroup(app);
+    const auto count = app.processes.size();
+    if (count > 1) row.count = std::to_string(count);
+    row.unfolds = count > 1;
+    row.isUnfolded = row.unfolds && choices_.unfolded.contains(app.id);
+    row.spoken = spoken(app.name, count, one.figure, one.second);
+    const bool isUnfolded = row.isUnfolded;
+    table_.rows.push_back(std::move(row));
+    if (isUnfolded) addProcesses(app);
+  }
+
+private:
+  BarRow rowOf(const std::string& name, double figure, double second) const {
+    BarRow row;
+    row.name = name;
+    const auto sorted = choices_.sorted == Column::second ? second : figure;
+    const auto& by = choices_.sorted == Column::second ? columns_.second : columns_.figure;
+    if (known_.has(by.part)) row.level = most_ > 0 ? sorted / most_ : 0;
+    row.figure = shown(columns_.figure, figure, known_);
+    row.second = shown(columns_.second, second, known_);
+    return row;
+  }
+
+  std::string spoken(const std::string& name, std::size_t count, double figure, double second) const {
+    auto words = name;
+    if (count > 1) words += ", " + localized("{n} processes", {{"n", std::to_string(count)}});
+    for (const auto& part :
+         {spokenIn(columns_.figure, figure, known_), spokenIn(columns_.second, second, known_)})
+      if (!part.empty()) words += ", " + part;
+    return words;
+  }
+
+  void addProcesses(const AppUsage& app) {
+    const auto& by = choices_.sorted == Column::second ? columns_.second : columns_.figure;
+    auto processes = app.processes;
+    std::sort(processes.begin(), processes.end(), [&](const ProcessUsage& a, const ProcessUsage& b) {
+      const auto left = by.ofProcess(a), right = by.ofProcess(b);
+      return left != right ? left > right : std::tie(a.name, a.pid) < std::tie(b.name, b.pid);
+    });
+    const auto shownCount = processes.size() > mostProcesses + 1 ? mostProcesses : processes.size();
+    for (std::size_t i = 0; i < shownCount; ++i) {
+      const auto& process = processes[i];
+      const auto pid = std::to_string(process.pid);
+      addPart(app, pid, process.name + " · " + pid, columns_.figure.ofProcess(process),
+              columns_.second.ofProcess(process), !isSystemGroup(app));
+    }
+    processes.erase(processes.begin(), processes.begin() + std::ptrdiff_t(shownCount));
+    if (processes.empty()) return;
+    addPart(app, "", localized("{n} more", {{"n", std::to_string(processes.size())}}),
+            sum(columns_.figure, processes), sum(columns_.second, processes), false);
+  }
+
+  void addPart(const AppUsage& app, const std::string& id, const std::string& name, double figure,
+               double second, bool hasActions) {
+    auto row = rowOf(name, figure, second);
+    row.key = app.id + partSeparator + id;
+    row.isPart = true;
+    row.hasActions = hasActions;
+    row.spoken = spoken(name, 1, figure, second);
+    table_.rows.push_back(std::move(row));
+  }
+
+  BarTableData& table_;
+  const Columns& columns_;
+  const KnownParts& known_;
+  const AppListChoices& choices_;
+  double most_;
+};
+
+std::string noteOf(const Model& model, Metric metric, const AppListFacts& facts) {
+  const auto& known = *model.known;
+  if (metric == Metric::network)
+    return known.has(KnownPart::processTraffic)
+               ? facts.trafficNote
+               : localized("The system does not tell the traffic of each app.");
+  if (metric == Metric::energy && !known.has(KnownPart::processEnergy))
+    return localized("The system does not tell the energy of each app.");
+  if (metric == Metric::disk && *model.privileged && (*model.privileged)->hidden > 0)
+    return localized("The system does not tell you what other users' processes read and write.");
+  return {};
+}
+
+AppList noListFor(Metric metric) {
+  AppList list;
+  list.isThere = false;
+  if (metric == Metric::gpu) list.note = localized("No figure per app exists for the GPU.");
+  return list;
+}
+
+AppList titled(Metric metric, const AppListChoices& choices) {
+  const auto& shape = columns(metric);
+  AppList list;
+  list.table.title = localized("Applications by {measure}", {{"measure", title(metric)}});
+  list.table.nameHead = localized("Name");
+  list.table.figureHead = localized(shape.figure.head);
+  list.table.secondHead = localized(shape.second.head);
+  list.table.sorted = choices.sorted;
+  list.table.isAscending = choices.isAscending;
+  list.table.token = shape.token;
+  return list;
+}
+
+} // namespace
+
+AppList appList(const Model& model, Metric metric, const AppListChoices& choices, const AppListFacts& facts) {
+  if (metric == Metric::gpu) return noListFor(metric);
+  const auto& shape = columns(metric);
+  auto list = titled(metric, choices);
+  list.note = noteOf(model, metric, facts);
+  if (!*model.hasSample) {
+    list.empty = localized("Measuring…");
+    return list;
+  }
+  std::vector<Measured> apps;
+  double most = 0;
+  for (const auto& app : model.snapshot->apps) {
+    const Measured one{&app, sum(shape.figure, app.processes), sum(shape.second, app.processes)};
+    most = std::max(most, choices.sorted == Column::second ? one.second : one.figure);
+    if (matches(app.name, choices.filter)) apps.push_back(one);
+  }
+  sortMeasured(apps, choices);
+  Rows rows(list.table, shape, *model.known, choices, most);
+  for (const auto& one : apps) rows.add(one);
+  if (apps.empty())
+    list.empty = choices.filter.empty() ? localized("No processes can be read here.")
+                                        : localized("No app is called that.");
+  return list;
+}
+
+AppList pastAppList(Metric metric, const std::vector<AppTotal>& totals, const AppListChoices& choices) {
+  if (metric == Metric::gpu) return noListFor(metric);
+  auto list = titled(metric, choices);
+  list.table.sorts = false;
+  list.table.secondHead.clear();
+  if (metric == Metric::disk || metric == Metric::network)
+    list.table.figureHead = metric == Metric::disk ? localized("Read and written") : localized("Down and up");
+  // An application's processor time is told per core; everything else as the machine's.
+  const auto unit = metric == Metric::cpu ? Unit::corePercent : metricUnit(metric);
+  const double most = totals.empty() ? 0 : totals.front().value;
+  for (const auto& total : totals) {
+    if (total.value <= 0 || !matches(total.name, choices.filter)) continue;
+    BarRow row;
+    row.key = total.bundlePath.value_or(total.name);
+    row.name = total.name;
+    row.identifier = total.name;
+    row.icon = total.bundlePath;
+    row.level = total.value / most;
+    row.figure = Format::figure(unit, total.value);
+    row.spoken = total.name + ", " + spokenFigure(unit, total.value);
+    list.table.rows.push_back(std::move(row));
+  }
+  if (list.table.rows.empty()) list.empty = localized("No app was recorded in this time.");
+  return list;
+}
+
+std::optional<QuitRequest> quitRequest(const Model& model, const std::string& key, bool force) {
+  for (const auto& app : model.snapshot->apps) {
+    if (isSystemGroup(app) || key.compare(0, app.id.size(), app.id) != 0) continue;
+    const auto rest = key.substr(app.id.size());
+    if (rest.empty())
+      return QuitRequest{.app = app.id, .bundlePath = {}, .processes = {}, .force = force, .name = {}};
+    if (rest.front() != partSeparator) continue;
+    for (const auto& process : app.processes)
+      if (rest.substr(1) == std::to_string(process.pid))
+        return QuitRequest{.app = std::to_string(process.pid),
+                           .bundlePath = {},
+                           .processes = {},
+                           .force = force,
+                           .name = {}};
+  }
+  return std::nullopt;
+}
+
+std::string copiedText(const BarTableData& table, const std::string& key) {
+  for (const auto& row : table.rows) {
+    if (row.key != key) continue;
+    auto text = row.name + "\t" + row.figure;
+    if (!table.secondHead.empty()) text += "\t" + row.second;
+    return text;
+  }
+  return {};
+}
+
+} // namespace korvell

@@ -1,0 +1,93 @@
+#pragma once
+// A measure's page while it is open: what the user chose on it (range, pinned moment, order, filter, unfolded
+// rows), what the history answered, and the values to show, made anew after every cycle. Main queue only.
+//
+// A range that was chosen shows when its answer is whole; until then everything stays as it was.
+
+#include "App/HistoryQueries.h"
+#include "Base/Lifeline.h"
+#include "UI/Measures/AppList.h"
+#include "UI/Measures/MeasureChart.h"
+#include "UI/Measures/MeasurePage.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace korvell {
+
+class MeasureSession {
+public:
+  /// All of it outlives the session.
+  struct Services {
+    Model& model;
+    HistoryQueries& queries;
+    const LiveDirections& directions;
+    const TimeZone& zone;
+    const UserDefaults& defaults; ///< has the log of clean-ups
+    AppListFacts facts{};
+  };
+  /// Which applications the list shows.
+  enum class Listed { now, range, moment };
+
+  /// `changed` is told after every change of what the functions below return.
+  MeasureSession(Services services, Metric metric, HistoryRange range, std::function<void()> changed);
+  MeasureSession(const MeasureSession&) = delete;
+  MeasureSession& operator=(const MeasureSession&) = delete;
+
+  Metric metric() const { return metric_; }
+  const MeasurePage& page() const { return page_; }
+  const ChartData& chart() const { return chart_; }
+  const AppList& list() const { return list_; }
+  /// "Applications", "Top apps, 24 hours", "Top apps, 14:10 – 14:15"
+  std::string listTitle() const;
+  /// Which other list is a click away; empty for none. "Show all 24 hours"
+  std::string otherList() const;
+  Listed listed() const { return listed_; }
+  HistoryRange range() const { return range_; }
+  bool isLoading() const { return asked_ > answered_; }
+  std::optional<Date> pinned() const { return pinned_; }
+
+  void setRange(HistoryRange range);
+  /// A bucket of the chart by its begin; nothing lets go.
+  void pin(std::optional<Date> bucket);
+  /// A moment of the past, in the smallest range that has it: the chart shows it when it is whole.
+  void show(Date moment);
+  void showOtherList();
+  void sort(BarTableData::Column column);
+  void filter(std::string text);
+  void unfold(const std::string& key);
+  /// While true no row changes its place.
+  void settle(bool settled);
+  /// Asks the history again.
+  void refresh();
+
+private:
+  void tick();
+  void askRange();
+  void askAverage();
+  void askApps();
+  void listNow();
+  void rebuild();
+
+  Services services_;
+  const Metric metric_;
+  std::function<void()> changed_;
+  HistoryRange range_;
+  std::optional<RangeHistory> history_; ///< nothing: the chart is live
+  std::optional<Date> pinned_, wanted_; ///< wanted: to be pinned when the range is there
+  AppListChoices choices_;
+  Listed listed_ = Listed::now;
+  std::vector<AppTotal> past_;
+  std::optional<double> tenMinutes_;
+  std::uint64_t asked_ = 0, answered_ = 0, askedApps_ = 0;
+  Date askedAt_ = Date::distantPast(), averageAt_ = Date::distantPast();
+  MeasurePage page_;
+  ChartData chart_;
+  AppList list_;
+  Subscription cycles_;
+  Lifeline<MeasureSession> life_{*this};
+};
+
+} // namespace korvell

@@ -1,0 +1,13 @@
+#pragma once
+// Figures as a screen reader should say them.
+
+#include "Base/Unit.h"
+
+#include <string>
+
+namespace korvell {
+
+/// As Base/Format rounds it, with the unit in words: "61.8 percent of one core", "3.12 gigabytes".
+std::string spokenFigure(Unit unit, double value);
+
+} // namespace korvell
