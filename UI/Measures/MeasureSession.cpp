@@ -64,6 +64,7 @@ void MeasureSession::askRange() {
                             self->answered_ = number;
                             const bool isAnother = !self->history_ || self->history_->range != history.range;
                             self->history_ = history;
+                            self->cleanUps_ = StorageLog::entries(self->services_.defaults);
                             if (isAnother) self->listNow();
                             self->rebuild();
                             if (self->wanted_) self->pin(std::exchange(self->wanted_, std::nullopt));
@@ -189,7 +190,7 @@ std::string MeasureSession::otherList() const {
 void MeasureSession::rebuild() {
   const auto& model = services_.model;
   if (history_)
-    chart_ = rangeChart(model, metric_, *history_, StorageLog::entries(services_.defaults), services_.zone);
+    chart_ = rangeChart(model, metric_, *history_, cleanUps_, services_.zone);
   else
     chart_ = liveChart(model, services_.directions, metric_);
   if (pinned_) {

@@ -76,6 +76,7 @@ private:
   std::function<void()> changed_;
   HistoryRange range_;
   std::optional<RangeHistory> history_; ///< nothing: the chart is live
+  std::vector<FreedEntry> cleanUps_;    ///< read with it
   std::optional<Date> pinned_, wanted_; ///< wanted: to be pinned when the range is there
   AppListChoices choices_;
   Listed listed_ = Listed::now;

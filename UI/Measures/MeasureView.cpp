@@ -1,0 +1,310 @@
+#include "UI/Measures/MeasureView.h"
+
+#include "Base/Localization.h"
+#include "UI/Kit/Button.h"
+#include "UI/Kit/CompositionBar.h"
+#include "UI/Kit/Icons.h"
+#include "UI/Kit/Labels.h"
+#include "UI/Kit/Native.h"
+#include "UI/Kit/Scroll.h"
+#include "UI/Kit/Text.h"
+#include "UI/Measures/MeasureParts.h"
+#include "UI/Measures/RangeControl.h"
+
+#include <QBoxLayout>
+#include <QClipboard>
+#include <QGuiApplication>
+
+namespace korvell {
+
+namespace {
+
+constexpr int padding = 28, narrowPadding = 20, widest = 1120;
+constexpr int narrow = 644; ///< a window of 860 less its sidebar
+constexpr int sideWidth = 264, sideGap = 44;
+constexpr int filterWidth = 200;
+constexpr int inset = BarTable::overhang;
+
+Token tokenOf(Metric metric) { return palette[std::size_t(metric)]; }
+
+/// A long list has its chart lower.
+int plotHeight(Metric metric) {
+  return metric == Metric::cpu || metric == Metric::gpu ? ChartView::tall : ChartView::low;
+}
+
+} // namespace
+
+MeasureView::MeasureView(Services services, Metric metric, HistoryRange range)
+    : services_(std::move(services)), metric_(metric), control_(new RangeControl(services_.theme, this)),
+      scroll_(new ScrollArea(services_.theme, Token::surface, this)),
+      content_(new Ground(services_.theme, Token::surface, nullptr)),
+      facts_(new FactsRow(services_.theme, content_)),
+      absent_(new TextLabel(services_.theme, TextStyle::body, Token::text2, "", content_)),
+      composition_(new CompositionBar(services_.theme, tokenOf(metric), content_)),
+      chart_(new ChartView(services_.theme, services_.session.zone, content_)),
+      finding_(new TextLabel(services_.theme, TextStyle::body, Token::warning, "", content_)),
+      battery_(new Button(services_.theme, Button::Kind::quiet, localized("Battery Settings"), content_)),
+      side_(new QWidget(content_)), volumesBox_(new QWidget(content_)), devicesBox_(new QWidget(content_)),
+      listBox_(new QWidget(content_)), findingBox_(new QWidget(content_)),
+      cores_(new CoreBars(services_.theme, side_)), volumes_(new VolumeList(services_.theme, volumesBox_)),
+      devices_(new DeviceList(services_.theme, devicesBox_)),
+      listTitle_(new TextLabel(services_.theme, TextStyle::head, Token::text1, "", listBox_)),
+      note_(new TextLabel(services_.theme, TextStyle::small, Token::text2, "", listBox_)),
+      empty_(new TextLabel(services_.theme, TextStyle::body, Token::text2, "", listBox_)),
+      pinHint_(new TextLabel(services_.theme, TextStyle::small, Token::text3,
+                             localized("The moment is pinned. Arrow keys move it, Esc lets it go."),
+                             listBox_)),
+      footnote_(new TextLabel(services_.theme, TextStyle::small, Token::text3, "", listBox_)),
+      pin_(new IconLabel(services_.theme, Icon::pin, 18, Token::text3, listBox_)),
+      other_(new Button(services_.theme, Button::Kind::quiet, "", listBox_)),
+      filter_(new TextField(services_.theme, localized("Filter"), localized("Filter"), listBox_)),
+      table_(new BarTable(services_.theme, listBox_)),
+      session_(services_.session, metric, range, [this, isBuilt = false]() mutable {
+        // Told while it is made: there is nothing to be shown yet.
+        if (std::exchange(isBuilt, true)) update();
+      }) {
+  build();
+  connectParts();
+  update();
+}
+
+std::string MeasureView::title() const { return session_.page().title; }
+
+QWidget* MeasureView::control() { return control_; }
+
+void MeasureView::find() {
+  if (filter_->isVisible()) filter_->setFocus(Qt::ShortcutFocusReason);
+}
+
+void MeasureView::refresh() { session_.refresh(); }
+
+// Building
+
+void MeasureView::build() {
+  auto* whole = new QVBoxLayout(this);
+  whole->setContentsMargins(0, 0, 0, 0);
+  whole->addWidget(scroll_);
+  scroll_->setContent(*content_);
+  column_ = new QVBoxLayout(content_);
+  column_->setSpacing(0);
+  // The margin is that of the rows' wash: all else stands further in, but for a chart's crosshair.
+  const auto add = [&](QWidget* widget, int before, int left = inset) {
+    auto* row = new QHBoxLayout;
+    row->setContentsMargins(left, before, inset, 0);
+    row->addWidget(widget);
+    column_->addLayout(row);
+  };
+  add(facts_, 10);
+  absent_->setWrapped();
+  add(absent_, 6);
+  add(composition_, 16);
+  chart_->setPlotHeight(plotHeight(metric_));
+  chart_->setLegend(metric_ != Metric::memory);
+  add(chart_, 8, inset - ChartView::overhang);
+  finding_->setWrapped();
+  auto* findingRow = new QHBoxLayout(findingBox_);
+  findingRow->setContentsMargins(0, 0, 0, 0);
+  findingRow->addWidget(finding_, 1);
+  findingRow->addWidget(battery_);
+  add(findingBox_, 8);
+  add(new Hairline(services_.theme, content_), 12);
+  column_->addSpacing(14);
+  buildVolumes(*column_);
+  halves_ = new QHBoxLayout;
+  halves_->setSpacing(0);
+  buildSide(*halves_);
+  buildList(*halves_);
+  column_->addLayout(halves_);
+  column_->addStretch(1);
+}
+
+void MeasureView::buildVolumes(QBoxLayout& column) {
+  auto* rows = new QVBoxLayout(volumesBox_);
+  rows->setContentsMargins(inset, 0, inset, 20);
+  rows->setSpacing(0);
+  auto* head = new QHBoxLayout;
+  head->addWidget(
+      new TextLabel(services_.theme, TextStyle::head, Token::text1, localized("Volumes"), volumesBox_), 1);
+  if (services_.open) {
+    auto* freeUp = new Button(services_.theme, Button::Kind::quiet, localized("Free Up Space"), volumesBox_);
+    freeUp->setMark(Button::Mark::chevron);
+    freeUp->onPress([this] { services_.open(SidebarItem::storage); });
+    head->addWidget(freeUp);
+  }
+  rows->addLayout(head);
+  rows->addWidget(volumes_);
+  column.addWidget(volumesBox_);
+  auto* devices = new QVBoxLayout(devicesBox_);
+  devices->setContentsMargins(inset, 0, inset, 20);
+  devices->setSpacing(4);
+  devices->addWidget(
+      new TextLabel(services_.theme, TextStyle::head, Token::text1, localized("Other devices"), devicesBox_));
+  devices->addWidget(devices_);
+  column.addWidget(devicesBox_);
+}
+
+void MeasureView::buildSide(QBoxLayout& column) {
+  auto* rows = new QVBoxLayout(side_);
+  rows->setContentsMargins(inset, 5, inset, 20);
+  rows->setSpacing(6);
+  auto* head = new QHBoxLayout;
+  head->addWidget(new TextLabel(services_.theme, TextStyle::head, Token::text1, localized("Cores"), side_),
+                  1);
+  head->addWidget(new TextLabel(services_.theme, TextStyle::small, Token::text3, localized("now"), side_));
+  rows->addLayout(head);
+  rows->addWidget(cores_);
+  rows->addStretch(1);
+  column.addWidget(side_);
+  column.addSpacing(sideGap - 2 * inset);
+}
+
+QWidget* MeasureView::buildHead() {
+  auto* head = new QWidget(listBox_);
+  auto* row = new QHBoxLayout(head);
+  row->setContentsMargins(inset, 0, inset, 0);
+  row->setSpacing(12);
+  other_->setMark(Button::Mark::chevron);
+  filter_->setSearch();
+  filter_->setFixedWidth(services_.theme.scaled(filterWidth));
+  row->addWidget(listTitle_, 1);
+  row->addWidget(other_);
+  row->addWidget(filter_);
+  head->setMinimumHeight(services_.theme.scaled(28));
+  return head;
+}
+
+void MeasureView::buildList(QBoxLayout& column) {
+  auto* rows = new QVBoxLayout(listBox_);
+  rows->setContentsMargins(0, 0, 0, 0);
+  rows->setSpacing(0);
+  rows->addWidget(buildHead());
+  rows->addSpacing(6);
+  rows->addWidget(table_);
+  const auto words = [&](TextLabel* label, int above) {
+    label->setWrapped();
+    auto* line = new QHBoxLayout;
+    line->setContentsMargins(inset, above, inset, 0);
+    line->addWidget(label);
+    rows->addLayout(line);
+  };
+  words(empty_, 8);
+  auto* pinned = new QHBoxLayout;
+  pinned->setContentsMargins(inset - 2, 10, inset, 0);
+  pinned->setSpacing(6);
+  pinned->addWidget(pin_);
+  pinned->addWidget(pinHint_, 1);
+  rows->addLayout(pinned);
+  words(note_, 8);
+  words(footnote_, 8);
+  rows->addStretch(1);
+  column.addWidget(listBox_, 1);
+}
+
+void MeasureView::connectParts() {
+  control_->choose(std::size_t(session_.range()));
+  control_->onChoose([this](std::size_t range) { setRange(range); });
+  chart_->onRange([this](std::size_t range) { setRange(range); });
+  chart_->onPin([this](std::optional<Date> bucket) { session_.pin(bucket); });
+  battery_->onPress([this] {
+    if (services_.openBatterySettings) services_.openBatterySettings();
+  });
+  other_->onPress([this] { session_.showOtherList(); });
+  filter_->onChange([this](std::string text) { session_.filter(std::move(text)); });
+  table_->setPictures(services_.pictures);
+  table_->onSort([this](BarTableData::Column column) { session_.sort(column); });
+  table_->onUnfold([this](const std::string& key) { session_.unfold(key); });
+  table_->onQuit(localized("Quit…"), [this](const std::string& key) { ask(key, false); });
+  table_->onMenu([this](const std::string& key, QPoint where) { showMenu(key, where); });
+  table_->onHover([this](bool over) { session_.settle(over); });
+  table_->onReveal([this](QRect row) {
+    constexpr int around = 8;
+    const auto middle = table_->mapTo(content_, row.center());
+    scroll_->ensureVisible(middle.x(), middle.y(), 0, row.height() / 2 + around);
+  });
+}
+
+void MeasureView::setRange(std::size_t range) {
+  if (range >= std::size(historySpans)) return;
+  control_->choose(range);
+  session_.setRange(HistoryRange(range));
+}
+
+// Showing
+
+void MeasureView::resizeEvent(QResizeEvent* event) {
+  Page::resizeEvent(event);
+  arrange();
+}
+
+void MeasureView::arrange() {
+  const bool isNarrow = width() < narrow;
+  const int side = std::max(isNarrow ? narrowPadding : padding, (width() - widest) / 2);
+  column_->setContentsMargins(side - inset, 0, side - inset, padding);
+  halves_->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+  side_->setMaximumWidth(isNarrow ? QWIDGETSIZE_MAX : services_.theme.scaled(sideWidth) + 2 * inset);
+}
+
+void MeasureView::update() {
+  const auto& page = session_.page();
+  facts_->setPage(page);
+  absent_->setWords(page.absent);
+  absent_->setVisible(!page.absent.empty());
+  composition_->setParts(page.composition);
+  composition_->setVisible(!page.composition.empty());
+  chart_->setData(session_.chart());
+  if (chart_->pinned() != session_.pinned()) chart_->setPinned(session_.pinned());
+  if (control_) {
+    control_->choose(std::size_t(session_.range()));
+    control_->setLoading(session_.isLoading());
+  }
+  finding_->setWords(page.finding);
+  battery_->setVisible(page.opensBatterySettings && services_.openBatterySettings);
+  findingBox_->setVisible(!page.finding.empty());
+  cores_->setGroups(page.cores);
+  side_->setVisible(!page.cores.empty());
+  if (page.volumes) volumes_->setVolumes(*page.volumes);
+  volumesBox_->setVisible(page.volumes.has_value());
+  devices_->setDevices(page.devices);
+  devicesBox_->setVisible(!page.devices.empty());
+  updateList();
+}
+
+void MeasureView::updateList() {
+  const auto& list = session_.list();
+  const auto set = [](TextLabel* label, const std::string& words) {
+    label->setWords(words);
+    label->setVisible(!words.empty());
+  };
+  table_->setData(list.table);
+  table_->setVisible(list.isThere && !list.table.rows.empty());
+  set(note_, list.note);
+  set(empty_, list.isThere ? list.empty : "");
+  set(footnote_, session_.page().footnote);
+  set(listTitle_, list.isThere ? session_.listTitle() : "");
+  const auto other = list.isThere ? session_.otherList() : "";
+  other_->setWords(other);
+  other_->setVisible(!other.empty());
+  filter_->setVisible(list.isThere && session_.listed() == MeasureSession::Listed::now);
+  const bool isPinned = session_.pinned().has_value();
+  pin_->setVisible(isPinned);
+  pinHint_->setVisible(isPinned);
+}
+
+void MeasureView::ask(const std::string& key, bool force) {
+  if (const auto request = quitRequest(services_.session.model, key, force); request && services_.ask)
+    services_.ask(*request);
+}
+
+void MeasureView::showMenu(const std::string& key, QPoint where) {
+  auto* menu = new Menu(services_.theme, this);
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  menu->add(Icon::quit, localized("Quit…"), [this, key] { ask(key, false); });
+  menu->add(Icon::stop, localized("Force Quit…"), [this, key] { ask(key, true); });
+  menu->addRule();
+  menu->add(Icon::copy, localized("Copy"), [this, key] {
+    QGuiApplication::clipboard()->setText(text(copiedText(session_.list().table, key)));
+  });
+  menu->popup(where);
+}
+
+} // namespace korvell
