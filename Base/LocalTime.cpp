@@ -106,6 +106,11 @@ Date timeOfDay(const TimeZone& zone, CalendarDay day, int hour) {
   return {double(after)};
 }
 
+std::string clockText(const TimeZone& zone, Date date) {
+  const auto time = localTime(zone, date);
+  return fmt::format("{:02}:{:02}", time.hour, time.minute);
+}
+
 std::string dayText(CalendarDay calendarDay) {
   const auto [year, month, day] = yearMonthDay(calendarDay);
   return fmt::format("{:04}-{:02}-{:02}", year, month, day);

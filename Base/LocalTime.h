@@ -61,6 +61,8 @@ Date startOfDay(const TimeZone& zone, CalendarDay day);
 /// instant after the gap where they skip it.
 Date timeOfDay(const TimeZone& zone, CalendarDay day, int hour);
 
+/// "13:58"; hours from 00 to 23.
+std::string clockText(const TimeZone& zone, Date date);
 /// "2026-03-01"
 std::string dayText(CalendarDay day);
 /// Reads "yyyy-MM-dd", four, two and two digits of a day that exists. Nothing for any other text.

@@ -186,11 +186,6 @@ double ShrinkingTop::update(ValueScale scale, double maximum, Date now) {
   return top_;
 }
 
-std::string clockText(const TimeZone& zone, Date date) {
-  const auto local = localTime(zone, date);
-  return fmt::format("{:02}:{:02}", local.hour, local.minute);
-}
-
 std::vector<TimeTick> timeTicks(TimeAxis time, Date begin, Date end, const TimeZone& zone) {
   auto ticks = time == TimeAxis::live      ? minuteTicks(begin, end)
                : time == TimeAxis::hours12 ? hourTicks(2, begin, end, zone)

@@ -57,8 +57,6 @@ struct TimeTick {
 };
 /// Ascending, the last one "now".
 std::vector<TimeTick> timeTicks(TimeAxis time, Date begin, Date end, const TimeZone& zone);
-/// "14:05"
-std::string clockText(const TimeZone& zone, Date date);
 
 /// Whether too much time lies between two neighbouring buckets for a line to join them.
 bool isBroken(const ChartData& data, Date before, Date after);

@@ -3,6 +3,7 @@
 #include "Base/Format.h"
 #include "Base/Localization.h"
 #include "UI/Measures/SpokenFigure.h"
+#include "UI/Parts/Figures.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -207,13 +208,6 @@ std::string rangeWords(HistoryRange range) {
     return localized("30 days");
   }
   return {};
-}
-
-Figure figureOf(const std::string& formatted) {
-  const auto end = formatted.find_first_not_of("0123456789.,-");
-  if (end == 0 || end == std::string::npos) return {formatted, ""};
-  const auto unit = formatted.find_first_not_of(' ', end);
-  return {formatted.substr(0, end), unit == std::string::npos ? "" : formatted.substr(unit)};
 }
 
 MeasurePage measurePage(const Model& model, Metric metric, const MeasureBeside& beside) {

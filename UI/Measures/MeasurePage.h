@@ -80,7 +80,5 @@ MeasurePage measurePage(const Model& model, Metric metric, const MeasureBeside& 
 
 /// "24 hours"; "5 minutes" for the live range.
 std::string rangeWords(HistoryRange range);
-/// A text of Base/Format as number and unit.
-Figure figureOf(const std::string& formatted);
 
 } // namespace korvell

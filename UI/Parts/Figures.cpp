@@ -18,11 +18,6 @@ Figure figureOf(Unit unit, std::optional<double> value) {
   return value ? figureOf(Format::figure(unit, *value)) : Figure{noFigure, {}};
 }
 
-std::string clockText(const TimeZone& zone, Date date) {
-  const auto time = localTime(zone, date);
-  return fmt::format("{:02}:{:02}", time.hour, time.minute);
-}
-
 std::string clockTextWithSeconds(const TimeZone& zone, Date date) {
   return fmt::format("{}:{:02}", clockText(zone, date), localTime(zone, date).second);
 }

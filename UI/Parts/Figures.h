@@ -14,8 +14,6 @@ namespace korvell {
 Figure figureOf(std::string_view formatted);
 Figure figureOf(Unit unit, std::optional<double> value);
 
-/// "13:58"; hours from 00 to 23.
-std::string clockText(const TimeZone& zone, Date date);
 /// "13:58:07"
 std::string clockTextWithSeconds(const TimeZone& zone, Date date);
 /// "Today, 13:58", "Yesterday, 13:58", "Friday, 13:58" within a week, "2026-11-02, 13:58" before.
