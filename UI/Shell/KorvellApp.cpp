@@ -7,6 +7,7 @@
 #include "UI/Kit/Native.h"
 #include "UI/Kit/Text.h"
 #include "UI/Kit/Type.h"
+#include "UI/Measures/MeasureView.h"
 #include "UI/Overview/HealthView.h"
 
 #include <QApplication>
@@ -136,14 +137,31 @@ void KorvellApp::show(std::optional<SidebarItem> item) {
 }
 
 SidebarFacts KorvellApp::sidebarFacts() const {
-  SidebarFacts facts{.sections = {SidebarItem::overview}};
+  SidebarFacts facts{.sections = {SidebarItem::overview, SidebarItem::cpu, SidebarItem::memory,
+                                  SidebarItem::disk, SidebarItem::network, SidebarItem::gpu,
+                                  SidebarItem::energy}};
   facts.newAlerts = int(newAlerts(*model_->alerts, *host_.defaults, model_->snapshot->date));
   return facts;
 }
 
 std::unique_ptr<Page> KorvellApp::makePage(SidebarItem item, QWidget& window, Banner& banner) {
   if (item == SidebarItem::overview) return makeHealthPage(window, banner);
+  if (const auto measure = metric(item)) return makeMeasurePage(*measure, window, banner);
   return nullptr;
+}
+
+std::unique_ptr<Page> KorvellApp::makeMeasurePage(Metric metric, QWidget& window, Banner& banner) {
+  AppListFacts facts;
+  if (host_.system == SystemKind::linuxDesktop)
+    facts.trafficNote = localized("Counts TCP only: the kernel keeps no byte counts of UDP sockets.");
+  MeasureView::Services services{
+      .session = {*model_, model_->queries(), directions_, *host_.zone, *host_.defaults, facts},
+      .theme = theme_,
+      .ask = [this, &window,
+              &banner](const ActionRequest& request) { errands_.run(request, window, banner); },
+      .open = [this](SidebarItem section) { model_->selection.set(section); }};
+  if (host_.openBatterySettings) services.openBatterySettings = [this] { openBatterySettings(); };
+  return std::make_unique<MeasureView>(std::move(services), metric);
 }
 
 std::unique_ptr<Page> KorvellApp::makeHealthPage(QWidget& window, Banner& banner) {

@@ -8,6 +8,7 @@
 #include "App/ModelActions.h"
 #include "App/RunningApplication.h"
 #include "UI/Kit/Theme.h"
+#include "UI/Measures/LiveDirections.h"
 #include "UI/Panel/PanelView.h"
 #include "UI/Shell/DesktopLook.h"
 #include "UI/Shell/Errands.h"
@@ -45,6 +46,7 @@ private:
   void openBatterySettings();
   void askWeekScore();
   std::unique_ptr<Page> makeHealthPage(QWidget& window, Banner& banner);
+  std::unique_ptr<Page> makeMeasurePage(Metric metric, QWidget& window, Banner& banner);
   void showPanel();
   void wear(const DesktopWishes& wishes);
   void trayFound(TrayWatch::State state);
@@ -66,6 +68,7 @@ private:
   WindowsAttention attention_;
   Assembly assembly_;
   std::unique_ptr<AppModel> model_;
+  LiveDirections directions_{*model_};
   std::function<StorageScanner&()> storage_; ///< made by the first call
   std::unique_ptr<ModelActions> actions_;
   Errands errands_;
