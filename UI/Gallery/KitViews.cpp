@@ -6,7 +6,6 @@
 #include "UI/Kit/Contrast.h"
 #include "UI/Kit/Dialog.h"
 #include "UI/Kit/FigureText.h"
-#include "UI/Kit/Focus.h"
 #include "UI/Kit/Icons.h"
 #include "UI/Kit/Labels.h"
 #include "UI/Kit/Meters.h"
@@ -19,6 +18,7 @@
 
 #include <QApplication>
 #include <QBoxLayout>
+#include <QFocusEvent>
 #include <QGridLayout>
 #include <QMouseEvent>
 
@@ -85,6 +85,17 @@ template <class W>
 W* disabled(W* widget) {
   widget->setEnabled(false);
   return widget;
+}
+
+/// As if each had the keyboard's focus, which only a picture shows.
+Made withRings(Made made, const std::vector<QWidget*>& ringed) {
+  made->resize(made->sizeHint());
+  made->layout()->activate();
+  for (auto* each : ringed) {
+    QFocusEvent focus(QEvent::FocusIn, Qt::TabFocusReason);
+    QApplication::sendEvent(each, &focus);
+  }
+  return made;
 }
 
 Made typeView(const Theme& theme) {
@@ -247,11 +258,7 @@ Made buttonsView(const Theme& theme) {
   rings.push_back(ringed);
   sheet.row("icons alone", {icon(Icon::share, "Share"), hovered(icon(Icon::power, "Quit")), ringed,
                             disabled(icon(Icon::dots, "More"))});
-  auto made = sheet.take();
-  made->resize(made->sizeHint());
-  made->layout()->activate();
-  for (auto* each : rings) FocusRing::show(*each, each->rect(), 6, theme);
-  return made;
+  return withRings(sheet.take(), rings);
 }
 
 void drawHeart(QPainter& painter, const QRectF& box, const QColor& ink) {
@@ -267,7 +274,8 @@ Made choicesView(const Theme& theme) {
   ranges->choose(2);
   auto* small = segments({"CPU", "Memory"});
   small->setHeight(26);
-  sheet.row("segments", {segments({"System", "Light", "Dark"}), ranges, small});
+  auto* ringed = segments({"System", "Light", "Dark"});
+  sheet.row("segments", {ringed, ranges, small});
   sheet.row("segments with long words, disabled",
             {segments({"Systemeinstellung", "Hintergrundbeleuchtung"}), disabled(segments({"One", "Two"}))});
   sheet.caption("radio tiles");
@@ -295,7 +303,8 @@ Made choicesView(const Theme& theme) {
   sheet.row("boxes",
             {box(off, ""), box(some, ""), box(on, ""), hovered(box(off, "")), disabled(box(off, "")),
              disabled(box(on, "")), box(on, "With words behind it"), disabled(box(some, "Disabled"))});
-  return sheet.take();
+  return withRings(sheet.take(),
+                   {ringed->findChildren<QWidget*>().first(), tiles->findChildren<QWidget*>().at(1)});
 }
 
 Made ringsView(const Theme& theme) {

@@ -13,6 +13,8 @@ Control::Control(const Theme& theme, QWidget* parent) : Painted(theme, parent) {
   setMinimumSize(leastHit, leastHit);
 }
 
+Control::~Control() { FocusRing::hide(*this); } // while shape() can still be asked
+
 bool Control::press() {
   if (!isEnabled()) return false;
   pressed();
@@ -63,7 +65,9 @@ void Control::keyPressEvent(QKeyEvent* event) {
 }
 
 void Control::focusInEvent(QFocusEvent* event) {
-  if (isKeyboard(event->reason())) FocusRing::show(*this, shape(), corner(), theme());
+  if (isKeyboard(event->reason()))
+    FocusRing::show(
+        *this, [this] { return shape(); }, corner(), theme());
   Painted::focusInEvent(event);
 }
 

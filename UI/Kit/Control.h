@@ -11,6 +11,7 @@ public:
   static constexpr int leastHit = 24;
 
   Control(const Theme& theme, QWidget* parent);
+  ~Control() override;
 
   bool press() override;
   bool canPress() const override { return isEnabled(); }

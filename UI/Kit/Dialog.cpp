@@ -77,7 +77,7 @@ Dialog::Dialog(const Theme& theme, Question question, QWidget& window, std::func
   show();
   // As if by Tab, also when the window comes to the front only later: what Return would press has to be seen.
   cancel_->setFocus(Qt::TabFocusReason);
-  if (!FocusRing::isShown(*cancel_)) FocusRing::show(*cancel_, cancel_->rect(), 6, theme);
+  if (!FocusRing::isShown(*cancel_)) FocusRing::show(*cancel_, 6, theme);
 }
 
 void Dialog::build(const Question& question) {

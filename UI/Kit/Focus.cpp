@@ -2,13 +2,35 @@
 
 #include "UI/Kit/Paint.h"
 
+#include <QAbstractScrollArea>
 #include <QEvent>
+
+#include <utility>
 
 namespace korvell {
 
 namespace {
 
 constexpr int reach = 4; // 2 px outside, 2 px wide
+
+/// The ring's place over something above the widget.
+QRect placeOver(const QWidget& over, const QWidget& around, const QRectF& shape) {
+  auto whole = shape.translated(around.mapTo(&over, QPoint()));
+  return whole.adjusted(-reach, -reach, reach, reach).toAlignedRect();
+}
+
+bool scrolls(const QWidget& widget) {
+  auto* above = widget.parentWidget() ? widget.parentWidget()->parentWidget() : nullptr;
+  return dynamic_cast<QAbstractScrollArea*>(above) != nullptr;
+}
+
+QWidget& withRoom(QWidget& around, const QRectF& shape) {
+  auto* over = around.parentWidget();
+  while (!over->isWindow() && over->parentWidget() && !scrolls(*over) &&
+         !over->rect().contains(placeOver(*over, around, shape)))
+    over = over->parentWidget();
+  return *over;
+}
 
 } // namespace
 
@@ -18,25 +40,32 @@ bool isKeyboard(Qt::FocusReason reason) {
 }
 
 FocusRing* FocusRing::of(const QWidget& around) {
-  if (!around.parentWidget()) return nullptr;
-  for (auto* child : around.parentWidget()->children())
-    if (auto* ring = dynamic_cast<FocusRing*>(child); ring && ring->around_ == &around) return ring;
+  for (auto* over = around.parentWidget(); over; over = over->isWindow() ? nullptr : over->parentWidget())
+    for (auto* child : over->children())
+      if (auto* ring = dynamic_cast<FocusRing*>(child); ring && ring->around_ == &around) return ring;
   return nullptr;
 }
 
-FocusRing::FocusRing(QWidget& around, const QRectF& shape, double corner, const Theme& theme)
-    : QWidget(around.parentWidget()), around_(&around),
-      inset_(shape.left(), shape.top(), around.width() - shape.right(), around.height() - shape.bottom()),
-      corner_(corner), theme_(theme) {
+FocusRing::FocusRing(QWidget& around, Shape shape, double corner, const Theme& theme, QWidget& over)
+    : QWidget(&over), around_(&around), shape_(std::move(shape)), corner_(corner), theme_(theme) {
   setAttribute(Qt::WA_TransparentForMouseEvents);
-  around.installEventFilter(this);
+  for (auto* moving = &around; moving != &over; moving = moving->parentWidget())
+    moving->installEventFilter(this);
+  // Being destroyed, a control no longer hears that it loses the focus.
+  connect(&around, &QObject::destroyed, this, [this] { delete this; });
   follow();
-  QWidget::show();
 }
 
-void FocusRing::show(QWidget& around, const QRectF& shape, double corner, const Theme& theme) {
+void FocusRing::show(QWidget& around, Shape shape, double corner, const Theme& theme) {
   hide(around);
-  if (around.parentWidget()) new FocusRing(around, shape, corner, theme);
+  if (!around.parentWidget() || around.isWindow()) return;
+  auto& over = withRoom(around, shape());
+  new FocusRing(around, std::move(shape), corner, theme, over);
+}
+
+void FocusRing::show(QWidget& around, double corner, const Theme& theme) {
+  Shape whole = [&around] { return QRectF(around.rect()); };
+  show(around, std::move(whole), corner, theme);
 }
 
 void FocusRing::hide(QWidget& around) { delete of(around); }
@@ -44,8 +73,7 @@ void FocusRing::hide(QWidget& around) { delete of(around); }
 bool FocusRing::isShown(const QWidget& around) { return of(around) != nullptr; }
 
 void FocusRing::follow() {
-  auto shape = QRectF(around_->geometry()).marginsRemoved(inset_);
-  setGeometry(shape.adjusted(-reach, -reach, reach, reach).toAlignedRect());
+  setGeometry(placeOver(*parentWidget(), *around_, shape_()));
   setVisible(around_->isVisibleTo(parentWidget()));
   raise();
 }
@@ -60,7 +88,6 @@ bool FocusRing::eventFilter(QObject*, QEvent* event) {
     follow();
     break;
   case QEvent::ParentChange:
-  case QEvent::Destroy:
     deleteLater();
     break;
   default:

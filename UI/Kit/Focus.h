@@ -1,11 +1,13 @@
 #pragma once
-// The ring around what has the keyboard's focus: 2 px of accent, 2 px outside. It lies beside the widget that
-// it rings, in that one's parent, so that the widget needs no room for it; the parent needs 4 px around.
+// The ring around what has the keyboard's focus: 2 px of accent, 2 px outside. It lies over the nearest
+// widget above the ringed one that has the room, so that controls and what holds them close need none of
+// their own; what scrolls keeps it inside.
 
 #include "UI/Kit/Theme.h"
 
-#include <QPointer>
 #include <QWidget>
+
+#include <functional>
 
 namespace korvell {
 
@@ -14,8 +16,13 @@ bool isKeyboard(Qt::FocusReason reason);
 
 class FocusRing : public QWidget {
 public:
-  /// Shows the ring around `shape` of the widget until hide(): to be called from its focusInEvent.
-  static void show(QWidget& around, const QRectF& shape, double corner, const Theme& theme);
+  /// What the ring goes round, in the widget; asked again when the widget has moved or grown.
+  using Shape = std::function<QRectF()>;
+
+  /// Shows the ring until hide(): to be called from the widget's focusInEvent.
+  static void show(QWidget& around, Shape shape, double corner, const Theme& theme);
+  /// Around the whole widget.
+  static void show(QWidget& around, double corner, const Theme& theme);
   /// From its focusOutEvent.
   static void hide(QWidget& around);
   static bool isShown(const QWidget& around);
@@ -26,11 +33,11 @@ protected:
 
 private:
   static FocusRing* of(const QWidget& around);
-  FocusRing(QWidget& around, const QRectF& shape, double corner, const Theme& theme);
+  FocusRing(QWidget& around, Shape shape, double corner, const Theme& theme, QWidget& over);
   void follow();
 
-  QPointer<QWidget> around_;
-  QMarginsF inset_; ///< of the shape in the widget
+  QWidget* around_; ///< the ring ends with it
+  Shape shape_;
   double corner_;
   const Theme& theme_;
 };

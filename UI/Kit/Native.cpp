@@ -109,7 +109,7 @@ void TextField::keyPressEvent(QKeyEvent* event) {
 }
 
 void TextField::focusInEvent(QFocusEvent* event) {
-  if (isKeyboard(event->reason())) FocusRing::show(*this, rect(), 6, theme_);
+  if (isKeyboard(event->reason())) FocusRing::show(*this, 6, theme_);
   QLineEdit::focusInEvent(event);
 }
 

@@ -89,6 +89,29 @@ TEST_F(ControlTests, onlyTheKeyboardsFocusHasARing) {
   EXPECT_FALSE(FocusRing::isShown(second));
 }
 
+TEST_F(ControlTests, aRingIsNeverCutOffAndEndsWithItsControl) {
+  auto* review = &button();
+  auto& ranges = add<Segments>("Range", std::vector<std::string>{"12h", "24h"});
+  show(window);
+  auto* segment = ranges.findChildren<QWidget*>().first();
+  segment->setFocus(Qt::TabFocusReason);
+  auto rings = all<FocusRing>(window);
+  ASSERT_EQ(rings.size(), 1u);
+  EXPECT_EQ(rings[0]->parentWidget(), &window) << "the segments themselves are too narrow for it";
+  EXPECT_TRUE(window.rect().contains(rings[0]->geometry()));
+  auto before = rings[0]->pos();
+  ranges.move(ranges.pos() + QPoint(0, 7));
+  EXPECT_EQ(rings[0]->pos(), before + QPoint(0, 7));
+  auto* plain = new QWidget(&window);
+  review->setFocus(Qt::TabFocusReason);
+  EXPECT_EQ(all<FocusRing>(window).size(), 1u);
+  for (QWidget* ringed : {static_cast<QWidget*>(review), plain}) {
+    FocusRing::show(*ringed, 6, theme);
+    delete ringed;
+    EXPECT_TRUE(all<FocusRing>(window).empty());
+  }
+}
+
 TEST_F(ControlTests, nothingIsTooSmallToHit) {
   std::vector<QWidget*> all{&button(), &add<IconButton>(Icon::share, "Share"), &add<Toggle>("Open at login"),
                             &add<CheckBox>("npm cache", ""),
