@@ -25,5 +25,7 @@ struct GalleryView {
 std::vector<GalleryView> galleryViews();
 /// The kit's controls in all their states.
 std::vector<GalleryView> kitViews();
+/// The window's pages and the panel.
+std::vector<GalleryView> pageViews();
 
 } // namespace korvell
