@@ -100,7 +100,8 @@ void MadeUpModel::alert(HealthAlert::Kind kind, std::string title, Seconds ago) 
 }
 
 AppUsage madeUp(const MadeUpApp& app) {
-  AppUsage usage{.id = "app:" + std::string(app.name), .name = std::string(app.name)};
+  AppUsage usage{.id = app.name == "Linux" ? "system" : "app:" + std::string(app.name),
+                 .name = std::string(app.name)};
   for (int i = 0; i < app.processes; ++i)
     usage.processes.push_back({.pid = 1000 + i,
                                .name = usage.name,

@@ -23,6 +23,30 @@ Icon alertIcon(HealthAlert::Kind kind) {
   return Icon::alerts;
 }
 
+namespace {
+
+/// No machine is idle all day: a mean of 0 says that nothing was recorded today.
+std::string reasonWithoutTotals(const Model& model) {
+  if (!*model.hasSample) return localized("Measuring…");
+  if (*model.historyProblem) return (*model.historyProblem)->detail;
+  return model.totals->cpuToday > 0 ? std::string() : localized("Nothing was recorded today.");
+}
+
+std::vector<HealthPage::Total> todayOf(const Model& model) {
+  const auto& totals = *model.totals;
+  const auto reason = reasonWithoutTotals(model);
+  const auto total = [&](const char* title, Unit unit, double value) {
+    const bool isKnown = value > 0 || reason.empty();
+    return HealthPage::Total{localized(title), figureOf(unit, isKnown ? std::optional(value) : std::nullopt),
+                             isKnown ? std::string() : reason};
+  };
+  return {total("CPU, on average", Unit::percent, totals.cpuToday),
+          total("Written to disk", Unit::bytes, totals.diskWrittenToday),
+          total("Network", Unit::bytes, totals.networkToday)};
+}
+
+} // namespace
+
 HealthPage healthPage(const Model& model, const HealthContext& context) {
   HealthPage page{.head = healthHead(model, context.weekScore, context.hasBatterySettings),
                   .tiles = measureTiles(model),
@@ -33,11 +57,7 @@ HealthPage healthPage(const Model& model, const HealthContext& context) {
     page.updated = localized("Updated {time}", {{"time", clockTextWithSeconds(context.zone, now)}});
   if (isMeasured && page.head.findings.empty())
     page.reassurance = localized("Everything that was measured is within its limits.");
-  const auto& totals = *model.totals;
-  const auto known = [isMeasured](double value) { return isMeasured ? std::optional(value) : std::nullopt; };
-  page.today = {{localized("CPU, on average"), figureOf(Unit::percent, known(totals.cpuToday))},
-                {localized("Written to disk"), figureOf(Unit::bytes, known(totals.diskWrittenToday))},
-                {localized("Network"), figureOf(Unit::bytes, known(totals.networkToday))}};
+  page.today = todayOf(model);
   for (const auto& alert : *model.alerts) {
     if (page.alerts.size() == HealthPage::mostAlerts) break;
     page.alerts.push_back({alertIcon(alert.kind), alert.title, dayAndTime(context.zone, alert.date, now)});

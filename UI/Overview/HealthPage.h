@@ -15,6 +15,7 @@ struct HealthPage {
   struct Total {
     std::string title;
     Figure figure;
+    std::string reason; ///< why the figure is "–"; empty where it is none
     bool operator==(const Total&) const = default;
   };
   struct Alert {

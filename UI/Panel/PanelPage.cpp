@@ -9,11 +9,9 @@ PanelPage panelPage(const Model& model, UsageKey sortedBy, std::optional<double>
   PanelPage page{.head = healthHead(model, weekScore, hasBatterySettings),
                  .sortedBy = sortedBy,
                  .apps = topApps(model, sortedBy, PanelPage::mostApps)};
-  auto& findings = page.head.findings;
-  if (findings.size() > PanelPage::mostFindings) {
-    page.more = counted(std::int64_t(findings.size() - PanelPage::mostFindings), "1 more", "{n} more");
-    findings.resize(PanelPage::mostFindings);
-  }
+  const auto found = page.head.findings.size();
+  if (found > PanelPage::mostFindings)
+    page.more = counted(std::int64_t(found - PanelPage::mostFindings), "1 more", "{n} more");
   for (auto& tile : measureTiles(model))
     if (tile.section != SidebarItem::gpu && tile.section != SidebarItem::energy)
       page.tiles.push_back(std::move(tile));

@@ -10,7 +10,7 @@ namespace korvell {
 struct PanelPage {
   static constexpr std::size_t mostFindings = 3, mostApps = 5;
 
-  HealthHead head;  ///< with the findings that are shown
+  HealthHead head;  ///< all findings: the ring has an arc for each
   std::string more; ///< "2 more"; empty when all are shown
   std::vector<Tile> tiles;
   UsageKey sortedBy = UsageKey::memory;

@@ -21,12 +21,20 @@ Tone toneOf(Insight::Severity severity) {
   return Tone::info;
 }
 
+/// A button grows with its words, so that a name in it is of modest length; the question that follows names
+/// it.
+std::string quitWords(const std::string& name) {
+  constexpr std::size_t longestName = 24; // bytes
+  return name.empty() || name.size() > longestName ? localized("Quit…")
+                                                   : localized("Quit {name}…", {{"name", name}});
+}
+
 std::optional<Step> stepOf(const Insight::Action& action, bool hasBatterySettings) {
   using enum Insight::Action::Kind;
   switch (action.kind) {
   case quitApp:
     if (!action.bundlePath && !action.name) return std::nullopt;
-    return Step{localized("Quit {name}…", {{"name", action.name.value_or("")}}),
+    return Step{quitWords(action.name.value_or("")),
                 ActionRequest(QuitRequest{.app = action.bundlePath ? std::nullopt : action.name,
                                           .bundlePath = action.bundlePath})};
   case stopIdleServers:

@@ -58,7 +58,8 @@ void fillMemory(Tile& tile, const SystemSnapshot& snapshot, const KnownParts&) {
 }
 
 void fillDisk(Tile& tile, const SystemSnapshot& snapshot, const KnownParts& known) {
-  tile.figure = figureOf(Unit::bytesPerSecond, snapshot.disk.readRate + snapshot.disk.writeRate);
+  if (known.has(KnownPart::disks))
+    tile.figure = figureOf(Unit::bytesPerSecond, snapshot.disk.readRate + snapshot.disk.writeRate);
   tile.caption = tile.shortCaption = freeText(snapshot, known);
 }
 
@@ -132,8 +133,10 @@ double topOf(Metric metric, const SystemSnapshot& snapshot,
   return roundTop(greatest);
 }
 
+/// Of a series that reaches back that far; a younger one says nothing.
 std::string courseText(const std::vector<HistoryPoint>& series) {
-  if (series.size() < 2) return {};
+  constexpr Seconds longEnough{240};
+  if (series.size() < 2 || series.back().date - series.front().date < longEnough) return {};
   const double first = series.front().value, last = series.back().value;
   const double change = last - first;
   if (std::abs(change) <= std::abs(first) * markedChange) return localized("steady over 5 minutes");
@@ -157,8 +160,8 @@ std::string nameOf(const Tile& tile, const std::string& course) {
 }
 
 std::string reasonFor(Knowledge state) {
-  return state == Knowledge::refused ? localized("not readable without further rights")
-                                     : localized("not measured on this machine");
+  return state == Knowledge::refused ? localized("Not readable without further rights")
+                                     : localized("Not measured on this machine");
 }
 
 Tile tileOf(const Look& look, const Model& model) {
@@ -173,14 +176,18 @@ Tile tileOf(const Look& look, const Model& model) {
     tile.name = nameOf(tile, {});
     return tile;
   }
-  const bool isEnergy = look.metric == Metric::energy;
-  if (isEnergy || known.has(look.part)) fill[std::size_t(look.metric)](tile, snapshot, known);
+  // Of these two something may be known without the measure itself.
+  const bool hasMore = look.metric == Metric::energy || look.metric == Metric::disk;
+  if (hasMore || known.has(look.part)) fill[std::size_t(look.metric)](tile, snapshot, known);
   const auto found = model.live->find(look.metric);
   const auto series =
       known.has(look.part) && found != model.live->end() ? found->second : std::vector<HistoryPoint>();
   tile.values = pictureOf(series, snapshot.date);
   tile.top = topOf(look.metric, snapshot, tile.values);
-  if (tile.figure.number == noFigure) tile.reason = reasonFor(known[look.part]);
+  if (tile.figure.number == noFigure) {
+    tile.reason = reasonFor(known[look.part]);
+    if (tile.caption.empty()) tile.caption = tile.reason;
+  }
   tile.name = nameOf(tile, courseText(series));
   return tile;
 }

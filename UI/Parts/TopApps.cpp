@@ -1,6 +1,7 @@
 #include "UI/Parts/TopApps.h"
 
 #include "Base/Localization.h"
+#include "Core/Machine/Owners.h"
 #include "UI/Parts/Figures.h"
 
 #include <algorithm>
@@ -10,20 +11,37 @@ namespace korvell {
 
 namespace {
 
-Figure rate(double value, bool isKnown) {
-  return figureOf(Unit::bytesPerSecond, isKnown && value > 0 ? std::optional(value) : std::nullopt);
+bool isSystem(const AppUsage& app) {
+  return app.id == linuxSystemGroup.key || app.id == macOSSystemGroup.key;
 }
 
-AppRow rowOf(const AppUsage& app, UsageKey key, double greatest, const KnownParts& known) {
+/// What the system hides from this user counts as 0 in the sums of its own group.
+bool hides(const Model& model, const AppUsage& app) {
+  return isSystem(app) && *model.privileged && (*model.privileged)->hidden > 0;
+}
+
+Figure rate(double value, bool isKnown) {
+  return figureOf(Unit::bytesPerSecond, isKnown ? std::optional(value) : std::nullopt);
+}
+
+AppRow rowOf(const AppUsage& app, UsageKey key, double greatest, const Model& model) {
   const double cpu = app.cpu();
+  const double disk = usageValue(UsageKey::disk, app), network = usageValue(UsageKey::network, app);
+  const bool hasDisk = disk > 0 || !hides(model, app);
+  const bool hasNetwork = model.known->has(KnownPart::processTraffic) && (network > 0 || !hides(model, app));
   AppRow row{.id = app.id,
              .name = app.name,
              .processes = int(app.processes.size()),
+             .isSystem = isSystem(app),
              .cpu = {fmt::format("{:.1f}", cpu), "%"},
              .memory = figureOf(Unit::memory, double(app.memory())),
-             .disk = rate(usageValue(UsageKey::disk, app), true),
-             .network = rate(usageValue(UsageKey::network, app), known.has(KnownPart::processTraffic)),
+             .disk = rate(disk, hasDisk),
+             .network = rate(network, hasNetwork),
              .level = greatest > 0 ? usageValue(key, app) / greatest : 0};
+  if (!hasDisk)
+    row.note = localized("The system does not tell you what other users' processes read and write.");
+  else if (!hasNetwork)
+    row.note = localized("The system does not tell the traffic of each app.");
   row.spoken = localized("{name}, {processes}, {cpu} percent of one core, {memory} {unit}",
                          {{"name", app.name},
                           {"processes", counted(row.processes, "1 process", "{n} processes")},
@@ -47,7 +65,7 @@ std::vector<AppRow> topApps(const Model& model, UsageKey key, std::size_t count)
   std::partial_sort(apps.begin(), apps.begin() + std::ptrdiff_t(shown), apps.end(), isBefore);
   const double greatest = shown > 0 ? usageValue(key, *apps.front()) : 0;
   std::vector<AppRow> rows;
-  for (std::size_t i = 0; i < shown; ++i) rows.push_back(rowOf(*apps[i], key, greatest, *model.known));
+  for (std::size_t i = 0; i < shown; ++i) rows.push_back(rowOf(*apps[i], key, greatest, model));
   return rows;
 }
 

@@ -15,7 +15,9 @@ struct AppRow {
   std::string id; ///< AppUsage::id
   std::string name;
   int processes = 1;
-  Figure cpu, memory, disk, network; ///< "–" where nothing is moved or nobody tells
+  bool isSystem = false;             ///< the group of everything that belongs to the system itself
+  Figure cpu, memory, disk, network; ///< "–" where nobody tells
+  std::string note;                  ///< why something is "–"; empty where nothing is
   double level = 0;                  ///< of what it was sorted by, against the greatest; 0 to 1
   std::string spoken;                ///< "Firefox, 23 processes, 61.8 percent of one core, 3.12 GB"
 

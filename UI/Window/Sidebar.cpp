@@ -125,7 +125,14 @@ void fillMeasured(Sidebar::Row& row, const Model& model) {
 std::string nameOf(const Sidebar::Row& row) {
   if (row.badge > 0)
     return localized("{title}, {n} new", {{"title", row.title}, {"n", std::to_string(row.badge)}});
-  return row.value.empty() ? row.title : row.title + ", " + row.value;
+  if (row.value.empty()) return row.title;
+  if (row.tone == Tone::critical || row.tone == Tone::warning)
+    return localized("{title}, {value}, {severity}",
+                     {{"title", row.title},
+                      {"value", row.value},
+                      {"severity", title(row.tone == Tone::critical ? Insight::Severity::critical
+                                                                    : Insight::Severity::warning)}});
+  return localized("{title}, {value}", {{"title", row.title}, {"value", row.value}});
 }
 
 } // namespace
