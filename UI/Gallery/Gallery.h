@@ -23,6 +23,8 @@ struct GalleryView {
 
 /// All of them, in the order of the table.
 std::vector<GalleryView> galleryViews();
+/// The six measures.
+std::vector<GalleryView> measureViews();
 /// The kit's controls in all their states.
 std::vector<GalleryView> kitViews();
 /// The window's pages and the panel.

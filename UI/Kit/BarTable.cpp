@@ -21,7 +21,7 @@ namespace {
 using Column = BarTableData::Column;
 
 constexpr double headHeight = 24, rowHeight = 30, partHeight = 26, afterHeads = 1;
-constexpr double chevronSize = 14, pictureFrom = 18, pictureSize = 20, nameFrom = 46, partFrom = 58;
+constexpr double chevronSize = 14, pictureFrom = 18, pictureSize = 20, nameFrom = 30;
 constexpr double nameGap = 7, barGap = 16, dotsSize = 28;
 constexpr double wide = 640; // from here on a row has room for its button
 constexpr int pageOfRows = 10;
@@ -136,7 +136,11 @@ BarTable::Columns BarTable::columns() const {
       std::any_of(data_.rows.begin(), data_.rows.end(), [](const auto& row) { return row.hasActions; });
   const double column = theme().scaled(isWide ? 94 : 78);
   Columns at{};
-  at.name = overhang + nameFrom;
+  const bool unfolds =
+      std::any_of(data_.rows.begin(), data_.rows.end(), [](const auto& row) { return row.unfolds; });
+  at.picture = overhang + (unfolds ? pictureFrom : 0);
+  at.name = at.picture + nameFrom;
+  at.part = at.name + 10;
   at.dots = end - dotsSize;
   at.quit = at.dots - theme().scaled(60);
   at.secondEnd = end - (!acts ? 0 : isWide ? theme().scaled(96) : dotsSize + 4);
@@ -236,8 +240,8 @@ void BarTable::drawRow(QPainter& painter, const BarRow& row, const QRectF& box, 
   if (row.unfolds)
     drawIcon(painter, row.isUnfolded ? Icon::chevronDown : Icon::chevron, middle(overhang, chevronSize),
              theme().color(Token::text3), layoutDirection());
-  if (!row.isPart) drawPicture(painter, row, middle(overhang + pictureFrom, pictureSize));
-  const double from = row.isPart ? overhang + partFrom : at.name;
+  if (!row.isPart) drawPicture(painter, row, middle(at.picture, pictureSize));
+  const double from = row.isPart ? at.part : at.name;
   const auto style = row.isPart ? TextStyle::small : TextStyle::strong;
   const auto name = text(row.name), count = text(row.count);
   const auto small = fontOf(theme(), TextStyle::small);
@@ -384,7 +388,9 @@ void BarTable::moveTo(std::size_t index) {
 }
 
 void BarTable::focusInEvent(QFocusEvent* event) {
-  hasRing_ = isKeyboard(event->reason());
+  // What becomes active again keeps what it had.
+  if (event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason)
+    hasRing_ = isKeyboard(event->reason());
   if (!currentRow() && hasRing_ && !data_.rows.empty()) moveTo(0);
   update();
   Painted::focusInEvent(event);

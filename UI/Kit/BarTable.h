@@ -65,7 +65,7 @@ private:
   class Head;
   /// Where a row's pieces stand, from the side where reading begins.
   struct Columns {
-    double name, bar, barWidth, figureEnd, secondEnd, quit, dots;
+    double picture, name, part, bar, barWidth, figureEnd, secondEnd, quit, dots;
   };
   Columns columns() const;
   QRectF place(double from, double width, const QRectF& row) const;

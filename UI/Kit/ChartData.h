@@ -26,7 +26,7 @@ struct ChartBucket {
 };
 
 struct ChartLine {
-  std::string name; ///< "Read"; in the legend and the readout, where there is more than one line
+  std::string name; ///< "Mean", "Read": in the legend; in the readout where there is more than one line
   Token token = Token::cpu;
   std::vector<ChartBucket> buckets; ///< ascending
 

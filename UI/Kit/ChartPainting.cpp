@@ -326,7 +326,7 @@ void ChartView::paintLegend(QPainter& painter) const {
   };
   const bool isOne = data_.lines.size() == 1;
   for (const auto& line : data_.lines)
-    add(16, isOne ? localized("Mean") : line.name, [&](const QRectF& box) {
+    add(16, line.name, [&](const QRectF& box) {
       fillBox(painter, QRectF(box.left(), middle - 1, box.width(), 2), theme().color(line.token));
     });
   if (data_.time != TimeAxis::live && !data_.lines.empty()) {
@@ -356,6 +356,9 @@ void ChartView::paintSentence(QPainter& painter) const {
   const auto style = isMeasuring ? TextStyle::small : TextStyle::strong;
   const double line = lineHeight(theme(), TextStyle::strong);
   QRectF row(area.left(), area.center().y() - line, area.width(), line);
+  QRectF plate(0, 0, textWidth(theme(), style, text(first)) + 12, line + 4);
+  plate.moveCenter(row.center());
+  fillBox(painter, plate, theme().color(Token::surface)); // over the grid
   drawText(painter, row, theme(), style, isMeasuring ? Token::text2 : Token::text1, text(first),
            Qt::AlignHCenter);
   if (data_.detail.empty()) return;

@@ -196,8 +196,8 @@ ChartData rangeChart(const Model& model, Metric metric, const RangeHistory& hist
     data.lines = {lineOf(localized("Read"), token, history.chart),
                   lineOf(localized("Written"), Token::gray, *history.written)};
   else
-    data.lines = {
-        lineOf(metric == Metric::network ? localized("Down and up") : nameOf(metric), token, history.chart)};
+    data.lines = {lineOf(metric == Metric::network ? localized("Mean, down and up") : localized("Mean"),
+                         token, history.chart)};
   addEvents(data, model, metric, cleanUps);
   return data;
 }

@@ -93,12 +93,14 @@ std::vector<FactsRow::Cell> FactsRow::cells(double width) const {
   double atEnd = 0;
   for (const auto& fact : range_) atEnd += widthOf(fact) + columnGap;
   if (from + atEnd - columnGap > width) {
+    from = 0; // together in a row of their own
+    ++row;
     for (const auto& fact : range_) put(fact);
     return placed;
   }
   double end = width;
   for (auto fact = range_.rbegin(); fact != range_.rend(); ++fact) {
-    placed.push_back({&*fact, end - widthOf(*fact), widthOf(*fact), row});
+    placed.push_back({&*fact, end - widthOf(*fact), widthOf(*fact), row, true});
     end -= widthOf(*fact) + columnGap;
   }
   return placed;
@@ -126,9 +128,7 @@ void FactsRow::draw(QPainter& painter) {
       drawNow(painter, mirrored(*this, box));
       continue;
     }
-    const bool isOfRange = !range_.empty() && each.fact >= &range_.front() && each.fact <= &range_.back();
-    const bool atEnd = isOfRange && each.from > width() / 2.0;
-    drawFact(painter, *each.fact, mirrored(*this, box), atEnd);
+    drawFact(painter, *each.fact, mirrored(*this, box), each.atEnd);
   }
 }
 
@@ -166,9 +166,8 @@ void FactsRow::drawFact(QPainter& painter, const MeasureFact& fact, const QRectF
              theme().color(look.mark));
     if (!isRightToLeft()) left += mark;
   }
-  // The unit of a second figure is no quieter: it is small already.
-  const auto ink = theme().color(Token::text1);
-  figure.draw(painter, QPointF(left, baseline(theme(), TextStyle::sub, box.bottom() - line)), ink, ink);
+  figure.draw(painter, QPointF(left, baseline(theme(), TextStyle::sub, box.bottom() - line)),
+              theme().color(Token::text1), theme().color(Token::text2));
 }
 
 // Cores

@@ -32,6 +32,7 @@ private:
     const MeasureFact* fact; ///< null: the figure of the moment
     double from, width;
     int row;
+    bool atEnd = false; ///< stands at the far side
   };
   std::vector<Cell> cells(double width) const;
   double widthOf(const MeasureFact& fact) const;

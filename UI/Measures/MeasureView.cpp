@@ -14,13 +14,15 @@
 #include <QBoxLayout>
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QKeySequence>
 
 namespace korvell {
 
 namespace {
 
 constexpr int padding = 28, narrowPadding = 20, widest = 1120;
-constexpr int narrow = 644; ///< a window of 860 less its sidebar
+constexpr int narrow = 760;       ///< below it what stands beside the list goes above it
+constexpr int narrowWindow = 860; ///< below it the window's padding is smaller
 constexpr int sideWidth = 264, sideGap = 44;
 constexpr int filterWidth = 200;
 constexpr int inset = BarTable::overhang;
@@ -44,20 +46,23 @@ MeasureView::MeasureView(Services services, Metric metric, HistoryRange range)
       chart_(new ChartView(services_.theme, services_.session.zone, content_)),
       finding_(new TextLabel(services_.theme, TextStyle::body, Token::warning, "", content_)),
       battery_(new Button(services_.theme, Button::Kind::quiet, localized("Battery Settings"), content_)),
-      side_(new QWidget(content_)), volumesBox_(new QWidget(content_)), devicesBox_(new QWidget(content_)),
-      listBox_(new QWidget(content_)), findingBox_(new QWidget(content_)),
-      cores_(new CoreBars(services_.theme, side_)), volumes_(new VolumeList(services_.theme, volumesBox_)),
+      side_(new QWidget(content_)), gap_(new QWidget(content_)), volumesBox_(new QWidget(content_)),
+      devicesBox_(new QWidget(content_)), listBox_(new QWidget(content_)), findingBox_(new QWidget(content_)),
+      pinBox_(new QWidget(listBox_)), cores_(new CoreBars(services_.theme, side_)),
+      volumes_(new VolumeList(services_.theme, volumesBox_)),
       devices_(new DeviceList(services_.theme, devicesBox_)),
       listTitle_(new TextLabel(services_.theme, TextStyle::head, Token::text1, "", listBox_)),
       note_(new TextLabel(services_.theme, TextStyle::small, Token::text2, "", listBox_)),
       empty_(new TextLabel(services_.theme, TextStyle::body, Token::text2, "", listBox_)),
       pinHint_(new TextLabel(services_.theme, TextStyle::small, Token::text3,
                              localized("The moment is pinned. Arrow keys move it, Esc lets it go."),
-                             listBox_)),
+                             pinBox_)),
       footnote_(new TextLabel(services_.theme, TextStyle::small, Token::text3, "", listBox_)),
-      pin_(new IconLabel(services_.theme, Icon::pin, 18, Token::text3, listBox_)),
       other_(new Button(services_.theme, Button::Kind::quiet, "", listBox_)),
       filter_(new TextField(services_.theme, localized("Filter"), localized("Filter"), listBox_)),
+      filterKeys_(new TextLabel(services_.theme, TextStyle::small, Token::text3,
+                                utf8(QKeySequence(QKeySequence::Find).toString(QKeySequence::NativeText)),
+                                filter_)),
       table_(new BarTable(services_.theme, listBox_)),
       session_(services_.session, metric, range, [this, isBuilt = false]() mutable {
         // Told while it is made: there is nothing to be shown yet.
@@ -104,7 +109,9 @@ void MeasureView::build() {
   finding_->setWrapped();
   auto* findingRow = new QHBoxLayout(findingBox_);
   findingRow->setContentsMargins(0, 0, 0, 0);
-  findingRow->addWidget(finding_, 1);
+  findingRow->setSpacing(8);
+  findingRow->addWidget(new IconLabel(services_.theme, Icon::warning, 16, Token::warningMark, findingBox_));
+  findingRow->addWidget(finding_, 1, Qt::AlignVCenter);
   findingRow->addWidget(battery_);
   add(findingBox_, 8);
   add(new Hairline(services_.theme, content_), 12);
@@ -146,7 +153,7 @@ void MeasureView::buildVolumes(QBoxLayout& column) {
 void MeasureView::buildSide(QBoxLayout& column) {
   auto* rows = new QVBoxLayout(side_);
   rows->setContentsMargins(inset, 5, inset, 20);
-  rows->setSpacing(6);
+  rows->setSpacing(8);
   auto* head = new QHBoxLayout;
   head->addWidget(new TextLabel(services_.theme, TextStyle::head, Token::text1, localized("Cores"), side_),
                   1);
@@ -155,7 +162,8 @@ void MeasureView::buildSide(QBoxLayout& column) {
   rows->addWidget(cores_);
   rows->addStretch(1);
   column.addWidget(side_);
-  column.addSpacing(sideGap - 2 * inset);
+  gap_->setFixedWidth(sideGap - 2 * inset);
+  column.addWidget(gap_);
 }
 
 QWidget* MeasureView::buildHead() {
@@ -165,6 +173,10 @@ QWidget* MeasureView::buildHead() {
   row->setSpacing(12);
   other_->setMark(Button::Mark::chevron);
   filter_->setSearch();
+  auto* inField = new QHBoxLayout(filter_);
+  inField->setContentsMargins(0, 0, 8, 0);
+  inField->addWidget(filterKeys_, 0, Qt::AlignRight | Qt::AlignVCenter);
+  filterKeys_->setAttribute(Qt::WA_TransparentForMouseEvents);
   filter_->setFixedWidth(services_.theme.scaled(filterWidth));
   row->addWidget(listTitle_, 1);
   row->addWidget(other_);
@@ -180,27 +192,28 @@ void MeasureView::buildList(QBoxLayout& column) {
   rows->addWidget(buildHead());
   rows->addSpacing(6);
   rows->addWidget(table_);
-  const auto words = [&](TextLabel* label, int above) {
-    label->setWrapped();
-    auto* line = new QHBoxLayout;
-    line->setContentsMargins(inset, above, inset, 0);
-    line->addWidget(label);
-    rows->addLayout(line);
-  };
-  words(empty_, 8);
-  auto* pinned = new QHBoxLayout;
-  pinned->setContentsMargins(inset - 2, 10, inset, 0);
+  // What is hidden takes no room.
+  auto* below = new QVBoxLayout;
+  below->setContentsMargins(inset, 8, inset, 0);
+  below->setSpacing(8);
+  auto* pinned = new QHBoxLayout(pinBox_);
+  pinned->setContentsMargins(0, 4, 0, 0);
   pinned->setSpacing(6);
-  pinned->addWidget(pin_);
+  pinned->addWidget(new IconLabel(services_.theme, Icon::pin, 18, Token::text3, pinBox_));
   pinned->addWidget(pinHint_, 1);
-  rows->addLayout(pinned);
-  words(note_, 8);
-  words(footnote_, 8);
+  pinHint_->setWrapped();
+  below->addWidget(empty_);
+  below->addWidget(pinBox_);
+  below->addWidget(note_);
+  below->addWidget(footnote_);
+  for (auto* label : {empty_, note_, footnote_}) label->setWrapped();
+  rows->addLayout(below);
   rows->addStretch(1);
   column.addWidget(listBox_, 1);
 }
 
 void MeasureView::connectParts() {
+  connect(scroll_->verticalScrollBar(), &QScrollBar::rangeChanged, this, [this] { arrange(); });
   control_->choose(std::size_t(session_.range()));
   control_->onChoose([this](std::size_t range) { setRange(range); });
   chart_->onRange([this](std::size_t range) { setRange(range); });
@@ -209,7 +222,10 @@ void MeasureView::connectParts() {
     if (services_.openBatterySettings) services_.openBatterySettings();
   });
   other_->onPress([this] { session_.showOtherList(); });
-  filter_->onChange([this](std::string text) { session_.filter(std::move(text)); });
+  filter_->onChange([this](std::string text) {
+    filterKeys_->setVisible(text.empty());
+    session_.filter(std::move(text));
+  });
   table_->setPictures(services_.pictures);
   table_->onSort([this](BarTableData::Column column) { session_.sort(column); });
   table_->onUnfold([this](const std::string& key) { session_.unfold(key); });
@@ -238,8 +254,15 @@ void MeasureView::resizeEvent(QResizeEvent* event) {
 
 void MeasureView::arrange() {
   const bool isNarrow = width() < narrow;
-  const int side = std::max(isNarrow ? narrowPadding : padding, (width() - widest) / 2);
-  column_->setContentsMargins(side - inset, 0, side - inset, padding);
+  const int around = window()->width() < narrowWindow ? narrowPadding : padding;
+  const int side = std::max(around, (width() - widest) / 2);
+  // The bar lies in the padding: nothing moves when there is something to scroll.
+  const int bar =
+      scroll_->verticalScrollBar()->maximum() > 0 ? scroll_->verticalScrollBar()->sizeHint().width() : 0;
+  const bool isMirrored = layoutDirection() == Qt::RightToLeft;
+  column_->setContentsMargins(side - inset - (isMirrored ? bar : 0), 0, side - inset - (isMirrored ? 0 : bar),
+                              padding);
+  gap_->setVisible(!isNarrow && !session_.page().cores.empty());
   halves_->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
   side_->setMaximumWidth(isNarrow ? QWIDGETSIZE_MAX : services_.theme.scaled(sideWidth) + 2 * inset);
 }
@@ -262,6 +285,7 @@ void MeasureView::update() {
   findingBox_->setVisible(!page.finding.empty());
   cores_->setGroups(page.cores);
   side_->setVisible(!page.cores.empty());
+  arrange();
   if (page.volumes) volumes_->setVolumes(*page.volumes);
   volumesBox_->setVisible(page.volumes.has_value());
   devices_->setDevices(page.devices);
@@ -286,8 +310,7 @@ void MeasureView::updateList() {
   other_->setVisible(!other.empty());
   filter_->setVisible(list.isThere && session_.listed() == MeasureSession::Listed::now);
   const bool isPinned = session_.pinned().has_value();
-  pin_->setVisible(isPinned);
-  pinHint_->setVisible(isPinned);
+  pinBox_->setVisible(isPinned);
 }
 
 void MeasureView::ask(const std::string& key, bool force) {

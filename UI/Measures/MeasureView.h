@@ -23,7 +23,6 @@ class DeviceList;
 class FactsRow;
 class Ground;
 class Hairline;
-class IconLabel;
 class RangeControl;
 class ScrollArea;
 class TextField;
@@ -83,14 +82,14 @@ private:
   ChartView* chart_;
   TextLabel* finding_;
   Button* battery_;
-  QWidget *side_, *volumesBox_, *devicesBox_, *listBox_, *findingBox_;
+  QWidget *side_, *gap_, *volumesBox_, *devicesBox_, *listBox_, *findingBox_, *pinBox_;
   CoreBars* cores_;
   VolumeList* volumes_;
   DeviceList* devices_;
   TextLabel *listTitle_, *note_, *empty_, *pinHint_, *footnote_;
-  IconLabel* pin_;
   Button* other_;
   TextField* filter_;
+  TextLabel* filterKeys_;
   BarTable* table_;
   MeasureSession session_; ///< last: it tells while it is made, and the parts are there by then
 };

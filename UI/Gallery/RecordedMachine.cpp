@@ -1,0 +1,161 @@
+#include "UI/Gallery/RecordedMachine.h"
+
+#include "Core/Storage/StorageLog.h"
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+namespace korvell {
+
+namespace {
+
+constexpr std::uint64_t megabyte = 1024 * 1024, gigabyte = 1024 * megabyte;
+
+/// From 0 to 1, the same for the same moment, with hours of work and of rest.
+double wave(Date date, double period, double phase) {
+  return 0.5 + 0.5 * std::sin(date.sinceEpoch / period * 6.283 + phase);
+}
+
+double noise(Date date, int seed) {
+  std::mt19937 random(std::uint32_t(std::int64_t(date.sinceEpoch)) * 31 + std::uint32_t(seed));
+  return double(random() % 1000) / 1000;
+}
+
+AppUsage app(const char* id, const char* name, int processes, double cpu, std::uint64_t memory, double read,
+             double in) {
+  AppUsage usage{.id = id, .name = name, .bundlePath = {}, .mainPID = {}, .processes = {}};
+  for (int i = 0; i < processes; ++i) {
+    // The first ones take the most.
+    const double share = i == processes - 1 ? std::pow(0.6, i) : std::pow(0.6, i) * 0.4;
+    ProcessUsage process{.pid = 8000 + int(std::hash<std::string>{}(id) % 900) + i,
+                         .name = i == 1 ? "Web content" : name};
+    process.cpu = cpu * share;
+    process.memory = std::uint64_t(double(memory) * share);
+    process.diskRead = read * share;
+    process.diskWrite = read * 0.4 * share;
+    process.netIn = in * share;
+    process.netOut = in * 0.1 * share;
+    process.power = cpu * 0.08 * share;
+    usage.processes.push_back(process);
+  }
+  return usage;
+}
+
+} // namespace
+
+void SteppedModel::step(const SystemSnapshot& next, bool isFirst) {
+  Publication publication;
+  publication.set(snapshot, next);
+  if (!isFirst) {
+    publication.setIfChanged(hasSample, true);
+    extendLiveSeries(publication);
+  }
+  publication.set(cycle, *cycle + 1);
+}
+
+Date RecordedMachine::now() { return *parseRFC3339("2026-11-19T14:42:00Z"); }
+
+SystemSnapshot RecordedMachine::snapshotAt(Date date) {
+  SystemSnapshot snapshot = SystemSnapshot::empty(date);
+  const double busy = 0.35 * wave(date, 14'000, 1) + 0.25 * wave(date, 2'300, 2) + 0.4 * noise(date, 1);
+  const bool isPeak =
+      std::fmod(date.sinceEpoch, 86'400) > 47'400 && std::fmod(date.sinceEpoch, 86'400) < 49'600;
+  const double load = isPeak ? 88 + 11 * noise(date, 2) : 8 + 34 * busy;
+  snapshot.cpu = {.total = load,
+                  .user = load * 0.79,
+                  .system = load * 0.21,
+                  .perCore = {},
+                  .performanceCores = 4,
+                  .efficiencyCores = 4,
+                  .load1 = 2.14};
+  for (int i = 0; i < 8; ++i) snapshot.cpu.perCore.push_back(std::clamp(load * (1.7 - 0.16 * i), 0.0, 100.0));
+  const double held = 5.6 + 3.4 * wave(date, 40'000, 0.5) + 0.4 * noise(date, 3);
+  auto& memory = snapshot.memory;
+  memory = {.total = 15 * gigabyte + 620 * megabyte,
+            .app = std::uint64_t(held * 0.73 * double(gigabyte)),
+            .wired = std::uint64_t(held * 0.15 * double(gigabyte)),
+            .compressed = std::uint64_t(held * 0.12 * double(gigabyte)),
+            .cached = 3870 * megabyte,
+            .swapUsed = 812 * megabyte};
+  memory.free = memory.total - memory.used() - memory.cached;
+  snapshot.disk = {.readRate = 3.1e6 * busy + 4e5 * noise(date, 4),
+                   .writeRate = 1.2e6 * noise(date, 5) + 2e5,
+                   .volumes = {{"System", "/", 249'000'000'000, 41'200'000'000},
+                               {"Archive", "/media/u/Archive", 2'000'000'000'000, 1'240'000'000'000},
+                               {"Camera", "/media/u/Camera", 64'000'000'000, 3'100'000'000}}};
+  snapshot.network = {.inRate = 1.9e6 * busy * noise(date, 6) + 2e4,
+                      .outRate = 3e5 * noise(date, 7),
+                      .interface = "Wi-Fi · wlp3s0"};
+  snapshot.gpu = {.name = "Integrated graphics",
+                  .utilization = 3 + 20 * busy * noise(date, 8),
+                  .memoryInUse = 412 * megabyte};
+  snapshot.battery = {.present = true,
+                      .percent = 74,
+                      .isCharging = false,
+                      .onAC = false,
+                      .cycles = 312,
+                      .health = 76,
+                      .temperature = 31,
+                      .minutesRemaining = 190,
+                      .systemPower = 6 + 9 * busy};
+  snapshot.apps = {app("org.example.browser", "Firefox", 23, 61.8, 3120 * megabyte, 1.1e6, 9e5),
+                   app("org.example.render", "Blender", 1, isPeak ? 712 : 52.3, 2310 * megabyte, 8e5, 0),
+                   app("org.example.terminal", "Terminal", 31, 38.6, 1460 * megabyte, 6e5, 2e4),
+                   app("system.linux", "Linux", 214, 18.2, 612 * megabyte, 2e5, 4e3),
+                   app("org.example.mail", "Thunderbird", 6, 6.4, 388 * megabyte, 9e4, 5e4)};
+  return snapshot;
+}
+
+RecordedMachine::RecordedMachine(Past past)
+    : history(scheduler.factory(), scheduler.clock(), folder.path().string()) {
+  scheduler.run();
+  if (past == Past::week) recordWeek();
+  scheduler.clock().setNow(now());
+}
+
+/// Switched off at night: ten minutes apart but for the last day, which is whole.
+void RecordedMachine::recordWeek() {
+  constexpr double day = 86'400;
+  for (Date date = now() - Seconds{7 * day}; date < now();) {
+    const bool isToday = now() - date < Seconds{day + 3600};
+    const double hour = std::fmod(date.sinceEpoch + 3600, day) / 3600;
+    if (hour > 7.6 && hour < 23.8) {
+      scheduler.clock().setNow(date);
+      history.record(snapshotAt(date), 87);
+      scheduler.run();
+    }
+    date = date + Seconds{isToday ? 60.0 : 600.0};
+  }
+  StorageLog::record(5'200'000'000, now() - Seconds{0.8 * day}, defaults);
+}
+
+void RecordedMachine::measure() {
+  KnownParts known;
+  for (const auto& part : allCases<KnownPart>()) known.set(part.value, Knowledge::fresh);
+  model.known.set(known);
+  model.totals.set({.cpuToday = 31,
+                    .diskWrittenToday = 18.4e9,
+                    .networkToday = 2.3e9,
+                    .network7Days = 41e9,
+                    .network30Days = 164e9});
+  model.peripherals.set({{"Wireless mouse", 61, PeripheralBattery::Kind::mouse},
+                         {"Headphones", 24, PeripheralBattery::Kind::headphones}});
+  model.alerts.set({{.id = "1",
+                     .kind = HealthAlert::Kind::cpu,
+                     .appName = "Blender",
+                     .bundlePath = {},
+                     .title = "Blender is keeping the CPU busy",
+                     .detail = "",
+                     .date = now() - Seconds{3800}},
+                    {.id = "2",
+                     .kind = HealthAlert::Kind::memoryPressure,
+                     .appName = {},
+                     .bundlePath = {},
+                     .title = "Memory is running out",
+                     .detail = "",
+                     .date = now() - Seconds{200'000}}});
+  for (double ago = 300; ago >= 0; ago -= 2) model.step(snapshotAt(now() - Seconds{ago}), ago == 300);
+}
+
+} // namespace korvell
