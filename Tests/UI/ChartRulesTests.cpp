@@ -156,6 +156,7 @@ TEST(ChartRules, aPointerFindsTheNearestBucket) {
   const auto dates = stops(data);
   const auto nearest = [&](double seconds) { return nearestStop(data, dates, begin + Seconds{seconds}); };
   EXPECT_EQ(nearest(-500), 0u);
+  EXPECT_EQ(nearest(300), 1u) << "its begin belongs to it";
   EXPECT_EQ(nearest(299), 0u);
   EXPECT_EQ(nearest(301), 1u);
   EXPECT_EQ(nearest(2000), 2u);

@@ -96,7 +96,8 @@ std::string sentence(const Readout& readout);
 
 /// The beginnings of all buckets of all lines, ascending: where a crosshair can stand.
 std::vector<Date> stops(const ChartData& data);
-/// The one whose middle is nearest; nothing without any.
+/// The one whose middle is nearest, which is the one that the moment lies in where there is one; nothing
+/// without any.
 std::optional<std::size_t> nearestStop(const ChartData& data, const std::vector<Date>& stops, Date at);
 
 struct ChartSummary {

@@ -104,7 +104,7 @@ void MeasureSession::show(Date moment) {
 
 void MeasureSession::pin(std::optional<Date> moment) {
   const auto dates = stops(chart_);
-  const auto stop = moment ? nearestStop(chart_, dates, *moment + chart_.bucket / 2) : std::nullopt;
+  const auto stop = moment ? nearestStop(chart_, dates, *moment) : std::nullopt;
   pinned_ = stop ? std::optional(dates[*stop]) : std::nullopt;
   if (pinned_)
     listed_ = Listed::moment;

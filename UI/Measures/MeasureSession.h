@@ -50,8 +50,8 @@ public:
   std::optional<Date> pinned() const { return pinned_; }
 
   void setRange(HistoryRange range);
-  /// A bucket of the chart by its begin; nothing lets go.
-  void pin(std::optional<Date> bucket);
+  /// The bucket of the chart that a moment lies in; nothing lets go.
+  void pin(std::optional<Date> moment);
   /// A moment of the past, in the smallest range that has it: the chart shows it when it is whole.
   void show(Date moment);
   void showOtherList();

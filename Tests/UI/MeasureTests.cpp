@@ -1,0 +1,328 @@
+#include "Base/ManualQueue.h"
+#include "Tests/Fakes/FakeTimeZone.h"
+#include "Tests/Fakes/FakeUserDefaults.h"
+#include "Tests/Fakes/TemporaryFolder.h"
+#include "UI/Kit/ChartRules.h"
+#include "UI/Measures/MeasureSession.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using namespace testing;
+
+namespace korvell {
+namespace {
+
+using Column = BarTableData::Column;
+
+struct StillModel final : Model {
+  StillModel(const Queue& main, const UserDefaults& defaults) : Model(main, defaults) {
+    KnownParts all;
+    for (const auto& part : allCases<KnownPart>()) all.set(part.value, true);
+    known.set(all);
+  }
+  void step(const SystemSnapshot& next) {
+    Publication publication;
+    publication.set(snapshot, next);
+    publication.set(hasSample, true);
+    extendLiveSeries(publication);
+    publication.set(cycle, *cycle + 1);
+  }
+  void forget(KnownPart part) {
+    auto parts = *known;
+    parts.set(part, false);
+    known.set(parts);
+  }
+};
+
+struct MeasureTests : Test {
+  const Date start = *parseRFC3339("2026-03-02T08:00:00Z");
+  ManualScheduler scheduler{start};
+  FakeUserDefaults defaults;
+  FakeTimeZone zone;
+  TemporaryFolder folder;
+  std::unique_ptr<Queue> main = scheduler.makeMainQueue();
+  StillModel model{*main, defaults};
+  LiveDirections directions{model};
+  HistoryStore history{scheduler.factory(), scheduler.clock(), folder.path().string()};
+  HistoryQueries queries{*main, history};
+  int changes = 0;
+
+  static AppUsage app(const std::string& id, std::vector<double> cpu) {
+    AppUsage usage{.id = id, .name = id, .bundlePath = {}, .mainPID = {}, .processes = {}};
+    for (std::size_t i = 0; i < cpu.size(); ++i)
+      usage.processes.push_back({.pid = int(100 + i), .name = id, .cpu = cpu[i], .memory = 1 << 20});
+    return usage;
+  }
+  SystemSnapshot snapshot(Date date, double cpu, std::vector<AppUsage> apps = {}) {
+    auto made = SystemSnapshot::empty(date);
+    made.cpu = {.total = cpu, .user = cpu, .perCore = {cpu, cpu}};
+    made.memory = {.total = 16ull << 30,
+                   .app = 4ull << 30,
+                   .wired = 1ull << 30,
+                   .cached = 3ull << 30,
+                   .free = 8ull << 30};
+    made.disk.readRate = cpu * 1e4;
+    made.disk.writeRate = cpu * 1e3;
+    made.apps = std::move(apps);
+    return made;
+  }
+  /// Records minutes; the clock stands behind the last one.
+  void record(int from, int to, double cpu, std::vector<AppUsage> apps) {
+    for (int minute = from; minute <= to; ++minute) {
+      const Date date = start + Seconds{minute * 60.0};
+      scheduler.clock().setNow(date);
+      history.record(snapshot(date, cpu, apps), std::nullopt);
+    }
+    scheduler.run();
+  }
+  std::unique_ptr<MeasureSession> open(Metric metric, HistoryRange range = HistoryRange::live) {
+    return std::make_unique<MeasureSession>(
+        MeasureSession::Services{model, queries, directions, zone, defaults, {"TCP only."}}, metric, range,
+        [this] { ++changes; });
+  }
+  MeasurePage page(Metric metric) { return measurePage(model, metric, {}); }
+};
+
+std::vector<std::string> names(const AppList& list) {
+  std::vector<std::string> result;
+  for (const auto& row : list.table.rows) result.push_back(row.name);
+  return result;
+}
+
+std::vector<std::string> numbers(const MeasurePage& page) {
+  std::vector<std::string> result{page.now.number};
+  for (const auto& fact : page.facts) result.push_back(fact.figure.number);
+  return result;
+}
+
+TEST_F(MeasureTests, whatNobodyToldIsADash) {
+  const StillModel unread{*main, defaults};
+  auto& all = const_cast<StillModel&>(unread);
+  all.known.set({});
+  for (const auto& metric : allCases<Metric>()) {
+    SCOPED_TRACE(metric.rawValue);
+    EXPECT_THAT(numbers(measurePage(unread, metric.value, {})), Each("–"));
+    EXPECT_EQ(liveChart(unread, directions, metric.value).state, ChartData::State::measuring);
+  }
+  model.step(snapshot(start, 24));
+  model.forget(KnownPart::load);
+  EXPECT_THAT(numbers(page(Metric::cpu)), ElementsAre("24", "24", "0", "–", "–", "–"));
+  EXPECT_EQ(page(Metric::energy).absent, "This machine has no battery.");
+}
+
+TEST_F(MeasureTests, memorysPartsAreAllOfIt) {
+  model.step(snapshot(start, 1));
+  const auto parts = page(Metric::memory).composition;
+  double sum = 0;
+  for (const auto& part : parts) sum += part.amount;
+  EXPECT_EQ(sum, double(16ull << 30));
+  EXPECT_EQ(page(Metric::memory).now, (Figure{"5.00", "GB"}));
+}
+
+TEST_F(MeasureTests, coresAreGroupedOnlyWhereBothKindsAddUp) {
+  auto now = snapshot(start, 10);
+  now.cpu.perCore = {1, 2, 3};
+  now.cpu.performanceCores = 1;
+  now.cpu.efficiencyCores = 2;
+  model.step(now);
+  EXPECT_THAT(page(Metric::cpu).cores,
+              ElementsAre(CoreGroup{"Performance", 0, {1}}, CoreGroup{"Efficiency", 1, {2, 3}}));
+  now.cpu.efficiencyCores = 7;
+  model.step(now);
+  EXPECT_THAT(page(Metric::cpu).cores, ElementsAre(CoreGroup{"", 0, {1, 2, 3}}));
+}
+
+TEST_F(MeasureTests, volumesWarnByWhatIsFree) {
+  auto now = snapshot(start, 1);
+  now.disk.volumes = {
+      {"A", "/", 1000, 99}, {"B", "/b", 1000, 199}, {"C", "/c", 1000, 200}, {"D", "/d", 0, 0}};
+  model.step(now);
+  std::vector<std::optional<Tone>> tones;
+  for (const auto& volume : *page(Metric::disk).volumes) tones.push_back(volume.tone);
+  EXPECT_THAT(tones, ElementsAre(Tone::critical, Tone::warning, std::nullopt, std::nullopt));
+}
+
+TEST_F(MeasureTests, theListSortsFiltersAndUnfolds) {
+  auto busy = app("busy", {});
+  for (int i = 0; i < 15; ++i) busy.processes.push_back({.pid = 500 + i, .name = "worker", .cpu = 5.0 + i});
+  model.step(snapshot(start, 40, {app("idle", {0, 0}), busy, app("Middle", {20})}));
+  AppListChoices choices;
+  const auto list = [&] { return appList(model, Metric::cpu, choices, {}); };
+  EXPECT_THAT(names(list()), ElementsAre("busy", "Middle", "idle"));
+  EXPECT_EQ(list().table.rows[1].level, 20.0 / 180);
+  EXPECT_EQ(list().table.rows[0].spoken, "busy, 15 processes, 180.0 percent of one core, 0 bytes");
+
+  choices.unfolded = {"busy"};
+  const auto unfolded = list();
+  ASSERT_EQ(unfolded.table.rows.size(), 3 + mostProcesses + 1);
+  EXPECT_EQ(unfolded.table.rows[1].name, "worker · 514");
+  EXPECT_EQ(unfolded.table.rows[mostProcesses + 1].name, "3 more");
+  EXPECT_EQ(unfolded.table.rows[mostProcesses + 1].figure, "18.0%");
+  choices.unfolded.clear();
+
+  choices.filter = "MID";
+  EXPECT_THAT(names(list()), ElementsAre("Middle"));
+  EXPECT_EQ(list().table.rows[0].level, 20.0 / 180) << "against all, not against what is found";
+  choices.filter = "nothing";
+  EXPECT_EQ(list().empty, "No app is called that.");
+  choices.filter.clear();
+
+  choices.sorted = Column::name;
+  choices.isAscending = true;
+  EXPECT_THAT(names(list()), ElementsAre("Middle", "busy", "idle"));
+
+  // Under the pointer nothing moves; what is new comes last.
+  choices = {.settled = {"idle", "busy"}};
+  EXPECT_THAT(names(list()), ElementsAre("idle", "busy", "Middle"));
+}
+
+TEST_F(MeasureTests, listsSayWhatTheyLeaveOut) {
+  model.step(snapshot(start, 40, {app("browser", {1})}));
+  const auto note = [&](Metric metric) { return appList(model, metric, {}, {"TCP only."}).note; };
+  EXPECT_EQ(note(Metric::network), "TCP only.");
+  EXPECT_EQ(note(Metric::gpu), "No figure per app exists for the GPU.");
+  EXPECT_FALSE(appList(model, Metric::gpu, {}, {}).isThere);
+  EXPECT_EQ(note(Metric::disk), "");
+  model.privileged.set(PrivilegedUse{.told = 0, .hidden = 3});
+  EXPECT_EQ(note(Metric::disk), "The system does not tell you what other users' processes read and write.");
+  model.forget(KnownPart::processTraffic);
+  EXPECT_EQ(note(Metric::network), "The system does not tell the traffic of each app.");
+  EXPECT_EQ(appList(model, Metric::network, {}, {}).table.rows[0].figure, "–");
+  EXPECT_EQ(appList(model, Metric::network, {}, {}).table.rows[0].level, std::nullopt);
+}
+
+TEST_F(MeasureTests, onlyWhatIsThereIsAskedToQuit) {
+  auto now = snapshot(start, 1, {app("editor", {1, 2}), app(std::string(linuxSystemGroup.key), {1})});
+  model.step(now);
+  const auto asked = [&](const std::string& key) {
+    const auto request = quitRequest(model, key, true);
+    return request && request->force ? request->app.value_or("nobody") : "no request";
+  };
+  EXPECT_EQ(asked("editor"), "editor");
+  EXPECT_EQ(asked("editor\n101"), "101");
+  EXPECT_EQ(asked("editor\n102"), "no request");
+  EXPECT_EQ(asked("editor\n"), "no request") << "the rest of the processes is no process";
+  EXPECT_EQ(asked("edit"), "no request");
+  EXPECT_EQ(asked(std::string(linuxSystemGroup.key)), "no request");
+  EXPECT_EQ(asked(std::string(linuxSystemGroup.key) + "\n100"), "no request");
+}
+
+TEST_F(MeasureTests, theOldPictureStaysUntilTheNewOneIsWhole) {
+  record(0, 30, 50, {app("build", {200})});
+  model.step(snapshot(scheduler.clock().now(), 10));
+  const auto session = open(Metric::cpu);
+  EXPECT_EQ(session->chart().time, TimeAxis::live);
+  session->setRange(HistoryRange::h12);
+  EXPECT_EQ(session->range(), HistoryRange::h12);
+  EXPECT_TRUE(session->isLoading());
+  EXPECT_EQ(session->chart().time, TimeAxis::live);
+  session->setRange(HistoryRange::h24); // before the first one's answer
+  scheduler.run();
+  EXPECT_FALSE(session->isLoading());
+  EXPECT_EQ(session->chart().time, TimeAxis::hours24);
+  EXPECT_EQ(session->page().range[0].caption, "Mean, 24 hours");
+  EXPECT_EQ(session->page().range[0].figure.number, "50");
+  EXPECT_EQ(session->page().facts[3].figure.number, "50") << "the ten minutes";
+
+  session->setRange(HistoryRange::d7);
+  session->setRange(HistoryRange::live);
+  scheduler.run();
+  EXPECT_EQ(session->chart().time, TimeAxis::live) << "the answer came too late";
+  EXPECT_FALSE(session->isLoading());
+}
+
+TEST_F(MeasureTests, aPinnedMomentTellsWhoItWas) {
+  record(0, 9, 90, {app("build", {350}), app("mail", {10})});
+  record(10, 40, 10, {app("mail", {20})});
+  model.step(snapshot(scheduler.clock().now(), 10, {app("now", {5})}));
+  const auto session = open(Metric::cpu, HistoryRange::h24);
+  scheduler.run();
+  EXPECT_THAT(names(session->list()), ElementsAre("now"));
+  session->pin(start);
+  scheduler.run();
+  EXPECT_EQ(session->listTitle(), "Top apps, 08:00 – 08:05");
+  EXPECT_THAT(names(session->list()), ElementsAre("build", "mail"));
+  EXPECT_EQ(session->list().table.rows[0].figure, "350.0%");
+  EXPECT_EQ(session->otherList(), "Show all 24 hours");
+  session->pin(start + Seconds{1200});
+  scheduler.run();
+  EXPECT_THAT(names(session->list()), ElementsAre("mail"));
+  session->showOtherList();
+  scheduler.run();
+  EXPECT_EQ(session->listTitle(), "Top apps, 24 hours");
+  EXPECT_EQ(session->pinned(), std::nullopt);
+  EXPECT_THAT(names(session->list()), ElementsAre("build", "mail"));
+  session->pin(start);
+  session->pin(std::nullopt);
+  scheduler.run();
+  EXPECT_THAT(names(session->list()), ElementsAre("now"));
+
+  // As an alert leads there: the range is chosen by how long ago it was.
+  const auto shown = open(Metric::cpu);
+  shown->show(start + Seconds{130});
+  scheduler.run();
+  EXPECT_EQ(shown->range(), HistoryRange::h12);
+  EXPECT_EQ(shown->listTitle(), "Top apps, 08:00 – 08:03");
+}
+
+TEST_F(MeasureTests, theChartMarksWhatHappened) {
+  record(0, 5, 50, {});
+  record(30, 35, 50, {});
+  StorageLog::record(1'000'000, start + Seconds{120}, defaults);
+  model.alerts.set(
+      {{.id = "2", .kind = HealthAlert::Kind::cpu, .title = "busy", .date = start + Seconds{1900}},
+       {.id = "1", .kind = HealthAlert::Kind::disk, .title = "hammered", .date = start + Seconds{60}}});
+  model.step(snapshot(scheduler.clock().now(), 10));
+  const auto session = open(Metric::cpu, HistoryRange::h12);
+  scheduler.run();
+  std::vector<std::string> titles;
+  for (const auto& event : session->chart().events) titles.push_back(event.title);
+  EXPECT_THAT(titles, ElementsAre("Recording began again", "1.00 MB freed", "Recording began again", "busy"));
+  EXPECT_EQ(session->chart().spoken, "CPU, last 12 hours, mean 50 percent, maximum 50 percent");
+
+  const auto disk = open(Metric::disk, HistoryRange::h12);
+  scheduler.run();
+  ASSERT_EQ(disk->chart().lines.size(), 2u);
+  EXPECT_EQ(disk->chart().lines[0].buckets[0].mean, 500'000);
+  EXPECT_EQ(disk->chart().lines[1].buckets[0].mean, 50'000);
+}
+
+TEST_F(MeasureTests, noRowsAreNotZeros) {
+  model.step(snapshot(start, 10));
+  const auto empty = open(Metric::cpu, HistoryRange::h24);
+  scheduler.run();
+  EXPECT_EQ(empty->chart().state, ChartData::State::empty);
+  EXPECT_EQ(empty->chart().sentence, "Nothing was recorded in this time.");
+  EXPECT_EQ(empty->page().range[0].figure.number, "–");
+
+  // No graphics processor that tells its load: the history has noughts, which are no figures.
+  record(0, 5, 50, {});
+  model.forget(KnownPart::graphics);
+  model.step(snapshot(scheduler.clock().now(), 10));
+  const auto graphics = open(Metric::gpu, HistoryRange::h24);
+  scheduler.run();
+  EXPECT_EQ(graphics->chart().state, ChartData::State::empty);
+  EXPECT_EQ(graphics->chart().sentence, "The GPU does not tell its load here.");
+}
+
+TEST_F(MeasureTests, aRangeIsAskedAgainEveryMinuteAndNothingAfterTheEnd) {
+  record(0, 5, 50, {});
+  model.step(snapshot(scheduler.clock().now(), 10));
+  auto session = open(Metric::cpu, HistoryRange::h24);
+  scheduler.run();
+  const auto points = [&] { return session->chart().lines.at(0).buckets.size(); };
+  EXPECT_EQ(points(), 1u);
+  record(6, 12, 50, {});
+  model.step(snapshot(scheduler.clock().now(), 10));
+  scheduler.run();
+  EXPECT_EQ(points(), 3u);
+  session->refresh();
+  session.reset();
+  const int before = changes;
+  scheduler.run();
+  EXPECT_EQ(changes, before);
+}
+
+} // namespace
+} // namespace korvell
