@@ -329,7 +329,9 @@ void ChartView::tellValue() {
 }
 
 void ChartView::focusInEvent(QFocusEvent* event) {
-  if (isKeyboard(event->reason())) FocusRing::show(*this, plot(), 0, theme());
+  if (isKeyboard(event->reason()))
+    FocusRing::show(
+        *this, [this] { return plot(); }, 0, theme());
   Painted::focusInEvent(event);
 }
 
