@@ -109,7 +109,8 @@ std::vector<GalleryView> pageViews() {
       {"panel", {own}, panel<usualMachine>},
       {"panel-starting", {own}, panel<startingMachine>},
       {"panel-well", {own}, panel<healthyMachine>},
-      {"panel-troubled", {own, QSize(360, 560)}, panel<troubledMachine, UsageKey::cpu>},
+      {"panel-troubled", {own}, panel<troubledMachine, UsageKey::cpu>},
+      {"panel-low", {{360, 560}}, panel<troubledMachine, UsageKey::cpu>},
       {"panel-wordy", {own}, panel<wordyMachine>},
       {"panel-bare", {own}, panel<bareMachine>},
   };

@@ -71,6 +71,12 @@ ScoreRing::Shown ScoreRing::between(double share) const {
   return result;
 }
 
+void ScoreRing::setForm(Form form) {
+  form_ = form;
+  updateGeometry();
+  update();
+}
+
 void ScoreRing::setLabel(std::string_view label) {
   label_ = label;
   update();

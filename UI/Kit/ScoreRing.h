@@ -29,7 +29,12 @@ public:
   static constexpr Form page{148, 12, 44};
   static constexpr Form panel{79.5, 7.5, 27};
 
+  /// In a narrow page.
+  static constexpr Form narrow{118, 10, 36};
+
   ScoreRing(const Theme& theme, Form form, QWidget* parent);
+
+  void setForm(Form form);
 
   /// Turns to the new score in a fifth of a second, at once in reduced motion and while hidden.
   void setScore(std::optional<int> score, std::vector<Share> lost = {});

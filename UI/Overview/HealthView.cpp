@@ -3,6 +3,8 @@
 #include "Base/Localization.h"
 #include "UI/Kit/FigureText.h"
 #include "UI/Kit/Icons.h"
+#include "UI/Kit/Paint.h"
+#include "UI/Kit/Text.h"
 
 #include <QBoxLayout>
 #include <QGridLayout>
@@ -13,9 +15,11 @@ namespace korvell {
 
 namespace {
 
-constexpr int narrow = 700, wide = 1000; ///< of the page
-constexpr int padding = 28, narrowPadding = 20, widest = 1120, gutter = 16;
-constexpr int ringGap = 38, sideWidth = 252, wideSide = 320, sideGap = 28;
+constexpr int narrowBelow = 760, wideAbove = 1000; ///< of the page
+constexpr int padding = 28, narrowPadding = 20, widest = 1120, gutter = 16, narrowGutter = 12;
+constexpr int topMargin = 8, topHeight = 166; ///< the ring's place; a ledger of three findings fills it
+constexpr int ringGap = 38, narrowRingGap = 26, sideWidth = 252, wideSide = 320, sideGap = 28;
+constexpr int headHeight = 32, focusRoom = 4;
 
 QVBoxLayout* column(QWidget* owner) {
   auto* layout = new QVBoxLayout(owner);
@@ -24,24 +28,95 @@ QVBoxLayout* column(QWidget* owner) {
   return layout;
 }
 
-QHBoxLayout* row(QWidget* owner) {
+QHBoxLayout* row(QWidget* owner, int margin = 0) {
   auto* layout = new QHBoxLayout(owner);
-  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setContentsMargins(margin, 0, margin, 0);
   layout->setSpacing(0);
   return layout;
 }
 
-void clear(std::vector<QWidget*>& widgets) {
-  for (auto* widget : widgets) {
-    widget->hide();
-    widget->deleteLater();
-  }
-  widgets.clear();
+/// Text at both sides of a row, below a hairline.
+QRectF between(const QWidget& widget) { return QRectF(widget.rect()).adjusted(rowOutset, 1, -rowOutset, 0); }
+
+void drawTopLine(QPainter& painter, const QWidget& widget, const Theme& theme) {
+  drawHairline(painter, {double(rowOutset), 0}, widget.width() - 2 * rowOutset, theme.color(Token::hairline));
 }
 
-ScoreRing::Share shareOf(const FindingRow& row) { return {double(row.penalty), row.tone}; }
-
 } // namespace
+
+class HealthView::TotalRow final : public Painted {
+public:
+  TotalRow(const Theme& theme, QWidget* parent) : Painted(theme, parent) {}
+
+  void show(const HealthPage::Total& total) {
+    total_ = total;
+    const auto gap = total.figure.unit.empty() || total.figure.unit == "%" ? "" : " ";
+    figure_ = total.figure.number + gap + total.figure.unit;
+    setName(total.title + ", " + (total.reason.empty() ? figure_ : total.reason));
+    setToolTip(text(total.reason));
+    update();
+  }
+  QSize sizeHint() const override { return {120, theme().scaled(28)}; }
+  QAccessible::Role role() const override { return QAccessible::StaticText; }
+
+protected:
+  void draw(QPainter& painter) override {
+    drawTopLine(painter, *this, theme());
+    painter.setLayoutDirection(layoutDirection());
+    const auto figure = text(figure_);
+    const auto font = fontOf(theme(), TextStyle::body);
+    painter.setPen(theme().color(total_.reason.empty() ? Token::text1 : Token::text3));
+    drawFigures(painter, between(*this), isRightToLeft() ? Qt::AlignLeft : Qt::AlignRight, font, figure);
+    auto title = between(*this);
+    const double taken = figureWidth(font, figure) + 8;
+    isRightToLeft() ? title.setLeft(title.left() + taken) : title.setRight(title.right() - taken);
+    drawText(painter, title, theme(), TextStyle::body, Token::text2, text(total_.title));
+  }
+
+private:
+  HealthPage::Total total_;
+  std::string figure_;
+};
+
+class HealthView::AlertRow final : public Control {
+public:
+  AlertRow(const Theme& theme, QWidget* parent, Task open) : Control(theme, parent), open_(std::move(open)) {}
+
+  void show(const HealthPage::Alert& alert) {
+    alert_ = alert;
+    setName(alert.title + ", " + alert.time);
+    setToolTip(text(alert.title));
+    update();
+  }
+  QSize sizeHint() const override { return {120, theme().scaled(48)}; }
+  QAccessible::Role role() const override { return QAccessible::ListItem; }
+
+protected:
+  void pressed() override { open_(); }
+  QRectF shape() const override { return QRectF(rect()).adjusted(4, 5, -4, -4); }
+
+  void draw(QPainter& painter) override {
+    drawTopLine(painter, *this, theme());
+    if (isHovered())
+      fillRounded(painter, QRectF(rect()).adjusted(2, 3, -2, -2), 6, theme().color(Token::hover));
+    painter.setLayoutDirection(layoutDirection());
+    constexpr double icon = 16, left = 24;
+    auto box = between(*this);
+    const double title = theme().scaled(7), time = theme().scaled(25), line = theme().scaled(18);
+    drawIcon(painter, alert_.icon,
+             {isRightToLeft() ? box.right() - icon : box.left(), title + (line - icon) / 2, icon, icon},
+             theme().color(Token::text2), layoutDirection());
+    isRightToLeft() ? box.setRight(box.right() - left) : box.setLeft(box.left() + left);
+    drawText(painter, {box.left(), title, box.width(), line}, theme(), TextStyle::body, Token::text1,
+             text(alert_.title));
+    drawText(painter, {box.left(), time, box.width(), line - 1}, theme(), TextStyle::small, Token::text3,
+             text(alert_.time));
+  }
+
+private:
+  HealthPage::Alert alert_;
+  Task open_;
+};
 
 HealthView::HealthView(const Theme& theme, QWidget* parent)
     : Page(parent), theme_(theme), updated_(new TextLabel(theme, TextStyle::small, Token::text3, "", this)),
@@ -49,28 +124,23 @@ HealthView::HealthView(const Theme& theme, QWidget* parent)
       ring_(new ScoreRing(theme, ScoreRing::page, content_)) {
   column(this)->addWidget(scroll_);
   rows_ = column(content_);
-  auto* topHolder = new QWidget(content_);
-  top_ = row(topHolder);
-  top_->setSpacing(ringGap);
-  top_->addWidget(ring_, 0, Qt::AlignTop);
-  top_->addWidget(makeLedger(), 1, Qt::AlignTop);
-  rows_->addWidget(topHolder);
-  rows_->addSpacing(20);
+  rows_->addWidget(makeTop());
+  rows_->addSpacing(14 - focusRoom);
   auto* tileHolder = new QWidget(content_);
   tileGrid_ = new QGridLayout(tileHolder);
-  tileGrid_->setContentsMargins(0, 0, 0, 0);
-  tileGrid_->setHorizontalSpacing(gutter);
+  tileGrid_->setContentsMargins(rowOutset, focusRoom, rowOutset, focusRoom);
   tileGrid_->setVerticalSpacing(12);
   rows_->addWidget(tileHolder);
-  rows_->addSpacing(20);
+  rows_->addSpacing(20 - focusRoom);
   auto* bottomHolder = new QWidget(content_);
   bottom_ = row(bottomHolder);
-  bottom_->setSpacing(sideGap);
+  bottom_->setSpacing(sideGap - 2 * rowOutset);
   bottom_->addWidget(makeApps(), 1, Qt::AlignTop);
   bottom_->addWidget(makeSide(), 0, Qt::AlignTop);
   rows_->addWidget(bottomHolder);
   rows_->addStretch(1);
   scroll_->setContent(*content_);
+  content_->installEventFilter(this);
   ring_->onHover([this](std::optional<std::size_t> share) {
     for (std::size_t i = 0; i < findings_.size(); ++i) findings_[i]->setPointedAt(share == i);
   });
@@ -79,70 +149,97 @@ HealthView::HealthView(const Theme& theme, QWidget* parent)
 std::string HealthView::title() const { return korvell::title(SidebarItem::overview); }
 
 QWidget* HealthView::head(std::string_view words, SidebarItem leadsTo, QWidget* parent) {
+  constexpr int quietPadding = 6;
   auto* holder = new QWidget(parent);
   auto* line = row(holder);
+  line->addSpacing(rowOutset);
   line->addWidget(new TextLabel(theme_, TextStyle::head, Token::text1, words, holder), 1);
   auto* more = new Button(theme_, Button::Kind::quiet, localized("Show all"), holder);
   more->setMark(Button::Mark::chevron);
+  more->setName(localized("Show all: {title}", {{"title", korvell::title(leadsTo)}}));
   more->onPress([this, leadsTo] { open_(leadsTo); });
   line->addWidget(more);
+  line->addSpacing(rowOutset - quietPadding);
+  holder->setFixedHeight(theme_.scaled(headHeight));
   return holder;
+}
+
+QWidget* HealthView::makeTop() {
+  topHolder_ = new QWidget(content_);
+  top_ = row(topHolder_);
+  top_->addSpacing(rowOutset);
+  top_->addWidget(ring_, 0, Qt::AlignTop);
+  top_->addSpacing(ringGap - rowOutset);
+  top_->addWidget(makeLedger(), 1, Qt::AlignTop);
+  return topHolder_;
 }
 
 QWidget* HealthView::makeLedger() {
   auto* holder = new QWidget(content_);
   ledger_ = column(holder);
   auto* headHolder = new QWidget(holder);
-  auto* line = row(headHolder);
+  auto* line = row(headHolder, rowOutset);
   loss_ = new TextLabel(theme_, TextStyle::head, Token::text1, "", headHolder);
-  average_ = new TextLabel(theme_, TextStyle::small, Token::text2, "", headHolder);
+  average_ = new TextLabel(theme_, TextStyle::small, Token::text3, "", headHolder);
   line->addWidget(loss_, 1);
   line->addWidget(average_);
-  headHolder->setMinimumHeight(theme_.scaled(25));
+  headHolder->setFixedHeight(theme_.scaled(25));
   ledger_->addWidget(headHolder);
+  auto* reassured = new QHBoxLayout;
+  reassured->setContentsMargins(rowOutset, 0, rowOutset, 0);
   reassurance_ = new TextLabel(theme_, TextStyle::body, Token::text2, "", holder);
   reassurance_->setWrapped();
-  ledger_->addWidget(reassurance_);
+  reassured->addWidget(reassurance_);
+  ledger_->addLayout(reassured);
   return holder;
 }
 
 QWidget* HealthView::makeApps() {
   auto* holder = new QWidget(content_);
-  apps_ = column(holder);
-  apps_->addWidget(head(localized("Top applications"), SidebarItem::cpu, holder));
+  auto* rows = column(holder);
+  rows->addWidget(head(localized("Top applications"), SidebarItem::cpu, holder));
   heads_ = new AppHeads(theme_, holder);
-  apps_->addWidget(heads_);
+  heads_->setFixedHeight(heads_->sizeHint().height());
+  rows->addWidget(heads_);
+  apps_ = new AppRows(theme_, PartForm::page, holder);
+  apps_->onOpen([this] { open_(SidebarItem::cpu); });
+  rows->addWidget(apps_);
+  rows->addSpacing(focusRoom);
   return holder;
 }
 
 QWidget* HealthView::makeSide() {
   side_ = new QWidget(content_);
   auto* columns = column(side_);
-  auto* title = new TextLabel(theme_, TextStyle::head, Token::text1, localized("Today"), side_);
-  title->setFixedHeight(theme_.scaled(28));
-  columns->addWidget(title);
+  auto* titleHolder = new QWidget(side_);
+  row(titleHolder, rowOutset)
+      ->addWidget(new TextLabel(theme_, TextStyle::head, Token::text1, localized("Today"), titleHolder));
+  titleHolder->setFixedHeight(theme_.scaled(headHeight));
+  columns->addWidget(titleHolder);
   today_ = new QVBoxLayout;
   today_->setSpacing(0);
   columns->addLayout(today_);
-  columns->addSpacing(10);
+  columns->addSpacing(8);
   columns->addWidget(head(localized("Alerts"), SidebarItem::alerts, side_));
   alerts_ = new QVBoxLayout;
   alerts_->setSpacing(0);
   columns->addLayout(alerts_);
+  auto* rule = new QHBoxLayout;
+  rule->setContentsMargins(rowOutset, 0, rowOutset, 0);
+  noAlerts_ = new TextLabel(theme_, TextStyle::body, Token::text2, localized("No alerts."), side_);
+  noAlerts_->setFixedHeight(theme_.scaled(30));
+  rule->addWidget(noAlerts_);
+  columns->addLayout(rule);
   return side_;
 }
 
 FindingView* HealthView::makeFinding() {
-  auto* rule = new Hairline(theme_, content_);
-  auto* finding = new FindingView(theme_, PartForm::page, content_);
+  auto* finding = new FindingView(theme_, form_, content_);
   const auto index = findings_.size();
   finding->onStep([this](const Step& step) { step_(step); });
   finding->onHover(
       [this, index](bool isOn) { ring_->highlight(isOn ? std::optional(index) : std::nullopt); });
-  rules_.push_back(rule);
-  ledger_->addWidget(rule);
   ledger_->addWidget(finding);
-  rule->QWidget::show();
   finding->QWidget::show();
   return finding;
 }
@@ -150,50 +247,32 @@ FindingView* HealthView::makeFinding() {
 void HealthView::show(const HealthPage& page) {
   if (shown_ == page) return;
   updated_->setWords(page.updated);
+  updated_->setVisible(!page.updated.empty());
   if (!shown_ || shown_->head != page.head || shown_->reassurance != page.reassurance) showHead(page);
-  fitRows(tiles_, page.tiles.size(), [this] {
-    auto* tile = new TileView(theme_, PartForm::page, content_);
-    tile->onOpen([this](SidebarItem item) { open_(item); });
-    tileColumns_ = 0;
-    return tile;
-  });
-  for (std::size_t i = 0; i < page.tiles.size(); ++i) tiles_[i]->show(page.tiles[i]);
+  showTiles(page.tiles);
   heads_->setSortedBy(page.sortedBy);
-  fitRows(appRows_, page.apps.size(), [this] {
-    auto* app = new AppRowView(theme_, PartForm::page, content_);
-    app->onOpen([this] { open_(SidebarItem::cpu); });
-    apps_->addWidget(app);
-    app->QWidget::show();
-    return app;
-  });
-  for (std::size_t i = 0; i < page.apps.size(); ++i) appRows_[i]->show(page.apps[i], page.sortedBy);
-  if (!shown_ || shown_->today != page.today) showToday(page.today);
-  if (!shown_ || shown_->alerts != page.alerts) showAlerts(page.alerts);
+  apps_->show(page.apps, page.sortedBy);
+  // The rows that are to come have their place.
+  apps_->setMinimumHeight(page.updated.empty() ? theme_.scaled(30) * int(HealthPage::mostApps) : 0);
+  showSide(page);
+  const bool isFirst = !shown_;
   shown_ = page;
-  if (tileColumns_ == 0) arrange(width());
+  if (isFirst) arrange();
 }
 
 void HealthView::showHead(const HealthPage& page) {
   const auto& head = page.head;
   std::vector<ScoreRing::Share> lost;
-  for (const auto& finding : head.findings) lost.push_back(shareOf(finding));
+  for (const auto& finding : head.findings) lost.push_back({double(finding.penalty), finding.tone});
   ring_->setScore(head.score, std::move(lost));
   ring_->setLabel(head.score ? head.label : std::string());
   ring_->setName(head.name);
   loss_->setWords(head.loss);
   average_->setWords(head.average);
+  average_->setVisible(!head.average.empty());
   reassurance_->setWords(page.reassurance);
   reassurance_->setVisible(!page.reassurance.empty());
-  while (rules_.size() > head.findings.size()) {
-    rules_.back()->deleteLater();
-    rules_.pop_back();
-  }
-  while (findings_.size() > head.findings.size()) {
-    findings_.back()->hide();
-    findings_.back()->deleteLater();
-    findings_.pop_back();
-  }
-  while (findings_.size() < head.findings.size()) findings_.push_back(makeFinding());
+  fitRows(findings_, head.findings.size(), [this] { return makeFinding(); });
   bool hasPrimary = false;
   for (std::size_t i = 0; i < findings_.size(); ++i) {
     const auto& row = head.findings[i];
@@ -201,78 +280,80 @@ void HealthView::showHead(const HealthPage& page) {
   }
 }
 
-void HealthView::showToday(const std::vector<HealthPage::Total>& totals) {
-  clear(todayRows_);
-  for (const auto& total : totals) {
-    auto* rule = new Hairline(theme_, side_);
-    auto* holder = new QWidget(side_);
-    auto* line = row(holder);
-    line->addWidget(new TextLabel(theme_, TextStyle::body, Token::text2, total.title, holder), 1);
-    auto* figure = new FigureLabel(theme_, TextStyle::body, holder);
-    figure->setFigure(total.figure);
-    figure->setTokens(Token::text1, Token::text1);
-    line->addWidget(figure);
-    holder->setFixedHeight(theme_.scaled(27));
-    for (QWidget* widget : {static_cast<QWidget*>(rule), holder}) {
-      today_->addWidget(widget);
-      todayRows_.push_back(widget);
-      widget->show();
-    }
-  }
+void HealthView::showTiles(const std::vector<Tile>& tiles) {
+  fitRows(tiles_, tiles.size(), [this] {
+    auto* tile = new TileView(theme_, form_, content_);
+    tile->onOpen([this](SidebarItem item) { open_(item); });
+    tileColumns_ = 0;
+    return tile;
+  });
+  for (std::size_t i = 0; i < tiles.size(); ++i) tiles_[i]->show(tiles[i]);
 }
 
-void HealthView::showAlerts(const std::vector<HealthPage::Alert>& alerts) {
-  clear(alertRows_);
-  const auto add = [this](QWidget* widget) {
-    alerts_->addWidget(widget);
-    alertRows_.push_back(widget);
-    widget->show();
-  };
-  for (const auto& alert : alerts) {
-    add(new Hairline(theme_, side_));
-    auto* holder = new QWidget(side_);
-    auto* line = row(holder);
-    line->setContentsMargins(0, 7, 0, 7);
-    line->setSpacing(8);
-    line->addWidget(new IconLabel(theme_, alert.icon, 16, Token::text2, holder), 0, Qt::AlignTop);
-    auto* texts = new QVBoxLayout;
-    texts->setSpacing(0);
-    texts->addWidget(new TextLabel(theme_, TextStyle::body, Token::text1, alert.title, holder));
-    texts->addWidget(new TextLabel(theme_, TextStyle::small, Token::text3, alert.time, holder));
-    line->addLayout(texts, 1);
-    add(holder);
-  }
-  if (alerts.empty()) {
-    add(new Hairline(theme_, side_));
-    auto* none = new TextLabel(theme_, TextStyle::body, Token::text3, localized("No alerts."), side_);
-    none->setFixedHeight(theme_.scaled(30));
-    add(none);
-  }
+void HealthView::showSide(const HealthPage& page) {
+  fitRows(totals_, page.today.size(), [this] {
+    auto* total = new TotalRow(theme_, side_);
+    total->setFixedHeight(total->sizeHint().height());
+    today_->addWidget(total);
+    total->QWidget::show();
+    return total;
+  });
+  for (std::size_t i = 0; i < page.today.size(); ++i) totals_[i]->show(page.today[i]);
+  fitRows(alertRows_, page.alerts.size(), [this] {
+    auto* alert = new AlertRow(theme_, side_, [this] { open_(SidebarItem::alerts); });
+    alert->setFixedHeight(alert->sizeHint().height());
+    alerts_->addWidget(alert);
+    alert->QWidget::show();
+    return alert;
+  });
+  for (std::size_t i = 0; i < page.alerts.size(); ++i) alertRows_[i]->show(page.alerts[i]);
+  noAlerts_->setVisible(page.alerts.empty());
 }
 
 void HealthView::resizeEvent(QResizeEvent* event) {
   Page::resizeEvent(event);
-  arrange(width());
+  arrange();
 }
 
-void HealthView::arrange(int width) {
-  const int side = width < narrow ? narrowPadding : padding;
-  const int spare = std::max(0, (width - 2 * side - widest) / 2);
-  rows_->setContentsMargins(side + spare, 4, side + spare, padding);
-  const int inner = std::min(widest, width - 2 * side);
-  const int columns = inner > wide ? 6 : inner > 520 ? 3 : 2;
-  if (std::exchange(tileColumns_, columns) != columns) {
-    for (auto* tile : tiles_) tileGrid_->removeWidget(tile);
-    for (int i = 0; i < 6; ++i) tileGrid_->setColumnStretch(i, i < columns ? 1 : 0);
-    for (int i = 0; i < int(tiles_.size()); ++i) {
-      tileGrid_->addWidget(tiles_[std::size_t(i)], i / columns, i % columns);
-      tiles_[std::size_t(i)]->QWidget::show();
-    }
-  }
-  const bool isNarrow = inner < narrow - 2 * narrowPadding;
+bool HealthView::eventFilter(QObject* watched, QEvent* event) {
+  // The scroll bar has come or gone.
+  if (watched == content_ && event->type() == QEvent::Resize) arrange();
+  return Page::eventFilter(watched, event);
+}
+
+void HealthView::arrange() {
+  const bool isNarrow = width() < narrowBelow;
+  const int side = isNarrow ? narrowPadding : padding;
+  const int inner = std::min(widest, width() - 2 * side);
+  const bool isWide = inner > wideAbove;
+  const int margin = (width() - inner) / 2 - rowOutset;
+  rows_->setContentsMargins(besideBar({margin, topMargin, margin, side}, *scroll_));
+  form_ = isNarrow ? PartForm::narrow : PartForm::page;
+  ring_->setForm(isNarrow ? ScoreRing::narrow : ScoreRing::page);
+  top_->itemAt(2)->spacerItem()->changeSize((isNarrow ? narrowRingGap : ringGap) - rowOutset, 0);
+  top_->invalidate();
+  topHolder_->setMinimumHeight(isNarrow ? 0 : theme_.scaled(topHeight));
+  for (auto* finding : findings_) finding->setForm(form_);
+  heads_->setForm(form_);
+  apps_->setForm(form_);
+  arrangeTiles(isWide ? 6 : inner > 520 ? 3 : 2, form_);
   bottom_->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
-  side_->setMinimumWidth(isNarrow ? 0 : inner > wide ? wideSide : sideWidth);
-  side_->setMaximumWidth(isNarrow ? QWIDGETSIZE_MAX : inner > wide ? wideSide : sideWidth);
+  bottom_->setAlignment(side_, isNarrow ? Qt::Alignment() : Qt::AlignTop);
+  const int sideRoom = (isWide ? wideSide : sideWidth) + 2 * rowOutset;
+  side_->setMinimumWidth(isNarrow ? 0 : sideRoom);
+  side_->setMaximumWidth(isNarrow ? QWIDGETSIZE_MAX : sideRoom);
+}
+
+void HealthView::arrangeTiles(int columns, PartForm form) {
+  tileGrid_->setHorizontalSpacing(form == PartForm::narrow ? narrowGutter : gutter);
+  for (auto* tile : tiles_) tile->setForm(form);
+  if (std::exchange(tileColumns_, columns) == columns) return;
+  for (auto* tile : tiles_) tileGrid_->removeWidget(tile);
+  for (int i = 0; i < 6; ++i) tileGrid_->setColumnStretch(i, i < columns ? 1 : 0);
+  for (int i = 0; i < int(tiles_.size()); ++i) {
+    tileGrid_->addWidget(tiles_[std::size_t(i)], i / columns, i % columns);
+    tiles_[std::size_t(i)]->QWidget::show();
+  }
 }
 
 } // namespace korvell

@@ -1,6 +1,7 @@
 #pragma once
 // The Health page as a widget. Shows what it is given and tells what is pressed.
 
+#include "Base/Queue.h"
 #include "UI/Kit/ScoreRing.h"
 #include "UI/Kit/Scroll.h"
 #include "UI/Overview/HealthPage.h"
@@ -25,17 +26,21 @@ public:
 
 protected:
   void resizeEvent(QResizeEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-  struct AlertRow;
+  class TotalRow;
+  class AlertRow;
+  QWidget* makeTop();
   QWidget* makeLedger();
   QWidget* makeApps();
   QWidget* makeSide();
   QWidget* head(std::string_view words, SidebarItem leadsTo, QWidget* parent);
   void showHead(const HealthPage& page);
-  void showToday(const std::vector<HealthPage::Total>& totals);
-  void showAlerts(const std::vector<HealthPage::Alert>& alerts);
-  void arrange(int width);
+  void showTiles(const std::vector<Tile>& tiles);
+  void showSide(const HealthPage& page);
+  void arrange();
+  void arrangeTiles(int columns, PartForm form);
   FindingView* makeFinding();
 
   const Theme& theme_;
@@ -45,19 +50,21 @@ private:
   QWidget* content_;
   QBoxLayout *rows_ = nullptr, *top_ = nullptr, *bottom_ = nullptr;
   ScoreRing* ring_;
+  QWidget* topHolder_ = nullptr;
   TextLabel *loss_ = nullptr, *average_ = nullptr, *reassurance_ = nullptr;
   QBoxLayout* ledger_ = nullptr;
   QGridLayout* tileGrid_ = nullptr;
   std::vector<FindingView*> findings_;
-  std::vector<Hairline*> rules_;
   std::vector<TileView*> tiles_;
   AppHeads* heads_ = nullptr;
-  QBoxLayout* apps_ = nullptr;
-  std::vector<AppRowView*> appRows_;
+  AppRows* apps_ = nullptr;
   QWidget* side_ = nullptr;
   QBoxLayout *today_ = nullptr, *alerts_ = nullptr;
-  std::vector<QWidget*> todayRows_, alertRows_;
+  std::vector<TotalRow*> totals_;
+  std::vector<AlertRow*> alertRows_;
+  TextLabel* noAlerts_ = nullptr;
   int tileColumns_ = 0;
+  PartForm form_ = PartForm::page;
   std::function<void(const Step&)> step_;
   std::function<void(SidebarItem)> open_;
 };

@@ -33,9 +33,15 @@ public:
   /// Of the whole without scrolling.
   QSize sizeHint() const override;
 
+protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
   QWidget* makeHeader();
   QWidget* makeMiddle();
+  QWidget* makeNothing(QWidget* parent);
+  QWidget* makeMore(QWidget* parent);
+  void showHead(const HealthHead& head);
   QWidget* makeFooter();
   FindingView* makeFinding();
 
@@ -49,14 +55,13 @@ private:
   QWidget *header_ = nullptr, *middle_ = nullptr, *footer_ = nullptr;
   QBoxLayout* findingRows_ = nullptr;
   TextLabel* nothing_ = nullptr;
+  QWidget *nothingHolder_ = nullptr, *moreHolder_ = nullptr;
   Button* more_ = nullptr;
   std::vector<FindingView*> findings_;
-  std::vector<Hairline*> rules_;
   QGridLayout* tileGrid_ = nullptr;
   std::vector<TileView*> tiles_;
   Segments* sorting_ = nullptr;
-  QBoxLayout* apps_ = nullptr;
-  std::vector<AppRowView*> appRows_;
+  AppRows* apps_ = nullptr;
 };
 
 } // namespace korvell

@@ -10,16 +10,26 @@
 #include <functional>
 #include <vector>
 
+class QAbstractScrollArea;
+class QBoxLayout;
+
 namespace korvell {
 
-enum class PartForm { page, panel };
+/// On a page, on a narrow page, in the panel.
+enum class PartForm { page, narrow, panel };
 
-/// One finding with the button that mends it. On the page its first button may be the primary one.
+/// Rows are so much wider on both sides than what they show: room for the wash under a pointer and for the
+/// ring of the focus, which would be cut off otherwise.
+inline constexpr int rowOutset = 8;
+
+/// One finding below a hairline, with the button that mends it. On the page one button may be the primary
+/// one.
 class FindingView : public Painted {
 public:
   FindingView(const Theme& theme, PartForm form, QWidget* parent);
 
-  void show(const FindingRow& row, bool isFirst);
+  void show(const FindingRow& row, bool isPrimary);
+  void setForm(PartForm form);
   void onStep(std::function<void(const Step&)> handler) { step_ = std::move(handler); }
   void onHover(std::function<void(bool)> handler) { hover_ = std::move(handler); }
   /// Its arc of the ring is pointed at.
@@ -41,7 +51,8 @@ private:
   void arrange();
   int detailWidth(int width) const;
 
-  const PartForm form_;
+  bool isPanel() const { return form_ == PartForm::panel; }
+  PartForm form_;
   FindingRow row_;
   TextLabel *title_, *detail_;
   Button* button_;
@@ -56,6 +67,7 @@ public:
   TileView(const Theme& theme, PartForm form, QWidget* parent);
 
   void show(const Tile& tile);
+  void setForm(PartForm form);
   void onOpen(std::function<void(SidebarItem)> handler) { open_ = std::move(handler); }
 
   QSize sizeHint() const override;
@@ -69,21 +81,28 @@ protected:
   double corner() const override { return 9; }
 
 private:
+  void drawHead(QPainter& painter, double scale);
+  void drawFigure(QPainter& painter, double base);
+  void drawPicture(QPainter& painter, double scale);
   double drawLead(QPainter& painter, double left, double base);
   double figureWidth() const;
 
-  const PartForm form_;
+  PartForm form_;
   Tile tile_;
   std::function<void(SidebarItem)> open_;
 };
 
-/// An application: with four figures on the page, with a bar and one figure in the panel.
+/// An application: with four figures on a page, with a bar and two on a narrow one, with a bar and one in the
+/// panel.
 class AppRowView : public Control {
 public:
   AppRowView(const Theme& theme, PartForm form, QWidget* parent);
 
   void show(const AppRow& row, UsageKey sortedBy);
+  void setForm(PartForm form);
   void onOpen(std::function<void()> handler) { open_ = std::move(handler); }
+  /// Told by how many rows the focus is to move.
+  void onMove(std::function<void(int by)> handler) { move_ = std::move(handler); }
 
   QSize sizeHint() const override;
   QSize minimumSizeHint() const override { return {80, sizeHint().height()}; }
@@ -94,14 +113,19 @@ protected:
   void pressed() override {
     if (open_) open_();
   }
+  void keyPressEvent(QKeyEvent* event) override;
+  QRectF shape() const override;
 
 private:
   void drawName(QPainter& painter, double end);
+  void drawPanelFigures(QPainter& painter);
+  void drawColumns(QPainter& painter);
 
-  const PartForm form_;
+  PartForm form_;
   AppRow row_;
   UsageKey sortedBy_ = UsageKey::cpu;
   std::function<void()> open_;
+  std::function<void(int by)> move_;
 };
 
 /// The heads of the page's columns, over rows of the same width.
@@ -109,6 +133,7 @@ class AppHeads : public Painted {
 public:
   AppHeads(const Theme& theme, QWidget* parent) : Painted(theme, parent) {}
   void setSortedBy(UsageKey key);
+  void setForm(PartForm form);
   QSize sizeHint() const override { return {80, theme().scaled(22)}; }
   QAccessible::Role role() const override { return QAccessible::RowHeader; }
 
@@ -117,7 +142,37 @@ protected:
 
 private:
   UsageKey sortedBy_ = UsageKey::cpu;
+  PartForm form_ = PartForm::page;
 };
+
+/// The rows of applications, one below the other. One tab stop: the arrow keys, Home and End move among them.
+class AppRows : public Painted {
+public:
+  AppRows(const Theme& theme, PartForm form, QWidget* parent);
+
+  void show(const std::vector<AppRow>& rows, UsageKey sortedBy);
+  void setForm(PartForm form);
+  void onOpen(std::function<void()> handler) { open_ = std::move(handler); }
+  QAccessible::Role role() const override { return QAccessible::List; }
+
+protected:
+  void draw(QPainter&) override {}
+
+private:
+  AppRowView* makeRow();
+  void move(const AppRowView& from, int by);
+
+  PartForm form_;
+  QBoxLayout* column_;
+  std::vector<AppRowView*> rows_;
+  std::function<void()> open_;
+};
+
+/// How much of a scroll area's width its bar takes at the moment: margins that give way by it keep the
+/// content where it is.
+int barLane(const QAbstractScrollArea& area);
+/// Margins with the bar's lane taken from the side where the bar is.
+QMargins besideBar(QMargins margins, const QAbstractScrollArea& area);
 
 /// Brings a list of row widgets to that length; new ones come from `make`.
 template <class View, class Make>

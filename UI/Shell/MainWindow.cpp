@@ -17,7 +17,7 @@ namespace korvell {
 
 namespace {
 
-constexpr int railBelow = 860, padding = 28, narrowPadding = 20, headerHeight = 56;
+constexpr int railBelow = 860, padding = 28, narrowPadding = 20, headerHeight = 56, widestContent = 1120;
 
 std::optional<int> side(const Value& frame, std::string_view name) {
   const auto* value = frame.find(name);
@@ -67,7 +67,9 @@ protected:
     QWidget::resizeEvent(event);
     const bool isNarrow = QWidget::width() < railBelow;
     sidebar_.setRail(isNarrow);
-    const int side = isNarrow ? narrowPadding : padding;
+    const int room = QWidget::width() - sidebar_.width() - 1;
+    const int least = isNarrow ? narrowPadding : padding;
+    const int side = std::max(least, (room - widestContent) / 2);
     header_->setContentsMargins(side, 0, side, 0);
     notices_->setContentsMargins(side, 0, side, 0);
   }

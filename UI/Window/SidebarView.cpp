@@ -17,7 +17,7 @@ namespace {
 
 constexpr int rowHeight = 31, captionHeight = 34, captionInset = 19, topMargin = 10, sideMargin = 8;
 constexpr int footHeight = 45;
-constexpr int railRow = 36, lowRailRow = 32, lowWindow = 600, railGap = 8;
+constexpr int railRow = 36, lowRailRow = 32, lowWindow = 600, railGap = 7, railRule = 24;
 constexpr double iconLeft = 9, textLeft = 37, valueRight = 12, rowIcon = 18, railIcon = 20, toneSize = 14;
 
 } // namespace
@@ -108,11 +108,21 @@ private:
     return end;
   }
 
+  /// At the icon's upper corner: what a full row says beside its value.
   void drawRailBadge(QPainter& painter) {
-    if (content_.badge == 0) return;
+    const double x = width() / 2.0 + 12, y = height() / 2.0 - 8;
+    const auto around = [&](double size) { return mirrored({x - size / 2, y - size / 2, size, size}); };
     painter.setPen(Qt::NoPen);
-    painter.setBrush(theme().color(Token::accent));
-    painter.drawEllipse(mirrored({width() / 2.0 + 6, height() / 2.0 - 12, 7, 7}));
+    if (content_.badge > 0) {
+      painter.setBrush(theme().color(Token::accent));
+      painter.drawEllipse(around(8));
+    } else if (content_.tone == Tone::info) {
+      painter.setBrush(theme().color(Token::info));
+      painter.drawEllipse(around(6));
+    } else if (content_.tone) {
+      const auto& look = lookOf(*content_.tone);
+      drawIcon(painter, look.icon, around(11), theme().color(look.mark), layoutDirection());
+    }
   }
 
   void explain() { setToolTip(isRail_ ? text(content_.name) : QString()); }
@@ -188,9 +198,16 @@ void SidebarView::resizeEvent(QResizeEvent*) { arrange(); }
 
 void SidebarView::draw(QPainter& painter) {
   fillBox(painter, QRectF(rect()), theme().color(Token::bg));
-  drawHairline(painter, {0, double(height() - theme().scaled(footHeight))}, width(),
-               theme().color(Token::hairline));
-  if (isRail_) return;
+  if (!isRail_)
+    drawHairline(painter, {0, double(height() - theme().scaled(footHeight))}, width(),
+                 theme().color(Token::hairline));
+  if (isRail_) {
+    for (const auto& box : captions_)
+      if (box.height() > 0)
+        drawHairline(painter, {(width() - railRule) / 2.0, box.center().y() + 0.5}, railRule,
+                     theme().color(Token::hairline));
+    return;
+  }
   for (std::size_t i = 0; i < captions_.size(); ++i)
     if (const auto& box = captions_[i]; box.height() > 0)
       drawText(painter, QRectF(box).adjusted(0, 11, 0, 0), theme(), TextStyle::small, Token::text3,
