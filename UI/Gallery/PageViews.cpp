@@ -98,12 +98,12 @@ std::unique_ptr<QWidget> panel(const Theme& theme) {
 } // namespace
 
 std::vector<GalleryView> pageViews() {
-  constexpr QSize own, usual(1100, 760), least(720, 560), narrow(720, 640), large(1500, 900);
+  constexpr QSize own, usual(1100, 760), least(720, 560), low(900, 560), narrow(720, 640), large(1500, 900);
   return {
       {"health", {usual, narrow, large}, window<usualMachine>},
       {"health-starting", {usual, least}, window<startingMachine>},
       {"health-well", {usual}, window<healthyMachine>},
-      {"health-troubled", {usual, least}, window<troubledMachine>},
+      {"health-troubled", {usual, low, least}, window<troubledMachine>},
       {"health-wordy", {usual, least}, window<wordyMachine>},
       {"health-bare", {usual}, window<bareMachine>},
       {"panel", {own}, panel<usualMachine>},

@@ -156,11 +156,30 @@ void ScoreRing::drawWords(QPainter& painter) const {
   words.setPixelSize(13);
   words.setWeight(QFont::Medium);
   words.setHintingPreference(QFont::PreferNoHinting);
-  auto label = text(label_);
-  painter.setFont(words);
   painter.setPen(theme().color(Token::text2));
-  painter.drawText(QPointF(-QFontMetricsF(words).horizontalAdvance(label) / 2, labelBelow * form_.number),
-                   label);
+  drawLabel(painter, words);
+}
+
+/// On one line where the ring leaves it room, else on two: "Needs attention so far".
+void ScoreRing::drawLabel(QPainter& painter, QFont font) const {
+  const auto label = text(label_);
+  const auto inside = form_.diameter / 2 - form_.weight - 4;
+  auto base = labelBelow * form_.number;
+  const auto chord = [inside](double y) { return 2 * std::sqrt(std::max(0.0, inside * inside - y * y)); };
+  const auto width = [&font](const QString& words) { return QFontMetricsF(font).horizontalAdvance(words); };
+  QStringList lines{label};
+  if (width(label) > chord(base)) {
+    font.setPixelSize(12);
+    const auto words = label.split(u' ');
+    const auto half = (words.size() + 1) / 2;
+    lines = {words.mid(0, half).join(u' '), words.mid(half).join(u' ')};
+    base -= 2;
+  }
+  painter.setFont(font);
+  for (const auto& line : lines) {
+    painter.drawText(QPointF(-width(line) / 2, base), line);
+    base += 14;
+  }
 }
 
 void ScoreRing::mouseMoveEvent(QMouseEvent* event) {

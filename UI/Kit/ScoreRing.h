@@ -70,6 +70,7 @@ private:
   void drawRing(QPainter& painter) const;
   void drawArc(QPainter& painter, const RingArc& arc, double weight, const QColor& color) const;
   void drawWords(QPainter& painter) const;
+  void drawLabel(QPainter& painter, QFont font) const;
   void point(std::optional<std::size_t> share);
 
   Form form_;

@@ -16,6 +16,7 @@ namespace korvell {
 namespace {
 
 constexpr int narrowBelow = 760, wideAbove = 1000; ///< of the page
+constexpr int railBelow = 860;                     ///< of the window: its padding follows
 constexpr int padding = 28, narrowPadding = 20, widest = 1120, gutter = 16, narrowGutter = 12;
 constexpr int topMargin = 8, topHeight = 166; ///< the ring's place; a ledger of three findings fills it
 constexpr int ringGap = 38, narrowRingGap = 26, sideWidth = 252, wideSide = 320, sideGap = 28;
@@ -248,16 +249,16 @@ void HealthView::show(const HealthPage& page) {
   if (shown_ == page) return;
   updated_->setWords(page.updated);
   updated_->setVisible(!page.updated.empty());
-  if (!shown_ || shown_->head != page.head || shown_->reassurance != page.reassurance) showHead(page);
+  const bool hasNewHead = !shown_ || shown_->head != page.head || shown_->reassurance != page.reassurance;
+  if (hasNewHead) showHead(page);
   showTiles(page.tiles);
   heads_->setSortedBy(page.sortedBy);
   apps_->show(page.apps, page.sortedBy);
   // The rows that are to come have their place.
   apps_->setMinimumHeight(page.updated.empty() ? theme_.scaled(30) * int(HealthPage::mostApps) : 0);
   showSide(page);
-  const bool isFirst = !shown_;
   shown_ = page;
-  if (isFirst) arrange();
+  if (hasNewHead || tileColumns_ == 0) arrange();
 }
 
 void HealthView::showHead(const HealthPage& page) {
@@ -269,7 +270,6 @@ void HealthView::showHead(const HealthPage& page) {
   ring_->setName(head.name);
   loss_->setWords(head.loss);
   average_->setWords(head.average);
-  average_->setVisible(!head.average.empty());
   reassurance_->setWords(page.reassurance);
   reassurance_->setVisible(!page.reassurance.empty());
   fitRows(findings_, head.findings.size(), [this] { return makeFinding(); });
@@ -323,7 +323,7 @@ bool HealthView::eventFilter(QObject* watched, QEvent* event) {
 
 void HealthView::arrange() {
   const bool isNarrow = width() < narrowBelow;
-  const int side = isNarrow ? narrowPadding : padding;
+  const int side = window()->width() < railBelow ? narrowPadding : padding;
   const int inner = std::min(widest, width() - 2 * side);
   const bool isWide = inner > wideAbove;
   const int margin = (width() - inner) / 2 - rowOutset;
@@ -332,6 +332,7 @@ void HealthView::arrange() {
   ring_->setForm(isNarrow ? ScoreRing::narrow : ScoreRing::page);
   top_->itemAt(2)->spacerItem()->changeSize((isNarrow ? narrowRingGap : ringGap) - rowOutset, 0);
   top_->invalidate();
+  arrangeLedgerHead(inner - ring_->sizeHint().width() - (isNarrow ? narrowRingGap : ringGap));
   topHolder_->setMinimumHeight(isNarrow ? 0 : theme_.scaled(topHeight));
   for (auto* finding : findings_) finding->setForm(form_);
   heads_->setForm(form_);
@@ -342,6 +343,14 @@ void HealthView::arrange() {
   const int sideRoom = (isWide ? wideSide : sideWidth) + 2 * rowOutset;
   side_->setMinimumWidth(isNarrow ? 0 : sideRoom);
   side_->setMaximumWidth(isNarrow ? QWIDGETSIZE_MAX : sideRoom);
+}
+
+/// What was lost is said whole; the average gives way to it.
+void HealthView::arrangeLedgerHead(int room) {
+  constexpr int gap = 16;
+  const double taken = textWidth(theme_, TextStyle::head, loss_->words()) + gap +
+                       textWidth(theme_, TextStyle::small, average_->words());
+  average_->setVisible(!average_->words().isEmpty() && taken <= room);
 }
 
 void HealthView::arrangeTiles(int columns, PartForm form) {

@@ -40,6 +40,7 @@ private:
   void showTiles(const std::vector<Tile>& tiles);
   void showSide(const HealthPage& page);
   void arrange();
+  void arrangeLedgerHead(int room);
   void arrangeTiles(int columns, PartForm form);
   FindingView* makeFinding();
 

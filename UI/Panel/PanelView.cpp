@@ -15,7 +15,7 @@ namespace {
 constexpr int border = 1;
 constexpr int padding = 16 - border, headerHeight = 116 - border, footerHeight = 46 - 2 * border,
               inner = PanelView::panelWidth - 2 * (border + padding);
-const QMargins middleMargins(padding - rowOutset, 0, padding - rowOutset, 12);
+const QMargins middleMargins(padding - rowOutset, 0, padding - rowOutset, 10);
 
 template <class Layout>
 Layout* plain(QWidget* owner) {
@@ -64,6 +64,7 @@ QWidget* PanelView::makeHeader() {
   loss_ = new TextLabel(theme_, TextStyle::small, Token::text2, "", holder);
   average_ = new TextLabel(theme_, TextStyle::small, Token::text3, "", holder);
   for (auto* words : {label_, loss_, average_}) texts->addWidget(words);
+  for (auto* words : {loss_, average_}) words->setWrapped(2);
   texts->addStretch(1);
   line->addLayout(texts, 1);
   holder->setFixedHeight(theme_.scaled(headerHeight));
@@ -185,6 +186,8 @@ void PanelView::show(const PanelPage& page) {
   // The rows that are to come have their place.
   apps_->setMinimumHeight(page.head.score ? 0 : theme_.scaled(26) * int(PanelPage::mostApps));
   shown_ = page;
+  // At once: whoever shows the panel asks for its height next.
+  middle_->layout()->activate();
   updateGeometry();
 }
 

@@ -30,12 +30,18 @@ QRect placedRect(const QWidget& widget, int from, int top, int width, int height
 
 struct FindingMeasures {
   int height, top, mark, penaltyRight, textLeft, buttonGap;
+
+  FindingMeasures at(const Theme& theme) const {
+    return {theme.scaled(height), top, mark, theme.scaled(penaltyRight), theme.scaled(textLeft), buttonGap};
+  }
 };
 constexpr FindingMeasures findings[] = {
     {47, 0, 18, 48, 62, 16}, {46, 0, 16, 45, 54, 16}, {0, 8, 16, 46, 54, 10}};
 constexpr int quietPadding = 6; ///< of a quiet button, which is to end where the text above it does
 
-const FindingMeasures& findingMeasures(PartForm form) { return findings[std::size_t(form)]; }
+FindingMeasures findingMeasures(PartForm form, const Theme& theme) {
+  return findings[std::size_t(form)].at(theme);
+}
 
 void drawPenalty(QPainter& painter, const QRectF& box, const Theme& theme, const FindingRow& row) {
   painter.setPen(theme.color(lookOf(row.tone).text));
@@ -90,16 +96,16 @@ void FindingView::setPointedAt(bool isPointedAt) {
 }
 
 int FindingView::detailWidth(int width) const {
-  const auto& m = findingMeasures(form_);
+  const auto m = findingMeasures(form_, theme());
   const bool sharesLine = !isPanel() && row_.fix;
   return width - 2 * rowOutset - m.textLeft - (sharesLine ? button_->sizeHint().width() + m.buttonGap : 0);
 }
 
 int FindingView::heightForWidth(int width) const {
-  const auto& m = findingMeasures(form_);
+  const auto m = findingMeasures(form_, theme());
   const int title = lineHeight(theme(), TextStyle::strong);
   const int detail = detail_->heightForWidth(std::max(40, detailWidth(width)));
-  return std::max(theme().scaled(m.height), 2 * m.top + title + detail);
+  return std::max(m.height, 2 * m.top + title + detail);
 }
 
 QSize FindingView::sizeHint() const { return {320, heightForWidth(320)}; }
@@ -109,7 +115,7 @@ QSize FindingView::minimumSizeHint() const { return {200, heightForWidth(200)}; 
 void FindingView::resizeEvent(QResizeEvent*) { arrange(); }
 
 void FindingView::arrange() {
-  const auto& m = findingMeasures(form_);
+  const auto m = findingMeasures(form_, theme());
   const auto button = button_->sizeHint();
   const int title = lineHeight(theme(), TextStyle::strong);
   const int detailRoom = std::max(40, detailWidth(width()));
@@ -127,7 +133,7 @@ void FindingView::arrange() {
 }
 
 void FindingView::draw(QPainter& painter) {
-  const auto& m = findingMeasures(form_);
+  const auto m = findingMeasures(form_, theme());
   drawHairline(painter, {double(rowOutset), 0}, width() - 2 * rowOutset, theme().color(Token::hairline));
   if (isPointedAt_)
     fillRounded(painter, QRectF(rect()).adjusted(2, 3, -2, -2), 6, theme().color(Token::hover));
@@ -218,7 +224,8 @@ void TileView::drawHead(QPainter& painter, double scale) {
   }
   const bool isPanel = form_ == PartForm::panel;
   const auto caption = text(isPanel ? tile_.shortCaption : tile_.caption);
-  const double beside = isPanel ? textWidth(theme(), TextStyle::small, caption) + 8 : 0;
+  const double rest = right - left - textWidth(theme(), TextStyle::smallMedium, text(tile_.title)) - 2;
+  const double beside = isPanel ? std::min(textWidth(theme(), TextStyle::small, caption) + 8, rest) : 0;
   drawText(painter, placed(*this, left, m.titleTop * scale, right - left - beside, line), theme(),
            TextStyle::smallMedium, Token::text2, text(tile_.title));
   const auto box = isPanel ? placed(*this, right - beside, m.titleTop * scale, beside, line)
@@ -387,10 +394,12 @@ void AppRowView::drawColumns(QPainter& painter) {
   if (isWhole) {
     end += lentToName;
   } else {
-    const double bar = std::min(narrowBar, shownWidth(*this) / 4);
-    drawBar(painter, placed(*this, end - bar, height() / 2.0 - 2.5, bar, 5), theme(), Token::cpu, row_.level,
-            layoutDirection());
-    end -= bar + 8;
+    const double bar = std::min(narrowBar, shownWidth(*this) / 4), rest = end - bar - 8;
+    if (rest > theme().scaled(leastName)) {
+      drawBar(painter, placed(*this, end - bar, height() / 2.0 - 2.5, bar, 5), theme(), Token::cpu,
+              row_.level, layoutDirection());
+      end = rest;
+    }
   }
   drawName(painter, end);
 }

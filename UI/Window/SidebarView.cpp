@@ -177,21 +177,31 @@ void SidebarView::setRail(bool isRail) {
 
 void SidebarView::arrange() {
   captions_.clear();
-  const int height = !isRail_                         ? theme().scaled(rowHeight)
+  const int foot = theme().scaled(footHeight);
+  const double squeeze = squeezed(this->height() - foot - topMargin);
+  const int height = !isRail_                         ? int(theme().scaled(rowHeight) * squeeze)
                      : window()->height() < lowWindow ? lowRailRow
                                                       : railRow;
+  const int caption = int(theme().scaled(captionHeight) * squeeze);
   const int inner = width() - 2 * sideMargin;
   int y = topMargin;
   std::size_t index = 0;
   for (const auto& group : content_.groups) {
-    const int gap = index == 0 ? 0 : isRail_ ? railGap : theme().scaled(captionHeight);
+    const int gap = index == 0 ? 0 : isRail_ ? railGap : caption;
     captions_.emplace_back(captionInset, y, width() - 2 * captionInset, gap);
     y += gap;
     for (std::size_t i = 0; i < group.rows.size(); ++i, y += height)
       rows_[index++]->setGeometry(sideMargin, y, inner, height);
   }
-  const int foot = theme().scaled(footHeight);
   foot_->setGeometry(sideMargin, this->height() - foot + (foot - height) / 2, inner, height);
+}
+
+/// In a low window, or with large text, rows and captions come closer, by this share of what they ask for.
+double SidebarView::squeezed(int room) const {
+  if (rows_.empty()) return 1;
+  const auto captions = int(content_.groups.size()) - 1;
+  const int asked = int(rows_.size()) * theme().scaled(rowHeight) + captions * theme().scaled(captionHeight);
+  return std::clamp(double(room) / asked, double(Control::leastHit) / theme().scaled(rowHeight), 1.0);
 }
 
 void SidebarView::resizeEvent(QResizeEvent*) { arrange(); }
@@ -210,8 +220,8 @@ void SidebarView::draw(QPainter& painter) {
   }
   for (std::size_t i = 0; i < captions_.size(); ++i)
     if (const auto& box = captions_[i]; box.height() > 0)
-      drawText(painter, QRectF(box).adjusted(0, 11, 0, 0), theme(), TextStyle::small, Token::text3,
-               text(content_.groups[i].title));
+      drawText(painter, QRectF(box).adjusted(0, box.height() / 3.0, 0, 0), theme(), TextStyle::small,
+               Token::text3, text(content_.groups[i].title));
 }
 
 void SidebarView::moveFrom(const Row& row, int by) {

@@ -33,6 +33,7 @@ private:
   class Row;
   void build();
   void arrange();
+  double squeezed(int room) const;
   void moveFrom(const Row& row, int by);
 
   Sidebar content_;
