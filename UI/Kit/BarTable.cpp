@@ -97,6 +97,7 @@ void BarTable::onQuit(std::string_view words, std::function<void(const std::stri
 
 void BarTable::setData(BarTableData data) {
   if (data == data_) return;
+  const auto before = tops_.back();
   data_ = std::move(data);
   tops_ = {0};
   for (const auto& row : data_.rows) tops_.push_back(tops_.back() + heightOf(row));
@@ -110,7 +111,7 @@ void BarTable::setData(BarTableData data) {
   setName(data_.title);
   setFocusPolicy(data_.rows.empty() ? Qt::NoFocus : Qt::StrongFocus);
   arrangeHeads();
-  updateGeometry();
+  if (tops_.back() != before) updateGeometry();
   update();
 }
 

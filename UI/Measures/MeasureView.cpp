@@ -27,6 +27,13 @@ constexpr int sideWidth = 264, sideGap = 44;
 constexpr int filterWidth = 200;
 constexpr int inset = BarTable::overhang;
 
+/// Words that are the same ask for no new layout.
+template <class W>
+void set(W& widget, const std::string& words) {
+  if (utf8(widget.words()) != words) widget.setWords(words);
+  widget.setVisible(!words.empty());
+}
+
 Token tokenOf(Metric metric) { return palette[std::size_t(metric)]; }
 
 /// A long list has its chart lower.
@@ -270,8 +277,7 @@ void MeasureView::arrange() {
 void MeasureView::update() {
   const auto& page = session_.page();
   facts_->setPage(page);
-  absent_->setWords(page.absent);
-  absent_->setVisible(!page.absent.empty());
+  set(*absent_, page.absent);
   composition_->setParts(page.composition);
   composition_->setVisible(!page.composition.empty());
   chart_->setData(session_.chart());
@@ -280,7 +286,7 @@ void MeasureView::update() {
     control_->choose(std::size_t(session_.range()));
     control_->setLoading(session_.isLoading());
   }
-  finding_->setWords(page.finding);
+  set(*finding_, page.finding);
   battery_->setVisible(page.opensBatterySettings && services_.openBatterySettings);
   findingBox_->setVisible(!page.finding.empty());
   cores_->setGroups(page.cores);
@@ -295,19 +301,13 @@ void MeasureView::update() {
 
 void MeasureView::updateList() {
   const auto& list = session_.list();
-  const auto set = [](TextLabel* label, const std::string& words) {
-    label->setWords(words);
-    label->setVisible(!words.empty());
-  };
   table_->setData(list.table);
   table_->setVisible(list.isThere && !list.table.rows.empty());
-  set(note_, list.note);
-  set(empty_, list.isThere ? list.empty : "");
-  set(footnote_, session_.page().footnote);
-  set(listTitle_, list.isThere ? session_.listTitle() : "");
-  const auto other = list.isThere ? session_.otherList() : "";
-  other_->setWords(other);
-  other_->setVisible(!other.empty());
+  set(*note_, list.note);
+  set(*empty_, list.isThere ? list.empty : "");
+  set(*footnote_, session_.page().footnote);
+  set(*listTitle_, list.isThere ? session_.listTitle() : "");
+  set(*other_, list.isThere ? session_.otherList() : "");
   filter_->setVisible(list.isThere && session_.listed() == MeasureSession::Listed::now);
   const bool isPinned = session_.pinned().has_value();
   pinBox_->setVisible(isPinned);
