@@ -58,6 +58,7 @@ public:
     sidebar_.onOpen([this](SidebarItem item) { services_.model.selection.set(item); });
     sidebar_.onSettings(services.openSettings);
     openSelected();
+    sidebar_.takeFocus(Qt::OtherFocusReason);
   }
 
   Banner& banner() { return banner_; }
@@ -108,10 +109,8 @@ private:
 
   void addKeys() {
     constexpr int numbered = 9;
-    const auto& sections = EnumTable<SidebarItem>::cases;
     for (int i = 0; i < numbered; ++i)
-      key(QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_1 + i)),
-          [this, item = sections[i].value] { services_.model.selection.set(item); });
+      key(QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_1 + i)), [this, i] { openAt(i); });
     key(QKeySequence("Ctrl+PgUp"), [this] { step(-1); });
     key(QKeySequence("Ctrl+PgDown"), [this] { step(1); });
     key(QKeySequence("Alt+Left"), [this] { revisit(owner_.visits_.back()); });
@@ -134,13 +133,28 @@ private:
     if (page_ && sidebar_.isAncestorOf(focusWidget()))
       page_->setFocus(Qt::TabFocusReason);
     else
-      sidebar_.takeFocus();
+      sidebar_.takeFocus(Qt::TabFocusReason);
+  }
+
+  /// Those that have a page, in the sidebar's order.
+  std::vector<SidebarItem> sections() const {
+    const auto facts = services_.facts();
+    std::vector<SidebarItem> result;
+    for (const auto& section : EnumTable<SidebarItem>::cases)
+      if (facts.sections.contains(section.value)) result.push_back(section.value);
+    return result;
   }
 
   void step(int by) {
-    const auto& sections = EnumTable<SidebarItem>::cases;
-    const auto next = int(shown_) + by;
-    if (next >= 0 && next < int(std::size(sections))) services_.model.selection.set(sections[next].value);
+    const auto all = sections();
+    const auto next = std::ranges::find(all, shown_) - all.begin() + by;
+    openAt(next);
+  }
+
+  void openAt(std::ptrdiff_t place) {
+    const auto all = sections();
+    if (place >= 0 && place < std::ptrdiff_t(all.size()))
+      services_.model.selection.set(all[std::size_t(place)]);
   }
 
   void revisit(std::optional<SidebarItem> item) {

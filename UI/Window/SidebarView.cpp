@@ -234,9 +234,9 @@ void SidebarView::moveFrom(const Row& row, int by) {
   open_(target->content().section);
 }
 
-void SidebarView::takeFocus() {
+void SidebarView::takeFocus(Qt::FocusReason reason) {
   for (auto* row : rows_)
-    if (row->content().section == content_.selected) row->setFocus(Qt::TabFocusReason);
+    if (row->content().section == content_.selected) row->setFocus(reason);
 }
 
 } // namespace korvell

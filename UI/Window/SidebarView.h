@@ -21,7 +21,7 @@ public:
   void onOpen(std::function<void(SidebarItem)> handler) { open_ = std::move(handler); }
   void onSettings(std::function<void()> handler) { settings_ = std::move(handler); }
   /// Gives the keyboard's focus to the section that is shown.
-  void takeFocus();
+  void takeFocus(Qt::FocusReason reason);
 
   QAccessible::Role role() const override { return QAccessible::List; }
 
