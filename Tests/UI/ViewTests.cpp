@@ -168,7 +168,7 @@ TEST_F(ViewTests, theSidebarIsOneTabStopThatArrowsMoveIn) {
   view.show(sidebar(*model, SidebarItem::cpu, facts));
   view.resize(view.width(), 300);
   KitTests::show(view);
-  view.takeFocus();
+  view.takeFocus(Qt::TabFocusReason);
   for (int pressed : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Up, Qt::Key_Up, Qt::Key_Up}) key(view, pressed);
   EXPECT_THAT(opened, ElementsAre(SidebarItem::memory, SidebarItem::cpu, SidebarItem::overview));
   EXPECT_THAT(problemsOf(view), IsEmpty());
