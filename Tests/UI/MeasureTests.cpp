@@ -108,6 +108,8 @@ TEST_F(MeasureTests, whatNobodyToldIsADash) {
   model.step(snapshot(start, 24));
   model.forget(KnownPart::load);
   EXPECT_THAT(numbers(page(Metric::cpu)), ElementsAre("24", "24", "0", "–", "–", "–"));
+  EXPECT_EQ(page(Metric::cpu).facts[2].reason, "Not measured on this machine");
+  EXPECT_EQ(page(Metric::cpu).facts[0].reason, "");
   EXPECT_EQ(page(Metric::energy).absent, "This machine has no battery.");
 }
 

@@ -15,25 +15,56 @@ namespace {
 constexpr double criticalFree = 0.1, warningFree = 0.2; // of a volume
 constexpr double wornHealth = 80;                       // percent
 
-const Figure unknown{noFigure, ""};
-
-Figure figure(bool isKnown, const std::string& formatted) { return isKnown ? figureOf(formatted) : unknown; }
-
 Figure words(std::string text) { return {std::move(text), ""}; }
 
+/// Figures of one model: "–" with its reason where a part was not read.
+class Known {
+public:
+  explicit Known(const Model& model) : model_(model) {}
+
+  bool has(KnownPart part) const { return model_.known->has(part); }
+  Figure figure(KnownPart part, const std::string& formatted) const {
+    return has(part) ? figureOf(formatted) : figureOf(noFigure);
+  }
+  MeasureFact fact(std::string caption, KnownPart part, Figure figure) const {
+    if (has(part)) return {std::move(caption), std::move(figure)};
+    return unknown(std::move(caption), (*model_.known)[part] == Knowledge::refused
+                                           ? localized("Not readable without further rights")
+                                           : localized("Not measured on this machine"));
+  }
+  MeasureFact fact(std::string caption, KnownPart part, const std::string& formatted) const {
+    return fact(std::move(caption), part, figureOf(formatted));
+  }
+  /// Before the second sample nothing else is the reason.
+  MeasureFact unknown(std::string caption, std::string reason) const {
+    return {std::move(caption),
+            figureOf(noFigure),
+            {},
+            *model_.hasSample ? std::move(reason) : localized("Measuring…")};
+  }
+
+private:
+  const Model& model_;
+};
+
 void addCPU(MeasurePage& page, const Model& model, const MeasureBeside& beside) {
+  using enum KnownPart;
   const auto& cpu = model.snapshot->cpu;
-  const auto& known = *model.known;
-  const bool isKnown = known.has(KnownPart::processor);
-  page.now = figure(isKnown, Format::percent(cpu.total));
-  page.facts = {
-      {localized("User"), figure(isKnown, Format::percent(cpu.user))},
-      {localized("System"), figure(isKnown, Format::percent(cpu.system))},
-      {localized("Load"), known.has(KnownPart::load) ? words(fmt::format("{:.2f}", cpu.load1)) : unknown},
-      {localized("10-minute average"),
-       beside.tenMinutes ? figureOf(Format::percent(*beside.tenMinutes)) : unknown},
-      {localized("Today"), figure(model.totals->cpuToday > 0, Format::percent(model.totals->cpuToday))}};
-  if (!isKnown) return;
+  const Known known(model);
+  page.now = known.figure(processor, Format::percent(cpu.total));
+  page.facts = {known.fact(localized("User"), processor, Format::percent(cpu.user)),
+                known.fact(localized("System"), processor, Format::percent(cpu.system)),
+                known.fact(localized("Load"), load, words(fmt::format("{:.2f}", cpu.load1)))};
+  if (beside.tenMinutes)
+    page.facts.push_back({localized("10-minute average"), figureOf(Format::percent(*beside.tenMinutes))});
+  else
+    page.facts.push_back(known.unknown(localized("10-minute average"),
+                                       localized("Known once eight of the last ten minutes are recorded")));
+  if (model.totals->cpuToday > 0)
+    page.facts.push_back({localized("Today"), figureOf(Format::percent(model.totals->cpuToday))});
+  else
+    page.facts.push_back(known.unknown(localized("Today"), localized("Nothing is recorded of today yet")));
+  if (!known.has(processor)) return;
   const int count = int(cpu.perCore.size()), fast = cpu.performanceCores;
   const bool areTwo = fast > 0 && cpu.efficiencyCores > 0 && fast + cpu.efficiencyCores == count;
   const auto group = [&](std::string title, int from, int to) {
@@ -61,14 +92,14 @@ Tone toneOf(MemoryStats::Pressure pressure) {
 
 void addMemory(MeasurePage& page, const Model& model) {
   const auto& memory = model.snapshot->memory;
-  const bool isKnown = model.known->has(KnownPart::memory);
-  const auto size = [&](std::uint64_t bytes) { return figure(isKnown, Format::memory(double(bytes))); };
-  page.now = size(memory.used());
-  page.facts = {{localized("Of"), size(memory.total)},
-                {localized("Pressure"), isKnown ? words(title(memory.pressure)) : unknown,
-                 isKnown ? std::optional(toneOf(memory.pressure)) : std::nullopt},
-                {localized("Swap in use"), size(memory.swapUsed)}};
-  if (!isKnown) return;
+  const Known known(model);
+  const auto size = [](std::uint64_t bytes) { return Format::memory(double(bytes)); };
+  page.now = known.figure(KnownPart::memory, size(memory.used()));
+  page.facts = {known.fact(localized("Of"), KnownPart::memory, size(memory.total)),
+                known.fact(localized("Pressure"), KnownPart::memory, words(title(memory.pressure))),
+                known.fact(localized("Swap in use"), KnownPart::memory, size(memory.swapUsed))};
+  if (!known.has(KnownPart::memory)) return;
+  page.facts[1].tone = toneOf(memory.pressure);
   using enum CompositionPart::Step;
   const auto part = [&](std::string name, std::uint64_t bytes, CompositionPart::Step step) {
     page.composition.push_back({std::move(name), Format::memory(double(bytes)), double(bytes), step});
@@ -98,37 +129,41 @@ VolumeRow volumeRow(const VolumeInfo& volume) {
 
 void addDisk(MeasurePage& page, const Model& model) {
   const auto& disk = model.snapshot->disk;
-  const bool isKnown = model.known->has(KnownPart::disks);
+  const Known known(model);
   page.lead = localized("Read");
-  page.now = figure(isKnown, Format::rate(disk.readRate));
-  page.facts = {{localized("Written"), figure(isKnown, Format::rate(disk.writeRate))},
-                {localized("Written today"), figure(isKnown, Format::bytes(model.totals->diskWrittenToday))}};
+  page.now = known.figure(KnownPart::disks, Format::rate(disk.readRate));
+  page.facts = {known.fact(localized("Written"), KnownPart::disks, Format::rate(disk.writeRate)),
+                known.fact(localized("Written today"), KnownPart::disks,
+                           Format::bytes(model.totals->diskWrittenToday))};
   page.volumes.emplace();
-  if (model.known->has(KnownPart::volumes))
+  if (known.has(KnownPart::volumes))
     for (const auto& volume : disk.volumes) page.volumes->push_back(volumeRow(volume));
 }
 
 void addNetwork(MeasurePage& page, const Model& model) {
   const auto& network = model.snapshot->network;
   const auto& totals = *model.totals;
-  const bool isKnown = model.known->has(KnownPart::network);
-  const auto sum = [&](double bytes) { return figure(isKnown, Format::bytes(bytes)); };
+  const Known known(model);
+  const auto fact = [&](std::string caption, Figure figure) {
+    page.facts.push_back(known.fact(std::move(caption), KnownPart::network, std::move(figure)));
+  };
   page.lead = localized("Down");
-  page.now = figure(isKnown, Format::rate(network.inRate));
-  page.facts = {{localized("Up"), figure(isKnown, Format::rate(network.outRate))},
-                {localized("Interface"), isKnown ? words(network.interface) : unknown},
-                {localized("Today"), sum(totals.networkToday)},
-                {localized("7 days"), sum(totals.network7Days)},
-                {localized("30 days"), sum(totals.network30Days)}};
+  page.now = known.figure(KnownPart::network, Format::rate(network.inRate));
+  fact(localized("Up"), figureOf(Format::rate(network.outRate)));
+  fact(localized("Interface"), words(network.interface));
+  fact(localized("Today"), figureOf(Format::bytes(totals.networkToday)));
+  fact(localized("7 days"), figureOf(Format::bytes(totals.network7Days)));
+  fact(localized("30 days"), figureOf(Format::bytes(totals.network30Days)));
 }
 
 void addGPU(MeasurePage& page, const Model& model) {
+  using enum KnownPart;
   const auto& gpu = model.snapshot->gpu;
-  const auto& known = *model.known;
-  const bool hasMemory = known.has(KnownPart::graphicsMemory), isKnown = known.has(KnownPart::graphics);
-  page.now = figure(isKnown, Format::percent(gpu.utilization));
-  page.facts = {{localized("Memory in use"), figure(hasMemory, Format::memory(double(gpu.memoryInUse)))},
-                {localized("Chip"), isKnown || hasMemory ? words(gpu.name) : unknown}};
+  const Known known(model);
+  page.now = known.figure(graphics, Format::percent(gpu.utilization));
+  page.facts = {
+      known.fact(localized("Memory in use"), graphicsMemory, Format::memory(double(gpu.memoryInUse))),
+      known.fact(localized("Chip"), known.has(graphics) ? graphics : graphicsMemory, words(gpu.name))};
 }
 
 Icon iconOf(PeripheralBattery::Kind kind) {
@@ -147,49 +182,53 @@ Icon iconOf(PeripheralBattery::Kind kind) {
   return Icon::device;
 }
 
+std::string stateOf(const BatteryStats& battery) {
+  if (battery.isCharging) return localized("charging");
+  return battery.onAC ? localized("on power") : localized("on battery");
+}
+
 void addBattery(MeasurePage& page, const Model& model) {
+  using Part = KnownPart;
   const auto& battery = model.snapshot->battery;
-  const auto& known = *model.known;
-  const auto power = figure(known.has(KnownPart::power), Format::watts(battery.systemPower));
+  const Known known(model);
   for (const auto& device : *model.peripherals)
     page.devices.push_back({iconOf(device.kind), device.name, device.percent});
+  const auto watts = Format::watts(battery.systemPower);
   if (!battery.present && *model.hasSample) {
     page.absent = localized("This machine has no battery.");
-    page.now = power;
+    page.now = known.figure(Part::power, watts);
     return;
   }
-  const bool isKnown = known.has(KnownPart::battery), hasHealth = known.has(KnownPart::batteryHealth);
-  const auto state = battery.isCharging ? localized("charging")
-                     : battery.onAC     ? localized("on power")
-                                        : localized("on battery");
-  page.now = figure(isKnown, Format::percent(battery.percent));
-  page.facts = {{localized("State"), isKnown ? words(state) : unknown}};
-  if (!battery.onAC || !isKnown)
-    page.facts.push_back({localized("Time left"),
-                          isKnown && battery.minutesRemaining
-                              ? words(Format::duration(std::chrono::minutes(*battery.minutesRemaining)))
-                              : unknown});
-  page.facts.push_back({localized("Power"), power});
-  page.facts.push_back({localized("Health"), figure(hasHealth, Format::percent(battery.health))});
-  page.facts.push_back({localized("Cycles"), known.has(KnownPart::batteryCycles)
-                                                 ? words(Format::grouped(battery.cycles))
-                                                 : unknown});
-  page.facts.push_back({localized("Temperature"), figure(known.has(KnownPart::batteryTemperature),
-                                                         Format::celsius(battery.temperature))});
-  if (!hasHealth || battery.health >= wornHealth) return;
+  page.now = known.figure(Part::battery, Format::percent(battery.percent));
+  const auto fact = [&](std::string caption, KnownPart part, Figure figure) {
+    page.facts.push_back(known.fact(std::move(caption), part, std::move(figure)));
+  };
+  fact(localized("State"), Part::battery, words(stateOf(battery)));
+  if (battery.minutesRemaining)
+    fact(localized("Time left"), Part::battery,
+         words(Format::duration(std::chrono::minutes(*battery.minutesRemaining))));
+  else if (!battery.onAC)
+    page.facts.push_back(known.unknown(localized("Time left"),
+                                       localized("Known once the battery has told how fast it empties")));
+  fact(localized("Power"), Part::power, figureOf(watts));
+  fact(localized("Health"), Part::batteryHealth, figureOf(Format::percent(battery.health)));
+  fact(localized("Cycles"), Part::batteryCycles, words(Format::grouped(battery.cycles)));
+  fact(localized("Temperature"), Part::batteryTemperature, figureOf(Format::celsius(battery.temperature)));
+  if (!known.has(Part::batteryHealth) || battery.health >= wornHealth) return;
   page.finding =
       localized("The battery holds {n} of what it held when new.", {{"n", Format::percent(battery.health)}});
   page.opensBatterySettings = true;
 }
 
-void addRange(MeasurePage& page, const MeasureBeside& beside) {
+void addRange(MeasurePage& page, const Model& model, const MeasureBeside& beside) {
   const auto& summary = beside.summary;
-  const auto value = [&](double SeriesSummary::*member) {
-    return summary ? figureOf(formatMetric(page.metric, *summary.*member)) : unknown;
+  const auto add = [&](std::string caption, double SeriesSummary::*member) {
+    page.range.push_back(
+        summary ? MeasureFact{std::move(caption), figureOf(formatMetric(page.metric, *summary.*member))}
+                : Known(model).unknown(std::move(caption), localized("Nothing was recorded in this time.")));
   };
-  page.range = {
-      {localized("Mean, {range}", {{"range", rangeWords(beside.range)}}), value(&SeriesSummary::mean)},
-      {localized("Maximum"), value(&SeriesSummary::maximum)}};
+  add(localized("Mean, {range}", {{"range", rangeWords(beside.range)}}), &SeriesSummary::mean);
+  add(localized("Maximum"), &SeriesSummary::maximum);
 }
 
 } // namespace
@@ -233,7 +272,7 @@ MeasurePage measurePage(const Model& model, Metric metric, const MeasureBeside& 
     addBattery(page, model);
     break;
   }
-  addRange(page, beside);
+  addRange(page, model, beside);
   return page;
 }
 

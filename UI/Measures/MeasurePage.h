@@ -20,6 +20,7 @@ struct MeasureFact {
   std::string caption;
   Figure figure;
   std::optional<Tone> tone{}; ///< its mark stands before the figure
+  std::string reason{};       ///< why it is "–"
 
   bool operator==(const MeasureFact&) const = default;
 };

@@ -57,7 +57,8 @@ void FactsRow::setPage(const MeasurePage& page) {
   range_ = page.range;
   auto words = spokenFact(lead_, now_);
   for (const auto* facts : {&facts_, &range_})
-    for (const auto& fact : *facts) words += ", " + spokenFact(fact.caption, fact.figure);
+    for (const auto& fact : *facts)
+      words += ", " + spokenFact(fact.caption, fact.figure) + (fact.reason.empty() ? "" : ", " + fact.reason);
   setName(words);
   if (heightForWidth(width()) != before) updateGeometry();
   update();
@@ -123,13 +124,25 @@ std::optional<std::string> FactsRow::cutText() const {
 
 void FactsRow::draw(QPainter& painter) {
   for (const auto& each : cells(width())) {
-    const QRectF box(each.from, each.row * (rowHeight() + rowGap), each.width, rowHeight());
-    if (!each.fact) {
-      drawNow(painter, mirrored(*this, box));
-      continue;
-    }
-    drawFact(painter, *each.fact, mirrored(*this, box), each.atEnd);
+    if (each.fact)
+      drawFact(painter, *each.fact, boxOf(each), each.atEnd);
+    else
+      drawNow(painter, boxOf(each));
   }
+}
+
+QRectF FactsRow::boxOf(const Cell& cell) const {
+  return mirrored(*this, QRectF(cell.from, cell.row * (rowHeight() + rowGap), cell.width, rowHeight()));
+}
+
+bool FactsRow::event(QEvent* event) {
+  if (event->type() != QEvent::ToolTip) return Painted::event(event);
+  const auto& help = static_cast<QHelpEvent&>(*event);
+  QString words;
+  for (const auto& each : cells(width()))
+    if (each.fact && boxOf(each).contains(QPointF(help.pos()))) words = text(each.fact->reason);
+  QToolTip::showText(help.globalPos(), words, this); // hides it where there are none
+  return true;
 }
 
 void FactsRow::drawNow(QPainter& painter, const QRectF& box) const {

@@ -26,6 +26,8 @@ public:
 
 protected:
   void draw(QPainter& painter) override;
+  /// Tells the reason of a "–" that is pointed at.
+  bool event(QEvent*) override;
 
 private:
   struct Cell {
@@ -35,6 +37,7 @@ private:
     bool atEnd = false; ///< stands at the far side
   };
   std::vector<Cell> cells(double width) const;
+  QRectF boxOf(const Cell& cell) const;
   double widthOf(const MeasureFact& fact) const;
   double nowWidth() const;
   double rowHeight() const;
