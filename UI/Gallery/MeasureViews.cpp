@@ -36,19 +36,26 @@ public:
     auto* rows = new QVBoxLayout(this);
     rows->setContentsMargins(0, 0, 0, 0);
     rows->setSpacing(0);
-    auto* head = new QHBoxLayout;
-    head->setContentsMargins(28, 0, 28, 0);
-    head->addStrut(56);
-    head->addWidget(new TextLabel(theme, TextStyle::title, Token::text1, page_->title(), this), 1);
-    head->addWidget(page_->control());
-    rows->addLayout(head);
+    head_ = new QHBoxLayout;
+    head_->addStrut(56);
+    head_->addWidget(new TextLabel(theme, TextStyle::title, Token::text1, page_->title(), this), 1);
+    head_->addWidget(page_->control());
+    rows->addLayout(head_);
     rows->addWidget(page_, 1);
   }
   ~PageFrame() override { delete page_; } // before the machine
   MeasureView& page() { return *page_; }
   RecordedMachine& machine() { return *machine_; }
 
+protected:
+  void resizeEvent(QResizeEvent* event) override {
+    Ground::resizeEvent(event);
+    const int side = width() < 860 ? 20 : 28; // as the window's own header
+    head_->setContentsMargins(side, 0, side, 0);
+  }
+
 private:
+  QBoxLayout* head_;
   std::shared_ptr<RecordedMachine> machine_;
   MeasureView* page_;
 };

@@ -97,6 +97,11 @@ void ChartView::draw(QPainter& painter) {
   const auto ratio = devicePixelRatioF();
   if (picture_.isNull() || picture_.devicePixelRatio() != ratio) paintPicture();
   painter.drawPixmap(0, 0, picture_);
+  if (!before_.isNull() && fading_.state() == QVariantAnimation::Running) {
+    painter.setOpacity(fading_.currentValue().toDouble());
+    painter.drawPixmap(0, 0, before_);
+    return; // marks and the crosshair come with the whole of the new one
+  }
   if (data_.state != ChartData::State::recorded) return;
   paintEvents(painter);
   if (data_.time == TimeAxis::live)

@@ -23,6 +23,7 @@ constexpr int lane = 28, railHeight = 14, timesHeight = 24, legendHeight = 22;
 constexpr double eventHit = 12; // on each side of its mark
 constexpr double lineReach = 2; // of a line's cap beyond its last point
 constexpr int farStep = 10;
+constexpr int fadeMilliseconds = 120;
 
 double highest(const ChartData& data) {
   double most = 0;
@@ -51,6 +52,13 @@ ChartView::ChartView(const Theme& theme, const TimeZone& zone, QWidget* parent)
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
   setFocusPolicy(Qt::StrongFocus);
   setMouseTracking(true);
+  fading_.setStartValue(1.0);
+  fading_.setEndValue(0.0);
+  connect(&fading_, &QVariantAnimation::valueChanged, this, [this] { update(); });
+  connect(&fading_, &QVariantAnimation::finished, this, [this] {
+    before_ = {};
+    update(); // with marks and crosshair
+  });
 }
 
 QSize ChartView::sizeHint() const {
@@ -100,6 +108,7 @@ void ChartView::setData(ChartData data) {
   gaps_ = gaps(data_);
   if (!sameAxis || !wasWhole || !gaps_.empty() || !continues(before, data_) || !movePicture(before)) {
     right_ = data_.end;
+    if (data_.time != before.time) fadePicture();
     forgetPicture();
   }
   pinned_ = data_.time == before.time ? kept(pinned_) : std::nullopt;
@@ -142,6 +151,15 @@ bool ChartView::movePicture(const ChartData& before) {
   return true;
 }
 
+/// From one range to another; the axis changes with the data.
+void ChartView::fadePicture() {
+  fading_.stop();
+  fading_.setDuration(theme().duration(fadeMilliseconds));
+  if (fading_.duration() == 0 || !isVisible()) return;
+  before_ = picture_;
+  fading_.start();
+}
+
 void ChartView::setPlotHeight(int height) {
   plotHeight_ = height;
   updateGeometry();
@@ -181,6 +199,7 @@ void ChartView::themeChanged() {
 void ChartView::resizeEvent(QResizeEvent* event) {
   Painted::resizeEvent(event);
   right_ = data_.end;
+  before_ = {};
   forgetPicture();
 }
 

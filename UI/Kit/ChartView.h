@@ -8,6 +8,7 @@
 #include "UI/Kit/Type.h"
 
 #include <QPixmap>
+#include <QVariantAnimation>
 
 #include <functional>
 #include <optional>
@@ -75,6 +76,7 @@ private:
 
   void forgetPicture();
   bool movePicture(const ChartData& before);
+  void fadePicture();
   void paintPicture();
   void paintGrid(QPainter& painter) const;
   void paintTotal(QPainter& painter) const;
@@ -114,6 +116,8 @@ private:
   QPixmap picture_;
   Date right_; ///< of the picture: a live one moves by whole device pixels
   Paints paints_;
+  QPixmap before_; ///< of the range that was shown, while it fades
+  QVariantAnimation fading_;
   std::function<void(std::optional<Date>)> pinHandler_;
   std::function<void(std::size_t)> rangeHandler_;
 };

@@ -303,6 +303,7 @@ void MeasureView::updateList() {
   const auto& list = session_.list();
   table_->setData(list.table);
   table_->setVisible(list.isThere && !list.table.rows.empty());
+  listTitle_->parentWidget()->setVisible(list.isThere);
   set(*note_, list.note);
   set(*empty_, list.isThere ? list.empty : "");
   set(*footnote_, session_.page().footnote);
