@@ -29,5 +29,7 @@ std::vector<GalleryView> measureViews();
 std::vector<GalleryView> kitViews();
 /// The window's pages and the panel.
 std::vector<GalleryView> pageViews();
+/// Free Up Space.
+std::vector<GalleryView> storageViews();
 
 } // namespace korvell

@@ -101,7 +101,7 @@ struct StoragePage {
   Figure total;
   std::optional<StorageDisk> disk; ///< absent where the volume is not known
   std::vector<StorageRows> groups;
-  std::vector<Freed> log; ///< the newest clean-ups first; not while scanning
+  std::vector<Freed> log; ///< the newest clean-ups first
   std::string freed;      ///< "Freed with Korvell: 128 GB"; empty before anything was
   StorageFooter footer;
 
