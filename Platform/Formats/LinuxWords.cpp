@@ -30,7 +30,12 @@ constexpr LocalizedText words[] = {
      "from apps you already deleted.",
      "Background programs that launch with your computer. Leftovers point to programs that no longer exist, "
      "usually from apps you already deleted."},
+    {"Your launch agents", "Your startup programs"},
+    {"Launch agents for all users", "Startup programs for all users"},
+    {"System daemons", "System services"},
     {"Show Folder in Finder", "Show Folder"},
+    {"Show {folder} in Finder", "Show {folder}"},
+    {"Show File in Finder", "Show File"},
     {"Files apps keep in ~/Library/Caches. Apps rebuild them, but some may sign you out or download content "
      "again.",
      "Files apps keep in ~/.cache. Apps rebuild them, but some may sign you out or download content again."},

@@ -22,15 +22,17 @@ std::string clockTextWithSeconds(const TimeZone& zone, Date date) {
   return fmt::format("{}:{:02}", clockText(zone, date), localTime(zone, date).second);
 }
 
-std::string dayAndTime(const TimeZone& zone, Date date, Date now) {
+std::string dayWords(const TimeZone& zone, Date date, Date now) {
   constexpr std::int64_t week = 7;
-  const auto time = clockText(zone, date);
   const auto age = localDay(zone, now).number - localDay(zone, date).number;
-  if (age == 0) return localized("Today, {time}", {{"time", time}});
-  if (age == 1) return localized("Yesterday, {time}", {{"time", time}});
+  if (age == 0) return localized("Today");
+  if (age == 1) return localized("Yesterday");
   const bool isRecent = age > 0 && age < week;
-  const auto day = isRecent ? weekdayName(localTime(zone, date).weekday) : dayText(localDay(zone, date));
-  return localized("{day}, {time}", {{"day", day}, {"time", time}});
+  return isRecent ? weekdayName(localTime(zone, date).weekday) : dayText(localDay(zone, date));
+}
+
+std::string dayAndTime(const TimeZone& zone, Date date, Date now) {
+  return localized("{day}, {time}", {{"day", dayWords(zone, date, now)}, {"time", clockText(zone, date)}});
 }
 
 std::string counted(std::int64_t count, std::string_view one, std::string_view many) {
