@@ -1,0 +1,209 @@
+#include "UI/Alerts/AlertsView.h"
+
+#include "Base/Localization.h"
+#include "Core/Health/SeenAlerts.h"
+#include "Core/Health/WeeklyReport.h"
+#include "UI/Alerts/AlertSettings.h"
+#include "UI/Kit/FigureText.h"
+#include "UI/Kit/Icons.h"
+#include "UI/Kit/Paint.h"
+#include "UI/Parts/PartViews.h"
+
+#include <QEvent>
+
+namespace korvell {
+
+namespace {
+
+constexpr int sideWidth = 284, wideSide = 320, wideFrom = 1000, sideGap = 22;
+constexpr int iconSize = 18, textLeft = 34;
+
+} // namespace
+
+class AlertsView::Row final : public ListRow {
+public:
+  using Handler = std::function<void(const AlertsPage::Lead&)>;
+
+  Row(const Theme& theme, Handler follow, QWidget* parent)
+      : ListRow(theme, parent), follow_(std::move(follow)),
+        icon_(new IconLabel(theme, Icon::alerts, iconSize, Token::text2, this)),
+        title_(new TextLabel(theme, TextStyle::strong, Token::text1, "", this)),
+        detail_(new TextLabel(theme, TextStyle::small, Token::text2, "", this)),
+        time_(new FigureLabel(theme, TextStyle::small, this)),
+        button_(new Button(theme, Button::Kind::quiet, "", this)) {
+    title_->setWrapped();
+    detail_->setWrapped();
+    time_->setTokens(Token::text3, Token::text3);
+    button_->setHeight(Button::Height::compact);
+    button_->setMark(Button::Mark::chevron);
+    button_->onPress([this] {
+      if (const auto lead = alert_.lead) follow_(*lead);
+    });
+    layOut();
+  }
+
+  void show(const AlertsPage::Alert& alert) {
+    if (alert == alert_) return;
+    alert_ = alert;
+    setName(alert.spoken);
+    icon_->setIcon(alert.icon, Token::text2);
+    title_->setWords(alert.title);
+    detail_->setWords(alert.detail);
+    time_->setFigure({alert.time, {}});
+    button_->setVisible(alert.lead.has_value());
+    if (alert.lead) button_->setWords(alert.lead->words);
+    Painted::update();
+  }
+
+  Control* action() const override { return button_; }
+
+protected:
+  void draw(QPainter& painter) override {
+    ListRow::draw(painter);
+    if (!alert_.isNew) return;
+    constexpr double middle = 7, radius = 3;
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(theme().color(Token::accent));
+    painter.drawEllipse(fromStart(*this, middle - radius, icon_->geometry().center().y() + 0.5 - radius,
+                                  2 * radius, 2 * radius));
+  }
+
+private:
+  void layOut() {
+    auto* row = bare<QHBoxLayout>(this);
+    row->setContentsMargins(rowInset, 12, rowInset, 11);
+    row->addWidget(icon_, 0, Qt::AlignTop);
+    icon_->setFixedSize(iconSize, iconSize + 4); // on the middle of the title and a little lower
+    row->addSpacing(textLeft - iconSize);
+    auto* words = new QVBoxLayout;
+    words->setSpacing(2);
+    words->addWidget(title_);
+    words->addWidget(detail_);
+    words->addStretch(1);
+    row->addLayout(words, 1);
+    row->addSpacing(12);
+    auto* end = new QVBoxLayout;
+    end->setSpacing(0);
+    end->addWidget(time_, 0, Qt::AlignRight);
+    auto* button = new QHBoxLayout;
+    button->setContentsMargins(0, 0, 0, 0);
+    button->addWidget(button_, 0, Qt::AlignRight | Qt::AlignTop);
+    end->addLayout(button);
+    end->addStretch(1);
+    row->addLayout(end);
+  }
+
+  const Handler follow_;
+  AlertsPage::Alert alert_;
+  IconLabel* icon_;
+  TextLabel *title_, *detail_;
+  FigureLabel* time_;
+  Button* button_;
+};
+
+AlertsView::AlertsView(Services services, QWidget* parent)
+    : ListPage(services.theme, SidebarItem::alerts, parent), services_(std::move(services)),
+      halves_(new QBoxLayout(QBoxLayout::LeftToRight)), list_(new QWidget(content_)),
+      empty_(new EmptyState(
+          theme_, Icon::alerts, localized("No alerts."),
+          localized("An alert means that something stayed bad for minutes. A short peak raises none."),
+          list_)),
+      rule_(new Hairline(theme_, content_, Qt::Vertical)),
+      settings_(new AlertSettings(
+          theme_,
+          {.alerts = [this](HealthAlert::Kind kind,
+                            bool isOn) { services_.ask(SwitchAlertsRequest{.kind = kind, .enabled = isOn}); },
+           .report =
+               [this](bool isOn) {
+                 services_.ask(
+                     ChangeSettingRequest{.key = std::string(WeeklyReport::enabledKey), .value = isOn});
+               }},
+          content_)),
+      cycles_(services_.model.cycle.observe([this](std::int64_t) { update(); })) {
+  column_->addLayout(halves_, 1);
+  halves_->setSpacing(0);
+  auto* list = bare<QVBoxLayout>(list_);
+  daysColumn_ = new QVBoxLayout;
+  daysColumn_->setSpacing(0);
+  list->addLayout(daysColumn_);
+  list->addWidget(empty_, 1);
+  list->addStretch(0);
+  halves_->addWidget(list_, 1);
+  halves_->addSpacing(sideGap - rowInset);
+  halves_->addWidget(rule_);
+  halves_->addSpacing(sideGap - 1);
+  halves_->addWidget(settings_);
+  halves_->addSpacing(rowInset);
+  update();
+}
+
+std::vector<ListRow*> AlertsView::rows() const {
+  std::vector<ListRow*> all;
+  for (const auto* day : days_) all.insert(all.end(), day->rows().begin(), day->rows().end());
+  return all;
+}
+
+void AlertsView::arrange(bool isNarrow) {
+  halves_->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+  rule_->setVisible(!isNarrow);
+  const int wide = theme_.scaled(width() - 2 * 28 > wideFrom ? wideSide : sideWidth);
+  settings_->setMinimumWidth(isNarrow ? 0 : wide);
+  settings_->setMaximumWidth(isNarrow ? QWIDGETSIZE_MAX : wide);
+  settings_->setContentsMargins(isNarrow ? rowInset : 0, 0, isNarrow ? rowInset : 0, 0);
+}
+
+void AlertsView::showEvent(QShowEvent* event) {
+  ListPage::showEvent(event);
+  see();
+}
+
+void AlertsView::changeEvent(QEvent* event) {
+  ListPage::changeEvent(event);
+  if (event->type() == QEvent::ActivationChange) see();
+}
+
+void AlertsView::see() {
+  if (!isVisible() || !isActiveWindow() || fresh_.empty()) return;
+  const auto now = services_.model.snapshot->date;
+  if (newAlerts(*services_.model.alerts, services_.defaults, now) == 0) return;
+  // What can't be stored stays new, here and wherever else alerts are counted.
+  if (markSeen(*services_.model.alerts, services_.defaults, now) && services_.seen) services_.seen();
+}
+
+void AlertsView::update() {
+  fresh_.merge(newAlertIDs(services_.model, services_.defaults));
+  auto page = alertsPage(services_.model, {services_.zone, services_.defaults, services_.sections, fresh_});
+  // A switch that could not be stored springs back, also when the page is what it was.
+  settings_->show(page);
+  if (shown_ != page) {
+    shown_ = std::move(page);
+    say(shown_->summary);
+    empty_->setVisible(shown_->days.empty());
+    fitRows(days_, shown_->days.size(), [this] {
+      auto* day = new RowGroup(theme_, list_);
+      daysColumn_->addWidget(day);
+      day->show();
+      return day;
+    });
+    for (std::size_t i = 0; i < days_.size(); ++i) {
+      const auto& day = shown_->days[i];
+      days_[i]->setTitle(day.title);
+      days_[i]->fit(day.alerts.size(), [this](QWidget* parent) {
+        return new Row(
+            theme_, [this](const AlertsPage::Lead& lead) { follow(lead); }, parent);
+      });
+      for (std::size_t j = 0; j < day.alerts.size(); ++j)
+        static_cast<Row*>(days_[i]->rows()[j])->show(day.alerts[j]);
+    }
+  }
+  see();
+}
+
+void AlertsView::follow(const AlertsPage::Lead& lead) {
+  if (lead.moment)
+    services_.showMoment(lead.section, *lead.moment);
+  else
+    services_.open(lead.section);
+}
+
+} // namespace korvell

@@ -1,0 +1,97 @@
+#include "UI/Servers/ServersView.h"
+
+#include "Base/Localization.h"
+#include "UI/Kit/Native.h"
+#include "UI/Parts/PartViews.h"
+#include "UI/Servers/ServerRows.h"
+
+namespace korvell {
+
+ServersView::ServersView(Services services, QWidget* parent)
+    : ListPage(services.theme, SidebarItem::devServers, parent), services_(std::move(services)),
+      handlers_{.stop = [this](const StopServerRequest& request) { services_.ask(request); },
+                .open = [this](const std::string& address) { services_.openAddress(address); }},
+      notice_(new Notice(theme_, Icon::clock, localized("Stop All Idle…"), content_)),
+      measuring_(new TextLabel(theme_, TextStyle::body, Token::text2, localized("Measuring…"), content_)),
+      empty_(new EmptyState(theme_, Icon::servers, localized("No dev servers running"),
+                            localized("Anything you start from a project folder that listens on a port shows "
+                                      "up here, grouped by project."),
+                            content_)),
+      list_(new QWidget(content_)), heads_(new ServerHeads(theme_, list_)),
+      cycles_(services_.model.cycle.observe([this](std::int64_t) { update(); })) {
+  build();
+  update();
+}
+
+void ServersView::build() {
+  const auto inset = [this](QWidget* widget, QBoxLayout& column) {
+    auto* line = new QHBoxLayout;
+    line->setContentsMargins(rowInset, 0, rowInset, 0);
+    line->addWidget(widget);
+    column.addLayout(line);
+  };
+  inset(notice_, *column_);
+  inset(measuring_, *column_);
+  column_->addWidget(empty_, 1);
+  column_->addWidget(list_);
+  column_->addStretch(0);
+  notice_->button().onPress([this] { services_.ask(StopIdleServersRequest{}); });
+  auto* list = bare<QVBoxLayout>(list_);
+  list->addWidget(heads_);
+  blocksColumn_ = new QVBoxLayout;
+  blocksColumn_->setSpacing(0);
+  list->addLayout(blocksColumn_);
+  inset(new Hairline(theme_, list_), *list);
+  list->addSpacing(11);
+  for (const auto& words :
+       {localized("Idle means more than 30 minutes below 1% of a core, with everything the server started "
+                  "counted in."),
+        localized(
+            "Stopping asks the server to end; after 3 seconds it is ended. Its files stay as they are.")}) {
+    auto* note = new TextLabel(theme_, TextStyle::small, Token::text3, words, list_);
+    note->setWrapped();
+    inset(note, *list);
+  }
+}
+
+std::vector<ListRow*> ServersView::rows() const {
+  std::vector<ListRow*> all;
+  for (const auto* block : blocks_) all.insert(all.end(), block->rows().begin(), block->rows().end());
+  return all;
+}
+
+void ServersView::update() {
+  auto page = serversPage(services_.model, services_.home);
+  if (shown_ && isInUse()) page = settled(std::move(page), *shown_);
+  if (shown_ == page) return;
+  shown_ = std::move(page);
+  say(shown_->summary);
+  const bool hasServers = !shown_->projects.empty();
+  measuring_->setVisible(!shown_->isMeasured);
+  empty_->setVisible(shown_->isMeasured && !hasServers);
+  list_->setVisible(hasServers);
+  notice_->setVisible(shown_->idle.has_value());
+  if (shown_->idle) notice_->show(shown_->idle->sentence, shown_->idle->detail);
+  fitRows(blocks_, shown_->projects.size(), [this] {
+    auto* block = new ProjectBlock(theme_, handlers_, bool(services_.showFolder), list_);
+    blocksColumn_->addWidget(block);
+    block->QWidget::show();
+    const auto index = blocks_.size();
+    block->onMenu([this, index](QPoint where) { showMenu(shown_->projects[index], where); });
+    return block;
+  });
+  for (std::size_t i = 0; i < blocks_.size(); ++i) blocks_[i]->show(shown_->projects[i], i == 0);
+}
+
+void ServersView::showMenu(const ServersPage::Project& project, QPoint where) {
+  auto* menu = new Menu(theme_, this);
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  for (const auto& folder : project.folders)
+    menu->add(Icon::folder,
+              project.folders.size() == 1 ? localized("Show Folder in Finder")
+                                          : localized("Show {folder} in Finder", {{"folder", folder}}),
+              [this, folder] { services_.showFolder(folder); });
+  menu->popup(where);
+}
+
+} // namespace korvell
