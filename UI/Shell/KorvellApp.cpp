@@ -4,11 +4,16 @@
 #include "Base/FreeMemory.h"
 #include "Base/SystemQueue.h"
 #include "Core/Health/SeenAlerts.h"
+#include "UI/Alerts/AlertsView.h"
 #include "UI/Kit/Native.h"
 #include "UI/Kit/Text.h"
 #include "UI/Kit/Type.h"
 #include "UI/Measures/MeasureView.h"
 #include "UI/Overview/HealthView.h"
+#include "UI/Servers/ServersView.h"
+#include "UI/Shell/FileManager.h"
+#include "UI/Startup/StartupView.h"
+#include "UI/Storage/StorageView.h"
 
 #include <QApplication>
 #include <QFontInfo>
@@ -28,6 +33,12 @@ constexpr int sameClick = 300; // milliseconds
 void keepWith(QWidget& widget, Subscription subscription) {
   QObject::connect(&widget, &QObject::destroyed, [subscription = std::move(subscription)] {});
 }
+
+/// The sections that have a page.
+constexpr SidebarItem pages[] = {SidebarItem::overview, SidebarItem::cpu,     SidebarItem::memory,
+                                 SidebarItem::disk,     SidebarItem::network, SidebarItem::gpu,
+                                 SidebarItem::energy,   SidebarItem::storage, SidebarItem::devServers,
+                                 SidebarItem::startup,  SidebarItem::alerts};
 
 void complain(const std::string& trouble) { std::fprintf(stderr, "korvell: %s\n", trouble.c_str()); }
 
@@ -137,9 +148,8 @@ void KorvellApp::show(std::optional<SidebarItem> item) {
 }
 
 SidebarFacts KorvellApp::sidebarFacts() const {
-  SidebarFacts facts{.sections = {SidebarItem::overview, SidebarItem::cpu, SidebarItem::memory,
-                                  SidebarItem::disk, SidebarItem::network, SidebarItem::gpu,
-                                  SidebarItem::energy}};
+  SidebarFacts facts{.sections = {std::begin(pages), std::end(pages)}};
+  if (scanner_) facts.reclaimable = scanner_->reclaimableBytes();
   facts.newAlerts = int(newAlerts(*model_->alerts, *host_.defaults, model_->snapshot->date));
   return facts;
 }
@@ -147,7 +157,52 @@ SidebarFacts KorvellApp::sidebarFacts() const {
 std::unique_ptr<Page> KorvellApp::makePage(SidebarItem item, QWidget& window, Banner& banner) {
   if (item == SidebarItem::overview) return makeHealthPage(window, banner);
   if (const auto measure = metric(item)) return makeMeasurePage(*measure, window, banner);
-  return nullptr;
+  const auto ask = [this, &window, &banner](const ActionRequest& request) {
+    errands_.run(request, window, banner);
+  };
+  const auto open = [this](SidebarItem section) { model_->selection.set(section); };
+  switch (item) {
+  case SidebarItem::storage:
+    scanner_ = &storage_();
+    return std::make_unique<StorageView>(StorageView::Services{.scanner = *scanner_,
+                                                               .model = *model_,
+                                                               .zone = *host_.zone,
+                                                               .defaults = *host_.defaults,
+                                                               .home = host_.folders.home,
+                                                               .theme = theme_,
+                                                               .ask = ask,
+                                                               .reveal = showInFileManager});
+  case SidebarItem::devServers:
+    return std::make_unique<ServersView>(ServersView::Services{.model = *model_,
+                                                               .theme = theme_,
+                                                               .home = host_.folders.home,
+                                                               .ask = ask,
+                                                               .openAddress = openAddress,
+                                                               .showFolder = openFolder},
+                                         &window);
+  case SidebarItem::startup:
+    return std::make_unique<StartupView>(
+        StartupView::Services{.model = *model_, .theme = theme_, .ask = ask, .showFile = showInFileManager},
+        &window);
+  case SidebarItem::alerts:
+    return std::make_unique<AlertsView>(
+        AlertsView::Services{.model = *model_,
+                             .theme = theme_,
+                             .zone = *host_.zone,
+                             .defaults = *host_.defaults,
+                             .sections = {std::begin(pages), std::end(pages)},
+                             .ask = ask,
+                             .open = open,
+                             .showMoment =
+                                 [this, open](SidebarItem section, Date moment) {
+                                   moment_ = moment;
+                                   open(section);
+                                 },
+                             .seen = [this] { window_.refresh(); }},
+        &window);
+  default:
+    return nullptr;
+  }
 }
 
 std::unique_ptr<Page> KorvellApp::makeMeasurePage(Metric metric, QWidget& window, Banner& banner) {
@@ -161,7 +216,9 @@ std::unique_ptr<Page> KorvellApp::makeMeasurePage(Metric metric, QWidget& window
               &banner](const ActionRequest& request) { errands_.run(request, window, banner); },
       .open = [this](SidebarItem section) { model_->selection.set(section); }};
   if (host_.openBatterySettings) services.openBatterySettings = [this] { openBatterySettings(); };
-  return std::make_unique<MeasureView>(std::move(services), metric);
+  auto page = std::make_unique<MeasureView>(std::move(services), metric);
+  if (const auto moment = std::exchange(moment_, std::nullopt)) page->session().show(*moment);
+  return page;
 }
 
 std::unique_ptr<Page> KorvellApp::makeHealthPage(QWidget& window, Banner& banner) {

@@ -70,6 +70,8 @@ private:
   std::unique_ptr<AppModel> model_;
   LiveDirections directions_{*model_};
   std::function<StorageScanner&()> storage_; ///< made by the first call
+  StorageScanner* scanner_ = nullptr;        ///< once it was made
+  std::optional<Date> moment_;               ///< for the measure's page that is opened next
   std::unique_ptr<ModelActions> actions_;
   Errands errands_;
   std::optional<double> weekScore_;

@@ -62,6 +62,7 @@ public:
   }
 
   Banner& banner() { return banner_; }
+  void refreshSidebar() { sidebar_.show(sidebar(services_.model, shown_, services_.facts())); }
 
 protected:
   void resizeEvent(QResizeEvent* event) override {
@@ -186,8 +187,6 @@ private:
     refreshSidebar();
   }
 
-  void refreshSidebar() { sidebar_.show(sidebar(services_.model, shown_, services_.facts())); }
-
   void keepFrame() const {
     if (isMaximized() || isFullScreen()) return;
     const auto frame = geometry();
@@ -228,6 +227,10 @@ void MainWindow::show(std::optional<SidebarItem> item) {
 void MainWindow::tell(const std::string& sentence, const std::string& detail) {
   told_ = {sentence, detail};
   if (frame_) frame_->banner().say(Tone::info, sentence, detail);
+}
+
+void MainWindow::refresh() {
+  if (frame_) frame_->refreshSidebar();
 }
 
 bool MainWindow::isVisible() const { return frame_ && frame_->isVisible(); }

@@ -46,6 +46,8 @@ public:
   void show(std::optional<SidebarItem> item);
   /// A sentence above the page, for as long as the window is open.
   void tell(const std::string& sentence, const std::string& detail);
+  /// What the sidebar tells beside the model has changed.
+  void refresh();
   bool isVisible() const;
   QWidget* widget() const;
 

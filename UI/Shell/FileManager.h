@@ -1,0 +1,14 @@
+#pragma once
+// The desktop's file manager and browser. Both return at once; nothing happens where there is none.
+
+#include <string>
+
+namespace korvell {
+
+/// Opens the folder of a path with the item selected, where the file manager can do that.
+void showInFileManager(const std::string& path);
+void openFolder(const std::string& path);
+/// In the browser.
+void openAddress(const std::string& address);
+
+} // namespace korvell
