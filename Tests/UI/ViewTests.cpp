@@ -134,9 +134,21 @@ TEST_F(ViewTests, sideColumnsMoveBelowInANarrowPage) {
       << "six in a row";
 }
 
+TEST_F(ViewTests, aScrollBarTakesNoRoomFromThePage) {
+  const auto right = [&](int height) {
+    const auto view = health(page(*usualMachine()), {663, height});
+    QApplication::processEvents();
+    const auto& tile = *all<TileView>(*view)[2];
+    return tile.mapTo(view.get(), tile.rect().topRight()).x();
+  };
+  EXPECT_EQ(right(1400), right(400));
+}
+
 TEST_F(ViewTests, thePanelAsksForTheHeightOfWhatItShows) {
   const auto usual = panel(panelPage(*usualMachine(), UsageKey::memory, 84, true));
   EXPECT_EQ(usual->sizeHint(), QSize(360, 672));
+  const auto& tile = *all<TileView>(*usual)[1];
+  EXPECT_EQ(tile.mapTo(usual.get(), tile.rect().topRight()).x(), 360 - 16 - 1);
   EXPECT_THAT(problemsOf(*usual), IsEmpty());
   const auto model = troubledMachine();
   usual->show(panelPage(*model, UsageKey::memory, 84, true));

@@ -141,7 +141,7 @@ HealthView::HealthView(const Theme& theme, QWidget* parent)
   rows_->addWidget(bottomHolder);
   rows_->addStretch(1);
   scroll_->setContent(*content_);
-  content_->installEventFilter(this);
+  scroll_->viewport()->installEventFilter(this);
   ring_->onHover([this](std::optional<std::size_t> share) {
     for (std::size_t i = 0; i < findings_.size(); ++i) findings_[i]->setPointedAt(share == i);
   });
@@ -316,8 +316,7 @@ void HealthView::resizeEvent(QResizeEvent* event) {
 }
 
 bool HealthView::eventFilter(QObject* watched, QEvent* event) {
-  // The scroll bar has come or gone.
-  if (watched == content_ && event->type() == QEvent::Resize) arrange();
+  if (event->type() == QEvent::Resize) arrange();
   return Page::eventFilter(watched, event);
 }
 

@@ -41,7 +41,7 @@ PanelView::PanelView(const Theme& theme, Handlers handlers, QWidget* parent)
   middle_ = makeMiddle();
   middle_->layout()->setContentsMargins(middleMargins);
   scroll_->setContent(*middle_);
-  middle_->installEventFilter(this);
+  scroll_->viewport()->installEventFilter(this);
   rows->addWidget(scroll_, 1);
   rows->addWidget(new Hairline(theme, this));
   rows->addWidget(footer_ = makeFooter());
@@ -211,9 +211,10 @@ void PanelView::showHead(const HealthHead& head) {
 }
 
 bool PanelView::eventFilter(QObject* watched, QEvent* event) {
-  // The scroll bar has come or gone.
-  if (watched == middle_ && event->type() == QEvent::Resize)
+  if (event->type() == QEvent::Resize) {
     middle_->layout()->setContentsMargins(besideBar(middleMargins, *scroll_));
+    middle_->layout()->activate();
+  }
   return QWidget::eventFilter(watched, event);
 }
 

@@ -32,6 +32,8 @@ public:
 
   /// Of the whole without scrolling.
   QSize sizeHint() const override;
+  /// Its width never changes.
+  bool hasHeightForWidth() const override { return false; }
 
 protected:
   bool eventFilter(QObject* watched, QEvent* event) override;

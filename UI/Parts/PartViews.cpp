@@ -8,10 +8,9 @@
 #include "UI/Kit/Text.h"
 #include "UI/Kit/Tone.h"
 
-#include <QAbstractScrollArea>
 #include <QBoxLayout>
 #include <QKeyEvent>
-#include <QScrollBar>
+#include <QScrollArea>
 #include <algorithm>
 
 namespace korvell {
@@ -473,12 +472,8 @@ void AppRows::move(const AppRowView& from, int by) {
   rows_[std::size_t(next)]->setFocus(Qt::TabFocusReason);
 }
 
-int barLane(const QAbstractScrollArea& area) {
-  return area.verticalScrollBar()->maximum() > 0 ? area.width() - area.viewport()->width() : 0;
-}
-
-QMargins besideBar(QMargins margins, const QAbstractScrollArea& area) {
-  const int lane = barLane(area);
+QMargins besideBar(QMargins margins, const QScrollArea& area) {
+  const int lane = area.width() - area.viewport()->width();
   if (area.isRightToLeft())
     margins.setLeft(std::max(0, margins.left() - lane));
   else

@@ -10,7 +10,7 @@
 #include <functional>
 #include <vector>
 
-class QAbstractScrollArea;
+class QScrollArea;
 class QBoxLayout;
 
 namespace korvell {
@@ -168,11 +168,9 @@ private:
   std::function<void()> open_;
 };
 
-/// How much of a scroll area's width its bar takes at the moment: margins that give way by it keep the
-/// content where it is.
-int barLane(const QAbstractScrollArea& area);
-/// Margins with the bar's lane taken from the side where the bar is.
-QMargins besideBar(QMargins margins, const QAbstractScrollArea& area);
+/// Margins with the lane of the bar, where there is one, taken from its side: what they surround stays in
+/// place. To be asked again when the viewport is resized, which is when a bar comes or goes.
+QMargins besideBar(QMargins margins, const QScrollArea& area);
 
 /// Brings a list of row widgets to that length; new ones come from `make`.
 template <class View, class Make>
