@@ -36,6 +36,7 @@ constexpr LocalizedText words[] = {
     {"Show Folder in Finder", "Show Folder"},
     {"Show {folder} in Finder", "Show {folder}"},
     {"Show File in Finder", "Show File"},
+    {"Show in Finder", "Show in File Manager"},
     {"Files apps keep in ~/Library/Caches. Apps rebuild them, but some may sign you out or download content "
      "again.",
      "Files apps keep in ~/.cache. Apps rebuild them, but some may sign you out or download content again."},

@@ -9,7 +9,7 @@
 
 #include <QApplication>
 #include <QBoxLayout>
-#include <QKeyEvent>
+#include <QMouseEvent>
 
 namespace korvell {
 
@@ -121,13 +121,12 @@ public:
   ~Framed() override { delete page_; }
 
   StorageView& page() { return *page_; }
-  /// The first row with that state of the keyboard's way through the list.
-  void press(std::size_t row, std::initializer_list<int> keys) {
-    page_->list().rows().at(row)->setFocus(Qt::TabFocusReason);
-    for (const int key : keys) {
-      QKeyEvent event(QEvent::KeyPress, key, {});
-      QApplication::sendEvent(page_->list().rows().at(row), &event);
-    }
+  QWidget& row(std::size_t index) { return *page_->list().rows().at(index); }
+  /// As a click beside its box does.
+  void unfold(std::size_t index) {
+    const QPointF at(row(index).width() / 2.0, row(index).height() / 2.0);
+    QMouseEvent press(QEvent::MouseButtonPress, at, at, Qt::LeftButton, Qt::LeftButton, {});
+    QApplication::sendEvent(&row(index), &press);
   }
 
 private:
@@ -155,8 +154,7 @@ Made scanningView(const Theme& theme) {
 
 Made foundView(const Theme& theme) {
   auto made = std::make_unique<Framed>(theme, [](StorageWorld& world) { world.tickProjects(); });
-  made->press(0, {Qt::Key_Right});
-  made->page().list().rows().front()->clearFocus();
+  made->unfold(0);
   return made;
 }
 
@@ -169,8 +167,8 @@ Made unfoldedView(const Theme& theme) {
     StorageLog::record(std::int64_t(1.62 * giga), world.found.date - Seconds{3'600}, world.defaults);
   });
   const auto count = made->page().list().rows().size();
-  for (std::size_t row = count; row-- > 0;) made->press(row, {Qt::Key_Right});
-  made->press(2, {Qt::Key_Down});
+  for (std::size_t row = count; row-- > 0;) made->unfold(row);
+  made->row(2).setFocus(Qt::TabFocusReason);
   return made;
 }
 
@@ -221,8 +219,8 @@ Made longView(const Theme& theme) {
     world.model.snapshot.set({});
     world.scanner.result.set(world.found);
   });
-  made->press(1, {Qt::Key_Right});
-  made->press(0, {Qt::Key_Right});
+  made->unfold(1);
+  made->unfold(0);
   return made;
 }
 

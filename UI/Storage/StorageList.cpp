@@ -31,6 +31,7 @@ constexpr double chevronSize = 16, chevronHit = 28, sizeEnd = 28, barEnd = 102, 
 constexpr double barWidth = 104, narrowBar = 56, barGap = 10, barHeight = 6;
 constexpr double narrow = 560; ///< below, bars are short
 constexpr double headHeight = 40, firstHead = 32, rowHeight = 38, itemHeight = 29, pad = 8, afterItems = 6;
+constexpr double leastDetail = 72;
 constexpr int pageOfRows = 10;
 
 CheckBox::State boxState(Ticks ticks) {
@@ -126,6 +127,9 @@ protected:
     }
     return Painted::event(event);
   }
+  /// Captions are too weak on the wash of the row that has the focus.
+  Token captionToken() const { return hasFocus() ? Token::text2 : Token::text3; }
+  virtual void focusChanged() {}
   /// Where a press is told from the side where reading begins. True: it was more than choosing the row.
   virtual bool pressedAt(double from) = 0;
   void mousePressEvent(QMouseEvent* event) override {
@@ -142,10 +146,12 @@ protected:
   void focusInEvent(QFocusEvent* event) override {
     hasRing_ = isKeyboard(event->reason());
     list_.become(*this);
+    focusChanged();
     update();
     Painted::focusInEvent(event);
   }
   void focusOutEvent(QFocusEvent* event) override {
+    focusChanged();
     update();
     Painted::focusOutEvent(event);
   }
@@ -205,6 +211,7 @@ public:
 
 protected:
   bool pressedAt(double) override { return setUnfolded(!row_.isUnfolded); }
+  void focusChanged() override { explanation_->setToken(captionToken()); }
   void resizeEvent(QResizeEvent*) override { arrange(); }
   void changeEvent(QEvent* event) override {
     if (event->type() == QEvent::LayoutDirectionChange) arrange();
@@ -343,16 +350,17 @@ protected:
     const double room = dateFrom - (date.isEmpty() ? 0 : 16) - from;
     const double titleNatural = textWidth(theme(), TextStyle::body, title);
     const double detailNatural = textWidth(theme(), TextStyle::small, detail);
-    const double titleWide = std::min(titleNatural, std::max(room * 0.6, room - detailNatural - gap));
+    // A path of a few letters tells nothing: the name takes its room.
+    const bool hasDetail = room - titleNatural - gap >= std::min(detailNatural, leastDetail);
+    const double titleWide = std::min(titleNatural, room);
     isElided_ = drawText(painter, middled(from, titleWide, height()), theme(), TextStyle::body, Token::text1,
                          title, Qt::AlignLeft, Qt::ElideMiddle);
-    const double left = room - titleWide - gap;
-    if (left >= std::min(detailNatural, 40.0))
-      isElided_ |= drawText(painter, middled(from + titleWide + gap, std::min(left, detailNatural), height()),
-                            theme(), TextStyle::small, secondToken(), detail, Qt::AlignLeft, Qt::ElideMiddle);
-    else
-      isElided_ = true;
-    drawText(painter, middled(dateFrom, dateWide, height()), theme(), TextStyle::small, secondToken(), date);
+    if (hasDetail)
+      isElided_ |= drawText(
+          painter, middled(from + titleWide + gap, std::min(room - titleWide - gap, detailNatural), height()),
+          theme(), TextStyle::small, captionToken(), detail, Qt::AlignLeft, Qt::ElideMiddle);
+    isElided_ |= !hasDetail;
+    drawText(painter, middled(dateFrom, dateWide, height()), theme(), TextStyle::small, captionToken(), date);
     drawSize(painter, TextStyle::body, Token::text2, row_.size);
     if (isLit() && canReveal())
       drawIcon(painter, Icon::folder, middled(end() - chevronSize - 1, chevronSize, chevronSize),
@@ -360,8 +368,6 @@ protected:
   }
 
 private:
-  /// Captions are too weak on the wash of the row that has the focus.
-  Token secondToken() const { return hasFocus() ? Token::text2 : Token::text3; }
   bool canReveal() const { return list_.actions_.reveal && !row_.path.empty(); }
   bool reveal() {
     if (canReveal()) list_.actions_.reveal(row_.path);
@@ -414,8 +420,11 @@ public:
   explicit Note(StorageList& list)
       : QWidget(&list), words_(new TextLabel(list.theme(), TextStyle::small, Token::text2, "", this)) {
     auto* line = new QHBoxLayout(this);
-    line->setContentsMargins(qRound(inset + textFrom), 2, qRound(inset + sizeEnd), qRound(pad));
-    line->addWidget(words_);
+    line->setContentsMargins(0, 2, 0, qRound(pad));
+    line->setSpacing(0);
+    line->addSpacing(qRound(inset + textFrom));
+    line->addWidget(words_, 1);
+    line->addSpacing(qRound(inset + sizeEnd));
     words_->setWrapped();
     fixHeight(*this);
   }
@@ -524,6 +533,10 @@ void StorageList::moveTo(std::ptrdiff_t index) {
   if (actions_.moved) actions_.moved(row);
 }
 
+void StorageList::takeFocus() {
+  if (current_) current_->setFocus(Qt::OtherFocusReason);
+}
+
 /// Folds the category that an item belongs to, and goes there.
 void StorageList::foldUnder(Row& row) {
   auto index = indexOf(&row);
@@ -534,8 +547,7 @@ void StorageList::foldUnder(Row& row) {
 
 /// What a row with the focus does not take comes here.
 void StorageList::keyPressEvent(QKeyEvent* event) {
-  if (!current_ || !current_->hasFocus() || (event->modifiers() & ~Qt::KeypadModifier))
-    return event->ignore();
+  if (!current_ || (event->modifiers() & ~Qt::KeypadModifier)) return event->ignore();
   auto& row = *current_;
   const auto index = indexOf(&row);
   switch (event->key()) {

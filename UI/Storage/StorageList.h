@@ -37,6 +37,9 @@ public:
 
   void setGroups(const std::vector<StorageRows>& groups);
 
+  /// To the row that Tab comes to.
+  void takeFocus();
+
   QAccessible::Role role() const override { return QAccessible::List; }
 
   /// The rows with boxes, from the top: what the keyboard goes through.

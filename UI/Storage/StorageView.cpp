@@ -84,6 +84,7 @@ void StorageView::build() {
   buildHead();
   buildFooter();
   scroll_->setContent(*content_);
+  scroll_->viewport()->installEventFilter(this);
   column_ = new QVBoxLayout(content_);
   column_->setSpacing(0);
   column_->addWidget(list_);
@@ -104,8 +105,8 @@ void StorageView::buildBlank() {
   rows->setSpacing(0);
   rows->addStretch(4);
   const auto centred = [&](QWidget* widget, int before) {
-    rows->addSpacing(before);
     auto* line = new QHBoxLayout;
+    line->setContentsMargins(0, before, 0, 0);
     line->addStretch(1);
     line->addWidget(widget);
     line->addStretch(1);
@@ -125,20 +126,20 @@ void StorageView::buildBlank() {
   centred(progress_, 18);
   centred(notice_, 14);
   centred(scan_, 18);
-  centred(cancel_, 0);
+  centred(cancel_, 18);
   centred(freed_, 18);
   rows->addStretch(5);
 }
 
 void StorageView::buildHead() {
   auto* left = new QVBoxLayout;
-  left->setSpacing(2);
-  left->setContentsMargins(0, 13, 0, 6);
+  left->setSpacing(4);
+  left->setContentsMargins(0, 13, 0, 11);
   left->addWidget(total_, 0, Qt::AlignLeft);
   left->addWidget(
       new TextLabel(services_.theme, TextStyle::small, Token::text2, localized("can be freed"), head_));
   auto* right = new QVBoxLayout;
-  right->setContentsMargins(0, 18, 0, 6);
+  right->setContentsMargins(0, 18, 0, 11);
   right->addWidget(disk_);
   right->addStretch(1);
   headRow_ = new QHBoxLayout(head_);
@@ -209,9 +210,18 @@ void StorageView::resizeEvent(QResizeEvent* event) {
 
 void StorageView::arrange() {
   const int side = std::max(width() < narrow ? narrowPadding : padding, (width() - widest) / 2);
-  column_->setContentsMargins(side - inset, 0, side - inset, padding);
+  // The rows end where the head and the foot do, beside a scroll bar as well as without one.
+  const int lane = scroll_->width() - scroll_->viewport()->width();
+  QMargins around(side - inset, 0, side - inset - lane, padding);
+  if (isRightToLeft()) around = {side - inset - lane, 0, side - inset, padding};
+  column_->setContentsMargins(around);
   headRow_->setContentsMargins(side, 0, side, 0);
   footerRow_->setContentsMargins(side, 0, side, 0);
+}
+
+bool StorageView::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == scroll_->viewport() && event->type() == QEvent::Resize) arrange();
+  return Page::eventFilter(watched, event);
 }
 
 void StorageView::keyPressEvent(QKeyEvent* event) {
@@ -294,7 +304,7 @@ void StorageView::showFooter() {
   detail_->setWords(footer.detail);
   detail_->setVisible(!footer.detail.empty());
   // The focus does not stay on a button that goes.
-  if (!footer.canUntick && untick_->hasFocus()) act_->setFocus(Qt::OtherFocusReason);
+  if (!footer.canUntick && (untick_->hasFocus() || act_->hasFocus())) list_->takeFocus();
   untick_->setVisible(footer.canUntick);
   act_->setWords(footer.action);
   act_->setVisible(!footer.action.empty());

@@ -58,6 +58,7 @@ public:
 protected:
   void resizeEvent(QResizeEvent*) override;
   void keyPressEvent(QKeyEvent*) override;
+  bool eventFilter(QObject*, QEvent*) override;
 
 private:
   void build();
