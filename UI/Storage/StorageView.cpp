@@ -63,6 +63,7 @@ StorageView::StorageView(Services services)
       act_(new Button(services_.theme, Button::Kind::primary, "", footer_)) {
   build();
   connectParts();
+  readLog();
   update();
 }
 
@@ -197,9 +198,14 @@ void StorageView::connectParts() {
   follow(scanner.working);
   follow(scanner.selection);
   follow(scanner.feedback);
-  follow(scanner.freedTotal);
+  subscriptions_.push_back(scanner.freedTotal.observe([this](std::int64_t) {
+    readLog();
+    update();
+  }));
   follow(services_.model.cycle);
 }
+
+void StorageView::readLog() { freedLog_ = StorageLog::entries(services_.defaults); }
 
 // Showing
 
@@ -241,7 +247,7 @@ void StorageView::update() {
       storagePage(services_.scanner, {.zone = services_.zone,
                                       .now = model.snapshot->date,
                                       .volume = volumeOf(model.snapshot->disk.volumes, services_.home),
-                                      .log = StorageLog::entries(services_.defaults),
+                                      .log = freedLog_,
                                       .unfolded = unfolded_});
   if (page == page_ && isBuilt_) return;
   isBuilt_ = true;

@@ -54,6 +54,8 @@ public:
   const StoragePage& page() const { return page_; }
   StorageList& list() { return *list_; }
   Button& action() { return *act_; }
+  Button& scanButton() { return *scan_; }
+  Button& cancelButton() { return *cancel_; }
 
 protected:
   void resizeEvent(QResizeEvent*) override;
@@ -66,6 +68,7 @@ private:
   void buildHead();
   void buildFooter();
   void connectParts();
+  void readLog();
   void arrange();
   void update();
   void showBlank();
@@ -77,6 +80,7 @@ private:
   StoragePage page_;
   bool isBuilt_ = false; ///< the page was shown once
   std::set<StorageKind> unfolded_;
+  std::vector<FreedEntry> freedLog_;
   QPointer<Button> again_;
   QWidget* blank_;
   CircledIcon* picture_;
