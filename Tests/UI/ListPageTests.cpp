@@ -1,9 +1,7 @@
-#include "Base/ManualQueue.h"
 #include "Core/Health/SeenAlerts.h"
 #include "Core/Health/WeeklyReport.h"
-#include "Tests/Fakes/FakeTimeZone.h"
-#include "Tests/Fakes/FakeUserDefaults.h"
 #include "UI/Alerts/AlertsPage.h"
+#include "UI/Gallery/ListModel.h"
 #include "UI/Servers/ServersPage.h"
 #include "UI/Startup/StartupPage.h"
 
@@ -18,51 +16,26 @@ using testing::Field;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-constexpr std::uint64_t megabyte = 1'048'576;
-
-struct World {
-  ManualScheduler time;
-  std::unique_ptr<Queue> main = time.makeMainQueue();
-  FakeUserDefaults defaults;
-};
-
-struct ListModel : World, Model {
-  ListModel() : Model(*main, defaults) { snapshot.set(SystemSnapshot::empty(now)); }
-
-  Date now = *parseRFC3339("2026-11-19T14:42:00Z"); // a Thursday
-  FakeTimeZone zone;
+struct Pages : ListModel {
   std::set<SidebarItem> sections{SidebarItem::cpu, SidebarItem::memory, SidebarItem::storage};
 
-  DevServer server(int pid, std::string project, std::string directory, double idleMinutes,
-                   std::uint64_t memory = 10) const {
-    return {.pid = pid,
-            .name = "vite",
-            .project = std::move(project),
-            .directory = std::move(directory),
-            .runtime = "node",
-            .ports = {3000 + pid},
-            .memory = memory * megabyte,
-            .cpu = 0.2,
-            .startedAt = now - Seconds{3 * 3600 + 120},
-            .lastActive = now - Seconds{idleMinutes * 60}};
+  DevServer vite(int port, const char* project, const char* directory, double idleMinutes,
+                 double megabytes = 10) const {
+    return server("vite", project, directory, "node", {port}, megabytes, 0.2, {.idle = idleMinutes});
   }
   ServersPage servers() const { return serversPage(*this, "/home/u"); }
-
-  HealthAlert alert(std::string id, HealthAlert::Kind kind, const char* date) const {
-    return {.id = std::move(id), .kind = kind, .title = "T", .detail = "D.", .date = *parseRFC3339(date)};
-  }
   AlertsPage alertsShown() const {
     return alertsPage(*this, {zone, defaults, sections, newAlertIDs(*this, defaults)});
   }
 };
 
 TEST(ListPageTests, serversSayHowLongTheyHaveBeenIdleAndWhatStoppingFrees) {
-  ListModel model;
+  Pages model;
   EXPECT_FALSE(model.servers().isMeasured) << "nobody has looked: \"no servers\" would be a guess";
   model.projects.set({{"herbarium",
-                       {model.server(1, "herbarium", "/home/u/code/herbarium/web", 134, 690),
-                        model.server(2, "herbarium", "/home/u/code/herbarium", 0.5, 88)}},
-                      {"atlas", {model.server(3, "atlas", "/home/u/code/atlas", 30, 412)}}});
+                       {model.vite(3001, "herbarium", "/home/u/code/herbarium/web", 134, 690),
+                        model.vite(3002, "herbarium", "/home/u/code/herbarium", 0.5, 88)}},
+                      {"atlas", {model.vite(3003, "atlas", "/home/u/code/atlas", 30, 412)}}});
   auto page = model.servers();
   EXPECT_EQ(page.summary, "3 servers, 1.16 GB");
   EXPECT_EQ(page.idle, (ServersPage::Idle{"1 dev server is running but idle", "Stopping it frees 690 MB"}));
@@ -75,7 +48,7 @@ TEST(ListPageTests, serversSayHowLongTheyHaveBeenIdleAndWhatStoppingFrees) {
   EXPECT_EQ(first.activity, idle);
   EXPECT_EQ(first.activityWords, "idle for 2 h 14 min");
   EXPECT_EQ(first.running, "3 h 2 min");
-  EXPECT_EQ(first.stop, (StopServerRequest{1, model.now - Seconds{3 * 3600 + 120}})) << "no other process";
+  EXPECT_EQ(first.stop, (StopServerRequest{3001, model.now - Seconds{3 * 3600 + 120}})) << "no other process";
   EXPECT_EQ(first.ports.front().address, "http://localhost:3001");
   EXPECT_EQ(project.servers[1].detail, "node") << "it is the project's own folder";
   EXPECT_EQ(project.servers[1].activity, active);
@@ -90,11 +63,11 @@ TEST(ListPageTests, serversSayHowLongTheyHaveBeenIdleAndWhatStoppingFrees) {
 }
 
 TEST(ListPageTests, aProjectsFolderIsNamedOnlyWhereItIsKnown) {
-  ListModel model;
+  Pages model;
   const auto folders = [&](std::initializer_list<const char*> directories) {
     DevProject project{"atlas", {}};
     for (const auto* directory : directories)
-      project.servers.push_back(model.server(1, "atlas", directory, 0));
+      project.servers.push_back(model.vite(3001, "atlas", directory, 0));
     model.projects.set({project});
     return model.servers().projects.front();
   };
@@ -103,7 +76,9 @@ TEST(ListPageTests, aProjectsFolderIsNamedOnlyWhereItIsKnown) {
   const auto two = folders({"/home/u/old/atlas", "/home/u/new/atlas"});
   EXPECT_THAT(two.folders, ElementsAre("/home/u/old/atlas", "/home/u/new/atlas"));
   EXPECT_THAT(two.folderWords, IsEmpty());
-  EXPECT_THAT(folders({"/home/u/other"}).folders, IsEmpty());
+  const auto nowhere = folders({"/home/u/other"});
+  EXPECT_THAT(nowhere.folders, IsEmpty());
+  EXPECT_EQ(nowhere.servers.front().detail, "node") << "nothing to tell its own folder from";
   EXPECT_EQ(folders({"/home/user/atlas"}).folderWords, "/home/user/atlas") << "not inside the home folder";
 }
 
@@ -123,7 +98,7 @@ TEST(ListPageTests, projectsStayInPlaceUnlessOneComesOrGoes) {
 }
 
 TEST(ListPageTests, onlyLeftoversCanBeRemoved) {
-  ListModel model;
+  Pages model;
   EXPECT_FALSE(startupPage(model).isMeasured);
   model.startupItems.set({{.label = "gone",
                            .plistPath = "/p/gone",
@@ -154,12 +129,13 @@ TEST(ListPageTests, onlyLeftoversCanBeRemoved) {
 }
 
 TEST(ListPageTests, alertsStandByDayAndLeadToTheirMoment) {
-  ListModel model;
+  Pages model;
   using enum HealthAlert::Kind;
-  model.alerts.set(
-      {model.alert("a", cpu, "2026-11-19T13:58:00Z"), model.alert("b", diskSpace, "2026-11-19T00:00:00Z"),
-       model.alert("c", memoryGrowth, "2026-11-18T23:59:59Z"),
-       model.alert("d", aiPlanLimit, "2026-11-13T10:00:00Z"), model.alert("e", cpu, "2026-10-20T10:00:00Z")});
+  model.alerts.set({model.alert(cpu, "T", "D.", "2026-11-19T13:58:00Z"),
+                    model.alert(diskSpace, "T", "D.", "2026-11-19T00:00:00Z"),
+                    model.alert(memoryGrowth, "T", "D.", "2026-11-18T23:59:59Z"),
+                    model.alert(aiPlanLimit, "T", "D.", "2026-11-13T10:00:00Z"),
+                    model.alert(cpu, "T", "D.", "2026-10-20T10:00:00Z")});
   ASSERT_TRUE(markSeen({&(*model.alerts)[2], 1}, model.defaults, model.now));
   const auto page = model.alertsShown();
   EXPECT_THAT(page.days, ElementsAre(Field(&AlertsPage::Day::title, "Today"),
@@ -179,7 +155,7 @@ TEST(ListPageTests, alertsStandByDayAndLeadToTheirMoment) {
 }
 
 TEST(ListPageTests, switchesAndTheReportStandAsTheyAreKept) {
-  ListModel model;
+  Pages model;
   auto page = model.alertsShown();
   EXPECT_THAT(page.switches, SizeIs(7));
   for (const auto& each : page.switches) EXPECT_TRUE(each.isOn) << each.words;

@@ -3,11 +3,13 @@
 #include "Base/Localization.h"
 #include "UI/Kit/Switches.h"
 
+#include <algorithm>
+
 namespace korvell {
 
 namespace {
 
-constexpr int headHeight = 36, switchHeight = 35, reportGap = 10;
+constexpr int headGap = 7, sectionGap = 18, reportGap = 8;
 
 }
 
@@ -25,7 +27,7 @@ AlertSettings::AlertSettings(const Theme& theme, const Handlers& handlers, QWidg
     toggle->onToggle([this, kind = kinds[i].value](bool isOn) { handlers_.alerts(kind, isOn); });
     switches_.push_back(toggle);
   }
-  column_->addSpacing(8);
+  column_->addSpacing(sectionGap);
   addHead(localized("Weekly report"));
   sends_ = addSwitch(localized("Send a weekly report on Monday morning"), true);
   sends_->onToggle([this](bool isOn) { handlers_.report(isOn); });
@@ -45,21 +47,25 @@ AlertSettings::AlertSettings(const Theme& theme, const Handlers& handlers, QWidg
 
 void AlertSettings::addHead(std::string_view words) {
   auto* head = new TextLabel(theme_, TextStyle::head, Token::text1, words, this);
-  head->setFixedHeight(theme_.scaled(headHeight));
   column_->addWidget(head);
+  column_->addSpacing(headGap);
   column_->addWidget(new Hairline(theme_, this));
 }
 
 Toggle* AlertSettings::addSwitch(std::string_view words, bool isLast) {
   auto* line = new QHBoxLayout;
-  line->setContentsMargins(0, 8, 0, 8);
+  line->setContentsMargins(0, 6, 0, 5);
   line->setSpacing(16);
   auto* label = new TextLabel(theme_, TextStyle::body, Token::text1, words, this);
   label->setWrapped();
   auto* toggle = new Toggle(theme_, words, this);
-  line->addWidget(label, 1, Qt::AlignVCenter);
+  // The switch stands on the middle of the first line.
+  auto* lines = new QVBoxLayout;
+  lines->setContentsMargins(0, std::max(0, (Control::leastHit - lineHeight(theme_, TextStyle::body)) / 2), 0,
+                            0);
+  lines->addWidget(label, 0, Qt::AlignTop);
+  line->addLayout(lines, 1);
   line->addWidget(toggle, 0, Qt::AlignTop);
-  line->addStrut(theme_.scaled(switchHeight) - 16);
   column_->addLayout(line);
   if (!isLast) column_->addWidget(new Hairline(theme_, this));
   return toggle;

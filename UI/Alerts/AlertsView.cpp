@@ -70,27 +70,32 @@ protected:
 
 private:
   void layOut() {
+    constexpr int beyond = 6; // a quiet button's words end where the text does
     auto* row = bare<QHBoxLayout>(this);
-    row->setContentsMargins(rowInset, 12, rowInset, 11);
+    row->setContentsMargins(rowInset - beyond, 12, rowInset - beyond, 5);
+    row->addSpacing(beyond);
     row->addWidget(icon_, 0, Qt::AlignTop);
-    icon_->setFixedSize(iconSize, iconSize + 4); // on the middle of the title and a little lower
+    icon_->setFixedSize(iconSize, iconSize);
     row->addSpacing(textLeft - iconSize);
-    auto* words = new QVBoxLayout;
-    words->setSpacing(2);
-    words->addWidget(title_);
-    words->addWidget(detail_);
-    words->addStretch(1);
-    row->addLayout(words, 1);
-    row->addSpacing(12);
-    auto* end = new QVBoxLayout;
-    end->setSpacing(0);
-    end->addWidget(time_, 0, Qt::AlignRight);
-    auto* button = new QHBoxLayout;
-    button->setContentsMargins(0, 0, 0, 0);
-    button->addWidget(button_, 0, Qt::AlignRight | Qt::AlignTop);
-    end->addLayout(button);
-    end->addStretch(1);
-    row->addLayout(end);
+    auto* lines = new QVBoxLayout;
+    lines->setSpacing(1);
+    auto* upper = new QHBoxLayout;
+    upper->addWidget(title_, 1);
+    upper->addSpacing(16);
+    upper->addWidget(time_, 0, Qt::AlignTop);
+    upper->addSpacing(beyond);
+    lines->addLayout(upper);
+    auto* lower = new QHBoxLayout;
+    auto* detail = new QVBoxLayout;
+    detail->setContentsMargins(0, 2, 0, 6);
+    detail->addWidget(detail_, 0, Qt::AlignTop);
+    lower->addLayout(detail, 1);
+    lower->addSpacing(6);
+    lower->addWidget(button_, 0, Qt::AlignTop);
+    lower->addStrut(button_->sizeHint().height());
+    lines->addLayout(lower);
+    lines->addStretch(1);
+    row->addLayout(lines, 1);
   }
 
   const Handler follow_;

@@ -29,6 +29,8 @@ std::vector<GalleryView> measureViews();
 std::vector<GalleryView> kitViews();
 /// The window's pages and the panel.
 std::vector<GalleryView> pageViews();
+/// Servers, startup items, alerts.
+std::vector<GalleryView> listViews();
 /// Free Up Space.
 std::vector<GalleryView> storageViews();
 

@@ -12,11 +12,11 @@ namespace korvell {
 
 namespace {
 
-constexpr int padding = 28, narrowPadding = 20, widest = 1120, top = 10;
+constexpr int padding = 28, narrowPadding = 20, narrowWindow = 860, widest = 1120, top = 10;
 constexpr double washInset = 8, washCorner = 6;
 constexpr double stateIcon = 16, stateText = 20, dotMiddle = 7, dotRadius = 3.5;
-constexpr int groupHead = 36, groupGap = 12;
-constexpr int medal = 90, medalIcon = 26, widestSentence = 380;
+constexpr int groupHead = 23, groupGap = 14;
+constexpr int medal = 90, medalIcon = 26, widestSentence = 360;
 
 /// The empty state's icon in a ring.
 class Medal final : public Painted {
@@ -122,7 +122,7 @@ RowGroup::RowGroup(const Theme& theme, QWidget* parent)
       column_(bare<QVBoxLayout>(this)) {
   auto* head = new QHBoxLayout;
   head->setContentsMargins(rowInset, 0, rowInset, 0);
-  head->addWidget(title_);
+  head->addWidget(title_, 0, Qt::AlignTop);
   head->addStrut(theme.scaled(groupHead));
   column_->addLayout(head);
   column_->addSpacing(groupGap);
@@ -153,7 +153,8 @@ Notice::Notice(const Theme& theme, Icon icon, std::string_view action, QWidget* 
       detail_(new TextLabel(theme, TextStyle::small, Token::text2, "", this)),
       button_(new Button(theme, Button::Kind::plain, action, this)) {
   auto* row = bare<QHBoxLayout>(this);
-  row->setContentsMargins(17, 12, 14, 12);
+  row->setContentsMargins(14, 13, 14, 13);
+  row->addSpacing(3);
   row->addWidget(new IconLabel(theme, icon, 18, Token::info, this));
   row->addSpacing(13);
   auto* words = new QVBoxLayout;
@@ -202,10 +203,24 @@ EmptyState::EmptyState(const Theme& theme, Icon icon, std::string_view title, st
 
 // Pages
 
+/// Below the scroll area, which would take the arrow keys for itself.
+class ListPage::Content final : public Ground {
+public:
+  Content(const Theme& theme, ListPage& page) : Ground(theme, Token::surface, nullptr), page_(page) {}
+
+protected:
+  void keyPressEvent(QKeyEvent* event) override {
+    if (!page_.takeKey(event->key())) Ground::keyPressEvent(event);
+  }
+
+private:
+  ListPage& page_;
+};
+
 ListPage::ListPage(const Theme& theme, SidebarItem section, QWidget* parent)
     : Page(parent), theme_(theme), scroll_(new ScrollArea(theme, Token::surface, this)),
-      content_(new Ground(theme, Token::surface, nullptr)), column_(bare<QVBoxLayout>(content_)),
-      section_(section), summary_(new TextLabel(theme, TextStyle::small, Token::text3, "", this)) {
+      content_(new Content(theme, *this)), column_(bare<QVBoxLayout>(content_)), section_(section),
+      summary_(new TextLabel(theme, TextStyle::small, Token::text3, "", this)) {
   bare<QVBoxLayout>(this)->addWidget(scroll_);
   scroll_->setContent(*content_);
 }
@@ -213,7 +228,9 @@ ListPage::ListPage(const Theme& theme, SidebarItem section, QWidget* parent)
 std::string ListPage::title() const { return korvell::title(section_); }
 
 void ListPage::say(const std::string& summary) {
-  if (summary_) summary_->setWords(summary);
+  if (!summary_) return;
+  summary_->setWords(summary);
+  summary_->setVisible(!summary.empty());
 }
 
 bool ListPage::isInUse() const {
@@ -223,39 +240,46 @@ bool ListPage::isInUse() const {
 
 void ListPage::resizeEvent(QResizeEvent* event) {
   Page::resizeEvent(event);
-  const bool isNarrow = width() < narrow;
-  const int side = std::max(isNarrow ? narrowPadding : padding, (width() - widest) / 2) - rowInset;
+  const int least = window()->width() < narrowWindow ? narrowPadding : padding;
+  const int side = std::max(least, (width() - widest) / 2) - rowInset;
   column_->setContentsMargins(side, top, side, padding);
-  arrange(isNarrow);
+  arrange(width() < theme_.scaled(narrow));
+}
+
+ListRow* ListPage::focusedRow() const {
+  const auto* focused = window()->focusWidget();
+  const auto all = rows();
+  const auto row =
+      std::ranges::find_if(all, [&](const ListRow* each) { return focused && each->isAncestorOf(focused); });
+  return row == all.end() ? nullptr : *row;
 }
 
 void ListPage::keyPressEvent(QKeyEvent* event) {
-  const auto all = rows();
-  const auto focused = std::ranges::find_if(all, [](const ListRow* row) {
-    const auto* widget = row->window()->focusWidget();
-    return widget && row->isAncestorOf(widget);
-  });
-  switch (event->key()) {
+  if (!takeKey(event->key())) Page::keyPressEvent(event);
+}
+
+bool ListPage::takeKey(int key) {
+  auto* row = focusedRow();
+  // From what stands beside the rows no arrow leads to them.
+  if (!row && !hasFocus()) return false;
+  switch (key) {
   case Qt::Key_Up:
   case Qt::Key_Down:
-    if (!step(event->key() == Qt::Key_Up ? -1 : 1)) event->ignore();
-    return;
+    return step(row, key == Qt::Key_Up ? -1 : 1);
   case Qt::Key_Delete:
-    if (focused == all.end()) return event->ignore();
-    return (*focused)->remove();
+    if (row) row->remove();
+    return row != nullptr;
   default:
-    Page::keyPressEvent(event);
+    return false;
   }
 }
 
-bool ListPage::step(int by) {
+bool ListPage::step(const ListRow* from, int by) {
   std::vector<ListRow*> reachable;
   for (auto* row : rows())
     if (row->action() && row->action()->isVisible()) reachable.push_back(row);
   if (reachable.empty()) return false;
-  const auto* focused = window()->focusWidget();
-  const auto here =
-      std::ranges::find_if(reachable, [&](const ListRow* row) { return row->isAncestorOf(focused); });
+  const auto here = std::ranges::find(reachable, from);
   const auto last = int(reachable.size()) - 1;
   const int next =
       here == reachable.end() ? (by > 0 ? 0 : last) : std::clamp(int(here - reachable.begin()) + by, 0, last);

@@ -119,8 +119,8 @@ public:
 
 class ListPage : public Page {
 public:
-  /// Of the page, below which there is no room beside the rows.
-  static constexpr int narrow = 700;
+  /// Of the page at the usual size of text: below it there is no room beside the rows.
+  static constexpr int narrow = 760;
 
   std::string title() const override;
   QWidget* control() override { return summary_; }
@@ -146,7 +146,11 @@ protected:
   QVBoxLayout* column_; ///< of the content; its rows begin `rowInset` before the text
 
 private:
-  bool step(int by);
+  class Content;
+  /// False for a key that means nothing here.
+  bool takeKey(int key);
+  ListRow* focusedRow() const;
+  bool step(const ListRow* from, int by);
 
   const SidebarItem section_;
   QPointer<TextLabel> summary_;

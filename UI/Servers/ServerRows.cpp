@@ -14,7 +14,7 @@ namespace korvell {
 
 namespace {
 
-constexpr int rowHeight = 36, headRow = 39, headsHeight = 34, blockGap = 11;
+constexpr int rowHeight = 36, headRow = 39, headsHeight = 35, blockGap = 11;
 constexpr double nameLeft = 58, monogramLeft = 28, monogram = 20, nameGap = 8, portGap = 6;
 constexpr double projectIcon = 18, projectName = 28;
 constexpr int portHeight = 24;
@@ -253,7 +253,7 @@ void ServerHeads::draw(QPainter& painter) {
   atEnd(columns.cpu, localized("CPU"));
   put(fromEnd(*this, columns.activity), wide * 1.5, localized("Activity"), Qt::AlignLeft);
   atEnd(columns.running, localized("Running for"));
-  drawHairline(painter, QPointF(rowInset, height() - 1), width() - 2 * rowInset,
+  drawHairline(painter, QPointF(rowInset, height() - 1.0), width() - 2 * rowInset,
                theme().color(Token::hairline));
 }
 

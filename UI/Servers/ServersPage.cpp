@@ -16,7 +16,8 @@ namespace {
 constexpr Seconds justNow{60};
 
 bool isInside(std::string_view path, std::string_view folder) {
-  return path.starts_with(folder) && path.size() > folder.size() && path[folder.size()] == '/';
+  return !folder.empty() && path.starts_with(folder) && path.size() > folder.size() &&
+         path[folder.size()] == '/';
 }
 
 /// The deepest folder of that name at or above a directory; empty when there is none.

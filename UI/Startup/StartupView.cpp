@@ -60,7 +60,8 @@ private:
   void layOut() {
     constexpr int beyond = 4; // the dots end where the text does
     auto* row = bare<QHBoxLayout>(this);
-    row->setContentsMargins(rowInset, 7, rowInset - beyond, 7);
+    row->setContentsMargins(rowInset - beyond, 7, rowInset - beyond, 7);
+    row->addSpacing(beyond);
     auto* words = new QVBoxLayout;
     words->setSpacing(1);
     words->addWidget(label_);

@@ -1,0 +1,224 @@
+// The pages of servers, startup items and alerts, each over a made-up machine.
+
+#include "Core/Health/WeeklyReport.h"
+#include "UI/Alerts/AlertsView.h"
+#include "UI/Gallery/Gallery.h"
+#include "UI/Gallery/ListModel.h"
+#include "UI/Servers/ServersView.h"
+#include "UI/Startup/StartupView.h"
+
+namespace korvell {
+
+namespace {
+
+const char* const longName = "com.example.a-background-program-with-a-name-that-no-list-has-room-for.updater";
+
+using Made = std::unique_ptr<QWidget>;
+using Machine = std::shared_ptr<ListModel>;
+
+/// A page below its header, as the window shows it, with the machine that it is about.
+class PageFrame final : public Ground {
+public:
+  PageFrame(const Theme& theme, Machine machine, Page* page)
+      : Ground(theme, Token::surface, nullptr), machine_(std::move(machine)), page_(page) {
+    auto* rows = bare<QVBoxLayout>(this);
+    head_->addStrut(56);
+    head_->addWidget(new TextLabel(theme, TextStyle::title, Token::text1, page->title(), this), 1);
+    head_->addWidget(page->control());
+    rows->addLayout(head_);
+    rows->addWidget(page, 1);
+  }
+  ~PageFrame() override { delete page_; } // before the machine
+
+protected:
+  void resizeEvent(QResizeEvent*) override {
+    const int side = width() < 860 ? 20 : 28;
+    head_->setContentsMargins(side, 0, side, 0);
+  }
+
+private:
+  Machine machine_;
+  Page* page_;
+  QHBoxLayout* head_ = new QHBoxLayout;
+};
+
+// Servers
+
+const std::string code = "/home/u/code/";
+
+Machine serving() {
+  auto made = std::make_shared<ListModel>();
+  const auto& m = *made;
+  made->projects.set(
+      {{"herbarium",
+        {m.server("node", "herbarium", code + "herbarium/web", "node", {3000}, 690, 0.2, {134, 182}),
+         m.server("postgres", "herbarium", code + "herbarium/db", "postgres", {5432}, 88.2, 1.4, {0, 411})}},
+       {"atlas",
+        {m.server("vite", "atlas", code + "atlas/web", "node", {5173}, 412, 6.8, {0, 97}),
+         m.server("uvicorn", "atlas", code + "atlas/api", "python", {8000}, 268, 0.1, {47, 96})}},
+       {"field-notes",
+        {m.server("astro", "field-notes", code + "field-notes/site", "node", {4321}, 301, 2.2, {12, 24})}}});
+  return made;
+}
+
+Machine servingMuch() {
+  auto made = serving();
+  auto projects = *made->projects;
+  const auto& m = *made;
+  const std::string name = "a-project-whose-name-is-longer-than-the-list-is-wide-and-then-some-more-of-it";
+  projects.push_back(
+      {name,
+       {m.server("a-server-with-a-name-that-does-not-end", name, code + "clients/" + name + "/packages/back",
+                 "beam", {4000, 4001, 4369, 9000}, 12'300, 812.4, {60'000, 70'000}),
+        m.server("bun", name, code + "other", "bun", {10'001, 10'002}, 9.41, 0, {0.2, 0.1})}});
+  made->projects.set(projects);
+  return made;
+}
+
+Made servers(const Theme& theme, const Machine& machine) {
+  return std::make_unique<PageFrame>(theme, machine,
+                                     new ServersView({.model = *machine,
+                                                      .theme = theme,
+                                                      .home = "/home/u",
+                                                      .ask = [](const ActionRequest&) {},
+                                                      .openAddress = [](const std::string&) {},
+                                                      .showFolder = [](const std::string&) {}},
+                                                     nullptr));
+}
+
+// Startup items
+
+Machine starting(bool hasLeftovers, int more = 0) {
+  auto made = std::make_shared<ListModel>();
+  std::vector<StartupItem> items;
+  if (hasLeftovers) {
+    items.push_back({.label = "com.example.sketchpad.updater",
+                     .plistPath = "/p/1",
+                     .program = "/opt/sketchpad/bin/sketchpad-updater",
+                     .runsAtLoad = true,
+                     .isLeftover = true});
+    items.push_back({.label = longName,
+                     .plistPath = "/p/2",
+                     .program = std::string("/opt/") + longName + "/" + longName,
+                     .scope = LaunchScope::allUsers,
+                     .isLeftover = true});
+  }
+  items.push_back({.label = "nightly-backup",
+                   .plistPath = "/p/3",
+                   .program = "/home/u/bin/nightly-backup",
+                   .runsAtLoad = true,
+                   .isLoaded = true});
+  items.push_back({.label = "com.example.notes.sync",
+                   .plistPath = "/p/4",
+                   .program = "/Applications/Notes.app/Contents/MacOS/sync",
+                   .keepAlive = true,
+                   .isLoaded = true});
+  items.push_back({.label = "org.example.keyring", .plistPath = "/p/5", .scope = LaunchScope::allUsers});
+  for (int i = 0; i < 6 + more; ++i)
+    items.push_back({.label = "service-" + std::to_string(i),
+                     .plistPath = "/p/s" + std::to_string(i),
+                     .program = "/usr/libexec/service-" + std::to_string(i),
+                     .scope = LaunchScope::system,
+                     .runsAtLoad = i % 2 == 0,
+                     .isLoaded = i % 3 != 0});
+  made->startupItems.set(items);
+  return made;
+}
+
+Machine startingNothing() {
+  auto made = std::make_shared<ListModel>();
+  made->startupItems.set({});
+  made->projects.set({});
+  return made;
+}
+
+Made startup(const Theme& theme, const Machine& machine) {
+  return std::make_unique<PageFrame>(theme, machine,
+                                     new StartupView({.model = *machine,
+                                                      .theme = theme,
+                                                      .ask = [](const ActionRequest&) {},
+                                                      .showFile = [](const std::string&) {}},
+                                                     nullptr));
+}
+
+// Alerts
+
+Machine alerting(bool hasReport = true) {
+  auto made = std::make_shared<ListModel>();
+  const auto& m = *made;
+  using enum HealthAlert::Kind;
+  made->alerts.set(
+      {m.alert(cpu, "Blender is keeping the CPU busy",
+               "78% of your computer, about 6.2 cores, for 10 minutes.", "2026-11-19T13:58:00Z"),
+       m.alert(aiPlanLimit, "Codex weekly limit at 84%", "Resets Monday 9:00 AM.", "2026-11-19T11:26:00Z"),
+       m.alert(memoryGrowth, "Firefox keeps using more memory", "Up 1.32 GB in an hour, now 4.87 GB.",
+               "2026-11-18T18:03:00Z"),
+       m.alert(disk, "Files is hammering the disk", "112 MB/s on average for 5 minutes.",
+               "2026-11-16T10:41:00Z"),
+       m.alert(memoryPressure, "Your computer is running out of memory",
+               "Memory pressure is critical. Quitting the heaviest app will help most.",
+               "2026-11-16T10:12:00Z"),
+       m.alert(
+           network,
+           "An application with a name that is far longer than any row of any list is using a lot of network",
+           "34 MB/s on average for 5 minutes.", "2026-11-02T08:00:00Z")});
+  made->defaults.set("alerts.lastSeen", Value(*parseRFC3339("2026-11-19T00:00:00Z")));
+  made->defaults.set("alert.network", false);
+  if (hasReport)
+    made->defaults.set(
+        WeeklyReport::lastReportKey,
+        toValue(SentReport{*parseRFC3339("2026-11-16T09:00:00Z"), "Your computer last week: 84 out of 100",
+                           "Firefox used the most memory, 2.94 GB on average. Blender kept the "
+                           "CPU busiest. You cleaned up 18.2 GB."}));
+  return made;
+}
+
+Machine quiet() {
+  auto made = alerting(false);
+  made->alerts.set({});
+  return made;
+}
+
+Made alerts(const Theme& theme, const Machine& machine) {
+  std::set<SidebarItem> sections;
+  for (const auto& item : allCases<SidebarItem>()) sections.insert(item.value);
+  return std::make_unique<PageFrame>(theme, machine,
+                                     new AlertsView({.model = *machine,
+                                                     .theme = theme,
+                                                     .zone = machine->zone,
+                                                     .defaults = machine->defaults,
+                                                     .sections = std::move(sections),
+                                                     .ask = [](const ActionRequest&) {},
+                                                     .open = [](SidebarItem) {},
+                                                     .showMoment = [](SidebarItem, Date) {},
+                                                     .seen = [] {}},
+                                                    nullptr));
+}
+
+const QSize usual{884, 760}, low{664, 526}, wide{1184, 760};
+
+GalleryView view(std::string name, Made (*make)(const Theme&, const Machine&),
+                 std::function<Machine()> machine, std::vector<QSize> sizes = {usual}) {
+  return {std::move(name), std::move(sizes),
+          [=](const Theme& theme) -> Made { return make(theme, machine()); }};
+}
+
+} // namespace
+
+std::vector<GalleryView> listViews() {
+  const auto unmeasured = [] { return std::make_shared<ListModel>(); };
+  return {
+      view("dev-servers", servers, serving, {usual, low, wide}),
+      view("dev-servers-long", servers, servingMuch, {usual, low}),
+      view("dev-servers-none", servers, startingNothing, {usual, low}),
+      view("dev-servers-first-seconds", servers, unmeasured),
+      view("startup", startup, [] { return starting(true); }, {usual, low, wide}),
+      view("startup-no-leftovers", startup, [] { return starting(false, 60); }),
+      view("startup-none", startup, startingNothing),
+      view("startup-first-seconds", startup, unmeasured),
+      view("alerts", alerts, [] { return alerting(); }, {usual, low, wide}),
+      view("alerts-none", alerts, quiet, {usual, low}),
+  };
+}
+
+} // namespace korvell
