@@ -28,6 +28,10 @@ Assembly::Assembly(Host& host, const Clock& clock) : host_(host), clock_(clock),
   if (host.usageHelper) helper_ = std::make_unique<PrivilegedHelper>(*host.usageHelper, clock);
 }
 
+void Assembly::helperChanged() {
+  if (helper_) helper_->statusChanged();
+}
+
 std::unique_ptr<ProcessSampler> Assembly::makeProcessSampler() {
   PrivilegedRusage privileged;
   if (helper_) {

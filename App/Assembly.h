@@ -38,6 +38,8 @@ public:
   /// outlives them.
   std::unique_ptr<ModelActions> makeActions(Queue& main, std::function<AppModel&()> model,
                                             std::function<StorageScanner&()> storage);
+  /// The privileged helper was turned on or off: it is asked anew at once. From any thread.
+  void helperChanged();
   /// What ending processes takes.
   QuitServices quitServices() { return {*host_.processes, *host_.applications, *host_.processControl}; }
 

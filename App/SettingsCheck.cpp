@@ -1,5 +1,6 @@
 #include "App/SettingsCheck.h"
 
+#include "App/AppearanceChoice.h"
 #include "App/MenuBarStyle.h"
 #include "Base/Localization.h"
 #include "Base/Text.h"
@@ -17,7 +18,7 @@ namespace {
 constexpr Seconds pause{60}, leeway{30};
 constexpr int mostColumns = 40; ///< of a value that is shown
 
-enum class Kind { truth, number, date, menuBarStyle, freedLog, report };
+enum class Kind { truth, number, date, menuBarStyle, appearance, freedLog, report };
 
 struct KindRow {
   Kind kind;
@@ -41,6 +42,10 @@ constexpr KindRow kinds[] = {
      [](const Value& value) {
        return value.asString() && fromRawValue<MenuBarStyle>(*value.asString()).has_value();
      }},
+    {Kind::appearance, "one of system, light and dark",
+     [](const Value& value) {
+       return value.asString() && fromRawValue<AppearanceChoice>(*value.asString()).has_value();
+     }},
     {Kind::freedLog, "a list of dates with bytes", isFreedLog},
     {Kind::report, "a date, a title and a body",
      [](const Value& value) { return sentReport(value).has_value(); }},
@@ -54,7 +59,8 @@ struct Setting {
 
 /// Every setting whose name is known beforehand.
 std::vector<Setting> settings() {
-  std::vector<Setting> all = {{std::string(menuBarStyleKey), Kind::menuBarStyle}};
+  std::vector<Setting> all = {{std::string(menuBarStyleKey), Kind::menuBarStyle},
+                              {std::string(appearanceKey), Kind::appearance}};
   for (const auto& kind : allCases<HealthAlert::Kind>())
     all.push_back({defaultsKey(kind.value), Kind::truth});
   all.push_back({std::string(WeeklyReport::enabledKey), Kind::truth});

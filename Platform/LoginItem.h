@@ -1,6 +1,7 @@
 #pragma once
 // Whether the application opens when the user logs in: an autostart entry on Linux, the application's own
-// login item on macOS. Blocking for milliseconds; main thread.
+// login item on macOS. Blocking for as long as a disk or the system's service takes; from any thread, one
+// call at a time.
 
 #include "Base/Localization.h"
 #include "Base/Result.h"

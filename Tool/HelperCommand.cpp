@@ -1,6 +1,7 @@
 // korvell helper status|enable|disable: the privileged helper, which tells what the system hides from this
 // user.
 
+#include "App/HelperSwitch.h"
 #include "App/JSONDocuments.h"
 #include "Tool/Commands.h"
 #include "Tool/Wrap.h"
@@ -8,13 +9,6 @@
 namespace korvell {
 
 namespace {
-
-constexpr const char* purpose = "macOS hides the memory and CPU of processes owned by the system unless an "
-                                "administrator approves a helper. "
-                                "It is read-only: it can only report those numbers.";
-constexpr const char* unsignedCopy =
-    "Needs a copy of Korvell signed with a Developer ID. Without one, anything that can change the app could "
-    "change what runs as administrator, so the helper stays off.";
 
 int printStatus(Context& context, const Arguments& arguments) {
   auto& helper = *context.host.usageHelper;
@@ -26,9 +20,8 @@ int printStatus(Context& context, const Arguments& arguments) {
   }
   context.out.line(
       context.out.ink(status == UsageHelperStatus::enabled ? Ink::good : Ink::bold, title(status)));
-  const bool cannotBe = !isOffered && context.host.system == SystemKind::macOS;
-  for (const auto& line :
-       wrapped(localized(cannotBe ? unsignedCopy : purpose), std::min(context.out.columns(), widestSummary)))
+  for (const auto& line : wrapped(helperExplanation(helper, context.host.system),
+                                  std::min(context.out.columns(), widestSummary)))
     context.out.line(line);
   return exitOK;
 }
@@ -39,21 +32,21 @@ int finish(Context& context, const Arguments& arguments, const Outcome& outcome)
 }
 
 int runStatus(Context& context, const Arguments& arguments) {
-  if (!context.host.usageHelper) return fail(context, localized("Helper missing from this copy of Korvell"));
+  if (!context.host.usageHelper) return fail(context, helperMissing());
   return printStatus(context, arguments);
 }
 
 int runEnable(Context& context, const Arguments& arguments) {
   auto* helper = context.host.usageHelper.get();
-  if (!helper) return fail(context, localized("Helper missing from this copy of Korvell"));
-  if (!helper->isOffered() && context.host.system == SystemKind::macOS)
-    return fail(context, localized(unsignedCopy));
+  if (!helper) return fail(context, helperMissing());
+  if (lacksSignature(*helper, context.host.system))
+    return fail(context, helperExplanation(*helper, context.host.system));
   return finish(context, arguments, helper->enable());
 }
 
 int runDisable(Context& context, const Arguments& arguments) {
   auto* helper = context.host.usageHelper.get();
-  if (!helper) return fail(context, localized("Helper missing from this copy of Korvell"));
+  if (!helper) return fail(context, helperMissing());
   return finish(context, arguments, helper->disable());
 }
 

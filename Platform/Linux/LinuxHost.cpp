@@ -60,9 +60,9 @@ Host makeHost(const Environment& environment) {
   host.state = std::make_unique<LinuxMachineState>(clock);
   host.notifications = std::make_unique<DesktopNotifications>(buses.session);
   std::error_code error;
-  const auto tool = std::filesystem::read_symlink("/proc/self/exe", error).string();
-  host.loginItem = std::make_unique<AutostartFile>(host.folders, error ? std::string() : tool);
-  if (const auto window = terminalWindow({tool, "watch"}, environment))
+  host.program = std::filesystem::read_symlink("/proc/self/exe", error).string();
+  host.loginItem = std::make_unique<AutostartFile>(host.folders, host.program);
+  if (const auto window = terminalWindow({host.program, "watch"}, environment))
     host.openWatch = [window = *window] { window.open(); };
   if (const auto settings = powerSettings(environment))
     host.openBatterySettings = [settings = *settings] { settings.open(); };

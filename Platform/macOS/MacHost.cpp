@@ -14,9 +14,24 @@
 #include "Platform/macOS/MacUsageHelper.h"
 #include "Platform/macOS/SystemUserDefaults.h"
 
+#include <climits>
+#include <cstdint>
+#include <mach-o/dyld.h>
+#include <string>
 #include <unistd.h>
 
 namespace korvell {
+
+namespace {
+
+std::string runningProgram() {
+  std::uint32_t size = PATH_MAX;
+  std::string path(size, '\0');
+  if (_NSGetExecutablePath(path.data(), &size) != 0) return {};
+  return path.substr(0, path.find('\0'));
+}
+
+} // namespace
 
 Host makeHost(const Environment& environment) {
   static const SystemClock clock;
@@ -24,6 +39,7 @@ Host makeHost(const Environment& environment) {
   host.system = SystemKind::macOS;
   host.folders = macOSUserFolders(environment);
   host.user = geteuid();
+  host.program = runningProgram();
   host.words = {}; // the keys are this system's words
   host.defaults = std::make_unique<SystemUserDefaults>(host.folders.data);
   host.fileTree = std::make_unique<MacFileTree>();

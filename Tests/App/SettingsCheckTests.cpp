@@ -29,6 +29,7 @@ TEST(SettingsCheckTests, valuesOfTheWrongKindAreNamedAndGoodOnesAreNot) {
 
   defaults.set("alert.cpu", "off\x1b");
   defaults.set("menuBarStyle", "tiny");
+  defaults.set("appearance", "blue");
   defaults.set("alerts.lastSeen", "yesterday");
   defaults.set("weeklyReport.last", Value::object({{"title", "Title"}}));
   defaults.set("storage.freedLog", Value(Value::Array{1}));
@@ -37,6 +38,7 @@ TEST(SettingsCheckTests, valuesOfTheWrongKindAreNamedAndGoodOnesAreNot) {
       settingsTroubles(defaults),
       ElementsAre(
           "No file.", HasSubstr("one of icon, score, cpuAndMemory and graphs, but \"tiny\" is"),
+          HasSubstr("one of system, light and dark, but \"blue\" is"),
           "The setting alert.cpu takes true or false, but \"off\\u001b\" is stored; its default "
           "applies.",
           HasSubstr("alerts.lastSeen takes a date and time, but \"yesterday\" is"),

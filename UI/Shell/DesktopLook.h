@@ -35,7 +35,4 @@ private:
   std::unique_ptr<Portal> portal_;
 };
 
-/// The appearance that the user picked in the settings: "system", "light" or "dark".
-inline constexpr const char* appearanceKey = "appearance";
-
 } // namespace korvell

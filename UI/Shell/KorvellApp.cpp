@@ -1,5 +1,6 @@
 #include "UI/Shell/KorvellApp.h"
 
+#include "App/AppearanceChoice.h"
 #include "App/LastResort.h"
 #include "Base/FreeMemory.h"
 #include "Base/SystemQueue.h"
@@ -43,10 +44,10 @@ constexpr SidebarItem pages[] = {SidebarItem::overview, SidebarItem::cpu,     Si
 void complain(const std::string& trouble) { std::fprintf(stderr, "korvell: %s\n", trouble.c_str()); }
 
 Look lookOf(const DesktopWishes& wishes, const UserDefaults& defaults) {
-  const auto picked = defaults.string(appearanceKey).value_or("system");
+  const auto picked = appearanceChoice(defaults);
   auto appearance = wishes.appearance;
-  if (picked == "light") appearance = Appearance::light;
-  if (picked == "dark") appearance = Appearance::dark;
+  if (picked == AppearanceChoice::light) appearance = Appearance::light;
+  if (picked == AppearanceChoice::dark) appearance = Appearance::dark;
   return {.appearance = appearance,
           .highContrast = wishes.highContrast,
           .reducedMotion = wishes.reducedMotion,

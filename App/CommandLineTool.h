@@ -1,0 +1,45 @@
+#pragma once
+// The command line tool that comes with the application, linked into the user's PATH.
+
+#include "Base/Cancellation.h"
+#include "Base/Shell.h"
+#include "Base/UserFolders.h"
+#include "Platform/Host.h"
+
+#include <string>
+#include <string_view>
+
+namespace korvell {
+
+class CommandLineTool {
+public:
+  struct Services {
+    SystemKind system = SystemKind::linuxDesktop;
+    std::string program; ///< the running program's path; empty when unknown
+    std::string home;
+    Environment environment;
+    CommandRunner run;
+  };
+
+  explicit CommandLineTool(Services services) : services_(std::move(services)) {}
+
+  /// Where the tool is: in the application's bundle, or beside the running program where that is in none.
+  std::string toolPath() const;
+  /// "~/.local/bin/korvell", with the home folder written out.
+  std::string linkPath() const;
+  /// Makes the link, or renews it, and tells the outcome in a sentence. What stands there and is no link is
+  /// not touched. Blocks while the user's shell starts, for five seconds at most.
+  std::string install(const Cancellation& cancellation = {}) const;
+
+private:
+  bool isOnPATH(const Cancellation& cancellation) const;
+  std::string shell() const;
+  std::string folder() const;
+
+  Services services_;
+};
+
+/// For a POSIX shell: in single quotes, whatever the text holds.
+std::string shellQuoted(std::string_view text);
+
+} // namespace korvell
