@@ -28,17 +28,21 @@ Drawing MenuBarGraph::image(const std::vector<double>& cpu, double memory) {
 }
 
 MenuBarLabel MenuBarLabel::make(const MenuBarState& state, MenuBarStyle style) {
+  return make(MenuBarFigures{*state.score, *state.cpu, *state.memory, *state.cpuHistory}, style);
+}
+
+MenuBarLabel MenuBarLabel::make(const MenuBarFigures& figures, MenuBarStyle style) {
   switch (style) {
   case MenuBarStyle::icon:
-    return {.symbol = *state.score < healthyFrom ? Symbol::filledHeart : Symbol::heart};
+    return {.symbol = figures.score < healthyFrom ? Symbol::filledHeart : Symbol::heart};
   case MenuBarStyle::score:
-    return {.symbol = Symbol::heart, .text = std::to_string(*state.score)};
+    return {.symbol = Symbol::heart, .text = std::to_string(figures.score)};
   case MenuBarStyle::cpuAndMemory:
-    return {.text = std::to_string(*state.cpu) + "% · " + std::to_string(*state.memory) + "%"};
+    return {.text = std::to_string(figures.cpu) + "% · " + std::to_string(figures.memory) + "%"};
   case MenuBarStyle::graphs:
     break;
   }
-  return {.drawing = MenuBarGraph::image(*state.cpuHistory, *state.memory / 100.0)};
+  return {.drawing = MenuBarGraph::image(figures.cpuHistory, figures.memory / 100.0)};
 }
 
 } // namespace korvell

@@ -35,6 +35,12 @@ struct MenuBarGraph {
   static Drawing image(const std::vector<double>& cpu, double memory);
 };
 
+/// What the styles show, as MenuBarState publishes it for the chosen one.
+struct MenuBarFigures {
+  int score = 0, cpu = 0, memory = 0;
+  std::vector<double> cpuHistory;
+};
+
 struct MenuBarLabel {
   enum class Symbol { heart, filledHeart }; ///< a filled heart asks for attention
 
@@ -42,6 +48,7 @@ struct MenuBarLabel {
   std::optional<std::string> text; ///< digits all of one width
   std::optional<Drawing> drawing;
 
+  static MenuBarLabel make(const MenuBarFigures& figures, MenuBarStyle style);
   static MenuBarLabel make(const MenuBarState& state, MenuBarStyle style);
   bool operator==(const MenuBarLabel&) const = default;
 };

@@ -16,7 +16,8 @@ public:
   UsageHelperStatus current = UsageHelperStatus::enabled;
   Manner manner = Manner::answersWhileWaitedFor;
   UsageHelperAnswer answer = std::vector<std::uint8_t>{};
-  bool refuses = false;             ///< nobody to connect to
+  bool refuses = false; ///< nobody to connect to
+  bool offered = true;
   std::function<void()> whileAsked; ///< run while a request is waited for
   std::optional<Failure> failure;   ///< of enable() and disable()
 
@@ -38,7 +39,7 @@ public:
     lost.push_back(std::move(onLost));
     return std::make_shared<Connection>(*this);
   }
-  bool isOffered() override { return true; }
+  bool isOffered() override { return offered; }
   Outcome enable() override { return turn(UsageHelperStatus::enabled); }
   Outcome disable() override { return turn(UsageHelperStatus::notEnabled); }
   void openApprovalSettings() override {}
