@@ -33,5 +33,7 @@ std::vector<GalleryView> pageViews();
 std::vector<GalleryView> listViews();
 /// Free Up Space.
 std::vector<GalleryView> storageViews();
+/// The settings, from made-up answers.
+std::vector<GalleryView> settingsViews();
 
 } // namespace korvell

@@ -1,0 +1,373 @@
+#include "UI/Settings/SettingsView.h"
+
+#include "Base/Localization.h"
+#include "UI/Kit/Icons.h"
+#include "UI/Kit/Text.h"
+#include "UI/Tray/WideForm.h"
+
+#include <QBoxLayout>
+
+#include <algorithm>
+
+namespace korvell {
+
+namespace {
+
+constexpr int sidePadding = 24, groupPadding = 16, headGap = 18, headIndent = 2, bottomPadding = 24;
+constexpr int rowHeight = 47, rowPadding = 9, lowRowHeight = 39, lowRowPadding = 6;
+constexpr int textPadding = 3, lineGap = 2, controlGap = 16;
+constexpr int bannerGap = 16;
+constexpr int fieldMargin = 3; ///< that the toolkit keeps around a field's text
+constexpr int markSize = 14, markGap = 6;
+
+template <class Layout>
+Layout* bare(Layout* layout) {
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+  return layout;
+}
+
+void setWords(Button& button, const std::string& words) {
+  if (button.words() != text(words)) button.setWords(words);
+}
+
+} // namespace
+
+/// A title with what is said about it below, and a control at the end. Its own widths decide its height.
+class SettingsView::Row : public QWidget {
+public:
+  Row(const Theme& theme, std::string_view title, QWidget* parent)
+      : QWidget(parent), line_(bare(new QHBoxLayout(this))),
+        title_(makeLabel(theme, TextStyle::body, Token::text1, this)), more_(new QWidget(this)),
+        detail_(makeLabel(theme, TextStyle::small, Token::text2, more_)),
+        outcome_(makeLabel(theme, TextStyle::small, Token::text1, more_)), warning_(new QWidget(more_)),
+        trouble_(makeLabel(theme, TextStyle::small, Token::warning, warning_)) {
+    auto* warning = bare(new QHBoxLayout(warning_));
+    warning->setSpacing(markGap);
+    auto* mark = new IconLabel(theme, lookOf(Tone::warning).icon, markSize, Token::warningMark, warning_);
+    warning->addWidget(mark, 0, Qt::AlignTop);
+    warning->addWidget(trouble_, 1);
+    auto* more = bare(new QVBoxLayout(more_));
+    more->setSpacing(lineGap);
+    for (QWidget* each : {static_cast<QWidget*>(detail_), static_cast<QWidget*>(outcome_), warning_})
+      more->addWidget(each);
+    auto* words = bare(new QVBoxLayout);
+    words->setContentsMargins(0, textPadding, 0, textPadding);
+    words->addStretch(1);
+    words->addWidget(title_);
+    words->addWidget(more_);
+    words->addStretch(1);
+    line_->setContentsMargins(0, rowPadding, 0, rowPadding); // a control needs less room than text
+    line_->setSpacing(controlGap);
+    line_->addLayout(words, 1);
+    setMinimumHeight(theme.scaled(rowHeight));
+    setTitle(title);
+    tell({}, {}, {});
+  }
+
+  void addControl(QWidget& control) { line_->addWidget(&control, 0, Qt::AlignVCenter | Qt::AlignTrailing); }
+  /// One of many of its kind.
+  void setLow(const Theme& theme) {
+    line_->setContentsMargins(0, lowRowPadding, 0, lowRowPadding);
+    setMinimumHeight(theme.scaled(lowRowHeight));
+  }
+  void addWide(QWidget& control) { line_->addWidget(&control, 2); }
+
+  void setTitle(std::string_view title) { put(*title_, title); }
+  /// Below the title, each on lines of its own and absent when empty.
+  void tell(std::string_view detail, std::string_view outcome, std::string_view trouble) {
+    put(*detail_, detail);
+    put(*outcome_, outcome);
+    put(*trouble_, trouble);
+    warning_->setVisible(!trouble.empty());
+    more_->setVisible(!detail.empty() || !outcome.empty() || !trouble.empty());
+    more_->layout()->setContentsMargins(0, title_->words().isEmpty() ? 0 : lineGap, 0, 0);
+  }
+  void setQuiet(bool isQuiet) { title_->setToken(isQuiet ? Token::text3 : Token::text1); }
+
+private:
+  static TextLabel* makeLabel(const Theme& theme, TextStyle style, Token token, QWidget* parent) {
+    auto* label = new TextLabel(theme, style, token, "", parent);
+    label->setWrapped();
+    return label;
+  }
+  static void put(TextLabel& label, std::string_view words) {
+    label.setWords(words);
+    label.setVisible(!words.empty());
+  }
+
+  QHBoxLayout* line_;
+  TextLabel* title_;
+  QWidget* more_;
+  TextLabel *detail_, *outcome_;
+  QWidget* warning_;
+  TextLabel* trouble_;
+};
+
+class SettingsView::SwitchRow : public Row {
+public:
+  SwitchRow(const Theme& theme, QWidget* parent, std::function<void(bool)> handler)
+      : Row(theme, "", parent), toggle_(new Toggle(theme, "", this)) {
+    addControl(*toggle_);
+    toggle_->onToggle(std::move(handler));
+  }
+
+  void show(const SettingsPage::Switch& state) {
+    toggle_->setOn(state.isOn); // also when the user has moved it and nothing came of that
+    if (shown_ == state) return;
+    shown_ = state;
+    setTitle(state.title);
+    tell(state.detail, {}, state.trouble);
+    setQuiet(!state.canChange);
+    toggle_->setName(state.title);
+    toggle_->setEnabled(state.canChange);
+  }
+
+private:
+  Toggle* toggle_;
+  std::optional<SettingsPage::Switch> shown_;
+};
+
+/// A plate whose rows are parted by hairlines.
+struct SettingsView::Group {
+  const Theme& theme;
+  QWidget* head;
+  Plate* plate;
+  QVBoxLayout* rows;
+
+  Hairline* add(QWidget& row) {
+    Hairline* rule = nullptr;
+    if (rows->count() > 0) rows->addWidget(rule = new Hairline(theme, plate));
+    rows->addWidget(&row);
+    return rule;
+  }
+};
+
+/// The page: the scroll bar takes its lane out of the margin.
+class SettingsView::Content : public QWidget {
+public:
+  explicit Content(const QWidget& view) : view_(view) {}
+
+protected:
+  void resizeEvent(QResizeEvent*) override {
+    const int lane = std::clamp(view_.width() - width(), 0, sidePadding);
+    const int left = isRightToLeft() ? sidePadding - lane : sidePadding;
+    layout()->setContentsMargins(left, 0, 2 * sidePadding - lane - left, bottomPadding);
+  }
+
+private:
+  const QWidget& view_;
+};
+
+SettingsView::SettingsView(const Theme& theme, Handlers handlers, QWidget* parent)
+    : Ground(theme, Token::bg, parent), theme_(theme), handlers_(std::move(handlers)),
+      above_(new QWidget(this)), banner_(new Banner(theme, above_)),
+      scroll_(new ScrollArea(theme, Token::bg, this)), content_(new Content(*this)),
+      column_(bare(new QVBoxLayout(content_))) {
+  auto* whole = bare(new QVBoxLayout(this));
+  auto* above = bare(new QVBoxLayout(above_));
+  above->setContentsMargins(sidePadding, bannerGap, sidePadding, 0);
+  above->addWidget(banner_);
+  above_->hide();
+  whole->addWidget(above_);
+  whole->addWidget(scroll_, 1);
+  column_->setContentsMargins(sidePadding, 0, sidePadding, bottomPadding);
+  makeMenuBar();
+  makeGeneral();
+  makeHelper();
+  makeTool();
+  makeData();
+  makeUpdates();
+  makeAlerts();
+  column_->addStretch(1);
+  scroll_->setContent(*content_);
+}
+
+SettingsView::Group SettingsView::startGroup(std::string_view title) {
+  auto* head = new QWidget(content_);
+  auto* line = bare(new QVBoxLayout(head));
+  line->setContentsMargins(headIndent, headGap, headIndent, 6);
+  auto* words = new TextLabel(theme_, TextStyle::head, Token::text1, title, head);
+  words->setWrapped();
+  line->addWidget(words);
+  column_->addWidget(head);
+  auto* plate = new Plate(theme_, content_);
+  plate->setName(title);
+  auto* rows = bare(new QVBoxLayout(plate));
+  rows->setContentsMargins(groupPadding, 0, groupPadding, 0);
+  column_->addWidget(plate);
+  return {theme_, head, plate, rows};
+}
+
+void SettingsView::makeMenuBar() {
+  auto group = startGroup(localized("Menu bar"));
+  labels_.resize(allCases<MenuBarStyle>().size());
+  std::vector<RadioTiles::Tile> tiles;
+  for (const auto& style : allCases<MenuBarStyle>())
+    tiles.push_back({title(style.value),
+                     [this, i = tiles.size()](QPainter& painter, const QRectF& box, const QColor& ink) {
+                       drawWideForm(painter, box, theme_, labels_[i], ink);
+                     }});
+  styles_ = new RadioTiles(theme_, localized("Menu bar"), std::move(tiles), group.plate);
+  styles_->onChoose([this](std::size_t index) { handlers_.style(MenuBarStyle(index)); });
+  group.rows->setContentsMargins(groupPadding, 14, groupPadding, 18);
+  group.add(*styles_);
+}
+
+void SettingsView::makeGeneral() {
+  auto group = startGroup(localized("General"));
+  opensAtLogin_ = new SwitchRow(theme_, group.plate, [this](bool on) { handlers_.opensAtLogin(on); });
+  group.add(*opensAtLogin_);
+  const auto words = localized("Appearance");
+  auto* row = new Row(theme_, words, group.plate);
+  std::vector<std::string> choices;
+  for (const auto& choice : allCases<AppearanceChoice>()) choices.push_back(title(choice.value));
+  appearance_ = new Segments(theme_, words, choices, row);
+  appearance_->onChoose([this](std::size_t index) { handlers_.appearance(AppearanceChoice(index)); });
+  row->addControl(*appearance_);
+  group.add(*row);
+}
+
+void SettingsView::makeHelper() {
+  auto group = startGroup(localized("System processes"));
+  helper_.head = group.head;
+  helper_.plate = group.plate;
+  helper_.explanation = new Row(theme_, "", group.plate);
+  group.add(*helper_.explanation);
+  helper_.state = new Row(theme_, "", group.plate);
+  helper_.approval = new Button(theme_, Button::Kind::plain, "", helper_.state);
+  helper_.approval->onPress([this] { handlers_.openApproval(); });
+  helper_.state->addControl(*helper_.approval);
+  helper_.action = new Button(theme_, Button::Kind::plain, "", helper_.state);
+  helper_.action->onPress([this] { handlers_.turnHelper(helper_.turnsOn); });
+  helper_.state->addControl(*helper_.action);
+  helper_.rule = group.add(*helper_.state);
+}
+
+void SettingsView::makeTool() {
+  auto group = startGroup(localized("Command line"));
+  tool_ = new Row(theme_, localized("Command line tool"), group.plate);
+  install_ = new Button(theme_, Button::Kind::plain, "", tool_);
+  install_->onPress([this] { handlers_.installTool(); });
+  tool_->addControl(*install_);
+  group.add(*tool_);
+}
+
+void SettingsView::makeData() {
+  auto group = startGroup(localized("Data"));
+  const auto words = localized("History");
+  auto* history = new Row(theme_, words, group.plate);
+  history_ = new TextField(theme_, words, "", history);
+  history_->setSelectableOnly();
+  history_->setTextMargins(-fieldMargin, 0, -fieldMargin, 0);
+  // A path runs to the right in every language, and a field goes by its text.
+  history_->setAlignment((isRightToLeft() ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignVCenter);
+  history->addWide(*history_);
+  group.add(*history);
+  auto* own = new Row(theme_, localized("Korvell itself"), group.plate);
+  ownCost_ = new TextLabel(theme_, TextStyle::small, Token::text2, "", own);
+  ownCost_->setNeverCut();
+  own->addControl(*ownCost_);
+  group.add(*own);
+}
+
+void SettingsView::makeUpdates() {
+  auto group = startGroup(localized("Updates"));
+  updates_ = new SwitchRow(theme_, group.plate, [](bool) {});
+  group.add(*updates_);
+}
+
+void SettingsView::makeAlerts() {
+  auto group = startGroup(localized("Alert me when"));
+  for (const auto& kind : allCases<HealthAlert::Kind>()) {
+    auto* row = new SwitchRow(theme_, group.plate,
+                              [this, kind = kind.value](bool on) { handlers_.alerts(kind, on); });
+    row->setLow(theme_);
+    group.add(*row);
+    alerts_.push_back(row);
+  }
+  auto report = startGroup(localized("Weekly report"));
+  weeklyReport_ = new SwitchRow(theme_, report.plate, [this](bool on) { handlers_.weeklyReport(on); });
+  report.add(*weeklyReport_);
+}
+
+void SettingsView::show(const SettingsPage& page) {
+  showTrouble(page);
+  showStyles(page);
+  opensAtLogin_->show(page.opensAtLogin);
+  appearance_->choose(std::size_t(page.appearance));
+  showHelper(page.helper);
+  tool_->tell(page.tool.note, page.tool.outcome, {});
+  setWords(*install_, page.tool.action);
+  if (const auto path = text(page.history); history_->text() != path) {
+    history_->setText(path);
+    history_->setToolTip(path);
+  }
+  ownCost_->setWords(page.ownCost);
+  updates_->show(page.updates);
+  for (std::size_t i = 0; i < std::min(alerts_.size(), page.alerts.size()); ++i)
+    alerts_[i]->show(page.alerts[i]);
+  weeklyReport_->show(page.weeklyReport);
+}
+
+void SettingsView::showTrouble(const SettingsPage& page) {
+  const auto now = page.trouble + page.advice;
+  if (told_ == now) return;
+  told_ = now;
+  if (now.empty()) return static_cast<void>(dismiss());
+  above_->show();
+  banner_->say(Tone::warning, page.trouble, page.advice);
+}
+
+bool SettingsView::dismiss() {
+  const bool isShown = above_->isVisibleTo(this);
+  banner_->dismiss();
+  above_->hide();
+  return isShown;
+}
+
+void SettingsView::showStyles(const SettingsPage& page) {
+  styles_->choose(std::size_t(page.style));
+  std::vector<MenuBarLabel> labels;
+  for (const auto& style : page.styles) labels.push_back(style.label);
+  if (labels == labels_ || labels.size() != labels_.size()) return;
+  labels_ = std::move(labels);
+  styles_->updatePictures();
+}
+
+void SettingsView::showHelper(const SettingsPage::Helper& helper) {
+  const bool isKnown = !helper.explanation.empty() || !helper.state.empty();
+  helper_.head->setVisible(isKnown);
+  helper_.plate->setVisible(isKnown);
+  helper_.explanation->tell(helper.explanation, {}, {});
+  helper_.explanation->setVisible(!helper.explanation.empty());
+  helper_.state->setTitle(helper.state);
+  helper_.state->tell({}, {}, helper.trouble);
+  helper_.state->setVisible(!helper.state.empty());
+  helper_.rule->setVisible(!helper.explanation.empty() && !helper.state.empty());
+  helper_.turnsOn = helper.turnsOn;
+  for (auto [button, words] :
+       {std::pair{helper_.action, &helper.action}, {helper_.approval, &helper.approval}}) {
+    setWords(*button, *words);
+    button->setVisible(!words->empty());
+  }
+}
+
+int SettingsView::wholeHeight(int width) const {
+  // Before it is shown, a layout hears of what has changed only in the widget that it lays out, and no other.
+  auto widgets = content_->findChildren<QWidget*>();
+  for (auto each = widgets.crbegin(); each != widgets.crend(); ++each)
+    if (auto* layout = (*each)->layout()) layout->activate();
+  column_->activate();
+  const int above = above_->isVisibleTo(this) ? above_->heightForWidth(width) : 0;
+  const auto margins = column_->contentsMargins();
+  const int lane = 2 * sidePadding - margins.left() - margins.right();
+  return above + column_->totalHeightForWidth(width - lane);
+}
+
+QSize SettingsView::sizeHint() const {
+  const int width = theme_.scaled(naturalWidth);
+  return {width, wholeHeight(width)};
+}
+
+} // namespace korvell

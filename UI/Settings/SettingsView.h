@@ -1,0 +1,93 @@
+#pragma once
+// The settings on one page: groups of rows, each with its control at the end. Shows what it is given, also
+// after the user has moved a control: what could not be changed goes back.
+
+#include "UI/Kit/Banner.h"
+#include "UI/Kit/Choices.h"
+#include "UI/Kit/Native.h"
+#include "UI/Kit/Scroll.h"
+#include "UI/Kit/Switches.h"
+#include "UI/Settings/SettingsPage.h"
+
+#include <functional>
+#include <vector>
+
+class QVBoxLayout;
+
+namespace korvell {
+
+class SettingsView : public Ground {
+public:
+  static constexpr int naturalWidth = 600;
+
+  struct Handlers {
+    std::function<void(MenuBarStyle)> style;
+    std::function<void(AppearanceChoice)> appearance;
+    std::function<void(bool)> opensAtLogin, weeklyReport;
+    std::function<void(HealthAlert::Kind, bool)> alerts;
+    std::function<void(bool on)> turnHelper;
+    std::function<void()> openApproval, installTool;
+  };
+
+  SettingsView(const Theme& theme, Handlers handlers, QWidget* parent);
+
+  void show(const SettingsPage& page);
+  using QWidget::show;
+  /// Hides what is said about all settings; false when nothing is.
+  bool dismiss();
+
+  /// The height at which nothing is scrolled, in that width.
+  int wholeHeight(int width) const;
+  QSize sizeHint() const override;
+
+private:
+  class Row;
+  class SwitchRow;
+  class Content;
+  struct Group;
+
+  Group startGroup(std::string_view title);
+  void makeMenuBar();
+  void makeGeneral();
+  void makeHelper();
+  void makeTool();
+  void makeData();
+  void makeUpdates();
+  void makeAlerts();
+
+  void showTrouble(const SettingsPage& page);
+  void showStyles(const SettingsPage& page);
+  void showHelper(const SettingsPage::Helper& helper);
+
+  const Theme& theme_;
+  const Handlers handlers_;
+  QWidget* above_; ///< the banner's room
+  Banner* banner_;
+  std::string told_; ///< by the banner
+  ScrollArea* scroll_;
+  QWidget* content_;
+  QVBoxLayout* column_;
+
+  std::vector<MenuBarLabel> labels_; ///< that the tiles paint
+  RadioTiles* styles_;
+  SwitchRow* opensAtLogin_;
+  Segments* appearance_;
+  struct HelperParts {
+    QWidget* head;
+    Plate* plate;
+    Row* explanation;
+    Hairline* rule;
+    Row* state;
+    Button *action, *approval;
+    bool turnsOn = false;
+  } helper_{};
+  Row* tool_;
+  Button* install_;
+  TextField* history_;
+  TextLabel* ownCost_;
+  SwitchRow* updates_;
+  std::vector<SwitchRow*> alerts_;
+  SwitchRow* weeklyReport_;
+};
+
+} // namespace korvell

@@ -1,0 +1,111 @@
+#include "UI/Settings/SettingsWindow.h"
+
+#include "Base/Localization.h"
+#include "UI/Kit/Text.h"
+#include "UI/Settings/SettingsView.h"
+
+#include <QBoxLayout>
+#include <QCloseEvent>
+#include <QKeyEvent>
+#include <QScreen>
+#include <QShortcut>
+
+#include <algorithm>
+#include <optional>
+
+namespace korvell {
+
+namespace {
+
+constexpr int screenMargin = 80; ///< for the window's frame and the desktop's bars
+constexpr int leastHeight = 320;
+
+} // namespace
+
+class SettingsWindow::Frame final : public QWidget {
+public:
+  Frame(const Theme& theme, SettingsEditor::Services services, Task closed)
+      : closed_(std::move(closed)), view_(new SettingsView(theme, handlers(), this)) {
+    editor_.emplace(std::move(services), [this] { refresh(); });
+    setWindowTitle(text(localized("Settings")));
+    auto* whole = new QVBoxLayout(this);
+    whole->setContentsMargins(0, 0, 0, 0);
+    whole->addWidget(view_);
+    auto* close = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this);
+    connect(close, &QShortcut::activated, this, &QWidget::close);
+    refresh();
+    fit();
+  }
+
+protected:
+  void keyPressEvent(QKeyEvent* event) override {
+    if (event->key() != Qt::Key_Escape) return QWidget::keyPressEvent(event);
+    if (!view_->dismiss()) close();
+  }
+  bool event(QEvent* event) override {
+    if (event->type() == QEvent::WindowActivate && editor_) editor_->refresh();
+    const bool answered = QWidget::event(event);
+    if (event->type() == QEvent::LayoutRequest) fit();
+    return answered;
+  }
+  void closeEvent(QCloseEvent* event) override {
+    event->accept();
+    editor_.reset(); // it knows things that may be gone before this is
+    deleteLater();
+    closed_();
+  }
+
+private:
+  void refresh() {
+    if (editor_) view_->show(editor_->page());
+  }
+
+  /// Follows the content for as long as the user has not chosen another height.
+  void fit() {
+    const auto natural = view_->sizeHint();
+    const int room = screen()->availableGeometry().height() - screenMargin;
+    const bool isOwnHeight = fitted_ == 0 || height() == fitted_;
+    fitted_ = std::min(natural.height(), room);
+    setFixedWidth(natural.width());
+    setMinimumHeight(std::min({leastHeight, natural.height(), room}));
+    setMaximumHeight(natural.height());
+    if (isOwnHeight) resize(natural.width(), fitted_);
+  }
+
+  SettingsView::Handlers handlers() {
+    return {.style = [this](MenuBarStyle style) { editor_->setStyle(style); },
+            .appearance = [this](AppearanceChoice choice) { editor_->setAppearance(choice); },
+            .opensAtLogin = [this](bool on) { editor_->setOpensAtLogin(on); },
+            .weeklyReport = [this](bool on) { editor_->setWeeklyReport(on); },
+            .alerts = [this](HealthAlert::Kind kind, bool on) { editor_->setAlerts(kind, on); },
+            .turnHelper = [this](bool on) { editor_->turnHelper(on); },
+            .openApproval = [this] { editor_->openApproval(); },
+            .installTool = [this] { editor_->installTool(); }};
+  }
+
+  const Task closed_;
+  SettingsView* view_;
+  std::optional<SettingsEditor> editor_;
+  int fitted_ = 0; ///< the height that it gave itself
+};
+
+SettingsWindow::SettingsWindow(const Theme& theme, std::function<SettingsEditor::Services()> services,
+                               Task closed)
+    : theme_(theme), services_(std::move(services)), closed_(std::move(closed)) {}
+
+SettingsWindow::~SettingsWindow() { delete frame_; }
+
+QWidget* SettingsWindow::widget() const { return frame_; }
+
+void SettingsWindow::show() {
+  if (!frame_)
+    frame_ = new Frame(theme_, services_(), [this] {
+      frame_.clear();
+      closed_();
+    });
+  frame_->show();
+  frame_->raise();
+  frame_->activateWindow();
+}
+
+} // namespace korvell

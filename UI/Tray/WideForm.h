@@ -1,0 +1,15 @@
+#pragma once
+// Paints the menu bar's item where there is room beside the symbol: heart, text and graph on one line.
+
+#include "App/MenuBarLabel.h"
+#include "UI/Kit/Theme.h"
+
+#include <QPainter>
+
+namespace korvell {
+
+/// In the middle of the box, in one ink; left to right in every language, as menu bars set it.
+void drawWideForm(QPainter& painter, const QRectF& box, const Theme& theme, const MenuBarLabel& label,
+                  const QColor& ink);
+
+} // namespace korvell
