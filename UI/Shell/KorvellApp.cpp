@@ -82,7 +82,9 @@ KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched)
                                   Banner& banner) { return makePage(item, window, banner); },
                .openSettings = [this] { openSettings(); },
                .quit = [this] { askToQuit(); },
-               .closed = [this] { windowClosed(); }}) {
+               .closed = [this] { windowClosed(); }}),
+      settings_(
+          theme_, [this] { return settingsServices(); }, [this] { windowClosed(); }) {
   wear(wishes_);
   look_.emplace([this](const DesktopWishes& wishes) { wear(wishes); });
   trayWatch_.emplace([this](TrayWatch::State state) { trayFound(state); });
@@ -245,10 +247,7 @@ void KorvellApp::takeStep(const Step& step, QWidget& window, Banner& banner) {
   openBatterySettings();
 }
 
-void KorvellApp::openBatterySettings() {
-  if (!desktop_) desktop_ = systemQueueFactory()("Korvell.desktop");
-  desktop_->async(host_.openBatterySettings);
-}
+void KorvellApp::openBatterySettings() { desktopQueue().async(host_.openBatterySettings); }
 
 void KorvellApp::askWeekScore() {
   constexpr Seconds week{7 * 86'400.0};
@@ -303,7 +302,21 @@ void KorvellApp::panelClosed() {
   windowClosed();
 }
 
-void KorvellApp::openSettings() {}
+void KorvellApp::openSettings() { settings_.show(); }
+
+SettingsEditor::Services KorvellApp::settingsServices() {
+  auto services = SettingsEditor::of(host_, assembly_, *model_, loop_.main(), desktopQueue());
+  services.styleChanged = [this] {
+    if (tray_) tray_->update();
+  };
+  services.appearanceChanged = [this] { wear(wishes_); };
+  return services;
+}
+
+Queue& KorvellApp::desktopQueue() {
+  if (!desktop_) desktop_ = systemQueueFactory()("Korvell.desktop");
+  return *desktop_;
+}
 
 void KorvellApp::askToQuit() {
   QWidget* window = panel_ ? static_cast<QWidget*>(panel_) : window_.isVisible() ? window_.widget() : nullptr;

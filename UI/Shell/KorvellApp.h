@@ -10,6 +10,7 @@
 #include "UI/Kit/Theme.h"
 #include "UI/Measures/LiveDirections.h"
 #include "UI/Panel/PanelView.h"
+#include "UI/Settings/SettingsWindow.h"
 #include "UI/Shell/DesktopLook.h"
 #include "UI/Shell/Errands.h"
 #include "UI/Shell/MainLoop.h"
@@ -55,6 +56,9 @@ private:
   void panelClosed();
   void windowClosed();
   void openSettings();
+  SettingsEditor::Services settingsServices();
+  /// For what may take seconds: opening programs, the login item, the helper.
+  Queue& desktopQueue();
   /// Asks over a window that is open, and quits at once without one.
   void askToQuit();
   SidebarFacts sidebarFacts() const;
@@ -75,10 +79,11 @@ private:
   std::unique_ptr<ModelActions> actions_;
   Errands errands_;
   std::optional<double> weekScore_;
-  std::unique_ptr<Queue> desktop_; ///< opens programs; null until the first
+  std::unique_ptr<Queue> desktop_; ///< null until the first
   AppDelegate delegate_;
   Keeper keeper_;
   MainWindow window_;
+  SettingsWindow settings_;
   PanelWindow* panel_ = nullptr;
   PanelView* panelView_ = nullptr;
   UsageKey panelOrder_ = UsageKey::memory;
