@@ -45,7 +45,7 @@ std::optional<Pipe> makeOutputPipe() {
 
 bool holdsNUL(const std::string& text) { return text.find('\0') != std::string::npos; }
 
-/// Starts the program in a process group of its own, with default signals; -1 when it can't be.
+/// Starts the program in a session of its own, with default signals; -1 when it can't be.
 pid_t spawn(const std::string& path, const std::vector<std::string>& arguments, int output) {
   std::vector<char*> argv{const_cast<char*>(path.c_str())};
   for (const auto& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
@@ -65,9 +65,8 @@ pid_t spawn(const std::string& path, const std::vector<std::string>& arguments, 
   sigfillset(&all);
   posix_spawnattr_setsigmask(&attributes, &none);
   posix_spawnattr_setsigdefault(&attributes, &all);
-  posix_spawnattr_setpgroup(&attributes, 0);
-  posix_spawnattr_setflags(
-      &attributes, short(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP | more));
+  posix_spawnattr_setflags(&attributes,
+                           short(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID | more));
 
   pid_t child = -1;
   const int error = posix_spawn(&child, path.c_str(), &actions, &attributes, argv.data(), environmentBlock());

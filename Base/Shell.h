@@ -10,9 +10,9 @@
 // holds the pipe open, and at the latest two seconds after it was asked to end. From any thread; blocks the
 // caller.
 //
-// The program has a process group of its own, so that an interrupt typed at a terminal reaches Korvell only:
-// whoever runs a program for longer than a user waits passes a cancellation and cancels it when the process
-// is told to end.
+// The program has a session of its own. An interrupt typed at a terminal reaches Korvell only: whoever runs a
+// program for longer than a user waits passes a cancellation and cancels it when the process is told to end.
+// And it has no terminal: an interactive shell that finds one in which it is not in front stops itself.
 
 #include "Base/Cancellation.h"
 #include "Base/Date.h"
