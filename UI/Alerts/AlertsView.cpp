@@ -11,12 +11,14 @@
 
 #include <QEvent>
 
+#include <algorithm>
+
 namespace korvell {
 
 namespace {
 
 constexpr int sideWidth = 284, wideSide = 320, wideFrom = 1000, sideGap = 22;
-constexpr int iconSize = 18, textLeft = 34;
+constexpr int iconSize = 18, textLeft = 34, leastText = 60, natural = 480, usualHeight = 62;
 
 } // namespace
 
@@ -39,8 +41,18 @@ public:
     button_->onPress([this] {
       if (const auto lead = alert_.lead) follow_(*lead);
     });
-    layOut();
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
   }
+
+  bool hasHeightForWidth() const override { return true; }
+  int heightForWidth(int width) const override {
+    if (!measured_ || measured_->first != width) measured_ = {width, places(width).height};
+    return measured_->second;
+  }
+  QSize sizeHint() const override { return {natural, theme().scaled(usualHeight)}; }
+  QSize minimumSizeHint() const override { return {leastText + textLeft, theme().scaled(usualHeight)}; }
 
   void show(const AlertsPage::Alert& alert) {
     if (alert == alert_) return;
@@ -52,12 +64,22 @@ public:
     time_->setFigure({alert.time, {}});
     button_->setVisible(alert.lead.has_value());
     if (alert.lead) button_->setWords(alert.lead->words);
+    measured_.reset();
+    updateGeometry();
+    if (isVisible()) arrange();
     Painted::update();
   }
 
   Control* action() const override { return button_; }
 
 protected:
+  void resizeEvent(QResizeEvent*) override { arrange(); }
+  void themeChanged() override {
+    measured_.reset();
+    ListRow::themeChanged();
+    arrange();
+  }
+
   void draw(QPainter& painter) override {
     ListRow::draw(painter);
     if (!alert_.isNew) return;
@@ -69,37 +91,45 @@ protected:
   }
 
 private:
-  void layOut() {
-    constexpr int beyond = 6; // a quiet button's words end where the text does
-    auto* row = bare<QHBoxLayout>(this);
-    row->setContentsMargins(rowInset - beyond, 12, rowInset - beyond, 5);
-    row->addSpacing(beyond);
-    row->addWidget(icon_, 0, Qt::AlignTop);
-    icon_->setFixedSize(iconSize, iconSize);
-    row->addSpacing(textLeft - iconSize);
-    auto* lines = new QVBoxLayout;
-    lines->setSpacing(1);
-    auto* upper = new QHBoxLayout;
-    upper->addWidget(title_, 1);
-    upper->addSpacing(16);
-    upper->addWidget(time_, 0, Qt::AlignTop);
-    upper->addSpacing(beyond);
-    lines->addLayout(upper);
-    auto* lower = new QHBoxLayout;
-    auto* detail = new QVBoxLayout;
-    detail->setContentsMargins(0, 2, 0, 6);
-    detail->addWidget(detail_, 0, Qt::AlignTop);
-    lower->addLayout(detail, 1);
-    lower->addSpacing(6);
-    lower->addWidget(button_, 0, Qt::AlignTop);
-    lower->addStrut(button_->sizeHint().height());
-    lines->addLayout(lower);
-    lines->addStretch(1);
-    row->addLayout(lines, 1);
+  struct Places {
+    QRectF icon, title, time, detail, button;
+    int height;
+  };
+  /// By hand: a hundred rows of nested layouts would take longer than the rest of the page.
+  Places places(int width) const {
+    constexpr int above = 12, below = 5, gap = 1, timeGap = 16, buttonGap = 12;
+    constexpr int beyond = 6;                       // a quiet button's words end where the text does
+    constexpr int detailAbove = 2, detailBelow = 6; // its first line stands beside the button's words
+    const int left = rowInset + textLeft, end = width - rowInset;
+    const auto time = time_->sizeHint();
+    const auto button = button_->sizeHint();
+    const int titleRoom = std::max(leastText, end - left - timeGap - time.width());
+    const int title = title_->heightForWidth(titleRoom);
+    const int taken = alert_.lead ? button.width() - beyond + buttonGap : 0;
+    const int detailRoom = std::max(leastText, end - left - taken);
+    const int detail = detail_->heightForWidth(detailRoom);
+    const int second = above + title + gap;
+    const int lower = std::max(detailAbove + detail + detailBelow, button.height());
+    return {fromStart(*this, rowInset, above, iconSize, iconSize),
+            fromStart(*this, left, above, titleRoom, title),
+            fromStart(*this, end - time.width(), above, time.width(), time.height()),
+            fromStart(*this, left, second + detailAbove, detailRoom, detail),
+            fromStart(*this, end + beyond - button.width(), second, button.width(), button.height()),
+            second + lower + below};
+  }
+
+  void arrange() {
+    const auto at = places(width());
+    icon_->setGeometry(at.icon.toRect());
+    title_->setGeometry(at.title.toRect());
+    time_->setGeometry(at.time.toRect());
+    detail_->setGeometry(at.detail.toRect());
+    button_->setGeometry(at.button.toRect());
   }
 
   const Handler follow_;
   AlertsPage::Alert alert_;
+  mutable std::optional<std::pair<int, int>> measured_; ///< the last width asked for, and its height
   IconLabel* icon_;
   TextLabel *title_, *detail_;
   FigureLabel* time_;
