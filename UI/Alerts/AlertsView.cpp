@@ -41,7 +41,7 @@ public:
     button_->onPress([this] {
       if (const auto lead = alert_.lead) follow_(*lead);
     });
-    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
   }

@@ -24,7 +24,7 @@ ServersView::ServersView(Services services, QWidget* parent)
 }
 
 void ServersView::build() {
-  const auto inset = [this](QWidget* widget, QBoxLayout& column) {
+  const auto inset = [](QWidget* widget, QBoxLayout& column) {
     auto* line = new QHBoxLayout;
     line->setContentsMargins(rowInset, 0, rowInset, 0);
     line->addWidget(widget);
