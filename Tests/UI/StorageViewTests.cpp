@@ -1,10 +1,12 @@
 #include "UI/Storage/StorageView.h"
 
+#include "App/ActionTexts.h"
 #include "Base/ManualQueue.h"
 #include "Tests/Fakes/FakeTimeZone.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
 #include "Tests/UI/Kit/KitFixture.h"
 #include "UI/Kit/Button.h"
+#include "UI/Storage/CleanupQuestion.h"
 #include "UI/Storage/StorageParts.h"
 
 namespace korvell {
@@ -122,6 +124,20 @@ TEST_F(StorageViewTests, theButtonAsksForWhatIsTickedAndNothingElse) {
   EXPECT_EQ(asked.size(), 1u);
 }
 
+TEST_F(StorageViewTests, theDiskFollowsTheMeasurements) {
+  open();
+  publish({found(npm, 1)});
+  EXPECT_FALSE(view->page().disk);
+  for (const std::int64_t free : {300, 200}) {
+    SystemSnapshot snapshot;
+    snapshot.disk.volumes = {{"Home", "/home", 1000, free}};
+    model.snapshot.set(snapshot);
+    model.cycle.set(*model.cycle + 1);
+    ASSERT_TRUE(view->page().disk);
+    EXPECT_EQ(view->page().disk->free.bytes, double(free));
+  }
+}
+
 TEST_F(StorageViewTests, theFocusStaysWithItsRowAndGoesOnWhenThatIsGone) {
   open();
   publish({found(npm, 1), found(pip, 1), found(cargo, 1)});
@@ -173,6 +189,37 @@ TEST_F(StorageViewTests, aScanBeginsAndEndsByItsButtonsAndEscTakesTheOutcomeAway
   key(*view, Qt::Key_Escape);
   EXPECT_EQ(outcomes[0]->role(), QAccessible::StaticText);
   EXPECT_FALSE(scanner.feedback->has_value());
+}
+
+TEST_F(StorageViewTests, theQuestionIsTheMessageWordForWordWithThePathsInAWell) {
+  const auto ask = [](const StorageScanResult& result) {
+    std::vector<std::string> ids;
+    for (const auto& category : result.categories)
+      for (const auto& item : category.items) ids.push_back(item.id);
+    return describeCleanup(PendingCleanup::of(result, ids, "/home/u"), {});
+  };
+  for (const int count : {1, 4, 5, 12}) {
+    const auto description = ask({{found(npm, count)}, Date{}});
+    const auto question = cleanupQuestion(description);
+    auto said = question.text;
+    for (const auto& line : question.well) said += "\n" + line;
+    if (!question.more.empty()) said += "\n" + question.more;
+    EXPECT_EQ(said + "\n" + question.note, description.message);
+    EXPECT_EQ(question.well.size(), std::size_t(std::min(count, 4)));
+    EXPECT_EQ(question.more.empty(), count <= 4) << count;
+    EXPECT_FALSE(question.permanent);
+  }
+  auto emptied = found(trash, 1);
+  emptied.action = StorageAction::emptyTrash();
+  auto odd = found(npm, 1);
+  odd.items[0].urls = {"/home/u/two\nlines"};
+  for (const auto& categories :
+       {std::vector{found(npm, 2), found(pip, 1)}, std::vector{found(npm, 5), emptied}, std::vector{odd}}) {
+    const auto description = ask({categories, Date{}});
+    EXPECT_EQ(cleanupQuestion(description).text, description.message);
+    EXPECT_THAT(cleanupQuestion(description).well, IsEmpty());
+    EXPECT_EQ(cleanupQuestion(description).permanent, description.isPermanent);
+  }
 }
 
 } // namespace

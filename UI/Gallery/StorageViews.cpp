@@ -1,10 +1,12 @@
 // "Free Up Space" in its states, over made-up findings.
 
+#include "App/ActionTexts.h"
 #include "Base/ManualQueue.h"
 #include "Tests/Fakes/FakeTimeZone.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
 #include "UI/Gallery/Gallery.h"
 #include "UI/Kit/Labels.h"
+#include "UI/Storage/CleanupQuestion.h"
 #include "UI/Storage/StorageView.h"
 
 #include <QApplication>
@@ -121,6 +123,12 @@ public:
   ~Framed() override { delete page_; }
 
   StorageView& page() { return *page_; }
+  /// What the footer's button asks, over all of it.
+  void askToClean(const Theme& theme) {
+    const auto request = cleanRequest(world_.scanner);
+    const auto pending = PendingCleanup::of(**world_.scanner.result, request->items, "/home/u");
+    Dialog::ask(theme, cleanupQuestion(describeCleanup(pending, {})), *this, [](bool) {});
+  }
   QWidget& row(std::size_t index) { return *page_->list().rows().at(index); }
   /// As a click beside its box does.
   void unfold(std::size_t index) {
@@ -196,6 +204,22 @@ Made failedView(const Theme& theme) {
   });
 }
 
+Made confirmView(const Theme& theme) {
+  auto made = std::make_unique<Framed>(theme, [](StorageWorld& world) { world.tickProjects(); });
+  made->unfold(0);
+  made->askToClean(theme);
+  return made;
+}
+
+Made confirmAllView(const Theme& theme) {
+  auto made = std::make_unique<Framed>(theme, [](StorageWorld& world) {
+    world.tickProjects();
+    for (const auto kind : {docker, trash}) toggle(world.scanner, kind);
+  });
+  made->askToClean(theme);
+  return made;
+}
+
 Made emptyView(const Theme& theme) {
   return page(theme, [](StorageWorld& world) {
     world.scanner.freedTotal.set(std::int64_t(128 * giga));
@@ -233,6 +257,8 @@ std::vector<GalleryView> storageViews() {
       {"storage-scanning", {window, narrow}, scanningView},
       {"storage", {window, narrow}, foundView},
       {"storage-unfolded", {{884, 1560}}, unfoldedView},
+      {"storage-confirm", {window, narrow}, confirmView},
+      {"storage-confirm-all", {window}, confirmAllView},
       {"storage-cleaning", {window}, cleaningView},
       {"storage-outcome", {window, narrow}, outcomeView},
       {"storage-failed", {narrow}, failedView},

@@ -501,6 +501,7 @@ void StorageList::setGroups(const std::vector<StorageRows>& groups) {
     widget->deleteLater();
   }
   if (order_ == before) return;
+  column_->setEnabled(false); // it would be laid out anew with each of a thousand items
   while (column_->count() > 0) delete column_->takeAt(0);
   bool wasItem = false;
   for (auto* widget : order_) {
@@ -512,6 +513,8 @@ void StorageList::setGroups(const std::vector<StorageRows>& groups) {
     widget->setVisible(true);
   }
   column_->addStretch(1);
+  column_->setEnabled(true);
+  column_->invalidate();
 }
 
 void StorageList::become(Row& row) {

@@ -105,13 +105,15 @@ void StorageView::buildBlank() {
   rows->setContentsMargins(narrowPadding, 0, narrowPadding, 0);
   rows->setSpacing(0);
   rows->addStretch(4);
+  // Each in a box of its own, which takes the distance with it when it goes.
   const auto centred = [&](QWidget* widget, int before) {
-    auto* line = new QHBoxLayout;
+    auto* box = new QWidget(blank_);
+    auto* line = new QHBoxLayout(box);
     line->setContentsMargins(0, before, 0, 0);
     line->addStretch(1);
     line->addWidget(widget);
     line->addStretch(1);
-    rows->addLayout(line);
+    rows->addWidget(box);
   };
   for (auto* label : {lead_, words_, notice_, freed_}) {
     label->setWrapped();
@@ -202,7 +204,9 @@ void StorageView::connectParts() {
     readLog();
     update();
   }));
-  follow(services_.model.cycle);
+  subscriptions_.push_back(services_.model.cycle.observe([this](std::int64_t) {
+    if (volume() != volume_) update();
+  }));
 }
 
 void StorageView::readLog() { freedLog_ = StorageLog::entries(services_.defaults); }
@@ -241,14 +245,17 @@ void StorageView::unfold(StorageKind kind) {
   update();
 }
 
+std::optional<VolumeInfo> StorageView::volume() const {
+  return volumeOf(services_.model.snapshot->disk.volumes, services_.home);
+}
+
 void StorageView::update() {
-  const auto& model = services_.model;
-  auto page =
-      storagePage(services_.scanner, {.zone = services_.zone,
-                                      .now = model.snapshot->date,
-                                      .volume = volumeOf(model.snapshot->disk.volumes, services_.home),
-                                      .log = freedLog_,
-                                      .unfolded = unfolded_});
+  volume_ = volume();
+  auto page = storagePage(services_.scanner, {.zone = services_.zone,
+                                              .now = services_.model.snapshot->date,
+                                              .volume = volume_,
+                                              .log = freedLog_,
+                                              .unfolded = unfolded_});
   if (page == page_ && isBuilt_) return;
   isBuilt_ = true;
   page_ = std::move(page);
@@ -269,9 +276,10 @@ void StorageView::update() {
 
 void StorageView::showBlank() {
   using State = StoragePage::State;
-  const auto set = [](TextLabel* label, const std::string& words) {
+  const auto show = [](QWidget* widget, bool isShown) { widget->parentWidget()->setVisible(isShown); };
+  const auto set = [&](TextLabel* label, const std::string& words) {
     label->setWords(words);
-    label->setVisible(!words.empty());
+    show(label, !words.empty());
   };
   const bool isScanning = page_.state == State::scanning, isEmpty = page_.state == State::empty;
   picture_->setIcon(isEmpty ? Icon::checkCircle : Icon::storage, isEmpty ? Token::good : Token::text2);
@@ -282,12 +290,12 @@ void StorageView::showBlank() {
                        ? localized("No build caches, package caches or old downloads worth removing.")
                        : localized("Measures caches, old dependencies and downloads. Nothing is removed "
                                    "before you choose."));
-  progress_->setVisible(isScanning);
+  show(progress_, isScanning);
   progress_->setLevel(page_.progress);
   set(notice_, isScanning ? page_.notice : "");
-  scan_->setVisible(page_.state == State::unscanned);
+  show(scan_, page_.state == State::unscanned);
   scan_->setEnabled(page_.canScan);
-  cancel_->setVisible(isScanning);
+  show(cancel_, isScanning);
   set(freed_, isScanning ? "" : page_.freed);
 }
 

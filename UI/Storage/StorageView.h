@@ -69,6 +69,7 @@ private:
   void buildFooter();
   void connectParts();
   void readLog();
+  std::optional<VolumeInfo> volume() const;
   void arrange();
   void update();
   void showBlank();
@@ -81,6 +82,7 @@ private:
   bool isBuilt_ = false; ///< the page was shown once
   std::set<StorageKind> unfolded_;
   std::vector<FreedEntry> freedLog_;
+  std::optional<VolumeInfo> volume_; ///< as it is shown
   QPointer<Button> again_;
   QWidget* blank_;
   CircledIcon* picture_;

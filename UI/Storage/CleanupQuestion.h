@@ -1,0 +1,13 @@
+#pragma once
+// The question before a clean-up, as the dialog sets it: word for word what describes the action, the paths
+// in a well where there is one list of them.
+
+#include "App/Actions.h"
+#include "UI/Kit/Dialog.h"
+
+namespace korvell {
+
+/// Of a described CleanStorageRequest.
+Question cleanupQuestion(const ActionDescription& description);
+
+} // namespace korvell
