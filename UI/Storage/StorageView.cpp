@@ -106,10 +106,10 @@ void StorageView::buildBlank() {
   rows->setSpacing(0);
   rows->addStretch(4);
   // Each in a box of its own, which takes the distance with it when it goes.
-  const auto centred = [&](QWidget* widget, int before) {
+  const auto centred = [&](QWidget* widget, int before, int after = 0) {
     auto* box = new QWidget(blank_);
     auto* line = new QHBoxLayout(box);
-    line->setContentsMargins(0, before, 0, 0);
+    line->setContentsMargins(0, before, 0, after);
     line->addStretch(1);
     line->addWidget(widget);
     line->addStretch(1);
@@ -123,8 +123,8 @@ void StorageView::buildBlank() {
   progress_->setName(localized("Progress"));
   progress_->setThickness(6);
   progress_->setFixedWidth(progressWidth);
-  centred(picture_, 0);
-  centred(lead_, 18);
+  centred(picture_, 0, 12);
+  centred(lead_, 6);
   centred(words_, 6);
   centred(progress_, 18);
   centred(notice_, 14);
