@@ -2,14 +2,13 @@
 
 #include "Base/Localization.h"
 #include "UI/Kit/FigureText.h"
-#include "UI/Kit/Focus.h"
 #include "UI/Kit/Icons.h"
 #include "UI/Kit/Labels.h"
 #include "UI/Kit/Meters.h"
 #include "UI/Kit/Native.h"
 #include "UI/Kit/Paint.h"
-#include "UI/Kit/Switches.h"
 #include "UI/Kit/Text.h"
+#include "UI/Storage/StorageListRow.h"
 
 #include <QBoxLayout>
 #include <QContextMenuEvent>
@@ -24,145 +23,16 @@ namespace korvell {
 
 namespace {
 
-constexpr double inset = StorageList::overhang;
-constexpr double boxSize = 16, iconFrom = 28, iconSize = 20, textFrom = 60;
+constexpr double iconSize = 20, textFrom = 60;
 constexpr double markSize = 14, markGap = 11, safetyGap = 4;
-constexpr double chevronSize = 16, chevronHit = 28, sizeEnd = 28, barEnd = 102, dateEnd = 116;
+constexpr double chevronSize = 16, chevronHit = 28, barEnd = 102, dateEnd = 116;
 constexpr double barWidth = 104, narrowBar = 56, barGap = 10, barHeight = 6;
 constexpr double narrow = 560; ///< below, bars are short
-constexpr double headHeight = 40, firstHead = 32, rowHeight = 38, itemHeight = 29, pad = 8, afterItems = 6;
+constexpr double headHeight = 40, firstHead = 32, rowHeight = 38, pad = 8, afterItems = 6;
 constexpr double leastDetail = 72;
 constexpr int pageOfRows = 10;
 
-CheckBox::State boxState(Ticks ticks) {
-  switch (ticks) {
-  case Ticks::none:
-    return CheckBox::State::off;
-  case Ticks::some:
-    return CheckBox::State::some;
-  case Ticks::all:
-    return CheckBox::State::on;
-  }
-  return CheckBox::State::off;
-}
-
-void fixHeight(QWidget& widget) {
-  QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Minimum);
-  policy.setHeightForWidth(true);
-  widget.setSizePolicy(policy);
-}
-
 } // namespace
-
-/// What all rows with a box share: hover, focus, the box, keys.
-class StorageList::Row : public Painted {
-public:
-  Row(StorageList& list, bool isItem) : Painted(list.theme(), &list), list_(list), isItem_(isItem) {
-    fixHeight(*this);
-    setAttribute(Qt::WA_Hover);
-    setFocusPolicy(Qt::ClickFocus);
-  }
-
-  bool isItem() const { return isItem_; }
-  virtual void toggle() = 0;
-  virtual bool canToggle() const = 0;
-  /// Unfolds or folds; false where there is nothing to be done.
-  virtual bool setUnfolded(bool) { return false; }
-  virtual void enter() {}
-
-  QSize sizeHint() const override { return {480, heightForWidth(480)}; }
-  QSize minimumSizeHint() const override { return {280, qRound(itemHeight)}; }
-  bool hasHeightForWidth() const override { return true; }
-  QAccessible::Role role() const override { return QAccessible::CheckBox; }
-  bool canPress() const override { return canToggle(); }
-  bool press() override {
-    if (canToggle()) toggle();
-    return canToggle();
-  }
-  void addStates(QAccessible::State& state) const override {
-    state.checkable = true;
-    state.checked = ticks_ == Ticks::all;
-    state.checkStateMixed = ticks_ == Ticks::some;
-    state.disabled = !canToggle();
-  }
-
-protected:
-  void setTicks(Ticks ticks) {
-    if (ticks == ticks_) return;
-    ticks_ = ticks;
-    QAccessible::State changed;
-    changed.checked = changed.checkStateMixed = true;
-    tellStateChanged(*this, changed);
-  }
-  bool isLit() const { return isHovered_ || hasFocus(); }
-  double end() const { return width() - inset; }
-  /// Laid out from left to right and mirrored as a whole.
-  QRectF place(double from, double wideness, double top, double height) const {
-    return {isRightToLeft() ? width() - from - wideness : from, top, wideness, height};
-  }
-  QRectF middled(double from, double wideness, double height) const {
-    return place(from, wideness, (this->height() - height) / 2.0, height);
-  }
-  double boxFrom() const { return inset + (isItem_ ? iconFrom : 0); }
-  void drawGround(QPainter& painter) const {
-    if (isLit())
-      fillRounded(painter, rect(), 6, theme().color(hasFocus() ? Token::accentWash : Token::hover));
-    if (hasFocus() && hasRing_) drawOutline(painter, rect(), 6, theme().color(Token::accent), 2);
-  }
-  void drawBox(QPainter& painter) const {
-    drawCheckBox(painter, middled(boxFrom(), boxSize, boxSize), theme(), boxState(ticks_), canToggle());
-  }
-  void drawSize(QPainter& painter, TextStyle style, Token token, const std::string& size) const {
-    const auto font = fontOf(theme(), style);
-    const auto words = text(size);
-    const auto wide = figureWidth(font, words);
-    painter.setPen(theme().color(token));
-    drawFigures(painter, middled(end() - sizeEnd - wide, wide, height()), Qt::AlignLeft, font, words);
-  }
-
-  bool event(QEvent* event) override {
-    if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverLeave) {
-      isHovered_ = event->type() == QEvent::HoverEnter;
-      update();
-    }
-    return Painted::event(event);
-  }
-  /// Captions are too weak on the wash of the row that has the focus.
-  Token captionToken() const { return hasFocus() ? Token::text2 : Token::text3; }
-  virtual void focusChanged() {}
-  /// Where a press is told from the side where reading begins. True: it was more than choosing the row.
-  virtual bool pressedAt(double from) = 0;
-  void mousePressEvent(QMouseEvent* event) override {
-    if (event->button() != Qt::LeftButton) return event->ignore();
-    hasRing_ = false;
-    update();
-    const auto from = isRightToLeft() ? width() - event->position().x() : event->position().x();
-    const auto reach = (Control::leastHit - boxSize) / 2;
-    if (from >= boxFrom() - reach && from < boxFrom() + boxSize + reach)
-      press();
-    else
-      pressedAt(from);
-  }
-  void focusInEvent(QFocusEvent* event) override {
-    hasRing_ = isKeyboard(event->reason());
-    list_.become(*this);
-    focusChanged();
-    update();
-    Painted::focusInEvent(event);
-  }
-  void focusOutEvent(QFocusEvent* event) override {
-    focusChanged();
-    update();
-    Painted::focusOutEvent(event);
-  }
-
-  StorageList& list_;
-
-private:
-  const bool isItem_;
-  Ticks ticks_ = Ticks::none;
-  bool isHovered_ = false, hasRing_ = false;
-};
 
 class StorageList::CategoryRow final : public Row {
 public:
@@ -225,9 +95,9 @@ protected:
   void draw(QPainter& painter) override {
     drawGround(painter);
     if (!isFirst_ && !isLit())
-      drawHairline(painter, QPointF(inset, 0), width() - 2 * inset, theme().color(Token::hairline));
+      drawHairline(painter, QPointF(listInset, 0), width() - 2 * listInset, theme().color(Token::hairline));
     if (row_.unfolds) drawBox(painter);
-    drawIcon(painter, row_.icon, middled(inset + iconFrom, iconSize, iconSize), theme().color(row_.hue));
+    drawIcon(painter, row_.icon, middled(listInset + listIcon, iconSize, iconSize), theme().color(row_.hue));
     drawTitle(painter);
     drawLevel(painter);
     drawSize(painter, TextStyle::strong, Token::text1, row_.size);
@@ -239,11 +109,11 @@ protected:
 
 private:
   double barFrom(double width) const {
-    return width - inset - theme().scaled(barEnd) -
+    return width - listInset - theme().scaled(barEnd) -
            theme().scaled(width < theme().scaled(narrow) ? narrowBar : barWidth);
   }
   /// For the words.
-  double room(double width) const { return barFrom(width) - barGap - inset - textFrom; }
+  double room(double width) const { return barFrom(width) - barGap - listInset - textFrom; }
   double titleWidth() const { return textWidth(theme(), TextStyle::strong, text(row_.title)); }
   double safetyWidth() const {
     return markSize + safetyGap + textWidth(theme(), TextStyle::small, text(row_.safety));
@@ -263,11 +133,11 @@ private:
     const auto wide = qFloor(room(width()));
     const auto high = explanation_->heightForWidth(wide);
     const auto top = wordsTop() + wordsHeight() - high;
-    explanation_->setGeometry(place(inset + textFrom, wide, top, high).toAlignedRect());
+    explanation_->setGeometry(place(listInset + textFrom, wide, top, high).toAlignedRect());
   }
 
   void drawTitle(QPainter& painter) const {
-    const double from = inset + textFrom, top = wordsTop(), line = lineHeight(theme(), TextStyle::strong);
+    const double from = listInset + textFrom, top = wordsTop(), line = lineHeight(theme(), TextStyle::strong);
     const auto wide = std::min(titleWidth(), room(width()));
     drawText(painter, place(from, wide, top, line), theme(), TextStyle::strong, Token::text1,
              text(row_.title));
@@ -283,7 +153,7 @@ private:
   }
 
   void drawLevel(QPainter& painter) const {
-    const double from = barFrom(width()), wide = width() - inset - theme().scaled(barEnd) - from;
+    const double from = barFrom(width()), wide = width() - listInset - theme().scaled(barEnd) - from;
     if (row_.isBusy)
       drawText(painter, middled(from, wide, height()), theme(), TextStyle::small, Token::text2,
                text(localized("Cleaning…")), Qt::AlignRight);
@@ -312,7 +182,7 @@ public:
   void toggle() override { list_.actions_.tickItem(row_.id); }
   bool canToggle() const override { return canTick_; }
   void enter() override { reveal(); }
-  int heightForWidth(int) const override { return theme().scaled(itemHeight); }
+  int heightForWidth(int) const override { return theme().scaled(listItemHeight); }
 
 protected:
   bool pressedAt(double from) override {
@@ -346,7 +216,7 @@ protected:
     const auto date = text(row_.date), title = text(row_.title), detail = text(row_.detail);
     const double dateWide = textWidth(theme(), TextStyle::small, date);
     const double dateFrom = end() - theme().scaled(dateEnd) - dateWide;
-    const double from = inset + textFrom, gap = 10;
+    const double from = listInset + textFrom, gap = 10;
     const double room = dateFrom - (date.isEmpty() ? 0 : 16) - from;
     const double titleNatural = textWidth(theme(), TextStyle::body, title);
     const double detailNatural = textWidth(theme(), TextStyle::small, detail);
@@ -399,14 +269,15 @@ public:
 protected:
   void draw(QPainter& painter) override {
     const double line = lineHeight(theme(), TextStyle::head), top = height() - line - 5;
-    const QRectF box(inset, top, width() - 2 * inset, line);
+    const QRectF box(listInset, top, width() - 2 * listInset, line);
     drawText(painter, box, theme(), TextStyle::head, Token::text1, title_);
     const auto font = fontOf(theme(), TextStyle::strong);
-    const auto wide = figureWidth(font, size_), from = width() - inset - sizeEnd - wide;
+    const auto wide = figureWidth(font, size_), from = width() - listInset - listSizeEnd - wide;
     painter.setPen(theme().color(Token::text2));
     drawFigures(painter, QRectF(isRightToLeft() ? width() - from - wide : from, top, wide, line),
                 Qt::AlignLeft, font, size_);
-    drawHairline(painter, QPointF(inset, height() - 1), width() - 2 * inset, theme().color(Token::hairline));
+    drawHairline(painter, QPointF(listInset, height() - 1), width() - 2 * listInset,
+                 theme().color(Token::hairline));
   }
 
 private:
@@ -422,9 +293,9 @@ public:
     auto* line = new QHBoxLayout(this);
     line->setContentsMargins(0, 2, 0, qRound(pad));
     line->setSpacing(0);
-    line->addSpacing(qRound(inset + textFrom));
+    line->addSpacing(qRound(listInset + textFrom));
     line->addWidget(words_, 1);
-    line->addSpacing(qRound(inset + sizeEnd));
+    line->addSpacing(qRound(listInset + listSizeEnd));
     words_->setWrapped();
     fixHeight(*this);
   }
