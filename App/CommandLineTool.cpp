@@ -44,6 +44,20 @@ std::string failed(const std::error_code& error) {
   return localized("Could not install: {reason}", {{"reason", error.message()}});
 }
 
+/// Links `link` to `tool`; why it could not be done, otherwise empty. What stands there and is no link stays.
+std::string renewLink(const std::string& tool, const std::string& link) {
+  std::error_code error;
+  const auto there = fs::symlink_status(link, error);
+  if (there.type() == fs::file_type::none) return failed(error);
+  if (fs::is_symlink(there)) {
+    if (fs::remove(link, error); error) return failed(error);
+  } else if (fs::exists(there)) {
+    return localized("~/.local/bin/korvell already exists and is not a link. Remove it and try again.");
+  }
+  fs::create_symlink(tool, link, error);
+  return error ? failed(error) : std::string();
+}
+
 /// What an interactive shell wrote after the marker; a shell that says goodbye does so on a line of its own.
 std::string_view pathIn(std::string_view output) {
   const auto start = output.rfind(marker);
@@ -77,15 +91,10 @@ std::string CommandLineTool::install(const Cancellation& cancellation) const {
     return localized("The command line tool is missing from this copy of Korvell.");
   fs::create_directories(folder(), error);
   if (error) return failed(error);
-  const auto there = fs::symlink_status(link, error);
-  if (there.type() == fs::file_type::none) return failed(error);
-  if (fs::is_symlink(there)) {
-    if (fs::remove(link, error); error) return failed(error);
-  } else if (fs::exists(there)) {
-    return localized("~/.local/bin/korvell already exists and is not a link. Remove it and try again.");
-  }
-  fs::create_symlink(tool, link, error);
-  if (error) return failed(error);
+  // A copy that runs from that very folder is its own tool: renewed, the link would lead to itself.
+  const bool isThere = fs::equivalent(fs::path(tool).parent_path(), folder(), error);
+  if (!isThere)
+    if (auto trouble = renewLink(tool, link); !trouble.empty()) return trouble;
   if (isOnPATH(cancellation))
     return localized("Installed. Open a new terminal window and run korvell --help.");
   const auto profile = profileOf(services_.system, shell());

@@ -81,6 +81,23 @@ TEST_F(CommandLineToolTests, whatIsNoLinkStays) {
   EXPECT_TRUE(fs::is_directory(link));
 }
 
+TEST_F(CommandLineToolTests, aCopyThatRunsFromThatFolderIsNotLinkedToItself) {
+  fs::create_directories(home / ".local/bin");
+  fs::create_directory_symlink(home / ".local", home / "local");
+  fs::create_symlink(home / "app/korvell", link);
+  for (const char* program : {".local/bin/korvell-app", "local/bin/korvell-app"}) {
+    const CommandLineTool own(
+        {.program = home / program,
+         .home = home.path().string(),
+         .environment = fakeEnvironment({}),
+         .run = [](const auto&, const auto&, Seconds, const auto&) -> std::optional<ShellResult> {
+           return ShellResult{.output = "__PATH__~/.local/bin"};
+         }});
+    EXPECT_EQ(own.install(), installed) << program;
+    EXPECT_EQ(home.text(".local/bin/korvell"), "tool") << program;
+  }
+}
+
 TEST_F(CommandLineToolTests, whatStandsInTheWayIsSaid) {
   home.write(".local/bin", "a file");
   EXPECT_THAT(install("~/.local/bin"), StartsWith("Could not install: "));
