@@ -113,6 +113,12 @@ TEST_F(SettingsWindowTests, thereIsOneWhichEscClosesAfterItsBanner) {
   named<Toggle>("An app hammers the disk").press();
   KitTests::key(shown, Qt::Key_Escape);
   EXPECT_TRUE(shown.isVisible());
+  time.advance(Seconds{2});
+  auto& banner = *KitTests::all<Banner>(shown).front();
+  EXPECT_FALSE(banner.isVisible()) << "no cycle of the model tells it again";
+  named<Toggle>("An app hammers the disk").press();
+  EXPECT_TRUE(banner.isVisible()) << "the next refusal does";
+  KitTests::key(shown, Qt::Key_Escape);
   KitTests::key(shown, Qt::Key_Escape);
   EXPECT_FALSE(window.widget());
   EXPECT_EQ(closings, 1);

@@ -85,6 +85,7 @@ void SettingsEditor::askHelper() {
 bool SettingsEditor::store(std::string_view key, Value value) {
   const bool stored = services_.defaults.set(key, std::move(value));
   answers_.couldNotStore = !stored;
+  if (!stored) ++answers_.refusals;
   return stored;
 }
 

@@ -77,7 +77,7 @@ std::string updatesSentence(SystemKind system) {
 
 SettingsPage settingsPage(const Model& model, const UserDefaults& defaults, const SettingsContext& context,
                           const SettingsAnswers& answers) {
-  Page page;
+  Page page{.refusals = answers.refusals};
   if (answers.couldNotStore) page.trouble = localized("The setting could not be stored.");
   if (auto trouble = defaults.trouble()) {
     page.trouble = localized("No setting can be stored at this moment.");

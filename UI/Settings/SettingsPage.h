@@ -42,6 +42,7 @@ struct SettingsPage {
   };
 
   std::string trouble, advice; ///< what is wrong with the settings as a whole; empty while all is well
+  int refusals = 0;            ///< changes that were not stored: each is told, also after a dismissal
   std::vector<Style> styles;   ///< in the order of MenuBarStyle
   MenuBarStyle style = MenuBarStyle::icon;
   Switch opensAtLogin;
@@ -71,6 +72,7 @@ struct SettingsAnswers {
   bool isTurningHelper = false, isInstalling = false;
   std::string loginTrouble, helperTrouble, toolOutcome;
   bool couldNotStore = false; ///< the last change
+  int refusals = 0;           ///< changes that could not be stored so far
 };
 
 struct SettingsContext {

@@ -8,6 +8,7 @@
 #include <QBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace korvell {
 
@@ -312,7 +313,8 @@ void SettingsView::show(const SettingsPage& page) {
 
 void SettingsView::showTrouble(const SettingsPage& page) {
   const auto now = page.trouble + page.advice;
-  if (told_ == now) return;
+  const bool isRefusedAnew = std::exchange(refusals_, page.refusals) != page.refusals;
+  if (told_ == now && !isRefusedAnew) return;
   told_ = now;
   if (now.empty()) return static_cast<void>(dismiss());
   above_->show();

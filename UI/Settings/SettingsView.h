@@ -64,6 +64,7 @@ private:
   QWidget* above_; ///< the banner's room
   Banner* banner_;
   std::string told_; ///< by the banner
+  int refusals_ = 0;
   ScrollArea* scroll_;
   QWidget* content_;
   QVBoxLayout* column_;
