@@ -93,7 +93,9 @@ SettingsWindow::SettingsWindow(const Theme& theme, std::function<SettingsEditor:
                                Task closed)
     : theme_(theme), services_(std::move(services)), closed_(std::move(closed)) {}
 
-SettingsWindow::~SettingsWindow() { delete frame_; }
+SettingsWindow::~SettingsWindow() { close(); }
+
+void SettingsWindow::close() { delete frame_; }
 
 QWidget* SettingsWindow::widget() const { return frame_; }
 

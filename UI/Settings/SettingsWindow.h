@@ -22,6 +22,8 @@ public:
 
   /// Makes the window if need be and brings it to the front.
   void show();
+  /// At once, without telling.
+  void close();
   /// Null while there is none.
   QWidget* widget() const;
 

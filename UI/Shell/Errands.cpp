@@ -1,6 +1,7 @@
 #include "UI/Shell/Errands.h"
 
 #include "Base/Localization.h"
+#include "UI/Storage/CleanupQuestion.h"
 
 namespace korvell {
 
@@ -8,7 +9,10 @@ namespace {
 
 constexpr std::size_t mostDetails = 6;
 
-Question questionOf(const ActionDescription& description) {
+bool isCleanup(const ActionRequest& request) { return std::holds_alternative<CleanStorageRequest>(request); }
+
+Question questionOf(const ActionRequest& request, const ActionDescription& description) {
+  if (isCleanup(request)) return cleanupQuestion(description);
   Question question{.title = description.title, .text = description.message, .action = description.button};
   question.permanent = description.isPermanent;
   const auto& details = description.details;
@@ -34,19 +38,21 @@ void Errands::run(const ActionRequest& request, QWidget& window, Banner& banner)
 
 void Errands::ask(const DescribedAction& action, QWidget& window, QPointer<Banner> banner) {
   if (action.description.isHarmless) return perform(action.request, std::move(banner));
-  Dialog::ask(theme_, questionOf(action.description), window,
+  Dialog::ask(theme_, questionOf(action.request, action.description), window,
               [this, request = action.request, banner = std::move(banner)](bool yes) {
                 if (yes) perform(request, banner);
               });
 }
 
 void Errands::perform(const ActionRequest& request, QPointer<Banner> banner) {
-  actions_.perform(request, [banner = std::move(banner)](const ActionAnswer& answer) {
+  // What a clean-up freed stands below the list of its page.
+  const bool isToldElsewhere = isCleanup(request);
+  actions_.perform(request, [banner = std::move(banner), isToldElsewhere](const ActionAnswer& answer) {
     if (!banner) return;
     std::string rest;
     for (const auto& problem : answer.problems) rest += (rest.empty() ? "" : "\n") + problem;
     if (!answer.worked || !rest.empty()) return banner->say(Tone::warning, answer.message, rest);
-    if (!answer.message.empty()) banner->say(Tone::good, answer.message);
+    if (!answer.message.empty() && !isToldElsewhere) banner->say(Tone::good, answer.message);
   });
 }
 

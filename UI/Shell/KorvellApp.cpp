@@ -106,12 +106,22 @@ void KorvellApp::listen() {
                      {{"socket", keeperSocketPath(host_.folders)}}));
 }
 
+/// While what they show is still there.
+void KorvellApp::closeWindows() {
+  panelCycles_.reset();
+  delete std::exchange(panel_, nullptr);
+  settings_.close();
+  window_.close();
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // those that were closed before
+}
+
 int KorvellApp::run(const OpenRequest& request) {
   loop_.main().async([this, request] {
     delegate_.applicationDidFinishLaunching();
     if (!request.urls.empty()) delegate_.applicationOpen(request.urls);
   });
   const int status = loop_.run();
+  closeWindows();
   const auto problem = model_->finish();
   if (problem)
     complain(localized("The last minutes could not be recorded: {reason}", {{"reason", problem->detail}}));

@@ -55,6 +55,7 @@ private:
   void openPanel();
   void panelClosed();
   void windowClosed();
+  void closeWindows();
   void openSettings();
   SettingsEditor::Services settingsServices();
   /// For what may take seconds: opening programs, the login item, the helper.

@@ -64,6 +64,15 @@ public:
   Banner& banner() { return banner_; }
   void refreshSidebar() { sidebar_.show(sidebar(services_.model, shown_, services_.facts())); }
 
+  void keepFrame() const {
+    if (isMaximized() || isFullScreen()) return;
+    const auto frame = geometry();
+    services_.defaults.set(frameKey, Value::object({{"x", std::int64_t{frame.x()}},
+                                                    {"y", std::int64_t{frame.y()}},
+                                                    {"width", std::int64_t{frame.width()}},
+                                                    {"height", std::int64_t{frame.height()}}}));
+  }
+
 protected:
   void resizeEvent(QResizeEvent* event) override {
     QWidget::resizeEvent(event);
@@ -187,15 +196,6 @@ private:
     refreshSidebar();
   }
 
-  void keepFrame() const {
-    if (isMaximized() || isFullScreen()) return;
-    const auto frame = geometry();
-    services_.defaults.set(frameKey, Value::object({{"x", std::int64_t{frame.x()}},
-                                                    {"y", std::int64_t{frame.y()}},
-                                                    {"width", std::int64_t{frame.width()}},
-                                                    {"height", std::int64_t{frame.height()}}}));
-  }
-
   MainWindow& owner_;
   const Services& services_;
   SidebarView& sidebar_;
@@ -210,7 +210,12 @@ private:
 
 MainWindow::MainWindow(Services services) : services_(std::move(services)) {}
 
-MainWindow::~MainWindow() { delete frame_; }
+MainWindow::~MainWindow() { close(); }
+
+void MainWindow::close() {
+  if (frame_) frame_->keepFrame();
+  delete frame_;
+}
 
 void MainWindow::show(std::optional<SidebarItem> item) {
   if (item) services_.model.selection.set(*item);

@@ -44,6 +44,8 @@ public:
 
   /// Makes the window if need be and brings it to the front.
   void show(std::optional<SidebarItem> item);
+  /// At once, without telling; its frame is kept.
+  void close();
   /// A sentence above the page, for as long as the window is open.
   void tell(const std::string& sentence, const std::string& detail);
   /// What the sidebar tells beside the model has changed.
