@@ -141,7 +141,8 @@ TEST_F(MeasureTests, volumesWarnByWhatIsFree) {
       {"A", "/", 1000, 99}, {"B", "/b", 1000, 199}, {"C", "/c", 1000, 200}, {"D", "/d", 0, 0}};
   model.step(now);
   std::vector<std::optional<Tone>> tones;
-  for (const auto& volume : *page(Metric::disk).volumes) tones.push_back(volume.tone);
+  const auto disk = page(Metric::disk);
+  for (const auto& volume : *disk.volumes) tones.push_back(volume.tone);
   EXPECT_THAT(tones, ElementsAre(Tone::critical, Tone::warning, std::nullopt, std::nullopt));
 }
 
