@@ -43,7 +43,7 @@ void printAlerts(Context& context, const std::vector<HealthAlert>& alerts) {
   if (alerts.empty()) return out.line(localized("Korvell has raised no alerts yet."));
   for (const auto& alert : alerts) {
     const auto time = localTimeText(*context.host.zone, alert.date);
-    const auto margin = std::size_t(displayWidth(time) + gap);
+    const auto margin = std::size_t(displayWidth(time)) + std::size_t(gap);
     const int width = std::max(narrowestText, out.columns() - int(margin));
     auto before = out.ink(Ink::dim, time) + std::string(gap, ' ');
     for (const auto& [ink, text] : {std::pair(Ink::bold, &alert.title), std::pair(Ink::plain, &alert.detail)})

@@ -31,7 +31,8 @@ struct ListModel : ListWorld, Model {
   };
   DevServer server(std::string name, std::string project, std::string directory, std::string runtime,
                    std::vector<int> ports, double megabytes, double cpu, Times times) const {
-    return {.pid = ports.front(),
+    const int pid = ports.front();
+    return {.pid = pid,
             .name = std::move(name),
             .project = std::move(project),
             .directory = std::move(directory),

@@ -104,8 +104,9 @@ void CompositionBar::drawLegend(QPainter& painter, std::size_t index) const {
   const auto& part = parts_[index];
   const int perRow = columns(width());
   const double wide = double(width()) / perRow, high = theme().scaled(legendRow);
-  const QRectF cell(wide * double(int(index) % perRow),
-                    theme().scaled(legendTop) + high * (int(index) / perRow), wide, high);
+  const int line = int(index) / perRow;
+  const QRectF cell(wide * double(int(index) % perRow), theme().scaled(legendTop) + high * double(line), wide,
+                    high);
   // Laid out from left to right and mirrored as a whole.
   double from = 0;
   const auto place = [&](double size, double height) {

@@ -224,10 +224,12 @@ double CoreBars::lay(double width, Title title, Core core) const {
     for (int i = 0; i < int(group.percent.size()); ++i) {
       const double wide = isCells() ? theme().scaled(cell) : width;
       const double left = isCells() ? (i % perRow) * double(theme().scaled(cell + cellGap)) : 0;
+      const int line = i / perRow;
       core(group.first + i, group.percent[std::size_t(i)],
-           QRectF(left, top + (i / perRow) * high, wide, isCells() ? wide : high));
+           QRectF(left, top + line * high, wide, isCells() ? wide : high));
     }
-    top += (int(group.percent.size()) + perRow - 1) / perRow * high;
+    const int lines = (int(group.percent.size()) + perRow - 1) / perRow;
+    top += lines * high;
   }
   return top;
 }

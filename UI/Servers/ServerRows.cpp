@@ -152,7 +152,7 @@ void ServerRow::arrange() {
   // Its words end where the text of the page does, less what the wash of a quiet button needs.
   const double end = width() - rowInset;
   stop_->setGeometry(
-      fromStart(*this, end - size.width(), (height() - size.height()) / 2, size.width(), size.height())
+      fromStart(*this, end - size.width(), (height() - size.height()) / 2.0, size.width(), size.height())
           .toRect());
   const auto shown = ports_.size() <= columns.ports ? ports_.size() : columns.ports;
   double at = fromEnd(*this, columns.port);
@@ -160,7 +160,7 @@ void ServerRow::arrange() {
     const auto port = button->sizeHint();
     at -= port.width();
     button->setGeometry(
-        fromStart(*this, at, (height() - port.height()) / 2, port.width(), port.height()).toRect());
+        fromStart(*this, at, (height() - port.height()) / 2.0, port.width(), port.height()).toRect());
     button->QWidget::show();
     at -= portGap;
   };
