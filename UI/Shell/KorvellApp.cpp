@@ -144,6 +144,7 @@ void KorvellApp::trayFound(TrayWatch::State state) {
                            "again opens this window."));
     return;
   }
+  window_.untell();
   tray_.emplace(*model_, *host_.defaults,
                 TrayItem::Actions{.openPanel = [this] { openPanel(); },
                                   .openKorvell = [this] { show(std::nullopt); },

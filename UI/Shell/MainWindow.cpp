@@ -25,6 +25,15 @@ std::optional<int> side(const Value& frame, std::string_view name) {
   return number ? std::optional(int(*number)) : std::nullopt;
 }
 
+/// Where Tab enters a widget; null where it can't.
+QWidget* firstStop(QWidget& widget) {
+  for (auto* next = widget.nextInFocusChain(); next != &widget; next = next->nextInFocusChain())
+    if (widget.isAncestorOf(next) && next->isVisible() && next->isEnabled() &&
+        (next->focusPolicy() & Qt::TabFocus))
+      return next;
+  return nullptr;
+}
+
 /// The kept frame, as far as a screen still shows it; centred on the first one otherwise.
 QRect frameOf(const UserDefaults& defaults) {
   const auto* screen = QGuiApplication::primaryScreen();
@@ -85,6 +94,14 @@ protected:
     notices_->setContentsMargins(side, 0, side, 0);
   }
 
+  /// No shortcut: charts, fields and lists have a use of their own for it first.
+  void keyPressEvent(QKeyEvent* event) override {
+    if (event->key() == Qt::Key_Escape)
+      banner_.dismiss();
+    else
+      QWidget::keyPressEvent(event);
+  }
+
   void closeEvent(QCloseEvent* event) override {
     keepFrame();
     QWidget::closeEvent(event);
@@ -135,13 +152,13 @@ private:
     key(QKeySequence("Ctrl+W"), [this] { close(); });
     key(QKeySequence("Ctrl+Q"), services_.quit);
     key(QKeySequence("F6"), [this] { moveFocus(); });
-    key(QKeySequence("Esc"), [this] { banner_.dismiss(); });
   }
 
   /// From the sidebar to the page and back.
   void moveFocus() {
-    if (page_ && sidebar_.isAncestorOf(focusWidget()))
-      page_->setFocus(Qt::TabFocusReason);
+    auto* first = page_ && sidebar_.isAncestorOf(focusWidget()) ? firstStop(*page_) : nullptr;
+    if (first)
+      first->setFocus(Qt::TabFocusReason);
     else
       sidebar_.takeFocus(Qt::TabFocusReason);
   }
@@ -232,6 +249,10 @@ void MainWindow::show(std::optional<SidebarItem> item) {
 void MainWindow::tell(const std::string& sentence, const std::string& detail) {
   told_ = {sentence, detail};
   if (frame_) frame_->banner().say(Tone::info, sentence, detail);
+}
+
+void MainWindow::untell() {
+  if (std::exchange(told_, std::nullopt) && frame_) frame_->banner().dismiss();
 }
 
 void MainWindow::refresh() {

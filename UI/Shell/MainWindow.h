@@ -46,8 +46,9 @@ public:
   void show(std::optional<SidebarItem> item);
   /// At once, without telling; its frame is kept.
   void close();
-  /// A sentence above the page, for as long as the window is open.
+  /// A sentence above the page, in each window that opens from now on, until the user goes on.
   void tell(const std::string& sentence, const std::string& detail);
+  void untell();
   /// What the sidebar tells beside the model has changed.
   void refresh();
   bool isVisible() const;
