@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 
 namespace korvell {
 namespace {
@@ -150,14 +149,6 @@ TEST(PageTests, aSeriesIsDrawnWhereItWasMeasured) {
   EXPECT_EQ(young.values.front(), std::nullopt);
   EXPECT_EQ(ofCPU({at(299, 30), at(0, 24)}).name, "CPU, 24 percent, falling over 5 minutes");
   EXPECT_EQ(ofCPU({}).values, std::vector<std::optional<double>>(60));
-}
-
-TEST(PageTests, theTopOfAScaleIsRound) {
-  EXPECT_EQ(roundTop(0), 1);
-  EXPECT_EQ(roundTop(2e6), 2e6);
-  EXPECT_EQ(roundTop(2.1e6), 5e6);
-  EXPECT_EQ(roundTop(9.9), 10);
-  EXPECT_EQ(roundTop(std::nan("")), 1);
 }
 
 TEST(PageTests, appsAreSortedAndTellZeroFromUnknown) {

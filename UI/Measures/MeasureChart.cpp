@@ -5,6 +5,7 @@
 #include "UI/Kit/ChartRules.h"
 #include "UI/Measures/MeasurePage.h"
 #include "UI/Measures/SpokenFigure.h"
+#include "UI/Parts/Tiles.h"
 
 #include <algorithm>
 
@@ -13,22 +14,6 @@ namespace korvell {
 namespace {
 
 Token tokenOf(Metric metric) { return palette[std::size_t(metric)]; }
-
-ValueScale scaleOf(Metric metric) {
-  switch (metric) {
-  case Metric::cpu:
-  case Metric::gpu:
-    return ValueScale::percent;
-  case Metric::memory:
-    return ValueScale::memory;
-  case Metric::disk:
-  case Metric::network:
-    return ValueScale::rate;
-  case Metric::energy:
-    return ValueScale::watts;
-  }
-  return ValueScale::percent;
-}
 
 KnownPart partOf(Metric metric) {
   static constexpr KnownPart parts[] = {KnownPart::processor, KnownPart::memory,   KnownPart::disks,

@@ -7,8 +7,6 @@
 
 namespace korvell {
 
-namespace {
-
 Tone toneOf(Insight::Severity severity) {
   switch (severity) {
   case Insight::Severity::critical:
@@ -20,6 +18,8 @@ Tone toneOf(Insight::Severity severity) {
   }
   return Tone::info;
 }
+
+namespace {
 
 /// A button grows with its words, so that a name in it is of modest length; the question that follows names
 /// it.

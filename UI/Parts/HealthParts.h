@@ -11,6 +11,8 @@
 
 namespace korvell {
 
+Tone toneOf(Insight::Severity severity);
+
 struct FindingRow {
   Tone tone = Tone::info;
   int penalty = 0;

@@ -2,6 +2,7 @@
 
 #include "Base/Format.h"
 #include "Base/Localization.h"
+#include "UI/Kit/ChartRules.h"
 #include "UI/Parts/Figures.h"
 
 #include <algorithm>
@@ -13,7 +14,6 @@ namespace korvell {
 namespace {
 
 constexpr std::size_t pictureValues = 60;
-constexpr double leastWatts = 5;
 constexpr double markedChange = 0.1; ///< of the first value: below it a series is steady
 
 struct Look {
@@ -126,11 +126,10 @@ std::vector<std::optional<double>> pictureOf(const std::vector<HistoryPoint>& se
 
 double topOf(Metric metric, const SystemSnapshot& snapshot,
              const std::vector<std::optional<double>>& values) {
-  if (metric == Metric::cpu || metric == Metric::gpu) return 100;
   if (metric == Metric::memory) return std::max(1.0, double(snapshot.memory.total));
-  double greatest = metric == Metric::energy ? leastWatts : 0;
+  double greatest = 0;
   for (const auto& value : values) greatest = std::max(greatest, value.value_or(0));
-  return roundTop(greatest);
+  return roundTop(scaleOf(metric), greatest);
 }
 
 /// Of a series that reaches back that far; a younger one says nothing.
@@ -200,12 +199,20 @@ std::vector<Tile> measureTiles(const Model& model) {
   return tiles;
 }
 
-double roundTop(double greatest) {
-  if (!(greatest > 1)) return 1;
-  const double power = std::pow(10, std::floor(std::log10(greatest)));
-  for (const double step : {1.0, 2.0, 5.0})
-    if (greatest <= step * power) return step * power;
-  return 10 * power;
+ValueScale scaleOf(Metric metric) {
+  switch (metric) {
+  case Metric::cpu:
+  case Metric::gpu:
+    return ValueScale::percent;
+  case Metric::memory:
+    return ValueScale::memory;
+  case Metric::disk:
+  case Metric::network:
+    return ValueScale::rate;
+  case Metric::energy:
+    return ValueScale::watts;
+  }
+  return ValueScale::percent;
 }
 
 } // namespace korvell

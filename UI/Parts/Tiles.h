@@ -2,6 +2,7 @@
 // One measure on a tile: its figure, what stands beside it, and its last five minutes.
 
 #include "App/Model.h"
+#include "UI/Kit/ChartData.h"
 #include "UI/Kit/Figure.h"
 #include "UI/Kit/Icon.h"
 #include "UI/Kit/Token.h"
@@ -33,7 +34,7 @@ struct Tile {
 /// The six measures in order.
 std::vector<Tile> measureTiles(const Model& model);
 
-/// The smallest 1, 2 or 5 times a power of ten that is not below a value: the top of a scale of rates.
-double roundTop(double greatest);
+/// On which scale the measure's pictures and chart stand.
+ValueScale scaleOf(Metric metric);
 
 } // namespace korvell

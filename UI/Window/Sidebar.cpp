@@ -2,6 +2,7 @@
 
 #include "Base/Format.h"
 #include "Base/Localization.h"
+#include "UI/Parts/HealthParts.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -28,15 +29,8 @@ static_assert(std::size(places) == std::size(EnumTable<SidebarItem>::cases));
 
 std::optional<Tone> toneOf(const HealthReport& report) {
   if (report.insights.empty()) return std::nullopt;
-  switch (report.insights.front().severity) {
-  case Insight::Severity::critical:
-    return Tone::critical;
-  case Insight::Severity::warning:
-    return Tone::warning;
-  case Insight::Severity::info:
-    break;
-  }
-  return std::nullopt;
+  const auto tone = toneOf(report.insights.front().severity);
+  return tone == Tone::info ? std::nullopt : std::optional(tone);
 }
 
 std::string share(double percent, bool isKnown) { return isKnown ? Format::percent(percent) : std::string(); }
