@@ -75,7 +75,8 @@ int dryRun(Context& context, const Arguments& arguments, const ActionDescription
   }
   context.out.line(question(context, asked));
   context.out.line();
-  for (const auto& step : asked.details) context.out.line(localized("would ") + escapedControls(step));
+  context.out.line(localized("Nothing was done. This is what would be:"));
+  for (const auto& step : asked.details) context.out.line("  " + escapedControls(step));
   return exitOK;
 }
 

@@ -85,9 +85,11 @@ std::string noteOn(const std::vector<MountedPlace>& mounts, const std::string& h
   std::vector<std::string> names;
   for (std::size_t i = 0; i < std::min(shown, mounts.size()); ++i)
     names.push_back(tildePath(mounts[i].path, home));
-  auto places = fmt::format("{}", fmt::join(names, ", "));
+  const auto places = fmt::format("{}", fmt::join(names, ", "));
   if (mounts.size() > shown)
-    places += ' ' + localized("and {count} more", {{"count", std::to_string(mounts.size() - shown)}});
+    return localized(
+        "Neither counted nor cleaned, because something is mounted there: {places} and {count} more.",
+        {{"places", places}, {"count", std::to_string(mounts.size() - shown)}});
   return localized("Neither counted nor cleaned, because something is mounted there: {places}.",
                    {{"places", places}});
 }

@@ -75,22 +75,22 @@ std::vector<std::string> StorageScan::preview(const StorageAction& action,
                                               const std::vector<StorageItem>& items) const {
   std::vector<std::string> lines;
   const auto mounts = files_.mounts();
-  const auto add = [&](const std::string& what, const std::string& object, const MountedPlace* mount) {
-    lines.push_back(mount ? localized("leave alone: ") + object + " (" + refusal(*mount) + ")"
-                          : what + object);
+  const auto add = [&](std::string_view what, const std::string& object, const MountedPlace* mount) {
+    lines.push_back(mount ? localized("Leave alone: {object} ({reason})",
+                                      {{"object", object}, {"reason", refusal(*mount)}})
+                          : localized(what, {{"object", object}}));
   };
   switch (action.type) {
   case StorageAction::Type::trash:
     for (const auto& item : items)
-      for (const auto& path : item.urls)
-        add(localized("move to the Trash: "), path, mountInside(path, mounts));
+      for (const auto& path : item.urls) add("Move to the Trash: {object}", path, mountInside(path, mounts));
     break;
   case StorageAction::Type::emptyTrash:
     for (const auto& item : items)
       for (const auto& folder : item.urls)
         for (const auto& entry : files_.list(folder).entries) {
           const auto path = folder + "/" + entry.name;
-          add(localized("delete permanently: "), path, mountInside(path, mounts));
+          add("Delete permanently: {object}", path, mountInside(path, mounts));
         }
     break;
   case StorageAction::Type::command: {
@@ -100,7 +100,7 @@ std::vector<std::string> StorageScan::preview(const StorageAction& action,
         if (const auto* inside = mountInside(place, mounts)) mount = inside;
     auto line = action.path;
     for (const auto& argument : action.arguments) line += " " + argument;
-    add(localized("run: "), line, mount);
+    add("Run: {object}", line, mount);
   }
   }
   return lines;

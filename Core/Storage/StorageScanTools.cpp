@@ -73,6 +73,23 @@ StorageScan::Found StorageScan::homebrew(const Cancellation& cancellation) const
   return found;
 }
 
+namespace {
+
+/// What a prune leaves, and where that can be removed; null where it leaves nothing.
+const char* keptNote(const DockerUsage& usage) {
+  if (usage.images > 0 && usage.volumes > 0)
+    return "Kept: {images} in unused images, {volumes} in volumes. Remove those from Docker itself if you "
+           "are "
+           "sure.";
+  if (usage.images > 0)
+    return "Kept: {images} in unused images. Remove those from Docker itself if you are sure.";
+  if (usage.volumes > 0)
+    return "Kept: {volumes} in volumes. Remove those from Docker itself if you are sure.";
+  return nullptr;
+}
+
+} // namespace
+
 StorageScan::Found StorageScan::docker(const Cancellation& cancellation) const {
   const auto program = executable(locations_.dockerPrograms);
   if (!program) return std::nullopt;
@@ -94,14 +111,9 @@ StorageScan::Found StorageScan::docker(const Cancellation& cancellation) const {
                     .title = localized("Docker"),
                     .detail = localized("Up to this much, plus dangling images"),
                     .bytes = found.bytes}};
-  std::string kept;
-  const auto keep = [&](std::int64_t bytes, std::string_view where) {
-    if (bytes > 0) kept += (kept.empty() ? "" : ", ") + Format::bytes(double(bytes)) + localized(where);
-  };
-  keep(usage->images, " in unused images");
-  keep(usage->volumes, " in volumes");
-  if (!kept.empty())
-    found.note = localized("Kept: ") + kept + localized(". Remove those from Docker itself if you are sure.");
+  if (const auto* note = keptNote(*usage))
+    found.note = localized(note, {{"images", Format::bytes(double(usage->images))},
+                                  {"volumes", Format::bytes(double(usage->volumes))}});
   return found.items.empty() && !found.note ? std::nullopt : std::optional(std::move(found));
 }
 

@@ -73,8 +73,8 @@ TEST_F(StorageCommandTests, aDryRunSaysEverythingAndChangesNothing) {
   disk.file("home/trash/old\x1b[2J", 100);
   EXPECT_EQ(run({"clean", "--kind", "cargo", "--kind", "trash", "--dry-run"}), exitOK);
   EXPECT_THAT(output, HasSubstr("Free 12.3 KB?\nMoves to the Trash:\n~/.cargo/registry/cache\n"));
-  EXPECT_THAT(output, HasSubstr("would delete permanently: " + (disk / "home/trash/old\\x1b[2J") + "\n" +
-                                "would move to the Trash: " + (disk / "home/.cargo/registry/cache") + "\n"));
+  EXPECT_THAT(output, HasSubstr("\n  Delete permanently: " + (disk / "home/trash/old\\x1b[2J") + "\n" +
+                                "  Move to the Trash: " + (disk / "home/.cargo/registry/cache") + "\n"));
   EXPECT_EQ(disk.names("home/trash").size(), 1u);
   EXPECT_THAT(disk.names("home/.cargo/registry"), ElementsAre("cache", "src"));
 }
