@@ -143,6 +143,17 @@ Value weeklyReportValue(bool isEnabled, const std::optional<Notification>& repor
   return report ? value.set("title", report->title).set("body", report->body) : value;
 }
 
+Value lastReportValue(const std::optional<SentReport>& report) {
+  Value value = Value::object();
+  return report ? value.set("last", toValue(*report)) : value;
+}
+
+Value planLimitsValue(const AIUsageSummary& usage) {
+  Value value = Value::object();
+  if (usage.codexLimits) value.set("codexLimits", toValue(*usage.codexLimits));
+  return value.set("updatedAt", usage.updatedAt);
+}
+
 Value storageLogValue(const UserDefaults& defaults) {
   return Value::object(
       {{"freedTotal", StorageLog::total(defaults)}, {"entries", toValue(StorageLog::entries(defaults))}});

@@ -5,8 +5,10 @@
 
 #include "App/Measurement.h"
 #include "Base/Value.h"
+#include "Core/AIUsage/UsageSummary.h"
 #include "Core/DevServers/DevServer.h"
 #include "Core/Health/HealthAlert.h"
+#include "Core/Health/WeeklyReport.h"
 #include "Core/Machine/ProcessSampler.h"
 #include "Core/Machine/UsageOrder.h"
 #include "Core/Startup/StartupItem.h"
@@ -42,6 +44,9 @@ Value alertsValue(const std::vector<HealthAlert>& alerts, std::size_t unseen);
 Value alertKindsValue(const UserDefaults& defaults);
 /// `report`: as it would read now; absent without a score in the past seven days.
 Value weeklyReportValue(bool isEnabled, const std::optional<Notification>& report = std::nullopt);
+/// The one that was sent last; without a member where none was.
+Value lastReportValue(const std::optional<SentReport>& report);
+Value planLimitsValue(const AIUsageSummary& usage);
 Value storageLogValue(const UserDefaults& defaults);
 Value helperValue(UsageHelperStatus status, bool isOffered);
 /// `cycleMicroseconds` and `residentBytes`: what Korvell itself costs.

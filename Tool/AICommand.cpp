@@ -1,5 +1,6 @@
 // korvell ai: what the AI coding tools used, by day, model or project, and how much of a plan is spent.
 
+#include "App/JSONDocuments.h"
 #include "Base/Format.h"
 #include "Base/Text.h"
 #include "Core/AIUsage/AIUsageScanner.h"
@@ -282,10 +283,7 @@ int runLimits(Context& context, const Arguments& arguments) {
   const auto usage = readUsage(context);
   const auto& limits = usage.summary.codexLimits;
   if (arguments.flag("--json")) {
-    Value result = Value::object();
-    if (limits) result.set("codexLimits", toValue(*limits));
-    result.set("updatedAt", usage.summary.updatedAt);
-    printJSON(context.out, result);
+    printJSON(context.out, planLimitsValue(usage.summary));
   } else if (!limits) {
     context.out.line(localized("no Codex sessions yet"));
   } else {

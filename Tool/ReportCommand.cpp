@@ -43,9 +43,7 @@ int printReport(Context& context, const Arguments& arguments) {
 int printLastReport(Context& context, const Arguments& arguments) {
   const auto report = WeeklyReport::last(*context.host.defaults);
   if (arguments.flag("--json")) {
-    Value value = Value::object({});
-    if (report) value.set("last", toValue(*report));
-    printJSON(context.out, value);
+    printJSON(context.out, lastReportValue(report));
     return exitOK;
   }
   if (!report) {

@@ -47,10 +47,6 @@ std::optional<SentReport> sentReport(const Value& stored) {
 
 bool WeeklyReport::isEnabled(const UserDefaults& defaults) { return defaults.boolean(enabledKey, true); }
 
-bool WeeklyReport::setEnabled(bool enabled, UserDefaults& defaults) {
-  return defaults.set(enabledKey, enabled);
-}
-
 Date WeeklyReport::mondayMorning(Date date, const TimeZone& zone) {
   const int sinceMonday = (localTime(zone, date).weekday + 6) % 7;
   return timeOfDay(zone, localDay(zone, date) + -sinceMonday, dueHour);

@@ -41,8 +41,6 @@ struct WeeklyReport {
 
   /// On unless the user switched it off.
   static bool isEnabled(const UserDefaults& defaults);
-  /// False when the switch could not be stored.
-  [[nodiscard]] static bool setEnabled(bool enabled, UserDefaults& defaults);
 
   /// When the report of the week that contains `date` is due: Monday 9:00 local time, or the first instant
   /// after it where clocks skip it.

@@ -163,7 +163,7 @@ TEST(ListPageTests, switchesAndTheReportStandAsTheyAreKept) {
   EXPECT_FALSE(page.reportHint.empty());
   model.defaults.set("alert.network", false);
   model.defaults.set("alert.disk", "no"); // no switch: it is on
-  ASSERT_TRUE(WeeklyReport::setEnabled(false, model.defaults));
+  ASSERT_TRUE(model.defaults.set(WeeklyReport::enabledKey, false));
   page = model.alertsShown();
   for (const auto& each : page.switches)
     EXPECT_EQ(each.isOn, each.kind != HealthAlert::Kind::network) << each.words;
