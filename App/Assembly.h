@@ -29,6 +29,8 @@ public:
   std::unique_ptr<Sampler> makeSampler(HistoryStore* history);
   /// For commands that need more of the processes than a snapshot has.
   std::unique_ptr<ProcessSampler> makeProcessSampler();
+  /// For commands that look at the servers once.
+  std::unique_ptr<DevServerScanner> makeDevServerScanner() const;
   /// The accounting of what AI coding tools used, which publishes on `main`. Null where logs can't be read.
   std::unique_ptr<AIUsageStore> makeAIUsageStore(Queue& main);
   /// The storage scanner of the process, with a work queue of low priority. Both are made by the first call
@@ -45,7 +47,6 @@ public:
 
 private:
   AppModel::Seams seams();
-  std::unique_ptr<DevServerScanner> makeDevServerScanner() const;
 
   Host& host_;
   const Clock& clock_;

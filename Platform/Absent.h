@@ -21,6 +21,7 @@ public:
   std::optional<Date> startDate(ProcessID) override { return std::nullopt; }
   std::optional<std::string> workingDirectory(ProcessID) override { return std::nullopt; }
   PortsByPID listeningPorts() override { return {}; }
+  std::optional<bool> isListenedOn(int) override { return std::nullopt; }
   Timebase timebase() const override { return {}; }
   bool energyIsEstimate() const override { return false; }
   bool tellsEnergy() const override { return false; }

@@ -89,6 +89,9 @@ public:
   virtual std::optional<std::string> workingDirectory(ProcessID pid) = 0;
   /// Those of all processes whose descriptors may be read. May start a program (macOS).
   virtual PortsByPID listeningPorts() = 0;
+  /// Whether any process listens on that TCP port, also one whose descriptors may not be read. Nothing when
+  /// the system does not say.
+  virtual std::optional<bool> isListenedOn(int port) = 0;
 
   virtual Timebase timebase() const = 0;
   /// True when energy is a share of the processor package's and no counter of the process's own.

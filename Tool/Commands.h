@@ -20,6 +20,7 @@ Command startupCommand();
 Command doctorCommand();
 Command historyCommand();
 Command serversCommand();
+Command portCommand();
 Command runCommand();
 Command storageCommand();
 

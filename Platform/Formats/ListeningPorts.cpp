@@ -41,4 +41,21 @@ PortsByPID readListeningPorts(const CommandRunner& run) {
   return parseListeningPorts(result->output);
 }
 
+bool isListenedOn(std::string_view listing, int port) {
+  const auto lines = splitLines(listing);
+  return std::ranges::any_of(lines, [port](std::string_view line) {
+    auto words = split(line, ' ');
+    std::erase(words, std::string_view());
+    if (words.size() < 6 || words[5] != "LISTEN") return false;
+    const auto address = words[3];
+    return parseInteger<int>(address.substr(address.rfind('.') + 1)) == port;
+  });
+}
+
+std::optional<bool> askWhetherListenedOn(const CommandRunner& run, int port) {
+  const auto result = run("/usr/sbin/netstat", {"-an", "-p", "tcp"}, Seconds{4}, {});
+  if (!result || !result->succeeded()) return std::nullopt;
+  return isListenedOn(result->output, port);
+}
+
 } // namespace korvell

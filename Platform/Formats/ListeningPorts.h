@@ -17,4 +17,11 @@ PortsByPID parseListeningPorts(std::string_view listing);
 /// Asks lsof, for at most 4 seconds. Empty when it fails or takes longer.
 PortsByPID readListeningPorts(const CommandRunner& run);
 
+/// Of what `netstat -an -p tcp` prints, which names the sockets of all users and nobody who holds them:
+/// "tcp46  0  0  *.8080  *.*  LISTEN".
+bool isListenedOn(std::string_view listing, int port);
+
+/// Asks netstat, for at most 4 seconds. Nothing when it fails or takes longer.
+std::optional<bool> askWhetherListenedOn(const CommandRunner& run, int port);
+
 } // namespace korvell

@@ -320,4 +320,10 @@ PortsByPID LinuxProcessTable::listeningPorts() {
   return ledger_.listeningPorts();
 }
 
+std::optional<bool> LinuxProcessTable::isListenedOn(int port) {
+  std::vector<SocketRecord> listening;
+  if (!sources_.sockets || !sources_.sockets->dumpListening(listening)) return std::nullopt;
+  return std::ranges::find(listening, port, &SocketRecord::localPort) != listening.end();
+}
+
 } // namespace korvell

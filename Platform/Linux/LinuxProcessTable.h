@@ -54,6 +54,7 @@ public:
   std::optional<Date> startDate(ProcessID pid) override;
   std::optional<std::string> workingDirectory(ProcessID pid) override;
   PortsByPID listeningPorts() override;
+  std::optional<bool> isListenedOn(int port) override;
   Timebase timebase() const override { return {}; }
   bool energyIsEstimate() const override { return shared_->packages().isReadable(); }
   bool tellsEnergy() const override { return shared_->packages().isReadable(); }

@@ -137,6 +137,8 @@ std::optional<std::string> MacProcessTable::workingDirectory(ProcessID pid) {
 
 PortsByPID MacProcessTable::listeningPorts() { return readListeningPorts(run_); }
 
+std::optional<bool> MacProcessTable::isListenedOn(int port) { return askWhetherListenedOn(run_, port); }
+
 SignalOutcome MacProcessControl::send(ProcessID pid, std::uint64_t start, ProcessSignal signal) {
   if (pid < 1) return SignalOutcome::gone; // to the system that would be a whole group
   const auto used = usage(pid);

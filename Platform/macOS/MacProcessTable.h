@@ -20,6 +20,7 @@ public:
   std::optional<Date> startDate(ProcessID pid) override;
   std::optional<std::string> workingDirectory(ProcessID pid) override;
   PortsByPID listeningPorts() override;
+  std::optional<bool> isListenedOn(int port) override;
   Timebase timebase() const override { return timebase_; }
   bool energyIsEstimate() const override { return false; }
   bool tellsEnergy() const override { return true; }

@@ -24,6 +24,7 @@ public:
 
   std::map<ProcessID, Entry> processes;
   PortsByPID ports;
+  int hiddenPort = 0; ///< somebody listens there whose descriptors may not be read
   Timebase base;
   std::uint8_t toldByHelper = allFigures;
   std::vector<ProcessID> asked;
@@ -59,6 +60,7 @@ public:
     return entry && !entry->directory.empty() ? std::optional(entry->directory) : std::nullopt;
   }
   PortsByPID listeningPorts() override { return ports; }
+  std::optional<bool> isListenedOn(int port) override { return port == hiddenPort; }
   Timebase timebase() const override { return base; }
   bool energyIsEstimate() const override { return false; }
   bool tellsEnergy() const override { return true; }

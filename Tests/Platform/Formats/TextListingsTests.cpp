@@ -86,5 +86,20 @@ TEST(ListeningPortsTests, portsBelongToTheProcessAboveThem) {
     EXPECT_EQ(parseListeningPorts(std::string("p5\n") + address + "\nn*:9\n"), (Ports{{5, {9}}})) << address;
 }
 
+TEST(ListeningPortsTests, socketsOfNobodyInParticular) {
+  constexpr auto listing = "Active Internet connections (including servers)\n"
+                           "Proto Recv-Q Send-Q  Local Address          Foreign Address        (state)\n"
+                           "tcp4       0      0  192.168.1.2.3000       17.5.7.9.443           ESTABLISHED\n"
+                           "tcp4       0      0  127.0.0.1.631          *.*                    LISTEN\n"
+                           "tcp46      0      0  *.80                   *.*                    LISTEN\n"
+                           "tcp6       0      0  fe80::1%lo0.49152      *.*                    LISTEN";
+  for (const int port : {631, 80, 49152}) EXPECT_TRUE(isListenedOn(listing, port)) << port;
+  for (const int port : {3000, 443, 31, 8}) EXPECT_FALSE(isListenedOn(listing, port)) << port;
+  Program netstat{"/usr/sbin/netstat -an -p tcp", Seconds{4}, ShellResult{.output = listing}};
+  EXPECT_EQ(askWhetherListenedOn(netstat.runner(), 80), true);
+  netstat.answer->exitStatus = 1;
+  EXPECT_EQ(askWhetherListenedOn(netstat.runner(), 80), std::nullopt);
+}
+
 } // namespace
 } // namespace korvell
