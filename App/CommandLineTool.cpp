@@ -2,6 +2,7 @@
 
 #include "Base/Localization.h"
 #include "Base/Text.h"
+#include "Base/UUID.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -49,13 +50,17 @@ std::string renewLink(const std::string& tool, const std::string& link) {
   std::error_code error;
   const auto there = fs::symlink_status(link, error);
   if (there.type() == fs::file_type::none) return failed(error);
-  if (fs::is_symlink(there)) {
-    if (fs::remove(link, error); error) return failed(error);
-  } else if (fs::exists(there)) {
+  if (fs::exists(there) && !fs::is_symlink(there))
     return localized("~/.local/bin/korvell already exists and is not a link. Remove it and try again.");
-  }
-  fs::create_symlink(tool, link, error);
-  return error ? failed(error) : std::string();
+  // Over nothing it is made in place, which fails if somebody else was quicker.
+  const auto made = fs::is_symlink(there) ? link + "." + randomUUID() : link;
+  if (fs::create_symlink(tool, made, error); error) return failed(error);
+  if (made == link) return {};
+  fs::rename(made, link, error);
+  if (!error) return {};
+  std::error_code ignored;
+  fs::remove(made, ignored);
+  return failed(error);
 }
 
 /// What an interactive shell wrote after the marker; a shell that says goodbye does so on a line of its own.
@@ -84,23 +89,24 @@ std::string CommandLineTool::shell() const {
   return services_.environment("SHELL").value_or(usual);
 }
 
-std::string CommandLineTool::install(const Cancellation& cancellation) const {
+CommandLineTool::Linked CommandLineTool::link(const Cancellation& cancellation) const {
   std::error_code error;
   const auto tool = toolPath(), link = linkPath();
   if (services_.program.empty() || !fs::exists(tool, error))
-    return localized("The command line tool is missing from this copy of Korvell.");
+    return {.message = localized("The command line tool is missing from this copy of Korvell.")};
   fs::create_directories(folder(), error);
-  if (error) return failed(error);
+  if (error) return {.message = failed(error)};
   // A copy that runs from that very folder is its own tool: renewed, the link would lead to itself.
   const bool isThere = fs::equivalent(fs::path(tool).parent_path(), folder(), error);
   if (!isThere)
-    if (auto trouble = renewLink(tool, link); !trouble.empty()) return trouble;
+    if (auto trouble = renewLink(tool, link); !trouble.empty()) return {.message = trouble};
   if (isOnPATH(cancellation))
-    return localized("Installed. Open a new terminal window and run korvell --help.");
+    return {true, true, localized("Installed. Open a new terminal window and run korvell --help.")};
   const auto profile = profileOf(services_.system, shell());
-  return localized("Installed at ~/.local/bin/korvell, but ~/.local/bin is not on your PATH. Add {line} to "
-                   "{profile}.",
-                   {{"line", profile.line}, {"profile", profile.file}});
+  return {true, false,
+          localized("Installed at ~/.local/bin/korvell, but ~/.local/bin is not on your PATH. Add {line} to "
+                    "{profile}.",
+                    {{"line", profile.line}, {"profile", profile.file}})};
 }
 
 bool CommandLineTool::isOnPATH(const Cancellation& cancellation) const {

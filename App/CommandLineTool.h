@@ -6,6 +6,7 @@
 #include "Base/UserFolders.h"
 #include "Platform/Host.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -27,9 +28,16 @@ public:
   std::string toolPath() const;
   /// "~/.local/bin/korvell", with the home folder written out.
   std::string linkPath() const;
-  /// Makes the link, or renews it, and tells the outcome in a sentence. What stands there and is no link is
-  /// not touched. Blocks while the user's shell starts, for five seconds at most.
-  std::string install(const Cancellation& cancellation = {}) const;
+  struct Linked {
+    bool isLinked = false;
+    std::optional<bool> isOnPATH; ///< absent when it was not linked
+    std::string message;          ///< the outcome in a sentence, or two
+  };
+  /// Makes the link, or renews it: there is one at every moment then. What stands there and is no link is not
+  /// touched. Blocks while the user's shell starts, for five seconds at most.
+  Linked link(const Cancellation& cancellation = {}) const;
+  /// The same; its message.
+  std::string install(const Cancellation& cancellation = {}) const { return link(cancellation).message; }
 
 private:
   bool isOnPATH(const Cancellation& cancellation) const;

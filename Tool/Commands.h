@@ -21,6 +21,7 @@ Command doctorCommand();
 Command historyCommand();
 Command serversCommand();
 Command portCommand();
+Command linkCommand();
 Command runCommand();
 Command storageCommand();
 

@@ -68,6 +68,8 @@ TEST_F(CommandLineToolTests, aLinkIsMadeOrRenewedWhereverItLed) {
     EXPECT_EQ(fs::read_symlink(link), home / "app/korvell") << target;
   }
   EXPECT_EQ(home.text("other"), "somebody's");
+  EXPECT_EQ(std::distance(fs::directory_iterator(home / ".local/bin"), fs::directory_iterator()), 1)
+      << "nothing that was made aside stays";
 }
 
 TEST_F(CommandLineToolTests, whatIsNoLinkStays) {
