@@ -20,6 +20,15 @@ namespace korvell {
 /// Exit codes of every command.
 enum ExitCode { exitOK = 0, exitFailed = 1, exitUsage = 2 };
 
+struct Context;
+
+/// A value that could stand in an option's place, for who completes words.
+struct Suggestion {
+  std::string value;
+  std::string description = {}; ///< a few words; may be empty
+  bool operator==(const Suggestion&) const = default;
+};
+
 struct Option {
   enum class Kind {
     flag,       ///< present or not
@@ -34,6 +43,9 @@ struct Option {
   /// The only values allowed, whatever their case; empty for any.
   std::vector<std::string> choices = {};
   bool required = false;
+  /// The values that there are at this moment, where those can be told at once; null elsewhere.
+  std::vector<Suggestion> (*suggest)(Context&) = nullptr;
+  bool isPath = false; ///< of a file
 };
 
 /// The raw values of an enumeration, for Option::choices.
@@ -88,6 +100,9 @@ inline Command writing(Command command) {
 
 /// Every command, in the order of the help.
 const std::vector<Command>& allCommands();
+
+/// The first argument with which shells ask for completions; see Completion.h.
+inline constexpr std::string_view completeWord = "complete";
 
 /// Parses and runs; the arguments without the program's name. `help COMMAND` is `COMMAND --help`. With --json
 /// an object is printed whatever happens: {"error":"…"} where a command prints none.

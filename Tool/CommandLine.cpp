@@ -6,6 +6,7 @@
 #include "Base/Localization.h"
 #include "Base/Result.h"
 #include "Base/Text.h"
+#include "Tool/Completion.h"
 #include "Tool/NearestWord.h"
 #include "Tool/Version.h"
 #include "Tool/Wrap.h"
@@ -327,6 +328,9 @@ private:
 
 int runCommandLine(Context& context, std::span<const Command> commands,
                    const std::vector<std::string>& arguments) {
+  // Whatever stands behind it is what somebody has typed so far and no argument of ours.
+  if (!arguments.empty() && arguments.front() == completeWord)
+    return printCompletions(context, commands, std::span(arguments).subspan(1));
   const int status = Parser(context, commands).run(withoutHelpWord(arguments));
   const bool json = std::ranges::find(arguments, "--json") != arguments.end();
   if (json && status != exitOK && !context.out.isUsed())

@@ -23,6 +23,7 @@ Command serversCommand();
 Command portCommand();
 Command linkCommand();
 Command runCommand();
+Command completionCommand();
 Command storageCommand();
 
 } // namespace korvell

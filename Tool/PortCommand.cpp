@@ -7,6 +7,7 @@
 #include "Base/Text.h"
 #include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
+#include "Tool/Suggestions.h"
 #include "Tool/Wrap.h"
 
 #include <algorithm>
@@ -110,7 +111,7 @@ int runPort(Context& context, const Arguments& arguments) {
 Command portCommand() {
   return {"port",
           "Show who listens on a TCP port; exit with 1 when nobody does",
-          {{"PORT", Option::Kind::positional, "Its number", {}, true}, jsonOption()},
+          {{"PORT", Option::Kind::positional, "Its number", {}, true, suggestedPorts}, jsonOption()},
           runPort};
 }
 

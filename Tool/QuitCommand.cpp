@@ -4,6 +4,7 @@
 #include "Tool/CommandActions.h"
 #include "Tool/Commands.h"
 #include "Tool/Confirmation.h"
+#include "Tool/Suggestions.h"
 
 namespace korvell {
 
@@ -31,7 +32,12 @@ int runQuit(Context& context, const Arguments& arguments) {
 Command quitCommand() {
   return {"quit",
           "Quit an application or end a process, after asking",
-          {{"APP|PID", Option::Kind::positional, "Its name, its key, or a process id", {}, true},
+          {{"APP|PID",
+            Option::Kind::positional,
+            "Its name, its key, or a process id",
+            {},
+            true,
+            suggestedApplications},
            {"--force", Option::Kind::flag, "End it at once, with all its processes"},
            yesOption(),
            jsonOption()},

@@ -9,6 +9,7 @@
 #include "Tool/Commands.h"
 #include "Tool/Confirmation.h"
 #include "Tool/Measure.h"
+#include "Tool/Suggestions.h"
 #include "Tool/Table.h"
 #include "Tool/Wrap.h"
 
@@ -139,7 +140,9 @@ Command serversCommand() {
           {{"list", "List them with ports, memory and idle time", {jsonOption()}, listServers},
            {"stop",
             "Stop one of them: politely, and after three seconds for good",
-            {{"PID", Option::Kind::positional, "The process to stop", {}, true}, yesOption(), jsonOption()},
+            {{"PID", Option::Kind::positional, "The process to stop", {}, true, suggestedServers},
+             yesOption(),
+             jsonOption()},
             runStop},
            {"stop-idle",
             "Stop all that did nothing for half an hour",

@@ -7,6 +7,7 @@
 #include "Tool/CommandActions.h"
 #include "Tool/Commands.h"
 #include "Tool/Confirmation.h"
+#include "Tool/Suggestions.h"
 #include "Tool/Table.h"
 #include "Tool/Wrap.h"
 
@@ -127,7 +128,12 @@ Command startupCommand() {
           {{"list", "List them, leftovers first", {jsonOption()}, runList},
            writing({"remove",
                     "Move a leftover's file to the Trash",
-                    {{"LABEL", Option::Kind::positional, "The item's name or the path of its file", {}, true},
+                    {{"LABEL",
+                      Option::Kind::positional,
+                      "The item's name or the path of its file",
+                      {},
+                      true,
+                      suggestedLeftovers},
                      yesOption(),
                      jsonOption()},
                     runRemove})}};

@@ -5,6 +5,7 @@
 #include "Base/Text.h"
 #include "Tool/Commands.h"
 #include "Tool/Measure.h"
+#include "Tool/Suggestions.h"
 #include "Tool/UsageTable.h"
 
 #include <fmt/format.h>
@@ -92,7 +93,12 @@ Command topCommand() {
           {{"--by", Option::Kind::text, "Sort by this figure", choicesOf<UsageKey>()},
            {"--limit", Option::Kind::number, "Show so many, 0 for all (20)"},
            {"--processes", Option::Kind::flag, "List processes instead of applications"},
-           {"--why", Option::Kind::number, "Tell which rule found the application of this process id"},
+           {"--why",
+            Option::Kind::number,
+            "Tell which rule found the application of this process id",
+            {},
+            false,
+            suggestedProcesses},
            jsonOption()},
           runTop};
 }
