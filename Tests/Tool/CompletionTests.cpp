@@ -1,10 +1,13 @@
 #include "CommandFixture.h"
 #include "Tool/Completion.h"
+#include "Tool/ManPage.h"
 
 #include <gmock/gmock.h>
 
 namespace korvell {
 namespace {
+
+using testing::HasSubstr;
 
 int doNothing(Context&, const Arguments&) { return exitOK; }
 
@@ -69,6 +72,14 @@ TEST_F(CompletionTests, oneLineACandidate) {
   EXPECT_EQ(output, "draw\tDraw\nkeep\tKeep\nhelp\tPrint the help of a command\n");
   EXPECT_EQ(run(commands, {"complete", "draw", "--ink", "--help"}), exitOK);
   EXPECT_EQ(output, "red\ngreen\n") << "what was typed so far is no argument of ours";
+}
+
+TEST_F(CompletionTests, theManualHoldsTextsThatRoffWouldTakeForItsOwn) {
+  const std::vector<Command> odd{
+      {"say", "Say so. Then \\ stop", {{"--at", Option::Kind::text, ".dotted 'quoted'", {"one", "two"}}}}};
+  const auto page = manPage(odd, "May 1, 2027");
+  EXPECT_THAT(page, HasSubstr(".Ss say\nSay so.\nThen \\e stop.\n"));
+  EXPECT_THAT(page, HasSubstr(".It Fl -at Ar TEXT\n\\&.dotted 'quoted'.\nOne of one and two.\n"));
 }
 
 } // namespace
