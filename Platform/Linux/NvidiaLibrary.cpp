@@ -25,6 +25,7 @@ struct NvidiaLibrary::Functions {
   int (*deviceAt)(const char* address, Device*) = nullptr;
   int (*utilization)(Device, Utilization*) = nullptr;
   int (*memory)(Device, Memory*) = nullptr;
+  int (*temperature)(Device, int sensor, unsigned*) = nullptr;
 
   bool load(void* library) {
     const auto find = [&](auto& function, const char* name) {
@@ -33,7 +34,8 @@ struct NvidiaLibrary::Functions {
     };
     return find(init, "nvmlInit_v2") && find(shutdown, "nvmlShutdown") &&
            find(deviceAt, "nvmlDeviceGetHandleByPciBusId_v2") &&
-           find(utilization, "nvmlDeviceGetUtilizationRates") && find(memory, "nvmlDeviceGetMemoryInfo");
+           find(utilization, "nvmlDeviceGetUtilizationRates") && find(memory, "nvmlDeviceGetMemoryInfo") &&
+           find(temperature, "nvmlDeviceGetTemperature");
   }
 };
 
@@ -73,6 +75,16 @@ std::optional<GPUCounters> NvidiaLibrary::read(const std::string& address) {
   if (functions_->memory(device, &memory) == 0) counters.memoryInUse = memory.used;
   if (!counters.utilization && !counters.memoryInUse) return std::nullopt;
   return counters;
+}
+
+std::optional<double> NvidiaLibrary::celsius(const std::string& address) {
+  constexpr int onTheDie = 0;
+  Device device = nullptr;
+  unsigned celsius = 0;
+  if (!start() || functions_->deviceAt(address.c_str(), &device) != 0 ||
+      functions_->temperature(device, onTheDie, &celsius) != 0 || celsius == 0)
+    return std::nullopt;
+  return double(celsius);
 }
 
 } // namespace korvell

@@ -2,7 +2,7 @@
 // NVIDIA's management library, opened at run time where the driver is installed.
 //
 // Asking it wakes a suspended card, so callers read the card's power state first; release() lets go of the
-// driver when every card is asleep. The first reading may take tens of milliseconds. The five functions are
+// driver when every card is asleep. The first reading may take tens of milliseconds. The six functions are
 // declared here by hand: their names, arguments and record layouts are the library's stable interface.
 
 #include "Platform/MachineCounters.h"
@@ -23,6 +23,8 @@ public:
 
   /// Of the card at a PCI address, "0000:01:00.0". Nothing when the library is missing or refuses.
   std::optional<GPUCounters> read(const std::string& address);
+  /// Degrees Celsius of the card at a PCI address.
+  std::optional<double> celsius(const std::string& address);
   void release();
 
 private:

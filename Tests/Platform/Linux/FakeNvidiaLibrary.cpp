@@ -30,4 +30,8 @@ int nvmlDeviceGetMemoryInfo(Card* card, Memory* into) {
   *into = {8ull << 30, 5ull << 30, 3ull << 30};
   return card ? 0 : 2;
 }
+int nvmlDeviceGetTemperature(Card* card, int sensor, unsigned* into) {
+  *into = 51;
+  return card && sensor == 0 ? 0 : 2;
+}
 }
