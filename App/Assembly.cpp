@@ -73,7 +73,8 @@ std::unique_ptr<Sampler> Assembly::makeSampler(HistoryStore* history) {
         *host_.defaults, *host_.notifications});
   return std::make_unique<Sampler>(
       systemQueueFactory()(Sampler::queueLabel), *host_.machine,
-      Sampler::Subjects{makeProcessSampler(), makeDevServerScanner(), *host_.launchItems, *host_.state},
+      Sampler::Subjects{makeProcessSampler(), makeDevServerScanner(), *host_.launchItems, *host_.state,
+                        std::make_unique<SensorsReader>(host_.temperatures), *host_.peripherals},
       std::move(keeping));
 }
 

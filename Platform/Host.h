@@ -15,7 +15,9 @@
 #include "Platform/MachineCounters.h"
 #include "Platform/MachineState.h"
 #include "Platform/Notifications.h"
+#include "Platform/PeripheralSource.h"
 #include "Platform/ProcessTable.h"
+#include "Platform/TemperatureSources.h"
 #include "Platform/Trash.h"
 #include "Platform/UsageHelper.h"
 #include "Platform/UserDefaults.h"
@@ -44,6 +46,8 @@ struct Host {
   std::unique_ptr<LogFiles> logFiles;
   std::unique_ptr<Trash> trash = std::make_unique<NoTrash>();
   std::unique_ptr<MachineCounters> machine;
+  TemperatureSources temperatures; ///< empty where there are none
+  std::unique_ptr<PeripheralSource> peripherals = std::make_unique<NoPeripherals>();
   std::unique_ptr<Diagnostics> diagnostics;
   std::unique_ptr<MachineState> state = std::make_unique<UnknownMachineState>();
   std::unique_ptr<Notifications> notifications = std::make_unique<SilentNotifications>();

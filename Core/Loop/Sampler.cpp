@@ -1,6 +1,7 @@
 #include "Core/Loop/Sampler.h"
 
 #include "Core/Health/WeeklyReport.h"
+#include "Sensors/Peripherals.h"
 
 namespace korvell {
 
@@ -13,7 +14,9 @@ struct Sampler::SlowTask {
 
 const Sampler::SlowTask Sampler::measuringTasks[] = {
     {SlowPart::machineState, Seconds(6), Seconds(30), &Sampler::refreshState},
+    {SlowPart::sensors, Seconds(6), Seconds(30), &Sampler::readSensors},
     {SlowPart::devServers, Seconds(6), Seconds(30), &Sampler::scanDevServers},
+    {SlowPart::peripherals, Seconds(120), Seconds(600), &Sampler::readPeripherals},
     // Whether watched or not: people look at the list, not at its changes.
     {SlowPart::startupItems, Seconds(1800), Seconds(1800), &Sampler::scanStartup},
 };
@@ -66,6 +69,12 @@ void Sampler::refreshState(Tick&) {
   subjects_.state.refresh();
   // In the second cycle again: what is told by differences needs two readings.
   if (count_ == 0) runSoon(SlowPart::machineState);
+}
+
+void Sampler::readSensors(Tick& tick) { tick.sensors = subjects_.sensors->read(); }
+
+void Sampler::readPeripherals(Tick& tick) {
+  tick.peripherals = peripheralBatteries(subjects_.peripherals.read());
 }
 
 void Sampler::scanDevServers(Tick& tick) {

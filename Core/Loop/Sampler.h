@@ -15,6 +15,8 @@
 #include "Core/Startup/StartupScanner.h"
 #include "Platform/MachineCounters.h"
 #include "Platform/MachineState.h"
+#include "Platform/PeripheralSource.h"
+#include "Sensors/SensorsReader.h"
 
 #include <array>
 #include <memory>
@@ -24,7 +26,7 @@
 namespace korvell {
 
 /// The parts of a cycle that have clocks of their own; Sampler.cpp has their table.
-enum class SlowPart { machineState, devServers, startupItems, weeklyReport, totals };
+enum class SlowPart { machineState, sensors, devServers, peripherals, startupItems, weeklyReport, totals };
 
 class Sampler {
 public:
@@ -36,6 +38,8 @@ public:
     std::unique_ptr<DevServerScanner> devServers;
     LaunchItems& launchItems;
     MachineState& state;
+    std::unique_ptr<SensorsReader> sensors;
+    PeripheralSource& peripherals;
   };
   /// What becomes of a sample in the process that keeps. Everything outlives the sampler.
   struct Keeping {
@@ -69,7 +73,9 @@ private:
 
   void runDue(std::span<const SlowTask> tasks, Tick& tick);
   void refreshState(Tick& tick);
+  void readSensors(Tick& tick);
   void scanDevServers(Tick& tick);
+  void readPeripherals(Tick& tick);
   void scanStartup(Tick& tick);
   void keep(Tick& tick);
   void sendWeeklyReport(Tick& tick);

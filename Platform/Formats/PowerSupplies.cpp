@@ -100,6 +100,22 @@ PowerSupply parsePowerSupply(PowerSupply::Kind kind, std::string_view uevent) {
   return supply;
 }
 
+PeripheralReading parseDeviceSupply(std::string_view name, std::string_view uevent) {
+  const Properties properties(uevent);
+  PeripheralReading reading{.name = std::string(properties.text("MODEL_NAME")),
+                            .address = std::string(properties.text("SERIAL_NUMBER")),
+                            .node = std::string(name)};
+  if (const auto percent = properties.number("CAPACITY")) reading.percent = double(*percent);
+  reading.isPresent =
+      properties.number("PRESENT").value_or(1) != 0 && properties.number("ONLINE").value_or(1) != 0;
+  constexpr std::string_view prefix = "hid-", suffix = "-battery";
+  constexpr std::size_t addressLength = 17;
+  if (name.starts_with(prefix) && name.size() >= prefix.size() + addressLength + suffix.size() &&
+      name[prefix.size() + 2] == ':')
+    reading.address = name.substr(prefix.size(), addressLength);
+  return reading;
+}
+
 std::optional<BatteryReading> combinedBattery(const std::vector<PowerSupply>& supplies) {
   Packs packs;
   bool anyAdapter = false, anyOnline = false;

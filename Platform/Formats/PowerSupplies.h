@@ -3,6 +3,7 @@
 // every property that the driver knows, in micro units.
 
 #include "Platform/MachineCounters.h"
+#include "Platform/PeripheralSource.h"
 
 #include <cstdint>
 #include <optional>
@@ -35,6 +36,10 @@ std::optional<PowerSupply::Kind> powerSupplyKind(std::string_view type);
 bool isDeviceScope(std::string_view scope);
 
 PowerSupply parsePowerSupply(PowerSupply::Kind kind, std::string_view uevent);
+
+/// An entry that powers only a device, by its name in the class ("hidpp_battery_0",
+/// "hid-aa:bb:cc:dd:ee:ff-battery"). Entries of devices that are switched off stay; they are not present.
+PeripheralReading parseDeviceSupply(std::string_view name, std::string_view uevent);
 
 /// All packs as one battery; nothing without a pack. On external power `systemWatts` is absent: what flows
 /// then goes into the battery.

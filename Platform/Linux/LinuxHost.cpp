@@ -1,4 +1,5 @@
 #include "Base/Shell.h"
+#include "Base/SystemQueue.h"
 #include "Platform/Formats/LinuxWords.h"
 #include "Platform/Host.h"
 #include "Platform/Linux/AutostartFile.h"
@@ -10,8 +11,10 @@
 #include "Platform/Linux/LinuxLaunchItems.h"
 #include "Platform/Linux/LinuxMachineCounters.h"
 #include "Platform/Linux/LinuxMachineState.h"
+#include "Platform/Linux/LinuxPeripherals.h"
 #include "Platform/Linux/LinuxProcessControl.h"
 #include "Platform/Linux/LinuxProcessTable.h"
+#include "Platform/Linux/LinuxSensorChips.h"
 #include "Platform/Linux/LinuxTrash.h"
 #include "Platform/Linux/LinuxUsageHelper.h"
 #include "Platform/Linux/SettingsFile.h"
@@ -58,6 +61,8 @@ Host makeHost(const Environment& environment) {
   host.usageHelper = std::make_unique<LinuxUsageHelper>(LinuxUsageHelper::systemSources(environment));
   host.diagnostics = std::make_unique<LinuxDiagnostics>(clock, buses, host.usageHelper.get());
   host.state = std::make_unique<LinuxMachineState>(clock);
+  host.temperatures.chips = std::make_unique<LinuxSensorChips>(clock, systemQueueFactory());
+  host.peripherals = std::make_unique<LinuxPeripherals>(buses.system);
   host.notifications = std::make_unique<DesktopNotifications>(buses.session);
   std::error_code error;
   host.program = std::filesystem::read_symlink("/proc/self/exe", error).string();

@@ -1,13 +1,11 @@
 #include "Platform/Linux/ServiceManager.h"
 
 #include "Base/Localization.h"
-#include "Base/Text.h"
-#include "Platform/Linux/BusHandles.h"
+#include "Platform/Linux/BusInquiry.h"
 
 #include <algorithm>
 #include <array>
 #include <optional>
-#include <poll.h>
 #include <string_view>
 #include <sys/stat.h>
 
@@ -15,112 +13,15 @@ namespace korvell {
 
 namespace {
 
-constexpr const char* service = "org.freedesktop.systemd1";
+constexpr BusService service{.name = "org.freedesktop.systemd1",
+                             .notThere = "systemd does not run here.",
+                             .late = "systemd did not answer in time.",
+                             .refused = "systemd refused to answer: {reason}"};
 constexpr const char* objectPath = "/org/freedesktop/systemd1";
 constexpr const char* interface = "org.freedesktop.systemd1.Manager";
 constexpr const char* pattern = "*.service";
 /// Far more than any machine has; a manager that tells more is not believed to the end.
 constexpr std::size_t mostEntries = 20'000;
-
-/// Questions to one manager, one after the other, until the time is over.
-class Inquiry {
-public:
-  Inquiry(const std::string& address, Seconds patience)
-      : limit_(clock_.monotonic() + patience), microseconds_(std::uint64_t(patience.count() * 1e6)) {
-    sd_bus* bus = nullptr;
-    if (address.empty() || sd_bus_new(&bus) < 0) return;
-    bus_.reset(bus);
-    if (sd_bus_set_address(bus, address.c_str()) < 0 || sd_bus_set_bus_client(bus, 1) < 0 ||
-        sd_bus_start(bus) < 0)
-      bus_.reset();
-  }
-
-  /// Why the last question got no answer that can be read; empty when it did.
-  const std::string& silence() const { return silence_; }
-  /// Somebody was asked who did not answer, now or before: what they have in use is not known.
-  bool isLate() const { return isLate_; }
-  /// Somebody answered, if only that they don't tell.
-  bool isRefused() const { return isRefused_; }
-
-  /// Null without an answer; then the silence tells why.
-  template <class... Arguments>
-  Message ask(const char* path, const char* ofInterface, const char* method, const char* signature,
-              Arguments... arguments) {
-    reply_.reset();
-    silence_.clear();
-    if (!bus_) return silent(localized("There is no message bus."));
-    sd_bus_message* message = nullptr;
-    sd_bus_message_new_method_call(bus_.get(), &message, service, path, ofInterface, method);
-    const Message owner(message);
-    // Without a manager the bus would start the program that stands in for it.
-    const bool sent = message && sd_bus_message_set_auto_start(message, 0) >= 0 &&
-                      sd_bus_message_append(message, signature, arguments...) >= 0 &&
-                      sd_bus_call_async(bus_.get(), nullptr, message, came, this, microseconds_) >= 0;
-    if (!sent) return silent(localized("The message bus does not work."), true);
-    while (!reply_) {
-      const int result = sd_bus_process(bus_.get(), nullptr);
-      if (result < 0) return silent(localized("The message bus does not work."), true);
-      if (result > 0) continue;
-      if (clock_.monotonic() >= limit_) return silent(localized("systemd did not answer in time."), true);
-      wait();
-    }
-    return isAnswer(*reply_) ? std::move(reply_) : nullptr;
-  }
-
-private:
-  Message silent(std::string why, bool isLate = false) {
-    silence_ = std::move(why);
-    isLate_ |= isLate;
-    bus_.reset(); // nothing that comes later may be taken for another answer
-    return nullptr;
-  }
-
-  static int came(sd_bus_message* reply, void* data, sd_bus_error*) {
-    static_cast<Inquiry*>(data)->reply_.reset(sd_bus_message_ref(reply));
-    return 0;
-  }
-
-  void wait() const {
-    std::uint64_t until = UINT64_MAX;
-    sd_bus_get_timeout(bus_.get(), &until);
-    const int left = int((limit_ - clock_.monotonic()).count() * 1000) + 1;
-    const int timeout = millisecondsUntil(until);
-    pollfd file{sd_bus_get_fd(bus_.get()), short(std::max(0, sd_bus_get_events(bus_.get()))), 0};
-    poll(&file, 1, timeout < 0 ? left : std::min(left, timeout));
-  }
-
-  /// True for an answer that can be read; otherwise notes what the manager or the bus said.
-  bool isAnswer(sd_bus_message& reply) {
-    const sd_bus_error* error = sd_bus_message_get_error(&reply);
-    if (!error) return true;
-    constexpr std::array<std::string_view, 3> absent{"org.freedesktop.DBus.Error.ServiceUnknown",
-                                                     "org.freedesktop.DBus.Error.NameHasNoOwner",
-                                                     "org.freedesktop.DBus.Error.Disconnected"};
-    isRefused_ = false;
-    if (std::ranges::find(absent, error->name) != absent.end()) {
-      silence_ = localized("systemd does not run here.");
-      return false;
-    }
-    const bool isLate = sd_bus_error_has_name(error, SD_BUS_ERROR_NO_REPLY) ||
-                        sd_bus_error_has_name(error, SD_BUS_ERROR_TIMEOUT);
-    isLate_ |= isLate;
-    isRefused_ = !isLate;
-    if (isLate)
-      silence_ = localized("systemd did not answer in time.");
-    else
-      silence_ = localized("systemd refused to answer: {reason}",
-                           {{"reason", escapedControls(error->message ? error->message : error->name)}});
-    return false;
-  }
-
-  const SystemClock clock_;
-  const Seconds limit_;
-  const std::uint64_t microseconds_;
-  Bus bus_;
-  Message reply_; // ends before the bus that it came over
-  std::string silence_;
-  bool isLate_ = false, isRefused_ = false;
-};
 
 /// Something that runs, or has run and stays. One whose program is missing is "activating" for ever when it
 /// is to be started again and again.
@@ -155,20 +56,6 @@ void takeUnitFiles(sd_bus_message* reply, ManagedJobs& jobs) {
     const std::string_view file(path);
     jobs.enabled.emplace(file.substr(file.rfind('/') + 1), std::string_view(state).starts_with("enabled"));
   }
-}
-
-/// Reads what GetAll answers: `take(name, reply)` reads the value of a property, with its variant around it,
-/// or leaves it and says so.
-template <class Take>
-bool eachProperty(sd_bus_message* reply, Take take) {
-  if (sd_bus_message_enter_container(reply, 'a', "{sv}") < 0) return false;
-  while (sd_bus_message_enter_container(reply, 'e', "sv") > 0) {
-    const char* name = "";
-    if (sd_bus_message_read(reply, "s", &name) < 0) return false;
-    if (!take(std::string_view(name)) && sd_bus_message_skip(reply, "v") < 0) return false;
-    if (sd_bus_message_exit_container(reply) < 0) return false;
-  }
-  return true;
 }
 
 /// A property that says nothing: an empty text or list.
@@ -217,7 +104,7 @@ constexpr std::array<std::string_view, 8> ownPlaces{
     "BindReadOnlyPaths",    "MountImages",   "ExtensionImages",
     "ExtensionDirectories", "ExecSearchPath"};
 
-std::optional<EffectiveJob> askAboutService(Inquiry& inquiry, const std::string& path) {
+std::optional<EffectiveJob> askAboutService(BusInquiry& inquiry, const std::string& path) {
   constexpr const char* properties = "org.freedesktop.DBus.Properties";
   const auto name = path.substr(path.rfind('/') + 1);
   const auto loaded = inquiry.ask(objectPath, interface, "LoadUnit", "s", name.c_str());
@@ -256,7 +143,7 @@ std::optional<EffectiveJob> askAboutService(Inquiry& inquiry, const std::string&
 } // namespace
 
 ManagedJobs askServiceManager(const std::string& busAddress, Seconds patience) {
-  Inquiry inquiry(busAddress, patience);
+  BusInquiry inquiry(service, busAddress, patience);
   ManagedJobs jobs;
   const auto units = inquiry.ask(objectPath, interface, "ListUnitsByPatterns", "asas", 0, 1, pattern);
   if (units) takeUnits(units.get(), jobs);
@@ -276,7 +163,7 @@ std::map<std::string, EffectiveJob>
 askAboutServices(const std::string& busAddress, const std::vector<std::string>& paths, Seconds patience) {
   std::map<std::string, EffectiveJob> jobs;
   if (paths.empty()) return jobs;
-  Inquiry inquiry(busAddress, patience);
+  BusInquiry inquiry(service, busAddress, patience);
   for (const auto& path : paths) {
     auto job = askAboutService(inquiry, path);
     // Whoever stopped answering half-way may have it in use.

@@ -8,6 +8,7 @@
 #include "Tests/Fakes/FakeMachineState.h"
 #include "Tests/Fakes/FakeNotifications.h"
 #include "Tests/Fakes/FakeProcessTable.h"
+#include "Tests/Fakes/FakeSensors.h"
 #include "Tests/Fakes/FakeTimeZone.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
 #include "Tests/Fakes/OneEach.h"
@@ -29,6 +30,9 @@ struct LoopFixture : testing::Test {
   FakeTimeZone zone;
   FakeLaunchItems launchItems;
   FakeMachineState state;
+  FakeSensorChips* const chips = new FakeSensorChips; ///< owned by the sources
+  TemperatureSources temperatures{.chips = std::unique_ptr<SensorChips>(chips)};
+  FakePeripherals peripherals;
   FakeUserDefaults defaults;
   FakeNotifications notifications;
   TemporaryFolder folder;
@@ -46,7 +50,8 @@ struct LoopFixture : testing::Test {
                                                 std::string(linuxSystemGroup.key), cores);
     return std::make_unique<Sampler>(
         time.makeQueue(Sampler::queueLabel), machine,
-        Sampler::Subjects{std::move(processes), std::move(devServers), launchItems, state},
+        Sampler::Subjects{std::move(processes), std::move(devServers), launchItems, state,
+                          std::make_unique<SensorsReader>(temperatures), peripherals},
         Sampler::Keeping{history, zone, std::move(alerts), defaults, notifications});
   }
 };

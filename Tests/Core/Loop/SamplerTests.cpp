@@ -72,6 +72,21 @@ TEST_F(SamplerTests, developmentServersAreScannedOnTheirOwnClock) {
   EXPECT_TRUE(cycle().projects) << "the clock was set back: due at once";
 }
 
+TEST_F(SamplerTests, sensorsAndPeripheralsAreReadOnTheirOwnClocks) {
+  chips->chips = {{"coretemp", "", {{1, "Package id 0", 71.0}}, {}}};
+  peripherals.devices = {{"Desk Mouse", 61, PeripheralType::mouse}};
+  const Tick first = cycle();
+  ASSERT_TRUE(first.sensors && first.peripherals);
+  EXPECT_EQ(first.sensors->cpuCelsius, 71);
+  EXPECT_THAT(*first.peripherals,
+              ElementsAre(PeripheralBattery{"Desk Mouse", 61, PeripheralBattery::Kind::mouse}));
+  EXPECT_THAT(cyclesWith(&Tick::sensors, 3), ElementsAre(1, 2, 3));
+  EXPECT_THAT(cyclesWith(&Tick::peripherals, 24), ElementsAre(9, 21));
+  sampler.setWatched(false);
+  EXPECT_THAT(cyclesWith(&Tick::sensors, 6), ElementsAre(3, 6));
+  EXPECT_THAT(cyclesWith(&Tick::peripherals, 120), ElementsAre(51, 111));
+}
+
 TEST_F(SamplerTests, startupItemsAreScannedEveryHalfHourAtAnyPace) {
   launchItems.addUnit(LaunchScope::user, "/u/gone.service", "/opt/gone");
   const Tick first = cycle();
