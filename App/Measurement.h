@@ -1,12 +1,16 @@
 #pragma once
-// How the machine is doing, at one moment.
+// How the machine is doing, at one moment: as the keeper measured it last, or as this process does.
 
+#include "App/KeeperAnswer.h"
 #include "Core/Health/HealthReport.h"
 #include "Core/History/HistoryTypes.h"
+#include "Core/Loop/Tick.h"
 #include "Core/Machine/Models.h"
 #include "Core/Machine/PrivilegedUse.h"
+#include "Platform/Host.h"
 #include "Platform/KnownParts.h"
 
+#include <initializer_list>
 #include <optional>
 
 namespace korvell {
@@ -20,5 +24,17 @@ struct Measurement {
   bool fromKeeper = false;
   bool keeperIsRunning = false; ///< where it told nothing, that was said
 };
+
+/// What a keeper's answer with the parts of measurementParts tells; nothing when it tells no measurement.
+std::optional<Measurement> measurementOf(const KeeperAnswer& state);
+inline constexpr std::initializer_list<const char*> measurementParts = {"snapshot", "known", "report",
+                                                                        "privileged", "historyProblem"};
+/// Also of one that has not measured yet.
+std::optional<HistoryProblem> historyProblemOf(const KeeperAnswer& state);
+/// Two cycles of the sampling loop a second apart: the second one has rates. Takes that second, off the main
+/// queue or in a command that has nothing else to do.
+Tick measureTwice(Host& host, const Clock& clock);
+/// A tick of measureTwice() as a measurement: its report knows no ten minutes.
+Measurement ownMeasurement(Tick tick, const Host& host, const Clock& clock);
 
 } // namespace korvell

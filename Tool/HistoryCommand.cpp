@@ -2,6 +2,7 @@
 
 #include "App/Assembly.h"
 #include "App/JSONDocuments.h"
+#include "App/TimeArgument.h"
 #include "Base/Format.h"
 #include "Base/SystemQueue.h"
 #include "Base/Text.h"
@@ -10,7 +11,6 @@
 #include "Tool/Commands.h"
 #include "Tool/HistoryChart.h"
 #include "Tool/Table.h"
-#include "Tool/TimeArgument.h"
 #include "Tool/UnreadableHistory.h"
 #include "Tool/Wrap.h"
 

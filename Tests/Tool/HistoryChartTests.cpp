@@ -1,5 +1,5 @@
+#include "App/TimeArgument.h"
 #include "Tool/HistoryChart.h"
-#include "Tool/TimeArgument.h"
 
 #include "Tests/Fakes/FakeTimeZone.h"
 

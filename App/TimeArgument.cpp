@@ -1,4 +1,4 @@
-#include "Tool/TimeArgument.h"
+#include "App/TimeArgument.h"
 
 #include "Base/Text.h"
 
