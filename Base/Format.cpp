@@ -87,6 +87,26 @@ std::string Format::grouped(std::int64_t number) {
   return digits;
 }
 
+std::string Format::dollars(double dollars) {
+  if (!std::isfinite(dollars)) return noFigure;
+  const auto cents = std::int64_t(std::llround(std::fmin(std::fabs(dollars) * 100, 9e18)));
+  return fmt::format("{}${}.{:02}", dollars < 0 && cents > 0 ? "-" : "", grouped(cents / 100), cents % 100);
+}
+
+std::string Format::shortCount(std::int64_t number) {
+  constexpr std::array suffixes = {"", "K", "M", "B", "T", "Q"};
+  double amount = std::fabs(double(number));
+  std::size_t suffix = 0;
+  // 999,950 would be printed as "1000K".
+  while (suffix + 1 < suffixes.size() && std::round(amount) >= 1000) {
+    amount /= 1000;
+    ++suffix;
+  }
+  const int decimals = suffix > 0 ? decimalsFor(amount, {1, 1}) : 0;
+  return fmt::format("{}{:.{}f}{}", number < 0 ? "-" : "", rounded(amount, decimals), decimals,
+                     suffixes[suffix]);
+}
+
 std::string Format::figure(Unit unit, double value) {
   switch (unit) {
   case Unit::memory:
@@ -106,7 +126,7 @@ std::string Format::figure(Unit unit, double value) {
   case Unit::minutes:
     return duration(std::chrono::duration<double, std::ratio<60>>(value));
   case Unit::dollars:
-    return std::isfinite(value) ? fmt::format("${:.2f}", value) : noFigure;
+    return dollars(value);
   default:
     return std::isfinite(value) ? fmt::format("{:.0f}", value) : noFigure;
   }

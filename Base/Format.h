@@ -32,6 +32,11 @@ struct Format {
   static std::string duration(Seconds span);
   /// 1234567 as "1,234,567".
   static std::string grouped(std::int64_t number);
+  /// "$1,234.50", to the cent.
+  static std::string dollars(double dollars);
+  /// "45.2M": thousands as K, millions as M, then B and T; one decimal below 100, none above. Whole numbers
+  /// below 1,000 as they are.
+  static std::string shortCount(std::int64_t number);
   /// A figure as its unit asks for; of units without a form of their own the number, rounded.
   static std::string figure(Unit unit, double value);
 };

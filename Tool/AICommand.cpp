@@ -11,7 +11,6 @@
 #include "Tool/Wrap.h"
 
 #include <algorithm>
-#include <cmath>
 #include <fmt/format.h>
 
 namespace korvell {
@@ -100,19 +99,6 @@ Value json(const Usage& usage, const View& view) {
   return summaryValue(shown, usage.zone);
 }
 
-std::string dollars(std::optional<double> cost) {
-  if (!cost) return noFigure;
-  const auto cents = std::int64_t(std::llround(std::min(std::abs(*cost) * 100, 9e18)));
-  const auto sign = *cost < 0 && cents > 0 ? "-" : "";
-  return fmt::format("{}${}.{:02}", sign, Format::grouped(cents / 100), cents % 100);
-}
-
-/// A star says that the cost leaves out tokens.
-template <class Total>
-std::string costText(const Total& total) {
-  return dollars(total.cost) + (total.cost && total.unpriced > 0 ? "*" : "");
-}
-
 /// What gives way, step by step, until a table fits the terminal.
 struct Layout {
   bool splitsCache; ///< writes and reads in columns of their own
@@ -168,7 +154,7 @@ private:
       add(AITokens{.cacheWrite = tokens.cacheWrite, .cacheRead = tokens.cacheRead}.total());
     }
     if (layout_.sumsUp) add(tokens.total());
-    leading.push_back({costText(total), ink});
+    leading.push_back({costText(total.cost, total.unpriced), ink});
     return leading;
   }
 
@@ -215,19 +201,16 @@ private:
 
 void printCosts(Context& context, const Usage& usage, const View& view) {
   const auto cost = [&](const char* text, Date since) {
-    const auto shown = costText(usage.summary.total(since, view.tool));
+    const auto total = usage.summary.total(since, view.tool);
+    const auto shown = costText(total.cost, total.unpriced);
     context.out.line(
         context.out.ink(Ink::dim, localized(text, {{"cost", shown}, {"period", title(view.period)}})));
   };
   cost("API-equivalent today: {cost} at API list prices",
        AIUsageSummary::startOfPeriod(1, usage.now, usage.zone));
   if (view.period != AIPeriod::today) cost("API-equivalent, {period}: {cost} at API list prices", view.since);
-  const auto total = usage.summary.total(view.since, view.tool);
-  if (total.unpriced > 0)
-    context.out.line(context.out.ink(
-        Ink::dim,
-        (total.cost ? "* " : "") + localized("Costs leave out the tokens of models without a price: {count}.",
-                                             {{"count", Format::grouped(total.unpriced)}})));
+  const auto leftOut = leftOutText(usage.summary.total(view.since, view.tool));
+  if (!leftOut.empty()) context.out.line(context.out.ink(Ink::dim, leftOut));
 }
 
 void print(Context& context, const Usage& usage, const View& view) {

@@ -10,8 +10,8 @@ constexpr Seconds leeway{10};
 
 AIUsageStore::AIUsageStore(Queue& main, const QueueFactory& makeQueue, const Clock& clock,
                            MakeScanner makeScanner, PlanLimitAlerts::Seams alerts)
-    : summary(main), isScanning(main), main_(main), clock_(clock), makeScanner_(std::move(makeScanner)),
-      alerts_(std::move(alerts)), queue_(makeQueue(queueLabel)) {}
+    : summary(main), isScanning(main), outcome(main), main_(main), clock_(clock),
+      makeScanner_(std::move(makeScanner)), alerts_(std::move(alerts)), queue_(makeQueue(queueLabel)) {}
 
 AIUsageStore::~AIUsageStore() { ending_.cancel(); }
 
@@ -36,13 +36,14 @@ AIUsageStore::Refreshed AIUsageStore::scan() {
   if (!scanner_) scanner_ = makeScanner_(ending_);
   const Date now = clock_.now();
   const auto stats = scanner_->refresh(now);
-  Refreshed result{scanner_->summary(days(AIPeriod::month), now), {}};
+  Refreshed result{scanner_->summary(days(AIPeriod::month), now), {}, scanner_->lastOutcome()};
   result.summary.lastScan = stats;
   if (const auto& limits = result.summary.codexLimits) result.due = alerts_.markDue(*limits, now);
   return result;
 }
 
 void AIUsageStore::publish(Refreshed result) {
+  outcome.set(result.outcome);
   summary.set(std::move(result.summary));
   isScanning.set(false);
   checkPlanLimits(result.due);

@@ -31,6 +31,7 @@ public:
 
   Published<AIUsageSummary> summary; ///< the last 30 days; empty until the first refresh has ended
   Published<bool> isScanning;
+  Published<AIUsageScanner::Outcome> outcome;      ///< of the last refresh, known before its summary is told
   std::function<void(const HealthAlert&)> onAlert; ///< gets each plan-limit alert that was accepted
 
   /// The zone of the summary's days.
@@ -45,6 +46,7 @@ private:
   struct Refreshed {
     AIUsageSummary summary;
     std::vector<AIPlanLimit> due; ///< to be alerted; marked already
+    AIUsageScanner::Outcome outcome = AIUsageScanner::Outcome::done;
   };
   Refreshed scan();
   void publish(Refreshed result);

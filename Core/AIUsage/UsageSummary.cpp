@@ -1,5 +1,6 @@
 #include "Core/AIUsage/UsageSummary.h"
 
+#include "Base/Format.h"
 #include "Core/AIUsage/AIPricing.h"
 
 #include <algorithm>
@@ -114,6 +115,18 @@ std::optional<double> listCost(std::string_view model, const Counts& counts) {
           dollars(counts.cacheWrite1h, price->cacheWrite1h) + dollars(counts.output, price->output) +
           dollars(counts.cacheRead, price->cacheRead)) /
          1e6;
+}
+
+std::string costText(std::optional<double> cost, std::int64_t unpriced) {
+  if (!cost) return noFigure;
+  return Format::dollars(*cost) + (unpriced > 0 ? "*" : "");
+}
+
+std::string leftOutText(const AITotal& total) {
+  if (total.unpriced <= 0) return {};
+  return (total.cost ? "* " : "") +
+         localized("Costs leave out the tokens of models without a price: {count}.",
+                   {{"count", Format::grouped(total.unpriced)}});
 }
 
 std::string costExplanation() {

@@ -116,6 +116,10 @@ Value summaryValue(const AIUsageSummary& summary, const TimeZone& zone);
 /// Dollars at list prices; nothing for a model without a price.
 std::optional<double> listCost(std::string_view model, const Counts& counts);
 
+/// "$24.90"; a star says that it leaves out tokens, "–" that no model of them has a price.
+std::string costText(std::optional<double> cost, std::int64_t unpriced);
+/// What the star means; empty when nothing is left out. Localised.
+std::string leftOutText(const AITotal& total);
 /// What API-equivalent cost means, and since when the prices hold; localised.
 std::string costExplanation();
 

@@ -54,6 +54,20 @@ TEST(FormatTests, smallFigures) {
   EXPECT_EQ(Format::grouped(1234567), "1,234,567");
   EXPECT_EQ(Format::grouped(-123456), "-123,456");
   EXPECT_EQ(Format::grouped(INT64_MIN), "-9,223,372,036,854,775,808");
+  EXPECT_EQ(Format::dollars(-0.001), "$0.00");
+  EXPECT_EQ(Format::dollars(-1234.567), "-$1,234.57");
+  const std::pair<std::int64_t, const char*> counts[] = {{0, "0"},
+                                                         {999, "999"},
+                                                         {1'000, "1.0K"},
+                                                         {99'949, "99.9K"},
+                                                         {99'950, "100K"},
+                                                         {999'499, "999K"},
+                                                         {999'500, "1.0M"},
+                                                         {-45'230'000, "-45.2M"},
+                                                         {269'000'000, "269M"},
+                                                         {1'250'000'000, "1.3B"},
+                                                         {INT64_MAX, "9223Q"}};
+  for (const auto& [count, text] : counts) EXPECT_EQ(Format::shortCount(count), text) << count;
 }
 
 } // namespace
@@ -66,7 +80,7 @@ TEST(FormatTests, figuresGoByTheirUnits) {
                                                {Unit::celsius, "1500°C"},
                                                {Unit::watts, "1500 W"},
                                                {Unit::minutes, "1 days"},
-                                               {Unit::dollars, "$1500.00"},
+                                               {Unit::dollars, "$1,500.00"},
                                                {Unit::revolutionsPerMinute, "1500"},
                                                {Unit::none, "1500"}};
   for (const auto& [unit, text] : rows) EXPECT_EQ(Format::figure(unit, 1500), text);

@@ -5,7 +5,6 @@
 #include "UI/Parts/HealthParts.h"
 
 #include <algorithm>
-#include <fmt/format.h>
 
 namespace korvell {
 
@@ -59,7 +58,7 @@ void fillSlow(Sidebar::Row& row, const Model& model, const SidebarFacts& facts) 
     if (facts.reclaimable) row.value = Format::bytes(double(*facts.reclaimable));
     break;
   case SidebarItem::aiUsage:
-    if (facts.aiCostToday) row.value = fmt::format("${:.2f}", *facts.aiCostToday);
+    if (facts.aiCostToday) row.value = Format::dollars(*facts.aiCostToday);
     break;
   case SidebarItem::devServers:
     row.value = countText(serverCount(*model.projects));

@@ -66,6 +66,7 @@ TEST_F(StoreTests, refreshesAfterFiveSecondsThenEveryFiveMinutesAndNeverTwiceAtO
   EXPECT_TRUE(store->summary->rows.empty());
   EXPECT_EQ(store->summary->updatedAt->sinceEpoch, ManualClock().now().sinceEpoch + 605);
   EXPECT_EQ(store->summary->lastScan->files, 0);
+  EXPECT_EQ(*store->outcome, AIUsageScanner::Outcome::done);
 
   store->refresh();
   store->refresh();
