@@ -31,6 +31,8 @@ std::vector<GalleryView> kitViews();
 std::vector<GalleryView> pageViews();
 /// Servers, startup items, alerts.
 std::vector<GalleryView> listViews();
+/// What AI coding tools used.
+std::vector<GalleryView> aiUsageViews();
 /// Free Up Space.
 std::vector<GalleryView> storageViews();
 /// The settings, from made-up answers.

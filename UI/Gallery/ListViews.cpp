@@ -4,6 +4,7 @@
 #include "UI/Alerts/AlertsView.h"
 #include "UI/Gallery/Gallery.h"
 #include "UI/Gallery/ListModel.h"
+#include "UI/Gallery/PageFrame.h"
 #include "UI/Servers/ServersView.h"
 #include "UI/Startup/StartupView.h"
 
@@ -15,32 +16,6 @@ const char* const longName = "com.example.a-background-program-with-a-name-that-
 
 using Made = std::unique_ptr<QWidget>;
 using Machine = std::shared_ptr<ListModel>;
-
-/// A page below its header, as the window shows it, with the machine that it is about.
-class PageFrame final : public Ground {
-public:
-  PageFrame(const Theme& theme, Machine machine, Page* page)
-      : Ground(theme, Token::surface, nullptr), machine_(std::move(machine)), page_(page) {
-    auto* rows = bare<QVBoxLayout>(this);
-    head_->addStrut(56);
-    head_->addWidget(new TextLabel(theme, TextStyle::title, Token::text1, page->title(), this), 1);
-    head_->addWidget(page->control());
-    rows->addLayout(head_);
-    rows->addWidget(page, 1);
-  }
-  ~PageFrame() override { delete page_; } // before the machine
-
-protected:
-  void resizeEvent(QResizeEvent*) override {
-    const int side = width() < 860 ? 20 : 28;
-    head_->setContentsMargins(side, 0, side, 0);
-  }
-
-private:
-  Machine machine_;
-  Page* page_;
-  QHBoxLayout* head_ = new QHBoxLayout;
-};
 
 // Servers
 

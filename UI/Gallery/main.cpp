@@ -1,4 +1,5 @@
-// korvell-gallery FOLDER: renders every view into pictures without a display and checks what it rendered.
+// korvell-gallery FOLDER [NAME]: renders every view, or those whose names begin so, into pictures without a
+// display and checks what it rendered.
 // Exits with 1 and a list when something is wrong.
 
 #include "UI/Gallery/Check.h"
@@ -56,15 +57,17 @@ bool isBlank(const QImage& picture) {
 
 class Gallery {
 public:
-  explicit Gallery(const QDir& folder) : folder_(folder) {}
+  Gallery(const QDir& folder, std::string name) : folder_(folder), name_(std::move(name)) {}
 
   void render(const Variant& variant) {
     Theme theme(variant.look);
     QApplication::setLayoutDirection(variant.direction);
     setTooltipLook(theme);
     note(variant.name, contrastProblems(theme));
-    for (const auto& view : galleryViews())
+    for (const auto& view : galleryViews()) {
+      if (!view.name.starts_with(name_)) continue;
       for (auto size : view.sizes) render(view, size, theme, variant.name);
+    }
   }
   const std::set<std::string>& problems() const { return problems_; }
   int pictures() const { return pictures_; }
@@ -93,6 +96,7 @@ private:
   }
 
   QDir folder_;
+  const std::string name_; ///< what the views' names begin with
   std::set<std::string> problems_;
   int pictures_ = 0;
 };
@@ -120,8 +124,8 @@ int run(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setStyle("Fusion");
   auto arguments = QApplication::arguments().mid(1);
-  if (arguments.size() != 1) {
-    fmt::print(stderr, "Usage: korvell-gallery FOLDER\n");
+  if (arguments.isEmpty() || arguments.size() > 2) {
+    fmt::print(stderr, "Usage: korvell-gallery FOLDER [NAME]\n");
     return 64;
   }
   QDir folder(arguments[0]);
@@ -130,7 +134,7 @@ int run(int argc, char** argv) {
     return 1;
   }
   installSpoken();
-  Gallery gallery(folder);
+  Gallery gallery(folder, utf8(arguments.value(1)));
   for (const auto& variant : variants()) gallery.render(variant);
   for (const auto& problem : gallery.problems()) fmt::print("{}\n", problem);
   fmt::print("{} pictures, {} problems\n", gallery.pictures(), gallery.problems().size());

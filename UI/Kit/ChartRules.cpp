@@ -68,24 +68,10 @@ ValueAxis memoryAxis(double total) {
   return axis;
 }
 
-std::string weekday(int number) {
-  static constexpr const char* names[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-  return localized(names[number]);
-}
-
 std::string month(int number) {
   static constexpr const char* names[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                           "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
   return localized(names[number - 1]);
-}
-
-std::string weekdayAndDay(const LocalTime& time) {
-  return localized("{weekday} {day}",
-                   {{"weekday", weekday(time.weekday)}, {"day", std::to_string(time.day)}});
-}
-
-std::string dayAndMonth(const LocalTime& time) {
-  return localized("{day} {month}", {{"day", std::to_string(time.day)}, {"month", month(time.month)}});
 }
 
 std::string dayLabel(TimeAxis time, const LocalTime& local) {
@@ -138,6 +124,20 @@ const ChartBucket* bucketAt(const ChartLine& line, Date date) {
 }
 
 } // namespace
+
+std::string shortWeekday(int number) {
+  static constexpr const char* names[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+  return localized(names[number]);
+}
+
+std::string weekdayAndDay(const LocalTime& time) {
+  return localized("{weekday} {day}",
+                   {{"weekday", shortWeekday(time.weekday)}, {"day", std::to_string(time.day)}});
+}
+
+std::string dayAndMonth(const LocalTime& time) {
+  return localized("{day} {month}", {{"day", std::to_string(time.day)}, {"month", month(time.month)}});
+}
 
 std::string chartValue(ValueScale scale, double value) { return Format::figure(unitOf(scale), value); }
 

@@ -12,6 +12,13 @@
 
 namespace korvell {
 
+/// "Sun" for 0.
+std::string shortWeekday(int number);
+/// "Fri 13"
+std::string weekdayAndDay(const LocalTime& time);
+/// "16 Nov"
+std::string dayAndMonth(const LocalTime& time);
+
 /// A value as it is read, with its unit.
 std::string chartValue(ValueScale scale, double value);
 /// From the least to the most: "71 – 99%", the unit once where it is the same.

@@ -5,6 +5,7 @@
 #include "Base/FreeMemory.h"
 #include "Base/SystemQueue.h"
 #include "Core/Health/SeenAlerts.h"
+#include "UI/AIUsage/AIUsageView.h"
 #include "UI/Alerts/AlertsView.h"
 #include "UI/Kit/Native.h"
 #include "UI/Kit/Text.h"
@@ -35,7 +36,7 @@ void keepWith(QWidget& widget, Subscription subscription) {
   QObject::connect(&widget, &QObject::destroyed, [subscription = std::move(subscription)] {});
 }
 
-/// The sections that have a page.
+/// The sections that have a page on every machine.
 constexpr SidebarItem pages[] = {SidebarItem::overview, SidebarItem::cpu,     SidebarItem::memory,
                                  SidebarItem::disk,     SidebarItem::network, SidebarItem::gpu,
                                  SidebarItem::energy,   SidebarItem::storage, SidebarItem::devServers,
@@ -161,8 +162,16 @@ void KorvellApp::show(std::optional<SidebarItem> item) {
     host_.defaults->set(AppDelegate::hasLaunchedKey, true);
 }
 
+std::set<SidebarItem> KorvellApp::sections() const {
+  std::set<SidebarItem> all{std::begin(pages), std::end(pages)};
+  if (model_->aiUsage()) all.insert(SidebarItem::aiUsage);
+  return all;
+}
+
 SidebarFacts KorvellApp::sidebarFacts() const {
-  SidebarFacts facts{.sections = {std::begin(pages), std::end(pages)}};
+  SidebarFacts facts{.sections = sections()};
+  if (const auto* usage = model_->aiUsage())
+    facts.aiCostToday = costToday(*usage->summary, model_->snapshot->date, usage->zone());
   if (scanner_) facts.reclaimable = scanner_->reclaimableBytes();
   facts.newAlerts = int(newAlerts(*model_->alerts, *host_.defaults, model_->snapshot->date));
   return facts;
@@ -186,6 +195,12 @@ std::unique_ptr<Page> KorvellApp::makePage(SidebarItem item, QWidget& window, Ba
                                                                .theme = theme_,
                                                                .ask = ask,
                                                                .reveal = showInFileManager});
+  case SidebarItem::aiUsage:
+    if (auto* store = model_->aiUsage())
+      return std::make_unique<AIUsageView>(
+          AIUsageView::Services{.store = *store, .model = *model_, .theme = theme_, .period = aiPeriod_},
+          &window);
+    return nullptr;
   case SidebarItem::devServers:
     return std::make_unique<ServersView>(ServersView::Services{.model = *model_,
                                                                .theme = theme_,
@@ -204,7 +219,7 @@ std::unique_ptr<Page> KorvellApp::makePage(SidebarItem item, QWidget& window, Ba
                              .theme = theme_,
                              .zone = *host_.zone,
                              .defaults = *host_.defaults,
-                             .sections = {std::begin(pages), std::end(pages)},
+                             .sections = sections(),
                              .ask = ask,
                              .open = open,
                              .showMoment =

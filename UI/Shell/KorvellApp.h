@@ -62,6 +62,7 @@ private:
   Queue& desktopQueue();
   /// Asks over a window that is open, and quits at once without one.
   void askToQuit();
+  std::set<SidebarItem> sections() const;
   SidebarFacts sidebarFacts() const;
   std::unique_ptr<Page> makePage(SidebarItem item, QWidget& window, Banner& banner);
 
@@ -80,6 +81,7 @@ private:
   std::unique_ptr<ModelActions> actions_;
   Errands errands_;
   std::optional<double> weekScore_;
+  AIPeriod aiPeriod_ = AIPeriod::week;
   std::unique_ptr<Queue> desktop_; ///< null until the first
   AppDelegate delegate_;
   Keeper keeper_;

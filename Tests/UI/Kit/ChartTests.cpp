@@ -3,6 +3,7 @@
 #include "Tests/Fakes/FakeTimeZone.h"
 #include "UI/Kit/BarTable.h"
 #include "UI/Kit/ChartView.h"
+#include "UI/Kit/DayBars.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -218,6 +219,37 @@ TEST_F(BarTableTests, headsSortWhereThereIsSomethingToSort) {
   table->setData(past);
   for (auto* head : all<Control>(*table)) head->press();
   EXPECT_EQ(told.size(), 3u);
+}
+
+TEST_F(ChartTests, daysAreWalkedThroughAndStayPointedAt) {
+  DayBars bars(theme, nullptr);
+  bars.resize(700, bars.sizeHint().height());
+  const auto days = [](int first) {
+    DayBarsData data{.series = {"A"}, .bars = {}, .top = 7, .ticks = {}, .spoken = "Days"};
+    for (int day = first; day < first + 7; ++day)
+      data.bars.push_back({.parts = {{1, "A"}}, .spoken = "day " + std::to_string(day)});
+    return data;
+  };
+  bars.setData(days(1));
+  show(bars);
+  bars.setFocus(Qt::TabFocusReason);
+  key(bars, Qt::Key_Left);
+  EXPECT_EQ(bars.spokenValue(), "day 7") << "from the newest";
+  key(bars, Qt::Key_Right);
+  key(bars, Qt::Key_Left);
+  EXPECT_EQ(bars.spokenValue(), "day 6");
+  key(bars, Qt::Key_C, Qt::ControlModifier);
+  EXPECT_EQ(QGuiApplication::clipboard()->text(), "day 6");
+  bars.setData(days(2));
+  EXPECT_EQ(bars.spokenValue(), "day 7") << "the last but one, as before";
+  bars.point(0);
+  auto fewer = days(1);
+  fewer.bars.resize(1);
+  bars.setData(fewer);
+  EXPECT_EQ(bars.pointed(), std::nullopt);
+  key(bars, Qt::Key_Home);
+  key(bars, Qt::Key_Escape);
+  EXPECT_EQ(bars.spokenValue(), "");
 }
 
 } // namespace
