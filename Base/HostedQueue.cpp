@@ -14,9 +14,9 @@ HostedQueue::~HostedQueue() {
   core_->close();
 }
 
-void HostedQueue::runDue() {
+void HostedQueue::runDue(const QueueCore::Run& run) {
   awake_->store(false);
-  for (auto left = core_->waiting(); left > 0 && core_->runNext();) --left;
+  for (auto left = core_->waiting(); left > 0 && core_->runNext(run);) --left;
 }
 
 void HostedQueue::sync(const Task& task) {

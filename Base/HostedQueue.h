@@ -22,7 +22,7 @@ public:
 
   // For the loop, on its thread.
   /// Runs the tasks and timers that were ready at the call; what they add waits for the next one.
-  void runDue();
+  void runDue(const QueueCore::Run& run = {});
   std::optional<QueueDeadline> nextDeadline() const { return core_->deadline(); }
 
   const std::string& label() const override { return label_; }

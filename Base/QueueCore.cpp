@@ -124,7 +124,7 @@ void QueueCore::collectDue() {
   }
 }
 
-bool QueueCore::runNext() {
+bool QueueCore::runNext(const Run& run) {
   for (;;) {
     Item item;
     {
@@ -138,7 +138,8 @@ bool QueueCore::runNext() {
         item.timer->queued = false;
       }
     }
-    item.timer ? item.timer->handler() : item.task();
+    const Task& task = item.timer ? item.timer->handler : item.task;
+    run ? run(task) : task();
     return true;
   }
 }

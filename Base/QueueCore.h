@@ -29,8 +29,10 @@ public:
   /// Adds a task and waits until it has run, or until close() has dropped it.
   void addAndWait(const Task& task);
 
-  /// Runs the oldest task, timers that are due included; false when there was none.
-  bool runNext();
+  /// Runs the oldest task, timers that are due included; false when there was none. `run` may call it in its
+  /// own way.
+  using Run = std::function<void(const Task&)>;
+  bool runNext(const Run& run = {});
   /// How many tasks wait to be run, timers that are due included.
   size_t waiting();
   /// When there will be something to run: now, a timer's firing, or nothing so far.

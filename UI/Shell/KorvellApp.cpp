@@ -66,9 +66,10 @@ bool KorvellApp::WindowsAttention::isWatched() const {
   return std::ranges::any_of(QApplication::topLevelWidgets(), isLookedAt);
 }
 
-KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched)
-    : host_(host), launched_(std::move(launched)), wishes_(DesktopLook::fromPalette()),
-      assembly_(host, clock), model_(assembly_.makeKeepingModel(loop_.main(), attention_, complain)),
+KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched, QueueCore::Run runTask)
+    : host_(host), launched_(std::move(launched)), loop_(std::move(runTask)),
+      wishes_(DesktopLook::fromPalette()), assembly_(host, clock),
+      model_(assembly_.makeKeepingModel(loop_.main(), attention_, complain)),
       storage_(assembly_.lateStorageScanner(loop_.main())),
       actions_(assembly_.makeActions(
           loop_.main(), [this]() -> AppModel& { return *model_; }, storage_)),

@@ -28,7 +28,7 @@ namespace korvell {
 class KorvellApp {
 public:
   /// After the toolkit's application object and before its end; the launch has the lock.
-  KorvellApp(Host& host, const Clock& clock, Launch launched);
+  KorvellApp(Host& host, const Clock& clock, Launch launched, QueueCore::Run runTask);
   ~KorvellApp();
   KorvellApp(const KorvellApp&) = delete;
   KorvellApp& operator=(const KorvellApp&) = delete;

@@ -7,8 +7,9 @@
 
 namespace korvell {
 
-MainLoop::MainLoop()
-    : notifier_(signalled_.descriptor(), QSocketNotifier::Read), signals_(signalled_), queue_("main", [this] {
+MainLoop::MainLoop(QueueCore::Run runTask)
+    : runTask_(std::move(runTask)), notifier_(signalled_.descriptor(), QSocketNotifier::Read),
+      signals_(signalled_), queue_("main", [this] {
         QMetaObject::invokeMethod(
             &receiver_, [this] { runDue(); }, Qt::QueuedConnection);
       }) {
@@ -22,7 +23,7 @@ MainLoop::MainLoop()
 }
 
 void MainLoop::runDue() {
-  queue_.runDue();
+  queue_.runDue(runTask_);
   const auto deadline = queue_.nextDeadline();
   if (!deadline) return timer_.stop();
   constexpr double mostMilliseconds = 3'600'000;

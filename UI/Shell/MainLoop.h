@@ -13,7 +13,8 @@ namespace korvell {
 
 class MainLoop {
 public:
-  MainLoop();
+  /// `runTask` may run the queue's tasks in its own way.
+  explicit MainLoop(QueueCore::Run runTask = {});
   MainLoop(const MainLoop&) = delete;
   MainLoop& operator=(const MainLoop&) = delete;
 
@@ -25,6 +26,7 @@ public:
 private:
   void runDue();
 
+  const QueueCore::Run runTask_;
   QObject receiver_;
   QTimer timer_;
   WakePipe signalled_;

@@ -6,9 +6,9 @@
 #include "Base/Localization.h"
 #include "UI/Kit/Spoken.h"
 #include "UI/Kit/Text.h"
+#include "UI/Shell/Application.h"
 #include "UI/Shell/KorvellApp.h"
 
-#include <QApplication>
 #include <QMessageBox>
 #include <csignal>
 #include <cstdlib>
@@ -41,7 +41,7 @@ int main(int argc, char** argv) {
 
   QGuiApplication::setDesktopFileName("korvell");
   QApplication::setQuitOnLastWindowClosed(false);
-  QApplication application(argc, argv);
+  Application application(argc, argv);
   QApplication::setApplicationName("Korvell");
   installSpoken();
   if (!launched.lock) {
@@ -49,6 +49,6 @@ int main(int argc, char** argv) {
     return EXIT_FAILURE;
   }
   const SystemClock clock;
-  KorvellApp korvell(host, clock, std::move(launched));
-  return korvell.run(request);
+  KorvellApp korvell(host, clock, std::move(launched), application.taskRunner());
+  return application.exitStatus(korvell.run(request));
 }
