@@ -44,6 +44,8 @@ Value statusValue(const Measurement& status, const std::vector<SourceReport>& so
   value.set("keeper", status.fromKeeper);
   value.set("snapshot", toValue(status.snapshot));
   value.set("known", knownValue(status.known, status.fromKeeper, sources));
+  if (status.sensors)
+    value.set("cpuCelsius", status.sensors->cpuCelsius).set("gpuCelsius", status.sensors->gpuCelsius);
   if (status.privileged) value.set("privileged", toValue(*status.privileged));
   if (status.historyProblem) value.set("historyProblem", toValue(*status.historyProblem));
   return value;
@@ -119,6 +121,10 @@ Value minuteValue(const std::optional<HistoryMinute>& minute, Date asked) {
 
 Value serversValue(const std::vector<DevProject>& projects, bool isIdleKnown) {
   return Value::object({{"projects", toValue(projects)}, {"idleKnown", isIdleKnown}});
+}
+
+Value sensorsValue(const SensorsSnapshot& sensors, const std::vector<PeripheralBattery>& peripherals) {
+  return toValue(sensors).set("peripherals", toValue(peripherals));
 }
 
 Value startupItemsValue(const std::vector<StartupItem>& items) {

@@ -38,6 +38,7 @@ Value minuteValue(const std::optional<HistoryMinute>& minute, Date asked);
 
 /// `isIdleKnown`: a keeper has followed them.
 Value serversValue(const std::vector<DevProject>& projects, bool isIdleKnown);
+Value sensorsValue(const SensorsSnapshot& sensors, const std::vector<PeripheralBattery>& peripherals);
 Value startupItemsValue(const std::vector<StartupItem>& items);
 /// `unseen`: how many of them the user has not seen.
 Value alertsValue(const std::vector<HealthAlert>& alerts, std::size_t unseen);

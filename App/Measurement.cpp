@@ -41,6 +41,7 @@ std::optional<Measurement> measurementOf(const KeeperAnswer& state) {
   return Measurement{.snapshot = std::move(*snapshot),
                      .known = *known,
                      .report = std::move(*report),
+                     .sensors = partOf<SensorsSnapshot>(state, "sensors"),
                      .privileged = partOf<PrivilegedUse>(state, "privileged"),
                      .historyProblem = historyProblemOf(state),
                      .fromKeeper = true,
@@ -65,6 +66,7 @@ Measurement ownMeasurement(Tick tick, const Host& host, const Clock& clock) {
                          tick.projects.value_or(std::vector<DevProject>()),
                          tick.startupItems.value_or(std::vector<StartupItem>()), *host.state, clock.now());
   own.snapshot = std::move(tick.snapshot);
+  own.sensors = std::move(tick.sensors);
   return own;
 }
 

@@ -9,6 +9,7 @@
 #include "Core/Machine/PrivilegedUse.h"
 #include "Platform/Host.h"
 #include "Platform/KnownParts.h"
+#include "Sensors/SensorsSnapshot.h"
 
 #include <initializer_list>
 #include <optional>
@@ -19,6 +20,7 @@ struct Measurement {
   SystemSnapshot snapshot;
   KnownParts known; ///< which of its figures were read
   HealthReport report;
+  std::optional<SensorsSnapshot> sensors;       ///< of the last cycle that read them
   std::optional<PrivilegedUse> privileged;      ///< what the helper told, and what stayed hidden
   std::optional<HistoryProblem> historyProblem; ///< why the keeper records nothing; absent while it does
   bool fromKeeper = false;
@@ -27,8 +29,8 @@ struct Measurement {
 
 /// What a keeper's answer with the parts of measurementParts tells; nothing when it tells no measurement.
 std::optional<Measurement> measurementOf(const KeeperAnswer& state);
-inline constexpr std::initializer_list<const char*> measurementParts = {"snapshot", "known", "report",
-                                                                        "privileged", "historyProblem"};
+inline constexpr std::initializer_list<const char*> measurementParts = {
+    "snapshot", "known", "report", "sensors", "privileged", "historyProblem"};
 /// Also of one that has not measured yet.
 std::optional<HistoryProblem> historyProblemOf(const KeeperAnswer& state);
 /// Two cycles of the sampling loop a second apart: the second one has rates. Takes that second, off the main

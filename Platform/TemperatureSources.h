@@ -5,6 +5,8 @@
 //
 // One thread at a time. A reading that fails is absent, and is tried again at the next call.
 
+#include "Base/Date.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -64,9 +66,10 @@ struct SensorChip {
 class SensorChips {
 public:
   virtual ~SensorChips() = default;
-  /// Every chip in the system's order. Takes at most some milliseconds: chips that answer slowly are read on
-  /// the side and told with the values of their last reading. What sleeps is left asleep and has no values.
-  virtual std::vector<SensorChip> read() = 0;
+  /// Every chip in the system's order. Chips that answer slowly are read on the side and told with the values
+  /// of their last reading; for those of which nothing is known yet it waits, `patience` at most for all of
+  /// them. The others take at most some milliseconds. What sleeps is left asleep and has no values.
+  virtual std::vector<SensorChip> read(Seconds patience) = 0;
 };
 
 struct TemperatureSources {

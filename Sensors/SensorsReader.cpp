@@ -40,10 +40,10 @@ std::map<std::string, double> SensorsReader::controllerTemperatures() {
   return readings;
 }
 
-SensorsSnapshot SensorsReader::read() {
+SensorsSnapshot SensorsReader::read(Seconds patience) {
   const std::lock_guard lock(mutex_);
   open();
-  if (sources_.chips) return chipSnapshot(sources_.chips->read());
+  if (sources_.chips) return chipSnapshot(sources_.chips->read(patience));
   SensorsSnapshot snapshot;
   auto temperatures = events_ ? events_->read() : std::map<std::string, double>{};
   const bool areEvents = !temperatures.empty();

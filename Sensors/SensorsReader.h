@@ -19,7 +19,8 @@ public:
   /// The sources outlive it.
   explicit SensorsReader(TemperatureSources& sources) : sources_(sources) {}
 
-  SensorsSnapshot read();
+  /// `patience`: for sensors that answer slowly, when they are read for the first time.
+  SensorsSnapshot read(Seconds patience = Seconds(0.02));
 
 private:
   void open();

@@ -22,6 +22,7 @@ Command historyCommand();
 Command serversCommand();
 Command portCommand();
 Command linkCommand();
+Command sensorsCommand();
 Command runCommand();
 Command completionCommand();
 Command storageCommand();

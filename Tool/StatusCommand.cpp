@@ -32,7 +32,8 @@ void print(Context& context, const Measurement& status) {
   const int width = std::min(out.columns(), widestSummary);
   for (const auto& line : findingLines(out, status.report, status.known, width)) out.line(line);
   out.line();
-  for (const auto& line : summaryLines(out, status.snapshot, status.known, width)) out.line(line);
+  for (const auto& line : summaryLines(out, status.snapshot, status.known, width, status.sensors))
+    out.line(line);
   printTopApps(context, status.snapshot.apps, status.known, width);
   const auto remark = [&](Ink ink, const std::string& text) {
     out.line();

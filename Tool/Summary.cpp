@@ -103,12 +103,14 @@ void addCores(Lines& lines, const Terminal& terminal, const std::vector<double>&
   }
 }
 
-void addCPU(Lines& lines, const Terminal& terminal, const CPUStats& cpu, const KnownParts& known) {
+void addCPU(Lines& lines, const Terminal& terminal, const CPUStats& cpu, const KnownParts& known,
+            std::optional<double> celsius) {
   const bool isKnown = known.has(KnownPart::processor);
   std::vector<std::string> details;
   if (isKnown)
     details = {title(CPUScale::machine), localized("user {n}", {{"n", Format::percent(cpu.user)}}),
                localized("system {n}", {{"n", Format::percent(cpu.system)}})};
+  if (celsius) details.insert(details.begin() + (isKnown ? 1 : 0), Format::celsius(*celsius));
   details.push_back(localized(
       "load {n}", {{"n", known.has(KnownPart::load) ? fmt::format("{:.2f}", cpu.load1) : noFigure}}));
   if (cpu.performanceCores > 0 && cpu.efficiencyCores > 0)
@@ -153,8 +155,9 @@ void addTraffic(Lines& lines, const SystemSnapshot& snapshot, const KnownParts& 
     lines.add(title(Metric::network), noFigure);
 }
 
-void addGraphics(Lines& lines, const GPUStats& gpu, const KnownParts& known) {
+void addGraphics(Lines& lines, const GPUStats& gpu, const KnownParts& known, std::optional<double> celsius) {
   std::vector<std::string> details;
+  if (celsius) details.push_back(Format::celsius(*celsius));
   if (known.has(KnownPart::graphicsMemory)) details.push_back(Format::memory(double(gpu.memoryInUse)));
   const bool isKnown = known.has(KnownPart::graphics);
   if (!isKnown && details.empty()) return lines.add(title(Metric::gpu), noFigure);
@@ -207,12 +210,16 @@ Ink inkForPercent(double percent) {
 }
 
 std::vector<std::string> summaryLines(const Terminal& terminal, const SystemSnapshot& snapshot,
-                                      const KnownParts& known, int width) {
+                                      const KnownParts& known, int width,
+                                      const std::optional<SensorsSnapshot>& sensors) {
+  const auto celsius = [&sensors](std::optional<double> SensorsSnapshot::*which) {
+    return sensors ? (*sensors).*which : std::nullopt;
+  };
   Lines lines(terminal, width);
-  addCPU(lines, terminal, snapshot.cpu, known);
+  addCPU(lines, terminal, snapshot.cpu, known, celsius(&SensorsSnapshot::cpuCelsius));
   addMemory(lines, snapshot.memory, known.has(KnownPart::memory));
   addTraffic(lines, snapshot, known);
-  addGraphics(lines, snapshot.gpu, known);
+  addGraphics(lines, snapshot.gpu, known, celsius(&SensorsSnapshot::gpuCelsius));
   addPower(lines, snapshot.battery, known);
   addVolumes(lines, snapshot.disk.volumes, known.has(KnownPart::volumes));
   return lines.take();

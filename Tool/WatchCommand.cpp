@@ -79,7 +79,8 @@ private:
                                model_->live.get(),
                                model_->hasSample.get(),
                                isEstimate_,
-                               keeper_};
+                               keeper_,
+                               model_->sensors.get()};
     screen_.draw(view_.frame(context_.out, figures, screen_.columns(), screen_.rows()));
   }
 

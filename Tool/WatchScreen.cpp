@@ -184,7 +184,8 @@ Lines WatchScreen::body(const Terminal& terminal, const WatchFigures& figures, i
     lines.insert(lines.end(), std::size_t(gap), "");
     append(lines, std::move(part), most - gap);
   };
-  add(summaryLines(terminal, figures.snapshot, figures.known, columns), above - int(lines.size()));
+  add(summaryLines(terminal, figures.snapshot, figures.known, columns, figures.sensors),
+      above - int(lines.size()));
   if (withGraphs) {
     const int left = rows - int(lines.size()) - 2 * gap - usualListLines;
     add(liveGraphs(terminal, figures.live, figures.snapshot, figures.known, columns,

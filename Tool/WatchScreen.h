@@ -21,6 +21,7 @@ struct WatchFigures {
   bool energyIsEstimate = false;
   /// Of one that runs and tells no figures, so that these are this process's own.
   KeeperAnswer keeper{};
+  std::optional<SensorsSnapshot> sensors{};
 };
 
 /// Holds the list with its selection, the text searched for, and whether the help is open.

@@ -4,6 +4,7 @@
 #include "Platform/Linux/LinuxProcessTable.h"
 #include "Platform/Linux/MachineSources.h"
 #include "Platform/Linux/ProcessSources.h"
+#include "Platform/Linux/SensorSources.h"
 #include "Platform/Posix/SourceExamination.h"
 
 #include <atomic>
@@ -51,6 +52,8 @@ std::vector<SourceReport> LinuxDiagnostics::sources() {
   const ProcessSourceRoots roots{machine_.proc, &table, &sockets, ::geteuid(),
                                  [this] { return answers(helper_); }};
   for (auto& report : processSources(roots, &clock_)) reports.push_back(std::move(report));
+  const LinuxSensorRoots sensors{machine_.proc, machine_.sys, machine_.nvidiaLibrary};
+  for (auto& report : sensorSources(sensors, buses_.system, clock_)) reports.push_back(std::move(report));
   reports.push_back(services(localized("Your services"), buses_.session, &clock_));
   reports.push_back(services(localized("The system's services"), buses_.system, &clock_));
   return reports;

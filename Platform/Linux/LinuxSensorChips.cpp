@@ -17,13 +17,13 @@ bool isSameChip(const FoundChip& a, const FoundChip& b) {
 } // namespace
 
 LinuxSensorChips::LinuxSensorChips(const Clock& clock, QueueFactory makeQueue, LinuxSensorRoots roots,
-                                   std::unique_ptr<SensorFiles> files, Seconds wait)
+                                   std::unique_ptr<SensorFiles> files)
     : clock_(clock), makeQueue_(std::move(makeQueue)), roots_(std::move(roots)), files_(std::move(files)),
-      patience_(wait), reader_(*files_, roots_.nvidiaLibrary) {}
+      reader_(*files_, roots_.nvidiaLibrary) {}
 
 LinuxSensorChips::~LinuxSensorChips() { queue_.reset(); }
 
-std::vector<SensorChip> LinuxSensorChips::read() {
+std::vector<SensorChip> LinuxSensorChips::read(Seconds patience) {
   const Seconds now = clock_.monotonic();
   if (findSoon_.exchange(false) || !found_ || now - *found_ >= searchInterval) {
     find();
@@ -43,7 +43,7 @@ std::vector<SensorChip> LinuxSensorChips::read() {
   for (const auto& chip : fresh) readOn(*queue_, chip); // first: these are waited for
   for (const auto& chip : slow) readOn(*queue_, chip);
   for (const auto& chip : quick) readNow(*chip);
-  awaitUnknown();
+  awaitUnknown(patience);
 
   std::vector<SensorChip> values;
   bool allQuick = true;
@@ -102,9 +102,9 @@ void LinuxSensorChips::readNow(Chip& chip) {
   finished_.notify_all();
 }
 
-void LinuxSensorChips::awaitUnknown() {
+void LinuxSensorChips::awaitUnknown(Seconds patience) {
   std::unique_lock lock(mutex_);
-  finished_.wait_for(lock, patience_, [&] {
+  finished_.wait_for(lock, patience, [&] {
     return std::ranges::none_of(chips_, [](const std::shared_ptr<Chip>& chip) {
       return chip->isUnderWay && chip->speed == Speed::unknown;
     });

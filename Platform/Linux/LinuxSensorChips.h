@@ -3,8 +3,7 @@
 // vanished and every five minutes; in between no folder is listed.
 //
 // A chip of which nothing is known yet, or that took more than five milliseconds, is read on a queue of its
-// own, which exists only while there are such chips. A reading waits for new chips for a fiftieth of a second
-// together; chips that are known to be slow are told with the values of their last reading.
+// own, which exists only while there are such chips.
 
 #include "Base/Queue.h"
 #include "Platform/Linux/ChipReader.h"
@@ -30,15 +29,12 @@ class LinuxSensorChips final : public SensorChips {
 public:
   static constexpr Seconds searchInterval{300};
   static constexpr Seconds slowFrom{0.005};
-  /// How long a reading waits for chips of which nothing is known yet.
-  static constexpr Seconds patience{0.02};
 
   LinuxSensorChips(const Clock& clock, QueueFactory makeQueue, LinuxSensorRoots roots = {},
-                   std::unique_ptr<SensorFiles> files = std::make_unique<SensorFiles>(),
-                   Seconds wait = patience);
+                   std::unique_ptr<SensorFiles> files = std::make_unique<SensorFiles>());
   ~LinuxSensorChips() override;
 
-  std::vector<SensorChip> read() override;
+  std::vector<SensorChip> read(Seconds patience) override;
 
 private:
   enum class Speed { unknown, quick, slow };
@@ -54,13 +50,12 @@ private:
   void find();
   void readOn(Queue& queue, const std::shared_ptr<Chip>& chip);
   void readNow(Chip& chip);
-  void awaitUnknown();
+  void awaitUnknown(Seconds patience);
 
   const Clock& clock_;
   const QueueFactory makeQueue_;
   const LinuxSensorRoots roots_;
   const std::unique_ptr<SensorFiles> files_;
-  const Seconds patience_;
   ChipReader reader_;
   std::optional<Seconds> found_;
   std::atomic<bool> findSoon_ = false;

@@ -5,7 +5,9 @@
 #include "Platform/Formats/ListeningPorts.h"
 #include "Platform/Formats/ProcessTraffic.h"
 #include "Platform/Posix/SourceExamination.h"
+#include "Platform/macOS/MacPeripherals.h"
 #include "Platform/macOS/MacProcessTable.h"
+#include "Platform/macOS/MacTemperatures.h"
 #include "Platform/macOS/Sysctl.h"
 
 #include <IOKit/ps/IOPowerSources.h>
@@ -164,6 +166,42 @@ SourceReport program(const char* name, const char* path, const CommandRunner& ru
   return report;
 }
 
+SourceReport temperatureEvents(const Clock& clock) {
+  SourceReport report{.name = localized("Temperatures"), .source = "IOHIDEventSystemClient"};
+  const auto events = openMacTemperatureEvents();
+  const auto count = events ? events->products().size() : 0;
+  if (count == 0) {
+    report.state = State::missing;
+    report.reason = localized("The event system has no temperature sensor; the controller is asked instead.");
+    return report;
+  }
+  report.microseconds = readingMicroseconds(&clock, [&] {
+    for (std::size_t i = 0; i < count; ++i) events->celsius(i);
+  });
+  return report;
+}
+
+SourceReport controller(const Clock& clock) {
+  SourceReport report{.name = localized("Fans"), .source = "AppleSMC"};
+  const auto transport = openMacController();
+  if (!transport) {
+    report.state = State::missing;
+    report.reason = localized("This machine has no controller of that kind, or it does not open.");
+    return report;
+  }
+  report.microseconds = readingMicroseconds(&clock, [&] {
+    ControllerTransport::Record reply{};
+    transport->exchange({}, reply); // one call; a value takes two
+  });
+  return report;
+}
+
+SourceReport peripherals(const Clock& clock) {
+  SourceReport report{.name = localized("Peripheral batteries"), .source = "IOHIDDevice"};
+  report.microseconds = readingMicroseconds(&clock, [] { registryPeripherals(); });
+  return report;
+}
+
 SourceReport launchJobs(LaunchItems& items, const Clock& clock) {
   SourceReport report{.name = localized("Launch jobs"), .source = "/bin/launchctl"};
   const auto begin = clock.monotonic();
@@ -192,6 +230,11 @@ std::vector<SourceReport> MacDiagnostics::sources() {
   reports.push_back(program("Listening ports", "/usr/sbin/lsof", sources_.run, clock_,
                             [](const CommandRunner& run) { readListeningPorts(run); }));
   reports.push_back(launchJobs(sources_.launchItems, clock_));
+  reports.push_back(temperatureEvents(clock_));
+  reports.push_back(controller(clock_));
+  reports.push_back(peripherals(clock_));
+  reports.push_back(program("Peripheral batteries", "/usr/sbin/system_profiler", sources_.run, clock_,
+                            [](const CommandRunner& run) { profiledPeripherals(run); }));
   return reports;
 }
 

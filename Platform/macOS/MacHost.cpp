@@ -1,4 +1,5 @@
 #include "Base/Shell.h"
+#include "Base/SystemQueue.h"
 #include "Platform/Host.h"
 #include "Platform/Posix/PosixLogFiles.h"
 #include "Platform/macOS/MacApplications.h"
@@ -9,7 +10,9 @@
 #include "Platform/macOS/MacMachineCounters.h"
 #include "Platform/macOS/MacMachineState.h"
 #include "Platform/macOS/MacNotifications.h"
+#include "Platform/macOS/MacPeripherals.h"
 #include "Platform/macOS/MacProcessTable.h"
+#include "Platform/macOS/MacTemperatures.h"
 #include "Platform/macOS/MacTrash.h"
 #include "Platform/macOS/MacUsageHelper.h"
 #include "Platform/macOS/SystemUserDefaults.h"
@@ -47,6 +50,9 @@ Host makeHost(const Environment& environment) {
   host.trash = std::make_unique<MacTrash>(host.folders.home);
   host.machine = std::make_unique<MacMachineCounters>();
   host.state = std::make_unique<MacMachineState>();
+  host.temperatures.openController = openMacController;
+  host.temperatures.openEvents = openMacTemperatureEvents;
+  host.peripherals = std::make_unique<MacPeripherals>(Shell::run, utilityQueueFactory());
   host.processes = std::make_unique<MacProcessTable>(Shell::run);
   host.processControl = std::make_unique<MacProcessControl>();
   host.applications = std::make_unique<MacRunningApplications>();

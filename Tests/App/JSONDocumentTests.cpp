@@ -10,6 +10,7 @@
 #include "Core/Storage/StorageLog.h"
 #include "Core/Storage/StorageModels.h"
 #include "Platform/Diagnostics.h"
+#include "Sensors/SensorsSnapshot.h"
 #include "Tests/FixturesFolder.h"
 
 #include <gmock/gmock.h>
@@ -123,6 +124,9 @@ TEST_F(JSONDocumentTests, commandsNameEveryFieldOfTheirRecordsAndNoOther) {
                       {"history --top METRIC", "apps[].", names<AppTotal>()},
                       {"servers, servers list", "projects[].", names<DevProject>()},
                       {"servers, servers list", "projects[].servers[].", names<DevServer>()},
+                      {"sensors", "temperatures[].", names<TemperatureReading>()},
+                      {"sensors", "fans[].", names<FanReading>()},
+                      {"sensors", "peripherals[].", names<PeripheralBattery>()},
                       {"storage", "categories[].items[].", names<StorageItem>()},
                       {"storage log", "entries[].", names<FreedEntry>()}};
   for (const auto& [heading, prefix, fields] : rows)

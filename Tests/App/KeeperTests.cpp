@@ -27,7 +27,7 @@ struct KeeperTests : AppFixture {
 
 TEST_F(KeeperTests, tellsTheWholeStateOrPartsAndNothingElse) {
   time.run();
-  EXPECT_EQ(ask(R"({"ask":"state","parts":["report","sensors","aiUsage"]})"),
+  EXPECT_EQ(ask(R"({"ask":"state","parts":["report","historyProblem","aiUsage"]})"),
             R"({"ok":true,"hasSample":false})");
   machine.memoryCounters = {10, MemoryUse{}};
   time.advance(Seconds{20});
@@ -35,6 +35,7 @@ TEST_F(KeeperTests, tellsTheWholeStateOrPartsAndNothingElse) {
   SystemSnapshot told;
   EXPECT_TRUE(fromValue(*state.find("snapshot"), told));
   EXPECT_EQ(told.date, model->snapshot->date);
+  EXPECT_TRUE(state.find("sensors")->find("temperatures")->asArray()->empty());
   KnownParts known;
   EXPECT_TRUE(fromValue(*state.find("known"), known));
   EXPECT_EQ(known, *model->known);

@@ -9,7 +9,7 @@ namespace korvell {
 class FakeSensorChips final : public SensorChips {
 public:
   std::vector<SensorChip> chips;
-  std::vector<SensorChip> read() override { return chips; }
+  std::vector<SensorChip> read(Seconds) override { return chips; }
 };
 
 class FakePeripherals final : public PeripheralSource {

@@ -55,13 +55,13 @@ struct SensorChipsTests : testing::Test {
   LinuxSensorChips chips(const std::string& root) {
     return LinuxSensorChips(time.clock(), time.factory(),
                             {root + "/proc", root + "/sys", KORVELL_FAKE_NVIDIA},
-                            std::make_unique<TroubledFiles>(files, time.clock()), Seconds(0));
+                            std::make_unique<TroubledFiles>(files, time.clock()));
   }
   /// All chips that are new, or slow, have answered.
   SensorsSnapshot settled(SensorChips& chips) {
-    chips.read();
+    chips.read(Seconds(0));
     time.run();
-    return chipSnapshot(chips.read());
+    return chipSnapshot(chips.read(Seconds(0)));
   }
   SensorsSnapshot machine(const std::string& name) {
     auto chips = this->chips(fixturePath("Linux/" + name));
@@ -71,7 +71,7 @@ struct SensorChipsTests : testing::Test {
     tree.write("sys/class/hwmon/" + name + "/name", driver + "\n");
     tree.write("sys/class/hwmon/" + name + "/temp1_input", millidegrees + "\n");
   }
-  SensorsSnapshot read() { return chipSnapshot(own.read()); }
+  SensorsSnapshot read() { return chipSnapshot(own.read(Seconds(0))); }
   bool wasRead(const std::string& end) const {
     return std::ranges::any_of(files.read, [&](const std::string& path) { return path.ends_with(end); });
   }

@@ -1,6 +1,7 @@
 #include "Platform/Linux/LinuxDiagnostics.h"
 #include "Platform/Linux/MachineSources.h"
 #include "Platform/Linux/ProcessSources.h"
+#include "Platform/Linux/SensorSources.h"
 #include "Tests/Fakes/FakeClock.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 #include "Tests/FixturesFolder.h"
@@ -61,6 +62,22 @@ TEST_F(SourcesTests, whatAMachineHasIsToldApartFromWhatItHides) {
     EXPECT_EQ(report.reason.empty(), row.state == State::readable);
     EXPECT_EQ(!report.remedy.empty(), row.hasRemedy);
   }
+}
+
+TEST_F(SourcesTests, everyChipHasARow) {
+  const auto sensorsOf = [&](const std::string& machine) {
+    const auto root = fixturePath("Linux/" + machine);
+    return sensorSources({root + "/proc", root + "/sys", root + "/none.so"}, "", clock);
+  };
+  const auto desktop = sensorsOf("desktop");
+  EXPECT_TRUE(find(desktop, "Sensors", "k10temp").microseconds);
+  EXPECT_EQ(find(desktop, "Sensors", "drivetemp").state, State::refused) << "with platters";
+  EXPECT_EQ(find(desktop, "Sensors", "hwmon6").state, State::readable) << "without";
+  EXPECT_EQ(find(desktop, "Peripheral batteries", "UPower").reason, "There is no message bus.");
+  const auto card = find(sensorsOf("nvidia-workstation"), "Sensors", "nvidia 0000:01:00.0");
+  EXPECT_EQ(card.state, State::refused);
+  EXPECT_NE(card.reason, "");
+  EXPECT_NE(find(sensorsOf("virtual-machine"), "Sensors", "/class/hwmon").remedy, "");
 }
 
 TEST_F(SourcesTests, aCounterThatIsClosedNamesItsRemedy) {
