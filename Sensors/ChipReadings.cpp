@@ -34,7 +34,7 @@ struct Named {
 };
 
 /// Gives names to those without a label, and the chip's before labels that stand twice.
-void giveNames(std::vector<Named>& all, const std::vector<std::string>& chips, auto&& withoutLabel) {
+void giveNames(std::vector<Named>& all, const std::vector<std::string>& chips) {
   std::vector<std::string> labels;
   std::map<std::size_t, int> unlabelled;
   for (const auto& each : all) {
@@ -45,14 +45,10 @@ void giveNames(std::vector<Named>& all, const std::vector<std::string>& chips, a
   for (auto& each : all) {
     const auto& chip = chips[each.chip];
     if (each.name.empty())
-      each.name = withoutLabel(chip, each.number, unlabelled[each.chip] == 1);
+      each.name = unlabelled[each.chip] == 1 ? chip : chip + " " + std::to_string(each.number);
     else if (counts.at(each.name) > 1)
       each.name = chip + " " + each.name;
   }
-}
-
-std::string unlabelledTemperature(const std::string& chip, int number, bool isOnly) {
-  return isOnly ? chip : chip + " " + std::to_string(number);
 }
 
 } // namespace
@@ -69,61 +65,95 @@ std::vector<std::string> chipNames(const std::vector<SensorChip>& chips) {
   return names;
 }
 
-std::vector<TemperatureReading> chipTemperatures(const std::vector<SensorChip>& chips) {
+ChipLayout::ChipLayout(const std::vector<SensorChip>& chips) : chips_(chips) {
   const auto names = chipNames(chips);
-  std::vector<Named> all;
-  std::vector<TemperatureReading> readings;
-  for (std::size_t i = 0; i < chips.size(); ++i)
-    for (const auto& sensor : chips[i].temperatures) {
-      // Whether a label repeats does not depend on which of them has a value just now.
-      all.push_back({i, sensorText(sensor.label), sensor.number});
-    }
-  giveNames(all, names, unlabelledTemperature);
-  auto named = all.begin();
-  for (const auto& chip : chips)
-    for (const auto& sensor : chip.temperatures) {
-      const auto& [place, name, number] = *named++;
-      if (!sensor.celsius || !isTemperature(*sensor.celsius)) continue;
-      const auto kind = sensorKind({chip.driver, sensor.label}, linuxFigures);
-      readings.push_back({name, *sensor.celsius, kind, names[place]});
-    }
-  return readings;
+  addTemperatures(names);
+  addFans(names);
 }
 
-std::vector<FanReading> chipFans(const std::vector<SensorChip>& chips) {
-  const auto names = chipNames(chips);
+void ChipLayout::addTemperatures(const std::vector<std::string>& names) {
   std::vector<Named> all;
-  for (std::size_t i = 0; i < chips.size(); ++i)
-    for (const auto& fan : chips[i].fans) {
+  for (std::size_t i = 0; i < chips_.size(); ++i)
+    for (const auto& sensor : chips_[i].temperatures)
+      all.push_back({i, sensorText(sensor.label), sensor.number});
+  giveNames(all, names);
+  auto named = all.begin();
+  for (std::size_t i = 0; i < chips_.size(); ++i)
+    for (std::size_t j = 0; j < chips_[i].temperatures.size(); ++j) {
+      const SensorPlace place{chips_[i].driver, chips_[i].temperatures[j].label};
+      temperatures_.push_back({i,
+                               j,
+                               {(named++)->name, 0, sensorKind(place, linuxFigures), names[i]},
+                               figureRank(SensorKind::cpu, place, linuxFigures),
+                               figureRank(SensorKind::gpu, place, linuxFigures),
+                               figureRank(SensorKind::soc, place, linuxFigures)});
+    }
+  std::ranges::stable_sort(temperatures_, standsBefore, &Temperature::reading);
+}
+
+void ChipLayout::addFans(const std::vector<std::string>& names) {
+  std::vector<Named> all;
+  for (std::size_t i = 0; i < chips_.size(); ++i)
+    for (const auto& fan : chips_[i].fans) {
       auto label = sensorText(fan.label);
       all.push_back({i, label.empty() ? numberedFan(fan.number) : std::move(label), fan.number});
     }
-  giveNames(all, names, unlabelledTemperature);
-  std::vector<FanReading> readings;
+  giveNames(all, names);
   auto named = all.begin();
-  for (const auto& chip : chips)
-    for (const auto& fan : chip.fans) {
-      const auto& [place, name, number] = *named++;
-      if (!fan.rpm || !isFanSpeed(*fan.rpm)) continue;
-      readings.push_back({names[place] + " fan" + std::to_string(number), name, *fan.rpm,
-                          fanLimit(fan.minRPM), fanLimit(fan.maxRPM)});
+  for (std::size_t i = 0; i < chips_.size(); ++i)
+    for (std::size_t j = 0; j < chips_[i].fans.size(); ++j) {
+      const auto& fan = chips_[i].fans[j];
+      fans_.push_back({i,
+                       j,
+                       {names[i] + " fan" + std::to_string(fan.number), (named++)->name, 0,
+                        fanLimit(fan.minRPM), fanLimit(fan.maxRPM)}});
     }
-  return readings;
+}
+
+bool ChipLayout::fits(const std::vector<SensorChip>& chips) const {
+  const auto isSameSensor = [](const ChipTemperature& a, const ChipTemperature& b) {
+    return a.number == b.number && a.label == b.label;
+  };
+  const auto isSameFan = [](const ChipFan& a, const ChipFan& b) {
+    return a.number == b.number && a.label == b.label && a.minRPM == b.minRPM && a.maxRPM == b.maxRPM;
+  };
+  return std::ranges::equal(chips, chips_, [&](const SensorChip& a, const SensorChip& b) {
+    return a.driver == b.driver && a.device == b.device &&
+           std::ranges::equal(a.temperatures, b.temperatures, isSameSensor) &&
+           std::ranges::equal(a.fans, b.fans, isSameFan);
+  });
+}
+
+SensorsSnapshot ChipLayout::snapshot(const std::vector<SensorChip>& chips) const {
+  SensorsSnapshot snapshot;
+  BestRanked cpu, gpu, soc;
+  const auto count = [](BestRanked& best, const std::optional<int>& rank, double celsius) {
+    if (rank) best.add(*rank, celsius);
+  };
+  snapshot.temperatures.reserve(temperatures_.size());
+  for (const auto& each : temperatures_) {
+    const auto& celsius = chips[each.chip].temperatures[each.sensor].celsius;
+    if (!celsius || !isTemperature(*celsius)) continue;
+    snapshot.temperatures.push_back(each.reading);
+    snapshot.temperatures.back().celsius = *celsius;
+    count(cpu, each.cpuRank, *celsius);
+    count(gpu, each.gpuRank, *celsius);
+    count(soc, each.socRank, *celsius);
+  }
+  for (const auto& each : fans_) {
+    const auto& rpm = chips[each.chip].fans[each.fan].rpm;
+    if (!rpm || !isFanSpeed(*rpm)) continue;
+    snapshot.fans.push_back(each.reading);
+    snapshot.fans.back().rpm = *rpm;
+  }
+  snapshot.cpuCelsius = cpu.mean();
+  snapshot.gpuCelsius = gpu.mean();
+  snapshot.socCelsius = soc.mean();
+  return snapshot;
 }
 
 SensorsSnapshot chipSnapshot(const std::vector<SensorChip>& chips) {
-  std::vector<SensorPlace> places;
-  for (const auto& chip : chips)
-    for (const auto& sensor : chip.temperatures)
-      if (sensor.celsius && isTemperature(*sensor.celsius))
-        places.push_back({chip.driver, sensor.label, *sensor.celsius});
-  SensorsSnapshot snapshot{.cpuCelsius = figure(SensorKind::cpu, places, linuxFigures),
-                           .gpuCelsius = figure(SensorKind::gpu, places, linuxFigures),
-                           .socCelsius = figure(SensorKind::soc, places, linuxFigures),
-                           .fans = chipFans(chips),
-                           .temperatures = chipTemperatures(chips)};
-  sortNaturally(snapshot.temperatures);
-  return snapshot;
+  return ChipLayout(chips).snapshot(chips);
 }
 
 } // namespace korvell

@@ -3,7 +3,6 @@
 #include "Sensors/NaturalOrder.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace korvell {
 
@@ -108,32 +107,39 @@ SensorKind sensorKind(const SensorPlace& place, std::span<const FigureRow> table
   return other;
 }
 
+std::optional<int> figureRank(SensorKind kind, const SensorPlace& place, std::span<const FigureRow> table) {
+  for (const auto& row : table)
+    if (row.kind == kind && names(row, place)) return row.rank;
+  return std::nullopt;
+}
+
 std::optional<double> figure(SensorKind kind, std::span<const SensorPlace> places,
                              std::span<const FigureRow> table) {
-  int best = -1;
-  std::vector<double> values;
-  for (const auto& place : places) {
-    const auto row = std::ranges::find_if(
-        table, [&](const FigureRow& each) { return each.kind == kind && names(each, place); });
-    if (row == table.end() || (best >= 0 && row->rank > best)) continue;
-    if (row->rank != best) values.clear();
-    best = row->rank;
-    values.push_back(place.celsius);
+  BestRanked best;
+  for (const auto& place : places)
+    if (const auto rank = figureRank(kind, place, table)) best.add(*rank, place.celsius);
+  return best.mean();
+}
+
+void BestRanked::add(int rank, double celsius) {
+  if (count_ > 0 && rank > rank_) return;
+  if (count_ == 0 || rank < rank_) {
+    sum_ = 0;
+    count_ = 0;
   }
-  return average(values);
+  rank_ = rank;
+  sum_ += celsius;
+  ++count_;
 }
 
-std::optional<double> average(std::span<const double> values) {
-  if (values.empty()) return std::nullopt;
-  return std::accumulate(values.begin(), values.end(), 0.0) / double(values.size());
+std::optional<double> BestRanked::mean() const {
+  return count_ > 0 ? std::optional(sum_ / count_) : std::nullopt;
 }
 
-void sortNaturally(std::vector<TemperatureReading>& readings) {
-  std::ranges::stable_sort(readings, [](const TemperatureReading& a, const TemperatureReading& b) {
-    if (a.kind != b.kind) return a.kind < b.kind;
-    if (a.name != b.name) return comesNaturallyBefore(a.name, b.name);
-    return comesNaturallyBefore(a.chip.value_or(""), b.chip.value_or(""));
-  });
+bool standsBefore(const TemperatureReading& a, const TemperatureReading& b) {
+  if (a.kind != b.kind) return a.kind < b.kind;
+  if (a.name != b.name) return comesNaturallyBefore(a.name, b.name);
+  return comesNaturallyBefore(a.chip.value_or(""), b.chip.value_or(""));
 }
 
 } // namespace korvell

@@ -41,13 +41,24 @@ struct SensorPlace {
 
 /// The kind of the first row that names it; other when none does.
 SensorKind sensorKind(const SensorPlace& place, std::span<const FigureRow> table);
+/// Of the first row of a kind that names it; nothing when none does.
+std::optional<int> figureRank(SensorKind kind, const SensorPlace& place, std::span<const FigureRow> table);
 /// The mean of those that the best rank of a kind names; nothing when none is named.
 std::optional<double> figure(SensorKind kind, std::span<const SensorPlace> places,
                              std::span<const FigureRow> table);
-/// The mean; nothing of nothing.
-std::optional<double> average(std::span<const double> values);
 
-/// By kind, then by chip and name as people count.
-void sortNaturally(std::vector<TemperatureReading>& readings);
+/// The mean of the readings of the lowest rank so far.
+class BestRanked {
+public:
+  void add(int rank, double celsius);
+  std::optional<double> mean() const;
+
+private:
+  int rank_ = 0, count_ = 0;
+  double sum_ = 0;
+};
+
+/// By kind, then by name as people count, then by chip.
+bool standsBefore(const TemperatureReading& a, const TemperatureReading& b);
 
 } // namespace korvell

@@ -1,9 +1,10 @@
 #include "Sensors/SensorsReader.h"
 
-#include "Sensors/ChipReadings.h"
 #include "Sensors/ControllerFans.h"
 #include "Sensors/SensorFigures.h"
 #include "Sensors/SensorNames.h"
+
+#include <algorithm>
 
 namespace korvell {
 
@@ -19,7 +20,7 @@ void add(SensorsSnapshot& snapshot, const std::map<std::string, double>& tempera
   snapshot.cpuCelsius = figure(SensorKind::cpu, places, table);
   snapshot.gpuCelsius = figure(SensorKind::gpu, places, table);
   snapshot.socCelsius = figure(SensorKind::soc, places, table);
-  sortNaturally(snapshot.temperatures);
+  std::ranges::sort(snapshot.temperatures, standsBefore);
 }
 
 } // namespace
@@ -43,7 +44,11 @@ std::map<std::string, double> SensorsReader::controllerTemperatures() {
 SensorsSnapshot SensorsReader::read(Seconds patience) {
   const std::lock_guard lock(mutex_);
   open();
-  if (sources_.chips) return chipSnapshot(sources_.chips->read(patience));
+  if (sources_.chips) {
+    const auto chips = sources_.chips->read(patience);
+    if (!layout_ || !layout_->fits(chips)) layout_.emplace(chips);
+    return layout_->snapshot(chips);
+  }
   SensorsSnapshot snapshot;
   auto temperatures = events_ ? events_->read() : std::map<std::string, double>{};
   const bool areEvents = !temperatures.empty();

@@ -4,6 +4,7 @@
 // have none. An empty snapshot means that nothing can be read here.
 
 #include "Platform/TemperatureSources.h"
+#include "Sensors/ChipReadings.h"
 #include "Sensors/HIDTemperatures.h"
 #include "Sensors/SMC.h"
 #include "Sensors/SensorsSnapshot.h"
@@ -31,6 +32,7 @@ private:
   bool isOpen_ = false;
   std::optional<SMC> smc_;
   std::optional<HIDTemperatures> events_;
+  std::optional<ChipLayout> layout_; ///< of the last reading's chips
 };
 
 } // namespace korvell

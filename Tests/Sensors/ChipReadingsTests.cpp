@@ -32,10 +32,11 @@ TEST(ChipReadings, fansOfSeveralChipsAreToldApart) {
       {"nct6775", "nct6775.656", {}, {{1, "", 812.0, 300.0}, {2, "", 0.0}, {3, "", 65535.0}}},
       {"amdgpu", "0000:03:00.0", {}, {{1, "", 1200.0, 0.0, 3300.0}}},
       {"dell_smm", "", {}, {{1, "Processor Fan", 2500.0}, {2, "Processor Fan", std::nullopt}}}};
-  EXPECT_THAT(chipFans(chips), ElementsAre(FanReading{"nct6775 fan1", "nct6775 Fan 1", 812, 300},
-                                           FanReading{"nct6775 fan2", "Fan 2"},
-                                           FanReading{"amdgpu fan1", "amdgpu Fan 1", 1200, 0, 3300},
-                                           FanReading{"dell_smm fan1", "dell_smm Processor Fan", 2500}));
+  EXPECT_THAT(chipSnapshot(chips).fans,
+              ElementsAre(FanReading{"nct6775 fan1", "nct6775 Fan 1", 812, 300},
+                          FanReading{"nct6775 fan2", "Fan 2"},
+                          FanReading{"amdgpu fan1", "amdgpu Fan 1", 1200, 0, 3300},
+                          FanReading{"dell_smm fan1", "dell_smm Processor Fan", 2500}));
 }
 
 struct PreferenceRow {

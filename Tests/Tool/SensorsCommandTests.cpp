@@ -26,7 +26,7 @@ TEST_F(SensorsCommandTests, temperaturesByChipFansAndPeripherals) {
   peripherals->devices = {{"Desk\x1b[2J Mouse", 9, PeripheralType::mouse}};
   EXPECT_EQ(run({"sensors"}), exitOK);
   EXPECT_THAT(out, HasSubstr("CPU 57°C"));
-  EXPECT_THAT(out, testing::ContainsRegex("coretemp +Core 2 +░+ +8°C\n +Core 10 +█+ +150°C"));
+  EXPECT_THAT(out, testing::ContainsRegex("coretemp +Core 2 .* 8°C\n +Core 10 .* 150°C"));
   EXPECT_THAT(out, HasSubstr("300 to 3,300 rpm"));
   EXPECT_THAT(out, HasSubstr("12,345 rpm"));
   EXPECT_THAT(out, testing::ContainsRegex("Desk\\\\x1b\\[2J Mouse +Mouse .* 9%"));
