@@ -106,11 +106,13 @@ public:
   const Value& arguments() const override { return arguments_; }
   const Cancellation& cancellation() const override { return cancellation_; }
   std::string key() const { return dumpJSON(id_); }
+  bool isAsking() const { return isAsking_; }
 
   void ask(const Question& question, const std::string& about,
            std::function<void(Consent)> answered) override {
     auto* server = watch_.get();
     if (!server || isOver_) return;
+    isAsking_ = true;
     if (!speaker_.canElicit) return askElsewhere(*server, question, std::move(answered));
     if (!speaker_.isStateless) return server->askClient(shared_from_this(), question, std::move(answered));
     const auto* response = responses_.find(consentKey);
@@ -118,7 +120,12 @@ public:
     if (!isOurs(*server, about))
       return fail(
           {rpcInvalidParams, "The request state is not one that was given for this call, or too old."});
-    answered(consentOf(response));
+    hear(consentOf(response), answered);
+  }
+
+  void hear(Consent consent, const std::function<void(Consent)>& answered) {
+    isAsking_ = false;
+    answered(consent);
   }
 
   void finish(ToolAnswer answer) {
@@ -152,9 +159,9 @@ private:
   void askElsewhere(MCPServer& server, const Question& question, std::function<void(Consent)> answered) {
     const auto& ask = server.services_.askDesktop;
     const auto heard = [self = shared_from_this(), answered](Consent consent) {
-      if (!self->isOver_) answered(consent);
+      if (!self->isOver_) self->hear(consent, answered);
     };
-    if (!ask || !ask(question, heard)) answered(Consent::impossible);
+    if (!ask || !ask(question, heard)) hear(Consent::impossible, answered);
   }
 
   std::string stateOf(const MCPServer& server, const std::string& until, const std::string& label,
@@ -192,6 +199,7 @@ private:
   Value arguments_, responses_, state_;
   Cancellation cancellation_;
   bool isOver_ = false;
+  bool isAsking_ = false; ///< a person thinks
 };
 
 MCPServer::MCPServer(Services services, std::vector<Tool> tools)
@@ -218,6 +226,14 @@ void MCPServer::receive(std::string_view line) {
 
 void MCPServer::refuseLongLine() {
   services_.send(dumpJSON(rpcFailure({}, {rpcInvalidRequest, "The message is longer than 256 KiB."})));
+}
+
+void MCPServer::finish(Task idle) {
+  idle_ = std::move(idle);
+  const auto calls = calls_;
+  for (const auto& [id, call] : calls)
+    if (call->isAsking()) call->cancel();
+  if (calls_.empty() && idle_) services_.main.async(std::exchange(idle_, {}));
 }
 
 void MCPServer::receiveBatch(const Value::Array& batch) {
@@ -390,6 +406,7 @@ void MCPServer::end(const std::string& id) {
       ++it;
     }
   }
+  if (calls_.empty() && idle_) services_.main.async(std::exchange(idle_, {}));
 }
 
 // Asking the person
@@ -415,7 +432,7 @@ void MCPServer::settle(const std::string& id, Consent consent) {
   if (found == asked_.end()) return;
   const auto asked = std::move(found->second);
   asked_.erase(found);
-  if (asked.call.lock()) asked.answered(consent);
+  if (const auto call = asked.call.lock()) call->hear(consent, asked.answered);
 }
 
 } // namespace korvell

@@ -46,6 +46,8 @@ public:
   void receive(std::string_view line);
   /// In place of a line that was longer than longestMessage.
   void refuseLongLine();
+  /// Nobody sends any more: calls that wait for a person are dropped. `idle` is called when none is left.
+  void finish(Task idle);
 
 private:
   class Call;
@@ -79,6 +81,7 @@ private:
   std::map<std::string, std::shared_ptr<Call>> calls_; ///< by the id as JSON
   std::map<std::string, Asked> asked_;                 ///< by our id as JSON
   std::int64_t questions_ = 0;
+  Task idle_; ///< null while there is somebody
   Lifeline<MCPServer> life_{*this};
 };
 

@@ -2,6 +2,8 @@
 
 #include "Base/Text.h"
 
+#include <cmath>
+
 namespace korvell {
 
 namespace {
@@ -22,6 +24,12 @@ bool isInvisible(char32_t c) {
 }
 
 bool isControl(char32_t c) { return c < 0x20 || (0x7F <= c && c <= 0x9F) || c == 0x2028 || c == 0x2029; }
+
+/// Digits that no figure here is good for are dropped: whoever pays for each of them reads it.
+double rounded(double number) {
+  const double steps = std::abs(number) < 1 ? 10'000 : 100;
+  return std::abs(number) < 1e12 ? std::round(number * steps) / steps : number;
+}
 
 struct Character {
   char32_t code;
@@ -74,6 +82,8 @@ Value cleanedValue(Value value) {
     for (const auto& [name, member] : *members) cleaned.emplace_back(name, cleanedValue(member));
     return cleaned;
   }
+  if (const auto number = value.asDouble(); number && !value.asInt() && !value.asUnsigned())
+    return rounded(*number);
   return value;
 }
 

@@ -15,7 +15,8 @@ inline constexpr std::size_t longestStrangerText = 400;
 /// On one line, without characters that nobody sees: controls, marks of direction, zero-width and tag
 /// characters, separators of lines; bytes that are no UTF-8 become U+FFFD. What is cut ends in "…".
 std::string cleanedText(std::string_view text, std::size_t most = longestStrangerText);
-/// The same of every text in a value; the names of members are ours.
+/// The same of every text in a value; the names of members are ours. Numbers are rounded to hundredths, small
+/// ones to ten thousandths.
 Value cleanedValue(Value value);
 
 } // namespace korvell

@@ -19,6 +19,7 @@ Command reportCommand();
 Command startupCommand();
 Command doctorCommand();
 Command historyCommand();
+Command mcpCommand();
 Command serversCommand();
 Command portCommand();
 Command linkCommand();

@@ -1,7 +1,6 @@
 #include "Tool/HeadlessLoop.h"
 
 #include <algorithm>
-#include <poll.h>
 
 namespace korvell {
 
@@ -30,10 +29,15 @@ void HeadlessLoop::run() {
 
 bool HeadlessLoop::wait() {
   const auto deadline = main_.nextDeadline();
-  pollfd polled{wake_.descriptor(), POLLIN, 0};
-  poll(&polled, 1, deadline ? millisecondsUntil(deadline->due, main_.clock().monotonic()) : -1);
+  auto polled = guest_ ? guest_->polled() : std::vector<pollfd>();
+  polled.push_back({wake_.descriptor(), POLLIN, 0});
+  const int count = poll(polled.data(), nfds_t(polled.size()),
+                         deadline ? millisecondsUntil(deadline->due, main_.clock().monotonic()) : -1);
   wake_.drain();
-  return !signals_->taken();
+  if (signals_->taken()) return false;
+  polled.pop_back();
+  if (guest_ && count > 0) guest_->ready(polled);
+  return true;
 }
 
 } // namespace korvell

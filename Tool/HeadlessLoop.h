@@ -7,8 +7,20 @@
 #include "Base/HostedQueue.h"
 
 #include <optional>
+#include <poll.h>
+#include <vector>
 
 namespace korvell {
+
+/// Somebody whom descriptors wake, beside the queue.
+class LoopGuest {
+public:
+  virtual ~LoopGuest() = default;
+  /// What to wait for, asked before each wait.
+  virtual std::vector<pollfd> polled() = 0;
+  /// The same with what came.
+  virtual void ready(const std::vector<pollfd>& polled) = 0;
+};
 
 class HeadlessLoop {
 public:
@@ -18,6 +30,8 @@ public:
 
   Queue& main() { return main_; }
   void run();
+  /// The guest stays until the loop ends.
+  void invite(LoopGuest& guest) { guest_ = &guest; }
   void quit() { quit_ = true; } ///< from a task of the main queue
   /// Meanwhile signals do what they did before this loop was made: they end the process.
   void withoutSignals(const Task& work);
@@ -26,6 +40,7 @@ private:
   bool wait(); ///< false when a signal asked to end
   WakePipe wake_;
   HostedQueue main_;
+  LoopGuest* guest_ = nullptr;
   bool quit_ = false;
   std::optional<EndSignals> signals_; ///< last: while the pipe is there that they write to
 };

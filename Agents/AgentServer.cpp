@@ -1,0 +1,80 @@
+#include "Agents/AgentServer.h"
+
+#include "Agents/ActingTools.h"
+#include "Base/FreeMemory.h"
+#include "Base/Localization.h"
+
+namespace korvell {
+
+namespace {
+
+/// What is under way when the client goes may still be answered to whoever reads on.
+constexpr Seconds lastPatience{5};
+
+} // namespace
+
+AgentServer::AgentServer(Services services)
+    : services_(std::move(services)), handles_(services_.clock),
+      readings_({services_.host, services_.clock, handles_, services_.makeQueue, services_.measure,
+                 services_.patience}),
+      slowReadings_(readings_.services()),
+      actions_(std::make_unique<AgentActions>(AgentActions::Services{services_.host, services_.clock,
+                                                                     services_.main, services_.makeQueue,
+                                                                     services_.patience},
+                                              [this]() -> Queue& { return queue(false); })),
+      server_(std::make_unique<MCPServer>(
+          MCPServer::Services{services_.main, handles_.seal(), services_.version, services_.send}, tools())) {
+}
+
+AgentServer::~AgentServer() {
+  life_.cut();
+  server_.reset(); // cancels what the queues are at
+  actions_.reset();
+}
+
+std::vector<Tool> AgentServer::tools() {
+  std::vector<Tool> tools;
+  for (auto& tool : readingTools()) tools.push_back(readingTool(std::move(tool)));
+  for (auto& tool : actingTools(handles_, *actions_)) tools.push_back(std::move(tool));
+  return tools;
+}
+
+Queue& AgentServer::queue(bool isSlow) {
+  auto& queue = isSlow ? slow_ : tools_;
+  if (!queue) queue = services_.makeQueue(isSlow ? "Korvell.scans" : "Korvell.tools");
+  return *queue;
+}
+
+Tool AgentServer::readingTool(ReadingTool tool) {
+  auto run = [this, read = tool.read, isSlow = tool.isSlow](const std::shared_ptr<ToolCall>& call,
+                                                            Tool::Done done) {
+    auto& readings = isSlow ? slowReadings_ : readings_;
+    queue(isSlow).async([&main = services_.main, &readings, read, call, done = std::move(done),
+                         arguments = call->arguments(), cancellation = call->cancellation()] {
+      auto answer = ToolAnswer::failed(localized("The call was cancelled."));
+      if (!cancellation.isCancelled()) {
+        const auto told = read(readings, arguments, cancellation);
+        answer = told ? ToolAnswer{.content = *told} : ToolAnswer::failed(told.reason());
+      }
+      main.async([call, done, answer = std::move(answer)] { done(answer); });
+      giveFreeMemoryBack();
+    });
+  };
+  return {.name = std::move(tool.name),
+          .title = std::move(tool.title),
+          .description = std::move(tool.description),
+          .input = std::move(tool.input),
+          .output = std::move(tool.output),
+          .run = std::move(run)};
+}
+
+void AgentServer::finish(Task idle) {
+  const auto once = [watch = life_.watch(), idle = std::move(idle)] {
+    if (watch.get()) idle();
+  };
+  timer_ = services_.main.timer(once);
+  timer_->schedule(lastPatience, Seconds{0}, Seconds{1});
+  server_->finish(once);
+}
+
+} // namespace korvell

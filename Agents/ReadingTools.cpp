@@ -1,0 +1,56 @@
+#include "Agents/ReadingTools.h"
+
+#include "Base/Text.h"
+
+namespace korvell {
+
+std::vector<ReadingTool> readingTools() {
+  return {whySlowTool(), healthTool(),  machineTool(), processesTool(),  historyTool(),
+          alertsTool(),  aiUsageTool(), storageTool(), devServersTool(), startupItemsTool()};
+}
+
+std::int64_t integerOf(const Value& arguments, const char* name, std::int64_t otherwise) {
+  const auto* value = arguments.find(name);
+  return value ? value->asInt().value_or(otherwise) : otherwise;
+}
+
+std::string textOf(const Value& arguments, const char* name) {
+  const auto* value = arguments.find(name);
+  const auto* text = value ? value->asString() : nullptr;
+  return text ? *text : std::string();
+}
+
+bool flagOf(const Value& arguments, const char* name) {
+  const auto* value = arguments.find(name);
+  return value && value->asBool().value_or(false);
+}
+
+namespace {
+
+constexpr const char *limitName = "limit", *cursorName = "cursor";
+constexpr std::size_t longestCursor = 20;
+
+} // namespace
+
+schema::Member Page::limit(std::int64_t most, std::int64_t usual) {
+  const auto text = "How many at most (" + std::to_string(usual) + ")";
+  return {limitName, schema::integer(text, 1, most)};
+}
+
+schema::Member Page::cursor() {
+  return {cursorName, schema::text("The nextCursor of the page before", longestCursor)};
+}
+
+Result<Page> Page::of(const Value& arguments, std::int64_t usual) {
+  const auto count = std::size_t(integerOf(arguments, limitName, usual));
+  const auto text = textOf(arguments, cursorName);
+  if (text.empty()) return Page(0, count);
+  const auto begin = parseInteger<std::uint32_t>(text);
+  return begin ? Result<Page>(Page(*begin, count)) : Failure{"The cursor is not one of this list."};
+}
+
+std::optional<std::string> Page::next(std::size_t all) const {
+  return begin_ + count_ < all ? std::optional(std::to_string(begin_ + count_)) : std::nullopt;
+}
+
+} // namespace korvell
