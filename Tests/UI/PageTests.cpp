@@ -2,6 +2,7 @@
 #include "UI/Overview/HealthPage.h"
 #include "UI/Panel/PanelPage.h"
 #include "UI/Parts/Figures.h"
+#include "UI/Parts/TopApps.h"
 #include "UI/Window/Sidebar.h"
 
 #include <gmock/gmock.h>
@@ -173,6 +174,21 @@ TEST(PageTests, appsAreSortedAndTellZeroFromUnknown) {
   EXPECT_EQ(joined(idle[0].disk), "0|B/s");
   EXPECT_TRUE(idle[1].isSystem);
   EXPECT_PRED1(unknown, idle[1].disk) << "what other users' processes read is hidden";
+}
+
+TEST(PageTests, onlyWhatIsKorvellsAloneWearsItsHeart) {
+  AppUsage app{.id = "k", .name = "Korvell", .bundlePath = {}, .mainPID = {}, .processes = {}};
+  EXPECT_FALSE(isKorvell(app));
+  ProcessUsage process;
+  process.path = "/usr/bin/korvell-app";
+  app.processes.push_back(process);
+  process.path.clear();
+  process.name = "Korvell";
+  app.processes.push_back(process);
+  EXPECT_TRUE(isKorvell(app));
+  process.path = "/usr/bin/bash"; // a terminal in which Korvell runs
+  app.processes.push_back(process);
+  EXPECT_FALSE(isKorvell(app));
 }
 
 TEST(PageTests, todayIsKnownOnceSomethingIsRecorded) {

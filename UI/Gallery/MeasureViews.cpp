@@ -30,7 +30,7 @@ public:
              .ask = [](const ActionRequest&) {},
              .open = [](SidebarItem) {},
              .openBatterySettings = [] {},
-             .pictures = {}},
+             .pictures = nullptr},
             metric, range)) {
     machine_->settle();
     auto* rows = new QVBoxLayout(this);

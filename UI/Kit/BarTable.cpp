@@ -95,6 +95,12 @@ void BarTable::onQuit(std::string_view words, std::function<void(const std::stri
   quit_ = std::move(handler);
 }
 
+void BarTable::setPictures(Pictures* pictures) {
+  pictures_ = pictures;
+  arrivals_ = pictures ? pictures->observe([this] { update(); }) : nullptr;
+  update();
+}
+
 void BarTable::setData(BarTableData data) {
   if (data == data_) return;
   const auto before = tops_.back();
@@ -225,7 +231,10 @@ void BarTable::draw(QPainter& painter) {
 }
 
 void BarTable::drawPicture(QPainter& painter, const BarRow& row, const QRectF& box) const {
-  const auto found = find_ && row.icon ? find_(*row.icon, qRound(box.width())) : QPixmap();
+  if (row.mark) return drawIcon(painter, *row.mark, box, theme().color(Token::accent));
+  const auto found = pictures_ && row.icon
+                         ? pictures_->find(*row.icon, qRound(box.width()), devicePixelRatioF())
+                         : QPixmap();
   if (found.isNull())
     drawMonogram(painter, box, theme(), monogramHue(row.identifier), row.name);
   else

@@ -8,8 +8,7 @@
 
 #include "UI/Kit/BarTableData.h"
 #include "UI/Kit/Control.h"
-
-#include <QPixmap>
+#include "UI/Kit/Pictures.h"
 
 #include <functional>
 
@@ -23,10 +22,8 @@ public:
 
   void setData(BarTableData data);
   const BarTableData& data() const { return data_; }
-  /// Finds a picture of so many logical pixels; a null one for none.
-  void setPictures(std::function<QPixmap(const std::string& icon, int size)> find) {
-    find_ = std::move(find);
-  }
+  /// Where the rows' pictures come from; null for nowhere. They outlive the table.
+  void setPictures(Pictures* pictures);
 
   void onSort(std::function<void(BarTableData::Column)> handler) { sort_ = std::move(handler); }
   void onUnfold(std::function<void(const std::string& key)> handler) { unfold_ = std::move(handler); }
@@ -90,7 +87,8 @@ private:
   QRectF exposed_;
   bool hasRing_ = false;
   QString quitWords_;
-  std::function<QPixmap(const std::string&, int)> find_;
+  Pictures* pictures_ = nullptr;
+  Subscription arrivals_;
   std::function<void(BarTableData::Column)> sort_;
   std::function<void(const std::string&)> unfold_, quit_;
   std::function<void(const std::string&, QPoint)> menu_;

@@ -2,6 +2,7 @@
 // What a table of bars shows, as plain values: rows with a picture, a name, a level and up to two figures,
 // under heads that sort.
 
+#include "UI/Kit/Icon.h"
 #include "UI/Kit/Token.h"
 
 #include <optional>
@@ -16,6 +17,7 @@ struct BarRow {
   std::string count{};               ///< behind the name, quieter: "23"
   std::string identifier{};          ///< the stand-in picture's hue follows from it
   std::optional<std::string> icon{}; ///< for whoever finds pictures; absent: the stand-in
+  std::optional<Icon> mark{};        ///< an icon of ours instead of both
   bool isPart = false;               ///< of the row above: lower, set in, without a picture
   bool unfolds = false, isUnfolded = false;
   bool hasActions = false;

@@ -5,6 +5,7 @@
 #include "Base/Text.h"
 #include "Core/Machine/UsageOrder.h"
 #include "UI/Measures/SpokenFigure.h"
+#include "UI/Parts/TopApps.h"
 
 #include <algorithm>
 #include <tuple>
@@ -120,6 +121,7 @@ public:
     row.key = app.id;
     row.identifier = app.id;
     row.icon = app.bundlePath;
+    if (isKorvell(app)) row.mark = Icon::heart;
     row.hasActions = !isSystemGroup(app);
     const auto count = app.processes.size();
     if (count > 1) row.count = std::to_string(count);

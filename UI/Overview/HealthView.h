@@ -21,6 +21,8 @@ public:
   QWidget* control() override { return updated_; }
 
   void show(const HealthPage& page);
+  /// Of applications. They outlive the view.
+  void setPictures(Pictures& pictures) { apps_->setPictures(&pictures); }
   void onStep(std::function<void(const Step&)> handler) { step_ = std::move(handler); }
   void onOpen(std::function<void(SidebarItem)> handler) { open_ = std::move(handler); }
 

@@ -28,6 +28,8 @@ public:
   PanelView(const Theme& theme, Handlers handlers, QWidget* parent);
 
   void show(const PanelPage& page);
+  /// Of applications. They outlive the view.
+  void setPictures(Pictures& pictures) { apps_->setPictures(&pictures); }
   Banner& banner() { return *banner_; }
 
   /// Of the whole without scrolling.

@@ -348,10 +348,22 @@ void AppRowView::keyPressEvent(QKeyEvent* event) {
   }
 }
 
+void AppRowView::setPictures(Pictures* pictures) {
+  pictures_ = pictures;
+  update();
+}
+
+void AppRowView::drawPictureIn(QPainter& painter, const QRectF& box) const {
+  if (row_.isKorvell) return drawIcon(painter, Icon::heart, box, theme().color(Token::accent));
+  const auto found = pictures_ && row_.icon
+                         ? pictures_->find(*row_.icon, qRound(box.width()), devicePixelRatioF())
+                         : QPixmap();
+  if (!found.isNull()) return painter.drawPixmap(box, found, QRectF(found.rect()));
+  drawMonogram(painter, box, theme(), row_.isSystem ? Token::gray : monogramHue(row_.id), row_.name);
+}
+
 void AppRowView::drawName(QPainter& painter, double end) {
-  const auto hue = row_.isSystem ? Token::gray : monogramHue(row_.id);
-  drawMonogram(painter, placed(*this, rowOutset, (height() - monogram) / 2, monogram, monogram), theme(), hue,
-               row_.name);
+  drawPictureIn(painter, placed(*this, rowOutset, (height() - monogram) / 2, monogram, monogram));
   painter.setLayoutDirection(layoutDirection());
   const auto count = row_.processes > 1 ? QString::number(row_.processes) : QString();
   const double countRoom = count.isEmpty() ? 0 : textWidth(theme(), TextStyle::small, count) + 8;
@@ -452,8 +464,18 @@ void AppRows::setForm(PartForm form) {
   for (auto* row : rows_) row->setForm(form);
 }
 
+void AppRows::setPictures(Pictures* pictures) {
+  pictures_ = pictures;
+  const auto tell = [this] {
+    for (auto* row : rows_) row->setPictures(pictures_);
+  };
+  arrivals_ = pictures ? pictures->observe(tell) : nullptr;
+  tell();
+}
+
 AppRowView* AppRows::makeRow() {
   auto* row = new AppRowView(theme(), form_, this);
+  row->setPictures(pictures_);
   row->setFocusPolicy(Qt::ClickFocus);
   row->onOpen([this] {
     if (open_) open_();

@@ -3,6 +3,7 @@
 
 #include "UI/Kit/Button.h"
 #include "UI/Kit/Labels.h"
+#include "UI/Kit/Pictures.h"
 #include "UI/Parts/HealthParts.h"
 #include "UI/Parts/Tiles.h"
 #include "UI/Parts/TopApps.h"
@@ -103,6 +104,7 @@ public:
   void onOpen(std::function<void()> handler) { open_ = std::move(handler); }
   /// Told by how many rows the focus is to move.
   void onMove(std::function<void(int by)> handler) { move_ = std::move(handler); }
+  void setPictures(Pictures* pictures);
 
   QSize sizeHint() const override;
   QSize minimumSizeHint() const override { return {80, sizeHint().height()}; }
@@ -118,12 +120,14 @@ protected:
 
 private:
   void drawName(QPainter& painter, double end);
+  void drawPictureIn(QPainter& painter, const QRectF& box) const;
   void drawPanelFigures(QPainter& painter);
   void drawColumns(QPainter& painter);
 
   PartForm form_;
   AppRow row_;
   UsageKey sortedBy_ = UsageKey::cpu;
+  Pictures* pictures_ = nullptr;
   std::function<void()> open_;
   std::function<void(int by)> move_;
 };
@@ -153,6 +157,8 @@ public:
   void show(const std::vector<AppRow>& rows, UsageKey sortedBy);
   void setForm(PartForm form);
   void onOpen(std::function<void()> handler) { open_ = std::move(handler); }
+  /// Where the rows' pictures come from; null for nowhere. They outlive the rows.
+  void setPictures(Pictures* pictures);
   QAccessible::Role role() const override { return QAccessible::List; }
 
 protected:
@@ -165,6 +171,8 @@ private:
   PartForm form_;
   QBoxLayout* column_;
   std::vector<AppRowView*> rows_;
+  Pictures* pictures_ = nullptr;
+  Subscription arrivals_;
   std::function<void()> open_;
 };
 

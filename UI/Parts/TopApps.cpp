@@ -1,6 +1,7 @@
 #include "UI/Parts/TopApps.h"
 
 #include "Base/Localization.h"
+#include "Base/Text.h"
 #include "Core/Machine/Owners.h"
 #include "UI/Parts/Figures.h"
 
@@ -31,6 +32,8 @@ AppRow rowOf(const AppUsage& app, UsageKey key, double greatest, const Model& mo
   const bool hasNetwork = model.known->has(KnownPart::processTraffic) && (network > 0 || !hides(model, app));
   AppRow row{.id = app.id,
              .name = app.name,
+             .icon = app.bundlePath,
+             .isKorvell = isKorvell(app),
              .processes = int(app.processes.size()),
              .isSystem = isSystem(app),
              .cpu = {fmt::format("{:.1f}", cpu), "%"},
@@ -52,6 +55,14 @@ AppRow rowOf(const AppUsage& app, UsageKey key, double greatest, const Model& mo
 }
 
 } // namespace
+
+bool isKorvell(const AppUsage& app) {
+  const auto isOurs = [](const ProcessUsage& process) {
+    const auto program = process.path.substr(process.path.rfind('/') + 1);
+    return lowercased(program.empty() ? process.name : program).starts_with("korvell");
+  };
+  return !app.processes.empty() && std::ranges::all_of(app.processes, isOurs);
+}
 
 std::vector<AppRow> topApps(const Model& model, UsageKey key, std::size_t count) {
   if (!*model.hasSample) return {};

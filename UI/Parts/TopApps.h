@@ -6,6 +6,7 @@
 #include "UI/Kit/Figure.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,8 @@ namespace korvell {
 struct AppRow {
   std::string id; ///< AppUsage::id
   std::string name;
+  std::optional<std::string> icon; ///< where its picture is found
+  bool isKorvell = false;
   int processes = 1;
   bool isSystem = false;             ///< the group of everything that belongs to the system itself
   Figure cpu, memory, disk, network; ///< "–" where nobody tells
@@ -23,6 +26,9 @@ struct AppRow {
 
   bool operator==(const AppRow&) const = default;
 };
+
+/// Whether everything that counts to an application is a program of Korvell's.
+bool isKorvell(const AppUsage& app);
 
 /// At most `count`, the greatest first.
 std::vector<AppRow> topApps(const Model& model, UsageKey key, std::size_t count);

@@ -12,6 +12,7 @@
 #include "UI/Kit/Type.h"
 #include "UI/Measures/MeasureView.h"
 #include "UI/Overview/HealthView.h"
+#include "UI/Pictures/ApplicationPictures.h"
 #include "UI/Servers/ServersView.h"
 #include "UI/Shell/FileManager.h"
 #include "UI/Startup/StartupView.h"
@@ -73,7 +74,8 @@ KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched, QueueCor
       storage_(assembly_.lateStorageScanner(loop_.main())),
       actions_(assembly_.makeActions(
           loop_.main(), [this]() -> AppModel& { return *model_; }, storage_)),
-      errands_(*actions_, theme_),
+      errands_(*actions_, theme_), pictures_(loop_.main(), utilityQueueFactory(),
+                                              applicationPictures(host.folders, processEnvironment())),
       delegate_(*host.defaults, [this](std::optional<SidebarItem> item) { show(item); }),
       keeper_(loop_.main(), *model_, *actions_),
       window_({.model = *model_,
@@ -244,7 +246,8 @@ std::unique_ptr<Page> KorvellApp::makeMeasurePage(Metric metric, QWidget& window
       .theme = theme_,
       .ask = [this, &window,
               &banner](const ActionRequest& request) { errands_.run(request, window, banner); },
-      .open = [this](SidebarItem section) { model_->selection.set(section); }};
+      .open = [this](SidebarItem section) { model_->selection.set(section); },
+      .pictures = &pictures_};
   if (host_.openBatterySettings) services.openBatterySettings = [this] { openBatterySettings(); };
   auto page = std::make_unique<MeasureView>(std::move(services), metric);
   if (const auto moment = std::exchange(moment_, std::nullopt)) page->session().show(*moment);
@@ -254,6 +257,7 @@ std::unique_ptr<Page> KorvellApp::makeMeasurePage(Metric metric, QWidget& window
 std::unique_ptr<Page> KorvellApp::makeHealthPage(QWidget& window, Banner& banner) {
   auto page = std::make_unique<HealthView>(theme_, &window);
   auto* view = page.get();
+  view->setPictures(pictures_);
   const auto refresh = [this, view] {
     view->show(healthPage(*model_, {.zone = *host_.zone,
                                     .weekScore = weekScore_,
@@ -308,6 +312,7 @@ void KorvellApp::openPanel() {
        .openSettings = [this, leave] { leave([this] { openSettings(); }); },
        .quit = [this] { askToQuit(); }},
       nullptr);
+  panelView_->setPictures(pictures_);
   panel_ = new PanelWindow(theme_, *panelView_, [this] { panelClosed(); });
   showPanel();
   panelCycles_ = model_->cycle.observe([this](std::int64_t) { showPanel(); });
@@ -360,6 +365,7 @@ void KorvellApp::askToQuit() {
 }
 
 void KorvellApp::windowClosed() {
+  if (!panel_ && !window_.isVisible()) pictures_.clear();
   loop_.main().async([] { giveFreeMemoryBack(); });
 }
 

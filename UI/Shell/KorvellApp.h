@@ -7,6 +7,7 @@
 #include "App/Keeper.h"
 #include "App/ModelActions.h"
 #include "App/RunningApplication.h"
+#include "UI/Kit/Pictures.h"
 #include "UI/Kit/Theme.h"
 #include "UI/Measures/LiveDirections.h"
 #include "UI/Panel/PanelView.h"
@@ -83,6 +84,7 @@ private:
   std::optional<double> weekScore_;
   AIPeriod aiPeriod_ = AIPeriod::week;
   std::unique_ptr<Queue> desktop_; ///< null until the first
+  Pictures pictures_;
   AppDelegate delegate_;
   Keeper keeper_;
   MainWindow window_;
