@@ -156,7 +156,7 @@ void ChartView::paintPlot(QPainter& painter, const QRectF& clip) const {
   paintGrid(painter);
   if (data_.state == ChartData::State::recorded) {
     paintGaps(painter);
-    for (std::size_t i = 0; i < data_.lines.size(); ++i) paintLine(painter, i);
+    for (std::size_t i = 0; i < data_.lines.size(); ++i) paintLine(painter, i, clip);
   }
   paintTotal(painter);
   drawHairline(painter, plot().bottomLeft(), plot().width(), theme().color(Token::axis));
@@ -254,10 +254,25 @@ std::vector<std::vector<ChartBucket>> ChartView::stretches(std::size_t index) co
   return found;
 }
 
-void ChartView::paintLine(QPainter& painter, std::size_t index) const {
+/// Those of a stretch that show between two places, and one more on each side: a strip costs what it is wide.
+std::span<const ChartBucket> ChartView::between(std::span<const ChartBucket> stretch, double left,
+                                                double right) const {
+  const auto isBefore = [this](const ChartBucket& bucket, double x) { return xOfBucket(bucket.date) < x; };
+  const auto isAfter = [this](double x, const ChartBucket& bucket) { return x < xOfBucket(bucket.date); };
+  auto first = std::lower_bound(stretch.begin(), stretch.end(), left, isBefore);
+  auto last = std::upper_bound(first, stretch.end(), right, isAfter);
+  if (first != stretch.begin()) --first;
+  if (last != stretch.end()) ++last;
+  return {first, last};
+}
+
+void ChartView::paintLine(QPainter& painter, std::size_t index, const QRectF& clip) const {
+  constexpr double reach = 4; // of a line beyond its points
   const auto& line = data_.lines[index];
   const auto area = plot();
-  for (const auto& stretch : stretches(index)) {
+  for (const auto& whole : stretches(index)) {
+    const auto stretch = between(whole, clip.left() - reach, clip.right() + reach);
+    if (stretch.empty()) continue;
     // From the first bucket's begin to the last one's end, each at its middle.
     const auto outline = [&](double ChartBucket::*figure) {
       QPolygonF points;

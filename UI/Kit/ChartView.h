@@ -12,6 +12,7 @@
 
 #include <functional>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace korvell {
@@ -84,7 +85,7 @@ private:
   void paintPlot(QPainter& painter, const QRectF& clip) const;
   void paintGaps(QPainter& painter) const;
   void paintGap(QPainter& painter, const ChartGap& gap) const;
-  void paintLine(QPainter& painter, std::size_t index) const;
+  void paintLine(QPainter& painter, std::size_t index, const QRectF& clip) const;
   void paintEvents(QPainter& painter) const;
   void paintLegend(QPainter& painter) const;
   void paintSentence(QPainter& painter) const;
@@ -92,6 +93,7 @@ private:
   void paintPointedGap(QPainter& painter) const;
   void paintReadout(QPainter& painter, double x, const Readout& readout) const;
   std::vector<std::vector<ChartBucket>> stretches(std::size_t line) const;
+  std::span<const ChartBucket> between(std::span<const ChartBucket> stretch, double left, double right) const;
 
   std::optional<Date> shown() const { return pinned_ ? pinned_ : pointed_; }
   std::optional<Date> kept(std::optional<Date> moment) const;
