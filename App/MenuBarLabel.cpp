@@ -27,6 +27,12 @@ Drawing MenuBarGraph::image(const std::vector<double>& cpu, double memory) {
   return drawing;
 }
 
+MenuBarFigures MenuBarFigures::of(const SystemSnapshot& snapshot, const HealthReport& report) {
+  const auto& memory = snapshot.memory;
+  const double share = memory.total > 0 ? double(memory.used()) / double(memory.total) * 100 : 0;
+  return {report.score, int(snapshot.cpu.total), int(share), {}};
+}
+
 MenuBarLabel MenuBarLabel::make(const MenuBarState& state, MenuBarStyle style) {
   return make(MenuBarFigures{*state.score, *state.cpu, *state.memory, *state.cpuHistory}, style);
 }

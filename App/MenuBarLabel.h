@@ -2,6 +2,7 @@
 // The menu bar's item as plain values: a symbol, a text or a drawing, which a view only has to paint.
 
 #include "App/MenuBarState.h"
+#include "Core/Health/HealthReport.h"
 
 #include <optional>
 #include <string>
@@ -38,7 +39,10 @@ struct MenuBarGraph {
 /// What the styles show, as MenuBarState publishes it for the chosen one.
 struct MenuBarFigures {
   int score = 0, cpu = 0, memory = 0;
-  std::vector<double> cpuHistory;
+  std::vector<double> cpuHistory; ///< percent, oldest first
+
+  /// Without a history.
+  static MenuBarFigures of(const SystemSnapshot& snapshot, const HealthReport& report);
 };
 
 struct MenuBarLabel {

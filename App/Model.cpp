@@ -1,5 +1,7 @@
 #include "App/Model.h"
 
+#include "App/MenuBarLabel.h"
+
 namespace korvell {
 
 Model::Model(const Queue& main, const UserDefaults& defaults)
@@ -9,10 +11,8 @@ Model::Model(const Queue& main, const UserDefaults& defaults)
       menuBar(main, defaults) {}
 
 void Model::publishMenuBar() {
-  const auto& memory = snapshot->memory;
-  const double share = memory.total > 0 ? double(memory.used()) / double(memory.total) * 100 : 0;
-  const double cpu = snapshot->cpu.total;
-  menuBar.update(report->score, int(cpu), int(share), cpu);
+  const auto figures = MenuBarFigures::of(*snapshot, *report);
+  menuBar.update(figures.score, figures.cpu, figures.memory, snapshot->cpu.total);
 }
 
 void Model::extendLiveSeries(Publication& publication) {

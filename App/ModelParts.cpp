@@ -12,6 +12,7 @@ struct Part {
   Value (*value)(const AppModel&); ///< null when there is nothing to tell
   std::uint64_t (*version)(const AppModel&);
   void (*read)(const Value&, Model&, Publication&); ///< null: nothing of a model's
+  bool isOnlyNamed = false;                         ///< told to nobody who does not name it
 };
 
 Value aiUsageValue(const AppModel& model) {
@@ -68,11 +69,24 @@ constexpr Part reportPart() {
   return row;
 }
 
+/// The snapshot without its applications: a hundredth of it, for who shows the machine alone.
+constexpr Part machinePart() {
+  auto row = part<&Model::snapshot>("machine");
+  row.isOnlyNamed = true;
+  row.value = [](const AppModel& model) {
+    const auto& all = *model.snapshot;
+    return toValue(
+        SystemSnapshot{all.date, all.cpu, all.memory, all.disk, all.network, all.gpu, all.battery});
+  };
+  return row;
+}
+
 constexpr std::string_view liveName = "live";
 
 // In the order in which they are printed.
 constexpr std::array parts = {
     part<&Model::snapshot>("snapshot"),
+    machinePart(),
     part<&Model::known>("known"),
     part<&Model::privileged>("privileged"),
     part<&Model::sensors>("sensors"),
@@ -94,9 +108,11 @@ PartSelection PartSelection::of(const Value& request) {
   const auto* names = named ? named->asArray() : nullptr;
   PartSelection selection;
   for (const Part& part : parts)
-    selection.wanted_.push_back(!names || std::ranges::any_of(*names, [&](const Value& name) {
-      return name.asString() && *name.asString() == part.name;
-    }));
+    selection.wanted_.push_back(
+        names
+            ? std::ranges::any_of(
+                  *names, [&](const Value& name) { return name.asString() && *name.asString() == part.name; })
+            : !part.isOnlyNamed);
   return selection;
 }
 

@@ -17,7 +17,8 @@ using ToldVersions = std::vector<std::uint64_t>;
 /// Parts of a state: all of them, or some.
 class PartSelection {
 public:
-  /// Of a request: the names in "parts", all without it.
+  /// Of a request: the names in "parts"; without it all but "machine", which is the snapshot without its
+  /// applications.
   static PartSelection of(const Value& request);
 
   /// {"hasSample":…} and the selected parts, each as the model has it.

@@ -4,6 +4,8 @@
 #include "App/ModelParts.h"
 #include "Base/ThreadControl.h"
 
+#include <algorithm>
+
 namespace korvell {
 
 namespace {
@@ -11,16 +13,26 @@ namespace {
 /// Three cycles at the slow pace: at the fast one a keeper that is busy for long is not gone.
 constexpr Seconds longestSilence{30};
 
+Value subscription(const RemoteInterest& interest) {
+  Value request = Value::object({{"ask", "subscription"}, {"watching", interest.isWatching}});
+  if (interest.parts.empty()) return request;
+  Value parts = Value::array();
+  for (const auto& part : interest.parts) parts.append(part);
+  request.set("parts", std::move(parts));
+  return request;
+}
+
 } // namespace
 
 std::unique_ptr<RemoteModel> RemoteModel::connect(Queue& main, const UserDefaults& defaults,
-                                                  const UserFolders& folders, Seconds patience, Task lost) {
+                                                  const UserFolders& folders, Seconds patience, Task lost,
+                                                  const RemoteInterest& interest) {
   auto client = KeeperClient::connect(folders);
-  const auto state = client
-                         ? client->ask(Value::object({{"ask", "subscription"}, {"watching", true}}), patience)
-                         : std::nullopt;
+  const auto state = client ? client->ask(subscription(interest), patience) : std::nullopt;
   const auto* hasSample = state ? state->find("hasSample") : nullptr;
   if (!hasSample || hasSample->asBool() != true) return nullptr;
+  const auto isMissing = [&](const std::string& part) { return !state->find(part); };
+  if (std::ranges::any_of(interest.parts, isMissing)) return nullptr;
   return std::unique_ptr<RemoteModel>(
       new RemoteModel(main, defaults, std::move(*client), *state, std::move(lost)));
 }

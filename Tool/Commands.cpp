@@ -4,10 +4,10 @@ namespace korvell {
 
 const std::vector<Command>& allCommands() {
   static const std::vector<Command> commands = {
-      statusCommand(),  watchCommand(),      topCommand(),     quitCommand(),   historyCommand(),
-      serversCommand(), portCommand(),       sensorsCommand(), alertsCommand(), reportCommand(),
-      storageCommand(), startupCommand(),    aiCommand(),      runCommand(),    helperCommand(),
-      linkCommand(),    completionCommand(), mcpCommand(),     doctorCommand()};
+      statusCommand(),  watchCommand(),   barCommand(),        topCommand(),     quitCommand(),
+      historyCommand(), serversCommand(), portCommand(),       sensorsCommand(), alertsCommand(),
+      reportCommand(),  storageCommand(), startupCommand(),    aiCommand(),      runCommand(),
+      helperCommand(),  linkCommand(),    completionCommand(), mcpCommand(),     doctorCommand()};
   return commands;
 }
 

@@ -24,6 +24,7 @@ Command serversCommand();
 Command portCommand();
 Command linkCommand();
 Command sensorsCommand();
+Command barCommand();
 Command runCommand();
 Command completionCommand();
 Command storageCommand();

@@ -32,7 +32,7 @@ public:
   void run();
   /// The guest stays until the loop ends.
   void invite(LoopGuest& guest) { guest_ = &guest; }
-  void quit() { quit_ = true; } ///< from a task of the main queue
+  void quit() { quit_ = true; } ///< from a task of the main queue, or from the guest
   /// Meanwhile signals do what they did before this loop was made: they end the process.
   void withoutSignals(const Task& work);
 
@@ -43,6 +43,20 @@ private:
   LoopGuest* guest_ = nullptr;
   bool quit_ = false;
   std::optional<EndSignals> signals_; ///< last: while the pipe is there that they write to
+};
+
+/// Ends the loop when nobody reads any more what is written to a pipe: at once, and not with the next line.
+class ReaderWatch final : public LoopGuest {
+public:
+  ReaderWatch(HeadlessLoop& loop, int pipe) : loop_(loop), pipe_(pipe) { loop.invite(*this); }
+  std::vector<pollfd> polled() override { return {{pipe_, 0, 0}}; }
+  void ready(const std::vector<pollfd>& polled) override {
+    if (polled.front().revents != 0) loop_.quit();
+  }
+
+private:
+  HeadlessLoop& loop_;
+  const int pipe_;
 };
 
 } // namespace korvell

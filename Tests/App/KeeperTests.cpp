@@ -46,6 +46,10 @@ TEST_F(KeeperTests, tellsTheWholeStateOrPartsAndNothingElse) {
       ask(R"({"ask":"state","parts":["totals","nonsense",7]})"),
       R"({"ok":true,"hasSample":true,"totals":{"cpuToday":0.0,"diskWrittenToday":0.0,"networkToday":0.0,)"
       R"("network7Days":0.0,"network30Days":0.0}})");
+  const auto small = *parseJSON(ask(R"({"ask":"state","parts":["machine"]})"));
+  EXPECT_TRUE(small.find("machine")->find("memory"));
+  EXPECT_TRUE(small.find("machine")->find("apps")->asArray()->empty());
+  EXPECT_EQ(state.find("machine"), nullptr) << "told to nobody who does not name it";
   EXPECT_EQ(ask(R"({"ask":"state","parts":[]})"), R"({"ok":true,"hasSample":true})");
   for (auto request :
        {"{}", R"({"ask":{}})", R"({"do":"format"})", R"({"do":["stopServer"]})", R"({"describe":"format"})"})

@@ -1,4 +1,5 @@
 #include "App/MenuBarLabel.h"
+#include "App/StatusBar.h"
 
 #include "Base/ManualQueue.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
@@ -69,6 +70,28 @@ TEST_F(MenuBarTests, barsAndTheGaugeStayInsideTheImage) {
                           DrawingCommand{fill, {33.5, 1.5, 3.5, 3.25}}));
   EXPECT_EQ(MenuBarGraph::image({}, 7).commands.back().rectangle.height, 13);
   EXPECT_EQ(MenuBarGraph::image({}, -7).commands.back().rectangle.height, 0);
+}
+
+TEST_F(MenuBarTests, aLineForBarsWithoutATray) {
+  const MenuBarFigures figures{61, 12, 40, {0, 50, 100, 250}};
+  const HealthReport report{.score = 61, .insights = {{.title = "<Tom & \x1b[2J> keeps the CPU busy"}}};
+  const auto line = [&](MenuBarStyle style, StatusBarFormat format) {
+    return statusBarLine(figures, report, style, format);
+  };
+  using enum MenuBarStyle;
+  using enum StatusBarFormat;
+  EXPECT_EQ(line(icon, plain), "♥");
+  EXPECT_EQ(line(score, plain), "♡ 61");
+  EXPECT_EQ(line(cpuAndMemory, plain), "12% · 40%");
+  EXPECT_EQ(line(graphs, plain), "▁▄██ ▃");
+  EXPECT_EQ(line(score, tmux), "#[fg=#F0B252]♡ 61#[default]");
+  EXPECT_EQ(line(score, i3bar), R"([{"name":"korvell","full_text":"♡ 61","color":"#F0B252"}])");
+  EXPECT_EQ(
+      line(score, waybar),
+      R"({"text":"♡ 61","alt":"fair","tooltip":"Health 61: Fair\n&lt;Tom &amp; \\x1b[2J&gt; keeps the CPU )"
+      R"(busy\nCPU 12%, memory 40%","class":"fair","percentage":61})");
+  EXPECT_EQ(statusBarLine({}, {.score = 75}, score, i3blocks), R"({"name":"korvell","full_text":"♡ 0"})")
+      << "a good score has the bar's own colour";
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace korvell {
 namespace {
@@ -35,6 +36,21 @@ TEST(HeadlessLoopTests, whileAPersonIsAskedASignalEndsTheProcessAsBefore) {
     loop.withoutSignals([&] { EXPECT_EQ(handler(signal), SIG_DFL); });
     EXPECT_NE(handler(signal), SIG_DFL);
   }
+}
+
+TEST(HeadlessLoopTests, itEndsWhenNobodyReadsAnyMore) {
+  int pipe[2];
+  ASSERT_EQ(::pipe(pipe), 0);
+  HeadlessLoop loop;
+  ReaderWatch watch(loop, pipe[1]);
+  bool wasRun = false;
+  loop.main().async([&] {
+    wasRun = true;
+    close(pipe[0]);
+  });
+  loop.run();
+  EXPECT_TRUE(wasRun) << "while somebody reads, the loop goes on";
+  close(pipe[1]);
 }
 
 } // namespace
