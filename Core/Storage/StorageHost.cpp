@@ -44,6 +44,8 @@ private:
 
 } // namespace
 
+std::string downloadsFolder(const Host& host) { return locationsOf(host).downloads; }
+
 StorageWork makeStorageWork(const Host& host, const Clock& clock) {
   return storageWork(
       [scan = std::make_shared<LateScan>(host, clock)]() -> auto& { return **scan; },

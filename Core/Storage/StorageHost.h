@@ -10,4 +10,7 @@ namespace korvell {
 /// disk. The host and the clock outlive it.
 StorageWork makeStorageWork(const Host& host, const Clock& clock);
 
+/// Where the user's downloads go. Looks at the disk.
+std::string downloadsFolder(const Host& host);
+
 } // namespace korvell

@@ -6,6 +6,7 @@ namespace {
 
 constexpr LocalizedText words[] = {
     {"Your Mac", "Your computer"},
+    {"My Mac’s health", "My computer’s health"},
     {"Your Mac is throttling", "Your computer is throttling"},
     {"Your Mac is running out of memory", "Your computer is running out of memory"},
     {"Your Mac last week: {score} out of 100", "Your computer last week: {score} out of 100"},

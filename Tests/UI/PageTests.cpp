@@ -3,6 +3,7 @@
 #include "UI/Panel/PanelPage.h"
 #include "UI/Parts/Figures.h"
 #include "UI/Parts/TopApps.h"
+#include "UI/Share/ShareCard.h"
 #include "UI/Window/Sidebar.h"
 
 #include <gmock/gmock.h>
@@ -174,6 +175,37 @@ TEST(PageTests, appsAreSortedAndTellZeroFromUnknown) {
   EXPECT_EQ(joined(idle[0].disk), "0|B/s");
   EXPECT_TRUE(idle[1].isSystem);
   EXPECT_PRED1(unknown, idle[1].disk) << "what other users' processes read is hidden";
+}
+
+TEST(PageTests, aSharedCardNamesNothingOfItsOwners) {
+  EXPECT_EQ(shareCard(*startingMachine(), MadeUpZone()), std::nullopt);
+  const auto model = usualMachine();
+  auto report = *model->report;
+  using Action = Insight::Action;
+  report.insights = {madeUpInsight(Insight::Severity::critical, 9, "Ann's Stick is almost full", ""),
+                     madeUpInsight(Insight::Severity::warning, 8, "Blender holds Blenders; Blender", "",
+                                   Action{Action::Kind::quitApp, {}, "Blender"}),
+                     madeUpInsight(Insight::Severity::info, 3, "Slow is Ann's Stick", ""),
+                     madeUpInsight(Insight::Severity::info, 1, "1 leftover startup items", "")};
+  model->report.set(report);
+  model->change(model->snapshot, [](SystemSnapshot& snapshot) {
+    auto volume = snapshot.disk.volumes.front();
+    volume.name = "Ann's Stick";
+    snapshot.disk.volumes.push_back(volume);
+  });
+  const auto card = shareCard(*model, model->zone);
+  ASSERT_TRUE(card);
+  ASSERT_THAT(card->findings, SizeIs(3));
+  EXPECT_EQ(card->findings[0].title, "The disk is almost full");
+  EXPECT_EQ(card->findings[1].title, "An app holds Blenders; an app");
+  EXPECT_EQ(card->findings[2].title, "Slow is the disk");
+  EXPECT_EQ(card->more, "1 more");
+  EXPECT_THAT(card->lost, SizeIs(4));
+  EXPECT_EQ(card->tiles[1].figure, (Figure{"63", "%"}));
+  EXPECT_EQ(card->tiles[2].figure, (Figure{"41.2", "GB"}));
+  const auto bare = shareCard(*bareMachine(), model->zone);
+  ASSERT_TRUE(bare);
+  for (const auto& tile : bare->tiles) EXPECT_FALSE(unknown(tile.figure)) << tile.title;
 }
 
 TEST(PageTests, onlyWhatIsKorvellsAloneWearsItsHeart) {

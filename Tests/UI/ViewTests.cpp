@@ -1,8 +1,12 @@
+#include "Tests/Fakes/TemporaryFolder.h"
 #include "Tests/UI/Kit/KitFixture.h"
 #include "UI/Gallery/Check.h"
 #include "UI/Gallery/MadeUp.h"
+#include "UI/Kit/Text.h"
 #include "UI/Overview/HealthView.h"
 #include "UI/Panel/PanelView.h"
+#include "UI/Share/CardFile.h"
+#include "UI/Share/ShareCardPainter.h"
 #include "UI/Window/SidebarView.h"
 
 #include <algorithm>
@@ -204,6 +208,21 @@ TEST_F(ViewTests, aLowSidebarKeepsItsRowsApart) {
     for (std::size_t i = 1; i < rows.size(); ++i)
       EXPECT_LE(rows[i - 1]->geometry().bottom(), rows[i]->geometry().top()) << scale << " " << i;
   }
+}
+
+TEST_F(ViewTests, aCardIsSavedBesideTheOneOfBefore) {
+  const auto model = usualMachine();
+  const auto card = shareCard(*model, model->zone);
+  ASSERT_TRUE(card);
+  const auto picture = shareCardPicture(*card, theme);
+  const TemporaryFolder folder;
+  const auto first = saveNewPicture(picture, folder / "Downloads", card->fileName);
+  const auto second = saveNewPicture(picture, folder / "Downloads", card->fileName);
+  ASSERT_TRUE(first && second);
+  EXPECT_EQ(*first, folder / "Downloads/Korvell health 2026-11-15.png");
+  EXPECT_EQ(*second, folder / "Downloads/Korvell health 2026-11-15 2.png");
+  EXPECT_EQ(QImage(text(*second)).size(), QSize(1200, 630)) << "also where text is larger";
+  EXPECT_FALSE(saveNewPicture(picture, folder / "Downloads/Korvell health 2026-11-15.png", "card"));
 }
 
 } // namespace

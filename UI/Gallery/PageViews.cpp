@@ -5,6 +5,7 @@
 #include "UI/Kit/Labels.h"
 #include "UI/Overview/HealthView.h"
 #include "UI/Panel/PanelView.h"
+#include "UI/Share/ShareCardPainter.h"
 #include "UI/Shell/MainWindow.h"
 
 #include <QBoxLayout>
@@ -54,10 +55,12 @@ private:
               auto page = std::make_unique<HealthView>(theme, &window);
               page->onOpen([](SidebarItem) {});
               page->onStep([](const Step&) {});
+              page->onShare(ignore);
               page->show(healthPage(*model_, {model_->zone, weekScore, true}));
               return page;
             },
             .openSettings = ignore,
+            .share = {},
             .quit = ignore,
             .closed = ignore};
   }
@@ -77,7 +80,8 @@ public:
                                  .sortBy = [](UsageKey) {},
                                  .openKorvell = ignore,
                                  .openSettings = ignore,
-                                 .quit = ignore},
+                                 .quit = ignore,
+                                 .share = ignore},
                                 ground);
     panel->show(panelPage(*model_, sortedBy, weekScore, true));
     inside->addWidget(panel);
@@ -93,6 +97,26 @@ std::unique_ptr<QWidget> window(const Theme& theme) {
 template <Machine machine, UsageKey key = UsageKey::memory>
 std::unique_ptr<QWidget> panel(const Theme& theme) {
   return std::make_unique<ShownPanel>(theme, machine, key);
+}
+
+class ShownCard final : public QWidget {
+public:
+  ShownCard(const Theme& theme, Machine machine) {
+    const auto model = machine();
+    if (const auto card = shareCard(*model, model->zone)) picture_ = shareCardPicture(*card, theme);
+  }
+  QSize sizeHint() const override { return picture_.size(); }
+
+protected:
+  void paintEvent(QPaintEvent*) override { QPainter(this).drawImage(rect(), picture_); }
+
+private:
+  QImage picture_;
+};
+
+template <Machine machine>
+std::unique_ptr<QWidget> card(const Theme& theme) {
+  return std::make_unique<ShownCard>(theme, machine);
 }
 
 } // namespace
@@ -113,6 +137,11 @@ std::vector<GalleryView> pageViews() {
       {"panel-low", {{360, 560}}, panel<troubledMachine, UsageKey::cpu>},
       {"panel-wordy", {own}, panel<wordyMachine>},
       {"panel-bare", {own}, panel<bareMachine>},
+      {"share-card", {own}, card<usualMachine>},
+      {"share-card-well", {own}, card<healthyMachine>},
+      {"share-card-troubled", {own}, card<troubledMachine>},
+      {"share-card-wordy", {own}, card<wordyMachine>},
+      {"share-card-bare", {own}, card<bareMachine>},
   };
 }
 

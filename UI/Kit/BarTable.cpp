@@ -231,7 +231,7 @@ void BarTable::draw(QPainter& painter) {
 }
 
 void BarTable::drawPicture(QPainter& painter, const BarRow& row, const QRectF& box) const {
-  if (row.mark) return drawIcon(painter, *row.mark, box, theme().color(Token::accent));
+  if (row.mark) return drawMark(painter, box, theme(), *row.mark);
   const auto found = pictures_ && row.icon
                          ? pictures_->find(*row.icon, qRound(box.width()), devicePixelRatioF())
                          : QPixmap();

@@ -1,6 +1,7 @@
 #include "UI/Kit/Labels.h"
 
 #include "UI/Kit/FigureText.h"
+#include "UI/Kit/Icons.h"
 #include "UI/Kit/Paint.h"
 #include "UI/Kit/Text.h"
 
@@ -238,12 +239,26 @@ QString monogramLetter(std::string_view name) {
   return {};
 }
 
+namespace {
+
+/// Returns the colour for what stands on it.
+QColor drawTint(QPainter& painter, const QRectF& box, const Theme& theme, Token hue) {
+  fillRounded(painter, box, box.width() * 0.26, theme.mixed(hue, theme.isDark() ? 0.3 : 0.2, Token::surface));
+  return theme.mixed(hue, 0.65, Token::text1);
+}
+
+} // namespace
+
+void drawMark(QPainter& painter, const QRectF& box, const Theme& theme, Icon icon) {
+  const double inset = box.width() * 0.15;
+  const auto ink = drawTint(painter, box, theme, Token::accent);
+  drawIcon(painter, icon, box.adjusted(inset, inset, -inset, -inset), ink);
+}
+
 void drawMonogram(QPainter& painter, const QRectF& box, const Theme& theme, Token hue,
                   std::string_view name) {
-  auto ground = theme.mixed(hue, theme.isDark() ? 0.3 : 0.2, Token::surface);
-  fillRounded(painter, box, box.width() * 0.26, ground);
   painter.save();
-  painter.setPen(theme.mixed(hue, 0.65, Token::text1));
+  painter.setPen(drawTint(painter, box, theme, hue));
   auto set = fontOf(theme, 11, QFont::DemiBold);
   set.setPixelSize(std::max(1, qRound(box.height() * 0.55)));
   drawFigures(painter, box, Qt::AlignHCenter, set, monogramLetter(name));

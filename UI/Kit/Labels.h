@@ -1,6 +1,7 @@
 #pragma once
 // What stands still: text, separators, plates, counts, application pictures.
 
+#include "UI/Kit/Icon.h"
 #include "UI/Kit/Painted.h"
 #include "UI/Kit/Type.h"
 
@@ -122,6 +123,8 @@ double badgeWidth(const Theme& theme, int count);
 /// follows from its identifier.
 Token monogramHue(std::string_view identifier);
 void drawMonogram(QPainter& painter, const QRectF& box, const Theme& theme, Token hue, std::string_view name);
+/// The same place taken by an icon of ours, on a tint of the accent.
+void drawMark(QPainter& painter, const QRectF& box, const Theme& theme, Icon icon);
 /// The first letter as it is shown; empty for a name without letters or digits.
 QString monogramLetter(std::string_view name);
 

@@ -34,7 +34,9 @@ public:
   /// Of so many logical pixels a side; null for none, or none yet.
   QPixmap find(const std::string& key, int size, double deviceRatio);
   /// Told when pictures have come.
-  [[nodiscard]] Subscription observe(std::function<void()> observer) { return arrivals_.observe([observer = std::move(observer)](int) { observer(); }); }
+  [[nodiscard]] Subscription observe(std::function<void()> observer) {
+    return arrivals_.observe([observer = std::move(observer)](int) { observer(); });
+  }
   /// Forgets them all; they would be loaded again.
   void clear();
 

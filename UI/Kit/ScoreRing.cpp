@@ -20,6 +20,8 @@ constexpr double numberLift = 5.0 / 44;  // of the number's size, when there is 
 constexpr double labelBelow = 32.0 / 44; // its baseline below the middle
 constexpr double highlightExtra = 2;     // pixels, inwards
 
+} // namespace
+
 double weightOf(Tone tone) {
   switch (tone) {
   case Tone::critical:
@@ -30,8 +32,6 @@ double weightOf(Tone tone) {
     return 0.34;
   }
 }
-
-} // namespace
 
 ScoreRing::ScoreRing(const Theme& theme, Form form, QWidget* parent) : Painted(theme, parent), form_(form) {
   setMouseTracking(true);

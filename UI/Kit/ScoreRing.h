@@ -13,6 +13,9 @@
 
 namespace korvell {
 
+/// How thick the arc of what was lost is, as a share of the score's.
+double weightOf(Tone tone);
+
 class ScoreRing : public Painted {
 public:
   struct Share {

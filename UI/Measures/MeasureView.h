@@ -38,7 +38,7 @@ public:
     std::function<void(const ActionRequest&)> ask;
     std::function<void(SidebarItem)> open;
     std::function<void()> openBatterySettings; ///< absent where the desktop has none
-    Pictures* pictures = nullptr; ///< of applications
+    Pictures* pictures = nullptr;              ///< of applications
   };
 
   MeasureView(Services services, Metric metric, HistoryRange range = HistoryRange::live);

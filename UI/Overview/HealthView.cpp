@@ -120,9 +120,16 @@ private:
 };
 
 HealthView::HealthView(const Theme& theme, QWidget* parent)
-    : Page(parent), theme_(theme), updated_(new TextLabel(theme, TextStyle::small, Token::text3, "", this)),
+    : Page(parent), theme_(theme), control_(new QWidget(this)),
+      updated_(new TextLabel(theme, TextStyle::small, Token::text3, "", control_)),
+      share_(new IconButton(theme, Icon::share, localized("Share"), control_)),
       scroll_(new ScrollArea(theme, Token::surface, this)), content_(new QWidget),
       ring_(new ScoreRing(theme, ScoreRing::page, content_)) {
+  auto* control = row(control_);
+  control->setSpacing(8);
+  control->addWidget(updated_);
+  control->addWidget(share_);
+  share_->hide();
   column(this)->addWidget(scroll_);
   rows_ = column(content_);
   rows_->addWidget(makeTop());
@@ -245,8 +252,15 @@ FindingView* HealthView::makeFinding() {
   return finding;
 }
 
+void HealthView::onShare(std::function<void()> handler) {
+  share_->setVisible(bool(handler));
+  share_->setEnabled(shown_ && shown_->head.score);
+  share_->onPress(std::move(handler));
+}
+
 void HealthView::show(const HealthPage& page) {
   if (shown_ == page) return;
+  share_->setEnabled(page.head.score.has_value());
   updated_->setWords(page.updated);
   updated_->setVisible(!page.updated.empty());
   const bool hasNewHead = !shown_ || shown_->head != page.head || shown_->reassurance != page.reassurance;

@@ -18,13 +18,15 @@ public:
   HealthView(const Theme& theme, QWidget* parent);
 
   std::string title() const override;
-  QWidget* control() override { return updated_; }
+  QWidget* control() override { return control_; }
 
   void show(const HealthPage& page);
   /// Of applications. They outlive the view.
   void setPictures(Pictures& pictures) { apps_->setPictures(&pictures); }
   void onStep(std::function<void(const Step&)> handler) { step_ = std::move(handler); }
   void onOpen(std::function<void(SidebarItem)> handler) { open_ = std::move(handler); }
+  /// Without a handler there is no button.
+  void onShare(std::function<void()> handler);
 
 protected:
   void resizeEvent(QResizeEvent* event) override;
@@ -48,7 +50,9 @@ private:
 
   const Theme& theme_;
   std::optional<HealthPage> shown_;
+  QWidget* control_;
   TextLabel* updated_;
+  IconButton* share_;
   ScrollArea* scroll_;
   QWidget* content_;
   QBoxLayout *rows_ = nullptr, *top_ = nullptr, *bottom_ = nullptr;

@@ -67,6 +67,14 @@ QWidget* PanelView::makeHeader() {
   for (auto* words : {loss_, average_}) words->setWrapped(2);
   texts->addStretch(1);
   line->addLayout(texts, 1);
+  share_ = new IconButton(theme_, Icon::share, localized("Share"), holder);
+  share_->setVisible(bool(handlers_.share));
+  share_->onPress([this] { handlers_.share(); });
+  auto* corner = new QVBoxLayout;
+  corner->setContentsMargins(0, 10, 0, 0);
+  corner->addWidget(share_);
+  corner->addStretch(1);
+  line->addLayout(corner);
   holder->setFixedHeight(theme_.scaled(headerHeight));
   return holder;
 }

@@ -23,6 +23,7 @@ public:
     std::function<void(SidebarItem)> open;
     std::function<void(UsageKey)> sortBy;
     std::function<void()> openKorvell, openSettings, quit;
+    std::function<void()> share{}; ///< absent: there is no button
   };
 
   PanelView(const Theme& theme, Handlers handlers, QWidget* parent);
@@ -53,6 +54,7 @@ private:
   const Handlers handlers_;
   std::optional<PanelPage> shown_;
   ScoreRing* ring_ = nullptr;
+  IconButton* share_ = nullptr;
   TextLabel *label_ = nullptr, *loss_ = nullptr, *average_ = nullptr;
   Banner* banner_;
   ScrollArea* scroll_;

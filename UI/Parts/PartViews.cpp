@@ -354,7 +354,7 @@ void AppRowView::setPictures(Pictures* pictures) {
 }
 
 void AppRowView::drawPictureIn(QPainter& painter, const QRectF& box) const {
-  if (row_.isKorvell) return drawIcon(painter, Icon::heart, box, theme().color(Token::accent));
+  if (row_.isKorvell) return drawMark(painter, box, theme(), Icon::heart);
   const auto found = pictures_ && row_.icon
                          ? pictures_->find(*row_.icon, qRound(box.width()), devicePixelRatioF())
                          : QPixmap();

@@ -5,6 +5,7 @@
 #include "Base/FreeMemory.h"
 #include "Base/SystemQueue.h"
 #include "Core/Health/SeenAlerts.h"
+#include "Core/Storage/StorageHost.h"
 #include "UI/AIUsage/AIUsageView.h"
 #include "UI/Alerts/AlertsView.h"
 #include "UI/Kit/Native.h"
@@ -74,8 +75,14 @@ KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched, QueueCor
       storage_(assembly_.lateStorageScanner(loop_.main())),
       actions_(assembly_.makeActions(
           loop_.main(), [this]() -> AppModel& { return *model_; }, storage_)),
-      errands_(*actions_, theme_), pictures_(loop_.main(), utilityQueueFactory(),
-                                              applicationPictures(host.folders, processEnvironment())),
+      errands_(*actions_, theme_), sharing_({.model = *model_,
+                                             .zone = *host.zone,
+                                             .theme = theme_,
+                                             .downloads = [&host] { return downloadsFolder(host); },
+                                             .work = [this]() -> Queue& { return desktopQueue(); },
+                                             .main = loop_.main(),
+                                             .showFile = showInFileManager}),
+      pictures_(loop_.main(), utilityQueueFactory(), applicationPictures(host.folders, processEnvironment())),
       delegate_(*host.defaults, [this](std::optional<SidebarItem> item) { show(item); }),
       keeper_(loop_.main(), *model_, *actions_),
       window_({.model = *model_,
@@ -85,6 +92,7 @@ KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched, QueueCor
                .makePage = [this](SidebarItem item, QWidget& window,
                                   Banner& banner) { return makePage(item, window, banner); },
                .openSettings = [this] { openSettings(); },
+               .share = [this](Banner& banner) { sharing_.share(banner); },
                .quit = [this] { askToQuit(); },
                .closed = [this] { windowClosed(); }}),
       settings_(
@@ -264,6 +272,7 @@ std::unique_ptr<Page> KorvellApp::makeHealthPage(QWidget& window, Banner& banner
                                     .hasBatterySettings = bool(host_.openBatterySettings)}));
   };
   view->onOpen([this](SidebarItem section) { model_->selection.set(section); });
+  view->onShare([this, &banner] { sharing_.share(banner); });
   view->onStep([this, &window, &banner](const Step& step) { takeStep(step, window, banner); });
   keepWith(*view, model_->cycle.observe([refresh](std::int64_t) { refresh(); }));
   refresh();
@@ -310,7 +319,8 @@ void KorvellApp::openPanel() {
            },
        .openKorvell = [this, leave] { leave([this] { show(std::nullopt); }); },
        .openSettings = [this, leave] { leave([this] { openSettings(); }); },
-       .quit = [this] { askToQuit(); }},
+       .quit = [this] { askToQuit(); },
+       .share = [this] { sharing_.share(panelView_->banner()); }},
       nullptr);
   panelView_->setPictures(pictures_);
   panel_ = new PanelWindow(theme_, *panelView_, [this] { panelClosed(); });

@@ -12,6 +12,7 @@
 #include "UI/Measures/LiveDirections.h"
 #include "UI/Panel/PanelView.h"
 #include "UI/Settings/SettingsWindow.h"
+#include "UI/Shell/CardSharing.h"
 #include "UI/Shell/DesktopLook.h"
 #include "UI/Shell/Errands.h"
 #include "UI/Shell/MainLoop.h"
@@ -81,6 +82,7 @@ private:
   std::optional<Date> moment_;               ///< for the measure's page that is opened next
   std::unique_ptr<ModelActions> actions_;
   Errands errands_;
+  CardSharing sharing_;
   std::optional<double> weekScore_;
   AIPeriod aiPeriod_ = AIPeriod::week;
   std::unique_ptr<Queue> desktop_; ///< null until the first

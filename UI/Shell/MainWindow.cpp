@@ -148,6 +148,9 @@ private:
     key(QKeySequence("Ctrl+R"), [this] {
       if (page_) page_->refresh();
     });
+    key(QKeySequence("Ctrl+S"), [this] {
+      if (services_.share) services_.share(banner_);
+    });
     key(QKeySequence("Ctrl+,"), services_.openSettings);
     key(QKeySequence("Ctrl+W"), [this] { close(); });
     key(QKeySequence("Ctrl+Q"), services_.quit);

@@ -33,7 +33,9 @@ public:
     std::function<SidebarFacts()> facts;
     /// Makes the page of a section; null for one that has none, and then the overview is shown.
     std::function<std::unique_ptr<Page>(SidebarItem, QWidget& window, Banner& banner)> makePage;
-    Task openSettings, quit;
+    Task openSettings;
+    std::function<void(Banner& banner)> share; ///< makes the share card
+    Task quit;
     Task closed; ///< after the window is gone
   };
 

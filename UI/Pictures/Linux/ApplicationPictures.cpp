@@ -52,8 +52,8 @@ QImage read(const std::string& path, int pixels) {
 Pictures::MakeLoad applicationPictures(const UserFolders& folders, const Environment& environment) {
   return [data = dataFolders(folders, environment)]() -> Pictures::Load {
     // The toolkit knows the desktop's choice, on the main thread.
-    auto theme = std::make_shared<IconTheme>(IconTheme::Options{
-        .dataFolders = data, .theme = utf8(QIcon::themeName()), .extensions = readable()});
+    auto theme = std::make_shared<IconTheme>(
+        IconTheme::Options{.dataFolders = data, .theme = utf8(QIcon::themeName()), .extensions = readable()});
     return [theme](const std::string& entry, int pixels) -> QImage {
       const auto text = readFile(entry, largestEntry);
       const auto name = text ? entryIcon(*text) : std::nullopt;
