@@ -5,8 +5,10 @@
 #include "Base/Date.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <ctime>
 #include <sys/resource.h>
+#include <unistd.h>
 #include <vector>
 
 namespace korvell {
@@ -28,6 +30,16 @@ inline Seconds childrenCPUTime() {
 
 inline double cpuMilliseconds() { return cpuTime().count() * 1e3; }
 inline double cpuMicroseconds() { return cpuTime().count() * 1e6; }
+
+/// What of this process is in memory, its libraries included; 0 where the system does not tell it in /proc.
+inline long residentBytes() {
+  long pages = 0, resident = 0;
+  if (FILE* file = std::fopen("/proc/self/statm", "r")) {
+    if (std::fscanf(file, "%ld %ld", &pages, &resident) != 2) resident = 0;
+    std::fclose(file);
+  }
+  return resident * ::sysconf(_SC_PAGESIZE);
+}
 
 /// Of an odd number of values the middle one.
 inline double median(std::vector<double> values) {

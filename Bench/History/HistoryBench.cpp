@@ -5,8 +5,8 @@
 // rounds in which both sides take turns, and their ratio. The cache is warm.
 
 #include "Base/SQLite.h"
+#include "Bench/History/Month.h"
 #include "Bench/Measure.h"
-#include "Core/History/AppSums.h"
 #include "Core/History/HistoryDatabase.h"
 #include "Core/History/MinuteAccumulator.h"
 
@@ -22,9 +22,6 @@
 
 namespace korvell {
 namespace {
-
-constexpr int minutesInAMonth = 43'200;
-constexpr int knownApps = 60;
 
 struct Pair {
   double ours, plain;
@@ -50,75 +47,6 @@ void print(const std::string& what, Pair pair, double limit) {
   const double ratio = pair.ours / pair.plain;
   fmt::print("{:<44} {:>10.4f} {:>10.4f} {:>7.2f}  {}\n", what, pair.ours, pair.plain, ratio,
              ratio <= limit ? fmt::format("<= {}", limit) : fmt::format("OVER {}", limit));
-}
-
-HistoryApp app(int index) {
-  return {.id = fmt::format("/usr/share/applications/org.example.application{}.desktop", index),
-          .name = fmt::format("Application {}", index),
-          .path = fmt::format("/usr/share/applications/org.example.application{}.desktop", index),
-          .values = {}};
-}
-
-HistoryMinute minuteRow(std::int64_t ts, int apps, std::mt19937& random) {
-  std::uniform_real_distribution<double> value(0, 1e9);
-  HistoryMinute minute{.ts = ts, .system = {}, .score = 90, .apps = {}};
-  for (double& v : minute.system) v = value(random);
-  const int offset = apps < knownApps ? int(random() % knownApps) : 0;
-  for (int i = 0; i < apps; ++i) {
-    minute.apps.push_back(app((offset + i) % knownApps));
-    for (double& v : minute.apps.back().values) v = value(random);
-    minute.apps.back().values[gpuColumn] = 0;
-  }
-  return minute;
-}
-
-/// The statements of a minute without anything around them.
-class PlainWriter {
-public:
-  explicit PlainWriter(Database& database)
-      : database_(database),
-        system_(database.prepare("INSERT OR REPLACE INTO system(ts, cpu, memory, disk, network, gpu, energy, "
-                                 "disk_write, score) VALUES(?,?,?,?,?,?,?,?,?)")),
-        app_(database.prepare("INSERT INTO apps VALUES(?,?,?,?,?,?,?,?,?,?,?)")) {}
-
-  void write(const HistoryMinute& minute) {
-    database_.exec("BEGIN");
-    writeRows(minute);
-    database_.exec("COMMIT");
-  }
-  void writeRows(const HistoryMinute& minute) {
-    system_.bind(1, minute.ts);
-    for (int i = 0; i < int(historyColumnCount); ++i) system_.bind(2 + i, minute.system[std::size_t(i)]);
-    system_.bind(9, minute.score);
-    system_.run();
-    for (const HistoryApp& row : minute.apps) {
-      app_.bind(1, minute.ts);
-      app_.bind(2, row.id);
-      app_.bind(3, row.name);
-      app_.bind(4, row.path);
-      for (int i = 0; i < int(historyColumnCount); ++i) app_.bind(5 + i, row.values[std::size_t(i)]);
-      app_.run();
-    }
-  }
-
-private:
-  Database& database_;
-  Statement system_, app_;
-};
-
-void generate(const std::string& path, std::int64_t last, int apps) {
-  HistoryDatabase(path, HistoryAccess::keeper).ensureOpen(Date{double(last)}); // the schema
-  auto database = Database::open(path, Database::Mode::readWrite);
-  database.exec("PRAGMA synchronous=OFF");
-  std::mt19937 random(42);
-  PlainWriter writer(database);
-  database.exec("BEGIN");
-  for (int i = 0; i < minutesInAMonth; ++i)
-    writer.writeRows(minuteRow(last - std::int64_t(minutesInAMonth - 1 - i) * 60, apps, random));
-  database.exec("COMMIT");
-  while (addHourSums(database, last).value_or(false)) {
-  }
-  database.exec("PRAGMA wal_checkpoint(TRUNCATE)");
 }
 
 void benchQueries(const std::string& path, std::int64_t now) {
@@ -287,7 +215,7 @@ int main(int argc, char** argv) {
   benchRecording();
   for (int apps : {30, 60}) {
     const auto path = (folder / fmt::format("month-{}.sqlite", apps)).string();
-    generate(path, now, apps);
+    generateMonth(path, now, apps);
     fmt::print("\n{} application rows a minute, {} MB\n", apps, fs::file_size(path) / 1'000'000);
     benchQueries(path, now);
     compareAnswers(path, now);

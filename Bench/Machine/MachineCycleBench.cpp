@@ -53,15 +53,6 @@ void readOnce(const std::vector<std::string>& files) {
   }
 }
 
-long residentBytes() {
-  long pages = 0, resident = 0;
-  if (FILE* file = std::fopen("/proc/self/statm", "r")) {
-    if (std::fscanf(file, "%ld %ld", &pages, &resident) != 2) resident = 0;
-    std::fclose(file);
-  }
-  return resident * ::sysconf(_SC_PAGESIZE);
-}
-
 double microsecondsPerCall(int calls, const std::function<void()>& work) {
   const double start = cpuMicroseconds();
   for (int i = 0; i < calls; ++i) work();

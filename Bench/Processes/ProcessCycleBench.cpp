@@ -119,12 +119,6 @@ bool compare(int count, Herd::Kind kind, Caches caches) {
   return ratio <= limit;
 }
 
-long residentBytes() {
-  ProcDirectory proc("/proc");
-  const auto statm = parseProcessStatm(proc.read(getpid(), "statm").text);
-  return statm ? long(statm->resident) * sysconf(_SC_PAGESIZE) : 0;
-}
-
 /// Resident memory before and after many cycles in which processes come and go.
 bool run(int cycles) {
   Herd herd(100, Herd::Kind::sleeping);

@@ -7,6 +7,7 @@
 #include "UI/Kit/Spoken.h"
 #include "UI/Kit/Text.h"
 #include "UI/Shell/Application.h"
+#include "UI/Shell/Instants.h"
 #include "UI/Shell/KorvellApp.h"
 
 #include <QMessageBox>
@@ -44,6 +45,7 @@ int main(int argc, char** argv) {
   Application application(argc, argv);
   QApplication::setApplicationName("Korvell");
   installSpoken();
+  const auto instants = Instants::areWanted() ? std::make_unique<Instants>() : nullptr;
   if (!launched.lock) {
     QMessageBox::warning(nullptr, "Korvell", text(launched.trouble));
     return EXIT_FAILURE;
