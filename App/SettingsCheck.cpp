@@ -18,7 +18,7 @@ namespace {
 constexpr Seconds pause{60}, leeway{30};
 constexpr int mostColumns = 40; ///< of a value that is shown
 
-enum class Kind { truth, number, date, menuBarStyle, appearance, freedLog, report };
+enum class Kind { truth, number, date, menuBarStyle, appearance, freedLog, report, file };
 
 struct KindRow {
   Kind kind;
@@ -49,6 +49,11 @@ constexpr KindRow kinds[] = {
     {Kind::freedLog, "a list of dates with bytes", isFreedLog},
     {Kind::report, "a date, a title and a body",
      [](const Value& value) { return sentReport(value).has_value(); }},
+    {Kind::file, "an absolute path that ends in .prom",
+     [](const Value& value) {
+       const auto* path = value.asString();
+       return path && path->starts_with('/') && path->ends_with(".prom");
+     }},
 };
 
 struct Setting {
@@ -64,6 +69,7 @@ std::vector<Setting> settings() {
   for (const auto& kind : allCases<HealthAlert::Kind>())
     all.push_back({defaultsKey(kind.value), Kind::truth});
   all.push_back({std::string(WeeklyReport::enabledKey), Kind::truth});
+  all.push_back({std::string(metricsFileKey), Kind::file});
   all.push_back({std::string(alertsSeenKey), Kind::date, false});
   all.push_back({std::string(WeeklyReport::lastSentKey), Kind::date, false});
   all.push_back({std::string(WeeklyReport::lastReportKey), Kind::report, false});

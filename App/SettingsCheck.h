@@ -13,6 +13,9 @@
 
 namespace korvell {
 
+/// The file into which the keeper writes metrics for a collector; absent: it writes none.
+inline constexpr std::string_view metricsFileKey = "metrics.textfile";
+
 /// A sentence or two for each trouble, localised; empty while all is well. Reads the stored settings.
 std::vector<std::string> settingsTroubles(const UserDefaults& defaults);
 

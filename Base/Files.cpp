@@ -79,16 +79,25 @@ std::string followedLinks(const std::string& path) {
   return {};
 }
 
-bool replaceFile(const std::string& path, std::string_view bytes) {
+bool replaceFile(const std::string& path, std::string_view bytes, Readers readers) {
   const std::string target = followedLinks(path);
-  if (target.empty()) return false;
+  if (target.empty()) {
+    errno = ELOOP;
+    return false;
+  }
   std::string aside = target + ".XXXXXX";
   Descriptor file(mkostemp(aside.data(), O_CLOEXEC)); // mode 0600
   if (!file) return false;
-  const bool written = writeAll(file.get(), bytes) && fsync(file.get()) == 0;
+  constexpr mode_t forEverybody = 0644;
+  const bool isOpen = readers == Readers::owner || fchmod(file.get(), forEverybody) == 0;
+  const bool written = isOpen && writeAll(file.get(), bytes) && fsync(file.get()) == 0;
+  const int trouble = errno;
   file.reset();
+  errno = trouble;
   if (!written || rename(aside.c_str(), target.c_str()) != 0) {
+    const int reason = errno;
     unlink(aside.c_str());
+    errno = reason;
     return false;
   }
   flushFolder(folderOf(target));

@@ -7,7 +7,8 @@ const std::vector<Command>& allCommands() {
       statusCommand(),  watchCommand(),   barCommand(),        topCommand(),     quitCommand(),
       historyCommand(), serversCommand(), portCommand(),       sensorsCommand(), alertsCommand(),
       reportCommand(),  storageCommand(), startupCommand(),    aiCommand(),      runCommand(),
-      helperCommand(),  linkCommand(),    completionCommand(), mcpCommand(),     doctorCommand()};
+      helperCommand(),  linkCommand(),    completionCommand(), mcpCommand(),     metricsCommand(),
+      doctorCommand()};
   return commands;
 }
 

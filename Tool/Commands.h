@@ -25,6 +25,7 @@ Command portCommand();
 Command linkCommand();
 Command sensorsCommand();
 Command barCommand();
+Command metricsCommand();
 Command runCommand();
 Command completionCommand();
 Command storageCommand();

@@ -1,16 +1,19 @@
 // korvell run: the keeper without an interface. Measures, records, alerts and answers until it is told to
 // end.
 
+#include "Agents/MetricsFile.h"
 #include "App/Assembly.h"
 #include "App/HandOver.h"
 #include "App/Keeper.h"
 #include "App/KeeperLock.h"
 #include "App/LastResort.h"
 #include "App/SettingsCheck.h"
+#include "Base/SystemQueue.h"
 #include "Base/Text.h"
 #include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
 #include "Tool/HeadlessLoop.h"
+#include "Tool/Version.h"
 
 namespace korvell {
 
@@ -65,6 +68,8 @@ Kept keep(Context& context, HeadlessLoop& loop, const KeeperLock& lock) {
   Keeper keeper(loop.main(), *model, *actions);
   const SettingsWatch settings(loop.main(), *context.host.defaults,
                                [&context](const std::string& trouble) { sayTrouble(context, trouble); });
+  const MetricsFile metrics(loop.main(), *model, *context.host.defaults, systemQueueFactory(), version,
+                            [&context](const std::string& trouble) { sayTrouble(context, trouble); });
   Kept kept;
   constexpr Seconds timeToAnswer{0.1};
   const auto stepBack = loop.main().timer([&] {

@@ -14,7 +14,7 @@ set(KORVELL_TESTS ON)
 foreach(command IN ITEMS add_custom_command add_custom_target add_dependencies add_test enable_testing find_package
     gtest_discover_tests include_directories install korvell_compile_small korvell_precompile pkg_check_modules
     set_property set_target_properties set_tests_properties target_compile_definitions target_compile_options
-    target_include_directories target_link_libraries target_link_options target_precompile_headers)
+    set_source_files_properties target_include_directories target_link_libraries target_link_options target_precompile_headers)
   cmake_language(EVAL CODE "function(${command})\nendfunction()")
 endforeach()
 

@@ -23,6 +23,7 @@ TEST(SettingsCheckTests, valuesOfTheWrongKindAreNamedAndGoodOnesAreNot) {
                                    {"alerts.lastSeen", "2026-03-02T09:00:00Z"},
                                    {"storage.freedTotal", 7},
                                    {"storage.freedLog", Value::array()},
+                                   {"metrics.textfile", "/var/lib/collector/korvell.prom"},
                                    {"somebody.else", "x"}})
     defaults.set(key, value);
   EXPECT_THAT(settingsTroubles(defaults), IsEmpty());
@@ -30,6 +31,7 @@ TEST(SettingsCheckTests, valuesOfTheWrongKindAreNamedAndGoodOnesAreNot) {
   defaults.set("alert.cpu", "off\x1b");
   defaults.set("menuBarStyle", "tiny");
   defaults.set("appearance", "blue");
+  defaults.set("metrics.textfile", "korvell.prom");
   defaults.set("alerts.lastSeen", "yesterday");
   defaults.set("weeklyReport.last", Value::object({{"title", "Title"}}));
   defaults.set("storage.freedLog", Value(Value::Array{1}));
@@ -41,6 +43,7 @@ TEST(SettingsCheckTests, valuesOfTheWrongKindAreNamedAndGoodOnesAreNot) {
           HasSubstr("one of system, light and dark, but \"blue\" is"),
           "The setting alert.cpu takes true or false, but \"off\\u001b\" is stored; its default "
           "applies.",
+          HasSubstr("metrics.textfile takes an absolute path that ends in .prom, but \"korvell.prom\" is"),
           HasSubstr("alerts.lastSeen takes a date and time, but \"yesterday\" is"),
           HasSubstr("weeklyReport.last takes a date, a title and a body, but"),
           HasSubstr("storage.freedLog takes a list of dates with bytes, but [1] is stored; only what")));
