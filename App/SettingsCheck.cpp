@@ -2,6 +2,7 @@
 
 #include "App/AppearanceChoice.h"
 #include "App/MenuBarStyle.h"
+#include "App/TemperatureUnit.h"
 #include "Base/Localization.h"
 #include "Base/Text.h"
 #include "Core/Health/SeenAlerts.h"
@@ -18,7 +19,7 @@ namespace {
 constexpr Seconds pause{60}, leeway{30};
 constexpr int mostColumns = 40; ///< of a value that is shown
 
-enum class Kind { truth, number, date, menuBarStyle, appearance, freedLog, report, file };
+enum class Kind { truth, number, date, menuBarStyle, appearance, temperatureUnit, freedLog, report, file };
 
 struct KindRow {
   Kind kind;
@@ -46,6 +47,10 @@ constexpr KindRow kinds[] = {
      [](const Value& value) {
        return value.asString() && fromRawValue<AppearanceChoice>(*value.asString()).has_value();
      }},
+    {Kind::temperatureUnit, "one of celsius and fahrenheit",
+     [](const Value& value) {
+       return value.asString() && fromRawValue<TemperatureUnit>(*value.asString()).has_value();
+     }},
     {Kind::freedLog, "a list of dates with bytes", isFreedLog},
     {Kind::report, "a date, a title and a body",
      [](const Value& value) { return sentReport(value).has_value(); }},
@@ -65,7 +70,8 @@ struct Setting {
 /// Every setting whose name is known beforehand.
 std::vector<Setting> settings() {
   std::vector<Setting> all = {{std::string(menuBarStyleKey), Kind::menuBarStyle},
-                              {std::string(appearanceKey), Kind::appearance}};
+                              {std::string(appearanceKey), Kind::appearance},
+                              {std::string(temperatureUnitKey), Kind::temperatureUnit}};
   for (const auto& kind : allCases<HealthAlert::Kind>())
     all.push_back({defaultsKey(kind.value), Kind::truth});
   all.push_back({std::string(WeeklyReport::enabledKey), Kind::truth});

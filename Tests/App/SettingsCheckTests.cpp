@@ -17,6 +17,7 @@ TEST(SettingsCheckTests, valuesOfTheWrongKindAreNamedAndGoodOnesAreNot) {
   FakeUserDefaults defaults;
   for (const auto& [key, value] : {std::pair<const char*, Value>("menuBarStyle", "score"),
                                    {"alert.cpu", false},
+                                   {"temperatureUnit", "fahrenheit"},
                                    {"weeklyReport.enabled", true},
                                    {"weeklyReport.lastSent", Date{1.5}},
                                    {"weeklyReport.last", toValue(SentReport{Date{1.5}, "Title", "Text"})},
@@ -32,6 +33,7 @@ TEST(SettingsCheckTests, valuesOfTheWrongKindAreNamedAndGoodOnesAreNot) {
   defaults.set("menuBarStyle", "tiny");
   defaults.set("appearance", "blue");
   defaults.set("metrics.textfile", "korvell.prom");
+  defaults.set("temperatureUnit", "kelvin");
   defaults.set("alerts.lastSeen", "yesterday");
   defaults.set("weeklyReport.last", Value::object({{"title", "Title"}}));
   defaults.set("storage.freedLog", Value(Value::Array{1}));
@@ -41,6 +43,7 @@ TEST(SettingsCheckTests, valuesOfTheWrongKindAreNamedAndGoodOnesAreNot) {
       ElementsAre(
           "No file.", HasSubstr("one of icon, score, cpuAndMemory and graphs, but \"tiny\" is"),
           HasSubstr("one of system, light and dark, but \"blue\" is"),
+          HasSubstr("one of celsius and fahrenheit, but \"kelvin\" is"),
           "The setting alert.cpu takes true or false, but \"off\\u001b\" is stored; its default "
           "applies.",
           HasSubstr("metrics.textfile takes an absolute path that ends in .prom, but \"korvell.prom\" is"),

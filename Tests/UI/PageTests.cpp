@@ -252,6 +252,8 @@ TEST(PageTests, theSidebarShowsOnlySectionsThatHaveAPage) {
   EXPECT_EQ(system[0].value, "58°C");
   EXPECT_EQ(system[1].tone, Tone::info);
   EXPECT_EQ(system[2].name, "Alerts, 2 new");
+  facts.temperatures = TemperatureUnit::fahrenheit;
+  EXPECT_EQ(sidebar(*model, SidebarItem::network, facts).groups[2].rows[0].value, "136°F");
   model->sensors.set(std::nullopt);
   model->startupItems.set({});
   const auto quiet = sidebar(*model, SidebarItem::network, facts).groups[2].rows;

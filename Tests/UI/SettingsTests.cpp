@@ -50,7 +50,8 @@ struct SettingsTests : AppFixture {
                 },
             .helperChanged = [this] { told.push_back("helper"); },
             .styleChanged = [this] { told.push_back("style"); },
-            .appearanceChanged = [this] { told.push_back("appearance"); }},
+            .appearanceChanged = [this] { told.push_back("appearance"); },
+            .temperaturesChanged = [this] { told.push_back("temperatures"); }},
         [this] { ++changes; });
     return *editor;
   }
@@ -67,16 +68,19 @@ TEST_F(SettingsTests, changesAreStoredAtOnceUnderTheKeysThatAreReadElsewhere) {
   EXPECT_TRUE(it.page().weeklyReport.isOn);
   it.setStyle(MenuBarStyle::graphs);
   it.setAppearance(AppearanceChoice::dark);
+  it.setTemperatures(TemperatureUnit::fahrenheit);
   it.setAlerts(HealthAlert::Kind::memoryGrowth, false);
   it.setWeeklyReport(false);
   EXPECT_EQ(defaults.string("menuBarStyle"), "graphs");
   EXPECT_EQ(defaults.string("appearance"), "dark");
+  EXPECT_EQ(defaults.string("temperatureUnit"), "fahrenheit");
   EXPECT_FALSE(defaults.boolean("alert.memoryGrowth", true));
   EXPECT_FALSE(defaults.boolean("weeklyReport.enabled", true));
-  EXPECT_THAT(told, ElementsAre("style", "appearance"));
+  EXPECT_THAT(told, ElementsAre("style", "appearance", "temperatures"));
   const auto page = it.page();
   EXPECT_EQ(page.style, MenuBarStyle::graphs);
   EXPECT_EQ(page.appearance, AppearanceChoice::dark);
+  EXPECT_EQ(page.temperatures, TemperatureUnit::fahrenheit);
   EXPECT_FALSE(page.alerts[1].isOn);
   EXPECT_TRUE(page.alerts[0].isOn);
   EXPECT_FALSE(page.weeklyReport.isOn);

@@ -64,8 +64,8 @@ TEST_F(SettingsWindowTests, theKeyboardReachesEveryControlInTheOrderOfThePage) {
     if (!names.empty() && names.front() == name) break;
     names.push_back(name);
   }
-  EXPECT_THAT(names, ElementsAre("Icon only", "Open at login", "System", "Disable", "Install", "History",
-                                 "An app keeps the CPU busy", "An app keeps using more memory",
+  EXPECT_THAT(names, ElementsAre("Icon only", "Open at login", "System", "°C", "Disable", "Install",
+                                 "History", "An app keeps the CPU busy", "An app keeps using more memory",
                                  "An app hammers the disk", "An app uses a lot of network",
                                  "The disk is almost full", "Memory is running out",
                                  "A Codex plan limit passes 80%", "Send a weekly report on Monday morning"));
@@ -78,6 +78,8 @@ TEST_F(SettingsWindowTests, controlsStoreAndGoBackWhereNothingCameOfIt) {
   EXPECT_EQ(defaults.string("menuBarStyle"), "score");
   KitTests::click(named<Control>("Dark"));
   EXPECT_EQ(defaults.string("appearance"), "dark");
+  KitTests::click(named<Control>("°F"));
+  EXPECT_EQ(defaults.string("temperatureUnit"), "fahrenheit");
   auto& alert = named<Toggle>("Memory is running out");
   alert.press();
   EXPECT_FALSE(defaults.boolean("alert.memoryPressure", true));

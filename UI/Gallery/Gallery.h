@@ -29,7 +29,7 @@ std::vector<GalleryView> measureViews();
 std::vector<GalleryView> kitViews();
 /// The window's pages and the panel.
 std::vector<GalleryView> pageViews();
-/// Servers, startup items, alerts.
+/// Servers, sensors, startup items, alerts.
 std::vector<GalleryView> listViews();
 /// What AI coding tools used.
 std::vector<GalleryView> aiUsageViews();

@@ -1,10 +1,11 @@
-// The pages of servers, startup items and alerts, each over a made-up machine.
+// The pages of servers, sensors, startup items and alerts, each over a made-up machine.
 
 #include "Core/Health/WeeklyReport.h"
 #include "UI/Alerts/AlertsView.h"
 #include "UI/Gallery/Gallery.h"
 #include "UI/Gallery/ListModel.h"
 #include "UI/Gallery/PageFrame.h"
+#include "UI/Sensors/SensorsView.h"
 #include "UI/Servers/ServersView.h"
 #include "UI/Startup/StartupView.h"
 
@@ -116,6 +117,49 @@ Made startup(const Theme& theme, const Machine& machine) {
                                                      nullptr));
 }
 
+// Sensors
+
+Machine sensing() {
+  auto made = std::make_shared<ListModel>();
+  using enum SensorKind;
+  SensorsSnapshot read{.cpuCelsius = 61.4, .gpuCelsius = 47, .socCelsius = std::nullopt};
+  read.fans = {{"nct6798 fan2", "CPU fan", 1171, 300, 2100},
+               {"nct6798 fan3", "Case fan 1", 847},
+               {"amdgpu fan1", "amdgpu Fan 1", 0, 0, 3300}};
+  read.temperatures = {{"Tctl", 61.4, cpu, "k10temp"},
+                       {"CPUTIN", 40.5, cpu, "nct6798"},
+                       {"edge", 47, gpu, "amdgpu"},
+                       {"junction", 52, gpu, "amdgpu"},
+                       {"Tccd1", 52.3, other, "k10temp"},
+                       {"Tccd2", 50, other, "k10temp"},
+                       {"mem", 56, other, "amdgpu"},
+                       {"SYSTIN", 34, other, "nct6798"},
+                       {"PECI Agent 0", 61, other, "nct6798"},
+                       {"Composite", 40.9, other, "nvme nvme0"},
+                       {"Sensor 2", 8, other, "nvme nvme0"},
+                       {"A sensor with a label that no column has room for", 115, other,
+                        "a-driver-with-a-long-name 0000:03:00.0"}};
+  made->sensors.set(std::move(read));
+  return made;
+}
+
+Machine sensingNothing() {
+  auto made = std::make_shared<ListModel>();
+  made->sensors.set(SensorsSnapshot{});
+  return made;
+}
+
+Made sensors(const Theme& theme, const Machine& machine) {
+  return std::make_unique<PageFrame>(
+      theme, machine,
+      new SensorsView({.model = *machine, .defaults = machine->defaults, .theme = theme}, nullptr));
+}
+
+Made sensorsInFahrenheit(const Theme& theme, const Machine& machine) {
+  machine->defaults.set(temperatureUnitKey, "fahrenheit");
+  return sensors(theme, machine);
+}
+
 // Alerts
 
 Machine alerting(bool hasReport = true) {
@@ -187,6 +231,10 @@ std::vector<GalleryView> listViews() {
       view("dev-servers-long", servers, servingMuch, {usual, low}),
       view("dev-servers-none", servers, startingNothing, {usual, low}),
       view("dev-servers-first-seconds", servers, unmeasured),
+      view("sensors", sensors, sensing, {usual, low, wide}),
+      view("sensors-fahrenheit", sensorsInFahrenheit, sensing),
+      view("sensors-none", sensors, sensingNothing, {usual, low}),
+      view("sensors-first-seconds", sensors, unmeasured),
       view("startup", startup, [] { return starting(true); }, {usual, low, wide}),
       view("startup-no-leftovers", startup, [] { return starting(false, 60); }),
       view("startup-none", startup, startingNothing),

@@ -187,7 +187,7 @@ std::string stateOf(const BatteryStats& battery) {
   return battery.onAC ? localized("on power") : localized("on battery");
 }
 
-void addBattery(MeasurePage& page, const Model& model) {
+void addBattery(MeasurePage& page, const Model& model, TemperatureUnit unit) {
   using Part = KnownPart;
   const auto& battery = model.snapshot->battery;
   const Known known(model);
@@ -213,7 +213,8 @@ void addBattery(MeasurePage& page, const Model& model) {
   fact(localized("Power"), Part::power, figureOf(watts));
   fact(localized("Health"), Part::batteryHealth, figureOf(Format::percent(battery.health)));
   fact(localized("Cycles"), Part::batteryCycles, words(Format::grouped(battery.cycles)));
-  fact(localized("Temperature"), Part::batteryTemperature, figureOf(Format::celsius(battery.temperature)));
+  fact(localized("Temperature"), Part::batteryTemperature,
+       figureOf(temperatureText(battery.temperature, unit)));
   if (!known.has(Part::batteryHealth) || battery.health >= wornHealth) return;
   page.finding =
       localized("The battery holds {n} of what it held when new.", {{"n", Format::percent(battery.health)}});
@@ -269,7 +270,7 @@ MeasurePage measurePage(const Model& model, Metric metric, const MeasureBeside& 
     addGPU(page, model);
     break;
   case Metric::energy:
-    addBattery(page, model);
+    addBattery(page, model, beside.temperatures);
     break;
   }
   addRange(page, model, beside);

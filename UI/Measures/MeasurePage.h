@@ -5,6 +5,7 @@
 
 #include "App/HistoryQueries.h"
 #include "App/Model.h"
+#include "App/TemperatureUnit.h"
 #include "UI/Kit/ChartData.h"
 #include "UI/Kit/Figure.h"
 #include "UI/Kit/Icon.h"
@@ -75,6 +76,7 @@ struct MeasureBeside {
   std::optional<double> tenMinutes{};      ///< the processor's mean; absent until enough is recorded
   std::optional<SeriesSummary> summary{};  ///< over the chart's range
   HistoryRange range = HistoryRange::live; ///< of the chart
+  TemperatureUnit temperatures = TemperatureUnit::celsius;
 };
 
 MeasurePage measurePage(const Model& model, Metric metric, const MeasureBeside& beside);

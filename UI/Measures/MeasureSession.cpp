@@ -199,7 +199,8 @@ void MeasureSession::rebuild() {
     if (!std::binary_search(dates.begin(), dates.end(), *pinned_)) listNow();
   }
   const MeasureBeside beside{tenMinutes_, history_ ? history_->summary : liveSummary(model, metric_),
-                             history_ ? history_->range : HistoryRange::live};
+                             history_ ? history_->range : HistoryRange::live,
+                             temperatureUnit(services_.defaults)};
   page_ = measurePage(model, metric_, beside);
   list_ = listed_ == Listed::now ? appList(model, metric_, choices_, services_.facts)
                                  : pastAppList(metric_, past_, choices_);

@@ -25,7 +25,7 @@ public:
     HistoryQueries& queries;
     const LiveDirections& directions;
     const TimeZone& zone;
-    const UserDefaults& defaults; ///< has the log of clean-ups
+    const UserDefaults& defaults; ///< have the log of clean-ups and the unit of temperatures
     AppListFacts facts{};
   };
   /// Which applications the list shows.

@@ -101,6 +101,12 @@ void SettingsEditor::setAppearance(AppearanceChoice choice) {
   changed_();
 }
 
+void SettingsEditor::setTemperatures(TemperatureUnit unit) {
+  if (store(temperatureUnitKey, std::string(rawValue(unit))) && services_.temperaturesChanged)
+    services_.temperaturesChanged();
+  changed_();
+}
+
 void SettingsEditor::setAlerts(HealthAlert::Kind kind, bool on) {
   store(defaultsKey(kind), on);
   changed_();

@@ -27,9 +27,9 @@ public:
     std::function<Outcome(bool on, const Cancellation&)> turnHelper;
     std::function<std::string(const Cancellation&)> installTool; ///< returns the outcome in words
     Task helperChanged;                                          ///< called on `work`
-    Task styleChanged, appearanceChanged;
+    Task styleChanged, appearanceChanged, temperaturesChanged;
   };
-  /// Those of the running system, without the last two.
+  /// Those of the running system, without the last three.
   static Services of(Host& host, Assembly& assembly, Model& model, Queue& main, Queue& work);
 
   /// `changed` is told when the page would show something else, each cycle of the model included.
@@ -45,6 +45,7 @@ public:
 
   void setStyle(MenuBarStyle style);
   void setAppearance(AppearanceChoice choice);
+  void setTemperatures(TemperatureUnit unit);
   void setAlerts(HealthAlert::Kind kind, bool on);
   void setWeeklyReport(bool on);
   // While one of these is under way, another wish of its kind is not heard.

@@ -91,6 +91,7 @@ SettingsPage settingsPage(const Model& model, const UserDefaults& defaults, cons
                        .canChange = answers.opensAtLogin.has_value(),
                        .trouble = answers.loginTrouble};
   page.appearance = appearanceChoice(defaults);
+  page.temperatures = temperatureUnit(defaults);
   page.helper = helperPart(answers);
   page.tool = {localized("Links korvell into ~/.local/bin so you can run korvell status in Terminal."),
                answers.isInstalling ? localized("Installing…") : localized("Install"), answers.toolOutcome};

@@ -4,6 +4,7 @@
 #include "App/AppearanceChoice.h"
 #include "App/MenuBarLabel.h"
 #include "App/Model.h"
+#include "App/TemperatureUnit.h"
 #include "Core/Health/HealthAlert.h"
 #include "Platform/Host.h"
 
@@ -47,6 +48,7 @@ struct SettingsPage {
   MenuBarStyle style = MenuBarStyle::icon;
   Switch opensAtLogin;
   AppearanceChoice appearance = AppearanceChoice::system;
+  TemperatureUnit temperatures = TemperatureUnit::celsius;
   Helper helper;
   Tool tool;
   std::string history; ///< the file, "~" for the home folder

@@ -215,18 +215,28 @@ void SettingsView::makeMenuBar() {
   group.add(*styles_);
 }
 
+/// A row with the cases of an enumeration beside each other.
+template <class Choice>
+Segments* SettingsView::addChoice(Group& group, const std::string& words,
+                                  std::function<void(Choice)> chosen) {
+  auto* row = new Row(theme_, words, group.plate);
+  std::vector<std::string> choices;
+  for (const auto& choice : allCases<Choice>()) choices.push_back(title(choice.value));
+  auto* segments = new Segments(theme_, words, choices, row);
+  segments->onChoose([chosen = std::move(chosen)](std::size_t index) { chosen(Choice(index)); });
+  row->addControl(*segments);
+  group.add(*row);
+  return segments;
+}
+
 void SettingsView::makeGeneral() {
   auto group = startGroup(localized("General"));
   opensAtLogin_ = new SwitchRow(theme_, group.plate, [this](bool on) { handlers_.opensAtLogin(on); });
   group.add(*opensAtLogin_);
-  const auto words = localized("Appearance");
-  auto* row = new Row(theme_, words, group.plate);
-  std::vector<std::string> choices;
-  for (const auto& choice : allCases<AppearanceChoice>()) choices.push_back(title(choice.value));
-  appearance_ = new Segments(theme_, words, choices, row);
-  appearance_->onChoose([this](std::size_t index) { handlers_.appearance(AppearanceChoice(index)); });
-  row->addControl(*appearance_);
-  group.add(*row);
+  appearance_ = addChoice<AppearanceChoice>(
+      group, localized("Appearance"), [this](AppearanceChoice choice) { handlers_.appearance(choice); });
+  temperatures_ = addChoice<TemperatureUnit>(group, localized("Temperatures"),
+                                             [this](TemperatureUnit unit) { handlers_.temperatures(unit); });
 }
 
 void SettingsView::makeHelper() {
@@ -297,6 +307,7 @@ void SettingsView::show(const SettingsPage& page) {
   showStyles(page);
   opensAtLogin_->show(page.opensAtLogin);
   appearance_->choose(std::size_t(page.appearance));
+  temperatures_->choose(std::size_t(page.temperatures));
   showHelper(page.helper);
   tool_->tell(page.tool.note, page.tool.outcome, {});
   setWords(*install_, page.tool.action);

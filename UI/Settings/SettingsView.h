@@ -23,6 +23,7 @@ public:
   struct Handlers {
     std::function<void(MenuBarStyle)> style;
     std::function<void(AppearanceChoice)> appearance;
+    std::function<void(TemperatureUnit)> temperatures;
     std::function<void(bool)> opensAtLogin, weeklyReport;
     std::function<void(HealthAlert::Kind, bool)> alerts;
     std::function<void(bool on)> turnHelper;
@@ -47,6 +48,8 @@ private:
   struct Group;
 
   Group startGroup(std::string_view title);
+  template <class Choice>
+  Segments* addChoice(Group& group, const std::string& words, std::function<void(Choice)> chosen);
   void makeMenuBar();
   void makeGeneral();
   void makeHelper();
@@ -72,7 +75,7 @@ private:
   std::vector<MenuBarLabel> labels_; ///< that the tiles paint
   RadioTiles* styles_;
   SwitchRow* opensAtLogin_;
-  Segments* appearance_;
+  Segments *appearance_, *temperatures_;
   struct HelperParts {
     QWidget* head;
     Plate* plate;

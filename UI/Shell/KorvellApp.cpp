@@ -14,6 +14,7 @@
 #include "UI/Measures/MeasureView.h"
 #include "UI/Overview/HealthView.h"
 #include "UI/Pictures/ApplicationPictures.h"
+#include "UI/Sensors/SensorsView.h"
 #include "UI/Servers/ServersView.h"
 #include "UI/Shell/FileManager.h"
 #include "UI/Startup/StartupView.h"
@@ -42,7 +43,7 @@ void keepWith(QWidget& widget, Subscription subscription) {
 constexpr SidebarItem pages[] = {SidebarItem::overview, SidebarItem::cpu,     SidebarItem::memory,
                                  SidebarItem::disk,     SidebarItem::network, SidebarItem::gpu,
                                  SidebarItem::energy,   SidebarItem::storage, SidebarItem::devServers,
-                                 SidebarItem::startup,  SidebarItem::alerts};
+                                 SidebarItem::sensors,  SidebarItem::startup, SidebarItem::alerts};
 
 void complain(const std::string& trouble) { std::fprintf(stderr, "korvell: %s\n", trouble.c_str()); }
 
@@ -184,6 +185,7 @@ SidebarFacts KorvellApp::sidebarFacts() const {
   if (const auto* usage = model_->aiUsage())
     facts.aiCostToday = costToday(*usage->summary, model_->snapshot->date, usage->zone());
   if (scanner_) facts.reclaimable = scanner_->reclaimableBytes();
+  facts.temperatures = temperatureUnit(*host_.defaults);
   facts.newAlerts = int(newAlerts(*model_->alerts, *host_.defaults, model_->snapshot->date));
   return facts;
 }
@@ -220,6 +222,9 @@ std::unique_ptr<Page> KorvellApp::makePage(SidebarItem item, QWidget& window, Ba
                                                                .openAddress = openAddress,
                                                                .showFolder = openFolder},
                                          &window);
+  case SidebarItem::sensors:
+    return std::make_unique<SensorsView>(
+        SensorsView::Services{.model = *model_, .defaults = *host_.defaults, .theme = theme_}, &window);
   case SidebarItem::startup:
     return std::make_unique<StartupView>(
         StartupView::Services{.model = *model_, .theme = theme_, .ask = ask, .showFile = showInFileManager},
@@ -352,6 +357,7 @@ SettingsEditor::Services KorvellApp::settingsServices() {
     if (tray_) tray_->update();
   };
   services.appearanceChanged = [this] { wear(wishes_); };
+  services.temperaturesChanged = [this] { window_.refresh(); };
   return services;
 }
 

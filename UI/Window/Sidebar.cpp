@@ -65,7 +65,7 @@ void fillSlow(Sidebar::Row& row, const Model& model, const SidebarFacts& facts) 
     break;
   case SidebarItem::sensors:
     if (*model.sensors && (*model.sensors)->cpuCelsius)
-      row.value = Format::celsius(*(*model.sensors)->cpuCelsius);
+      row.value = temperatureText(*(*model.sensors)->cpuCelsius, facts.temperatures);
     break;
   case SidebarItem::startup:
     row.value = countText(leftovers(*model.startupItems));

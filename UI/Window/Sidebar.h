@@ -2,6 +2,7 @@
 // The main window's sidebar: the sections in their groups, each with its figure of the moment.
 
 #include "App/Model.h"
+#include "App/TemperatureUnit.h"
 #include "UI/Kit/Icon.h"
 #include "UI/Kit/Tone.h"
 
@@ -42,6 +43,7 @@ struct SidebarFacts {
   std::optional<std::int64_t> reclaimable; ///< bytes that the last scan found
   std::optional<double> aiCostToday;       ///< dollars
   int newAlerts = 0;
+  TemperatureUnit temperatures = TemperatureUnit::celsius;
 };
 
 Sidebar sidebar(const Model& model, SidebarItem selected, const SidebarFacts& facts);
