@@ -22,8 +22,10 @@ bool isGone(int error) { return error == -ENOENT || error == -ENODEV || error ==
 
 } // namespace
 
-ChipReading ChipReader::read(const FoundChip& found) {
+ChipReading ChipReader::read(const FoundChip& found, const SensorChip* last) {
   ChipReading reading{.chip = found.chip};
+  if (last) reading.chip.fans = last->fans; // their limits, also while it sleeps
+  for (auto& fan : reading.chip.fans) fan.rpm.reset();
   if (found.isRotatingDisk) {
     reading.state = ChipState::leftOut;
     return reading;
@@ -36,8 +38,14 @@ ChipReading ChipReader::read(const FoundChip& found) {
     return reading;
   }
   for (const auto& input : found.temperatures)
-    reading.chip.temperatures[input.place].celsius = celsiusOf(number(input, vanished));
-  for (const auto& input : found.fans) reading.chip.fans[input.place].rpm = number(input, vanished);
+    reading.chip.temperatures[input.place].celsius = celsiusOf(value(input, vanished));
+  for (const auto& input : found.fans) {
+    auto& fan = reading.chip.fans[input.place];
+    fan.rpm = value(input, vanished);
+    if (last) continue;
+    fan.minRPM = number(input.minFile, vanished);
+    fan.maxRPM = number(input.maxFile, vanished);
+  }
   for (const auto& sensor : reading.chip.temperatures) answered |= sensor.celsius.has_value();
   for (const auto& fan : reading.chip.fans) answered |= fan.rpm.has_value();
   if (vanished)
@@ -53,17 +61,19 @@ bool ChipReader::isAsleep(const FoundChip& found) {
   });
 }
 
-std::optional<double> ChipReader::number(const FoundChip::Input& input, bool& vanished) {
+std::optional<double> ChipReader::number(const std::string& file, bool& vanished) {
+  if (file.empty()) return std::nullopt;
   std::array<char, 64> buffer;
-  const auto read = [&](const std::string& file) -> std::optional<double> {
-    const int length = files_.read(file, buffer);
-    vanished |= isGone(length);
-    if (length <= 0) return std::nullopt;
-    const auto value = parseInteger<std::int64_t>(trimmed({buffer.data(), std::size_t(length)}));
-    return value ? std::optional(double(*value)) : std::nullopt;
-  };
-  if (!input.faultFile.empty() && read(input.faultFile).value_or(0) != 0) return std::nullopt;
-  return read(input.file);
+  const int length = files_.read(file, buffer);
+  vanished |= isGone(length);
+  if (length <= 0) return std::nullopt;
+  const auto value = parseInteger<std::int64_t>(trimmed({buffer.data(), std::size_t(length)}));
+  return value ? std::optional(double(*value)) : std::nullopt;
+}
+
+std::optional<double> ChipReader::value(const FoundChip::Input& input, bool& vanished) {
+  if (number(input.faultFile, vanished).value_or(0) != 0) return std::nullopt;
+  return number(input.file, vanished);
 }
 
 std::optional<double> ChipReader::nvidiaCelsius(const std::string& address, bool isAsleep) {

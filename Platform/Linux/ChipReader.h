@@ -30,11 +30,14 @@ public:
   ChipReader(SensorFiles& files, std::string nvidiaLibrary)
       : files_(files), nvidia_(std::move(nvidiaLibrary)) {}
 
-  ChipReading read(const FoundChip& found);
+  /// The limits of fans change seldom and cost as much as their speeds: they are those of `last`, an earlier
+  /// reading of the same chip; without one they are read.
+  ChipReading read(const FoundChip& found, const SensorChip* last = nullptr);
 
 private:
   bool isAsleep(const FoundChip& found);
-  std::optional<double> number(const FoundChip::Input& input, bool& vanished);
+  std::optional<double> number(const std::string& file, bool& vanished);
+  std::optional<double> value(const FoundChip::Input& input, bool& vanished);
   std::optional<double> nvidiaCelsius(const std::string& address, bool isAsleep);
 
   SensorFiles& files_;

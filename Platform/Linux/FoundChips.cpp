@@ -3,8 +3,6 @@
 #include "Base/Text.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <optional>
 
 namespace korvell {
 
@@ -59,11 +57,12 @@ private:
 
   void takeInputs(FoundChip& chip, const std::string& folder) {
     const auto names = files_.names(folder);
-    const auto has = [&](const std::string& name) { return std::ranges::find(names, name) != names.end(); };
+    const auto fileOf = [&](const std::string& name) {
+      return std::ranges::find(names, name) == names.end() ? std::string() : folder + "/" + name;
+    };
     const auto input = [&](const std::string& prefix, std::size_t place) {
-      const auto fault = prefix + "_fault";
-      return FoundChip::Input{folder + "/" + prefix + "_input",
-                              has(fault) ? folder + "/" + fault : std::string(), place};
+      return FoundChip::Input{
+          .file = folder + "/" + prefix + "_input", .faultFile = fileOf(prefix + "_fault"), .place = place};
     };
     for (const auto& name : names) {
       if (const auto temp = attribute(name, "temp"); temp.number > 0 && temp.of == "input") {
@@ -72,16 +71,10 @@ private:
         chip.chip.temperatures.push_back({temp.number, files_.text(folder + "/" + prefix + "_label")});
       } else if (const auto fan = attribute(name, "fan"); fan.number > 0 && fan.of == "input") {
         const auto prefix = "fan" + std::to_string(fan.number);
-        const auto limit = [&](const char* which) -> std::optional<double> {
-          if (!has(prefix + which)) return std::nullopt;
-          const auto rpm = parseInteger<std::int64_t>(files_.text(folder + "/" + prefix + which));
-          return rpm ? std::optional(double(*rpm)) : std::nullopt;
-        };
         chip.fans.push_back(input(prefix, chip.chip.fans.size()));
-        chip.chip.fans.push_back({.number = fan.number,
-                                  .label = files_.text(folder + "/" + prefix + "_label"),
-                                  .minRPM = limit("_min"),
-                                  .maxRPM = limit("_max")});
+        chip.fans.back().minFile = fileOf(prefix + "_min");
+        chip.fans.back().maxFile = fileOf(prefix + "_max");
+        chip.chip.fans.push_back({fan.number, files_.text(folder + "/" + prefix + "_label")});
       }
     }
   }
@@ -114,7 +107,7 @@ private:
                                       [&](const FoundChip& chip) { return chip.chip.driver == asChip; });
       if (type.empty() || isChip || (type == "x86_pkg_temp" && isFound("coretemp"))) continue;
       FoundChip zone{.chip = {.driver = type, .temperatures = {{.number = 1}}}, .source = folder + name};
-      zone.temperatures.push_back({folder + name + "/temp", "", 0});
+      zone.temperatures.push_back({.file = folder + name + "/temp"});
       found_.push_back(std::move(zone));
     }
   }

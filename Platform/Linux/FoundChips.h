@@ -14,11 +14,12 @@ namespace korvell {
 struct FoundChip {
   struct Input {
     std::string file;
-    std::string faultFile; ///< empty where the driver has none
-    std::size_t place = 0; ///< among the chip's temperatures or fans
+    std::string faultFile;        ///< empty where the driver has none
+    std::string minFile, maxFile; ///< likewise
+    std::size_t place = 0;        ///< among the chip's temperatures or fans
   };
 
-  SensorChip chip;    ///< names and limits, without values
+  SensorChip chip;    ///< names, without values and limits
   std::string source; ///< its folder, or the address of NVIDIA's card
   std::vector<Input> temperatures;
   std::vector<Input> fans;

@@ -68,9 +68,12 @@ void LinuxSensorChips::find() {
     auto chip = std::make_shared<Chip>();
     chip->last = each.chip;
     chip->found = std::move(each);
-    if (known != chips_.end()) chip->speed = (*known)->speed;
-    // The values go on where the sensors are the same.
-    if (known != chips_.end() && (*known)->found.chip == chip->found.chip) chip->last = (*known)->last;
+    // Values and limits go on where the sensors are the same.
+    if (known != chips_.end() && (*known)->found.chip == chip->found.chip) {
+      chip->speed = (*known)->speed;
+      chip->last = (*known)->last;
+      chip->wasRead = (*known)->wasRead;
+    }
     chips.push_back(std::move(chip));
   }
   chips_ = std::move(chips);
@@ -85,12 +88,18 @@ void LinuxSensorChips::readOn(Queue& queue, const std::shared_ptr<Chip>& chip) {
 }
 
 void LinuxSensorChips::readNow(Chip& chip) {
+  std::optional<SensorChip> last;
+  {
+    const std::lock_guard lock(mutex_);
+    if (chip.wasRead) last = chip.last;
+  }
   const Seconds begin = clock_.monotonic();
-  auto reading = reader_.read(chip.found);
+  auto reading = reader_.read(chip.found, last ? &*last : nullptr);
   const bool wasSlow = clock_.monotonic() - begin > slowFrom;
   if (reading.state == ChipState::vanished) findSoon_ = true;
   {
     const std::lock_guard lock(mutex_);
+    chip.wasRead |= reading.state == ChipState::read;
     chip.last = std::move(reading.chip);
     chip.isUnderWay = false;
     chip.quickTimes = wasSlow ? 0 : chip.quickTimes + 1;

@@ -43,7 +43,8 @@ private:
     FoundChip found;
     SensorChip last; ///< the values of its last reading
     Speed speed = Speed::unknown;
-    int quickTimes = 0; ///< readings of a slow chip in a row that were not slow
+    int quickTimes = 0;   ///< readings of a slow chip in a row that were not slow
+    bool wasRead = false; ///< its limits are known
     bool isUnderWay = false;
   };
 

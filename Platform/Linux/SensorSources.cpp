@@ -39,7 +39,7 @@ SourceReport examined(ChipReader& reader, const FoundChip& chip, const Clock& cl
   const bool isSlow = first > LinuxSensorChips::slowFrom;
   // A slow chip is not asked again and again, for nothing but a better figure.
   report.microseconds =
-      isSlow ? first.count() * 1e6 : readingMicroseconds(&clock, [&] { reader.read(chip); });
+      isSlow ? first.count() * 1e6 : readingMicroseconds(&clock, [&] { reader.read(chip, &reading.chip); });
   if (isSlow) report.reason = localized("It answers slowly, and is read beside the cycle.");
   return report;
 }

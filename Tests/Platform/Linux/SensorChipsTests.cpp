@@ -212,6 +212,21 @@ TEST_F(SensorChipsTests, aSlowChipHoldsUpNobody) {
   EXPECT_EQ(cost(), Seconds(0));
 }
 
+TEST_F(SensorChipsTests, theLimitsOfFansAreReadOnceForAChip) {
+  chip("hwmon0", "board", "40000");
+  for (const auto* file : {"fan1_input", "fan1_max"})
+    tree.write(std::string("sys/class/hwmon/hwmon0/") + file, "1500\n");
+  settled(own);
+  files.read.clear();
+  time.clock().elapse(LinuxSensorChips::searchInterval);
+  EXPECT_THAT(settled(own).fans, ElementsAre(FanReading{"board fan1", "Fan 1", 1500, 0, 1500}));
+  EXPECT_FALSE(wasRead("fan1_max"));
+  tree.write("sys/class/hwmon/hwmon0/fan2_input", "900\n");
+  time.clock().elapse(LinuxSensorChips::searchInterval);
+  EXPECT_EQ(settled(own).fans.size(), 2u);
+  EXPECT_TRUE(wasRead("fan1_max")) << "it is another chip now";
+}
+
 TEST_F(SensorChipsTests, whatSleepsIsLeftAsleep) {
   chip("hwmon0", "amdgpu", "40000");
   tree.write("sys/class/hwmon/hwmon0/device/power/control", "auto\n");
