@@ -3,6 +3,7 @@
 #include "Base/Localization.h"
 #include "Base/Text.h"
 #include "Base/UUID.h"
+#include "Base/Value.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -107,6 +108,15 @@ CommandLineTool::Linked CommandLineTool::link(const Cancellation& cancellation) 
           localized("Installed at ~/.local/bin/korvell, but ~/.local/bin is not on your PATH. Add {line} to "
                     "{profile}.",
                     {{"line", profile.line}, {"profile", profile.file}})};
+}
+
+std::string CommandLineTool::claudeCommand() const {
+  return "claude mcp add korvell -- " + shellQuoted(toolPath()) + " mcp";
+}
+
+std::string CommandLineTool::clientSnippet() const {
+  return "{\n  \"mcpServers\": {\n    \"korvell\": {\n      \"command\": " + dumpJSON(toolPath()) +
+         ",\n      \"args\": [\"mcp\"]\n    }\n  }\n}";
 }
 
 bool CommandLineTool::isOnPATH(const Cancellation& cancellation) const {

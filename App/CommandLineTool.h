@@ -1,5 +1,5 @@
 #pragma once
-// The command line tool that comes with the application, linked into the user's PATH.
+// The command line tool that comes with the application: linked into the user's PATH, and told to agents.
 
 #include "Base/Cancellation.h"
 #include "Base/Shell.h"
@@ -38,6 +38,10 @@ public:
   Linked link(const Cancellation& cancellation = {}) const;
   /// The same; its message.
   std::string install(const Cancellation& cancellation = {}) const { return link(cancellation).message; }
+  /// What adds the tool to Claude Code, for a shell.
+  std::string claudeCommand() const;
+  /// What adds it to other agents' programs: their configuration in JSON, of several lines.
+  std::string clientSnippet() const;
 
 private:
   bool isOnPATH(const Cancellation& cancellation) const;

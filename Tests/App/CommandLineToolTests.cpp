@@ -143,6 +143,17 @@ TEST_F(CommandLineToolTests, quotedTextReachesAShellAsItIs) {
   }
 }
 
+TEST_F(CommandLineToolTests, agentsAreToldWhereTheToolIs) {
+  const CommandLineTool plain({.program = "/opt/it's/korvell-app"});
+  EXPECT_EQ(plain.claudeCommand(), "claude mcp add korvell -- '/opt/it'\\''s/korvell' mcp");
+  EXPECT_EQ(plain.clientSnippet(), "{\n  \"mcpServers\": {\n    \"korvell\": {\n      \"command\": "
+                                   "\"/opt/it's/korvell\",\n      \"args\": [\"mcp\"]\n    }\n  }\n}");
+  const CommandLineTool odd({.program = "/opt/\"a\\b\"/korvell-app"});
+  const auto snippet = parseJSON(odd.clientSnippet());
+  ASSERT_TRUE(snippet);
+  EXPECT_EQ(*snippet->find("mcpServers")->find("korvell")->find("command"), Value(odd.toolPath()));
+}
+
 struct HelperSwitchTests : testing::Test {
   FakeUsageHelper helper;
   std::vector<std::string> asked;

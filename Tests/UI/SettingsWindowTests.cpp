@@ -9,6 +9,9 @@
 #include "UI/Kit/Labels.h"
 #include "UI/Kit/Switches.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
+
 namespace korvell {
 namespace {
 
@@ -32,7 +35,7 @@ struct SettingsWindowTests : AppFixture {
             .defaults = defaults,
             .loginItem = login,
             .helper = &helper,
-            .context = {},
+            .context = {.claudeCommand = "claude mcp add", .clientSnippet = "{\n}"},
             .main = *main,
             .work = *work,
             .turnHelper = [](bool, const Cancellation&) { return success(); },
@@ -106,6 +109,14 @@ TEST_F(SettingsWindowTests, outcomesStandBelowTheTool) {
   settle();
   EXPECT_EQ(install.words(), "Install");
   EXPECT_TRUE(named<TextLabel>("Installed.").isVisible());
+}
+
+TEST_F(SettingsWindowTests, whatAgentsNeedIsCopied) {
+  open();
+  named<Button>("Copy: Add to Claude Code").press();
+  EXPECT_EQ(QGuiApplication::clipboard()->text(), "claude mcp add");
+  named<Button>("Copy: Other MCP clients").press();
+  EXPECT_EQ(QGuiApplication::clipboard()->text(), "{\n}");
 }
 
 TEST_F(SettingsWindowTests, thereIsOneWhichEscClosesAfterItsBanner) {

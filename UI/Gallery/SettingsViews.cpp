@@ -20,6 +20,12 @@ SettingsPage usual() {
   page.opensAtLogin = {.title = "Open at login", .isOn = true};
   page.helper = {.explanation = explanation, .state = "Not enabled", .action = "Enable", .turnsOn = true};
   page.tool = {"Links korvell into ~/.local/bin so you can run korvell status in Terminal.", "Install", ""};
+  page.agents = {
+      "Agents can read the health score, top apps and dev servers, and quit apps or stop servers after "
+      "asking you.",
+      "claude mcp add korvell -- '/usr/bin/korvell' mcp",
+      "{\n  \"mcpServers\": {\n    \"korvell\": {\n      \"command\": \"/usr/bin/korvell\",\n      "
+      "\"args\": [\"mcp\"]\n    }\n  }\n}"};
   page.history = "~/.local/share/korvell/history.sqlite";
   page.ownCost = "0.3% of one core, 38.2 MB";
   page.updates = {.title = "Automatically check for updates",
@@ -93,6 +99,7 @@ constexpr LocalizedText longWords[] = {
     {"Light", "Helle Farben"},
     {"Dark", "Dunkle Farben"},
     {"System processes", "Prozesse, die dem System gehören"},
+    {"Command line & agents", "Befehlszeile und Agenten"},
     {"Command line tool", "Werkzeug für die Befehlszeile"},
     {"Korvell itself", "Was Korvell selbst verbraucht"},
 };
@@ -105,7 +112,10 @@ SettingsPage longTexts() {
     each->title = longer(each->title);
     each->detail = longer(each->detail);
   }
-  for (auto* words : {&page.helper.explanation, &page.helper.state, &page.helper.action,
+  page.agents.claudeCommand =
+      "claude mcp add korvell -- '/home/u/a-home/of-folders/within-folders/and-one-name-"
+      "that-is-too-long-for-any-line-of-this-page/korvell' mcp";
+  for (auto* words : {&page.agents.note, &page.helper.explanation, &page.helper.state, &page.helper.action,
                       &page.helper.approval, &page.tool.note, &page.tool.action, &page.ownCost})
     *words = longer(*words);
   page.history = "~/.var/a-home-with-a-very-long-name/of-folders/within-folders/.local/share/korvell/"

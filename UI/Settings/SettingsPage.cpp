@@ -95,6 +95,10 @@ SettingsPage settingsPage(const Model& model, const UserDefaults& defaults, cons
   page.helper = helperPart(answers);
   page.tool = {localized("Links korvell into ~/.local/bin so you can run korvell status in Terminal."),
                answers.isInstalling ? localized("Installing…") : localized("Install"), answers.toolOutcome};
+  page.agents = {
+      localized("Agents can read the health score, top apps and dev servers, and quit apps or stop "
+                "servers after asking you."),
+      context.claudeCommand, context.clientSnippet};
   page.history = shownPath(context.historyPath, context.home);
   page.ownCost = ownCost(model, context.self);
   page.updates = {.title = localized("Automatically check for updates"),

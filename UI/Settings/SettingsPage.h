@@ -42,6 +42,12 @@ struct SettingsPage {
     bool operator==(const Tool&) const = default;
   };
 
+  /// For agents: texts to copy.
+  struct Agents {
+    std::string note, claudeCommand, clientSnippet;
+    bool operator==(const Agents&) const = default;
+  };
+
   std::string trouble, advice; ///< what is wrong with the settings as a whole; empty while all is well
   int refusals = 0;            ///< changes that were not stored: each is told, also after a dismissal
   std::vector<Style> styles;   ///< in the order of MenuBarStyle
@@ -51,6 +57,7 @@ struct SettingsPage {
   TemperatureUnit temperatures = TemperatureUnit::celsius;
   Helper helper;
   Tool tool;
+  Agents agents;
   std::string history; ///< the file, "~" for the home folder
   std::string ownCost; ///< "0.3% of one core, 38.2 MB"
   Switch updates;
@@ -81,6 +88,7 @@ struct SettingsContext {
   SystemKind system = SystemKind::linuxDesktop;
   std::string home, historyPath;
   ProcessID self = 0; ///< the process whose cost is Korvell's own
+  std::string claudeCommand, clientSnippet;
 };
 
 SettingsPage settingsPage(const Model& model, const UserDefaults& defaults, const SettingsContext& context,

@@ -6,6 +6,8 @@
 #include "UI/Tray/WideForm.h"
 
 #include <QBoxLayout>
+#include <QClipboard>
+#include <QGuiApplication>
 
 #include <algorithm>
 #include <utility>
@@ -26,6 +28,14 @@ Layout* bare(Layout* layout) {
   layout->setContentsMargins(0, 0, 0, 0);
   layout->setSpacing(0);
   return layout;
+}
+
+/// Spaces that a wrapped label keeps at the start of a line.
+std::string indented(std::string words) {
+  constexpr std::string_view step = "  ", kept = "\u00a0\u00a0";
+  for (auto at = words.find(step); at != std::string::npos; at = words.find(step, at + kept.size()))
+    words.replace(at, step.size(), kept);
+  return words;
 }
 
 void setWords(Button& button, const std::string& words) {
@@ -256,12 +266,28 @@ void SettingsView::makeHelper() {
 }
 
 void SettingsView::makeTool() {
-  auto group = startGroup(localized("Command line"));
+  auto group = startGroup(localized("Command line & agents"));
   tool_ = new Row(theme_, localized("Command line tool"), group.plate);
   install_ = new Button(theme_, Button::Kind::plain, "", tool_);
   install_->onPress([this] { handlers_.installTool(); });
   tool_->addControl(*install_);
   group.add(*tool_);
+  agents_ = new Row(theme_, "", group.plate);
+  group.add(*agents_);
+  claude_ = addCopied(group, localized("Add to Claude Code"), &SettingsPage::Agents::claudeCommand);
+  clients_ = addCopied(group, localized("Other MCP clients"), &SettingsPage::Agents::clientSnippet);
+}
+
+SettingsView::Row* SettingsView::addCopied(Group& group, const std::string& title,
+                                           std::string SettingsPage::Agents::*words) {
+  auto* row = new Row(theme_, title, group.plate);
+  auto* copy = new Button(theme_, Button::Kind::quiet, localized("Copy"), row);
+  copy->setMark(Button::Mark::copy);
+  copy->setName(localized("Copy: {what}", {{"what", title}}));
+  copy->onPress([this, words] { QGuiApplication::clipboard()->setText(text(copied_.*words)); });
+  row->addControl(*copy);
+  group.add(*row);
+  return row;
 }
 
 void SettingsView::makeData() {
@@ -311,6 +337,10 @@ void SettingsView::show(const SettingsPage& page) {
   showHelper(page.helper);
   tool_->tell(page.tool.note, page.tool.outcome, {});
   setWords(*install_, page.tool.action);
+  copied_ = page.agents;
+  agents_->tell(page.agents.note, {}, {});
+  claude_->tell(page.agents.claudeCommand, {}, {});
+  clients_->tell(indented(page.agents.clientSnippet), {}, {});
   if (const auto path = text(page.history); history_->text() != path) {
     history_->setText(path);
     history_->setToolTip(path);

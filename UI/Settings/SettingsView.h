@@ -54,6 +54,7 @@ private:
   void makeGeneral();
   void makeHelper();
   void makeTool();
+  Row* addCopied(Group& group, const std::string& title, std::string SettingsPage::Agents::*words);
   void makeData();
   void makeUpdates();
   void makeAlerts();
@@ -87,6 +88,8 @@ private:
   } helper_{};
   Row* tool_;
   Button* install_;
+  Row *agents_, *claude_, *clients_;
+  SettingsPage::Agents copied_;
   TextField* history_;
   TextLabel* ownCost_;
   SwitchRow* updates_;
