@@ -81,6 +81,17 @@ void AppModel::targets(const AppUsage& app, bool force, std::function<void(std::
       });
 }
 
+void AppModel::identify(ProcessID pid,
+                        std::function<void(const std::optional<ProcessSampler::Identity>&)> done) {
+  sampler_->queue().async(
+      [watch = life_.watch(), sampler = sampler_.get(), &main = main_, pid, done = std::move(done)] {
+        const auto* found = sampler->processes().identity(pid);
+        main.async([watch, process = found ? std::optional(*found) : std::nullopt, done] {
+          if (watch.get()) done(process);
+        });
+      });
+}
+
 void AppModel::quit(const AppUsage& app, bool force, std::function<void(QuitResult)> done) {
   targets(app, force, [this, force, done = std::move(done)](std::vector<QuitTarget> targets) {
     quit(std::move(targets), force, done);

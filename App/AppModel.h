@@ -63,6 +63,8 @@ public:
   void quit(std::vector<QuitTarget> targets, bool force, std::function<void(QuitResult)> done);
   /// Who would be ended, as the last cycle found them: see quitTargets().
   void targets(const AppUsage& app, bool force, std::function<void(std::vector<QuitTarget>)> done);
+  /// What is known of a process of the last cycle; nothing when it is gone.
+  void identify(ProcessID pid, std::function<void(const std::optional<ProcessSampler::Identity>&)> done);
   void rescanStartupItems(Task done);
   /// Stops a leftover's job and moves its file to the Trash.
   void remove(const StartupItem& item, std::function<void(Outcome)> done);

@@ -2,7 +2,7 @@
 
 #include "App/Assembly.h"
 #include "App/JSONDocuments.h"
-#include "Base/Text.h"
+#include "App/OwnerLines.h"
 #include "Tool/Commands.h"
 #include "Tool/Measure.h"
 #include "Tool/Suggestions.h"
@@ -23,8 +23,6 @@ void keepFirst(std::vector<T>& list, std::int64_t limit) {
 
 // Why
 
-std::string orDash(const std::string& text) { return text.empty() ? "–" : escapedControls(text); }
-
 int runWhy(Context& context, std::int64_t number, bool json) {
   Assembly assembly(context.host, context.clock);
   const auto sampler = assembly.makeProcessSampler();
@@ -33,21 +31,11 @@ int runWhy(Context& context, std::int64_t number, bool json) {
   const auto* identity = pid == number ? sampler->identity(pid) : nullptr;
   if (!identity)
     return fail(context, localized("There is no process {pid}", {{"pid", std::to_string(number)}}));
-  const auto& [owner, rule] = identity->owner;
-  const auto& facts = identity->facts;
   if (json) {
     printJSON(context.out, ownerValue(pid, *identity));
     return exitOK;
   }
-  const std::pair<std::string, std::string> lines[] = {
-      {localized("Process"), fmt::format("{} (PID {})", escapedControls(identity->name()), pid)},
-      {localized("Application"), escapedControls(owner->name)},
-      {localized("Decided by"), std::string(rule)},
-      {localized("Key"), escapedControls(owner->key)},
-      {localized("Program"), orDash(facts.path)},
-      {localized("Control group"), orDash(facts.controlGroup)},
-      {localized("Launched from"), orDash(facts.desktopFile)}};
-  for (const auto& [label, text] : lines)
+  for (const auto& [label, text] : ownerLines(pid, *identity))
     context.out.line(context.out.ink(Ink::bold, fmt::format("{:<15}", label)) + text);
   return exitOK;
 }

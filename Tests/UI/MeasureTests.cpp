@@ -209,6 +209,28 @@ TEST_F(MeasureTests, onlyWhatIsThereIsAskedToQuit) {
   EXPECT_EQ(asked("edit"), "no request");
   EXPECT_EQ(asked(std::string(linuxSystemGroup.key)), "no request");
   EXPECT_EQ(asked(std::string(linuxSystemGroup.key) + "\n100"), "no request");
+  EXPECT_EQ(processOf(model, "editor"), model.snapshot->apps.front().processes.front().pid);
+  EXPECT_EQ(processOf(model, "editor\n101"), 101);
+  EXPECT_EQ(processOf(model, "editor\n"), std::nullopt);
+  EXPECT_EQ(processOf(model, "editor\n102"), std::nullopt);
+  EXPECT_EQ(processOf(model, "gone"), std::nullopt);
+}
+
+TEST_F(MeasureTests, aPlaceIsRestoredWhenItsRangeIsWhole) {
+  record(0, 30, 50, {app("build", {200})});
+  model.step(snapshot(scheduler.clock().now(), 10));
+  const auto before = open(Metric::cpu);
+  before->setRange(HistoryRange::h12);
+  scheduler.run();
+  before->pin(start + Seconds{600});
+  const auto pinned = before->pinned();
+  ASSERT_TRUE(pinned);
+  const auto session = open(Metric::cpu);
+  session->restore(HistoryRange::h12, pinned);
+  EXPECT_EQ(session->pinned(), std::nullopt);
+  scheduler.run();
+  EXPECT_EQ(session->range(), HistoryRange::h12);
+  EXPECT_EQ(session->pinned(), pinned);
 }
 
 TEST_F(MeasureTests, theOldPictureStaysUntilTheNewOneIsWhole) {

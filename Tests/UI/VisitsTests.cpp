@@ -23,6 +23,21 @@ TEST(VisitsTests, backAndForwardAsInABrowser) {
   EXPECT_EQ(visits.back(), std::nullopt);
 }
 
+TEST(VisitsTests, eachVisitIsFoundWhereItWasLeft) {
+  Visits visits;
+  visits.keep({.top = 1, .range = 0, .moment = {}}); // nothing is shown yet
+  visits.visit(cpu);
+  const PagePlace far{.top = 400, .range = 2, .moment = Date{60}};
+  visits.keep(far);
+  visits.visit(memory);
+  EXPECT_EQ(visits.place(), PagePlace());
+  visits.visit(cpu);
+  EXPECT_EQ(visits.place(), PagePlace()) << "another visit begins anew";
+  visits.back();
+  visits.back();
+  EXPECT_EQ(visits.place(), far);
+}
+
 TEST(VisitsTests, theOldestGo) {
   Visits visits;
   for (std::size_t i = 0; i < Visits::most; ++i) visits.visit(i % 2 == 0 ? cpu : memory);

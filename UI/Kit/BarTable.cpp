@@ -330,7 +330,7 @@ void BarTable::mousePressEvent(QMouseEvent* event) {
 void BarTable::contextMenuEvent(QContextMenuEvent* event) {
   const bool byKey = event->reason() == QContextMenuEvent::Keyboard;
   const auto index = byKey ? currentRow() : rowAt(QPointF(event->pos()));
-  if (!index || !data_.rows[*index].hasActions || !menu_) return event->ignore();
+  if (!index || !menu_) return event->ignore();
   const auto key = data_.rows[*index].key;
   current_ = key;
   menu_(key, byKey ? mapToGlobal(rowBox(*index).center().toPoint()) : event->globalPos());

@@ -31,12 +31,22 @@ ScrollArea::ScrollArea(const Theme& theme, Token ground, QWidget* parent)
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setFocusPolicy(Qt::NoFocus);
   dress();
+  connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, [this] {
+    if (wanted_) scrollTo(*wanted_);
+  });
+  connect(verticalScrollBar(), &QScrollBar::actionTriggered, this, [this] { wanted_.reset(); });
   themeSubscription_ = theme.observe([this] { dress(); });
 }
 
 void ScrollArea::setContent(QWidget& content) {
   content.setAutoFillBackground(false);
   setWidget(&content);
+}
+
+void ScrollArea::scrollTo(int top) {
+  wanted_ = top;
+  verticalScrollBar()->setValue(top);
+  if (verticalScrollBar()->maximum() >= top) wanted_.reset();
 }
 
 void ScrollArea::dress() {

@@ -6,6 +6,8 @@
 #include <QScrollArea>
 #include <QScrollBar>
 
+#include <optional>
+
 namespace korvell {
 
 /// A thumb of 6 without a track in a lane of 12, darker while pointed at; for scroll areas that are not ours
@@ -18,11 +20,14 @@ public:
   ScrollArea(const Theme& theme, Token ground, QWidget* parent);
   /// Takes it over.
   void setContent(QWidget& content);
+  /// As soon as the content is high enough, unless somebody scrolls before.
+  void scrollTo(int top);
 
 private:
   void dress();
   const Theme& theme_;
   Token ground_;
+  std::optional<int> wanted_;
   Subscription themeSubscription_;
 };
 

@@ -295,6 +295,17 @@ std::optional<QuitRequest> quitRequest(const Model& model, const std::string& ke
   return std::nullopt;
 }
 
+std::optional<ProcessID> processOf(const Model& model, const std::string& key) {
+  const auto cut = key.find(partSeparator);
+  const auto app = std::ranges::find(model.snapshot->apps, key.substr(0, cut), &AppUsage::id);
+  if (app == model.snapshot->apps.end() || app->processes.empty()) return std::nullopt;
+  if (cut == std::string::npos) return app->mainPID.value_or(app->processes.front().pid);
+  const auto pid = parseInteger<ProcessID>(std::string_view(key).substr(cut + 1));
+  const bool isThere =
+      pid && std::ranges::find(app->processes, *pid, &ProcessUsage::pid) != app->processes.end();
+  return isThere ? pid : std::nullopt;
+}
+
 std::string copiedText(const BarTableData& table, const std::string& key) {
   for (const auto& row : table.rows) {
     if (row.key != key) continue;

@@ -46,6 +46,9 @@ AppList pastAppList(Metric metric, const std::vector<AppTotal>& totals, const Ap
 
 /// What a row's keys stand for. Nothing for rows that can't be quit, or are gone.
 std::optional<QuitRequest> quitRequest(const Model& model, const std::string& key, bool force);
+/// The process that a row stands for: its own, or the one that stands for its application. Nothing for rows
+/// of the past, and where there is none.
+std::optional<ProcessID> processOf(const Model& model, const std::string& key);
 /// The row in one line, to be copied.
 std::string copiedText(const BarTableData& table, const std::string& key);
 

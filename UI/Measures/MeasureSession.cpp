@@ -102,6 +102,15 @@ void MeasureSession::show(Date moment) {
   changed_();
 }
 
+void MeasureSession::restore(HistoryRange range, std::optional<Date> pinned) {
+  setRange(range);
+  if (!pinned) return;
+  if (range_ == HistoryRange::live || !isLoading())
+    pin(pinned);
+  else
+    wanted_ = pinned;
+}
+
 void MeasureSession::pin(std::optional<Date> moment) {
   const auto dates = stops(chart_);
   const auto stop = moment ? nearestStop(chart_, dates, *moment) : std::nullopt;

@@ -54,6 +54,8 @@ public:
   void pin(std::optional<Date> moment);
   /// A moment of the past, in the smallest range that has it: the chart shows it when it is whole.
   void show(Date moment);
+  /// The range with that moment pinned, if one was; when the chart is whole.
+  void restore(HistoryRange range, std::optional<Date> pinned);
   void showOtherList();
   void sort(BarTableData::Column column);
   void filter(std::string text);

@@ -90,6 +90,18 @@ void MeasureView::find() {
 
 void MeasureView::refresh() { session_.refresh(); }
 
+PagePlace MeasureView::place() const {
+  auto place = Page::place();
+  place.range = std::size_t(session_.range());
+  place.moment = session_.pinned();
+  return place;
+}
+
+void MeasureView::restore(const PagePlace& place) {
+  if (place.range < std::size(historySpans)) session_.restore(HistoryRange(place.range), place.moment);
+  Page::restore(place);
+}
+
 // Building
 
 void MeasureView::build() {
@@ -322,9 +334,13 @@ void MeasureView::ask(const std::string& key, bool force) {
 void MeasureView::showMenu(const std::string& key, QPoint where) {
   auto* menu = new Menu(services_.theme, this);
   menu->setAttribute(Qt::WA_DeleteOnClose);
-  menu->add(Icon::quit, localized("Quit…"), [this, key] { ask(key, false); });
-  menu->add(Icon::stop, localized("Force Quit…"), [this, key] { ask(key, true); });
-  menu->addRule();
+  if (quitRequest(services_.session.model, key, false)) {
+    menu->add(Icon::quit, localized("Quit…"), [this, key] { ask(key, false); });
+    menu->add(Icon::stop, localized("Force Quit…"), [this, key] { ask(key, true); });
+    menu->addRule();
+  }
+  if (const auto pid = processOf(services_.session.model, key); pid && services_.explain)
+    menu->add(Icon::info, localized("Why Is It Here?"), [this, pid = *pid] { services_.explain(pid); });
   menu->add(Icon::copy, localized("Copy"), [this, key] {
     QGuiApplication::clipboard()->setText(text(copiedText(session_.list().table, key)));
   });

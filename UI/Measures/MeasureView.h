@@ -37,6 +37,8 @@ public:
     /// Describes what would be done, asks and does it.
     std::function<void(const ActionRequest&)> ask;
     std::function<void(SidebarItem)> open;
+    /// Tells why a process counts to its application; absent where nobody knows.
+    std::function<void(ProcessID)> explain{};
     std::function<void()> openBatterySettings; ///< absent where the desktop has none
     Pictures* pictures = nullptr;              ///< of applications
   };
@@ -47,12 +49,15 @@ public:
   QWidget* control() override;
   void find() override;
   void refresh() override;
+  PagePlace place() const override;
+  void restore(const PagePlace& place) override;
 
   MeasureSession& session() { return session_; }
   BarTable& table() { return *table_; }
   ChartView& chart() { return *chart_; }
 
 protected:
+  ScrollArea* scrolled() const override { return scroll_; }
   void resizeEvent(QResizeEvent*) override;
 
 private:

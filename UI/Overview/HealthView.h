@@ -29,6 +29,7 @@ public:
   void onShare(std::function<void()> handler);
 
 protected:
+  ScrollArea* scrolled() const override { return scroll_; }
   void resizeEvent(QResizeEvent* event) override;
   bool eventFilter(QObject* watched, QEvent* event) override;
 

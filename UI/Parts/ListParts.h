@@ -128,6 +128,7 @@ public:
 protected:
   ListPage(const Theme& theme, SidebarItem section, QWidget* parent);
 
+  ScrollArea* scrolled() const override { return scroll_; }
   /// Every row that arrow keys reach, from top to bottom.
   virtual std::vector<ListRow*> rows() const = 0;
   /// The page's width has changed.

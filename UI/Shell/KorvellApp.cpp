@@ -2,6 +2,7 @@
 
 #include "App/AppearanceChoice.h"
 #include "App/LastResort.h"
+#include "App/OwnerLines.h"
 #include "Base/FreeMemory.h"
 #include "Base/SystemQueue.h"
 #include "Core/Health/SeenAlerts.h"
@@ -21,6 +22,7 @@
 #include "UI/Storage/StorageView.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QFontInfo>
 #include <QWindow>
 #include <cstdio>
@@ -31,6 +33,8 @@ namespace {
 
 /// For a scan that is under way to end.
 constexpr Seconds timeToEnd{5};
+/// A mean over a week hardly moves faster.
+constexpr Seconds weekScoreAge{600};
 /// A click on the item closes an open panel before it is told: that click opens it no second time.
 constexpr int sameClick = 300; // milliseconds
 
@@ -260,6 +264,7 @@ std::unique_ptr<Page> KorvellApp::makeMeasurePage(Metric metric, QWidget& window
       .ask = [this, &window,
               &banner](const ActionRequest& request) { errands_.run(request, window, banner); },
       .open = [this](SidebarItem section) { model_->selection.set(section); },
+      .explain = [this, &window, &banner](ProcessID pid) { explain(pid, window, banner); },
       .pictures = &pictures_};
   if (host_.openBatterySettings) services.openBatterySettings = [this] { openBatterySettings(); };
   auto page = std::make_unique<MeasureView>(std::move(services), metric);
@@ -279,7 +284,10 @@ std::unique_ptr<Page> KorvellApp::makeHealthPage(QWidget& window, Banner& banner
   view->onOpen([this](SidebarItem section) { model_->selection.set(section); });
   view->onShare([this, &banner] { sharing_.share(banner); });
   view->onStep([this, &window, &banner](const Step& step) { takeStep(step, window, banner); });
-  keepWith(*view, model_->cycle.observe([refresh](std::int64_t) { refresh(); }));
+  keepWith(*view, model_->cycle.observe([this, refresh](std::int64_t) {
+    if (model_->snapshot->date - weekScoreAt_ >= weekScoreAge) askWeekScore();
+    refresh();
+  }));
   refresh();
   askWeekScore();
   return page;
@@ -292,10 +300,32 @@ void KorvellApp::takeStep(const Step& step, QWidget& window, Banner& banner) {
   openBatterySettings();
 }
 
+void KorvellApp::explain(ProcessID pid, QWidget& window, Banner& banner) {
+  const auto show = [this, pid, over = QPointer(&window),
+                     told = QPointer(&banner)](const std::optional<ProcessSampler::Identity>& process) {
+    if (!over || !told) return;
+    if (!process)
+      return told->say(Tone::info, localized("There is no process {pid}", {{"pid", std::to_string(pid)}}));
+    Question question{.title = localized("Why is {name} here?", {{"name", process->name()}}),
+                      .action = localized("Copy"),
+                      .cancel = localized("Close")};
+    std::string all;
+    for (const auto& [label, words] : ownerLines(pid, *process)) {
+      question.well.push_back(label + ": " + words);
+      all += label + ": " + words + "\n";
+    }
+    Dialog::ask(theme_, question, *over, [all](bool copies) {
+      if (copies) QGuiApplication::clipboard()->setText(text(all));
+    });
+  };
+  model_->identify(pid, show);
+}
+
 void KorvellApp::openBatterySettings() { desktopQueue().async(host_.openBatterySettings); }
 
 void KorvellApp::askWeekScore() {
   constexpr Seconds week{7 * 86'400.0};
+  weekScoreAt_ = model_->snapshot->date;
   model_->queries().averageScore(model_->snapshot->date - week,
                                  [this](const std::optional<double>& score) { weekScore_ = score; });
 }

@@ -47,6 +47,8 @@ private:
   void listen();
   void takeStep(const Step& step, QWidget& window, Banner& banner);
   void openBatterySettings();
+  /// Shows why a process counts to its application.
+  void explain(ProcessID pid, QWidget& window, Banner& banner);
   void askWeekScore();
   std::unique_ptr<Page> makeHealthPage(QWidget& window, Banner& banner);
   std::unique_ptr<Page> makeMeasurePage(Metric metric, QWidget& window, Banner& banner);
@@ -84,6 +86,7 @@ private:
   Errands errands_;
   CardSharing sharing_;
   std::optional<double> weekScore_;
+  Date weekScoreAt_ = Date::distantPast(); ///< when it was asked for
   AIPeriod aiPeriod_ = AIPeriod::week;
   std::unique_ptr<Queue> desktop_; ///< null until the first
   Pictures pictures_;

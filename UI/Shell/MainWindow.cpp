@@ -140,8 +140,8 @@ private:
       key(QKeySequence(Qt::CTRL | Qt::Key(Qt::Key_1 + i)), [this, i] { openAt(i); });
     key(QKeySequence("Ctrl+PgUp"), [this] { step(-1); });
     key(QKeySequence("Ctrl+PgDown"), [this] { step(1); });
-    key(QKeySequence("Alt+Left"), [this] { revisit(owner_.visits_.back()); });
-    key(QKeySequence("Alt+Right"), [this] { revisit(owner_.visits_.forward()); });
+    key(QKeySequence("Alt+Left"), [this] { revisit(&Visits::back); });
+    key(QKeySequence("Alt+Right"), [this] { revisit(&Visits::forward); });
     key(QKeySequence("Ctrl+F"), [this] {
       if (page_) page_->find();
     });
@@ -187,14 +187,22 @@ private:
       services_.model.selection.set(all[std::size_t(place)]);
   }
 
-  void revisit(std::optional<SidebarItem> item) {
-    if (item) services_.model.selection.set(*item);
+  void keepPlace() {
+    if (page_) owner_.visits_.keep(page_->place());
+  }
+
+  void revisit(std::optional<SidebarItem> (Visits::*where)()) {
+    keepPlace();
+    isRevisit_ = true;
+    if (const auto item = (owner_.visits_.*where)()) services_.model.selection.set(*item);
+    isRevisit_ = false;
   }
 
   void openSelected() {
     const auto item = services_.model.selection->value_or(SidebarItem::overview);
     if (page_ && item == shown_) return;
     shown_ = item;
+    if (!isRevisit_) keepPlace();
     owner_.visits_.visit(item);
     if (page_) {
       // Not at once: one of its own buttons may have led here.
@@ -212,6 +220,7 @@ private:
       if (auto* control = page_->control()) header_->addWidget(control);
       content_->addWidget(page_, 1);
       page_->show();
+      if (isRevisit_) page_->restore(owner_.visits_.place());
     }
     refreshSidebar();
   }
@@ -225,6 +234,7 @@ private:
   QVBoxLayout* content_ = nullptr;
   Page* page_ = nullptr;
   SidebarItem shown_ = SidebarItem::overview;
+  bool isRevisit_ = false; ///< the page that opens now was there before
   Subscription cycles_, selections_;
 };
 

@@ -26,7 +26,6 @@ class FreedLog;
 class Ground;
 class IconLabel;
 class OutcomeLabel;
-class ScrollArea;
 class TextLabel;
 
 class StorageView : public Page {
@@ -58,6 +57,7 @@ public:
   Button& cancelButton() { return *cancel_; }
 
 protected:
+  ScrollArea* scrolled() const override { return scroll_; }
   void resizeEvent(QResizeEvent*) override;
   void keyPressEvent(QKeyEvent*) override;
   bool eventFilter(QObject*, QEvent*) override;

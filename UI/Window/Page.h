@@ -2,6 +2,9 @@
 // A section as the main window shows it: a title and at most one control in the header, a widget below it
 // that scrolls by itself. Made when the section is opened and gone when another one is.
 
+#include "UI/Kit/Scroll.h"
+#include "UI/Window/Visits.h"
+
 #include <QWidget>
 
 #include <string>
@@ -18,6 +21,13 @@ public:
   /// The keys for "find in this list" and "measure again".
   virtual void find() {}
   virtual void refresh() {}
+  /// For coming back to it.
+  virtual PagePlace place() const;
+  virtual void restore(const PagePlace& place);
+
+protected:
+  /// What its content scrolls in; null where nothing does.
+  virtual ScrollArea* scrolled() const { return nullptr; }
 };
 
 } // namespace korvell

@@ -3,23 +3,27 @@
 namespace korvell {
 
 void Visits::visit(SidebarItem item) {
-  if (!items_.empty()) {
-    if (items_[shown_] == item) return;
-    items_.resize(shown_ + 1);
+  if (!visits_.empty()) {
+    if (visits_[shown_].section == item) return;
+    visits_.resize(shown_ + 1);
   }
-  items_.push_back(item);
-  if (items_.size() > most) items_.erase(items_.begin());
-  shown_ = items_.size() - 1;
+  visits_.push_back({item});
+  if (visits_.size() > most) visits_.erase(visits_.begin());
+  shown_ = visits_.size() - 1;
 }
 
 std::optional<SidebarItem> Visits::back() {
-  if (items_.empty() || shown_ == 0) return std::nullopt;
-  return items_[--shown_];
+  if (visits_.empty() || shown_ == 0) return std::nullopt;
+  return visits_[--shown_].section;
 }
 
 std::optional<SidebarItem> Visits::forward() {
-  if (shown_ + 1 >= items_.size()) return std::nullopt;
-  return items_[++shown_];
+  if (shown_ + 1 >= visits_.size()) return std::nullopt;
+  return visits_[++shown_].section;
+}
+
+void Visits::keep(const PagePlace& place) {
+  if (!visits_.empty()) visits_[shown_].place = place;
 }
 
 } // namespace korvell

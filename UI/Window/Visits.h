@@ -9,6 +9,15 @@
 
 namespace korvell {
 
+/// Where on its page somebody was.
+struct PagePlace {
+  int top = 0;                ///< how far it was scrolled, in logical pixels
+  std::size_t range = 0;      ///< of a chart, counted from the shortest
+  std::optional<Date> moment; ///< that was pinned
+
+  bool operator==(const PagePlace&) const = default;
+};
+
 class Visits {
 public:
   static constexpr std::size_t most = 100;
@@ -19,8 +28,16 @@ public:
   std::optional<SidebarItem> back();
   std::optional<SidebarItem> forward();
 
+  /// What the page that is shown is found at when somebody comes back to it; at its beginning until then.
+  void keep(const PagePlace& place);
+  PagePlace place() const { return visits_.empty() ? PagePlace() : visits_[shown_].place; }
+
 private:
-  std::vector<SidebarItem> items_; ///< oldest first
+  struct Visit {
+    SidebarItem section;
+    PagePlace place{};
+  };
+  std::vector<Visit> visits_; ///< oldest first
   std::size_t shown_ = 0;
 };
 
