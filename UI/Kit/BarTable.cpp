@@ -136,6 +136,11 @@ std::string BarTable::spokenValue() const {
   return index ? data_.rows[*index].spoken : "";
 }
 
+Spoken::Row BarTable::spokenRow(std::size_t index) const {
+  return {
+      .name = data_.rows[index].spoken, .place = rowBox(index).toRect(), .isCurrent = currentRow() == index};
+}
+
 BarTable::Columns BarTable::columns() const {
   const double end = width() - overhang;
   const bool isWide = width() >= theme().scaled(wide);
@@ -395,6 +400,7 @@ void BarTable::moveTo(std::size_t index) {
   if (reveal_) reveal_(rowBox(index).toAlignedRect());
   QAccessibleValueChangeEvent changed(this, text(spokenValue()));
   QAccessible::updateAccessibility(&changed);
+  tellRowFocused(*this, index);
 }
 
 void BarTable::focusInEvent(QFocusEvent* event) {

@@ -43,6 +43,8 @@ public:
   QSize minimumSizeHint() const override;
   QAccessible::Role role() const override { return QAccessible::List; }
   std::string spokenValue() const override;
+  std::size_t spokenRows() const override { return data_.rows.size(); }
+  Row spokenRow(std::size_t index) const override;
 
 protected:
   void draw(QPainter& painter) override;

@@ -3,7 +3,9 @@
 // be pressed. A widget that also derives from Spoken is told by one factory, installed once a program.
 
 #include <QAccessible>
+#include <QRect>
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -23,6 +25,15 @@ public:
   /// What Enter would do; false where nothing can be pressed.
   virtual bool press() { return false; }
   virtual bool canPress() const { return false; }
+
+  /// Rows that the widget paints by itself: told as its first children.
+  struct Row {
+    std::string name;
+    QRect place; ///< in the widget
+    bool isCurrent = false;
+  };
+  virtual std::size_t spokenRows() const { return 0; }
+  virtual Row spokenRow(std::size_t) const { return {}; } ///< only for those that there are
 };
 
 /// Called by main and by tests, after the application object is made; more than once does no harm.
@@ -30,6 +41,8 @@ void installSpoken();
 /// With a screen reader running, the toolkit may ask while a widget is being built and is not yet Spoken, and
 /// would keep that answer: for the constructors of widgets that are.
 void forgetSpoken(QWidget& widget);
+/// Tells assistive technology that another painted row has the focus.
+void tellRowFocused(QWidget& widget, std::size_t row);
 /// Tells assistive technology that a state or value has changed.
 void tellStateChanged(QWidget& widget, const QAccessible::State& changed);
 

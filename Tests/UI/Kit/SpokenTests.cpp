@@ -1,6 +1,7 @@
 #include "Tests/UI/Kit/KitFixture.h"
 
 #include "UI/Kit/Banner.h"
+#include "UI/Kit/BarTable.h"
 #include "UI/Kit/Choices.h"
 #include "UI/Kit/Dialog.h"
 #include "UI/Kit/FigureText.h"
@@ -47,6 +48,28 @@ TEST_F(SpokenTests, everyControlSaysWhatItIs) {
     EXPECT_EQ(of(*row.widget).role(), row.role) << row.name;
     EXPECT_EQ(nameOf(*row.widget), row.name);
   }
+}
+
+TEST_F(SpokenTests, paintedRowsAreChildren) {
+  BarTable table(theme, &window);
+  table.setData({.title = "Applications",
+                 .rows = {{.key = "a", .name = "Firefox", .spoken = "Firefox, 23 processes"},
+                          {.key = "b", .name = "Blender", .spoken = "Blender, 1 process"}}});
+  table.resize(600, 200);
+  auto& list = of(table);
+  auto* second = list.child(1);
+  ASSERT_TRUE(second);
+  EXPECT_EQ(list.child(1), second);
+  EXPECT_EQ(second->role(), QAccessible::ListItem);
+  EXPECT_EQ(utf8(second->text(QAccessible::Name)), "Blender, 1 process");
+  EXPECT_EQ(second->parent(), &list);
+  EXPECT_EQ(list.indexOfChild(second), 1);
+  EXPECT_EQ(list.childAt(second->rect().center().x(), second->rect().center().y()), second);
+  EXPECT_EQ(list.child(2)->role(), QAccessible::ColumnHeader);
+  EXPECT_EQ(list.indexOfChild(list.child(2)), 2);
+  table.setData({.title = "Applications", .rows = {{.key = "b", .spoken = "Blender, 2 processes"}}});
+  EXPECT_FALSE(second->isValid());
+  EXPECT_EQ(utf8(list.child(0)->text(QAccessible::Name)), "Blender, 2 processes");
 }
 
 TEST_F(SpokenTests, statesFollow) {
