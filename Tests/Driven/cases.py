@@ -1,0 +1,413 @@
+"""The cases of scripts/check-app, in their order: each goes on where the one before it ended."""
+import json, os, shutil, signal, socket, sqlite3, subprocess, time, traceback
+
+from desktop import Desktop, wait_for
+
+SECTIONS = ["Health", "CPU", "Memory", "Disk", "Network", "GPU", "Battery", "Free Up Space", "Dev Servers",
+            "Startup Items", "Alerts"]
+
+
+class App:
+    """The application, and what it says on standard error."""
+
+    def __init__(self, desktop, programs):
+        self.desktop, self.programs = desktop, programs
+        self.log = desktop.folder + "/app.log"
+        self.process = None
+
+    def start(self, *arguments):
+        self.process = subprocess.Popen([self.programs + "/korvell-app", *arguments], stdin=subprocess.DEVNULL,
+                                        env={**self.desktop.environment, "KORVELL_STRICT_MAIN": "1"},
+                                        stderr=open(self.log, "ab"))
+        return self.process
+
+    def again(self, *arguments):
+        """Another start, which hands over."""
+        done = self.desktop.run(self.programs + "/korvell-app", *arguments)
+        assert done.returncode == 0, f"a second start: exit {done.returncode}, {done.stderr}"
+
+    def tool(self, *arguments, **options):
+        return self.desktop.run(self.programs + "/korvell", *arguments, **options)
+
+    def tool_asks(self, *command):
+        """What the tool says that it would do, before it finds that nobody can answer."""
+        answer = self.tool(*command).stderr.splitlines()
+        assert len(answer) == 2 and "not done" in answer[1], answer
+        return answer[0]
+
+    def ended(self, seconds=15):
+        status = self.process.wait(seconds)
+        self.process = None
+        return status
+
+    def alive(self):
+        assert self.process.poll() is None, f"the application ended with {self.process.returncode}"
+
+    def complaints(self):
+        with open(self.log, errors="replace") as file:
+            return file.read()
+
+
+def title_shows(name):
+    window = screen.window("Korvell")
+    return window and any(node.role == "label" and node.name == name for node in screen.walk(window))
+
+
+def in_section(name):
+    wait_for(f"the section {name}", lambda: title_shows(name))
+    nameless = screen.unnamed()
+    assert not nameless, f"{name}: without a name: {nameless}"
+
+
+def open_section(name):
+    screen.click(screen.await_node("list item", name))
+    in_section(name)
+
+
+def confirm(button):
+    """The words of the question that is open; then presses its button."""
+    node = screen.await_node("push button", button, dialog())
+    assert not node.has(screen.FOCUSED), "what can't be taken back has the focus"
+    words = screen.texts(dialog())
+    screen.click(node)
+    return words
+
+
+def dialog():
+    def probe():
+        for root in screen.windows():
+            for node in screen.walk(root):
+                if node.role in ("dialog", "alert"):
+                    return node
+    return wait_for("a question", probe)
+
+
+def same_words(words, title, message):
+    """What the window asks is what the tool asks."""
+    shown = " ".join(" ".join(words).split())
+    for sentence in (title, message):
+        assert " ".join(sentence.split()) in shown, f"“{sentence}” is not in “{shown}”"
+
+
+# The cases
+
+
+def first_launch(app):
+    """The window comes by itself once, with the tray's item."""
+    app.start()
+    wait_for("the window", lambda: screen.window("Korvell"), 15)
+    in_section("Health")
+    wait_for("the item in the tray", app.desktop.items)
+
+
+def sections_by_pointer(app):
+    for name in SECTIONS:
+        open_section(name)
+
+
+def sections_by_keys(app):
+    for number, name in enumerate(SECTIONS[:9], 1):
+        screen.press(f"ctrl+{number}")
+        in_section(name)
+    screen.press("ctrl+Next")
+    in_section(SECTIONS[9])
+    screen.press("ctrl+Prior")
+    in_section(SECTIONS[8])
+    screen.press("alt+Left")
+    in_section(SECTIONS[9])
+    screen.press("alt+Right")
+    in_section(SECTIONS[8])
+    screen.press("ctrl+1")
+    in_section("Health")
+    for _ in range(40):  # round the window, whatever has the focus
+        screen.press("Tab")
+    screen.press("F6", "F6")
+    app.alive()
+
+
+def ranges(app):
+    for name in ("CPU", "Disk"):
+        open_section(name)
+        for choice in ("12h", "24h", "7d", "30d", "Live"):
+            screen.click(screen.await_node("page tab", choice))
+            wait_for(f"the range {choice}", lambda: screen.find("page tab", choice).has(screen.SELECTED))
+    chart = screen.await_node("chart", "Disk")
+    screen.click(chart)
+    screen.press("Left", "Right", "Home", "End", "Return", "Escape", "3")
+    wait_for("a range by its key", lambda: screen.find("page tab", "24h").has(screen.SELECTED))
+    screen.press("1")
+
+
+def quitting_a_process(app):
+    victim = app.desktop.home + "/kvictim"
+    with open("/bin/sh", "rb") as shell, open(victim, "wb") as copy:
+        copy.write(shell.read())
+    os.chmod(victim, 0o700)
+    # Nobody's child, so that it is an application of its own.
+    command = f"setsid {victim} -c 'while :; do :; done' >&- 2>&- & echo $!"
+    start = subprocess.run(["sh", "-c", command], capture_output=True, env=app.desktop.environment)
+    pid = int(start.stdout)
+    try:
+        open_section("CPU")
+        screen.press("ctrl+f")
+        subprocess.run(["xdotool", "type", "kvictim"], check=True)
+        row = screen.await_node(None, "kvictim,", seconds=25)
+        asked = app.tool_asks("quit", "kvictim")
+        screen.click(row)
+        screen.press("Delete")
+        same_words(confirm("Quit"), "Quit kvictim?", asked)
+        wait_for("the process's end", lambda: not os.path.exists(f"/proc/{pid}"))
+        screen.press("ctrl+f", "ctrl+a", "BackSpace", "Escape")
+    finally:
+        if os.path.exists(f"/proc/{pid}"):
+            os.kill(pid, signal.SIGKILL)
+
+
+def cleaning_up(app):
+    cache = app.desktop.home + "/.npm/_cacache"
+    os.makedirs(cache)
+    with open(cache + "/content", "wb") as file:
+        file.write(os.urandom(40_000_000))
+    open_section("Free Up Space")
+    screen.click(screen.await_node("push button", "Scan"))
+    box = screen.await_node("check box", "npm cache", seconds=30)
+    asked = json.loads(app.tool("storage", "clean", "--kind", "npm", "--dry-run", "--json").stdout)
+    x, y = box.corner()
+    subprocess.run(["xdotool", "mousemove", str(x + 14), str(y + 14), "click", "1"], check=True)
+    wait_for("a tick", lambda: screen.find("check box", "npm cache").has(screen.CHECKED))
+    screen.press("space", "space")
+    screen.click(screen.await_node("push button", "Move to Trash…"))
+    same_words(confirm("Move to Trash"), asked["title"], asked["message"])
+    wait_for("the cache's way to the Trash", lambda: not os.path.exists(cache))
+    trash = app.desktop.home + "/.local/share/Trash/files"
+    assert os.listdir(trash), "nothing came to the Trash"
+
+
+def stopping_a_server(app):
+    project = app.desktop.home + "/code/site"
+    os.makedirs(project + "/.git")
+    with open(project + "/package.json", "w") as file:
+        file.write("{}")
+    with socket.socket() as free:
+        free.bind(("127.0.0.1", 0))
+        port = free.getsockname()[1]
+    server = subprocess.Popen(["python3", "-m", "http.server", str(port), "--bind", "127.0.0.1"], cwd=project,
+                              env=app.desktop.environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    try:
+        open_section("Dev Servers")
+        button = screen.await_node("push button", "Stop python", seconds=45)
+        asked = app.tool_asks("servers", "stop", str(server.pid))
+        screen.click(button)
+        same_words(confirm("Stop"), "Stop python", asked)
+        wait_for("the server's end", lambda: server.poll() is not None)
+    finally:
+        server.kill()
+        server.wait()
+
+
+def settings_window(app):
+    screen.press("ctrl+comma")
+    wait_for("the settings", lambda: screen.window("Settings"))
+    settings = app.desktop.home + "/.config/korvell/settings.json"
+
+    def stored():
+        with open(settings) as file:
+            return json.load(file)
+
+    for style in ("Icon only", "CPU and memory", "Mini graphs", "Health score"):
+        screen.click(screen.await_node("radio button", style))
+        wait_for(style, lambda: screen.find("radio button", style).has(screen.CHECKED))
+    for look in ("Dark", "Light", "System"):
+        screen.click(screen.await_node("page tab", look, screen.window("Settings")))
+        wait_for(look, lambda: screen.find("page tab", look).has(screen.SELECTED))
+    box = screen.await_node("check box", "Open at login", screen.window("Settings"))
+    entry = app.desktop.home + "/.config/autostart/korvell.desktop"
+    screen.click(box)
+    wait_for("the entry that starts it at login", lambda: os.path.exists(entry))
+    wait_for("the switch", lambda: box.has(screen.CHECKED))
+    screen.press("space")
+    wait_for("the switch back", lambda: not box.has(screen.CHECKED))
+    assert not screen.unnamed(), screen.unnamed()
+    assert stored(), "nothing was stored"
+    screen.press("ctrl+w")
+    wait_for("the settings' end", lambda: not screen.window("Settings"))
+
+
+def panel(app):
+    item = wait_for("the item in the tray", app.desktop.items)[0]
+
+    def click_item():
+        app.desktop.call(item, "/StatusNotifierItem", "org.kde.StatusNotifierItem.Activate", "10", "10")
+
+    def opened():
+        return screen.window("Korvell panel")
+
+    click_item()
+    wait_for("the panel", opened)
+    assert not screen.unnamed(), screen.unnamed()
+    screen.press("Tab", "Tab", "Tab", "shift+Tab")
+    screen.press("Escape")
+    wait_for("the panel's end", lambda: not opened())
+    time.sleep(0.4)
+    click_item()
+    wait_for("the panel again", opened)
+    screen.click(screen.await_node("push button", "Memory", opened()))
+    in_section("Memory")
+    wait_for("the panel's end", lambda: not opened())
+    time.sleep(0.4)
+    click_item()
+    wait_for("the panel a third time", opened)
+    screen.click(screen.await_node("push button", "Quit Korvell", opened()))
+    screen.click(screen.await_node("push button", "Cancel", opened()))
+    screen.press("Escape")
+    app.alive()
+
+
+def links(app):
+    app.again("korvell://page/network")
+    in_section("Network")
+    for link in ("korvell://page/../../etc", "korvell://quit", "KORVELL://PAGE/", "http://page/cpu", "korvell:page/cpu",
+                 "korvell://page/" + "a" * 100_000, "--help", "korvell://page/cpu\n{\"do\":\"quit\"}", b"\xff\xfe"):
+        app.again(link)
+        app.alive()
+    app.again("korvell://page/network")
+    in_section("Network")
+
+
+def second_start(app):
+    screen.press("ctrl+w")
+    wait_for("the window's end", lambda: not screen.window("Korvell"))
+    app.again()
+    wait_for("the window", lambda: screen.window("Korvell"))
+    others = [subprocess.Popen([app.programs + "/korvell-app"], env=app.desktop.environment, stderr=subprocess.PIPE)
+              for _ in range(12)]
+    for other in others:
+        assert other.wait(30) == 0, other.stderr.read()
+    app.alive()
+
+
+def the_desktop_fails(app):
+    """The panel, the notifications, the screen: gone and back."""
+    app.desktop.kill("xfce4-panel")
+    app.desktop.kill("dunst")
+    time.sleep(1)
+    app.alive()
+    app.desktop.start_panel()
+    wait_for("the item in the new panel", app.desktop.items, 20)
+    if shutil.which("xrandr"):
+        app.desktop.run("xrandr", "--size", "1024x768")
+        time.sleep(0.5)
+    open_section("Health")
+    app.alive()
+
+
+def quitting(app):
+    app.again()
+    screen.press("ctrl+q")
+    confirm("Quit")
+    status = app.ended()
+    assert status == 0, f"exit {status}"
+
+
+def check_history(app, least=0):
+    database = sqlite3.connect(f"file:{app.desktop.home}/.local/share/korvell/history.sqlite?mode=ro", uri=True)
+    rows = [row[0] for row in database.execute("SELECT ts FROM system ORDER BY ts")]
+    assert len(rows) >= least, f"only {len(rows)} minutes were stored"
+    assert len(rows) == len(set(rows)), "a minute was stored twice"
+    assert all(later - former == 60 for former, later in zip(rows, rows[1:])), f"a minute is missing: {rows}"
+    twice = database.execute("SELECT ts, app FROM apps GROUP BY 1, 2 HAVING count(*) > 1").fetchall()
+    assert not twice, "an application was stored twice in a minute"
+    assert database.execute("PRAGMA integrity_check").fetchone()[0] == "ok"
+
+
+def headless_keeper(app):
+    """`korvell run` steps back for the application and comes back, at any second of a minute; a minute of theirs
+    lasts three seconds."""
+    root = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+    library = app.desktop.folder + "/clock.so"
+    subprocess.run(["c++", "-std=c++20", "-O1", "-shared", "-fPIC", "-o", library,
+                    root + "/Tests/Tool/Linux/CompressedClock.cpp"], check=True)
+    ordinary = dict(app.desktop.environment)
+    app.desktop.environment.update(LD_PRELOAD=library, KORVELL_CLOCK_BASE=str(time.time_ns()),
+                                   KORVELL_CLOCK_FACTOR="20")
+    keeper = subprocess.Popen([app.programs + "/korvell", "run"], env=app.desktop.environment,
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+    try:
+        for pause in (3.1, 4.7, 5.2, 3.9):
+            time.sleep(pause)
+            app.start("korvell://page/cpu")
+            in_section("CPU")
+            assert keeper.poll() is None, keeper.stdout.read()
+            time.sleep(pause)
+            app.process.terminate()
+            assert app.ended() == 0
+            assert keeper.poll() is None, keeper.stdout.read()
+    finally:
+        app.desktop.environment.clear()
+        app.desktop.environment.update(ordinary)
+        keeper.terminate()
+        keeper.wait(10)
+    check_history(app, 8)
+
+
+def starts_at_the_same_moment(app):
+    for _ in range(5):
+        together = [subprocess.Popen([app.programs + "/korvell-app"], env=app.desktop.environment) for _ in range(10)]
+        wait_for("all but one", lambda: [one.poll() for one in together].count(None) == 1, 30)
+        left = [one for one in together if one.poll() is None]
+        assert all(one.returncode == 0 for one in together if one not in left), [one.returncode for one in together]
+        left[0].terminate()
+        assert left[0].wait(15) == 0, left[0].returncode
+
+
+def the_bus_goes(app):
+    app.start("korvell://page/cpu")
+    wait_for("the window", lambda: app.desktop.run("xdotool", "search", "--onlyvisible", "--name", "^Korvell$").stdout)
+    time.sleep(1)
+    app.desktop.kill("dbus-daemon")
+    time.sleep(3)
+    app.alive()
+    app.process.terminate()
+    status = app.ended()
+    assert status == 0, f"exit {status}"
+
+
+CASES = [first_launch, sections_by_pointer, sections_by_keys, ranges, settings_window, panel, links, second_start,
+         quitting_a_process, cleaning_up, stopping_a_server, the_desktop_fails, quitting, headless_keeper,
+         starts_at_the_same_moment, the_bus_goes]
+# They start the application by themselves.
+STARTERS = (first_launch, headless_keeper, starts_at_the_same_moment, the_bus_goes)
+
+
+def run(programs, chosen):
+    global screen
+    desktop = Desktop()
+    os.environ.update(desktop.environment)
+    import screen as imported
+    screen = imported
+    app = App(desktop, programs)
+    failed = False
+    try:
+        for case in CASES:
+            if chosen and case.__name__ not in chosen:
+                continue
+            start = time.monotonic()
+            try:
+                if app.process is None and case not in STARTERS:
+                    app.start("korvell://page/overview")
+                    wait_for("the window", lambda: screen.window("Korvell"))
+                case(app)
+                print(f"{case.__name__}: {time.monotonic() - start:.1f} s", flush=True)
+            except Exception:
+                failed = True
+                print(f"{case.__name__}: FAILED\n{traceback.format_exc()[-2000:]}", flush=True)
+                print("\n".join(screen.outline())[:8000], flush=True)
+    finally:
+        if app.process and app.process.poll() is None:
+            app.process.terminate()
+            app.ended()
+        complaints = app.complaints()
+        desktop.end()
+    if complaints:
+        print("standard error of the application:\n" + complaints[:20_000])
+    return 1 if failed or complaints else 0
