@@ -14,7 +14,8 @@ namespace {
 constexpr const char* openAction = "open";
 constexpr Seconds answerPatience{2};
 constexpr std::size_t mostURLs = 16;
-/// Of an address or token: what anybody may hand to a start must not make the request longer than a keeper reads.
+/// Of an address or token: what anybody may hand to a start must not make the request longer than a keeper
+/// reads.
 constexpr std::size_t longestText = 512;
 
 enum class Reached { application, headlessKeeper, nobody };
@@ -24,9 +25,10 @@ Reached reach(const UserFolders& folders, const OpenRequest& request) {
   if (!client) return Reached::nobody;
   Value urls = Value::array();
   for (const auto& url : request.urls | std::views::take(mostURLs)) urls.append(url.substr(0, longestText));
-  const auto answer = client->ask(
-      Value::object({{"do", openAction}, {"urls", std::move(urls)}, {"activation", request.activation.substr(0, longestText)}}),
-      answerPatience);
+  const auto answer = client->ask(Value::object({{"do", openAction},
+                                                 {"urls", std::move(urls)},
+                                                 {"activation", request.activation.substr(0, longestText)}}),
+                                  answerPatience);
   if (!answer) return Reached::nobody;
   const auto* shown = answer->find("ok");
   return shown && shown->asBool() == true ? Reached::application : Reached::headlessKeeper;

@@ -291,7 +291,7 @@ private:
   void benchStates(Program& korvell, Seconds watched) {
     const auto closed = watch(korvell.pid(), watched);
     korvell.forget();
-    QProcess::execute(application_, {"korvell://page/overview"});
+    const Program second(application_, {"korvell://page/overview"}, environment_);
     const auto window = korvell.painted("Korvell");
     if (!window) return report_.fail("opening the window");
     const auto open = watch(korvell.pid(), watched);
