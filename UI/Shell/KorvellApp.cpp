@@ -105,6 +105,7 @@ KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched, QueueCor
   wear(wishes_);
   look_.emplace([this](const DesktopWishes& wishes) { wear(wishes); });
   trayWatch_.emplace([this](TrayWatch::State state) { trayFound(state); });
+  metrics_.emplace(loop_.main(), *model_, *host.defaults, systemQueueFactory(), KORVELL_VERSION, complain);
   listen();
   host.notifications->setOpenHandler([&main = loop_.main(), this](const std::string&) {
     main.async([this] { show(SidebarItem::alerts); });
@@ -143,6 +144,7 @@ int KorvellApp::run(const OpenRequest& request) {
   if (problem)
     complain(localized("The last minutes could not be recorded: {reason}", {{"reason", problem->detail}}));
   const LastResort lastResort(timeToEnd, problem ? EXIT_FAILURE : status);
+  metrics_.reset();
   model_.reset();
   return problem ? EXIT_FAILURE : status;
 }

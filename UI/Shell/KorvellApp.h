@@ -2,6 +2,7 @@
 // The running application: it measures and keeps, shows itself in the tray and, when it is asked for, in a
 // panel and a window. Owns everything that lives as long as it does. Main thread only.
 
+#include "Agents/MetricsFile.h"
 #include "App/AppDelegate.h"
 #include "App/Assembly.h"
 #include "App/Keeper.h"
@@ -92,6 +93,7 @@ private:
   Pictures pictures_;
   AppDelegate delegate_;
   Keeper keeper_;
+  std::optional<MetricsFile> metrics_; ///< ends before the model
   MainWindow window_;
   SettingsWindow settings_;
   PanelWindow* panel_ = nullptr;
