@@ -19,7 +19,7 @@ AppModel::AppModel(Queue& main, Parts parts, const Attention& attention, Seams s
       history_(std::move(parts.history)), alertLog_(std::move(parts.alertLog)),
       sampler_(std::move(parts.sampler)),
       actions_(std::make_unique<ProcessActions>(*sampler_, seams_.processes)), queries_(main, *history_),
-      aiUsage_(std::move(parts.aiUsage)) {
+      widgets_(std::move(parts.widgets)), aiUsage_(std::move(parts.aiUsage)) {
   if (alertLog_) alerts.set(withOlder(alertLog_->load()));
   seams_.notifications.requestPermission();
   // The handler outlives no model: the timer is destroyed first, and what is on its way to the main queue
@@ -196,6 +196,7 @@ void AppModel::judge(const Tick& tick, Publication& publication) {
   publishMenuBar();
   sampler_->queue().async(
       [sampler = sampler_.get(), score = report->score] { sampler->setLastScore(score); });
+  if (widgets_) widgets_->publish(*report, tick.snapshot, *history_);
 }
 
 } // namespace korvell

@@ -8,6 +8,7 @@
 
 #include "App/HistoryQueries.h"
 #include "App/Model.h"
+#include "App/WidgetPublisher.h"
 #include "Base/Lifeline.h"
 #include "Base/Queue.h"
 #include "Core/AIUsage/AIUsageStore.h"
@@ -29,9 +30,10 @@ public:
   /// What the model owns beside itself.
   struct Parts {
     std::unique_ptr<HistoryStore> history;
-    std::unique_ptr<Sampler> sampler;        ///< records in that history, where it keeps
-    std::unique_ptr<AIUsageStore> aiUsage{}; ///< null: no accounting of AI usage
-    std::unique_ptr<AlertLog> alertLog{};    ///< null: the alerts end with the model
+    std::unique_ptr<Sampler> sampler;           ///< records in that history, where it keeps
+    std::unique_ptr<AIUsageStore> aiUsage{};    ///< null: no accounting of AI usage
+    std::unique_ptr<AlertLog> alertLog{};       ///< null: the alerts end with the model
+    std::unique_ptr<WidgetPublisher> widgets{}; ///< null: the widget's document is left to others
   };
   /// What the model asks; all of it outlives the model.
   struct Seams {
@@ -101,6 +103,7 @@ private:
   std::unique_ptr<Sampler> sampler_;
   std::unique_ptr<ProcessActions> actions_;
   HistoryQueries queries_;
+  std::unique_ptr<WidgetPublisher> widgets_; ///< asks the history on a queue of its own
   Lifeline<AppModel> life_{*this};
   std::unique_ptr<Timer> timer_;
   std::unique_ptr<AIUsageStore> aiUsage_;

@@ -6,6 +6,7 @@
 #include "Core/Machine/LinuxOwners.h"
 #include "Core/Machine/MacOwners.h"
 #include "Core/Storage/StorageHost.h"
+#include "Shared/WidgetSnapshot.h"
 
 #include <filesystem>
 
@@ -23,6 +24,11 @@ std::unique_ptr<OwnerRules> ownerRules(Host& host) {
 }
 
 } // namespace
+
+std::string widgetDocument(const Host& host) {
+  return host.system == SystemKind::macOS ? WidgetShared::sandboxedSnapshotURL(passwordHome(), host.folders)
+                                          : WidgetShared::snapshotURL(host.folders);
+}
 
 Assembly::Assembly(Host& host, const Clock& clock) : host_(host), clock_(clock), owners_(ownerRules(host)) {
   if (host.usageHelper) helper_ = std::make_unique<PrivilegedHelper>(*host.usageHelper, clock);
@@ -90,10 +96,14 @@ std::unique_ptr<AppModel> Assembly::makeKeepingModel(Queue& main, const Attentio
   const auto tell = [&main, heard = std::move(tellAlertTrouble)](const std::string& sentence) {
     if (heard) main.async([heard, sentence] { heard(sentence); });
   };
+  auto widgets = std::make_unique<WidgetPublisher>(
+      main, WidgetPublisher::Seams{*host_.widgetCenter, systemQueueFactory(), widgetDocument(host_),
+                                   std::string(owners_->systemGroup().name)});
   return std::make_unique<AppModel>(
       main,
       AppModel::Parts{std::move(history), std::move(sampler), makeAIUsageStore(main),
-                      std::make_unique<AlertLog>(systemQueueFactory(), clock_, host_.folders.data, tell)},
+                      std::make_unique<AlertLog>(systemQueueFactory(), clock_, host_.folders.data, tell),
+                      std::move(widgets)},
       attention, seams());
 }
 

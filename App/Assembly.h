@@ -12,8 +12,12 @@
 #include "Platform/Host.h"
 
 #include <memory>
+#include <string>
 
 namespace korvell {
+
+/// Where the widget of this system looks for its document.
+std::string widgetDocument(const Host& host);
 
 class Assembly {
 public:

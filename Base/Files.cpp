@@ -79,7 +79,7 @@ std::string followedLinks(const std::string& path) {
   return {};
 }
 
-bool replaceFile(const std::string& path, std::string_view bytes, Readers readers) {
+bool replaceFile(const std::string& path, std::string_view bytes, Readers readers, Flush flush) {
   const std::string target = followedLinks(path);
   if (target.empty()) {
     errno = ELOOP;
@@ -90,7 +90,8 @@ bool replaceFile(const std::string& path, std::string_view bytes, Readers reader
   if (!file) return false;
   constexpr mode_t forEverybody = 0644;
   const bool isOpen = readers == Readers::owner || fchmod(file.get(), forEverybody) == 0;
-  const bool written = isOpen && writeAll(file.get(), bytes) && fsync(file.get()) == 0;
+  const bool written =
+      isOpen && writeAll(file.get(), bytes) && (flush == Flush::none || fsync(file.get()) == 0);
   const int trouble = errno;
   file.reset();
   errno = trouble;
@@ -100,7 +101,7 @@ bool replaceFile(const std::string& path, std::string_view bytes, Readers reader
     errno = reason;
     return false;
   }
-  flushFolder(folderOf(target));
+  if (flush == Flush::toDisk) flushFolder(folderOf(target));
   return true;
 }
 

@@ -16,15 +16,18 @@ std::optional<std::string> readFile(const std::string& path, std::size_t most, i
 /// circle.
 std::string followedLinks(const std::string& path);
 
-/// Replaces or creates a file so that a reader sees the old bytes or the new ones, also after a power cut:
-/// written aside in the same folder, flushed to the disk, renamed. A symbolic link stays one and its target
-/// is replaced. False when that can't be done, and errno says why; the old file is untouched then.
 enum class Readers {
   owner,    ///< mode 0600
   everybody ///< mode 0644
 };
+enum class Flush { toDisk, none };
+
+/// Replaces or creates a file so that a reader sees the old bytes or the new ones, also after a power cut:
+/// written aside in the same folder, flushed to the disk, renamed. A symbolic link stays one and its target
+/// is replaced. False when that can't be done, and errno says why; the old file is untouched then. With
+/// Flush::none a power cut may leave an empty file: for what is soon written again.
 [[nodiscard]] bool replaceFile(const std::string& path, std::string_view bytes,
-                               Readers readers = Readers::owner);
+                               Readers readers = Readers::owner, Flush flush = Flush::toDisk);
 
 /// True when a path is a folder or lies below it, as the two texts say.
 bool isInside(std::string_view path, std::string_view folder);

@@ -21,6 +21,7 @@
 #include "Platform/Trash.h"
 #include "Platform/UsageHelper.h"
 #include "Platform/UserDefaults.h"
+#include "Platform/WidgetCenter.h"
 
 #include <cstdint>
 #include <functional>
@@ -60,6 +61,7 @@ struct Host {
   std::unique_ptr<UsageHelperService> usageHelper;
   std::unique_ptr<LaunchItems> launchItems = std::make_unique<NoLaunchItems>();
   std::unique_ptr<LoginItem> loginItem = std::make_unique<NoLoginItem>();
+  std::unique_ptr<WidgetCenter> widgetCenter = std::make_unique<NoWidgetCenter>();
   std::unique_ptr<DesktopFiles> desktopFiles = std::make_unique<NoDesktopFiles>();
   BundleInfo bundleInfo; ///< empty where applications are no bundles
 };

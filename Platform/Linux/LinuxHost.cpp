@@ -17,7 +17,9 @@
 #include "Platform/Linux/LinuxSensorChips.h"
 #include "Platform/Linux/LinuxTrash.h"
 #include "Platform/Linux/LinuxUsageHelper.h"
+#include "Platform/Linux/LinuxWidgetCenter.h"
 #include "Platform/Linux/SettingsFile.h"
+#include "Platform/Posix/PlacedWidget.h"
 #include "Platform/Posix/PosixLogFiles.h"
 
 #include <filesystem>
@@ -67,6 +69,7 @@ Host makeHost(const Environment& environment) {
   std::error_code error;
   host.program = std::filesystem::read_symlink("/proc/self/exe", error).string();
   host.loginItem = std::make_unique<AutostartFile>(host.folders, host.program);
+  host.widgetCenter = std::make_unique<LinuxWidgetCenter>(placedWidgetsFolder(host.folders));
   if (const auto window = terminalWindow({host.program, "watch"}, environment))
     host.openWatch = [window = *window] { window.open(); };
   if (const auto settings = powerSettings(environment))
