@@ -154,6 +154,14 @@ Value lastReportValue(const std::optional<SentReport>& report) {
   return report ? value.set("last", toValue(*report)) : value;
 }
 
+Value widgetValue(const std::string& path, const std::optional<WidgetSnapshot>& document,
+                  std::optional<std::size_t> placed) {
+  Value value = Value::object({{"path", path}});
+  if (placed) value.set("placed", std::uint64_t{*placed});
+  if (document) value.set("writtenAt", document->date).set("document", document->value());
+  return value;
+}
+
 Value planLimitsValue(const AIUsageSummary& usage) {
   Value value = Value::object();
   if (usage.codexLimits) value.set("codexLimits", toValue(*usage.codexLimits));

@@ -16,6 +16,7 @@
 #include "Platform/Notifications.h"
 #include "Platform/UsageHelper.h"
 #include "Platform/UserDefaults.h"
+#include "Shared/WidgetSnapshot.h"
 
 #include <optional>
 #include <vector>
@@ -49,6 +50,9 @@ Value weeklyReportValue(bool isEnabled, const std::optional<Notification>& repor
 Value lastReportValue(const std::optional<SentReport>& report);
 Value planLimitsValue(const AIUsageSummary& usage);
 Value storageLogValue(const UserDefaults& defaults);
+/// `placed`: how many widgets there are; absent where that could not be found out.
+Value widgetValue(const std::string& path, const std::optional<WidgetSnapshot>& document,
+                  std::optional<std::size_t> placed);
 Value helperValue(UsageHelperStatus status, bool isOffered);
 /// `cycleMicroseconds` and `residentBytes`: what Korvell itself costs.
 Value doctorValue(const std::vector<SourceReport>& sources, double cycleMicroseconds,

@@ -40,15 +40,16 @@ bool take(const Value& document, std::string_view name, T& result) {
 
 } // namespace
 
-std::string WidgetSnapshot::encoded() const {
-  return dumpJSON(Value::object({{"date", (date - referenceDate).count()},
-                                 {"score", score},
-                                 {"label", label},
-                                 {"fixes", toValue(fixes)},
-                                 {"tiles", toValue(tiles)},
-                                 {"apps", toValue(apps)}})) +
-         "\n";
+Value WidgetSnapshot::value() const {
+  return Value::object({{"date", (date - referenceDate).count()},
+                        {"score", score},
+                        {"label", label},
+                        {"fixes", toValue(fixes)},
+                        {"tiles", toValue(tiles)},
+                        {"apps", toValue(apps)}});
 }
+
+std::string WidgetSnapshot::encoded() const { return dumpJSON(value()) + "\n"; }
 
 std::optional<WidgetSnapshot> WidgetSnapshot::decoded(std::string_view text) {
   const auto document = parseJSON(text);

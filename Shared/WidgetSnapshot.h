@@ -66,6 +66,8 @@ struct WidgetSnapshot {
 
   bool operator==(const WidgetSnapshot&) const = default;
 
+  Value value() const;
+  /// The same as text, one line.
   std::string encoded() const;
   /// Nothing for a text that is no such document.
   static std::optional<WidgetSnapshot> decoded(std::string_view text);

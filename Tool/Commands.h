@@ -12,6 +12,7 @@ Command aiCommand();
 Command helperCommand();
 Command statusCommand();
 Command watchCommand();
+Command widgetCommand();
 Command topCommand();
 Command quitCommand();
 Command alertsCommand();
