@@ -3,8 +3,8 @@
 // of the toolkit's palette where there is no portal; on macOS the effective appearance and the accessibility
 // settings. Main thread only.
 
+#include "UI/Desktop/TrayInk.h"
 #include "UI/Kit/Theme.h"
-#include "UI/Tray/TrayPainter.h"
 
 #include <functional>
 #include <memory>

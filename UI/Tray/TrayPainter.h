@@ -2,18 +2,13 @@
 // Paints the tray item's square forms, in one ink: trays on Linux offer a square, and no colour but their
 // own.
 
+#include "UI/Desktop/TrayInk.h"
 #include "UI/Tray/TrayForm.h"
 
 #include <QIcon>
 #include <QImage>
 
 namespace korvell {
-
-enum class TrayInk {
-  dark,  ///< for a light bar
-  light, ///< for a dark one
-  edged, ///< light with a dark edge: for a bar of a colour that nobody tells
-};
 
 /// `size` in device pixels: at 16, 22, 24 and their multiples every bar and gauge lies on whole pixels.
 QImage trayImage(const TrayForm& form, int size, TrayInk ink);

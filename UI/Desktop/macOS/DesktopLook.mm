@@ -1,4 +1,4 @@
-#include "UI/Shell/DesktopLook.h"
+#include "UI/Desktop/DesktopLook.h"
 
 #import <AppKit/AppKit.h>
 
