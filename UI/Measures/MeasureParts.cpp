@@ -3,6 +3,7 @@
 #include "Base/Format.h"
 #include "Base/Localization.h"
 #include "UI/Kit/FigureText.h"
+#include "UI/Kit/Focus.h"
 #include "UI/Kit/Icons.h"
 #include "UI/Kit/Meters.h"
 #include "UI/Kit/Paint.h"
@@ -62,6 +63,7 @@ void FactsRow::setPage(const MeasurePage& page) {
   setName(words);
   if (heightForWidth(width()) != before) updateGeometry();
   update();
+  setFocusPolicy(reasons().empty() ? Qt::NoFocus : Qt::TabFocus);
 }
 
 double FactsRow::rowHeight() const { return theme().scaled(captionHeight + factHeight + 2); }
@@ -133,6 +135,28 @@ void FactsRow::draw(QPainter& painter) {
 
 QRectF FactsRow::boxOf(const Cell& cell) const {
   return mirrored(*this, QRectF(cell.from, cell.row * (rowHeight() + rowGap), cell.width, rowHeight()));
+}
+
+std::string FactsRow::reasons() const {
+  std::string all;
+  for (const auto* facts : {&facts_, &range_})
+    for (const auto& fact : *facts)
+      if (!fact.reason.empty()) all += (all.empty() ? "" : "\n") + fact.caption + ": " + fact.reason;
+  return all;
+}
+
+void FactsRow::focusInEvent(QFocusEvent* event) {
+  if (isKeyboard(event->reason())) {
+    FocusRing::show(*this, 4, theme());
+    QToolTip::showText(mapToGlobal(QPoint(0, height())), text(reasons()), this);
+  }
+  Painted::focusInEvent(event);
+}
+
+void FactsRow::focusOutEvent(QFocusEvent* event) {
+  FocusRing::hide(*this);
+  QToolTip::hideText();
+  Painted::focusOutEvent(event);
 }
 
 bool FactsRow::event(QEvent* event) {

@@ -26,10 +26,14 @@ public:
 
 protected:
   void draw(QPainter& painter) override;
-  /// Tells the reason of a "–" that is pointed at.
+  /// Tells the reason of a "–" that is pointed at; with the keyboard's focus, which it takes only where there
+  /// is one, those of all.
   bool event(QEvent*) override;
+  void focusInEvent(QFocusEvent*) override;
+  void focusOutEvent(QFocusEvent*) override;
 
 private:
+  std::string reasons() const;
   struct Cell {
     const MeasureFact* fact; ///< null: the figure of the moment
     double from, width;
