@@ -4,7 +4,7 @@
 #include "App/KeeperClient.h"
 #include "Base/Localization.h"
 
-#include <ranges>
+#include <algorithm>
 #include <thread>
 
 namespace korvell {
@@ -24,7 +24,8 @@ Reached reach(const UserFolders& folders, const OpenRequest& request) {
   auto client = KeeperClient::connect(folders);
   if (!client) return Reached::nobody;
   Value urls = Value::array();
-  for (const auto& url : request.urls | std::views::take(mostURLs)) urls.append(url.substr(0, longestText));
+  for (std::size_t i = 0; i < std::min(mostURLs, request.urls.size()); ++i)
+    urls.append(request.urls[i].substr(0, longestText));
   const auto answer = client->ask(Value::object({{"do", openAction},
                                                  {"urls", std::move(urls)},
                                                  {"activation", request.activation.substr(0, longestText)}}),

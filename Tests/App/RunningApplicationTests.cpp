@@ -92,6 +92,10 @@ TEST_F(RunningApplicationTests, aSecondStartShowsTheFirst) {
   EXPECT_FALSE(second.lock);
   EXPECT_THAT(shown, ElementsAre(std::nullopt, SidebarItem::memory));
   EXPECT_THAT(activations, ElementsAre("token", ""));
+  const std::string endless(1 << 20, 'a');
+  second = startAgain({.urls = {"korvell://page/" + endless}, .activation = ""});
+  EXPECT_EQ(second.trouble, "");
+  EXPECT_EQ(shown.size(), 3u) << "longer than a keeper reads";
 
   bool agreed = true;
   keeper.handle(Value::object({{"do", yieldAction}}),
