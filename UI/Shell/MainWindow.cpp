@@ -37,8 +37,10 @@ QWidget* firstStop(QWidget& widget) {
 /// The kept frame, as far as a screen still shows it; centred on the first one otherwise.
 QRect frameOf(const UserDefaults& defaults) {
   const auto* screen = QGuiApplication::primaryScreen();
+  QRect frame(QPoint(), QSize(MainWindow::width, MainWindow::height));
+  if (!screen) return frame; // the last one was unplugged, and the next one is still to come
   const auto available = screen->availableGeometry();
-  QRect frame(QPoint(), QSize(MainWindow::width, MainWindow::height).boundedTo(available.size()));
+  frame.setSize(frame.size().boundedTo(available.size()));
   frame.moveCenter(available.center());
   const auto kept = defaults.value(MainWindow::frameKey);
   if (!kept) return frame;

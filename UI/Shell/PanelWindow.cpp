@@ -49,6 +49,7 @@ void PanelWindow::openAt(const QRect& anchor) {
 void PanelWindow::arrange() {
   const auto* screen = QGuiApplication::screenAt(anchor_.center());
   if (!screen) screen = QGuiApplication::primaryScreen();
+  if (!screen) return; // the last one was unplugged
   const auto available = screen->availableGeometry();
   content_.ensurePolished();
   const int wanted = content_.sizeHint().height();
