@@ -1,5 +1,5 @@
 """The cases of scripts/check-app, in their order: each goes on where the one before it ended."""
-import json, os, shutil, signal, socket, sqlite3, subprocess, time, traceback
+import contextlib, json, os, shutil, signal, socket, sqlite3, subprocess, time, traceback
 
 from desktop import Desktop, wait_for
 
@@ -321,34 +321,68 @@ def check_history(app, least=0):
     assert database.execute("PRAGMA integrity_check").fetchone()[0] == "ok"
 
 
-def headless_keeper(app):
-    """`korvell run` steps back for the application and comes back, at any second of a minute; a minute of theirs
-    lasts three seconds."""
+@contextlib.contextmanager
+def compressed_time(app):
+    """A minute lasts three seconds for what is started within."""
     root = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
     library = app.desktop.folder + "/clock.so"
-    subprocess.run(["c++", "-std=c++20", "-O1", "-shared", "-fPIC", "-o", library,
-                    root + "/Tests/Tool/Linux/CompressedClock.cpp"], check=True)
+    if not os.path.exists(library):
+        subprocess.run(["c++", "-std=c++20", "-O1", "-shared", "-fPIC", "-o", library,
+                        root + "/Tests/Tool/Linux/CompressedClock.cpp"], check=True)
     ordinary = dict(app.desktop.environment)
-    app.desktop.environment.update(LD_PRELOAD=library, KORVELL_CLOCK_BASE=str(time.time_ns()),
-                                   KORVELL_CLOCK_FACTOR="20")
-    keeper = subprocess.Popen([app.programs + "/korvell", "run"], env=app.desktop.environment,
-                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+    app.desktop.environment.setdefault("KORVELL_CLOCK_BASE", str(time.time_ns()))
+    app.desktop.environment.update(LD_PRELOAD=library, KORVELL_CLOCK_FACTOR="20")
     try:
-        for pause in (3.1, 4.7, 5.2, 3.9):
-            time.sleep(pause)
-            app.start("korvell://page/cpu")
-            in_section("CPU")
-            assert keeper.poll() is None, keeper.stdout.read()
-            time.sleep(pause)
-            app.process.terminate()
-            assert app.ended() == 0
-            assert keeper.poll() is None, keeper.stdout.read()
+        yield
     finally:
         app.desktop.environment.clear()
         app.desktop.environment.update(ordinary)
-        keeper.terminate()
-        keeper.wait(10)
+
+
+def headless_keeper(app):
+    """`korvell run` steps back for the application and comes back, at any second of a minute."""
+    with compressed_time(app):
+        keeper = subprocess.Popen([app.programs + "/korvell", "run"], env=app.desktop.environment,
+                                  stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+        try:
+            for pause in (3.1, 4.7, 5.2, 3.9):
+                time.sleep(pause)
+                app.start("korvell://page/cpu")
+                in_section("CPU")
+                assert keeper.poll() is None, keeper.stdout.read()
+                time.sleep(pause)
+                app.process.terminate()
+                assert app.ended() == 0
+                assert keeper.poll() is None, keeper.stdout.read()
+        finally:
+            keeper.terminate()
+            keeper.wait(10)
     check_history(app, 8)
+
+
+def an_hour_asleep(app):
+    """The lid is shut for an hour while the window shows a live chart."""
+    minutes = sqlite3.connect(f"file:{app.desktop.home}/.local/share/korvell/history.sqlite?mode=ro", uri=True)
+    before = 5_000  # seconds of quick time that have passed: what is recorded now is a day later than all else
+    begin = time.time() + before * 19
+    app.desktop.environment["KORVELL_CLOCK_BASE"] = str(time.time_ns() - before * 10**9)
+    try:
+        with compressed_time(app):
+            app.start("korvell://page/cpu")
+            in_section("CPU")
+            time.sleep(7)
+            app.process.send_signal(signal.SIGUSR2)
+            time.sleep(7)
+            app.alive()
+            open_section("Health")
+            app.process.terminate()
+            assert app.ended() == 0
+    finally:
+        del app.desktop.environment["KORVELL_CLOCK_BASE"]
+    rows = [row[0] for row in minutes.execute("SELECT ts FROM system WHERE ts > ? ORDER BY ts", (begin - 60,))]
+    steps = [later - former for former, later in zip(rows, rows[1:])]
+    assert len([step for step in steps if 3600 <= step <= 3720]) == 1, f"no hour is missing: {steps}"
+    assert all(step == 60 for step in steps if step < 3600), f"a minute is missing: {steps}"
 
 
 def starts_at_the_same_moment(app):
@@ -375,9 +409,9 @@ def the_bus_goes(app):
 
 CASES = [first_launch, sections_by_pointer, sections_by_keys, ranges, settings_window, panel, links, second_start,
          quitting_a_process, cleaning_up, stopping_a_server, the_desktop_fails, quitting, headless_keeper,
-         starts_at_the_same_moment, the_bus_goes]
+         an_hour_asleep, starts_at_the_same_moment, the_bus_goes]
 # They start the application by themselves.
-STARTERS = (first_launch, headless_keeper, starts_at_the_same_moment, the_bus_goes)
+STARTERS = (first_launch, headless_keeper, an_hour_asleep, starts_at_the_same_moment, the_bus_goes)
 
 
 def run(programs, chosen):
