@@ -22,9 +22,13 @@ AgentServer::AgentServer(Services services)
                                                                      services_.main, services_.makeQueue,
                                                                      services_.patience},
                                               [this]() -> Queue& { return queue(false); })),
+      desktop_(services_.main, *services_.host.notifications),
       server_(std::make_unique<MCPServer>(
-          MCPServer::Services{services_.main, handles_.seal(), services_.version, services_.send}, tools())) {
-}
+          MCPServer::Services{services_.main, handles_.seal(), services_.version, services_.send,
+                              [this](const Question& question, std::function<void(Consent)> answered) {
+                                return desktop_.ask(question, std::move(answered));
+                              }},
+          tools())) {}
 
 AgentServer::~AgentServer() {
   life_.cut();

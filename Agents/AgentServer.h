@@ -3,6 +3,7 @@
 // what they find things out from, all made when something first needs it. Main queue only.
 
 #include "Agents/AgentActions.h"
+#include "Agents/DesktopConsent.h"
 #include "Agents/MCPServer.h"
 #include "Agents/ReadingTools.h"
 
@@ -44,6 +45,7 @@ private:
   Readings readings_, slowReadings_;    ///< of one queue each
   std::unique_ptr<Queue> slow_, tools_; ///< null until the first call
   std::unique_ptr<AgentActions> actions_;
+  DesktopConsent desktop_;
   std::unique_ptr<MCPServer> server_;
   std::unique_ptr<Timer> timer_;
   Lifeline<AgentServer> life_{*this};

@@ -58,17 +58,6 @@ Consent consentOf(const Value* result) {
                                 : Consent::unanswered;
 }
 
-/// What the person reads; each part on lines of its own, so that no name can look like another part.
-std::string questionText(const Question& question) {
-  auto text = cleanedText(question.title) + "\n\n" + cleanedText(question.message);
-  for (std::size_t i = 0; i < std::min(question.details.size(), mostDetails); ++i)
-    text += (i == 0 ? "\n\n• " : "\n• ") + cleanedText(question.details[i]);
-  if (question.details.size() > mostDetails)
-    text += "\n" +
-            localized("and {count} more", {{"count", std::to_string(question.details.size() - mostDetails)}});
-  return text;
-}
-
 Value elicitation(const Question& question) {
   auto form = Value::object({{"type", "object"}, {"properties", Value::object()}});
   return Value::object({{"message", questionText(question)}, {"requestedSchema", std::move(form)}});
@@ -82,6 +71,16 @@ std::string canonical(const Value& arguments) {
 }
 
 } // namespace
+
+std::string questionText(const Question& question) {
+  auto text = cleanedText(question.title) + "\n\n" + cleanedText(question.message);
+  for (std::size_t i = 0; i < std::min(question.details.size(), mostDetails); ++i)
+    text += (i == 0 ? "\n\n• " : "\n• ") + cleanedText(question.details[i]);
+  if (question.details.size() > mostDetails)
+    text += "\n" +
+            localized("and {count} more", {{"count", std::to_string(question.details.size() - mostDetails)}});
+  return text;
+}
 
 struct MCPServer::Speaker {
   bool isStateless = false;
@@ -152,6 +151,7 @@ private:
   void end(Value message) {
     if (std::exchange(isOver_, true)) return;
     const auto self = shared_from_this(); // the server lets go of it
+    desktop_.reset();
     if (auto* server = watch_.get()) server->end(key());
     reply_(std::move(message));
   }
@@ -161,7 +161,8 @@ private:
     const auto heard = [self = shared_from_this(), answered](Consent consent) {
       if (!self->isOver_) self->hear(consent, answered);
     };
-    if (!ask || !ask(question, heard)) hear(Consent::impossible, answered);
+    if (ask) desktop_ = ask(question, heard);
+    if (!desktop_) hear(Consent::impossible, answered);
   }
 
   std::string stateOf(const MCPServer& server, const std::string& until, const std::string& label,
@@ -199,7 +200,8 @@ private:
   Value arguments_, responses_, state_;
   Cancellation cancellation_;
   bool isOver_ = false;
-  bool isAsking_ = false; ///< a person thinks
+  bool isAsking_ = false;         ///< a person thinks
+  std::shared_ptr<void> desktop_; ///< the question there
 };
 
 MCPServer::MCPServer(Services services, std::vector<Tool> tools)

@@ -22,6 +22,9 @@
 
 namespace korvell {
 
+/// What a person reads; each part on lines of its own, so that no name can look like another part.
+std::string questionText(const Question& question);
+
 class MCPServer {
 public:
   /// Bytes of a message: all that a client has to say fits many times over.
@@ -36,8 +39,9 @@ public:
     std::string version; ///< of this program
     /// Takes a line without its end.
     std::function<void(std::string line)> send;
-    /// Asks at the desktop, for a client that can't; null, or false, where nobody can be asked there.
-    std::function<bool(const Question&, std::function<void(Consent)>)> askDesktop = {};
+    /// Asks at the desktop, for a client that can't; null where that can't be done. The question stands for
+    /// as long as what is handed back.
+    std::function<std::shared_ptr<void>(const Question&, std::function<void(Consent)>)> askDesktop = {};
   };
 
   MCPServer(Services services, std::vector<Tool> tools);

@@ -22,9 +22,10 @@ constexpr const char* service = "org.freedesktop.Notifications";
 constexpr const char* objectPath = "/org/freedesktop/Notifications";
 constexpr const char* applicationName = "Korvell";
 constexpr const char* desktopEntry = "korvell";
-constexpr const char* icon = "utilities-system-monitor"; // in every icon theme
-constexpr const char* openAction = "default";            // what a click on the notification invokes
-constexpr std::uint64_t answerTimeout = 10'000'000;      // microseconds
+constexpr const char* icon = "utilities-system-monitor";   // in every icon theme
+constexpr const char* openAction = "default";              // what a click on the notification invokes
+constexpr const char *yesAction = "yes", *noAction = "no"; // of a question
+constexpr std::uint64_t answerTimeout = 10'000'000;        // microseconds
 constexpr std::size_t mostPending = 32;
 constexpr std::size_t mostShown = 64;
 
@@ -72,9 +73,34 @@ std::string escapedMarkup(std::string_view text) {
   return result;
 }
 
+namespace {
+
+/// The buttons of a question, and who waits for the answer: told once, at the latest when this ends.
+class Asked {
+public:
+  Asked(std::string yes, std::string no, Notifications::AnswerHandler answered)
+      : yes(std::move(yes)), no(std::move(no)), answered_(std::move(answered)) {}
+  ~Asked() { tell(NotificationAnswer::impossible); }
+  Asked(const Asked&) = delete;
+  Asked& operator=(const Asked&) = delete;
+
+  void tell(NotificationAnswer answer) {
+    if (const auto answered = std::exchange(answered_, {})) answered(answer);
+  }
+  void forget() { answered_ = {}; }
+
+  const std::string yes, no;
+
+private:
+  Notifications::AnswerHandler answered_;
+};
+
+} // namespace
+
 /// The thread and, on it alone, the connection.
 class DesktopNotifications::Worker {
 public:
+  using Question = std::shared_ptr<Asked>; ///< null: nothing is asked
   Worker(std::string address, OpenHandler onOpen)
       : address_(std::move(address)), onOpen_(std::move(onOpen)), thread_([this] { run(); }) {}
 
@@ -82,13 +108,34 @@ public:
     stopping_ = true;
     wake_.wake();
     thread_.join();
+    const auto forget = [](const auto& list) {
+      for (const auto& each : list)
+        if (each.question) each.question->forget();
+    };
+    forget(pending_);
+    forget(requests_);
+    forget(shown_);
   }
 
-  void add(const Notification& notification) {
+  void add(const Notification& notification, Question question = {}) {
+    Pending oldest; // ends without the lock: who waits for an answer is told
     {
       const std::lock_guard lock(mutex_);
-      if (pending_.size() == mostPending) pending_.pop_front();
-      pending_.push_back({notification});
+      if (pending_.size() == mostPending) {
+        oldest = std::move(pending_.front());
+        pending_.pop_front();
+      }
+      pending_.push_back({notification, std::move(question)});
+    }
+    wake_.wake();
+  }
+
+  void withdraw(const std::string& identifier) {
+    {
+      const std::lock_guard lock(mutex_);
+      for (auto& pending : pending_)
+        if (pending.notification.identifier == identifier && pending.question) pending.question->forget();
+      withdrawn_.push_back(identifier);
     }
     wake_.wake();
   }
@@ -98,21 +145,25 @@ private:
   struct Request {
     Worker* worker;
     Notification notification;
+    Question question;
     bool isSecondTry = false;
   };
   struct Pending {
     Notification notification;
+    Question question;
     bool isSecondTry = false;
   };
   struct Shown {
     std::string identifier;
     std::uint32_t id;
+    Question question;
   };
 
   void run() {
     nameCurrentThread("Korvell.notifications");
     while (!stopping_) {
       sendPending();
+      withdrawAll();
       process();
       wait();
     }
@@ -126,11 +177,32 @@ private:
       pending.swap(pending_);
     }
     if (pending.empty() || (!bus_ && !connect())) return;
-    for (auto& [notification, isSecondTry] : pending) {
-      auto& request = requests_.emplace_back(Request{this, std::move(notification), isSecondTry});
+    for (auto& [notification, question, isSecondTry] : pending) {
+      auto& request =
+          requests_.emplace_back(Request{this, std::move(notification), std::move(question), isSecondTry});
       if (sd_bus_call_async(bus_.get(), nullptr, methodCall(bus_.get(), "GetCapabilities").get(),
                             capabilitiesCame, &request, answerTimeout) < 0)
         fail(request);
+    }
+  }
+
+  /// What is still on its way when it is withdrawn is answered by nobody either, but may be seen.
+  void withdrawAll() {
+    std::vector<std::string> withdrawn;
+    {
+      const std::lock_guard lock(mutex_);
+      withdrawn.swap(withdrawn_);
+    }
+    for (const auto& identifier : withdrawn) {
+      for (auto& request : requests_)
+        if (request.notification.identifier == identifier && request.question) request.question->forget();
+      const auto found = std::ranges::find(shown_, identifier, &Shown::identifier);
+      if (found == shown_.end()) continue;
+      if (found->question) found->question->forget();
+      const auto call = bus_ ? methodCall(bus_.get(), "CloseNotification") : Message();
+      if (call && sd_bus_message_append(call.get(), "u", found->id) >= 0)
+        sd_bus_send(bus_.get(), call.get(), nullptr);
+      shown_.erase(found);
     }
   }
 
@@ -182,7 +254,7 @@ private:
     if (request.isSecondTry) return;
     {
       const std::lock_guard lock(mutex_);
-      pending_.push_back({request.notification, true});
+      pending_.push_back({request.notification, std::move(request.question), true});
     }
     wake_.wake();
   }
@@ -206,6 +278,7 @@ private:
 
   bool notify(Request& request, Capabilities capabilities) {
     const Notification& notification = request.notification;
+    if (request.question && !capabilities.actions) return false;
     const auto call = methodCall(bus_.get(), "Notify");
     if (!call) return false;
     const auto summary = text(notification.title);
@@ -215,7 +288,10 @@ private:
     int result = sd_bus_message_append(message, "susss", applicationName, replacedID(notification.identifier),
                                        icon, summary.c_str(), body.c_str());
     if (result >= 0)
-      result = capabilities.actions && onOpen_
+      result = request.question
+                   ? sd_bus_message_append(message, "as", 4, yesAction, request.question->yes.c_str(),
+                                           noAction, request.question->no.c_str())
+               : capabilities.actions && onOpen_
                    ? sd_bus_message_append(message, "as", 2, openAction, localized("Open").c_str())
                    : sd_bus_message_append(message, "as", 0);
     if (result >= 0)
@@ -239,7 +315,7 @@ private:
     if (sd_bus_message_is_method_error(reply, nullptr) || sd_bus_message_read(reply, "u", &id) <= 0) {
       worker.fail(request);
     } else {
-      worker.remember({request.notification.identifier, id});
+      worker.remember({request.notification.identifier, id, std::move(request.question)});
       worker.finish(request);
     }
     return 0;
@@ -260,18 +336,28 @@ private:
     auto& worker = *static_cast<Worker*>(data);
     std::uint32_t id = 0;
     const char* action = nullptr;
-    if (sd_bus_message_read(signal, "us", &id, &action) <= 0 || std::string_view(action) != openAction)
-      return 0;
+    if (sd_bus_message_read(signal, "us", &id, &action) <= 0) return 0;
     const auto found = std::ranges::find(worker.shown_, id, &Shown::id);
-    if (found != worker.shown_.end() && worker.onOpen_) worker.onOpen_(std::string(found->identifier));
+    if (found == worker.shown_.end()) return 0;
+    const std::string_view pressed = action;
+    if (const auto question = found->question) {
+      if (pressed == yesAction) question->tell(NotificationAnswer::yes);
+      if (pressed == noAction) question->tell(NotificationAnswer::no);
+    } else if (pressed == openAction && worker.onOpen_) {
+      worker.onOpen_(std::string(found->identifier));
+    }
     return 0;
   }
 
   static int closed(sd_bus_message* signal, void* data, sd_bus_error*) {
     auto& worker = *static_cast<Worker*>(data);
     std::uint32_t id = 0;
-    if (sd_bus_message_read(signal, "u", &id) > 0)
-      std::erase_if(worker.shown_, [&](const Shown& shown) { return shown.id == id; });
+    if (sd_bus_message_read(signal, "u", &id) <= 0) return 0;
+    const auto found = std::ranges::find(worker.shown_, id, &Shown::id);
+    if (found == worker.shown_.end()) return 0;
+    const auto question = std::move(found->question);
+    worker.shown_.erase(found);
+    if (question) question->tell(NotificationAnswer::no);
     return 0;
   }
 
@@ -282,7 +368,8 @@ private:
   std::deque<Shown> shown_; ///< the notifications on the screen, the newest last
 
   std::mutex mutex_;
-  std::deque<Pending> pending_; ///< guarded by mutex_
+  std::deque<Pending> pending_; ///< guarded by mutex_, as the next one
+  std::vector<std::string> withdrawn_;
   std::atomic<bool> stopping_ = false;
   const WakePipe wake_;
   std::thread thread_; ///< last: it uses all the others
@@ -292,10 +379,24 @@ DesktopNotifications::DesktopNotifications(std::string busAddress) : busAddress_
 DesktopNotifications::~DesktopNotifications() = default;
 
 void DesktopNotifications::post(const Notification& notification) {
-  if (busAddress_.empty()) return;
+  if (!busAddress_.empty()) worker().add(notification);
+}
+
+void DesktopNotifications::ask(const Notification& notification, const std::string& yes,
+                               const std::string& no, AnswerHandler answered) {
+  if (busAddress_.empty()) return answered(NotificationAnswer::impossible);
+  worker().add(notification, std::make_shared<Asked>(yes, no, std::move(answered)));
+}
+
+void DesktopNotifications::withdraw(const std::string& identifier) {
+  const std::lock_guard lock(mutex_);
+  if (worker_) worker_->withdraw(identifier);
+}
+
+DesktopNotifications::Worker& DesktopNotifications::worker() {
   const std::lock_guard lock(mutex_);
   if (!worker_) worker_ = std::make_unique<Worker>(busAddress_, openHandler_);
-  worker_->add(notification);
+  return *worker_;
 }
 
 } // namespace korvell

@@ -23,10 +23,14 @@ public:
   ~DesktopNotifications() override;
 
   void post(const Notification& notification) override;
+  void ask(const Notification& notification, const std::string& yes, const std::string& no,
+           AnswerHandler answered) override;
+  void withdraw(const std::string& identifier) override;
   void setOpenHandler(OpenHandler handler) override { openHandler_ = std::move(handler); }
 
 private:
   class Worker;
+  Worker& worker();
   const std::string busAddress_;
   OpenHandler openHandler_;
   std::mutex mutex_; ///< for the start

@@ -5,6 +5,7 @@
 #include "Tests/App/PlayedKeeper.h"
 #include "Tests/Fakes/FakeLogFiles.h"
 #include "Tests/Fakes/FakeMachineState.h"
+#include "Tests/Fakes/FakeNotifications.h"
 #include "Tests/Fakes/FakeProcessTable.h"
 #include "Tests/Fakes/FakeTimeZone.h"
 #include "Tests/Fakes/PortableFileTree.h"
@@ -29,13 +30,15 @@ struct AgentToolsTests : ServerFixture {
   TemporaryFolder folder;
   Host host;
   FakeProcessTable& processes;
+  FakeNotifications& notifications;
   PlayedKeeper keeper;
   Tick tick; ///< what is measured here, and what the keeper tells
   std::vector<HealthAlert> alerts;
   int measured = 0;
   std::unique_ptr<AgentServer> agent;
 
-  AgentToolsTests() : processes(*new FakeProcessTable) {
+  AgentToolsTests() : processes(*new FakeProcessTable), notifications(*new FakeNotifications) {
+    host.notifications.reset(&notifications);
     host.folders.home = folder.path().string();
     host.folders.data = folder / "data";
     host.processes.reset(&processes);
@@ -244,6 +247,38 @@ TEST_F(AgentToolsTests, whoCanAskNobodySaysWhatToType) {
   const auto told = talk(call("5", "quit_app", R"({"handle":")" + handle() + "\"}", claim()));
   EXPECT_THAT(at(told, "result/structuredContent/message"), HasSubstr("korvell quit 42"));
   EXPECT_THAT(keeper.orders, IsEmpty());
+}
+
+TEST_F(AgentToolsTests, aClientThatCannotAskLeavesItToTheDesktop) {
+  playKeeper();
+  notifications.canAsk = true;
+  const auto ask = [this] {
+    return talk(call("5", "quit_app", R"({"handle":")" + handle() + "\"}", claim()));
+  };
+  EXPECT_TRUE(ask().isNull());
+  EXPECT_EQ(notifications.titles().back(), "An agent asks: Quit " + harmless + "?");
+  const auto answer = [this](NotificationAnswer given) {
+    sent.clear();
+    notifications.answered(given);
+    time.run();
+    return sent.empty() ? std::string() : at(*parseJSON(sent.back()), "result/structuredContent/outcome");
+  };
+  EXPECT_EQ(answer(NotificationAnswer::no), "\"declined\"");
+  EXPECT_THAT(keeper.orders, IsEmpty());
+  ask();
+  EXPECT_EQ(answer(NotificationAnswer::yes), "\"done\"");
+  EXPECT_THAT(keeper.orders, SizeIs(1));
+  EXPECT_THAT(notifications.withdrawn, IsEmpty());
+  ask();
+  sent.clear();
+  time.advance(MCPServer::patience + Seconds{2});
+  EXPECT_THAT(sent, Contains(HasSubstr("unanswered")));
+  EXPECT_EQ(answer(NotificationAnswer::yes), "");
+  ask();
+  talk(R"({"jsonrpc":"2.0","method":"notifications/cancelled","params":{"requestId":5}})");
+  EXPECT_THAT(notifications.withdrawn, SizeIs(2)) << "a question that nobody waits for stands no longer";
+  EXPECT_EQ(answer(NotificationAnswer::yes), "");
+  EXPECT_THAT(keeper.orders, SizeIs(1));
 }
 
 TEST_F(AgentToolsTests, theHistoryTellsWhoItWas) {

@@ -246,7 +246,7 @@ TEST_F(MCPServerTests, whoCannotAskLeavesItToTheDesktop) {
   std::function<void(Consent)> answered;
   desktop = [&](const Question&, std::function<void(Consent)> told) {
     answered = std::move(told);
-    return true;
+    return std::make_shared<int>();
   };
   EXPECT_THAT(say(call("2", "act")), IsEmpty());
   answered(Consent::given);

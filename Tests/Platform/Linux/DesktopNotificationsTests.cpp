@@ -43,6 +43,45 @@ TEST_F(DesktopNotificationsTests, sendsWhatTheServiceUnderstands) {
   EXPECT_EQ(future.get(), "one");
 }
 
+TEST_F(DesktopNotificationsTests, aQuestionIsAnsweredByItsButtonsAlone) {
+  FakeNotificationServer server(path, {"actions"});
+  DesktopNotifications notifications(server.address());
+  notifications.setOpenHandler([](const std::string&) { FAIL(); });
+  const auto ask = [&](const std::function<void(std::uint32_t)>& act, std::uint32_t id) {
+    std::promise<NotificationAnswer> answered;
+    notifications.ask(alert, "Quit", "Don't", [&](NotificationAnswer answer) { answered.set_value(answer); });
+    EXPECT_THAT(server.next()->actions, ElementsAre("yes", "Quit", "no", "Don't"));
+    act(id);
+    auto future = answered.get_future();
+    EXPECT_EQ(future.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    server.close(id); // as services do
+    return future.get();
+  };
+  const auto press = [&](const char* button) {
+    return [&server, button](std::uint32_t id) {
+      server.invoke(id, "default");
+      server.invoke(id, button);
+    };
+  };
+  EXPECT_EQ(ask(press("yes"), 41), NotificationAnswer::yes);
+  EXPECT_EQ(ask(press("no"), 42), NotificationAnswer::no);
+  EXPECT_EQ(ask([&](std::uint32_t id) { server.close(id); }, 43), NotificationAnswer::no);
+}
+
+TEST_F(DesktopNotificationsTests, aQuestionThatNobodyCanSeeIsImpossible) {
+  const auto answerOf = [this](DesktopNotifications& notifications) {
+    std::promise<NotificationAnswer> answered;
+    notifications.ask(alert, "Quit", "Don't", [&](NotificationAnswer answer) { answered.set_value(answer); });
+    return answered.get_future().get();
+  };
+  DesktopNotifications without(""), nobody("unix:path=" + (folder / "nobody"));
+  EXPECT_EQ(answerOf(without), NotificationAnswer::impossible);
+  EXPECT_EQ(answerOf(nobody), NotificationAnswer::impossible);
+  FakeNotificationServer server(path, {"body"});
+  DesktopNotifications plain(server.address());
+  EXPECT_EQ(answerOf(plain), NotificationAnswer::impossible);
+}
+
 TEST_F(DesktopNotificationsTests, aPlainServiceGetsPlainText) {
   FakeNotificationServer server(path, {"body"});
   DesktopNotifications notifications(server.address());
