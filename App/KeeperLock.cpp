@@ -10,8 +10,6 @@ namespace korvell {
 
 namespace {
 
-std::string lockPath(const UserFolders& folders) { return folders.data + "/" + KeeperLock::fileName; }
-
 /// Never cut to nothing: on a full disk the file keeps the room that it has.
 void rewrite(int file, std::string_view text) {
   if (pwrite(file, text.data(), text.size(), 0) == ssize_t(text.size())) [[maybe_unused]]
@@ -25,7 +23,7 @@ Result<KeeperLock> KeeperLock::acquire(const UserFolders& folders) {
   // Who only looks whether the lock is held has it for a moment.
   constexpr Seconds patience{0.05};
   bool isHeld = false;
-  auto lock = FileLock::acquire(lockPath(folders), patience, &isHeld);
+  auto lock = FileLock::acquire(keeperLockPath(folders), patience, &isHeld);
   if (lock) {
     KeeperLock keeper(std::move(*lock));
     keeper.announce({});
@@ -36,7 +34,7 @@ Result<KeeperLock> KeeperLock::acquire(const UserFolders& folders) {
 }
 
 bool KeeperLock::waitUntilFree(const UserFolders& folders) {
-  return FileLock::waitUntilFree(lockPath(folders));
+  return FileLock::waitUntilFree(keeperLockPath(folders));
 }
 
 KeeperLock::~KeeperLock() {
@@ -55,7 +53,7 @@ std::string keeperSocketPath(const UserFolders& folders) {
 std::string spareSocketPath(const UserFolders& folders) { return folders.data + "/keeper.sock"; }
 
 std::optional<KeeperAnnouncement> keeperAnnouncement(const UserFolders& folders) {
-  const auto text = readFile(lockPath(folders), 4096);
+  const auto text = readFile(keeperLockPath(folders), 4096);
   const auto announcement = text ? parseJSON(*text) : std::nullopt;
   const auto* pid = announcement ? announcement->find("pid") : nullptr;
   const auto* socket = announcement ? announcement->find("socket") : nullptr;
@@ -63,6 +61,6 @@ std::optional<KeeperAnnouncement> keeperAnnouncement(const UserFolders& folders)
   return KeeperAnnouncement{pid->asInt().value_or(0), *socket->asString()};
 }
 
-bool isKeeperRunning(const UserFolders& folders) { return FileLock::isHeld(lockPath(folders)); }
+bool isKeeperRunning(const UserFolders& folders) { return FileLock::isHeld(keeperLockPath(folders)); }
 
 } // namespace korvell

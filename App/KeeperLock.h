@@ -5,6 +5,7 @@
 #include "Base/FileLock.h"
 #include "Base/Result.h"
 #include "Base/UserFolders.h"
+#include "Shared/KeeperFile.h"
 
 #include <cstdint>
 #include <optional>
@@ -14,8 +15,6 @@ namespace korvell {
 
 class KeeperLock {
 public:
-  static constexpr const char* fileName = "keeper.lock";
-
   /// Fails with a sentence when another process is the keeper, or when the data folder can't be written.
   static Result<KeeperLock> acquire(const UserFolders& folders);
   KeeperLock(KeeperLock&&) = default;

@@ -12,11 +12,12 @@ namespace {
 constexpr std::string_view group = "Desktop Entry";
 constexpr std::string_view hidden = "Hidden", gnome = "X-GNOME-Autostart-enabled";
 
-constexpr std::string_view newEntry = "[Desktop Entry]\n"
-                                      "Type=Application\n"
-                                      "Name=Korvell\n"
-                                      "Comment=Watches this computer's health\n"
-                                      "Icon=korvell\n";
+std::string newEntry(const AutostartTitle& title) {
+  return "[Desktop Entry]\n"
+         "Type=Application\n"
+         "Name=" +
+         std::string(title.name) + "\nComment=" + std::string(title.comment) + "\nIcon=korvell\n";
+}
 
 std::string_view keyOf(std::string_view line) {
   const auto end = line.find('=');
@@ -66,9 +67,11 @@ bool isAutostartEnabled(std::string_view entry) {
   return file.last(group, "Exec") && file.last(group, hidden) != "true" && file.last(group, gnome) != "false";
 }
 
-std::string autostartEntry(std::string_view text, std::string_view program, bool enabled) {
+std::string autostartEntry(std::string_view text, std::string_view program, bool enabled,
+                           const AutostartTitle& title) {
   const bool isEntry = KeyFile::parseDesktopEntry(text).last(group, "Type").has_value();
-  if (!isEntry) text = newEntry;
+  const auto fresh = newEntry(title);
+  if (!isEntry) text = fresh;
   if (!enabled) return withSettings(text, {{hidden, "true"}});
   return withSettings(text, {{"Exec", desktopEntryWord(program)}, {hidden, ""}, {gnome, ""}});
 }

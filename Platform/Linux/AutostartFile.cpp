@@ -1,7 +1,7 @@
 #include "Platform/Linux/AutostartFile.h"
 
 #include "Base/Files.h"
-#include "Platform/Formats/AutostartEntry.h"
+#include "Platform/WidgetLoginItem.h"
 
 #include <filesystem>
 
@@ -13,9 +13,16 @@ constexpr std::size_t mostBytes = 64 << 10;
 
 } // namespace
 
-AutostartFile::AutostartFile(const UserFolders& folders, std::string program)
-    : folder_(folders.configHome + "/autostart"), path_(folder_ + "/korvell.desktop"),
-      program_(std::move(program)) {}
+AutostartFile::AutostartFile(const UserFolders& folders, std::string program, const std::string& fileName,
+                             AutostartTitle title)
+    : folder_(folders.configHome + "/autostart"), path_(folder_ + "/" + fileName),
+      program_(std::move(program)), title_(title) {}
+
+std::unique_ptr<LoginItem> makeWidgetLoginItem(const UserFolders& folders, std::string program) {
+  return std::make_unique<AutostartFile>(
+      folders, std::move(program), "korvell-widget.desktop",
+      AutostartTitle{"Korvell Widget", "Shows this computer's health on the desktop"});
+}
 
 bool AutostartFile::isEnabled() const {
   const auto text = readFile(path_, mostBytes);
@@ -32,7 +39,7 @@ Outcome AutostartFile::setEnabled(bool enabled) {
   // Like the desktops' own: others may read it.
   std::error_code ignored;
   std::filesystem::create_directories(folder_, ignored);
-  if (!replaceFile(path_, autostartEntry(text.value_or(""), program_, enabled))) return failure;
+  if (!replaceFile(path_, autostartEntry(text.value_or(""), program_, enabled, title_))) return failure;
   return success();
 }
 

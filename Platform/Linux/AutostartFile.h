@@ -1,7 +1,8 @@
 #pragma once
-// "autostart/korvell.desktop" in the user's configuration folder, which every desktop's session reads.
+// A file in "autostart" of the user's configuration folder, which every desktop's session reads.
 
 #include "Base/UserFolders.h"
+#include "Platform/Formats/AutostartEntry.h"
 #include "Platform/LoginItem.h"
 
 #include <string>
@@ -11,7 +12,8 @@ namespace korvell {
 class AutostartFile final : public LoginItem {
 public:
   /// `program` is what the entry starts; empty where it is not known, and then nothing can be enabled.
-  AutostartFile(const UserFolders& folders, std::string program);
+  AutostartFile(const UserFolders& folders, std::string program,
+                const std::string& fileName = "korvell.desktop", AutostartTitle title = {});
 
   bool isEnabled() const override;
   /// Keeps what others wrote in the entry.
@@ -19,6 +21,7 @@ public:
 
 private:
   const std::string folder_, path_, program_;
+  const AutostartTitle title_;
 };
 
 } // namespace korvell

@@ -1,0 +1,133 @@
+#include "Widget/WidgetWindow.h"
+
+#include "Base/Localization.h"
+#include "UI/Kit/Native.h"
+#include "UI/Kit/Text.h"
+#include "Widget/DesktopWindow.h"
+
+#include <QActionGroup>
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QPainterPath>
+#include <QScreen>
+#include <QToolTip>
+#include <QWindow>
+
+namespace korvell {
+
+namespace {
+
+constexpr int settlingMilliseconds = 100, rememberingMilliseconds = 1000;
+constexpr int cornerDistance = 24;
+
+int milliseconds(Seconds span) { return int(span.count() * 1000) + 1; }
+
+} // namespace
+
+WidgetWindow::WidgetWindow(Parts parts, WidgetPart::Open open)
+    : parts_(parts), place_(WidgetPlace::load(parts.folders)), face_(parts.theme, std::move(open), this) {
+  setWindowTitle(text("Korvell"));
+  setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnBottomHint);
+  setAttribute(Qt::WA_X11NetWmWindowTypeUtility);
+  setAttribute(Qt::WA_ShowWithoutActivating);
+  if (showsThrough()) setAttribute(Qt::WA_TranslucentBackground);
+  for (auto* timer : {&settling_, &ageing_, &remembering_}) timer->setSingleShot(true);
+  ageing_.setTimerType(Qt::VeryCoarseTimer);
+  connect(&settling_, &QTimer::timeout, this, [this] { readDocument(); });
+  connect(&ageing_, &QTimer::timeout, this, [this] { showPage(); });
+  connect(&remembering_, &QTimer::timeout, this, [this] { remember(); });
+  connect(&watcher_, &QFileSystemWatcher::directoryChanged, this,
+          [this] { settling_.start(settlingMilliseconds); });
+  face_.setSize(place_.size);
+  setFixedSize(face_.sizeHint());
+  readDocument();
+  putInPlace();
+  keepOnDesktop(*this);
+}
+
+void WidgetWindow::readDocument() {
+  const auto folder = text(parts_.feed.folder());
+  if (!watcher_.directories().contains(folder) && ensurePrivateFolder(parts_.feed.folder()))
+    watcher_.addPath(folder); // it was taken away and is there again
+  parts_.feed.read();
+  showPage();
+}
+
+void WidgetWindow::showPage() {
+  face_.show(parts_.feed.page());
+  ageing_.start(milliseconds(parts_.feed.patience()));
+}
+
+void WidgetWindow::setSize(WidgetSize size) {
+  place_.size = size;
+  face_.setSize(size);
+  setFixedSize(face_.sizeHint());
+  remember();
+}
+
+void WidgetWindow::putInPlace() {
+  if (!canPlaceWindows()) return;
+  const QPoint remembered(place_.x.value_or(0), place_.y.value_or(0));
+  const auto* screen = QGuiApplication::screenAt(remembered + rect().center());
+  if (place_.x && place_.y && screen) return move(remembered);
+  const auto free = QGuiApplication::primaryScreen()->availableGeometry();
+  move(free.right() - width() - cornerDistance, free.top() + cornerDistance);
+}
+
+void WidgetWindow::remember() {
+  if (canPlaceWindows()) {
+    place_.x = x();
+    place_.y = y();
+  }
+  if (!place_.save(parts_.folders)) tell(localized("The widget's place can't be stored."));
+}
+
+void WidgetWindow::switchLogin(bool enabled) {
+  if (const auto outcome = parts_.loginItem.setEnabled(enabled); !outcome) tell(outcome.reason());
+}
+
+void WidgetWindow::tell(const std::string& sentence) {
+  QToolTip::showText(mapToGlobal(rect().center()), text(sentence), this);
+}
+
+void WidgetWindow::contextMenuEvent(QContextMenuEvent* event) {
+  auto* menu = new Menu(parts_.theme, this);
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  auto* sizes = new QActionGroup(menu);
+  for (const auto& each : allCases<WidgetSize>()) {
+    auto& action = menu->add(localized(each.title), [this, size = each.value] { setSize(size); });
+    action.setCheckable(true);
+    action.setChecked(each.value == place_.size);
+    sizes->addAction(&action);
+  }
+  menu->addRule();
+  const bool isEnabled = parts_.loginItem.isEnabled();
+  auto& login = menu->add(localized("Start at login"), [this, isEnabled] { switchLogin(!isEnabled); });
+  login.setCheckable(true);
+  login.setChecked(isEnabled);
+  menu->addRule();
+  menu->add(localized("Close"), [] { QApplication::quit(); });
+  menu->popup(event->globalPos());
+}
+
+void WidgetWindow::mousePressEvent(QMouseEvent* event) { pressedAt_ = event->position().toPoint(); }
+
+void WidgetWindow::mouseMoveEvent(QMouseEvent* event) {
+  const auto way = (event->position().toPoint() - pressedAt_).manhattanLength();
+  if (event->buttons().testFlag(Qt::LeftButton) && way >= QApplication::startDragDistance() && windowHandle())
+    windowHandle()->startSystemMove();
+}
+
+void WidgetWindow::moveEvent(QMoveEvent*) {
+  if (isVisible() && canPlaceWindows()) remembering_.start(rememberingMilliseconds);
+}
+
+void WidgetWindow::resizeEvent(QResizeEvent*) {
+  face_.setGeometry(rect());
+  if (testAttribute(Qt::WA_TranslucentBackground)) return;
+  QPainterPath shape;
+  shape.addRoundedRect(rect(), WidgetFace::cornerRadius, WidgetFace::cornerRadius);
+  setMask(shape.toFillPolygon().toPolygon());
+}
+
+} // namespace korvell

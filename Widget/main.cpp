@@ -1,0 +1,82 @@
+// korvell-widget: the desktop widget. Reads the document that Korvell writes and measures nothing.
+
+#include "Base/Localization.h"
+#include "Platform/Posix/PlacedWidget.h"
+#include "Platform/WidgetLoginItem.h"
+#include "UI/Kit/Native.h"
+#include "UI/Kit/Spoken.h"
+#include "UI/Kit/Text.h"
+#include "UI/Kit/Type.h"
+#include "Widget/WidgetWindow.h"
+
+#include <QApplication>
+#include <QFileInfo>
+#include <QFontInfo>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QToolTip>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+using namespace korvell;
+
+/// The one beside this program, else the one that a terminal would start; empty without any.
+QString applicationProgram() {
+  const auto beside = QApplication::applicationDirPath() + "/korvell-app";
+  return QFileInfo(beside).isExecutable() ? beside : QStandardPaths::findExecutable("korvell-app");
+}
+
+/// A second start of the application hands the link to the first.
+void open(const std::string& link) {
+  const auto program = applicationProgram();
+  const auto arguments = link.empty() ? QStringList() : QStringList{text(link)};
+  if (program.isEmpty() || !QProcess::startDetached(program, arguments))
+    QToolTip::showText(QCursor::pos(), text(localized("Korvell's application can't be started.")));
+}
+
+Look lookOf(const DesktopWishes& wishes) {
+  const QFontInfo desktop(QApplication::font());
+  return {.appearance = wishes.appearance,
+          .highContrast = wishes.highContrast,
+          .reducedMotion = wishes.reducedMotion,
+          .textScale = textScaleOf(desktop.pixelSize()),
+          .family = systemFamily()};
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  const auto folders = linuxUserFolders(withHome(processEnvironment(), passwordHome));
+  if (!ensurePrivateFolder(folders.data)) {
+    std::fprintf(stderr, "korvell-widget: %s can't be written.\n", folders.data.c_str());
+    return EXIT_FAILURE;
+  }
+  // Two widgets would fight over one place. A start beside one that is there is no fault.
+  const auto only = FileLock::acquire(folders.data + "/widget.lock", Seconds(0));
+  if (!only) {
+    std::fprintf(stderr, "korvell-widget: the widget is placed already.\n");
+    return EXIT_SUCCESS;
+  }
+  QGuiApplication::setDesktopFileName("korvell-widget");
+  QApplication application(argc, argv);
+  QApplication::setApplicationName("Korvell");
+  installSpoken();
+  const auto placed = PlacedWidget::place(placedWidgetsFolder(folders));
+
+  Theme theme(lookOf(DesktopLook::fromPalette()));
+  setTooltipLook(theme);
+  const DesktopLook look([&theme](const DesktopWishes& wishes) {
+    theme.set(lookOf(wishes));
+    setTooltipLook(theme);
+  });
+  const SystemClock clock;
+  const SystemTimeZone zone;
+  WidgetFeed feed(folders, clock, zone);
+  const auto loginItem = makeWidgetLoginItem(folders, utf8(QApplication::applicationFilePath()));
+  WidgetWindow window({folders, theme, feed, *loginItem}, open);
+  window.show();
+  return QApplication::exec();
+}
