@@ -10,8 +10,10 @@ set(CMAKE_CURRENT_BINARY_DIR ${SCRATCH})
 string(COMPARE EQUAL "${KORVELL_SYSTEM}" macOS APPLE)
 set(KORVELL_UI ON)
 set(KORVELL_TESTS ON)
+set(KORVELL_WIDGET ON)
 
-foreach(command IN ITEMS add_custom_command add_custom_target add_dependencies add_test enable_testing find_package
+foreach(command IN ITEMS add_custom_command add_custom_target add_dependencies add_test enable_language enable_testing
+    find_package
     gtest_discover_tests include_directories install korvell_compile_small korvell_precompile pkg_check_modules
     set_property set_target_properties set_tests_properties target_compile_definitions target_compile_options
     set_source_files_properties target_include_directories target_link_libraries target_link_options target_precompile_headers)
@@ -33,6 +35,7 @@ function(note_sources target)
 endfunction()
 
 function(add_executable name)
+  list(REMOVE_ITEM ARGN MACOSX_BUNDLE)
   note_sources(${name} ${ARGN})
 endfunction()
 function(add_library name)

@@ -15,6 +15,7 @@
 #include "Platform/macOS/MacTemperatures.h"
 #include "Platform/macOS/MacTrash.h"
 #include "Platform/macOS/MacUsageHelper.h"
+#include "Platform/macOS/MacWidgetCenter.h"
 #include "Platform/macOS/SystemUserDefaults.h"
 
 #include <climits>
@@ -61,6 +62,9 @@ Host makeHost(const Environment& environment) {
   host.loginItem = std::make_unique<MacLoginItem>();
   host.diagnostics = std::make_unique<MacDiagnostics>(
       MacSources{*host.machine, *host.state, *host.applications, *host.launchItems, Shell::run}, clock);
+#ifdef KORVELL_WIDGET // else nobody has a widget
+  host.widgetCenter = std::make_unique<MacWidgetCenter>();
+#endif
   host.bundleInfo = macBundleInfo;
   host.notifications = std::make_unique<MacNotifications>();
   host.openBatterySettings = [] {
