@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 namespace korvell {
 
@@ -151,6 +152,25 @@ void addPower(MetricsText& text, const BatteryStats& battery, const KnownParts& 
   if (known.has(KnownPart::batteryTemperature))
     text.gauge("battery_temperature", unitOf(&BatteryStats::temperature), "Temperature of the battery.",
                battery.temperature);
+}
+
+void addSensors(MetricsText& text, const SensorsSnapshot& sensors) {
+  text.family("temperature", gauge, unitOf(&TemperatureReading::celsius), "What a sensor tells, by chip.");
+  std::set<std::pair<std::string, std::string>> told; // a series that came twice would spoil the whole answer
+  for (const auto& reading : sensors.temperatures)
+    if (const auto chip = reading.chip.value_or(""); told.emplace(chip, reading.name).second)
+      text.sample(reading.celsius,
+                  {{"chip", chip}, {"sensor", reading.name}, {"kind", std::string(rawValue(reading.kind))}});
+  text.family("fan_speed", gauge, unitOf(&FanReading::rpm), "Speed of a fan.");
+  for (const auto& fan : sensors.fans) text.sample(fan.rpm, {{"fan", fan.id}, {"name", fan.name}});
+}
+
+void addPeripherals(MetricsText& text, const std::vector<PeripheralBattery>& batteries) {
+  text.family("peripheral_charge", gauge, unitOf(&PeripheralBattery::percent), "Charge of a peripheral.");
+  std::set<std::string> told; // two mice of one name are one series
+  for (const auto& battery : batteries)
+    if (told.insert(battery.name).second)
+      text.sample(battery.percent, {{"name", battery.name}, {"kind", std::string(rawValue(battery.kind))}});
 }
 
 // Applications
@@ -336,6 +356,8 @@ std::string metricsText(const MetricsReading& reading, MetricsFormat format, std
   addTraffic(text, snapshot, known);
   addGraphics(text, snapshot.gpu, known);
   addPower(text, snapshot.battery, known);
+  if (reading.sensors) addSensors(text, *reading.sensors);
+  if (reading.peripherals) addPeripherals(text, *reading.peripherals);
   addApps(text, reading);
   addServers(text, reading);
   addAlerts(text, reading);

@@ -53,6 +53,8 @@ std::optional<MetricsReading> metricsReading(const Value& state, const TimeZone&
                         .known = *known,
                         .report = std::move(*report),
                         .privileged = part<PrivilegedUse>(state, "privileged"),
+                        .sensors = part<SensorsSnapshot>(state, "sensors"),
+                        .peripherals = part<std::vector<PeripheralBattery>>(state, "peripherals"),
                         .projects = part<std::vector<DevProject>>(state, "projects"),
                         .alerts = part<std::vector<HealthAlert>>(state, "alerts"),
                         .aiUsage = usageRows(state, zone),
@@ -66,6 +68,8 @@ MetricsReading metricsReading(const AppModel& model, Date now) {
                          .known = *model.known,
                          .report = *model.report,
                          .privileged = *model.privileged,
+                         .sensors = *model.sensors,
+                         .peripherals = *model.peripherals,
                          .projects = *model.projects,
                          .alerts = *model.alerts,
                          .isRecording = !model.historyProblem->has_value()};

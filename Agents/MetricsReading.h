@@ -21,6 +21,8 @@ struct MetricsReading {
   KnownParts known;
   HealthReport report;
   std::optional<PrivilegedUse> privileged;
+  std::optional<SensorsSnapshot> sensors = {};
+  std::optional<std::vector<PeripheralBattery>> peripherals = {};
   std::optional<std::vector<DevProject>> projects; ///< a keeper's: nobody else knows which are idle
   std::optional<std::vector<HealthAlert>> alerts;  ///< the newest first
   std::optional<std::vector<AIUsageRow>> aiUsage;  ///< of thirty days; `day` is a local midnight

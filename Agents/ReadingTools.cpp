@@ -5,8 +5,8 @@
 namespace korvell {
 
 std::vector<ReadingTool> readingTools() {
-  return {whySlowTool(), healthTool(),  machineTool(), processesTool(),  historyTool(),
-          alertsTool(),  aiUsageTool(), storageTool(), devServersTool(), startupItemsTool()};
+  return {whySlowTool(), healthTool(),  machineTool(),    processesTool(),    historyTool(), alertsTool(),
+          aiUsageTool(), storageTool(), devServersTool(), startupItemsTool(), sensorsTool()};
 }
 
 std::int64_t integerOf(const Value& arguments, const char* name, std::int64_t otherwise) {

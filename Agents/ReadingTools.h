@@ -36,6 +36,7 @@ ReadingTool aiUsageTool();
 ReadingTool storageTool();
 ReadingTool devServersTool();
 ReadingTool startupItemsTool();
+ReadingTool sensorsTool();
 
 // What several share.
 

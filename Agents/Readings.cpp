@@ -109,6 +109,12 @@ std::optional<SensorsSnapshot> Reading::sensors() {
   return isKeepers() ? told<SensorsSnapshot>("sensors") : readings_.ownTick().sensors;
 }
 
+std::vector<PeripheralBattery> Reading::peripherals() {
+  using Batteries = std::vector<PeripheralBattery>;
+  if (isKeepers()) return told<Batteries>("peripherals").value_or(Batteries());
+  return readings_.ownTick().peripherals.value_or(Batteries());
+}
+
 FigureSource Reading::source(std::initializer_list<const char*> needsKeeper) const {
   FigureSource source{.keeper = isKeepers()};
   if (source.keeper) return source;

@@ -79,6 +79,7 @@ public:
   /// Of the keeper's: only a running Korvell raises any.
   std::vector<HealthAlert> alerts();
   std::optional<SensorsSnapshot> sensors();
+  std::vector<PeripheralBattery> peripherals();
   /// A part of the keeper's state as it is; null without a keeper.
   const Value* part(const char* name) const { return state_ ? state_->find(name) : nullptr; }
   /// `needsKeeper`: what a call leaves out without one, beside who it is that measured.

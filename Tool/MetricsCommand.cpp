@@ -68,8 +68,9 @@ private:
     return std::move(*reading);
   }
   std::optional<MetricsReading> kept() {
-    const auto state = askKeeper(context_, {"snapshot", "known", "report", "privileged", "projects", "alerts",
-                                            "aiUsage", "historyProblem"});
+    const auto state =
+        askKeeper(context_, {"snapshot", "known", "report", "privileged", "sensors", "peripherals",
+                             "projects", "alerts", "aiUsage", "historyProblem"});
     auto reading = state ? metricsReading(*state, *context_.host.zone, context_.clock.now()) : std::nullopt;
     if (!reading) return std::nullopt;
     sampler_.reset();

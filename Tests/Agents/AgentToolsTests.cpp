@@ -85,6 +85,9 @@ struct AgentToolsTests : ServerFixture {
                          .lastActive = now - Seconds{3600}};
     tick.projects = {{"shop", {idle}}};
     tick.startupItems = {{.label = harm, .plistPath = "/etc/x", .isLeftover = true}};
+    tick.sensors =
+        SensorsSnapshot{.cpuCelsius = 61, .temperatures = {{harm, 61, SensorKind::cpu, "k10temp"}}};
+    tick.peripherals = {{harm, 20, PeripheralBattery::Kind::mouse}};
     alerts = {{.id = "a", .title = harm + " is keeping the CPU busy", .date = now - Seconds{60}}};
   }
 
@@ -107,6 +110,8 @@ struct AgentToolsTests : ServerFixture {
                           {"report", toValue(report)},
                           {"projects", toValue(*tick.projects)},
                           {"startupItems", toValue(*tick.startupItems)},
+                          {"sensors", toValue(*tick.sensors)},
+                          {"peripherals", toValue(*tick.peripherals)},
                           {"alerts", toValue(alerts)},
                           {"aiUsage", summaryValue(usage, *host.zone)}});
   }
@@ -188,6 +193,9 @@ TEST_F(AgentToolsTests, everyAnswerFitsItsSchemaWithAKeeper) {
   EXPECT_THAT(at(servers, "servers"), HasSubstr(R"("isIdle":true,"idleMinutes":60)"));
   EXPECT_EQ(at(content("ai_usage", R"({"by":"project"})"), "total/cost"), "1.5");
   EXPECT_THAT(at(content("ai_usage"), "planLimits"), HasSubstr(R"("usedPercent":80.0)"));
+  const auto sensors = content("sensors");
+  EXPECT_EQ(at(sensors, "cpuCelsius"), "61.0");
+  EXPECT_THAT(at(sensors, "peripherals"), HasSubstr(R"("percent":20)"));
   EXPECT_THAT(at(content("why_slow"), "alerts"), HasSubstr("keeping the CPU busy"));
 }
 

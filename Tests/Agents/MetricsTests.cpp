@@ -66,6 +66,21 @@ MetricsReading machine() {
   return reading;
 }
 
+TEST(MetricsTests, aSensorIsOneSeriesHoweverOftenItIsTold) {
+  auto reading = machine();
+  reading.sensors = SensorsSnapshot{.fans = {{"nct6775 fan1", "CPU fan", 900, 0, 0}},
+                                    .temperatures = {{"Tctl", 61, SensorKind::cpu, "k10temp"},
+                                                     {"Tctl", 60, SensorKind::cpu, "k10temp"},
+                                                     {"Tctl", 40, SensorKind::cpu, {}}}};
+  reading.peripherals = {{"Mouse", 20, PeripheralBattery::Kind::mouse}, {"Mouse", 90}};
+  const auto text = metricsText(reading, prometheus, "1");
+  EXPECT_THAT(samples(text, "temperature_celsius"),
+              ElementsAre("korvell_temperature_celsius{chip=\"k10temp\",sensor=\"Tctl\",kind=\"cpu\"} 61",
+                          "korvell_temperature_celsius{chip=\"\",sensor=\"Tctl\",kind=\"cpu\"} 40"));
+  EXPECT_THAT(samples(text, "fan_speed_revolutions_per_minute"), ElementsAre(EndsWith("} 900")));
+  EXPECT_THAT(samples(text, "peripheral_charge_ratio"), ElementsAre(EndsWith("} 0.2")));
+}
+
 TEST(MetricsTests, theLargestApplicationsAndTheRestTogether) {
   auto reading = machine();
   for (int i = 0; i < 30; ++i)
