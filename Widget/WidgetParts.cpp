@@ -31,6 +31,11 @@ QRectF mirrored(const QWidget& widget, const QRectF& box) {
 
 } // namespace
 
+bool isDrag(const QMouseEvent& event, const std::optional<QPoint>& pressedAt) {
+  return pressedAt && event.buttons().testFlag(Qt::LeftButton) &&
+         (event.position().toPoint() - *pressedAt).manhattanLength() >= QApplication::startDragDistance();
+}
+
 WidgetPart::WidgetPart(const Theme& theme, Open open, QWidget* parent)
     : Control(theme, parent), open_(std::move(open)) {
   setCursor(Qt::PointingHandCursor);
@@ -46,15 +51,14 @@ void WidgetPart::mousePressEvent(QMouseEvent* event) {
 }
 
 void WidgetPart::mouseMoveEvent(QMouseEvent* event) {
-  const auto way = (event->position().toPoint() - pressedAt_).manhattanLength();
-  auto* handle = window()->windowHandle();
-  if (!event->buttons().testFlag(Qt::LeftButton) || way < QApplication::startDragDistance() || !handle)
-    return Control::mouseMoveEvent(event);
+  if (!pressedAt_) return; // dragged away already
+  if (!isDrag(*event, pressedAt_) || !window()->windowHandle()) return Control::mouseMoveEvent(event);
+  pressedAt_.reset(); // what moves on the way here must not begin another drag
   // A drag is no click: let go outside first.
   QMouseEvent away(QEvent::MouseMove, QPointF(-1, -1), event->globalPosition(), Qt::NoButton, Qt::LeftButton,
                    event->modifiers());
   Control::mouseMoveEvent(&away);
-  handle->startSystemMove();
+  window()->windowHandle()->startSystemMove();
 }
 
 void WidgetPart::drawHover(QPainter& painter, const QRectF& box) {

@@ -10,6 +10,9 @@
 
 namespace korvell {
 
+/// The pointer has left the spot where the button went down.
+bool isDrag(const QMouseEvent& event, const std::optional<QPoint>& pressedAt);
+
 class WidgetPart : public Control {
 public:
   /// Hears the link; empty for the application as it is.
@@ -30,7 +33,7 @@ protected:
 private:
   Open open_;
   std::string link_;
-  QPoint pressedAt_;
+  std::optional<QPoint> pressedAt_; ///< until it became a drag
 };
 
 /// The score as a ring: what is left of 100, and a thin rest.

@@ -28,7 +28,6 @@ WidgetWindow::WidgetWindow(Parts parts, WidgetPart::Open open)
     : parts_(parts), place_(WidgetPlace::load(parts.folders)), face_(parts.theme, std::move(open), this) {
   setWindowTitle(text("Korvell"));
   setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnBottomHint);
-  setAttribute(Qt::WA_X11NetWmWindowTypeUtility);
   setAttribute(Qt::WA_ShowWithoutActivating);
   if (showsThrough()) setAttribute(Qt::WA_TranslucentBackground);
   for (auto* timer : {&settling_, &ageing_, &remembering_}) timer->setSingleShot(true);
@@ -113,9 +112,9 @@ void WidgetWindow::contextMenuEvent(QContextMenuEvent* event) {
 void WidgetWindow::mousePressEvent(QMouseEvent* event) { pressedAt_ = event->position().toPoint(); }
 
 void WidgetWindow::mouseMoveEvent(QMouseEvent* event) {
-  const auto way = (event->position().toPoint() - pressedAt_).manhattanLength();
-  if (event->buttons().testFlag(Qt::LeftButton) && way >= QApplication::startDragDistance() && windowHandle())
-    windowHandle()->startSystemMove();
+  if (!isDrag(*event, pressedAt_) || !windowHandle()) return;
+  pressedAt_.reset();
+  windowHandle()->startSystemMove();
 }
 
 void WidgetWindow::moveEvent(QMoveEvent*) {

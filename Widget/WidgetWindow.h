@@ -45,10 +45,10 @@ private:
   WidgetPlace place_;
   WidgetFace face_;
   QFileSystemWatcher watcher_;
-  QTimer settling_;    ///< a new document comes with several changes of its folder
-  QTimer ageing_;      ///< until the document is old
-  QTimer remembering_; ///< until a dragged window stands still
-  QPoint pressedAt_;
+  QTimer settling_;                 ///< a new document comes with several changes of its folder
+  QTimer ageing_;                   ///< until the document is old
+  QTimer remembering_;              ///< until a dragged window stands still
+  std::optional<QPoint> pressedAt_; ///< until it became a drag
 };
 
 } // namespace korvell

@@ -42,7 +42,8 @@ bool showsThrough() {
   return reply && reply->owner != XCB_NONE;
 }
 
-// The toolkit sets the type and "below" itself, and keeps the states that it does not know.
+// The toolkit takes every window without a frame for one of no particular type; it keeps the states that it
+// does not know.
 void keepOnDesktop(QWidget& window) {
   auto* x = connection();
   if (!x) return;
@@ -51,6 +52,9 @@ void keepOnDesktop(QWidget& window) {
   const auto id = xcb_window_t(window.winId());
   xcb_change_property(x, XCB_PROP_MODE_APPEND, id, atom(x, "_NET_WM_STATE"), XCB_ATOM_ATOM, 32,
                       std::uint32_t(states.size()), states.data());
+  const auto type = atom(x, "_NET_WM_WINDOW_TYPE_UTILITY");
+  xcb_change_property(x, XCB_PROP_MODE_REPLACE, id, atom(x, "_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM, 32, 1,
+                      &type);
   const std::uint32_t everywhere = 0xFFFFFFFF;
   xcb_change_property(x, XCB_PROP_MODE_REPLACE, id, atom(x, "_NET_WM_DESKTOP"), XCB_ATOM_CARDINAL, 32, 1,
                       &everywhere);
