@@ -37,5 +37,7 @@ std::vector<GalleryView> aiUsageViews();
 std::vector<GalleryView> storageViews();
 /// The settings, from made-up answers.
 std::vector<GalleryView> settingsViews();
+/// The desktop widget; none where it is an extension.
+std::vector<GalleryView> widgetViews();
 
 } // namespace korvell
