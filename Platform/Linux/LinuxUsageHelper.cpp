@@ -27,7 +27,8 @@ constexpr const char* socketPath = "/run/korvell-helper.sock";
 constexpr const char* socketUnit = "/etc/systemd/system/korvell-helper.socket";
 constexpr const char* serviceUnit = "/etc/systemd/system/korvell-helper.service";
 constexpr const char* packagedUnit = "/usr/lib/systemd/system/korvell-helper.socket";
-constexpr const char* program = "/usr/local/libexec/korvell-helper";
+constexpr const char* copiedProgram = "/usr/local/libexec/korvell-helper";
+constexpr const char* packagedProgram = "/usr/libexec/korvell/korvell-helper"; ///< only root can change it
 constexpr const char* systemdRunning = "/run/systemd/system";
 constexpr std::array programFolders = {"/usr/bin/", "/bin/", "/usr/sbin/", "/sbin/"};
 constexpr Seconds patience{30};
@@ -43,7 +44,7 @@ bool install(const std::string& path, std::string_view bytes, mode_t mode) {
   return !error && replaceFile(path, bytes) && chmod(path.c_str(), mode) == 0;
 }
 
-std::string withProgram(std::string unit) {
+std::string withProgram(std::string unit, std::string_view program) {
   constexpr std::string_view placeholder = "@HELPER@";
   return unit.replace(unit.find(placeholder), placeholder.size(), program);
 }
@@ -82,7 +83,13 @@ std::shared_ptr<UsageHelperConnection> LinuxUsageHelper::connect(std::function<v
   return HelperSocket::connect(at(socketPath), std::move(lost));
 }
 
-bool LinuxUsageHelper::isOffered() { return exists(sources_.ownFolder + "/korvell-helper"); }
+bool LinuxUsageHelper::isOffered() { return exists(ownHelper()); }
+
+std::string LinuxUsageHelper::ownHelper() const {
+  const std::filesystem::path own = sources_.ownFolder;
+  if (auto beside = own / "korvell-helper"; exists(beside)) return beside;
+  return own.parent_path() / "libexec/korvell/korvell-helper";
+}
 
 Outcome LinuxUsageHelper::checkAdministrator(const std::string& withoutSystemd) const {
   if (!exists(at(systemdRunning))) return Failure{withoutSystemd};
@@ -105,11 +112,14 @@ Outcome LinuxUsageHelper::step(const std::string& name, const std::vector<std::s
 }
 
 Outcome LinuxUsageHelper::installFiles() const {
-  const auto bytes = readFile(sources_.ownFolder + "/korvell-helper", largestProgram);
+  const auto own = ownHelper();
+  const auto bytes = readFile(own, largestProgram);
   if (!bytes) return Failure{localized("Helper missing from this copy of Korvell")};
-  const bool installed = install(at(program), *bytes, 0755) &&
+  const bool isPackaged = own == at(packagedProgram);
+  const auto service = withProgram(helperServiceUnit, isPackaged ? packagedProgram : copiedProgram);
+  const bool installed = (isPackaged || install(at(copiedProgram), *bytes, 0755)) &&
                          install(at(socketUnit), helperSocketUnit, 0644) &&
-                         install(at(serviceUnit), withProgram(helperServiceUnit), 0644);
+                         install(at(serviceUnit), service, 0644);
   if (!installed) return Failure{localized("The helper's files could not be written.")};
   return success();
 }
@@ -144,7 +154,7 @@ Outcome LinuxUsageHelper::disable() {
   if (!exists(at(socketUnit)) && !exists(at(packagedUnit))) return success();
   if (auto stopped = step("systemctl", {"disable", "--now", socketName}); !stopped) return stopped;
   if (auto stopped = step("systemctl", {"stop", serviceName}); !stopped) return stopped;
-  for (const char* path : {socketUnit, serviceUnit, program}) std::remove(at(path).c_str());
+  for (const char* path : {socketUnit, serviceUnit, copiedProgram}) std::remove(at(path).c_str());
   return step("systemctl", {"daemon-reload"});
 }
 

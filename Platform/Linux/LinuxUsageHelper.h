@@ -1,9 +1,9 @@
 #pragma once
 // The usage helper on Linux: a program started on demand by a systemd socket unit.
 //
-// Enabling copies the program to where only root can change it, writes the two unit files, makes the group
-// whose members may ask and adds the user who called sudo to it, and enables the socket. Disabling takes the
-// units and the copy away again; the group stays. Both need root.
+// Enabling copies the program to where only root can change it, unless a package has put it there, writes the
+// two unit files, makes the group whose members may ask and adds the user who called sudo to it, and enables
+// the socket. Disabling takes the units and the copy away again; the group stays. Both need root.
 
 #include "Base/Shell.h"
 #include "Base/UserFolders.h"
@@ -18,7 +18,7 @@ class LinuxUsageHelper final : public UsageHelperService {
 public:
   struct Sources {
     std::string root;               ///< before every path below; empty for the machine itself
-    std::string ownFolder;          ///< where this program is, and the helper beside it
+    std::string ownFolder;          ///< where this program is; the helper beside it or in ../libexec/korvell
     Environment environment;        ///< SUDO_UID, PKEXEC_UID
     CommandRunner run = Shell::run; ///< systemctl, groupadd, usermod
     std::function<bool()> isAdministrator;
@@ -40,6 +40,7 @@ private:
   std::string at(const char* path) const { return sources_.root + path; }
   /// `withoutSystemd` says what to do where there is none.
   Outcome checkAdministrator(const std::string& withoutSystemd) const;
+  std::string ownHelper() const;
   Outcome installFiles() const;
   Outcome admitUsers() const;
   /// Runs the first of the programs that is there.

@@ -73,6 +73,26 @@ TEST_F(LinuxUsageHelperTests, enablingInstallsAndDisablingTakesAway) {
   EXPECT_THAT(commands, ElementsAre()) << "there is nothing to disable";
 }
 
+TEST_F(LinuxUsageHelperTests, aPackagesHelperRunsFromWhereItLies) {
+  LinuxUsageHelper::Sources sources;
+  sources.root = root.path().string();
+  sources.ownFolder = root / "usr/bin";
+  sources.run = [](auto&&...) { return ShellResult{}; };
+  sources.isAdministrator = [] { return true; };
+  sources.environment = fakeEnvironment({});
+  sources.groupExists = [] { return true; };
+  LinuxUsageHelper packaged(std::move(sources));
+  EXPECT_FALSE(packaged.isOffered());
+  root.write("usr/libexec/korvell/korvell-helper", "program");
+  EXPECT_TRUE(packaged.isOffered());
+  EXPECT_TRUE(packaged.enable());
+  EXPECT_THAT(root.text("etc/systemd/system/korvell-helper.service"),
+              HasSubstr("\nExecStart=/usr/libexec/korvell/korvell-helper\n"));
+  EXPECT_FALSE(std::filesystem::exists(root / "usr/local/libexec/korvell-helper"));
+  EXPECT_TRUE(packaged.disable());
+  EXPECT_TRUE(packaged.isOffered()) << "what the package brought stays";
+}
+
 TEST_F(LinuxUsageHelperTests, theCallerIsAdmittedWhoeverThatIs) {
   group = true;
   variables = {{"PKEXEC_UID", "1000"}};
