@@ -14,6 +14,10 @@ public:
   /// False also where the desktop or the user has switched the entry off.
   virtual bool isEnabled() const = 0;
   virtual Outcome setEnabled(bool enabled) = 0;
+  /// Whether Korvell has left anything there, enabled or not.
+  virtual bool isThere() const { return isEnabled(); }
+  /// Takes away what is there.
+  virtual Outcome remove() { return setEnabled(false); }
 };
 
 class NoLoginItem final : public LoginItem {

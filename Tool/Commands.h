@@ -27,6 +27,7 @@ Command linkCommand();
 Command sensorsCommand();
 Command barCommand();
 Command metricsCommand();
+Command uninstallCommand();
 Command runCommand();
 Command completionCommand();
 Command storageCommand();

@@ -43,4 +43,16 @@ Outcome AutostartFile::setEnabled(bool enabled) {
   return success();
 }
 
+bool AutostartFile::isThere() const {
+  std::error_code error;
+  return std::filesystem::exists(std::filesystem::symlink_status(path_, error));
+}
+
+Outcome AutostartFile::remove() {
+  std::error_code error;
+  std::filesystem::remove(path_, error);
+  if (error) return Failure{localized("{path} can't be written.", {{"path", path_}})};
+  return success();
+}
+
 } // namespace korvell

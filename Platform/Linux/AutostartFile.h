@@ -18,6 +18,8 @@ public:
   bool isEnabled() const override;
   /// Keeps what others wrote in the entry.
   Outcome setEnabled(bool enabled) override;
+  bool isThere() const override;
+  Outcome remove() override;
 
 private:
   const std::string folder_, path_, program_;

@@ -1,0 +1,138 @@
+#include "App/Farewell.h"
+
+#include "App/CommandLineTool.h"
+#include "App/KeeperLock.h"
+#include "Base/Localization.h"
+#include "Core/Storage/StorageModels.h"
+
+#include <array>
+#include <filesystem>
+
+namespace korvell {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* unitName = "korvell.service";
+constexpr Seconds patience{30};
+constexpr std::array serviceManagers = {"/usr/bin/systemctl", "/bin/systemctl"};
+constexpr std::array packageManagers = {"/usr/bin/dpkg-query"};
+
+bool isThere(const std::string& path) {
+  std::error_code error;
+  return fs::exists(fs::symlink_status(path, error));
+}
+
+Outcome removeFile(const std::string& path) {
+  std::error_code error;
+  fs::remove(path, error);
+  if (error)
+    return Failure{
+        localized("{path} can't be removed: {reason}", {{"path", path}, {"reason", error.message()}})};
+  return success();
+}
+
+Outcome stopUnit(const CommandRunner& run) {
+  for (const char* program : serviceManagers)
+    if (const auto result = run(program, {"--user", "disable", "--now", unitName}, patience, {}))
+      return result->succeeded() ? success() : Failure{localized("systemctl could not disable the unit.")};
+  return Failure{localized("systemctl is missing on this system.")};
+}
+
+void addUnit(Farewell& found, const UserFolders& folders, const CommandRunner& run) {
+  const auto link = folders.configHome + "/systemd/user/default.target.wants/" + unitName;
+  if (!isThere(link)) return;
+  found.stopsKeeper = true;
+  found.steps.push_back({localized("Stop and disable the unit {unit}.", {{"unit", unitName}}),
+                         [&run] { return stopUnit(run); }});
+}
+
+void addLink(Farewell& found, const Host& host, const Environment& environment, const CommandRunner& run) {
+  const CommandLineTool tool({host.system, host.program, host.folders.home, environment, run});
+  const auto link = tool.linkPath();
+  std::error_code error;
+  if (!fs::is_symlink(fs::symlink_status(link, error))) return;
+  // One to another copy stays; one to a tool that is gone is nobody's.
+  const bool isOurs = fs::read_symlink(link, error) == tool.toolPath() || !fs::exists(link, error);
+  if (isOurs)
+    found.steps.push_back(
+        {localized("Remove the link {path}.", {{"path", tildePath(link, host.folders.home)}}),
+         [link] { return removeFile(link); }});
+}
+
+void addHelper(Farewell& found, Host& host, bool isAdministrator) {
+  auto* helper = host.usageHelper.get();
+  const auto status = helper ? helper->status() : UsageHelperStatus::notFound;
+  if (status == UsageHelperStatus::notFound || status == UsageHelperStatus::notEnabled) return;
+  if (isAdministrator || host.system == SystemKind::macOS)
+    found.steps.push_back(
+        {localized("Stop and remove the usage helper."), [helper] { return helper->disable(); }});
+  else
+    found.remarks.push_back(localized(
+        "The usage helper is enabled; an administrator removes it with \"sudo korvell helper disable\"."));
+}
+
+Outcome moveToTrash(Trash& trash, FileTree& files, const std::string& path) {
+  const auto info = files.info(path);
+  const auto outcomes = trash.move({{path, info ? std::optional(info->identity) : std::nullopt}});
+  return outcomes.empty() ? success() : outcomes.front();
+}
+
+void addData(Farewell& found, Host& host, bool withData) {
+  for (const auto& folder : {host.folders.data, host.folders.config}) {
+    if (!isThere(folder)) continue;
+    const auto shown = tildePath(folder, host.folders.home);
+    if (withData)
+      found.steps.push_back({localized("Move {path} to the Trash.", {{"path", shown}}),
+                             [&host, folder] { return moveToTrash(*host.trash, *host.fileTree, folder); }});
+    else
+      found.remarks.push_back(localized("{path} stays; --data moves it to the Trash.", {{"path", shown}}));
+  }
+}
+
+/// "korvell: /usr/bin/korvell" of the package manager; empty where it knows nothing of the program.
+std::string packageOf(const std::string& program, const CommandRunner& run) {
+  for (const char* manager : packageManagers)
+    if (const auto result = run(manager, {"--search", program}, patience, {}); result && result->succeeded())
+      return result->output.substr(0, result->output.find(':'));
+  return {};
+}
+
+std::string ownerOfProgram(const Host& host, const CommandRunner& run) {
+  if (const auto package = packageOf(host.program, run); !package.empty())
+    return localized("The program belongs to the package {package}: \"sudo apt purge {package}\" removes it.",
+                     {{"package", package}});
+  return localized("The program itself stays at {path}.",
+                   {{"path", tildePath(host.program, host.folders.home)}});
+}
+
+} // namespace
+
+Farewell farewell(Host& host, const Environment& environment, const CommandRunner& run, bool isAdministrator,
+                  bool withData) {
+  Farewell found;
+  addUnit(found, host.folders, run);
+  if (auto& login = *host.loginItem; login.isThere())
+    found.steps.push_back(
+        {localized("No longer open Korvell at login."), [&login] { return login.remove(); }});
+  addLink(found, host, environment, run);
+  addHelper(found, host, isAdministrator);
+  for (const auto& socket : {keeperSocketPath(host.folders), spareSocketPath(host.folders)})
+    if (isThere(socket))
+      found.steps.push_back({localized("Remove the socket {path}.", {{"path", socket}}),
+                             [socket] { return removeFile(socket); }});
+  addData(found, host, withData);
+  if (!host.program.empty()) found.remarks.push_back(ownerOfProgram(host, run));
+  return found;
+}
+
+std::string stillRunning(const UserFolders& folders) {
+  if (!isKeeperRunning(folders)) return {};
+  const auto keeper = keeperAnnouncement(folders);
+  if (!keeper) return localized("Korvell is running. Quit it first; nothing else was done.");
+  return localized("Korvell is running as process {pid}. Quit it first; nothing else was done.",
+                   {{"pid", std::to_string(keeper->pid)}});
+}
+
+} // namespace korvell

@@ -1,0 +1,122 @@
+#include "App/Farewell.h"
+
+#include "App/KeeperLock.h"
+#include "Tests/Fakes/FakeEnvironment.h"
+#include "Tests/Fakes/FakeUsageHelper.h"
+#include "Tests/Fakes/FolderTrash.h"
+#include "Tests/Fakes/PortableFileTree.h"
+#include "Tests/Fakes/TemporaryFolder.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+
+namespace korvell {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+struct FarewellTests : testing::Test {
+  TemporaryFolder home;
+  Host host;
+  FakeUsageHelper& helper;
+  std::vector<std::string> commands;
+  std::string package; ///< that the program belongs to
+
+  FarewellTests() : helper(*new FakeUsageHelper) {
+    const auto root = home.path().string();
+    host.folders = {root,        root + "/data/korvell", root + "/config/korvell", root + "/run/korvell",
+                    root + "/c", root + "/data",         root + "/config"};
+    host.program = home / "bin/korvell";
+    host.fileTree = std::make_unique<PortableFileTree>();
+    host.trash = std::make_unique<FolderTrash>(home / "trash");
+    host.usageHelper.reset(&helper);
+    helper.current = UsageHelperStatus::notEnabled;
+    home.write("bin/korvell", "");
+    fs::create_directories(home / ".local/bin");
+  }
+
+  Farewell found(bool isAdministrator = false, bool withData = false) {
+    const auto run = [this](const std::string& path, const std::vector<std::string>& arguments, Seconds,
+                            const Cancellation&) -> std::optional<ShellResult> {
+      if (path.ends_with("dpkg-query"))
+        return ShellResult{.output = package + ": " + arguments.back(), .exitStatus = package.empty()};
+      commands.push_back(path);
+      return ShellResult{};
+    };
+    runner = run;
+    return farewell(host, fakeEnvironment({}), runner, isAdministrator, withData);
+  }
+  static std::vector<std::string> descriptions(const Farewell& farewell) {
+    std::vector<std::string> texts;
+    for (const auto& step : farewell.steps) texts.push_back(step.description);
+    return texts;
+  }
+  CommandRunner runner;
+};
+
+TEST_F(FarewellTests, aMachineWithoutATraceHasNothingToDo) {
+  const auto nothing = found();
+  EXPECT_THAT(descriptions(nothing), IsEmpty());
+  EXPECT_THAT(nothing.remarks, ElementsAre("The program itself stays at ~/bin/korvell."));
+  package = "korvell";
+  EXPECT_THAT(found().remarks, ElementsAre(HasSubstr("sudo apt purge korvell")));
+}
+
+TEST_F(FarewellTests, whatIsThereIsTakenAwayAndNothingElse) {
+  home.write("config/systemd/user/default.target.wants/korvell.service", "");
+  home.write("run/korvell/keeper.sock", "");
+  home.write("data/korvell/history.db", "years");
+  home.write("config/korvell/settings.json", "{}");
+  fs::create_symlink(host.program, home / ".local/bin/korvell");
+  const auto farewell = found();
+  EXPECT_THAT(descriptions(farewell),
+              ElementsAre("Stop and disable the unit korvell.service.",
+                          "Remove the link ~/.local/bin/korvell.",
+                          "Remove the socket " + (home / "run/korvell/keeper.sock") + "."));
+  EXPECT_TRUE(farewell.stopsKeeper);
+  EXPECT_THAT(farewell.remarks, Contains("~/data/korvell stays; --data moves it to the Trash."));
+  EXPECT_THAT(commands, IsEmpty()) << "only looked so far";
+  for (const auto& step : farewell.steps) EXPECT_TRUE(step.perform()) << step.description;
+  EXPECT_THAT(commands, ElementsAre("/usr/bin/systemctl"));
+  EXPECT_FALSE(fs::is_symlink(home / ".local/bin/korvell"));
+  EXPECT_FALSE(fs::exists(home / "run/korvell/keeper.sock"));
+  EXPECT_EQ(home.text("data/korvell/history.db"), "years");
+  EXPECT_TRUE(fs::exists(host.program));
+}
+
+TEST_F(FarewellTests, dataGoesToTheTrashAndALinkElsewhereStays) {
+  home.write("data/korvell/history.db", "years");
+  home.write("data/other", "theirs");
+  home.write("bin2/korvell", "");
+  fs::create_symlink(home / "bin2/korvell", home / ".local/bin/korvell");
+  const auto farewell = found(false, true);
+  ASSERT_THAT(descriptions(farewell), ElementsAre("Move ~/data/korvell to the Trash."));
+  EXPECT_TRUE(farewell.steps.front().perform());
+  EXPECT_EQ(home.text("trash/korvell-1/history.db"), "years");
+  EXPECT_EQ(home.text("data/other"), "theirs");
+}
+
+TEST_F(FarewellTests, theHelperTakesAnAdministrator) {
+  helper.current = UsageHelperStatus::enabled;
+  EXPECT_THAT(descriptions(found()), IsEmpty());
+  EXPECT_THAT(found().remarks, Contains(HasSubstr("sudo korvell helper disable")));
+  const auto farewell = found(true);
+  ASSERT_THAT(descriptions(farewell), ElementsAre("Stop and remove the usage helper."));
+  EXPECT_TRUE(farewell.steps.front().perform());
+  EXPECT_EQ(helper.current, UsageHelperStatus::notEnabled);
+}
+
+TEST_F(FarewellTests, whatRunsIsToldFirst) {
+  EXPECT_EQ(stillRunning(host.folders), "");
+  const auto lock = KeeperLock::acquire(host.folders);
+  ASSERT_TRUE(lock);
+  EXPECT_THAT(stillRunning(host.folders), AllOf(HasSubstr("is running"), HasSubstr("Quit it first")));
+}
+
+} // namespace
+} // namespace korvell
