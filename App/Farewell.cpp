@@ -116,6 +116,9 @@ Farewell farewell(Host& host, const Environment& environment, const CommandRunne
   if (auto& login = *host.loginItem; login.isThere())
     found.steps.push_back(
         {localized("No longer open Korvell at login."), [&login] { return login.remove(); }});
+  if (const auto entry = host.folders.configHome + "/autostart/korvell-widget.desktop"; isThere(entry))
+    found.steps.push_back(
+        {localized("No longer show the widget at login."), [entry] { return removeFile(entry); }});
   addLink(found, host, environment, run);
   addHelper(found, host, isAdministrator);
   for (const auto& socket : {keeperSocketPath(host.folders), spareSocketPath(host.folders)})

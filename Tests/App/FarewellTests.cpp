@@ -69,13 +69,15 @@ TEST_F(FarewellTests, aMachineWithoutATraceHasNothingToDo) {
 
 TEST_F(FarewellTests, whatIsThereIsTakenAwayAndNothingElse) {
   home.write("config/systemd/user/default.target.wants/korvell.service", "");
+  home.write("config/autostart/korvell-widget.desktop", "");
+  home.write("config/autostart/other.desktop", "theirs");
   home.write("run/korvell/keeper.sock", "");
   home.write("data/korvell/history.db", "years");
   home.write("config/korvell/settings.json", "{}");
   fs::create_symlink(host.program, home / ".local/bin/korvell");
   const auto farewell = found();
   EXPECT_THAT(descriptions(farewell),
-              ElementsAre("Stop and disable the unit korvell.service.",
+              ElementsAre("Stop and disable the unit korvell.service.", "No longer show the widget at login.",
                           "Remove the link ~/.local/bin/korvell.",
                           "Remove the socket " + (home / "run/korvell/keeper.sock") + "."));
   EXPECT_TRUE(farewell.stopsKeeper);
@@ -87,6 +89,7 @@ TEST_F(FarewellTests, whatIsThereIsTakenAwayAndNothingElse) {
   EXPECT_FALSE(fs::exists(home / "run/korvell/keeper.sock"));
   EXPECT_EQ(home.text("data/korvell/history.db"), "years");
   EXPECT_TRUE(fs::exists(host.program));
+  EXPECT_TRUE(fs::exists(home / "config/autostart/other.desktop"));
 }
 
 TEST_F(FarewellTests, dataGoesToTheTrashAndALinkElsewhereStays) {
