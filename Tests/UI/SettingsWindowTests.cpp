@@ -68,7 +68,8 @@ TEST_F(SettingsWindowTests, theKeyboardReachesEveryControlInTheOrderOfThePage) {
     names.push_back(name);
   }
   EXPECT_THAT(names, ElementsAre("Icon only", "Open at login", "System", "°C", "Disable", "Install",
-                                 "History", "An app keeps the CPU busy", "An app keeps using more memory",
+                                 "Copy: Add to Claude Code", "Copy: Other MCP clients", "History",
+                                 "An app keeps the CPU busy", "An app keeps using more memory",
                                  "An app hammers the disk", "An app uses a lot of network",
                                  "The disk is almost full", "Memory is running out",
                                  "A Codex plan limit passes 80%", "Send a weekly report on Monday morning"));
