@@ -3,8 +3,8 @@ import contextlib, json, os, shutil, signal, socket, sqlite3, subprocess, time, 
 
 from desktop import Desktop, wait_for
 
-SECTIONS = ["Health", "CPU", "Memory", "Disk", "Network", "GPU", "Battery", "Free Up Space", "Dev Servers",
-            "Startup Items", "Alerts"]
+SECTIONS = ["Health", "CPU", "Memory", "Disk", "Network", "GPU", "Battery", "Free Up Space", "AI Usage",
+            "Dev Servers", "Sensors", "Startup Items", "Alerts"]
 
 
 class App:

@@ -51,13 +51,16 @@ QImage read(const std::string& path, int pixels) {
 
 Pictures::MakeLoad applicationPictures(const UserFolders& folders, const Environment& environment) {
   return [data = dataFolders(folders, environment)]() -> Pictures::Load {
-    // The toolkit knows the desktop's choice, on the main thread.
-    auto theme = std::make_shared<IconTheme>(
-        IconTheme::Options{.dataFolders = data, .theme = utf8(QIcon::themeName()), .extensions = readable()});
-    return [theme](const std::string& entry, int pixels) -> QImage {
+    // The toolkit knows the desktop's choice, on the main thread. What it can read it finds out by loading
+    // its plugins, which the main thread does not wait for.
+    return [data, name = utf8(QIcon::themeName()),
+            theme = std::shared_ptr<IconTheme>()](const std::string& entry, int pixels) mutable -> QImage {
+      if (!theme)
+        theme = std::make_shared<IconTheme>(
+            IconTheme::Options{.dataFolders = data, .theme = name, .extensions = readable()});
       const auto text = readFile(entry, largestEntry);
-      const auto name = text ? entryIcon(*text) : std::nullopt;
-      const auto path = name ? theme->find(*name, pixels) : std::nullopt;
+      const auto icon = text ? entryIcon(*text) : std::nullopt;
+      const auto path = icon ? theme->find(*icon, pixels) : std::nullopt;
       return path ? read(*path, pixels) : QImage();
     };
   };
