@@ -45,7 +45,8 @@ std::vector<std::string> list(const KeyFile& index, std::string_view key) {
 } // namespace
 
 std::optional<std::string> entryIcon(std::string_view entry) {
-  const auto icon = KeyFile::parseDesktopEntry(entry).last("Desktop Entry", "Icon");
+  const auto file = KeyFile::parseDesktopEntry(entry);
+  const auto icon = file.last("Desktop Entry", "Icon");
   if (!icon || icon->empty()) return std::nullopt;
   return std::string(*icon);
 }
