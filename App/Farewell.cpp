@@ -7,6 +7,7 @@
 
 #include <array>
 #include <filesystem>
+#include <set>
 
 namespace korvell {
 
@@ -121,7 +122,7 @@ Farewell farewell(Host& host, const Environment& environment, const CommandRunne
         {localized("No longer show the widget at login."), [entry] { return removeFile(entry); }});
   addLink(found, host, environment, run);
   addHelper(found, host, isAdministrator);
-  for (const auto& socket : {keeperSocketPath(host.folders), spareSocketPath(host.folders)})
+  for (const auto& socket : std::set{keeperSocketPath(host.folders), spareSocketPath(host.folders)})
     if (isThere(socket))
       found.steps.push_back({localized("Remove the socket {path}.", {{"path", socket}}),
                              [socket] { return removeFile(socket); }});
