@@ -80,8 +80,8 @@ int main() {
     publish();
     const double whole = cost(publish);
     const auto document = readFile(path, WidgetShared::mostBytes).value_or("");
-    const double floor =
-        cost([&] { [[maybe_unused]] const bool done = replaceFile(path, document, Flush::none); });
+    const double floor = cost(
+        [&] { [[maybe_unused]] const bool done = replaceFile(path, document, Readers::owner, Flush::none); });
     fmt::print("{:<48} {:>8.1f} µs\n", fmt::format("floor: replacing a file by {} bytes", document.size()),
                floor);
     fmt::print("{:<48} {:>8.1f} µs  {:.1f} x\n", "a document: history, building, encoding, writing", whole,
