@@ -1,60 +1,39 @@
 #include "Agents/Seal.h"
 
-#include <cstdlib>
-#include <sodium.h>
+#include <fmt/format.h>
 
 namespace korvell {
 
 namespace {
 
-constexpr std::size_t sealBytes = 16, labelBytes = 9;
-static_assert(sealBytes >= crypto_generichash_BYTES_MIN);
+constexpr std::size_t labelBytes = 9;
 
-std::string letters(const unsigned char* bytes, std::size_t count) {
-  constexpr int variant = sodium_base64_VARIANT_URLSAFE_NO_PADDING;
-  std::string text(sodium_base64_encoded_len(count, variant), '\0');
-  sodium_bin2base64(text.data(), text.size(), bytes, count, variant);
-  text.resize(text.find('\0'));
+std::string hex(std::span<const unsigned char> bytes) {
+  std::string text;
+  for (const unsigned char byte : bytes) text += fmt::format("{:02x}", byte);
   return text;
-}
-
-void start() {
-  if (sodium_init() < 0) std::abort();
 }
 
 } // namespace
 
-Seal::Seal() {
-  start();
-  static_assert(sizeof key_ == crypto_generichash_KEYBYTES);
-  crypto_generichash_keygen(key_.data());
-}
+Seal::Seal() { secrets::fillWithRandomness(key_); }
 
-Seal::~Seal() { sodium_memzero(key_.data(), key_.size()); }
+Seal::~Seal() { secrets::forget(key_); }
 
 std::string Seal::of(std::initializer_list<std::string_view> parts) const {
-  crypto_generichash_state state;
-  crypto_generichash_init(&state, key_.data(), key_.size(), sealBytes);
-  for (const auto part : parts) {
-    const auto length = std::to_string(part.size()) + ":";
-    crypto_generichash_update(&state, reinterpret_cast<const unsigned char*>(length.data()), length.size());
-    crypto_generichash_update(&state, reinterpret_cast<const unsigned char*>(part.data()), part.size());
-  }
-  unsigned char seal[sealBytes];
-  crypto_generichash_final(&state, seal, sizeof seal);
-  return letters(seal, sizeof seal);
+  std::string text; // every part behind its length: where one ends counts
+  for (const auto part : parts) text += fmt::format("{}:{}", part.size(), part);
+  return hex(secrets::keyedHash(key_, text));
 }
 
 bool Seal::isGenuine(std::string_view seal, std::initializer_list<std::string_view> parts) const {
-  const auto own = of(parts);
-  return seal.size() == own.size() && sodium_memcmp(seal.data(), own.data(), own.size()) == 0;
+  return secrets::isEqual(seal, of(parts));
 }
 
 std::string randomLabel() {
-  start();
-  unsigned char bytes[labelBytes];
-  randombytes_buf(bytes, sizeof bytes);
-  return letters(bytes, sizeof bytes);
+  std::array<unsigned char, labelBytes> bytes;
+  secrets::fillWithRandomness(bytes);
+  return hex(bytes);
 }
 
 } // namespace korvell

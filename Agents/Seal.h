@@ -2,7 +2,8 @@
 // Proves that a text which comes back from outside is one that this process gave out. The key is random and
 // dies with the process. From any thread.
 
-#include <array>
+#include "Agents/Secrets.h"
+
 #include <string>
 #include <string_view>
 
@@ -16,16 +17,16 @@ public:
   Seal(const Seal&) = delete;
   Seal& operator=(const Seal&) = delete;
 
-  /// 128 bits over all parts, where one ends and the next begins included; letters, digits, "-" and "_".
+  /// 128 bits over all parts, where one ends and the next begins included, in hexadecimal digits.
   std::string of(std::initializer_list<std::string_view> parts) const;
   /// Compared in constant time.
   bool isGenuine(std::string_view seal, std::initializer_list<std::string_view> parts) const;
 
 private:
-  std::array<unsigned char, 32> key_{};
+  secrets::Key key_{};
 };
 
-/// 72 random bits in the same letters.
+/// 72 random bits in the same digits.
 std::string randomLabel();
 
 } // namespace korvell
