@@ -230,8 +230,8 @@ private:
 
 class Bench {
 public:
-  Bench(QString application, QProcessEnvironment environment, Tray& tray)
-      : application_(std::move(application)), environment_(std::move(environment)), tray_(tray) {}
+  Bench(QString application, const QProcessEnvironment& environment, Tray& tray)
+      : application_(std::move(application)), environment_(environment), tray_(tray) {}
 
   int run(Seconds watched) {
     benchStart();
