@@ -62,7 +62,7 @@ private:
       if (files[0].revents) accept();
       wake_.drain();
       int result = 1;
-      do { // A task told before a call was sent has its turn before the call, however busy the bus is.
+      do {
         runTasks();
         result = bus_ ? sd_bus_process(bus_, nullptr) : 0;
       } while (result > 0);
@@ -95,10 +95,14 @@ private:
 
   static int called(sd_bus_message* message, void* data, sd_bus_error*) {
     if (sd_bus_message_is_method_call(message, nullptr, nullptr) <= 0) return 0; // "Disconnected"
+    // A task that was told before the call was sent has its turn before the call, however busy the bus is.
+    auto& bus = *static_cast<FakeBus*>(data);
+    bus.runTasks();
+    if (!bus.bus_) return 1;
     const std::string_view member = sd_bus_message_get_member(message);
     if (member == "Hello") return sd_bus_reply_method_return(message, "s", ":1.7");
     if (member == "AddMatch") return sd_bus_reply_method_return(message, "");
-    return static_cast<FakeBus*>(data)->service_(message);
+    return bus.service_(message);
   }
 
   const std::string path_;
