@@ -2,6 +2,7 @@
 
 #include "Base/Format.h"
 #include "Base/Localization.h"
+#include "Base/Markup.h"
 #include "Base/Text.h"
 #include "Base/Value.h"
 
@@ -44,25 +45,6 @@ std::string drawingText(const Drawing& drawing) {
   return text;
 }
 
-/// For readers of Pango's markup.
-std::string markupEscaped(std::string_view text) {
-  std::string result;
-  for (const char c : text) switch (c) {
-    case '&':
-      result += "&amp;";
-      break;
-    case '<':
-      result += "&lt;";
-      break;
-    case '>':
-      result += "&gt;";
-      break;
-    default:
-      result += c;
-    }
-  return result;
-}
-
 /// What stands behind the label: the score, each finding, the shares.
 std::string details(const MenuBarFigures& figures, const HealthReport& report) {
   std::string text = localized("Health {score}: {label}",
@@ -75,9 +57,9 @@ std::string details(const MenuBarFigures& figures, const HealthReport& report) {
 
 std::string waybarLine(const std::string& text, const MenuBarFigures& figures, const HealthReport& report) {
   const auto& grade = gradeOf(report.score);
-  return dumpJSON(Value::object({{"text", markupEscaped(text)},
+  return dumpJSON(Value::object({{"text", escapedMarkup(text)},
                                  {"alt", grade.name},
-                                 {"tooltip", markupEscaped(details(figures, report))},
+                                 {"tooltip", escapedMarkup(details(figures, report))},
                                  {"class", grade.name},
                                  {"percentage", report.score}}));
 }

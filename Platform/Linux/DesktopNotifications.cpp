@@ -1,6 +1,7 @@
 #include "Platform/Linux/DesktopNotifications.h"
 
 #include "Base/Localization.h"
+#include "Base/Markup.h"
 #include "Base/Text.h"
 #include "Base/ThreadControl.h"
 #include "Base/WakePipe.h"
@@ -50,30 +51,6 @@ Capabilities readCapabilities(sd_bus_message* reply) {
   }
   return result;
 }
-
-} // namespace
-
-std::string escapedMarkup(std::string_view text) {
-  std::string result;
-  for (const char c : text) {
-    switch (c) {
-    case '&':
-      result += "&amp;";
-      break;
-    case '<':
-      result += "&lt;";
-      break;
-    case '>':
-      result += "&gt;";
-      break;
-    default:
-      result += c;
-    }
-  }
-  return result;
-}
-
-namespace {
 
 /// The buttons of a question, and who waits for the answer: told once, at the latest when this ends.
 class Asked {

@@ -37,7 +37,4 @@ private:
   std::unique_ptr<Worker> worker_;
 };
 
-/// The text with what would be markup written as text.
-std::string escapedMarkup(std::string_view text);
-
 } // namespace korvell

@@ -3,6 +3,7 @@
 #include "UI/Kit/Icons.h"
 #include "UI/Kit/Paint.h"
 #include "UI/Kit/Text.h"
+#include "UI/Parts/PartViews.h"
 
 #include <QKeyEvent>
 
@@ -143,6 +144,16 @@ void RowGroup::fit(std::size_t count, const std::function<ListRow*(QWidget* pare
     row->QWidget::show();
     rows_.push_back(row);
   }
+}
+
+void fitGroups(std::vector<RowGroup*>& groups, std::size_t count, QVBoxLayout& column, const Theme& theme,
+               QWidget* parent) {
+  fitRows(groups, count, [&] {
+    auto* group = new RowGroup(theme, parent);
+    column.addWidget(group);
+    group->show();
+    return group;
+  });
 }
 
 // Notices and empty pages

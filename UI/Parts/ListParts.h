@@ -97,6 +97,10 @@ private:
   std::vector<ListRow*> rows_;
 };
 
+/// Brings groups that stand in a column to that length.
+void fitGroups(std::vector<RowGroup*>& groups, std::size_t count, QVBoxLayout& column, const Theme& theme,
+               QWidget* parent);
+
 /// Something worth doing, over the list that it is about. It follows the measurements without being spoken
 /// at each of them, as a banner would be.
 class Notice : public Plate {

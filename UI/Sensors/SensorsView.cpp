@@ -172,12 +172,7 @@ void SensorsView::update() {
   leads_->setVisible(!shown_->leads.empty());
   measuring_->setVisible(!shown_->isMeasured);
   empty_->setVisible(shown_->isMeasured && shown_->groups.empty());
-  fitRows(groups_, shown_->groups.size(), [this] {
-    auto* group = new RowGroup(theme_, content_);
-    groupsColumn_->addWidget(group);
-    group->show();
-    return group;
-  });
+  fitGroups(groups_, shown_->groups.size(), *groupsColumn_, theme_, content_);
   for (std::size_t i = 0; i < groups_.size(); ++i) {
     const auto& group = shown_->groups[i];
     groups_[i]->setTitle(group.title);

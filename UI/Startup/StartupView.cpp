@@ -137,12 +137,7 @@ void StartupView::update() {
   lead_->setVisible(!shown_->groups.empty());
   measuring_->setVisible(!shown_->isMeasured);
   empty_->setVisible(shown_->isMeasured && shown_->groups.empty());
-  fitRows(groups_, shown_->groups.size(), [this] {
-    auto* group = new RowGroup(theme_, content_);
-    groupsColumn_->addWidget(group);
-    group->show();
-    return group;
-  });
+  fitGroups(groups_, shown_->groups.size(), *groupsColumn_, theme_, content_);
   const bool hasButtons = !shown_->groups.empty() && shown_->groups.front().items.front().remove;
   for (std::size_t i = 0; i < groups_.size(); ++i) {
     const auto& group = shown_->groups[i];
