@@ -10,7 +10,8 @@
 namespace korvell {
 
 ModelActions::ModelActions(Queue& main, Parts parts)
-    : main_(main), parts_(std::move(parts)), storage_(main, parts_.storage, parts_.makeQueue) {}
+    : main_(main), parts_(std::move(parts)), storage_(main, parts_.storage, parts_.makeQueue),
+      settings_(parts_.defaults, main, parts_.makeQueue) {}
 
 ModelActions::~ModelActions() { life_.cut(); }
 
@@ -217,11 +218,12 @@ void ModelActions::act(const CleanStorageRequest& request, const Performed& done
 
 // Settings
 
-ActionAnswer ModelActions::store(std::string_view key, const Value& value) {
-  auto& defaults = parts_.defaults;
-  const bool stored = value.isNull() ? defaults.remove(key) : defaults.set(key, value);
-  if (stored) return {.worked = true, .message = localized("The setting was stored.")};
-  return ActionAnswer::refused(storingTrouble(defaults));
+void ModelActions::store(std::string key, Value value, std::function<Value()> json, const Performed& done) {
+  settings_.set(std::move(key), std::move(value),
+                [&defaults = parts_.defaults, json = std::move(json), done](bool stored) {
+                  if (!stored) return done(ActionAnswer::refused(storingTrouble(defaults)));
+                  done({.worked = true, .message = localized("The setting was stored."), .json = json()});
+                });
 }
 
 void ModelActions::tell(const SwitchAlertsRequest& request, const Described& done) {
@@ -235,9 +237,9 @@ void ModelActions::tell(const SwitchAlertsRequest& request, const Described& don
 }
 
 void ModelActions::act(const SwitchAlertsRequest& request, const Performed& done) {
-  auto answer = store(defaultsKey(request.kind), request.enabled);
-  if (answer.worked) answer.json = alertKindsValue(parts_.defaults);
-  done(answer);
+  store(
+      defaultsKey(request.kind), request.enabled,
+      [&defaults = parts_.defaults] { return alertKindsValue(defaults); }, done);
 }
 
 void ModelActions::tell(const ChangeSettingRequest& request, const Described& done) {
@@ -255,9 +257,8 @@ void ModelActions::tell(const ChangeSettingRequest& request, const Described& do
 void ModelActions::act(const ChangeSettingRequest& request, const Performed& done) {
   if (auto why = settingRefusal(request.key, request.value); !why.empty())
     return done(ActionAnswer::refused(std::move(why)));
-  auto answer = store(request.key, request.value);
-  if (answer.worked) answer.json.set("key", request.key).set("value", request.value);
-  done(answer);
+  const auto json = [request] { return Value::object({{"key", request.key}, {"value", request.value}}); };
+  store(request.key, request.value, json, done);
 }
 
 } // namespace korvell

@@ -6,6 +6,7 @@
 
 #include "App/Actions.h"
 #include "App/AppModel.h"
+#include "App/SettingsStore.h"
 #include "App/StorageActions.h"
 
 #include <functional>
@@ -19,7 +20,7 @@ public:
     std::function<AppModel&()> model;
     std::function<StorageScanner&()> storage;
     UserDefaults& defaults;
-    QueueFactory makeQueue; ///< for looking at the disk before a clean-up
+    QueueFactory makeQueue; ///< for what waits for the disk
   };
   ModelActions(Queue& main, Parts parts);
   ~ModelActions() override;
@@ -49,12 +50,14 @@ private:
 
   /// Once the model has looked at the machine.
   void whenMeasured(std::function<void(AppModel&)> then);
-  ActionAnswer store(std::string_view key, const Value& value);
+  /// Told with `json` once it is stored.
+  void store(std::string key, Value value, std::function<Value()> json, const Performed& done);
 
   Queue& main_;
   Parts parts_;
   Lifeline<ModelActions> life_{*this};
   StorageActions storage_;
+  SettingsStore settings_;
 };
 
 } // namespace korvell

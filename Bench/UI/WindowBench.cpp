@@ -205,6 +205,7 @@ public:
              return SidebarFacts{.sections = {std::begin(sections), std::end(sections)}};
            },
        .makePage = [this](SidebarItem item, QWidget& parent, Banner&) { return makePage(item, parent); },
+       .keepFrame = [](const Value&) {},
        .openSettings = [] {},
        .quit = [] {},
        .closed = [] {}}};
@@ -241,7 +242,7 @@ private:
                                .ask = ask,
                                .open = [](SidebarItem) {},
                                .showMoment = [](SidebarItem, Date) {},
-                               .seen = [] {}},
+                               .see = [] {}},
           &parent);
     default:
       return makeHealthPage(parent);

@@ -51,6 +51,11 @@ SettingsFile::Content SettingsFile::read() const {
                 {{"line", std::to_string(fault.line)}, {"column", std::to_string(fault.column)}}));
 }
 
+/// Not flushed: a power cut that takes the copy leaves the file that it was made of.
+bool SettingsFile::keepCopy(const std::string& text) const {
+  return replaceFile(copy_, text, Readers::owner, Flush::none);
+}
+
 /// Makes a text the copy to fall back on, unless the file has changed meanwhile. One that reads another
 /// user's settings leaves nothing there that its user could not write any more.
 bool SettingsFile::keep(const std::string& text) const {
@@ -58,7 +63,7 @@ bool SettingsFile::keep(const std::string& text) const {
   struct stat folder {};
   if (stat(folder_.c_str(), &folder) != 0 || folder.st_uid != geteuid()) return false;
   const auto lock = FileLock::acquire(path_ + ".lock", Seconds{0}); // whoever holds it keeps its own
-  return lock && readFile(path_, mostBytes) == text && replaceFile(copy_, text);
+  return lock && readFile(path_, mostBytes) == text && keepCopy(text);
 }
 
 SettingsFile::Content SettingsFile::readAndKeep() const {
@@ -113,8 +118,7 @@ bool SettingsFile::update(std::string_view key,
   if (members == content.members) return true;
   const auto text = dumpJSON(members, JSONStyle::indented) + "\n";
   if (!replaceFile(path_, text)) return false;
-  [[maybe_unused]] const bool kept =
-      replaceFile(copy_, text); // without it there is only less to fall back on
+  (void)keepCopy(text); // without it there is only less to fall back on
   return true;
 }
 

@@ -35,6 +35,7 @@ private:
   };
   Content read() const;
   bool keep(const std::string& text) const;
+  bool keepCopy(const std::string& text) const;
   // With the mutex held.
   Content readAndKeep() const;
   std::optional<Value> lastGood() const;

@@ -125,7 +125,10 @@ struct AlertsViewTests : ListViewTests {
                                  [this](SidebarItem item, Date date) {
                                    followed.push_back(title(item) + " " + clockText(model.zone, date));
                                  },
-                             .seen = [this] { ++seen; }},
+                             .see =
+                                 [this] {
+                                   if (markSeen(*model.alerts, model.defaults, model.now)) ++seen;
+                                 }},
         nullptr);
     page->resize(884, 700);
     return page;

@@ -24,7 +24,8 @@ struct FakeLoginItem final : LoginItem {
 struct SettingsTests : AppFixture {
   FakeLoginItem login;
   FakeUsageHelper helper;
-  std::unique_ptr<Queue> work = time.makeQueue("Korvell.settings");
+  std::unique_ptr<Queue> work = time.makeQueue("Korvell.desktop");
+  SettingsStore store{defaults, *main, time.factory()};
   std::vector<std::string> told;
   int changes = 0;
   std::optional<SettingsEditor> editor;
@@ -36,6 +37,7 @@ struct SettingsTests : AppFixture {
         SettingsEditor::Services{
             .model = *model,
             .defaults = defaults,
+            .store = store,
             .loginItem = login,
             .helper = service,
             .context = {system, "/home/u", "/home/u/.local/share/korvell/history.sqlite", 42},
@@ -71,6 +73,7 @@ TEST_F(SettingsTests, changesAreStoredAtOnceUnderTheKeysThatAreReadElsewhere) {
   it.setTemperatures(TemperatureUnit::fahrenheit);
   it.setAlerts(HealthAlert::Kind::memoryGrowth, false);
   it.setWeeklyReport(false);
+  time.run();
   EXPECT_EQ(defaults.string("menuBarStyle"), "graphs");
   EXPECT_EQ(defaults.string("appearance"), "dark");
   EXPECT_EQ(defaults.string("temperatureUnit"), "fahrenheit");
@@ -91,6 +94,7 @@ TEST_F(SettingsTests, whatCannotBeStoredIsSaidAndStaysAsItWas) {
   defaults.readOnly = true;
   const int before = changes;
   it.setStyle(MenuBarStyle::score);
+  time.run();
   EXPECT_GT(changes, before) << "the control has to go back";
   EXPECT_EQ(it.page().style, MenuBarStyle::icon);
   EXPECT_EQ(it.page().trouble, "The setting could not be stored.");
@@ -101,6 +105,7 @@ TEST_F(SettingsTests, whatCannotBeStoredIsSaidAndStaysAsItWas) {
   defaults.fault.reset();
   defaults.readOnly = false;
   it.setAlerts(HealthAlert::Kind::cpu, false);
+  time.run();
   EXPECT_EQ(it.page().trouble, "");
 }
 

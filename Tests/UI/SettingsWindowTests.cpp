@@ -26,13 +26,15 @@ struct SettingsWindowTests : AppFixture {
   Theme theme{{.reducedMotion = true}};
   SwitchedOff login;
   FakeUsageHelper helper;
-  std::unique_ptr<Queue> work = time.makeQueue("Korvell.settings");
+  std::unique_ptr<Queue> work = time.makeQueue("Korvell.desktop");
+  SettingsStore store{defaults, *main, time.factory()};
   int closings = 0;
   SettingsWindow window{theme, [this] { return services(); }, [this] { ++closings; }};
 
   SettingsEditor::Services services() {
     return {.model = *model,
             .defaults = defaults,
+            .store = store,
             .loginItem = login,
             .helper = &helper,
             .context = {.claudeCommand = "claude mcp add", .clientSnippet = "{\n}"},
@@ -79,13 +81,17 @@ TEST_F(SettingsWindowTests, controlsStoreAndGoBackWhereNothingCameOfIt) {
   auto& shown = open();
   named<Control>("Icon only").setFocus(Qt::TabFocusReason);
   KitTests::key(shown, Qt::Key_Right);
+  settle();
   EXPECT_EQ(defaults.string("menuBarStyle"), "score");
   KitTests::click(named<Control>("Dark"));
+  settle();
   EXPECT_EQ(defaults.string("appearance"), "dark");
   KitTests::click(named<Control>("°F"));
+  settle();
   EXPECT_EQ(defaults.string("temperatureUnit"), "fahrenheit");
   auto& alert = named<Toggle>("Memory is running out");
   alert.press();
+  settle();
   EXPECT_FALSE(defaults.boolean("alert.memoryPressure", true));
 
   auto& opensAtLogin = named<Toggle>("Open at login");
@@ -96,8 +102,10 @@ TEST_F(SettingsWindowTests, controlsStoreAndGoBackWhereNothingCameOfIt) {
 
   defaults.readOnly = true;
   alert.press();
+  settle();
   EXPECT_FALSE(alert.isOn());
   KitTests::click(named<Control>("Light"));
+  settle();
   EXPECT_EQ(KitTests::all<Segments>(shown).front()->chosen(), 2u);
   EXPECT_TRUE(named<Banner>("The setting could not be stored.").isVisible());
 }
@@ -125,12 +133,14 @@ TEST_F(SettingsWindowTests, thereIsOneWhichEscClosesAfterItsBanner) {
   EXPECT_EQ(&open(), &shown);
   defaults.readOnly = true;
   named<Toggle>("An app hammers the disk").press();
+  settle();
   KitTests::key(shown, Qt::Key_Escape);
   EXPECT_TRUE(shown.isVisible());
   time.advance(Seconds{2});
   auto& banner = *KitTests::all<Banner>(shown).front();
   EXPECT_FALSE(banner.isVisible()) << "no cycle of the model tells it again";
   named<Toggle>("An app hammers the disk").press();
+  settle();
   EXPECT_TRUE(banner.isVisible()) << "the next refusal does";
   KitTests::key(shown, Qt::Key_Escape);
   KitTests::key(shown, Qt::Key_Escape);

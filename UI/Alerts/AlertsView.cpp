@@ -201,8 +201,7 @@ void AlertsView::see() {
   if (!isVisible() || !isActiveWindow() || fresh_.empty()) return;
   const auto now = services_.model.snapshot->date;
   if (newAlerts(*services_.model.alerts, services_.defaults, now) == 0) return;
-  // What can't be stored stays new, here and wherever else alerts are counted.
-  if (markSeen(*services_.model.alerts, services_.defaults, now) && services_.seen) services_.seen();
+  services_.see();
 }
 
 void AlertsView::update() {

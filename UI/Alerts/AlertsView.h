@@ -18,14 +18,14 @@ public:
     Model& model;
     const Theme& theme;
     const TimeZone& zone;
-    UserDefaults& defaults;
+    const UserDefaults& defaults;
     std::set<SidebarItem> sections; ///< those that have a page
     /// Switches what is told to be switched.
     std::function<void(const ActionRequest&)> ask;
     std::function<void(SidebarItem)> open;
     /// Opens a measure's page with that moment pinned.
     std::function<void(SidebarItem, Date)> showMoment;
-    std::function<void()> seen; ///< new alerts have become seen ones
+    std::function<void()> see; ///< the user sees all that the model holds
   };
 
   AlertsView(Services services, QWidget* parent);

@@ -210,7 +210,7 @@ Made alerts(const Theme& theme, const Machine& machine) {
                                                      .ask = [](const ActionRequest&) {},
                                                      .open = [](SidebarItem) {},
                                                      .showMoment = [](SidebarItem, Date) {},
-                                                     .seen = [] {}},
+                                                     .see = [] {}},
                                                     nullptr));
 }
 

@@ -59,6 +59,7 @@ private:
               page->show(healthPage(*model_, {model_->zone, weekScore, true}));
               return page;
             },
+            .keepFrame = [](const Value&) {},
             .openSettings = ignore,
             .share = {},
             .quit = ignore,

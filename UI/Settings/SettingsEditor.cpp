@@ -11,8 +11,8 @@
 
 namespace korvell {
 
-SettingsEditor::Services SettingsEditor::of(Host& host, Assembly& assembly, Model& model, Queue& main,
-                                            Queue& work) {
+SettingsEditor::Services SettingsEditor::of(Host& host, Assembly& assembly, Model& model,
+                                            SettingsStore& store, Queue& main, Queue& work) {
   const CommandLineTool tool(
       {host.system, host.program, host.folders.home, processEnvironment(), Shell::run});
   const auto turn = [&host, path = tool.toolPath()](bool on, const Cancellation& cancellation) {
@@ -22,6 +22,7 @@ SettingsEditor::Services SettingsEditor::of(Host& host, Assembly& assembly, Mode
   };
   return {.model = model,
           .defaults = *host.defaults,
+          .store = store,
           .loginItem = *host.loginItem,
           .helper = host.usageHelper.get(),
           .context = {host.system, host.folders.home,
@@ -83,40 +84,32 @@ void SettingsEditor::askHelper() {
       });
 }
 
-bool SettingsEditor::store(std::string_view key, Value value) {
-  const bool stored = services_.defaults.set(key, std::move(value));
-  answers_.couldNotStore = !stored;
-  if (!stored) ++answers_.refusals;
-  return stored;
+void SettingsEditor::store(std::string_view key, Value value, const Task& stored) {
+  const auto told = [this, alive = std::weak_ptr(alive_), stored](bool isStored) {
+    if (isStored && stored) stored();
+    if (alive.expired()) return;
+    answers_.couldNotStore = !isStored;
+    if (!isStored) ++answers_.refusals;
+    changed_();
+  };
+  services_.store.set(std::string(key), std::move(value), told);
 }
 
 void SettingsEditor::setStyle(MenuBarStyle style) {
-  if (store(menuBarStyleKey, std::string(rawValue(style))) && services_.styleChanged)
-    services_.styleChanged();
-  changed_();
+  store(menuBarStyleKey, std::string(rawValue(style)), services_.styleChanged);
 }
 
 void SettingsEditor::setAppearance(AppearanceChoice choice) {
-  if (store(appearanceKey, std::string(rawValue(choice))) && services_.appearanceChanged)
-    services_.appearanceChanged();
-  changed_();
+  store(appearanceKey, std::string(rawValue(choice)), services_.appearanceChanged);
 }
 
 void SettingsEditor::setTemperatures(TemperatureUnit unit) {
-  if (store(temperatureUnitKey, std::string(rawValue(unit))) && services_.temperaturesChanged)
-    services_.temperaturesChanged();
-  changed_();
+  store(temperatureUnitKey, std::string(rawValue(unit)), services_.temperaturesChanged);
 }
 
-void SettingsEditor::setAlerts(HealthAlert::Kind kind, bool on) {
-  store(defaultsKey(kind), on);
-  changed_();
-}
+void SettingsEditor::setAlerts(HealthAlert::Kind kind, bool on) { store(defaultsKey(kind), on); }
 
-void SettingsEditor::setWeeklyReport(bool on) {
-  store(WeeklyReport::enabledKey, on);
-  changed_();
-}
+void SettingsEditor::setWeeklyReport(bool on) { store(WeeklyReport::enabledKey, on); }
 
 void SettingsEditor::setOpensAtLogin(bool on) {
   if (std::exchange(isSwitchingLogin_, true)) return changed_();

@@ -1,10 +1,11 @@
 #pragma once
 // Behind the settings page: carries out what the user changes and knows what to show. A change is stored at
-// once; whoever measures reads it there. What may take long (the login item, the helper, linking the tool)
-// runs on the queue for work and is answered on the main queue. Main queue only.
+// once, beside the main queue; whoever measures reads it there. What may take long (the login item, the
+// helper, linking the tool) runs on the queue for work and is answered on the main queue. Main queue only.
 
 #include "App/Assembly.h"
 #include "App/Model.h"
+#include "App/SettingsStore.h"
 #include "Base/Cancellation.h"
 #include "Platform/Host.h"
 #include "UI/Settings/SettingsPage.h"
@@ -18,7 +19,8 @@ class SettingsEditor {
 public:
   struct Services {
     Model& model;
-    UserDefaults& defaults;
+    const UserDefaults& defaults;
+    SettingsStore& store;
     LoginItem& loginItem;
     UsageHelperService* helper = nullptr; ///< null where there is none
     SettingsContext context;
@@ -30,7 +32,8 @@ public:
     Task styleChanged, appearanceChanged, temperaturesChanged;
   };
   /// Those of the running system, without the last three.
-  static Services of(Host& host, Assembly& assembly, Model& model, Queue& main, Queue& work);
+  static Services of(Host& host, Assembly& assembly, Model& model, SettingsStore& store, Queue& main,
+                     Queue& work);
 
   /// `changed` is told when the page would show something else, each cycle of the model included.
   SettingsEditor(Services services, Task changed);
@@ -56,7 +59,8 @@ public:
   void openApproval();
 
 private:
-  bool store(std::string_view key, Value value);
+  /// `stored` is called once it is, also when this is gone by then.
+  void store(std::string_view key, Value value, const Task& stored = {});
   void askLogin();
   void askHelper();
   /// Runs `work` on its queue and `then` with the result on the main queue, unless this is gone by then.

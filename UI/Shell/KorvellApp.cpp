@@ -75,8 +75,8 @@ bool KorvellApp::WindowsAttention::isWatched() const {
 
 KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched, QueueCore::Run runTask)
     : host_(host), launched_(std::move(launched)), loop_(std::move(runTask)),
-      wishes_(DesktopLook::fromPalette()), assembly_(host, clock),
-      model_(assembly_.makeKeepingModel(loop_.main(), attention_, complain)),
+      store_(*host.defaults, loop_.main(), systemQueueFactory()), wishes_(DesktopLook::fromPalette()),
+      assembly_(host, clock), model_(assembly_.makeKeepingModel(loop_.main(), attention_, complain)),
       storage_(assembly_.lateStorageScanner(loop_.main())),
       actions_(assembly_.makeActions(
           loop_.main(), [this]() -> AppModel& { return *model_; }, storage_)),
@@ -96,6 +96,7 @@ KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched, QueueCor
                .facts = [this] { return sidebarFacts(); },
                .makePage = [this](SidebarItem item, QWidget& window,
                                   Banner& banner) { return makePage(item, window, banner); },
+               .keepFrame = [this](Value frame) { store_.set(MainWindow::frameKey, std::move(frame)); },
                .openSettings = [this] { openSettings(); },
                .share = [this](Banner& banner) { sharing_.share(banner); },
                .quit = [this] { askToQuit(); },
@@ -177,7 +178,7 @@ void KorvellApp::show(std::optional<SidebarItem> item) {
   window_.show(item);
   model_->wake();
   if (!host_.defaults->boolean(AppDelegate::hasLaunchedKey, false))
-    host_.defaults->set(AppDelegate::hasLaunchedKey, true);
+    store_.set(AppDelegate::hasLaunchedKey, true);
 }
 
 std::set<SidebarItem> KorvellApp::sections() const {
@@ -249,7 +250,7 @@ std::unique_ptr<Page> KorvellApp::makePage(SidebarItem item, QWidget& window, Ba
                                    moment_ = moment;
                                    open(section);
                                  },
-                             .seen = [this] { window_.refresh(); }},
+                             .see = [this] { seeAlerts(); }},
         &window);
   default:
     return nullptr;
@@ -323,6 +324,14 @@ void KorvellApp::explain(ProcessID pid, QWidget& window, Banner& banner) {
   model_->identify(pid, show);
 }
 
+/// What can't be stored stays new, wherever alerts are counted.
+void KorvellApp::seeAlerts() {
+  const auto mark = [alerts = *model_->alerts, now = model_->snapshot->date](UserDefaults& defaults) {
+    return markSeen(alerts, defaults, now);
+  };
+  store_.change(mark, [this](bool) { window_.refresh(); });
+}
+
 void KorvellApp::openBatterySettings() { desktopQueue().async(host_.openBatterySettings); }
 
 void KorvellApp::askWeekScore() {
@@ -384,7 +393,7 @@ void KorvellApp::panelClosed() {
 void KorvellApp::openSettings() { settings_.show(); }
 
 SettingsEditor::Services KorvellApp::settingsServices() {
-  auto services = SettingsEditor::of(host_, assembly_, *model_, loop_.main(), desktopQueue());
+  auto services = SettingsEditor::of(host_, assembly_, *model_, store_, loop_.main(), desktopQueue());
   services.styleChanged = [this] {
     if (tray_) tray_->update();
   };

@@ -8,6 +8,7 @@
 #include "App/Keeper.h"
 #include "App/ModelActions.h"
 #include "App/RunningApplication.h"
+#include "App/SettingsStore.h"
 #include "UI/Desktop/DesktopLook.h"
 #include "UI/Kit/Pictures.h"
 #include "UI/Kit/Theme.h"
@@ -51,6 +52,7 @@ private:
   /// Shows why a process counts to its application.
   void explain(ProcessID pid, QWidget& window, Banner& banner);
   void askWeekScore();
+  void seeAlerts();
   std::unique_ptr<Page> makeHealthPage(QWidget& window, Banner& banner);
   std::unique_ptr<Page> makeMeasurePage(Metric metric, QWidget& window, Banner& banner);
   void showPanel();
@@ -74,6 +76,7 @@ private:
   Host& host_;
   Launch launched_;
   MainLoop loop_;
+  SettingsStore store_;
   Theme theme_;
   DesktopWishes wishes_;
   WindowsAttention attention_;

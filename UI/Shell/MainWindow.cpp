@@ -78,10 +78,10 @@ public:
   void keepFrame() const {
     if (isMaximized() || isFullScreen()) return;
     const auto frame = geometry();
-    services_.defaults.set(frameKey, Value::object({{"x", std::int64_t{frame.x()}},
-                                                    {"y", std::int64_t{frame.y()}},
-                                                    {"width", std::int64_t{frame.width()}},
-                                                    {"height", std::int64_t{frame.height()}}}));
+    services_.keepFrame(Value::object({{"x", std::int64_t{frame.x()}},
+                                       {"y", std::int64_t{frame.y()}},
+                                       {"width", std::int64_t{frame.width()}},
+                                       {"height", std::int64_t{frame.height()}}}));
   }
 
 protected:

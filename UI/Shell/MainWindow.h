@@ -28,11 +28,12 @@ public:
 
   struct Services {
     Model& model;
-    UserDefaults& defaults;
+    const UserDefaults& defaults;
     const Theme& theme;
     std::function<SidebarFacts()> facts;
     /// Makes the page of a section; null for one that has none, and then the overview is shown.
     std::function<std::unique_ptr<Page>(SidebarItem, QWidget& window, Banner& banner)> makePage;
+    std::function<void(Value frame)> keepFrame; ///< to be stored under the key above
     Task openSettings;
     std::function<void(Banner& banner)> share; ///< makes the share card
     Task quit;
