@@ -37,8 +37,8 @@ class App:
     def tool_asks(self, *command):
         """What the tool says that it would do, before it finds that nobody can answer."""
         answer = self.tool(*command).stderr.splitlines()
-        assert len(answer) == 2 and "not done" in answer[1], answer
-        return answer[0]
+        assert len(answer) > 1 and "not done" in answer[-1], answer
+        return answer[-2]
 
     def ended(self, seconds=15):
         status = self.process.wait(seconds)
@@ -147,29 +147,43 @@ def ranges(app):
     screen.press("1")
 
 
-def quitting_a_process(app):
-    victim = app.desktop.home + "/kvictim"
-    with open("/bin/sh", "rb") as shell, open(victim, "wb") as copy:
+@contextlib.contextmanager
+def victim(app, script):
+    """A process that is nobody's child, so that it is an application of its own, and its row in the list."""
+    program = app.desktop.home + "/kvictim"
+    with open("/bin/sh", "rb") as shell, open(program, "wb") as copy:
         copy.write(shell.read())
-    os.chmod(victim, 0o700)
-    # Nobody's child, so that it is an application of its own.
-    command = f"setsid {victim} -c 'while :; do :; done' >&- 2>&- & echo $!"
-    start = subprocess.run(["sh", "-c", command], capture_output=True, env=app.desktop.environment)
+    os.chmod(program, 0o700)
+    start = subprocess.run(["sh", "-c", f"setsid {program} -c '{script}' >&- 2>&- & echo $!"], capture_output=True,
+                           env=app.desktop.environment)
     pid = int(start.stdout)
     try:
         open_section("CPU")
         screen.press("ctrl+f")
         subprocess.run(["xdotool", "type", "kvictim"], check=True)
-        row = screen.await_node(None, "kvictim,", seconds=25)
-        asked = app.tool_asks("quit", "kvictim")
-        screen.click(row)
-        screen.press("Delete")
-        same_words(confirm("Quit"), "Quit kvictim?", asked)
+        screen.click(screen.await_node(None, "kvictim,", seconds=25))
+        yield
         wait_for("the process's end", lambda: not os.path.exists(f"/proc/{pid}"))
         screen.press("ctrl+f", "ctrl+a", "BackSpace", "Escape")
     finally:
         if os.path.exists(f"/proc/{pid}"):
             os.kill(pid, signal.SIGKILL)
+
+
+def quitting_a_process(app):
+    with victim(app, "while :; do :; done"):
+        asked = app.tool_asks("quit", "kvictim")
+        screen.press("Delete")
+        same_words(confirm("Quit"), "Quit kvictim?", asked)
+
+
+def forcing_a_process(app):
+    """One that does not listen."""
+    with victim(app, 'trap "" TERM; while :; do :; done'):
+        asked = app.tool_asks("quit", "kvictim", "--force")
+        screen.press("Menu")
+        screen.click(screen.await_node("menu item", "Force Quit…"))
+        same_words(confirm("Force Quit"), "Force", asked)
 
 
 def cleaning_up(app):
@@ -214,18 +228,48 @@ def stopping_a_server(app):
         server.wait()
 
 
+def removing_a_leftover(app):
+    entry = app.desktop.home + "/.config/autostart/gone.desktop"
+    os.makedirs(os.path.dirname(entry), exist_ok=True)
+    with open(entry, "w") as file:
+        file.write("[Desktop Entry]\nType=Application\nName=Gone\nExec=/opt/gone/bin/gone\n")
+    open_section("Startup Items")
+    screen.press("ctrl+r")
+    button = screen.await_node("push button", "Remove gone…", seconds=30)
+    asked = app.tool_asks("startup", "remove", entry)
+    screen.click(button)
+    same_words(confirm("Move to Trash"), "Remove gone", asked)
+    wait_for("the entry's way to the Trash", lambda: not os.path.exists(entry))
+    assert "gone.desktop" in os.listdir(app.desktop.home + "/.local/share/Trash/files")
+
+
+def alert_switches(app):
+    def is_on():
+        kinds = json.loads(app.tool("alerts", "kinds", "--json").stdout)["kinds"]
+        return next(kind["enabled"] for kind in kinds if kind["kind"] == "network")
+
+    open_section("Alerts")
+    switch = screen.await_node("check box", "An app uses a lot of network")
+    assert is_on() and switch.has(screen.CHECKED)
+    screen.click(switch)
+    wait_for("the switch", lambda: not switch.has(screen.CHECKED) and not is_on())
+    screen.press("space")
+    wait_for("the switch back", lambda: switch.has(screen.CHECKED) and is_on())
+
+
+def settings_file(app):
+    with open(app.desktop.home + "/.config/korvell/settings.json") as file:
+        return json.load(file)
+
+
 def settings_window(app):
     screen.press("ctrl+comma")
     wait_for("the settings", lambda: screen.window("Settings"))
-    settings = app.desktop.home + "/.config/korvell/settings.json"
-
-    def stored():
-        with open(settings) as file:
-            return json.load(file)
-
-    for style in ("Icon only", "CPU and memory", "Mini graphs", "Health score"):
+    for style, stored in (("Icon only", "icon"), ("CPU and memory", "cpuAndMemory"), ("Mini graphs", "graphs"),
+                          ("Health score", "score")):
         screen.click(screen.await_node("radio button", style))
-        wait_for(style, lambda: screen.find("radio button", style).has(screen.CHECKED))
+        wait_for(style, lambda: screen.find("radio button", style).has(screen.CHECKED) and
+                 settings_file(app).get("menuBarStyle") == stored)
     for look in ("Dark", "Light", "System"):
         screen.click(screen.await_node("page tab", look, screen.window("Settings")))
         wait_for(look, lambda: screen.find("page tab", look).has(screen.SELECTED))
@@ -236,8 +280,11 @@ def settings_window(app):
     wait_for("the switch", lambda: box.has(screen.CHECKED))
     screen.press("space")
     wait_for("the switch back", lambda: not box.has(screen.CHECKED))
+    link = app.desktop.home + "/.local/bin/korvell"
+    screen.click(screen.await_node("push button", "Install", screen.window("Settings")))
+    wait_for("the command on the path", lambda: os.path.islink(link))
+    assert os.path.samefile(link, app.programs + "/korvell"), os.readlink(link)
     assert not screen.unnamed(), screen.unnamed()
-    assert stored(), "nothing was stored"
     screen.press("ctrl+w")
     wait_for("the settings' end", lambda: not screen.window("Settings"))
 
@@ -417,7 +464,8 @@ def the_bus_goes(app):
 
 
 CASES = [first_launch, sections_by_pointer, sections_by_keys, ranges, settings_window, panel, links, second_start,
-         quitting_a_process, cleaning_up, stopping_a_server, the_desktop_fails, quitting, headless_keeper,
+         quitting_a_process, forcing_a_process, cleaning_up, stopping_a_server, removing_a_leftover, alert_switches,
+         the_desktop_fails, quitting, headless_keeper,
          an_hour_asleep, starts_at_the_same_moment, the_bus_goes]
 # They start the application by themselves.
 STARTERS = (first_launch, headless_keeper, an_hour_asleep, starts_at_the_same_moment, the_bus_goes)
