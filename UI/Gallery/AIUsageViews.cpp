@@ -31,9 +31,11 @@ struct Use {
   AITool tool;
   double share; ///< of the day's tokens
 };
-constexpr Use uses[] = {{"claude-opus-5-5", "atlas", AITool::claude, 0.52},
+constexpr Use uses[] = {{"claude-opus-5-5", "atlas", AITool::claude, 0.37},
+                        {"claude-opus-5-5", "herbarium", AITool::claude, 0.15},
                         {"gpt-5.6-sol", "herbarium", AITool::codex, 0.18},
-                        {"claude-sonnet-5", "korvell-docs", AITool::claude, 0.2},
+                        {"claude-sonnet-5", "handbook", AITool::claude, 0.12},
+                        {"claude-sonnet-5", "atlas", AITool::claude, 0.08},
                         {"gpt-5.3-codex", "field-notes", AITool::codex, 0.05},
                         {"claude-haiku-4-5", "dotfiles", AITool::claude, 0.05}};
 

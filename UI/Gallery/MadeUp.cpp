@@ -154,16 +154,21 @@ MadeUp healthyMachine() {
 MadeUp troubledMachine() {
   auto model = usualMachine();
   model->change(model->snapshot, [](SystemSnapshot& s) {
-    s.cpu.total = 100;
+    s.cpu = {.total = 98, .user = 90, .system = 8, .load1 = 11.7};
+    s.disk.volumes.front().available = 4'120'000'000;
+    s.battery.health = 71;
+    std::erase_if(s.apps, [](const AppUsage& app) { return app.name == "Blender"; });
+    s.apps.insert(s.apps.begin(), madeUp({"Blender", 1, 640, 9.06 * 1024, 2.9e6, 0}));
     s.memory.app = s.memory.total;
     s.memory.pressure = MemoryStats::Pressure::critical;
   });
+  model->sensors.set(SensorsSnapshot{.cpuCelsius = 97});
   recordLive(*model);
   const Insight::Action quit{ActionKind::quitApp, "/Applications/Blender.app", "Blender"};
   model->report.set(madeUpReport(
       {madeUpInsight(critical, 30, "Memory is exhausted",
                      "The system is compressing and swapping heavily, so everything slows down. Blender uses "
-                     "2.31 GB.",
+                     "9.06 GB.",
                      quit),
        madeUpInsight(critical, 20, "System disk is almost full",
                      "4.12 GB free. The system needs room for swap and updates.",

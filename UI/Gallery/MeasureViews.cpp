@@ -20,12 +20,14 @@ public:
   PageFrame(const Theme& theme, std::shared_ptr<RecordedMachine> machine, Metric metric, HistoryRange range)
       : Ground(theme, Token::surface, nullptr), machine_(std::move(machine)),
         page_(new MeasureView(
-            {.session = {machine_->model,
-                         machine_->queries,
-                         machine_->directions,
-                         machine_->zone,
-                         machine_->defaults,
-                         {"Counts TCP only: the kernel keeps no byte counts of UDP sockets."}},
+            {.session =
+                 {machine_->model,
+                  machine_->queries,
+                  machine_->directions,
+                  machine_->zone,
+                  machine_->defaults,
+                  {"The figures by application leave out UDP, such as most video calls: the kernel counts "
+                   "only the bytes of TCP sockets. The figures above count everything."}},
              .theme = theme,
              .ask = [](const ActionRequest&) {},
              .open = [](SidebarItem) {},

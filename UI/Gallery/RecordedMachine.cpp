@@ -22,21 +22,26 @@ double noise(Date date, int seed) {
   return double(random() % 1000) / 1000;
 }
 
-AppUsage app(const char* id, const char* name, int processes, double cpu, std::uint64_t memory, double read,
-             double in) {
+/// What an application has of the machine.
+struct Share {
+  double cpu, memory, disk, network;
+};
+
+AppUsage app(const SystemSnapshot& machine, const char* id, const char* name, int processes,
+             const Share& of) {
   AppUsage usage{.id = id, .name = name, .bundlePath = {}, .mainPID = {}, .processes = {}};
   for (int i = 0; i < processes; ++i) {
     // The first ones take the most.
     const double share = i == processes - 1 ? std::pow(0.6, i) : std::pow(0.6, i) * 0.4;
     ProcessUsage process{.pid = 8000 + int(std::hash<std::string>{}(id) % 900) + i,
                          .name = i == 1 ? "Web content" : name};
-    process.cpu = cpu * share;
-    process.memory = std::uint64_t(double(memory) * share);
-    process.diskRead = read * share;
-    process.diskWrite = read * 0.4 * share;
-    process.netIn = in * share;
-    process.netOut = in * 0.1 * share;
-    process.power = cpu * 0.08 * share;
+    process.cpu = machine.cpu.total * double(machine.cpu.perCore.size()) * of.cpu * share;
+    process.memory = std::uint64_t(double(machine.memory.app) * of.memory * share);
+    process.diskRead = machine.disk.readRate * of.disk * share;
+    process.diskWrite = machine.disk.writeRate * of.disk * share;
+    process.netIn = machine.network.inRate * of.network * share;
+    process.netOut = machine.network.outRate * of.network * share;
+    process.power = machine.battery.systemPower * 0.7 * of.cpu * share;
     usage.processes.push_back(process);
   }
   return usage;
@@ -99,11 +104,12 @@ SystemSnapshot RecordedMachine::snapshotAt(Date date) {
                       .temperature = 31,
                       .minutesRemaining = 190,
                       .systemPower = 6 + 9 * busy};
-  snapshot.apps = {app("org.example.browser", "Firefox", 23, 61.8, 3120 * megabyte, 1.1e6, 9e5),
-                   app("org.example.render", "Blender", 1, isPeak ? 712 : 52.3, 2310 * megabyte, 8e5, 0),
-                   app("org.example.terminal", "Terminal", 31, 38.6, 1460 * megabyte, 6e5, 2e4),
-                   app("system.linux", "Linux", 214, 18.2, 612 * megabyte, 2e5, 4e3),
-                   app("org.example.mail", "Thunderbird", 6, 6.4, 388 * megabyte, 9e4, 5e4)};
+  const double render = isPeak ? 0.9 : 0.3, others = (1 - render) / 0.7;
+  snapshot.apps = {app(snapshot, "org.example.browser", "Firefox", 23, {0.35 * others, 0.42, 0.2, 0.8}),
+                   app(snapshot, "org.example.render", "Blender", 1, {render, 0.3, 0.4, 0}),
+                   app(snapshot, "org.example.terminal", "Terminal", 31, {0.2 * others, 0.19, 0.3, 0.05}),
+                   app(snapshot, "system.linux", "Linux", 214, {0.08 * others, 0.03, 0.05, 0.02}),
+                   app(snapshot, "org.example.mail", "Thunderbird", 6, {0.03 * others, 0.05, 0.03, 0.1})};
   return snapshot;
 }
 

@@ -59,13 +59,16 @@ struct StorageWorld {
     return category->items.emplace_back(std::move(item));
   }
 
+  void project(const std::string& title, const std::string& folder, double gigabytes, const char* date) {
+    item(nodeModules, title, folder + "/node_modules", gigabytes, date).detail = folder;
+  }
   void findProjects() {
-    item(nodeModules, "herbarium-2024", "~/code/herbarium-2024", 2.14, "2026-07-04");
-    item(nodeModules, "tide-tables", "~/code/tide-tables", 1.52, "2026-05-04");
-    item(nodeModules, "sketchbook", "~/code/sketchbook", 1.18, "2026-09-04");
-    item(nodeModules, "lumen-api", "~/code/archive/lumen-api", 0.912, "2026-03-04");
-    item(nodeModules, "glossary", "~/code/glossary", 0.604, "2026-10-04");
-    item(nodeModules, "map-tiles", "~/code/map-tiles", 0.486, "2026-10-04");
+    project("herbarium-2024", "~/code/herbarium-2024", 2.14, "2026-07-04");
+    project("tide-tables", "~/code/tide-tables", 1.52, "2026-05-04");
+    project("sketchbook", "~/code/sketchbook", 1.18, "2026-09-04");
+    project("lumen-api", "~/code/archive/lumen-api", 0.912, "2026-03-04");
+    project("glossary", "~/code/glossary", 0.604, "2026-10-04");
+    project("map-tiles", "~/code/map-tiles", 0.486, "2026-10-04");
   }
   void findAll() {
     findProjects();
