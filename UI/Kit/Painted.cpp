@@ -1,8 +1,11 @@
 #include "UI/Kit/Painted.h"
 
+#include "UI/Kit/Focus.h"
 #include "UI/Kit/Text.h"
 
+#include <QFocusEvent>
 #include <QPainter>
+#include <QToolTip>
 
 namespace korvell {
 
@@ -12,6 +15,28 @@ Painted::Painted(const Theme& theme, QWidget* parent) : QWidget(parent), theme_(
 }
 
 void Painted::setName(std::string_view name) { setAccessibleName(text(name)); }
+
+void Painted::setReason(std::string_view words) {
+  reason_ = text(words);
+  setToolTip(reason_);
+}
+
+void Painted::focusInEvent(QFocusEvent* event) {
+  if (isKeyboard(event->reason()) && !reason_.isEmpty()) {
+    constexpr double corner = 4;
+    if (!FocusRing::isShown(*this)) FocusRing::show(*this, corner, theme_);
+    QToolTip::showText(mapToGlobal(QPoint(0, height())), reason_, this);
+  }
+  QWidget::focusInEvent(event);
+}
+
+void Painted::focusOutEvent(QFocusEvent* event) {
+  if (!reason_.isEmpty()) {
+    FocusRing::hide(*this);
+    QToolTip::hideText();
+  }
+  QWidget::focusOutEvent(event);
+}
 
 void Painted::themeChanged() {
   updateGeometry();

@@ -18,6 +18,9 @@ public:
   const Theme& theme() const { return theme_; }
   /// The name for screen readers.
   void setName(std::string_view name);
+  /// Why something here could not be read; empty: nothing of the kind. Shown while it is pointed at and with
+  /// the keyboard's focus, which is for the widget to take.
+  void setReason(std::string_view words);
 
 protected:
   /// Antialiasing is on; rectangles and hairlines switch it off (UI/Kit/Paint.h does).
@@ -25,9 +28,12 @@ protected:
   /// Fonts or colours have changed; the base repaints and asks for the size anew.
   virtual void themeChanged();
   void paintEvent(QPaintEvent*) override;
+  void focusInEvent(QFocusEvent* event) override;
+  void focusOutEvent(QFocusEvent* event) override;
 
 private:
   const Theme& theme_;
+  QString reason_;
   Subscription themeSubscription_;
 };
 

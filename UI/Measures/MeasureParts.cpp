@@ -63,7 +63,9 @@ void FactsRow::setPage(const MeasurePage& page) {
   setName(words);
   if (heightForWidth(width()) != before) updateGeometry();
   update();
-  setFocusPolicy(reasons().empty() ? Qt::NoFocus : Qt::TabFocus);
+  const auto unread = reasons();
+  setReason(unread);
+  setFocusPolicy(unread.empty() ? Qt::NoFocus : Qt::TabFocus);
 }
 
 double FactsRow::rowHeight() const { return theme().scaled(captionHeight + factHeight + 2); }
@@ -143,20 +145,6 @@ std::string FactsRow::reasons() const {
     for (const auto& fact : *facts)
       if (!fact.reason.empty()) all += (all.empty() ? "" : "\n") + fact.caption + ": " + fact.reason;
   return all;
-}
-
-void FactsRow::focusInEvent(QFocusEvent* event) {
-  if (isKeyboard(event->reason())) {
-    FocusRing::show(*this, 4, theme());
-    QToolTip::showText(mapToGlobal(QPoint(0, height())), text(reasons()), this);
-  }
-  Painted::focusInEvent(event);
-}
-
-void FactsRow::focusOutEvent(QFocusEvent* event) {
-  FocusRing::hide(*this);
-  QToolTip::hideText();
-  Painted::focusOutEvent(event);
 }
 
 bool FactsRow::event(QEvent* event) {
@@ -370,7 +358,8 @@ void VolumeList::draw(QPainter& painter) {
     if (end - from > 24)
       drawText(painter, mirrored(*this, QRectF(from, row.top(), end - from, line)), theme(), TextStyle::small,
                Token::text3, text(volume.mount), Qt::AlignLeft, Qt::ElideMiddle);
-    const auto token = volume.tone ? lookOf(*volume.tone).mark : Token::disk;
+    const auto token =
+        volume.tone ? lookOf(*volume.tone).mark : Token::text3; // the disk's own looks like a warning
     drawBar(painter, QRectF(0, row.bottom() + 6, width(), 8), theme(), token, volume.used, layoutDirection());
   }
 }

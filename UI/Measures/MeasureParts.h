@@ -26,11 +26,8 @@ public:
 
 protected:
   void draw(QPainter& painter) override;
-  /// Tells the reason of a "–" that is pointed at; with the keyboard's focus, which it takes only where there
-  /// is one, those of all.
+  /// Tells the reason of the one "–" that is pointed at.
   bool event(QEvent*) override;
-  void focusInEvent(QFocusEvent*) override;
-  void focusOutEvent(QFocusEvent*) override;
 
 private:
   std::string reasons() const;

@@ -54,7 +54,8 @@ public:
     const auto gap = total.figure.unit.empty() || total.figure.unit == "%" ? "" : " ";
     figure_ = total.figure.number + gap + total.figure.unit;
     setName(total.title + ", " + (total.reason.empty() ? figure_ : total.reason));
-    setToolTip(text(total.reason));
+    setReason(total.reason);
+    setFocusPolicy(total.reason.empty() ? Qt::NoFocus : Qt::TabFocus);
     update();
   }
   QSize sizeHint() const override { return {120, theme().scaled(28)}; }

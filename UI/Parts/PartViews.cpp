@@ -56,7 +56,7 @@ FindingView::FindingView(const Theme& theme, PartForm form, QWidget* parent)
       detail_(new TextLabel(theme, TextStyle::small, Token::text2, "", this)),
       button_(
           new Button(theme, form == PartForm::panel ? Button::Kind::quiet : Button::Kind::plain, "", this)) {
-  detail_->setWrapped(isPanel() ? 2 : 1);
+  detail_->setWrapped(2);
   if (isPanel()) button_->setHeight(Button::Height::compact);
   button_->onPress([this] {
     if (row_.fix && step_) step_(*row_.fix);
@@ -104,7 +104,8 @@ int FindingView::heightForWidth(int width) const {
   const auto m = findingMeasures(form_, theme());
   const int title = lineHeight(theme(), TextStyle::strong);
   const int detail = detail_->heightForWidth(std::max(40, detailWidth(width)));
-  return std::max(m.height, 2 * m.top + title + detail);
+  if (!isPanel()) return m.height + detail - lineHeight(theme(), TextStyle::small);
+  return 2 * m.top + title + detail;
 }
 
 QSize FindingView::sizeHint() const { return {320, heightForWidth(320)}; }
@@ -187,7 +188,7 @@ void TileView::show(const Tile& tile) {
   if (tile == tile_) return;
   tile_ = tile;
   setName(tile.name);
-  setToolTip(text(tile.reason));
+  setReason(tile.reason);
   update();
 }
 
