@@ -54,7 +54,7 @@ TEST(ListPageTests, serversSayHowLongTheyHaveBeenIdleAndWhatStoppingFrees) {
   EXPECT_EQ(project.servers[1].activity, active);
   const auto& atTheLimit = page.projects[1].servers[0];
   EXPECT_EQ(atTheLimit.activity, quiet);
-  EXPECT_EQ(atTheLimit.activityWords, "idle for 30 min");
+  EXPECT_EQ(atTheLimit.activityWords, "quiet for 30 min");
   model.projects.set({});
   page = model.servers();
   EXPECT_TRUE(page.isMeasured);

@@ -228,7 +228,10 @@ void addRange(MeasurePage& page, const Model& model, const MeasureBeside& beside
         summary ? MeasureFact{std::move(caption), figureOf(formatMetric(page.metric, *summary.*member))}
                 : Known(model).unknown(std::move(caption), localized("Nothing was recorded in this time.")));
   };
-  add(localized("Mean, {range}", {{"range", rangeWords(beside.range)}}), &SeriesSummary::mean);
+  const bool isOfBoth = page.metric == Metric::disk || page.metric == Metric::network;
+  add(isOfBoth ? localized("Mean of both")
+               : localized("Mean, {range}", {{"range", rangeWords(beside.range)}}),
+      &SeriesSummary::mean);
   add(localized("Maximum"), &SeriesSummary::maximum);
 }
 

@@ -123,7 +123,6 @@ void MeasureView::build() {
   add(absent_, 6);
   add(composition_, 16);
   chart_->setPlotHeight(plotHeight(metric_));
-  chart_->setLegend(metric_ != Metric::memory);
   add(chart_, 8, inset - ChartView::overhang);
   finding_->setWrapped();
   auto* findingRow = new QHBoxLayout(findingBox_);

@@ -57,9 +57,11 @@ void fillActivity(ServersPage::Server& row, const DevServer& server, Date now) {
   using enum ServersPage::Activity;
   const auto span = now - server.lastActive;
   row.activity = isIdle(server, now) ? idle : span < justNow ? active : quiet;
+  // Only what counts as idle is called so.
   row.activityWords = row.activity == active
                           ? localized("active")
-                          : localized("idle for {duration}", {{"duration", Format::duration(span)}});
+                          : localized(row.activity == idle ? "idle for {duration}" : "quiet for {duration}",
+                                      {{"duration", Format::duration(span)}});
 }
 
 std::string spokenServer(const ServersPage::Server& row, const DevServer& server) {

@@ -42,7 +42,7 @@ StartupPage::Item rowOf(const StartupItem& item) {
     row.program = localized("Runs from inside its app");
     row.isPath = false;
   }
-  if (item.runsAtLoad || item.keepAlive) row.starts = localized("starts by itself");
+  if ((item.runsAtLoad || item.keepAlive) && !item.isLeftover) row.starts = localized("starts by itself");
   if (item.isLeftover)
     row.remove =
         RemoveStartupItemRequest{.plistPath = item.plistPath, .label = item.label, .program = item.program};
