@@ -112,12 +112,13 @@ struct SoundState {
   std::optional<OutputDevice> output;    ///< absent while there is none
   std::vector<AudioApp> apps;            ///< those that play first, then by name
   std::vector<RememberedApp> remembered; ///< by name, the listed ones too
+  bool isStored = true;                  ///< false: the settings refused what was chosen last
 
   bool operator==(const SoundState&) const = default;
   static constexpr auto fields() {
     return std::tuple{Field{"connection", &SoundState::connection}, Field{"access", &SoundState::access},
-                      Field{"output", &SoundState::output}, Field{"apps", &SoundState::apps},
-                      Field{"remembered", &SoundState::remembered}};
+                      Field{"output", &SoundState::output},         Field{"apps", &SoundState::apps},
+                      Field{"remembered", &SoundState::remembered}, Field{"isStored", &SoundState::isStored}};
   }
 };
 

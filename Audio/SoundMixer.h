@@ -26,6 +26,10 @@ namespace korvell {
 
 class SoundEngine;
 
+/// Who keeps gives remembered applications their volume by itself; who visits shows, and changes what it is
+/// told to.
+enum class SoundRole { keeper, visitor };
+
 class SoundMixer {
 public:
   static constexpr const char* queueLabel = "Korvell.sound";
@@ -35,6 +39,7 @@ public:
     std::function<std::unique_ptr<StreamOwners>()> makeOwners; ///< called on the mixer's queue
     UserDefaults& defaults;
     QueueFactory makeQueue;
+    SoundRole role = SoundRole::keeper;
   };
 
   SoundMixer(Queue& main, Services services);
@@ -60,16 +65,13 @@ public:
   void resetAll();
   void setOutputVolume(double volume); ///< clamped to 0…1
   void setOutputMuted(bool muted);
-  /// Looks at the settings anew: another process has changed what is remembered.
-  void memoryChanged();
 
 private:
-  void apply(SoundState state);
   void countWatchers();
   void tell(std::function<void(SoundEngine&)> what);
 
   Queue& main_;
-  std::shared_ptr<int> watchers_, levelWatchers_; ///< their use counts
+  int watchers_ = 0, levelWatchers_ = 0;
   Lifeline<SoundMixer> life_{*this};
   std::unique_ptr<SoundEngine> engine_; ///< on the queue below
   std::unique_ptr<Queue> queue_;        ///< last, so that it ends first

@@ -116,6 +116,14 @@ const DesktopEntry* DesktopEntries::byProgram(std::string_view executable) const
   return nullptr;
 }
 
+const DesktopEntry* DesktopEntries::byName(std::string_view name) const {
+  const auto lower = lowercased(name);
+  const auto isCalled = [&lower](const auto& item) { return lowercased(item.second.name) == lower; };
+  const auto found = std::ranges::find_if(byID_, isCalled);
+  if (found == byID_.end() || std::any_of(std::next(found), byID_.end(), isCalled)) return nullptr;
+  return &found->second;
+}
+
 const DesktopEntry* DesktopEntries::byPath(std::string_view path) const {
   const auto found =
       std::ranges::find(byID_, path, [](const auto& item) { return std::string_view(item.second.path); });

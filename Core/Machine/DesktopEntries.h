@@ -33,6 +33,8 @@ public:
   const DesktopEntry* bySnap(std::string_view snap) const;
   /// The entry that starts this program, or in whose own install folder the program lies.
   const DesktopEntry* byProgram(std::string_view executable) const;
+  /// The entry that is called so, upper and lower case alike; nothing when several are.
+  const DesktopEntry* byName(std::string_view name) const;
   const DesktopEntry* byPath(std::string_view path) const;
 
 private:

@@ -219,6 +219,12 @@ std::optional<OwnerDecision> LinuxOwners::byAncestors(ProcessID pid, const Proce
   return std::nullopt;
 }
 
+std::optional<Owner> LinuxOwners::claimed(std::string_view id, std::string_view name) {
+  const auto* found = id.empty() ? nullptr : entries_.byID(id);
+  if (!found && !name.empty()) found = entries_.byName(name);
+  return found ? std::optional(Owner{found->path, found->name, found->path}) : std::nullopt;
+}
+
 std::optional<ProcessID> LinuxOwners::mainProcess(const Owner& owner, std::span<const GroupMember> members) {
   const auto isMember = [members](ProcessID pid) {
     return std::ranges::find(members, pid, &GroupMember::pid) != members.end();

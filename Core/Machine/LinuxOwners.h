@@ -50,6 +50,7 @@ public:
   bool isDesktopProgram(const std::string& executable) const override {
     return entries_.byProgram(executable) != nullptr;
   }
+  std::optional<Owner> claimed(std::string_view id, std::string_view name) override;
   std::optional<ProcessID> mainProcess(const Owner& owner, std::span<const GroupMember> members) override;
 
 private:

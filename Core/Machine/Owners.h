@@ -58,6 +58,9 @@ public:
   virtual void beginCycle() {}
   /// True for the program of a desktop application, by where it lies: whoever runs it uses that application.
   virtual bool isDesktopProgram(const std::string&) const { return false; }
+  /// The installed application that has this identifier or, failing that, is called so; nothing when there is
+  /// none. What a program says of itself proves nothing: for what nobody knows better.
+  virtual std::optional<Owner> claimed(std::string_view /*id*/, std::string_view /*name*/) { return {}; }
   /// The process that stands for a group where the system keeps no list of running applications.
   virtual std::optional<ProcessID> mainProcess(const Owner&, std::span<const GroupMember>) { return {}; }
 };

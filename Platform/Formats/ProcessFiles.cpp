@@ -74,6 +74,17 @@ std::optional<ProcessStatus> parseProcessStatus(std::string_view text) {
                        .vmSwap = lineValue(text, "VmSwap").value_or(0) * 1024};
 }
 
+std::optional<std::int32_t> innermostProcessID(std::string_view text) {
+  constexpr std::string_view name = "NSpid:";
+  for (const auto line : splitLines(text)) {
+    if (!line.starts_with(name)) continue;
+    const auto ids = trimmed(line.substr(name.size()));
+    const auto last = ids.find_last_of(" \t");
+    return last == std::string_view::npos ? std::nullopt : parseInteger<std::int32_t>(ids.substr(last + 1));
+  }
+  return std::nullopt;
+}
+
 std::optional<ProcessIO> parseProcessIO(std::string_view text) {
   const auto read = lineValue(text, "read_bytes");
   const auto written = lineValue(text, "write_bytes");

@@ -40,6 +40,10 @@ struct ProcessStatus {
 };
 std::optional<ProcessStatus> parseProcessStatus(std::string_view text);
 
+/// From /proc/PID/status: its id in the innermost process-id namespace that it is in; nothing where that is
+/// the reader's own.
+std::optional<std::int32_t> innermostProcessID(std::string_view text);
+
 /// Storage bytes from /proc/PID/io.
 struct ProcessIO {
   std::uint64_t read = 0;

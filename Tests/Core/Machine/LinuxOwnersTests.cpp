@@ -1,28 +1,11 @@
 #include "Core/Machine/LinuxOwners.h"
 #include "FakeProcessLookup.h"
+#include "Tests/Fakes/FakeDesktopFiles.h"
 
 #include <gtest/gtest.h>
 
 namespace korvell {
 namespace {
-
-struct FakeDesktopFiles final : DesktopFiles {
-  std::vector<DesktopFile> files;
-  std::map<std::string, std::string> programs; ///< as named, to where it really is
-  std::uint64_t version = 1;
-
-  std::uint64_t stamp() override { return version; }
-  std::vector<DesktopFile> read() override { return files; }
-  std::optional<std::string> realProgram(const std::string& program) override {
-    const auto found = programs.find(program);
-    return found == programs.end() ? std::nullopt : std::optional(found->second);
-  }
-  void add(const std::string& id, const std::string& keys) {
-    files.push_back(
-        {id, "/usr/share/applications/" + id + ".desktop", "[Desktop Entry]\nType=Application\n" + keys});
-    ++version;
-  }
-};
 
 TEST(LinuxOwnersTests, controlGroupsTellWhoseTheyAre) {
   using Kind = ControlGroupOwner::Kind;
@@ -105,6 +88,25 @@ struct LinuxOwnersRules : testing::Test {
     return owners->owner(pid, facts, lookup);
   }
 };
+
+TEST_F(LinuxOwnersRules, claimsOfInstalledApplications) {
+  files.add("twin-a", "Name=Twin\nExec=htop\n");
+  files.add("twin-b", "Name=Twin\nExec=htop\n");
+  owners->beginCycle();
+  const struct {
+    std::string id, name, found;
+  } rows[] = {{"terminal", "Firefox", "Terminal"},
+              {"TERMINAL", "", "Terminal"},
+              {"", "my tool", "My Tool"},
+              {"unknown", "terminal", "Terminal"},
+              {"", "Twin", ""},
+              {"unknown", "unknown", ""},
+              {"", "", ""}};
+  for (const auto& row : rows) {
+    const auto owner = owners->claimed(row.id, row.name);
+    EXPECT_EQ(owner ? owner->name : "", row.found) << row.id << " " << row.name;
+  }
+}
 
 TEST_F(LinuxOwnersRules, theFirstRuleThatAnswersDecides) {
   const std::string app = "/user.slice/user-1000.slice/user@1000.service/app.slice/";

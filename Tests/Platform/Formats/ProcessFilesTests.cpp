@@ -33,6 +33,9 @@ TEST(ProcessFilesTests, whatTheKernelDoesNotWriteIsRefused) {
        {"", "read_bytes: 5\n", "read_bytes: 5\nwrite_bytes:", "read_bytes: x\nwrite_bytes: 1"})
     EXPECT_FALSE(parseProcessIO(text)) << text;
   EXPECT_FALSE(parseProcessStatus("Name:\tx\n"));
+  EXPECT_EQ(innermostProcessID("Name:\tNSpid:\nNSpid:\t4711\t31\t2\nNSpgid:\t9\t8\n"), 2);
+  for (const char* own : {"NSpid:\t4711\n", "NSpid:\n", "NSpid:\t4711\tx\n", "Pid:\t1 2\n", ""})
+    EXPECT_FALSE(innermostProcessID(own)) << own;
   EXPECT_FALSE(parseAnonymousMemory("MemTotal: 5 kB\n"));
 }
 

@@ -1,0 +1,125 @@
+#pragma once
+// What SoundMixer does on its own queue: connects and looks for a lost server again, makes applications of
+// streams, gives new streams of remembered applications their volume, takes over what was changed elsewhere,
+// stores what was chosen. Lives on that queue, and ends on it.
+//
+// A stream of a remembered application gets the volume in the moment in which it is first told. For a second
+// after that, up to three times, another volume that the server or the player gives it as it starts is
+// replaced; what comes later is somebody's wish and taken over. The first report of a stream that is not
+// settled is never taken for anything.
+
+#include "Audio/PacedChanges.h"
+#include "Audio/SharedValue.h"
+#include "Audio/SoundMemory.h"
+#include "Audio/SoundMixer.h"
+#include "Audio/SoundSystem.h"
+#include "Audio/StreamOwners.h"
+#include "Base/Lifeline.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace korvell {
+
+class SoundEngine final : private SoundListener {
+public:
+  /// How long an application stays listed after it played last.
+  static constexpr Seconds recent{300};
+  static constexpr Seconds settling{1};
+  static constexpr Seconds levelPause{0.1};
+  static constexpr Seconds storePause{0.5}; ///< of a drag not every position is written
+
+  struct Services {
+    SoundSystemFactory makeSystem;
+    std::function<std::unique_ptr<StreamOwners>()> makeOwners;
+    UserDefaults& defaults;
+    SoundRole role = SoundRole::keeper;
+    std::function<void(SoundState)> publish;
+  };
+
+  SoundEngine(Queue& queue, Services services);
+  ~SoundEngine() override;
+  SoundEngine(const SoundEngine&) = delete;
+  SoundEngine& operator=(const SoundEngine&) = delete;
+
+  void setWatched(bool list, bool levels);
+  void change(const std::string& app, const SoundChange& change);
+  void changeOutput(const SoundChange& change);
+  void reset(const std::string& app);
+  void resetAll();
+
+private:
+  struct Stream {
+    SoundStream told;
+    StreamOwner owner;
+    SharedValue<double> volume;
+    SharedValue<bool> muted;
+    Seconds since{0};
+    bool hasSettled = false;
+    int replaced = 0; ///< how often another volume was
+  };
+  struct App {
+    Owner owner;
+    double volume = 1; ///< when it was last listed
+    bool muted = false;
+    std::optional<Seconds> heard; ///< when it last played
+    std::optional<double> level = {};
+  };
+
+  void connectionChanged(SoundConnection connection) override;
+  void accessChanged(SoundAccess access) override;
+  void streamChanged(const SoundStream& stream) override;
+  void streamEnded(StreamID id) override;
+  void outputChanged(const std::optional<OutputDevice>& output) override;
+
+  bool isKeeper() const { return services_.role == SoundRole::keeper; }
+  void followNeed();
+  void connect();
+  void disconnect();
+  void clear();
+  void begin(const SoundStream& stream);
+  void hear(Stream& stream, const SoundStream& now);
+  void heedOthers(Stream& stream, bool volume, bool muted);
+  void adopt(RememberedApp entry, const SoundStream& told, bool volume, bool muted);
+  void send(const std::string& app, const std::vector<StreamID>& streams, const SoundChange& change);
+  void sendTo(const std::string& target, const SoundChange& change);
+  void remember(RememberedApp app);
+  void loadMemory();
+  void store();
+  void forgetSilent();
+  void measureLevels();
+  void readLevels();
+  void publishSoon();
+  SoundState state() const;
+  AudioApp listed(const std::string& key, const App& app) const;
+  std::vector<const Stream*> streamsOf(const std::string& app) const;
+  RememberedApp entryOf(const std::string& key) const;
+
+  Queue& queue_;
+  Services services_;
+  SoundMemory memory_;
+  std::map<std::string, RememberedApp> remembered_;
+  std::set<std::string> unstored_;
+  bool isWatched_ = false, wantsLevels_ = false, measuresLevels_ = false;
+  bool isOpen_ = false;      ///< connected, or about to be
+  bool isWaiting_ = false;   ///< to look for the server again
+  std::size_t failures_ = 0; ///< in a row
+  SoundConnection connection_ = SoundConnection::idle;
+  SoundAccess access_ = SoundAccess::granted;
+  std::optional<OutputDevice> output_;
+  std::map<StreamID, Stream> streams_;
+  std::map<std::string, App> apps_;
+  bool isStored_ = true;
+  bool isPublishing_ = false;
+  std::unique_ptr<StreamOwners> owners_; ///< null until the first connection
+  std::unique_ptr<SoundSystem> system_;  ///< null with it
+  PacedChanges changes_;
+  std::unique_ptr<Timer> retrying_, levels_, storing_, forgetting_;
+  Lifeline<SoundEngine> life_{*this};
+};
+
+} // namespace korvell

@@ -1,0 +1,100 @@
+#include "Audio/SoundMixer.h"
+
+#include "Audio/SoundEngine.h"
+#include "Base/Localization.h"
+#include "Base/Text.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+namespace korvell {
+
+SoundMixer::SoundMixer(Queue& main, Services services)
+    : state(main), main_(main), queue_(services.makeQueue(queueLabel)) {
+  const auto publish = [&main, watch = life_.watch()](SoundState now) {
+    main.async([watch, now = std::move(now)]() mutable {
+      if (auto* mixer = watch.get()) mixer->state.setIfChanged(std::move(now));
+    });
+  };
+  queue_->async([this, publish, services = std::move(services)]() mutable {
+    engine_ = std::make_unique<SoundEngine>(
+        *queue_, SoundEngine::Services{std::move(services.makeSystem), std::move(services.makeOwners),
+                                       services.defaults, services.role, publish});
+  });
+}
+
+SoundMixer::~SoundMixer() {
+  life_.cut();
+  queue_->sync([this] { engine_.reset(); });
+}
+
+void SoundMixer::tell(std::function<void(SoundEngine&)> what) {
+  queue_->async([this, what = std::move(what)] { what(*engine_); });
+}
+
+Subscription SoundMixer::watch(Interest interest) {
+  auto& count = interest == Interest::levels ? levelWatchers_ : watchers_;
+  ++count;
+  countWatchers();
+  // Runs where the last copy is let go, which is the main queue.
+  return {nullptr, [watch = life_.watch(), interest](void*) {
+            auto* mixer = watch.get();
+            if (!mixer) return;
+            --(interest == Interest::levels ? mixer->levelWatchers_ : mixer->watchers_);
+            mixer->countWatchers();
+          }};
+}
+
+void SoundMixer::countWatchers() {
+  tell([list = watchers_ + levelWatchers_ > 0, levels = levelWatchers_ > 0](SoundEngine& engine) {
+    engine.setWatched(list, levels);
+  });
+}
+
+void SoundMixer::setVolume(const std::string& app, double volume) {
+  tell([app, volume](SoundEngine& engine) { engine.change(app, {.volume = volume}); });
+}
+
+void SoundMixer::setMuted(const std::string& app, bool muted) {
+  tell([app, muted](SoundEngine& engine) { engine.change(app, {.muted = muted}); });
+}
+
+void SoundMixer::reset(const std::string& app) {
+  tell([app](SoundEngine& engine) { engine.reset(app); });
+}
+
+void SoundMixer::resetAll() {
+  tell([](SoundEngine& engine) { engine.resetAll(); });
+}
+
+void SoundMixer::setOutputVolume(double volume) {
+  tell([volume](SoundEngine& engine) { engine.changeOutput({.volume = volume}); });
+}
+
+void SoundMixer::setOutputMuted(bool muted) {
+  tell([muted](SoundEngine& engine) { engine.changeOutput({.muted = muted}); });
+}
+
+Result<RememberedApp> chooseSoundApp(const SoundState& state, std::string_view what) {
+  std::vector<RememberedApp> all = state.remembered;
+  for (const auto& app : state.apps)
+    if (!std::ranges::count(all, app.key, &RememberedApp::key))
+      all.push_back({app.key, app.name, app.bundlePath, app.volume, app.muted});
+  const auto exact = std::ranges::find(all, what, &RememberedApp::key);
+  if (exact != all.end()) return *exact;
+  std::vector<RememberedApp> named;
+  for (const auto& app : all)
+    if (lowercased(app.name) == lowercased(what)) named.push_back(app);
+  if (named.size() == 1) return named.front();
+  if (named.empty())
+    return Failure{localized("No application called {name} makes a sound or is remembered.",
+                             {{"name", std::string(what)}})};
+  std::string keys;
+  for (const auto& app : named) keys += "\n" + app.key;
+  return Failure{
+      localized("Several applications are called {name}. Name one of these:", {{"name", std::string(what)}}) +
+      keys};
+}
+
+} // namespace korvell

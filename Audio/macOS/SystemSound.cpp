@@ -1,0 +1,8 @@
+#include "Audio/SystemSound.h"
+
+namespace korvell {
+
+SoundSystemFactory systemSound(const Environment&) { return nullptr; }
+std::unique_ptr<StreamProcesses> systemStreamProcesses() { return nullptr; }
+
+} // namespace korvell
