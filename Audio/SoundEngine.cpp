@@ -233,7 +233,7 @@ void SoundEngine::resetAll() {
 }
 
 void SoundEngine::sendTo(const std::string& target, const SoundChange& change) {
-  if (!isOpen_) return;
+  if (!isOpen_ || services_.role == SoundRole::rememberer) return;
   if (target == outputTarget) {
     if (change.volume) system_->setOutputVolume(*change.volume);
     if (change.muted) system_->setOutputMuted(*change.muted);
@@ -356,9 +356,18 @@ AudioApp SoundEngine::listed(const std::string& key, const App& app) const {
   return shown;
 }
 
+bool SoundEngine::hasOpenStream(const std::string& app) const {
+  return std::ranges::any_of(
+      streams_, [&](const auto& row) { return row.second.owner.owner.key == app && row.second.told.isOpen; });
+}
+
+Seconds SoundEngine::heardUntil(const App& app) { return app.heard ? *app.heard + recent : Seconds(0); }
+
 SoundState SoundEngine::state() const {
+  const auto now = queue_.clock().monotonic();
   SoundState state{.connection = connection_, .access = access_, .output = output_, .isStored = isStored_};
-  for (const auto& [key, app] : apps_) state.apps.push_back(listed(key, app));
+  for (const auto& [key, app] : apps_)
+    if (hasOpenStream(key) || heardUntil(app) > now) state.apps.push_back(listed(key, app));
   for (const auto& [key, app] : remembered_) state.remembered.push_back(app);
   const auto rank = [](const AudioApp& app) {
     return std::tuple(!app.playing, lowercased(app.name), app.key);
@@ -373,13 +382,12 @@ void SoundEngine::forgetSilent() {
   const auto now = queue_.clock().monotonic();
   std::optional<Seconds> next;
   for (auto app = apps_.begin(); app != apps_.end();) {
-    const auto& heard = app->second.heard;
-    const bool isOpen = !streamsOf(app->first).empty();
-    if (!isOpen && (!heard || now - *heard >= recent)) {
+    const auto until = heardUntil(app->second);
+    if (until <= now && streamsOf(app->first).empty()) {
       app = apps_.erase(app);
       continue;
     }
-    if (!isOpen) next = std::min(next.value_or(*heard + recent), *heard + recent);
+    if (until > now && !hasOpenStream(app->first)) next = std::min(next.value_or(until), until);
     ++app;
   }
   if (isWatched_ && next)

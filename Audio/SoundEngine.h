@@ -51,6 +51,8 @@ public:
   void changeOutput(const SoundChange& change);
   void reset(const std::string& app);
   void resetAll();
+  /// What was chosen and is not stored yet.
+  void store();
 
 private:
   struct Stream {
@@ -89,13 +91,14 @@ private:
   void sendTo(const std::string& target, const SoundChange& change);
   void remember(RememberedApp app);
   void loadMemory();
-  void store();
   void forgetSilent();
   void measureLevels();
   void readLevels();
   void publishSoon();
   SoundState state() const;
   AudioApp listed(const std::string& key, const App& app) const;
+  bool hasOpenStream(const std::string& app) const;
+  static Seconds heardUntil(const App& app); ///< how long it is listed for what it played
   std::vector<const Stream*> streamsOf(const std::string& app) const;
   RememberedApp entryOf(const std::string& key) const;
 

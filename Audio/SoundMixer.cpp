@@ -76,6 +76,17 @@ void SoundMixer::setOutputMuted(bool muted) {
   tell([muted](SoundEngine& engine) { engine.changeOutput({.muted = muted}); });
 }
 
+void SoundMixer::settle(Task done) {
+  // What is asked is shown by the task behind it.
+  queue_->async([this, done = std::move(done), watch = life_.watch()]() mutable {
+    queue_->async([&main = main_, done = std::move(done), watch] {
+      main.async([done, watch] {
+        if (watch.get()) done();
+      });
+    });
+  });
+}
+
 Result<RememberedApp> chooseSoundApp(const SoundState& state, std::string_view what) {
   std::vector<RememberedApp> all = state.remembered;
   for (const auto& app : state.apps)

@@ -27,8 +27,8 @@ namespace korvell {
 class SoundEngine;
 
 /// Who keeps gives remembered applications their volume by itself; who visits shows, and changes what it is
-/// told to.
-enum class SoundRole { keeper, visitor };
+/// told to; who only remembers leaves the changing to a keeper.
+enum class SoundRole { keeper, visitor, rememberer };
 
 class SoundMixer {
 public:
@@ -65,6 +65,8 @@ public:
   void resetAll();
   void setOutputVolume(double volume); ///< clamped to 0…1
   void setOutputMuted(bool muted);
+  /// Called on the main queue once `state` shows what was asked before, unless the mixer has ended.
+  void settle(Task done);
 
 private:
   void countWatchers();

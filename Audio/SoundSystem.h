@@ -33,6 +33,7 @@ struct SoundStream {
   double volume = 1;   ///< the loudest channel's, on the sliders' scale; may be above loudestApp
   bool muted = false;
   bool isPlaying = false;
+  bool isOpen = true; ///< false: nothing but a process that could play, and does not
   bool isAdjustable = true;
   /// False while so new that the system has not given it its volume: its volume and mute mean nothing yet,
   /// but can be set.

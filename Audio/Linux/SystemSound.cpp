@@ -9,6 +9,8 @@ SoundSystemFactory systemSound(const Environment& environment) {
   return [environment](Queue& queue) { return std::make_unique<PulseSound>(queue, environment); };
 }
 
+bool volumesOutliveProcess() { return true; }
+
 std::unique_ptr<StreamProcesses> systemStreamProcesses() {
   return std::make_unique<LinuxStreamProcesses>(LinuxProcessTable::systemSources());
 }

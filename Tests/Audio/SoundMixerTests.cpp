@@ -125,6 +125,7 @@ TEST_F(SoundMixerTests, streamsOfOneApplicationAreOneRow) {
   world.put(playing(2, "browser", 0.75));
   world.put({.id = 3, .program = "aplayer", .muted = true});
   world.put({.id = 4, .program = "locked", .isPlaying = true, .isAdjustable = false});
+  world.put({.id = 5, .program = "idle", .isOpen = false});
   time.run();
   const auto& state = *mixer->state;
   EXPECT_EQ(state.output, world.output);
@@ -148,6 +149,11 @@ TEST_F(SoundMixerTests, streamsOfOneApplicationAreOneRow) {
   EXPECT_TRUE(app("browser"));
   time.advance(Seconds(32));
   EXPECT_FALSE(app("browser"));
+  world.put({.id = 5, .program = "idle", .isPlaying = true});
+  world.put({.id = 5, .program = "idle", .isOpen = false});
+  EXPECT_TRUE(app("idle"));
+  time.advance(SoundEngine::recent + Seconds(32));
+  EXPECT_FALSE(app("idle"));
 }
 
 TEST_F(SoundMixerTests, newStreamsOfARememberedApplicationAreSetAtOnce) {
