@@ -1,6 +1,7 @@
 #include "Audio/TapSound.h"
 
 #include <algorithm>
+#include <mutex>
 
 namespace korvell {
 
@@ -11,26 +12,52 @@ constexpr Seconds looksEvery{1};
 
 } // namespace
 
+/// Closed by disconnect(), after which the queue may end. What comes in a crowd is one task.
+struct TapSound::Door {
+  std::mutex lock;
+  Queue* queue = nullptr;
+  bool isExpected = false; ///< a look at what has changed is on its way
+
+  void let(Task task) {
+    const std::lock_guard guard(lock);
+    if (queue) queue->async(std::move(task));
+  }
+  void letOne(Task task) {
+    const std::lock_guard guard(lock);
+    if (queue && !std::exchange(isExpected, true)) queue->async(std::move(task));
+  }
+  void pass() {
+    const std::lock_guard guard(lock);
+    isExpected = false;
+  }
+  void close() {
+    const std::lock_guard guard(lock);
+    queue = nullptr;
+  }
+};
+
 TapSound::TapSound(Queue& queue, std::unique_ptr<TapSystem> system)
     : queue_(queue), system_(std::move(system)), timer_(queue.timer([this] { turn(); })) {}
 
-TapSound::~TapSound() {
-  disconnect();
-  *self_ = nullptr;
-}
+TapSound::~TapSound() { disconnect(); }
 
 void TapSound::connect(SoundListener& listener) {
   listener_ = &listener;
-  const auto tell = [&queue = queue_, self = self_](auto work) {
-    queue.async([self, work] {
-      if (*self && (*self)->listener_) work(**self);
+  door_ = std::make_shared<Door>();
+  door_->queue = &queue_;
+  const auto changed = [watch = life_.watch(), door = door_] {
+    door->letOne([watch, door] {
+      door->pass();
+      if (auto* sound = watch.get(); sound && sound->door_ == door) sound->refresh();
     });
   };
-  system_->observe({.changed = [tell] { tell([](TapSound& sound) { sound.refresh(); }); },
-                    .asleep =
-                        [tell](bool isAsleep, std::shared_ptr<void> hold) {
-                          tell([isAsleep, hold](TapSound& sound) { sound.fallAsleep(isAsleep); });
-                        }});
+  const auto asleep = [watch = life_.watch(), door = door_](bool isAsleep,
+                                                            const std::shared_ptr<void>& hold) {
+    door->let([watch, door, isAsleep, hold] {
+      if (auto* sound = watch.get(); sound && sound->door_ == door) sound->fallAsleep(isAsleep);
+    });
+  };
+  system_->observe({.changed = changed, .asleep = asleep});
   listener_->accessChanged(access_);
   refresh();
   if (listener_) listener_->connectionChanged(SoundConnection::connected);
@@ -38,6 +65,7 @@ void TapSound::connect(SoundListener& listener) {
 
 void TapSound::disconnect() {
   if (!std::exchange(listener_, nullptr)) return;
+  std::exchange(door_, nullptr)->close();
   system_->observe({});
   timer_->cancel();
   apps_.clear();

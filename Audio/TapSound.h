@@ -13,6 +13,7 @@
 
 #include "Audio/SoundSystem.h"
 #include "Audio/Taps/TapMachine.h"
+#include "Base/Lifeline.h"
 
 #include <functional>
 #include <map>
@@ -101,7 +102,9 @@ private:
   SoundAccess access_ = SoundAccess::unasked;
   Seconds lookedAt_{};
   bool isMeasured_ = false, isAsleep_ = false;
-  std::shared_ptr<TapSound*> self_ = std::make_shared<TapSound*>(this); ///< null once it has ended
+  struct Door;
+  std::shared_ptr<Door> door_; ///< through which the system's threads come in while it is connected
+  Lifeline<TapSound> life_{*this};
 };
 
 } // namespace korvell

@@ -55,6 +55,9 @@ struct Host {
   std::function<void()> openWatch; ///< shows "korvell watch" in a window; null where there is none to open
   /// Opens the desktop's own settings of power and battery; null where there are none. May take seconds.
   std::function<void()> openBatterySettings;
+  /// Opens the settings where the permission to change volumes is given; null where none is needed. May take
+  /// seconds.
+  std::function<void()> openSoundPermission;
   std::unique_ptr<ProcessTable> processes = std::make_unique<NoProcesses>();
   std::unique_ptr<ProcessControl> processControl = std::make_unique<NoProcessControl>();
   std::unique_ptr<RunningApplications> applications = std::make_unique<NoRunningApplications>();

@@ -35,6 +35,11 @@ std::string runningProgram() {
   return path.substr(0, path.find('\0'));
 }
 
+void openSettings(const std::string& page) {
+  constexpr Seconds patience{5};
+  Shell::run("/usr/bin/open", {"x-apple.systempreferences:" + page}, patience);
+}
+
 } // namespace
 
 Host makeHost(const Environment& environment) {
@@ -67,10 +72,8 @@ Host makeHost(const Environment& environment) {
 #endif
   host.bundleInfo = macBundleInfo;
   host.notifications = std::make_unique<MacNotifications>();
-  host.openBatterySettings = [] {
-    constexpr Seconds patience{5};
-    Shell::run("/usr/bin/open", {"x-apple.systempreferences:com.apple.Battery-Settings.extension"}, patience);
-  };
+  host.openBatterySettings = [] { openSettings("com.apple.Battery-Settings.extension"); };
+  host.openSoundPermission = [] { openSettings("com.apple.preference.security?Privacy_AudioCapture"); };
   return host;
 }
 

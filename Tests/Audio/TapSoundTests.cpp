@@ -97,9 +97,10 @@ TEST_F(TapSoundTests, tellsWhatPlaysAndRestsWhileNobodyLooks) {
   pass(10);
   EXPECT_EQ(mac.looked, looked); // no tap, nobody looks: nothing runs
   mac.processes.pop_back();
-  mac.observer.changed();
+  for (int notice = 0; notice < 5; ++notice) mac.observer.changed();
   time.run();
   EXPECT_EQ(listener.streams.size(), 1);
+  EXPECT_EQ(mac.looked, looked + 1); // notices come in crowds
   sound->measureLevels(true);
   mac.processes.front().isPlaying = false; // which nothing tells
   pass(1.5);
@@ -185,8 +186,14 @@ TEST_F(TapSoundTests, givesBackBeforeSleepAndWhenTheOutputIsGone) {
   pass(0.2);
   EXPECT_NEAR(mac.taps.heard, 0.0125, 1e-6);
 
-  sound.reset(); // ends while connected, with word of a change on its way
+  mac.observer.changed(); // ends with word of a change on its way, and more to come
+  const auto late = mac.observer;
+  sound.reset();
   EXPECT_EQ(mac.taps.count(), 0);
+  queue.reset();
+  late.changed();
+  late.asleep(true, nullptr);
+  time.run();
 }
 
 TEST_F(TapSoundTests, silenceInsteadOfSoundMeansThatThePermissionIsMissing) {
