@@ -44,8 +44,8 @@ void MetricsFile::hear(const std::string& path, const std::string& trouble) {
   if (said == trouble_) return;
   trouble_ = said;
   if (!trouble.empty())
-    tell_(localized("The metrics could not be written to {path}: {reason}",
-                    {{"path", path}, {"reason", trouble}}));
+    tell_(troubleOf("The metrics could not be written to {path}: {reason}",
+                    {{"path", path}, {"reason", trouble}}, trouble));
 }
 
 } // namespace korvell

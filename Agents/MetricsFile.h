@@ -5,6 +5,7 @@
 // is removed the file stays: it says itself how old its figures are.
 
 #include "App/AppModel.h"
+#include "Base/Trouble.h"
 
 #include <functional>
 #include <memory>
@@ -15,7 +16,7 @@ namespace korvell {
 class MetricsFile {
 public:
   static constexpr Seconds interval{15};
-  using Tell = std::function<void(const std::string&)>;
+  using Tell = std::function<void(const Trouble&)>;
 
   /// All outlive it. `tell` is called on the main queue.
   MetricsFile(Queue& main, AppModel& model, const UserDefaults& defaults, const QueueFactory& makeQueue,

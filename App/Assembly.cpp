@@ -93,8 +93,8 @@ std::unique_ptr<AppModel> Assembly::makeKeepingModel(Queue& main, const Attentio
                                                      AlertLog::Tell tellAlertTrouble) {
   auto history = std::make_unique<HistoryStore>(systemQueueFactory(), clock_, host_.folders.data);
   auto sampler = makeSampler(history.get());
-  const auto tell = [&main, heard = std::move(tellAlertTrouble)](const std::string& sentence) {
-    if (heard) main.async([heard, sentence] { heard(sentence); });
+  const auto tell = [&main, heard = std::move(tellAlertTrouble)](const Trouble& trouble) {
+    if (heard) main.async([heard, trouble] { heard(trouble); });
   };
   auto widgets = std::make_unique<WidgetPublisher>(
       main, WidgetPublisher::Seams{*host_.widgetCenter, systemQueueFactory(), widgetDocument(host_),

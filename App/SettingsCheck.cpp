@@ -88,9 +88,10 @@ const KindRow& rowOf(Kind kind) { return *std::ranges::find(kinds, kind, &KindRo
 
 } // namespace
 
-std::vector<std::string> settingsTroubles(const UserDefaults& defaults) {
-  std::vector<std::string> troubles;
-  if (auto trouble = defaults.trouble()) troubles.push_back(std::move(*trouble));
+std::vector<Trouble> settingsTroubles(const UserDefaults& defaults) {
+  std::vector<Trouble> troubles;
+  if (auto trouble = defaults.trouble())
+    troubles.push_back({std::move(*trouble), "The settings can't be read."});
   for (const auto& [key, kind, isUsers] : settings()) {
     const auto value = defaults.value(key);
     const auto& row = rowOf(kind);
@@ -101,9 +102,20 @@ std::vector<std::string> settingsTroubles(const UserDefaults& defaults) {
             ? "The setting {key} takes {expected}, but {found} is stored; only what can be read counts."
             : "The setting {key} takes {expected}, but {found} is stored; its default applies.";
     troubles.push_back(
-        localized(sentence, {{"key", key}, {"expected", localized(row.expected)}, {"found", found}}));
+        troubleOf(sentence, {{"key", key}, {"expected", localized(row.expected)}, {"found", found}}, key));
   }
   return troubles;
+}
+
+std::vector<std::pair<std::string, std::string>> namelessSettings(const UserDefaults& defaults) {
+  std::vector<std::pair<std::string, std::string>> chosen;
+  for (const auto& [key, kind, isUsers] : settings()) {
+    const auto value = isUsers ? defaults.value(key) : std::nullopt;
+    if (!value) continue;
+    const bool fits = rowOf(kind).fits(*value);
+    chosen.emplace_back(key, !fits ? "not understood" : kind == Kind::file ? "set" : dumpJSON(*value));
+  }
+  return chosen;
 }
 
 std::string settingRefusal(std::string_view key, const Value& value) {
@@ -123,7 +135,7 @@ std::string storingTrouble(const UserDefaults& defaults) {
 }
 
 SettingsWatch::SettingsWatch(Queue& queue, const UserDefaults& defaults,
-                             std::function<void(const std::string&)> tell)
+                             std::function<void(const Trouble&)> tell)
     : defaults_(defaults), tell_(std::move(tell)), known_(settingsTroubles(defaults)),
       timer_(queue.timer([this] { look(); })) {
   timer_->schedule(pause, pause, leeway);

@@ -66,12 +66,14 @@ DatabaseFault faultOf(const std::string& path, int code) {
   return primary == SQLITE_READONLY || primary == SQLITE_PERM || !isWritable ? denied : failing;
 }
 
-std::string sentence(DatabaseFault fault, const std::string& path) {
+Trouble troubleOf(DatabaseFault fault, const std::string& path) {
   std::string_view text;
   for (const auto& row : allCases<DatabaseFault>())
     if (row.value == fault) text = row.title;
-  return localized(text, {{"path", path}});
+  return troubleOf(text, {{"path", path}});
 }
+
+std::string sentence(DatabaseFault fault, const std::string& path) { return troubleOf(fault, path).text; }
 
 bool meansDamage(int code) {
   const int primary = code & 0xff;

@@ -4,6 +4,7 @@
 #include "Base/Date.h"
 #include "Base/Enum.h"
 #include "Base/SQLite.h"
+#include "Base/Trouble.h"
 
 namespace korvell {
 
@@ -32,8 +33,9 @@ struct EnumTable<DatabaseFault> {
 
 /// What SQLite's code means for the file, which is looked at too: a full disk has many codes.
 DatabaseFault faultOf(const std::string& path, int code);
-/// The fault in a sentence, localised.
-std::string sentence(DatabaseFault fault, const std::string& path);
+/// The fault in a sentence.
+Trouble troubleOf(DatabaseFault fault, const std::string& path);
+std::string sentence(DatabaseFault fault, const std::string& path); ///< its text
 
 /// SQLite's code says that a file is damaged, or no database at all.
 bool meansDamage(int code);

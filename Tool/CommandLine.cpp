@@ -310,7 +310,7 @@ private:
                               "password database. Nothing was changed."));
       if (context_.host.defaults)
         for (const auto& trouble : settingsTroubles(*context_.host.defaults))
-          context_.err.line("korvell: " + escapedControls(trouble));
+          context_.err.line("korvell: " + escapedControls(trouble.text));
       return bound->command->run(context_, values);
     }
     context_.out.write(app_.help());

@@ -9,6 +9,8 @@
 #include "Base/Text.h"
 #include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
+#include "Tool/DoctorReport.h"
+#include "Tool/SupportReport.h"
 #include "Tool/Table.h"
 #include "Tool/Wrap.h"
 
@@ -17,11 +19,6 @@
 namespace korvell {
 
 namespace {
-
-struct OwnCost {
-  double cycleMicroseconds = 0; ///< of CPU
-  std::uint64_t resident = 0;
-};
 
 /// Cycles in a row; the first one reads what is remembered later and does not count.
 OwnCost ownCost(Context& context) {
@@ -38,11 +35,6 @@ OwnCost ownCost(Context& context) {
   run(cycles);
   const auto after = context.host.diagnostics->ownUsage();
   return {(after.cpuSeconds - before.cpuSeconds) / cycles * 1e6, after.resident};
-}
-
-std::string timeText(double microseconds) {
-  return microseconds < 1000 ? fmt::format("{:.0f} µs", microseconds)
-                             : fmt::format("{:.1f} ms", microseconds / 1000);
 }
 
 Ink ink(SourceReport::State state) {
@@ -105,7 +97,7 @@ void printReasons(Terminal& out, const std::vector<SourceReport>& sources) {
 SourceReport settingsReport(const UserDefaults& defaults) {
   SourceReport report{.name = localized("Settings"), .source = defaults.place()};
   for (const auto& trouble : settingsTroubles(defaults))
-    report.reason += (report.reason.empty() ? "" : " ") + escapedControls(trouble);
+    report.reason += (report.reason.empty() ? "" : " ") + escapedControls(trouble.text);
   if (!defaults.trouble()) return report;
   report.state = SourceReport::State::refused;
   report.remedy = localized("Mend the file, or move it aside to begin with the defaults.");
@@ -114,7 +106,13 @@ SourceReport settingsReport(const UserDefaults& defaults) {
 
 int runDoctor(Context& context, const Arguments& arguments) {
   if (!context.host.diagnostics) return fail(context, localized("This build cannot examine its sources."));
+  const auto file = arguments.text("FILE");
+  const bool isReport = arguments.flag("--report");
+  if (file && !isReport) return fail(context, localized("A file is what --report writes."), exitUsage);
+  if (isReport && arguments.flag("--json"))
+    return fail(context, localized("--report and --json exclude each other."), exitUsage);
   auto sources = context.host.diagnostics->sources();
+  if (isReport) return writeSupportReport(context, sources, ownCost(context), file);
   sources.push_back(historySource(context));
   if (context.host.defaults) sources.push_back(settingsReport(*context.host.defaults));
   const auto cost = ownCost(context);
@@ -137,7 +135,13 @@ int runDoctor(Context& context, const Arguments& arguments) {
 Command doctorCommand() {
   return {"doctor",
           "Show what can be measured here, what can't and why, and at what cost",
-          {jsonOption()},
+          {{"--report", Option::Kind::flag,
+            "Write a report for a question instead, which names nothing of yours"},
+           {.name = "FILE",
+            .kind = Option::Kind::positional,
+            .help = "Where the report goes, \"-\" for the output; else a dated file in the downloads",
+            .isPath = true},
+           jsonOption()},
           runDoctor};
 }
 

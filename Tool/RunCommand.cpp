@@ -6,10 +6,10 @@
 #include "App/HandOver.h"
 #include "App/Keeper.h"
 #include "App/KeeperLock.h"
+#include "App/KeeperTroubles.h"
 #include "App/LastResort.h"
 #include "App/SettingsCheck.h"
 #include "Base/SystemQueue.h"
-#include "Base/Text.h"
 #include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
 #include "Tool/HeadlessLoop.h"
@@ -19,31 +19,17 @@ namespace korvell {
 
 namespace {
 
-/// Said when it changes, not every minute.
-void sayProblem(Context& context, const std::optional<HistoryProblem>& problem) {
-  context.err.line("korvell: " + (problem ? localized("Nothing is recorded: {reason}",
-                                                      {{"reason", escapedControls(problem->detail)}})
-                                          : localized("The history is recorded again.")));
-  context.err.flush();
-}
-
-void sayTrouble(Context& context, const std::string& trouble) {
-  context.err.line("korvell: " + escapedControls(trouble));
-  context.err.flush();
-}
-
 void say(Context& context, std::string_view text) {
   context.out.line(text);
   context.out.flush();
 }
 
 /// Listens, and tells where; a keeper that can't answer keeps all the same.
-void answerAt(Context& context, Keeper& keeper, const KeeperLock& lock) {
-  const auto usual = keeperSocketPath(context.host.folders), spare = spareSocketPath(context.host.folders);
+void answerAt(const UserFolders& folders, Keeper& keeper, const KeeperLock& lock, KeeperTroubles& troubles) {
+  const auto usual = keeperSocketPath(folders), spare = spareSocketPath(folders);
   for (const auto& socket : {usual, spare})
     if (keeper.listen(socket)) return lock.announce(socket);
-  context.err.line("korvell: " + localized("can't answer at {socket}; commands will measure by themselves",
-                                           {{"socket", usual}}));
+  troubles.tellUnreachable(usual);
 }
 
 /// For a scan that is under way to end; longer than a clean-up's tool gets.
@@ -51,25 +37,26 @@ constexpr Seconds timeToEnd{5};
 
 struct Kept {
   bool steppedBack = false; ///< for another keeper that asked, not because of a signal
-  std::optional<HistoryProblem> problem;
+  bool isLost = false;      ///< the last minutes could not be recorded
 };
 
 /// Keeps until a signal asks to end or another keeper takes over.
 Kept keep(Context& context, HeadlessLoop& loop, const KeeperLock& lock) {
   std::optional<LastResort> lastResort; // outlives what may hang when it ends
+  KeeperTroubles troubles(context.host.folders, context.clock, version, [&context](const std::string& text) {
+    context.err.line("korvell: " + text);
+    context.err.flush();
+  });
   Assembly assembly(context.host, context.clock);
   const FixedAttention unwatched(false);
-  const auto model = assembly.makeKeepingModel(
-      loop.main(), unwatched, [&context](const std::string& trouble) { sayTrouble(context, trouble); });
-  const auto problems = model->historyProblem.observe(
-      [&context](const std::optional<HistoryProblem>& problem) { sayProblem(context, problem); });
+  const auto model = assembly.makeKeepingModel(loop.main(), unwatched, troubles.teller());
+  troubles.follow(*model);
   const auto actions = assembly.makeActions(
       loop.main(), [&model]() -> AppModel& { return *model; }, assembly.lateStorageScanner(loop.main()));
   Keeper keeper(loop.main(), *model, *actions);
-  const SettingsWatch settings(loop.main(), *context.host.defaults,
-                               [&context](const std::string& trouble) { sayTrouble(context, trouble); });
+  const SettingsWatch settings(loop.main(), *context.host.defaults, troubles.teller());
   const MetricsFile metrics(loop.main(), *model, *context.host.defaults, systemQueueFactory(), version,
-                            [&context](const std::string& trouble) { sayTrouble(context, trouble); });
+                            troubles.teller());
   Kept kept;
   constexpr Seconds timeToAnswer{0.1};
   const auto stepBack = loop.main().timer([&] {
@@ -80,11 +67,13 @@ Kept keep(Context& context, HeadlessLoop& loop, const KeeperLock& lock) {
     answer(Value::object({{"ok", true}}));
     stepBack->schedule(timeToAnswer, Seconds{0}, Seconds{0});
   });
-  answerAt(context, keeper, lock);
+  answerAt(context.host.folders, keeper, lock, troubles);
   say(context, localized("Korvell is measuring and recording. An interrupt (Ctrl-C) ends it."));
   loop.run();
-  kept.problem = model->finish();
-  lastResort.emplace(timeToEnd, kept.problem ? exitFailed : exitOK);
+  const auto problem = model->finish();
+  kept.isLost = problem.has_value();
+  if (problem) troubles.tellLost(*problem);
+  lastResort.emplace(timeToEnd, kept.isLost ? exitFailed : exitOK);
   return kept;
 }
 
@@ -115,10 +104,7 @@ int runKeeper(Context& context, const Arguments& arguments) {
   HeadlessLoop loop;
   for (;;) {
     const auto kept = keep(context, loop, **lock);
-    if (kept.problem)
-      fail(context, localized("The last minutes could not be recorded: {reason}",
-                              {{"reason", escapedControls(kept.problem->detail)}}));
-    if (!kept.steppedBack) return kept.problem ? exitFailed : exitOK;
+    if (!kept.steppedBack) return kept.isLost ? exitFailed : exitOK;
     say(context, localized("Another Korvell keeps now. This one waits and comes back when that one ends."));
     lock.reset();
     for (std::string said; !lock;) {

@@ -15,8 +15,8 @@ namespace {
 
 constexpr std::size_t largest = 4 << 20;
 
-void tellTo(const AlertLog::Tell& tell, const std::string& sentence) {
-  if (tell) tell(sentence);
+void tellTo(const AlertLog::Tell& tell, const Trouble& trouble) {
+  if (tell) tell(trouble);
 }
 
 } // namespace
@@ -32,9 +32,10 @@ struct AlertLog::Writer {
     const bool written = replaceFile(path, bytes);
     unwritten = written ? std::string() : std::move(bytes);
     if (written == !failedBefore) return;
-    tellTo(tell, written ? localized("The alerts are kept again.")
-                         : localized("The alerts are not kept: {reason}",
-                                     {{"reason", sentence(faultOf(path, 0), path)}}));
+    if (written) return tellTo(tell, troubleOf("The alerts are kept again.", {}));
+    const auto fault = faultOf(path, 0);
+    tellTo(tell, troubleOf("The alerts are not kept: {reason}", {{"reason", sentence(fault, path)}},
+                           rawValue(fault)));
   }
 };
 
@@ -54,14 +55,14 @@ std::vector<HealthAlert> AlertLog::load() {
   auto document = text ? parseJSON(*text) : std::nullopt;
   const auto* list = document ? document->find("alerts") : nullptr;
   if (error == EFBIG) {
-    putAside(localized("{path} is too large for a list of alerts.", {{"path", path_}}));
+    putAside(troubleOf("{path} is too large for a list of alerts.", {{"path", path_}}));
   } else if (!text && error != ENOENT) {
     isLeftAlone_ = true;
     tellTo(tell_,
-           localized("{path} can't be read ({reason}). It is left as it is, and new alerts are not kept.",
-                     {{"path", path_}, {"reason", std::strerror(error)}}));
+           troubleOf("{path} can't be read ({reason}). It is left as it is, and new alerts are not kept.",
+                     {{"path", path_}, {"reason", std::strerror(error)}}, std::strerror(error)));
   } else if (text && !(list && list->asArray())) {
-    putAside(sentence(DatabaseFault::damaged, path_));
+    putAside(troubleOf(DatabaseFault::damaged, path_));
   }
   if (!list || !list->asArray()) return {};
 
@@ -84,13 +85,15 @@ std::vector<HealthAlert> AlertLog::load() {
   return alerts;
 }
 
-void AlertLog::putAside(std::string_view trouble) {
+void AlertLog::putAside(const Trouble& trouble) {
   const auto place = moveAside(path_, clock_.now());
   isLeftAlone_ = !place;
-  tellTo(tell_, std::string(trouble) + " " +
-                    (place ? localized("It was put aside as {place}; the list of alerts begins anew.",
-                                       {{"place", *place}})
-                           : localized("It can't be put aside, so it stays and new alerts are not kept.")));
+  tellTo(tell_,
+         joined(trouble, place ? troubleOf("It was put aside as {place}; the list of alerts begins anew.",
+                                           {{"place", *place}})
+                               : troubleOf("It can't be put aside, so it stays and new alerts are not "
+                                           "kept.",
+                                           {})));
 }
 
 void AlertLog::keep(const std::vector<HealthAlert>& alerts) {

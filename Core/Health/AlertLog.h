@@ -9,6 +9,7 @@
 // What can't be written now is written with the next alert, or at the end.
 
 #include "Base/Queue.h"
+#include "Base/Trouble.h"
 #include "Core/Health/HealthAlert.h"
 
 #include <cstddef>
@@ -21,8 +22,8 @@ namespace korvell {
 
 class AlertLog {
 public:
-  /// Takes a sentence, localised, with the file's path in it as it is; on any thread.
-  using Tell = std::function<void(const std::string&)>;
+  /// Takes a sentence with the file's path in it as it is; on any thread.
+  using Tell = std::function<void(const Trouble&)>;
   static constexpr std::size_t mostEntries = 100; ///< with those of a later version
 
   /// `tell` hears what went wrong with the file, each trouble once until it has passed.
@@ -44,7 +45,7 @@ private:
     std::optional<HealthAlert> alert; ///< nothing when it is not understood
   };
   struct Writer;
-  void putAside(std::string_view trouble);
+  void putAside(const Trouble& trouble);
 
   const Clock& clock_;
   const std::string path_;

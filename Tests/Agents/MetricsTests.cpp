@@ -134,7 +134,7 @@ TEST(MetricsTests, whatIsNotKnownIsNotTold) {
 struct MetricsFileTests : AppFixture {
   std::vector<std::string> told;
   MetricsFile file{*main,          *model, defaults,
-                   time.factory(), "1.0",  [this](const std::string& sentence) { told.push_back(sentence); }};
+                   time.factory(), "1.0",  [this](const Trouble& trouble) { told.push_back(trouble.text); }};
 };
 
 TEST_F(MetricsFileTests, isKeptUpToDateWhileTheSettingNamesIt) {

@@ -13,6 +13,12 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
+std::vector<std::string> texts(const std::vector<Trouble>& troubles) {
+  std::vector<std::string> texts;
+  for (const auto& trouble : troubles) texts.push_back(trouble.text);
+  return texts;
+}
+
 TEST(SettingsCheckTests, valuesOfTheWrongKindAreNamedAndGoodOnesAreNot) {
   FakeUserDefaults defaults;
   for (const auto& [key, value] : {std::pair<const char*, Value>("menuBarStyle", "score"),
@@ -39,7 +45,7 @@ TEST(SettingsCheckTests, valuesOfTheWrongKindAreNamedAndGoodOnesAreNot) {
   defaults.set("storage.freedLog", Value(Value::Array{1}));
   defaults.fault = "No file.";
   EXPECT_THAT(
-      settingsTroubles(defaults),
+      texts(settingsTroubles(defaults)),
       ElementsAre(
           "No file.", HasSubstr("one of icon, score, cpuAndMemory and graphs, but \"tiny\" is"),
           HasSubstr("one of system, light and dark, but \"blue\" is"),
@@ -58,7 +64,7 @@ TEST(SettingsCheckTests, theWatchTellsWhatIsNewAndOnce) {
   FakeUserDefaults defaults;
   defaults.set("alert.disk", 1);
   std::vector<std::string> told;
-  const SettingsWatch watch(*queue, defaults, [&](const std::string& trouble) { told.push_back(trouble); });
+  const SettingsWatch watch(*queue, defaults, [&](const Trouble& trouble) { told.push_back(trouble.text); });
   time.advance(Seconds{100});
   EXPECT_THAT(told, IsEmpty()) << "it was so before";
   defaults.fault = "Line 3.";

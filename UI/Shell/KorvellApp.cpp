@@ -76,7 +76,8 @@ bool KorvellApp::WindowsAttention::isWatched() const {
 KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched, QueueCore::Run runTask)
     : host_(host), launched_(std::move(launched)), loop_(std::move(runTask)),
       store_(*host.defaults, loop_.main(), systemQueueFactory()), wishes_(DesktopLook::fromPalette()),
-      assembly_(host, clock), model_(assembly_.makeKeepingModel(loop_.main(), attention_, complain)),
+      assembly_(host, clock), troubles_(host.folders, clock, KORVELL_VERSION, complain),
+      model_(assembly_.makeKeepingModel(loop_.main(), attention_, troubles_.teller())),
       storage_(assembly_.lateStorageScanner(loop_.main())),
       actions_(assembly_.makeActions(
           loop_.main(), [this]() -> AppModel& { return *model_; }, storage_)),
@@ -106,7 +107,9 @@ KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched, QueueCor
   wear(wishes_);
   look_.emplace([this](const DesktopWishes& wishes) { wear(wishes); });
   trayWatch_.emplace([this](TrayWatch::State state) { trayFound(state); });
-  metrics_.emplace(loop_.main(), *model_, *host.defaults, systemQueueFactory(), KORVELL_VERSION, complain);
+  metrics_.emplace(loop_.main(), *model_, *host.defaults, systemQueueFactory(), KORVELL_VERSION,
+                   troubles_.teller());
+  troubles_.follow(*model_);
   listen();
   host.notifications->setOpenHandler([&main = loop_.main(), this](const std::string&) {
     main.async([this] { show(SidebarItem::alerts); });
@@ -121,8 +124,7 @@ void KorvellApp::listen() {
   });
   for (const auto& socket : {keeperSocketPath(host_.folders), spareSocketPath(host_.folders)})
     if (keeper_.listen(socket)) return launched_.lock->announce(socket);
-  complain(localized("can't answer at {socket}; commands will measure by themselves",
-                     {{"socket", keeperSocketPath(host_.folders)}}));
+  troubles_.tellUnreachable(keeperSocketPath(host_.folders));
 }
 
 /// While what they show is still there.
@@ -142,8 +144,7 @@ int KorvellApp::run(const OpenRequest& request) {
   const int status = loop_.run();
   closeWindows();
   const auto problem = model_->finish();
-  if (problem)
-    complain(localized("The last minutes could not be recorded: {reason}", {{"reason", problem->detail}}));
+  if (problem) troubles_.tellLost(*problem);
   const LastResort lastResort(timeToEnd, problem ? EXIT_FAILURE : status);
   metrics_.reset();
   model_.reset();

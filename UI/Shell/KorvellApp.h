@@ -6,6 +6,7 @@
 #include "App/AppDelegate.h"
 #include "App/Assembly.h"
 #include "App/Keeper.h"
+#include "App/KeeperTroubles.h"
 #include "App/ModelActions.h"
 #include "App/RunningApplication.h"
 #include "App/SettingsStore.h"
@@ -81,6 +82,7 @@ private:
   DesktopWishes wishes_;
   WindowsAttention attention_;
   Assembly assembly_;
+  KeeperTroubles troubles_;
   std::unique_ptr<AppModel> model_;
   LiveDirections directions_{*model_};
   std::function<StorageScanner&()> storage_; ///< made by the first call

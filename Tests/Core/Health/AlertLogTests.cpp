@@ -69,7 +69,7 @@ TEST(AlertLogTests, whatGoesWrongIsSaidOnceAndNothingIsReplacedUnread) {
   std::vector<std::string> said;
   const auto log = [&] {
     return AlertLog(time.factory(), time.clock(), folder.path().string(),
-                    [&](const std::string& sentence) { said.push_back(sentence); });
+                    [&](const Trouble& trouble) { said.push_back(trouble.text); });
   };
   folder.write("alerts.json", std::string((4 << 20) + 1, ' '));
   EXPECT_TRUE(log().load().empty());
