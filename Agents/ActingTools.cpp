@@ -126,7 +126,7 @@ struct Act : std::enable_shared_from_this<Act> {
   void ask(const DescribedAction& described) {
     const auto& asked = described.description;
     if (asked.isHarmless) return done(refused(asked.message)); // there is nothing to do
-    const Question question{asked.title, asked.message, asked.details, asked.button};
+    const AgentQuestion question{asked.title, asked.message, asked.details, asked.button, described.request};
     const auto exact = described.request;
     call->ask(question, handle + dumpJSON(toValue(exact)),
               [self = shared_from_this(), exact](Consent consent) { self->answered(consent, exact); });

@@ -22,11 +22,12 @@ AgentServer::AgentServer(Services services)
                                                                      services_.main, services_.makeQueue,
                                                                      services_.patience},
                                               [this]() -> Queue& { return queue(false); })),
+      application_({services_.main, services_.makeQueue, services_.host.folders, services_.patience}),
       desktop_(services_.main, *services_.host.notifications),
       server_(std::make_unique<MCPServer>(
           MCPServer::Services{services_.main, handles_.seal(), services_.version, services_.send,
-                              [this](const Question& question, std::function<void(Consent)> answered) {
-                                return desktop_.ask(question, std::move(answered));
+                              [this](const AgentQuestion& question, std::function<void(Consent)> answered) {
+                                return askDesktop(question, std::move(answered));
                               }},
           tools())) {}
 
@@ -70,6 +71,18 @@ Tool AgentServer::readingTool(ReadingTool tool) {
           .input = std::move(tool.input),
           .output = std::move(tool.output),
           .run = std::move(run)};
+}
+
+std::shared_ptr<void> AgentServer::askDesktop(const AgentQuestion& question,
+                                              std::function<void(Consent)> answered) {
+  if (!question.request) return desktop_.ask(question, std::move(answered));
+  const auto way = std::make_shared<std::shared_ptr<void>>();
+  *way = application_.ask(*question.request, [this, watch = std::weak_ptr(way), question,
+                                              answered = std::move(answered)](Consent consent) {
+    if (consent != Consent::impossible) return answered(consent);
+    if (const auto still = watch.lock()) *still = desktop_.ask(question, answered);
+  });
+  return way;
 }
 
 void AgentServer::finish(Task idle) {

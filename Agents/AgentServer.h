@@ -4,6 +4,7 @@
 
 #include "Agents/AgentActions.h"
 #include "Agents/DesktopConsent.h"
+#include "Agents/KeeperConsent.h"
 #include "Agents/MCPServer.h"
 #include "Agents/ReadingTools.h"
 
@@ -39,12 +40,15 @@ private:
   std::vector<Tool> tools();
   Tool readingTool(ReadingTool tool);
   Queue& queue(bool isSlow);
+  /// Whoever sits at the desktop: the running application asks, or else a notification.
+  std::shared_ptr<void> askDesktop(const AgentQuestion& question, std::function<void(Consent)> answered);
 
   Services services_;
   Handles handles_;
   Readings readings_, slowReadings_;    ///< of one queue each
   std::unique_ptr<Queue> slow_, tools_; ///< null until the first call
   std::unique_ptr<AgentActions> actions_;
+  KeeperConsent application_;
   DesktopConsent desktop_;
   std::unique_ptr<MCPServer> server_;
   std::unique_ptr<Timer> timer_;

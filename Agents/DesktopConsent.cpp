@@ -60,7 +60,8 @@ Consent consentOf(NotificationAnswer answer) {
 
 } // namespace
 
-std::shared_ptr<void> DesktopConsent::ask(const Question& question, std::function<void(Consent)> answered) {
+std::shared_ptr<void> DesktopConsent::ask(const AgentQuestion& question,
+                                          std::function<void(Consent)> answered) {
   const auto open = std::make_shared<Open>(notifications_, "agent-" + randomLabel(), std::move(answered));
   const auto settle = [watch = std::weak_ptr(open)](Consent consent) {
     return [watch, consent] {

@@ -19,7 +19,7 @@ public:
   DesktopConsent& operator=(const DesktopConsent&) = delete;
 
   /// `answered` is called once, later, as long as what is handed back is kept: then the notification goes.
-  std::shared_ptr<void> ask(const Question& question, std::function<void(Consent)> answered);
+  std::shared_ptr<void> ask(const AgentQuestion& question, std::function<void(Consent)> answered);
 
 private:
   struct Open;

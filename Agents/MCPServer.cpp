@@ -58,7 +58,7 @@ Consent consentOf(const Value* result) {
                                 : Consent::unanswered;
 }
 
-Value elicitation(const Question& question) {
+Value elicitation(const AgentQuestion& question) {
   auto form = Value::object({{"type", "object"}, {"properties", Value::object()}});
   return Value::object({{"message", questionText(question)}, {"requestedSchema", std::move(form)}});
 }
@@ -72,7 +72,7 @@ std::string canonical(const Value& arguments) {
 
 } // namespace
 
-std::string questionText(const Question& question) {
+std::string questionText(const AgentQuestion& question) {
   auto text = cleanedText(question.title) + "\n\n" + cleanedText(question.message);
   for (std::size_t i = 0; i < std::min(question.details.size(), mostDetails); ++i)
     text += (i == 0 ? "\n\n• " : "\n• ") + cleanedText(question.details[i]);
@@ -107,7 +107,7 @@ public:
   std::string key() const { return dumpJSON(id_); }
   bool isAsking() const { return isAsking_; }
 
-  void ask(const Question& question, const std::string& about,
+  void ask(const AgentQuestion& question, const std::string& about,
            std::function<void(Consent)> answered) override {
     auto* server = watch_.get();
     if (!server || isOver_) return;
@@ -156,7 +156,7 @@ private:
     reply_(std::move(message));
   }
 
-  void askElsewhere(MCPServer& server, const Question& question, std::function<void(Consent)> answered) {
+  void askElsewhere(MCPServer& server, const AgentQuestion& question, std::function<void(Consent)> answered) {
     const auto& ask = server.services_.askDesktop;
     const auto heard = [self = shared_from_this(), answered](Consent consent) {
       if (!self->isOver_) self->hear(consent, answered);
@@ -172,7 +172,7 @@ private:
   }
 
   /// The question as an answer; the client makes the call again.
-  void askAgain(MCPServer& server, const Question& question, const std::string& about) {
+  void askAgain(MCPServer& server, const AgentQuestion& question, const std::string& about) {
     const auto until = std::int64_t((server.services_.main.clock().monotonic() + patience).count());
     auto request = Value::object({{"method", "elicitation/create"}, {"params", elicitation(question)}});
     auto result = server.complete(
@@ -413,7 +413,7 @@ void MCPServer::end(const std::string& id) {
 
 // Asking the person
 
-void MCPServer::askClient(const std::shared_ptr<Call>& call, const Question& question,
+void MCPServer::askClient(const std::shared_ptr<Call>& call, const AgentQuestion& question,
                           std::function<void(Consent)> answered) {
   const Value id("korvell-" + std::to_string(++questions_));
   const auto key = dumpJSON(id);

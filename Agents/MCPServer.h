@@ -23,7 +23,7 @@
 namespace korvell {
 
 /// What a person reads; each part on lines of its own, so that no name can look like another part.
-std::string questionText(const Question& question);
+std::string questionText(const AgentQuestion& question);
 
 class MCPServer {
 public:
@@ -41,7 +41,7 @@ public:
     std::function<void(std::string line)> send;
     /// Asks at the desktop, for a client that can't; null where that can't be done. The question stands for
     /// as long as what is handed back.
-    std::function<std::shared_ptr<void>(const Question&, std::function<void(Consent)>)> askDesktop = {};
+    std::function<std::shared_ptr<void>(const AgentQuestion&, std::function<void(Consent)>)> askDesktop = {};
   };
 
   MCPServer(Services services, std::vector<Tool> tools);
@@ -73,7 +73,7 @@ private:
   Value listed(const Speaker& speaker) const;
   void call(const RPCRequest& request, const Speaker& speaker, const Reply& reply);
   void end(const std::string& id);
-  void askClient(const std::shared_ptr<Call>& call, const Question& question,
+  void askClient(const std::shared_ptr<Call>& call, const AgentQuestion& question,
                  std::function<void(Consent)> answered);
   void settle(const std::string& id, Consent consent);
   Value complete(const Speaker& speaker, Value result) const;

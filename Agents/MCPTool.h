@@ -2,11 +2,14 @@
 // A tool that programs may call: described as data, run on the main queue. What it answers is an object that
 // fits its output schema; the server cleans every text in it.
 
+#include "App/ActionRequest.h"
+#include "App/Consent.h"
 #include "Base/Cancellation.h"
 #include "Base/Value.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,18 +24,12 @@ struct ToolAnswer {
 };
 
 /// What a person is asked before something is done.
-struct Question {
+struct AgentQuestion {
   std::string title;
   std::string message;
   std::vector<std::string> details; ///< what it touches, one each
   std::string button;
-};
-
-enum class Consent {
-  given,
-  declined,
-  unanswered, ///< nobody answered in time, or who was asked has gone
-  impossible, ///< there is no way to ask anybody
+  std::optional<ActionRequest> request = {}; ///< exact: what it is about, for who asks in words of its own
 };
 
 /// One call, from its request to its answer. Main queue only.
@@ -45,7 +42,7 @@ public:
   /// Asks the person who uses the calling program, or else whoever sits at the desktop. `about` is what the
   /// answer shall hold for: an answer to anything else is none. `answered` may never be called: a client of
   /// the stateless revisions makes the call again, with the answer, and the tool begins anew.
-  virtual void ask(const Question& question, const std::string& about,
+  virtual void ask(const AgentQuestion& question, const std::string& about,
                    std::function<void(Consent)> answered) = 0;
 };
 

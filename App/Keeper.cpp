@@ -48,6 +48,7 @@ bool Keeper::listen(const std::string& socketPath) {
 
 void Keeper::receive(const Value& request, const LineServer::Peer& peer) {
   if (isAsking(request, "subscription")) return subscribe(request, peer);
+  if (isAsking(request, "consent") && askPerson_) return consult(request, peer);
   handle(request, [peer](const Value& answer) { peer.answer(dumpJSON(answer)); });
 }
 
@@ -75,6 +76,21 @@ void Keeper::subscribe(const Value& request, const LineServer::Peer& peer) {
   peer.subscribe(dumpJSON(accepted(subscriber.parts.state(model_))));
   subscribers_.push_back(std::move(subscriber));
   countOnlookers();
+}
+
+void Keeper::consult(const Value& request, const LineServer::Peer& peer) {
+  const auto number = ++lastQuestion_;
+  // Later: it may be the question itself that ends with this.
+  const auto end = [&main = main_, watch = life_.watch(), number] {
+    main.async([watch, number] {
+      if (auto* keeper = watch.get()) keeper->questions_.erase(number);
+    });
+  };
+  questions_[number] = askPerson_(request, [peer, end](const Value& answer) {
+    peer.answer(dumpJSON(answer));
+    end();
+  });
+  peer.whenGone(end);
 }
 
 void Keeper::pushCycle() {

@@ -7,6 +7,8 @@
 //                                          the same, and from then on what each cycle changed, a line a
 //                                          cycle; the fast pace while somebody watches
 //   {"ask":"actions"}                      the names of the actions
+//   {"ask":"consent","of":{"do":"NAME", …}}
+//                                          a person at the screen, where there is one; see ConsentDesk.h
 //   {"describe":"NAME", …}                 what an action would do; see KeeperActions.h
 //   {"do":"NAME", …}                       does it
 //
@@ -43,7 +45,12 @@ public:
   bool listen(const std::string& socketPath);
   /// Teaches the keeper an action of its process for {"do":"NAME", …}, beside the actions of all.
   void addAction(std::string name, Action action) { own_[std::move(name)] = std::move(action); }
-  /// Answers a request as if it had come through the socket; subscriptions need the socket.
+  /// Puts a request to a person; the question goes with what it hands back.
+  using AskPerson = std::function<std::shared_ptr<void>(const Value& request, Answer answer)>;
+  /// Where somebody can be asked at the screen of this process. A question goes when who asked has gone.
+  void setAskPerson(AskPerson ask) { askPerson_ = std::move(ask); }
+  /// Answers a request as if it had come through the socket; subscriptions and questions need the
+  /// socket.
   void handle(const Value& request, Answer answer);
 
 private:
@@ -55,6 +62,7 @@ private:
   };
   void receive(const Value& request, const LineServer::Peer& peer);
   void subscribe(const Value& request, const LineServer::Peer& peer);
+  void consult(const Value& request, const LineServer::Peer& peer);
   void pushCycle();
   void countOnlookers();
   Value names() const;
@@ -63,6 +71,9 @@ private:
   AppModel& model_;
   Actions& actions_;
   std::map<std::string, Action, std::less<>> own_;
+  AskPerson askPerson_; ///< null where nobody can be asked
+  std::map<std::int64_t, std::shared_ptr<void>> questions_;
+  std::int64_t lastQuestion_ = 0;
   std::vector<Subscriber> subscribers_;
   Subscription cycles_;
   Lifeline<Keeper> life_{*this};

@@ -90,6 +90,13 @@ public:
     }
     wake_.wake();
   }
+  void whenGone(std::uint64_t client, std::function<void()> told) {
+    {
+      std::lock_guard lock(mutex_);
+      watches_.push_back({client, std::move(told)});
+    }
+    wake_.wake();
+  }
   Pushed push(std::uint64_t client, std::string text) {
     {
       std::lock_guard lock(mutex_);
@@ -111,6 +118,7 @@ private:
     std::string out{};       ///< to be sent
     bool isAnswered = false; ///< its answer is being made: nothing is expected of it
     bool isSubscribed = false;
+    std::function<void()> gone{}; ///< told when it has disconnected
     bool isExpected() const { return !out.empty() || !(isAnswered || isSubscribed); }
   };
   struct Line {
@@ -118,8 +126,13 @@ private:
     std::string text;
     bool subscribes;
   };
+  struct Watch {
+    std::uint64_t client;
+    std::function<void()> told;
+  };
 
   bool takeLines(); ///< false when it is time to stop
+  void takeWatches();
   void forget(const Client& client);
   void accept();
   bool serve(Client& client, short events); ///< false when the client is to be disconnected
@@ -143,11 +156,13 @@ private:
   // Guarded by mutex_.
   bool stopping_ = false;
   std::vector<Line> lines_;
+  std::vector<Watch> watches_;
   std::map<std::uint64_t, bool> subscribers_; ///< whether a line is on its way to them
 };
 
 void LineServer::Loop::run() {
   while (takeLines()) {
+    takeWatches();
     auto polled = interests();
     if (poll(polled.data(), nfds_t(polled.size()), waitMilliseconds()) < 0 && errno != EINTR) return;
     wake_.drain();
@@ -179,9 +194,27 @@ bool LineServer::Loop::takeLines() {
   return !stopping_;
 }
 
+void LineServer::Loop::takeWatches() {
+  std::vector<Watch> watches;
+  {
+    std::lock_guard lock(mutex_);
+    watches.swap(watches_);
+  }
+  for (auto& watch : watches) {
+    const auto client = std::ranges::find(clients_, watch.client, &Client::number);
+    if (client == clients_.end())
+      watch.told();
+    else
+      client->gone = std::move(watch.told);
+  }
+}
+
 void LineServer::Loop::forget(const Client& client) {
-  std::lock_guard lock(mutex_);
-  subscribers_.erase(client.number);
+  {
+    std::lock_guard lock(mutex_);
+    subscribers_.erase(client.number);
+  }
+  if (client.gone) client.gone();
 }
 
 std::vector<pollfd> LineServer::Loop::interests() const {
@@ -273,6 +306,10 @@ void LineServer::Peer::subscribe(std::string line) const {
 LineServer::Pushed LineServer::Peer::push(std::string line) const {
   const auto loop = loop_.lock();
   return loop ? loop->push(client_, std::move(line)) : Pushed::gone;
+}
+
+void LineServer::Peer::whenGone(std::function<void()> told) const {
+  if (const auto loop = loop_.lock()) loop->whenGone(client_, std::move(told));
 }
 
 std::unique_ptr<LineServer> LineServer::listen(const std::string& path, Handler handler, Limits limits,

@@ -41,6 +41,9 @@ public:
     /// The answer to a subscribing request.
     void subscribe(std::string line) const;
     Pushed push(std::string line) const;
+    /// `told` once, on the server's thread, when the client has disconnected, also if it has already; never
+    /// when the server ends. In place of what was to be told before.
+    void whenGone(std::function<void()> told) const;
 
   private:
     friend class Loop;

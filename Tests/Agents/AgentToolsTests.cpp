@@ -1,5 +1,6 @@
 #include "Agents/AgentServer.h"
 #include "App/ActionTexts.h"
+#include "App/Keeper.h"
 #include "Core/AIUsage/UsageSummary.h"
 #include "Tests/Agents/ServerFixture.h"
 #include "Tests/App/PlayedKeeper.h"
@@ -116,6 +117,11 @@ struct AgentToolsTests : ServerFixture {
                           {"aiUsage", summaryValue(usage, *host.zone)}});
   }
   void playKeeper() {
+    playKeeper([this](const Value& request) {
+      return at(request, "ask") == "\"consent\"" ? refusal(unknownRequest) : state();
+    });
+  }
+  void playKeeper(PlayedKeeper::Answer answer) {
     keeper.actions.describing = [this](const ActionRequest& request) -> Result<DescribedAction> {
       if (const auto* quit = std::get_if<QuitRequest>(&request))
         return DescribedAction{request, describeQuit(*quit, tick.snapshot.apps)};
@@ -126,7 +132,7 @@ struct AgentToolsTests : ServerFixture {
     keeper.actions.performing = [](const ActionRequest&) -> ActionAnswer {
       return {.worked = true, .message = "It was told to end.", .json = Value::object({{"sent", 1}})};
     };
-    keeper.play(host.folders, [this](const Value&) { return state(); });
+    keeper.play(host.folders, std::move(answer));
   }
 
   Value talk(const std::string& line) {
@@ -287,6 +293,37 @@ TEST_F(AgentToolsTests, aClientThatCannotAskLeavesItToTheDesktop) {
   EXPECT_THAT(notifications.withdrawn, SizeIs(2)) << "a question that nobody waits for stands no longer";
   EXPECT_EQ(answer(NotificationAnswer::yes), "");
   EXPECT_THAT(keeper.orders, SizeIs(1));
+}
+
+TEST_F(AgentToolsTests, theRunningApplicationAsksBeforeANotificationDoes) {
+  std::string said = R"({"ok":true,"consent":"declined"})";
+  std::vector<std::string> questions;
+  playKeeper([&](const Value& request) {
+    if (at(request, "ask") != "\"consent\"") return state();
+    questions.push_back(at(request, "of"));
+    return *parseJSON(said);
+  });
+  notifications.canAsk = true;
+  const auto outcome = [this] {
+    const auto told = talk(call("5", "quit_app", R"({"handle":")" + handle() + "\"}", claim()));
+    return at(told, "result/structuredContent/outcome");
+  };
+  EXPECT_EQ(outcome(), "\"declined\"");
+  EXPECT_THAT(keeper.orders, IsEmpty());
+  for (const auto* none : {R"({"ok":true})", R"({"ok":false,"error":"busy","consent":"given"})",
+                           R"({"ok":true,"consent":true})", R"({"ok":true,"consent":"unanswered"})"}) {
+    said = none;
+    EXPECT_EQ(outcome(), "\"unanswered\"") << none;
+  }
+  EXPECT_THAT(keeper.orders, IsEmpty());
+  said = R"({"ok":true,"consent":"given"})";
+  EXPECT_EQ(outcome(), "\"done\"");
+  ASSERT_THAT(keeper.orders, SizeIs(1));
+  EXPECT_EQ(questions.back(), keeper.orders.back()) << "what is done is what was asked about";
+  EXPECT_THAT(notifications.titles(), IsEmpty());
+  said = dumpJSON(refusal(unknownRequest)); // one that runs without a screen
+  EXPECT_EQ(outcome(), "");
+  EXPECT_THAT(notifications.titles(), SizeIs(1));
 }
 
 TEST_F(AgentToolsTests, theHistoryTellsWhoItWas) {

@@ -244,7 +244,7 @@ TEST_F(MCPServerTests, whoCannotAskLeavesItToTheDesktop) {
   shakeHands("2025-11-25", R"({"elicitation":{"url":{}}})");
   EXPECT_EQ(at(answer(call("1", "act")), "result/structuredContent/consent"), "3");
   std::function<void(Consent)> answered;
-  desktop = [&](const Question&, std::function<void(Consent)> told) {
+  desktop = [&](const AgentQuestion&, std::function<void(Consent)> told) {
     answered = std::move(told);
     return std::make_shared<int>();
   };

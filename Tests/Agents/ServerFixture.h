@@ -15,14 +15,14 @@ struct ServerFixture : testing::Test {
   std::unique_ptr<Queue> main = time.makeMainQueue();
   Handles handles{time.clock()};
   std::vector<std::string> sent; ///< since the last say()
-  std::function<std::shared_ptr<void>(const Question&, std::function<void(Consent)>)> desktop;
+  std::function<std::shared_ptr<void>(const AgentQuestion&, std::function<void(Consent)>)> desktop;
   std::unique_ptr<MCPServer> server;
 
   void start(std::vector<Tool> tools) {
     server = std::make_unique<MCPServer>(
         MCPServer::Services{*main, handles.seal(), "1.2.3",
                             [this](std::string line) { sent.push_back(line); },
-                            [this](const Question& question, std::function<void(Consent)> answered) {
+                            [this](const AgentQuestion& question, std::function<void(Consent)> answered) {
                               return desktop ? desktop(question, std::move(answered)) : nullptr;
                             }},
         std::move(tools));

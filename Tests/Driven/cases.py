@@ -148,16 +148,26 @@ def ranges(app):
 
 
 @contextlib.contextmanager
-def victim(app, script):
-    """A process that is nobody's child, so that it is an application of its own, and its row in the list."""
-    program = app.desktop.home + "/kvictim"
-    with open("/bin/sh", "rb") as shell, open(program, "wb") as copy:
-        copy.write(shell.read())
-    os.chmod(program, 0o700)
-    start = subprocess.run(["sh", "-c", f"setsid {program} -c '{script}' >&- 2>&- & echo $!"], capture_output=True,
+def victim(app, script="while :; do :; done"):
+    """The id of a process that is an application of its own: nobody's child."""
+    path = app.desktop.home + "/kvictim"
+    if not os.path.exists(path):
+        shutil.copyfile("/bin/sh", path)
+        os.chmod(path, 0o700)
+    start = subprocess.run(["sh", "-c", f"setsid {path} -c '{script}' >&- 2>&- & echo $!"], capture_output=True,
                            env=app.desktop.environment)
     pid = int(start.stdout)
     try:
+        yield pid
+    finally:
+        if os.path.exists(f"/proc/{pid}"):
+            os.kill(pid, signal.SIGKILL)
+
+
+@contextlib.contextmanager
+def doomed(app, script="while :; do :; done"):
+    """Its row in the list of applications; what is done with it ends it."""
+    with victim(app, script) as pid:
         open_section("CPU")
         screen.press("ctrl+f")
         subprocess.run(["xdotool", "type", "kvictim"], check=True)
@@ -166,13 +176,10 @@ def victim(app, script):
         yield row
         wait_for("the process's end", lambda: not os.path.exists(f"/proc/{pid}"))
         screen.press("ctrl+f", "ctrl+a", "BackSpace", "Escape")
-    finally:
-        if os.path.exists(f"/proc/{pid}"):
-            os.kill(pid, signal.SIGKILL)
 
 
 def quitting_a_process(app):
-    with victim(app, "while :; do :; done"):
+    with doomed(app):
         asked = app.tool_asks("quit", "kvictim")
         screen.press("Delete")
         same_words(confirm("Quit"), "Quit kvictim?", asked)
@@ -180,12 +187,77 @@ def quitting_a_process(app):
 
 def forcing_a_process(app):
     """One that does not listen."""
-    with victim(app, 'trap "" TERM; while :; do :; done') as row:
+    with doomed(app, 'trap "" TERM; while :; do :; done') as row:
         asked = app.tool_asks("quit", "kvictim", "--force")
         screen.click(row, button=3)
         time.sleep(0.5)
         screen.press("Down", "Down", "Return")  # the toolkit lists no menu among the windows
         same_words(confirm("Force Quit"), "Force", asked)
+
+
+class Agent:
+    """An agent's program that cannot ask its person."""
+
+    def __init__(self, app):
+        self.process = subprocess.Popen([app.programs + "/korvell", "mcp"], env=app.desktop.environment, text=True,
+                                        stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        self.last = 0
+        self.say("initialize", {"protocolVersion": "2025-11-25", "capabilities": {}})
+        self.hear()
+
+    def say(self, method, parameters):
+        self.last += 1
+        self.process.stdin.write(json.dumps({"jsonrpc": "2.0", "id": self.last, "method": method,
+                                             "params": parameters}) + "\n")
+        self.process.stdin.flush()
+
+    def hear(self):
+        return json.loads(self.process.stdout.readline())["result"]
+
+    def call(self, tool, **arguments):
+        self.say("tools/call", {"name": tool, "arguments": arguments})
+
+    def wants_to_quit(self, name):
+        def handle():
+            self.call("processes", by="cpu", limit=20)
+            apps = self.hear()["structuredContent"]["apps"]
+            return next((each["handle"] for each in apps if each["name"] == name and "handle" in each), None)
+        self.call("quit_app", handle=wait_for(f"a handle of {name}", handle, 25))
+
+    def end(self):
+        self.process.stdin.close()
+        self.process.stdout.close()
+        self.process.kill()
+        self.process.wait()
+
+
+def agents_ask(app):
+    """The application asks for an agent that can't; nothing but its window says yes."""
+    def question():
+        return screen.window("An agent asks")
+
+    with victim(app) as pid:
+        agent = Agent(app)
+        agent.wants_to_quit("kvictim")
+        wait_for("the question", question)
+        screen.press("Return", "space")  # what was on its way when the window came
+        assert agent.hear()["structuredContent"]["outcome"] == "declined"
+        wait_for("the question's end", lambda: not question())
+        agent.wants_to_quit("kvictim")
+        wait_for("the question", question)
+        agent.end()
+        wait_for("the end of a question that nobody waits for", lambda: not question())
+        assert os.path.exists(f"/proc/{pid}"), "quit without a yes"
+        agent = Agent(app)
+        agent.wants_to_quit("kvictim")
+        wait_for("the question", question)
+        button = screen.await_node("push button", "Quit", question())
+        wait_for("the button, a moment later", lambda: button.has(screen.ENABLED))
+        assert "An agent asks: Quit kvictim?" in screen.texts(question()), screen.texts(question())
+        screen.click(button)
+        assert agent.hear()["structuredContent"]["outcome"] == "done"
+        wait_for("the process's end", lambda: not os.path.exists(f"/proc/{pid}"))
+        agent.end()
 
 
 def cleaning_up(app):
@@ -466,8 +538,8 @@ def the_bus_goes(app):
 
 
 CASES = [first_launch, sections_by_pointer, sections_by_keys, ranges, settings_window, panel, links, second_start,
-         quitting_a_process, forcing_a_process, cleaning_up, stopping_a_server, removing_a_leftover, alert_switches,
-         the_desktop_fails, quitting, headless_keeper,
+         quitting_a_process, forcing_a_process, agents_ask, cleaning_up, stopping_a_server, removing_a_leftover,
+         alert_switches, the_desktop_fails, quitting, headless_keeper,
          an_hour_asleep, starts_at_the_same_moment, the_bus_goes]
 # They start the application by themselves.
 STARTERS = (first_launch, headless_keeper, an_hour_asleep, starts_at_the_same_moment, the_bus_goes)

@@ -56,7 +56,12 @@ QString spokenText(const Question& question) {
 Dialog& Dialog::ask(const Theme& theme, Question question, QWidget& window,
                     std::function<void(bool)> answered) {
   if (auto* open = of(window)) open->answer(false);
-  return *new Dialog(theme, std::move(question), window, std::move(answered));
+  return *new Dialog(theme, std::move(question), window, false, std::move(answered));
+}
+
+Dialog& Dialog::fill(const Theme& theme, Question question, QWidget& window,
+                     std::function<void(bool)> answered) {
+  return *new Dialog(theme, std::move(question), window, true, std::move(answered));
 }
 
 Dialog* Dialog::of(const QWidget& window) {
@@ -65,8 +70,9 @@ Dialog* Dialog::of(const QWidget& window) {
   return nullptr;
 }
 
-Dialog::Dialog(const Theme& theme, Question question, QWidget& window, std::function<void(bool)> answered)
-    : Painted(theme, &window), answered_(std::move(answered)), before_(window.focusWidget()) {
+Dialog::Dialog(const Theme& theme, Question question, QWidget& window, bool fills,
+               std::function<void(bool)> answered)
+    : Painted(theme, &window), fills_(fills), answered_(std::move(answered)), before_(window.focusWidget()) {
   if (!answered_) answered_ = [](bool) {};
   setName(question.title);
   setAccessibleDescription(spokenText(question));
@@ -81,7 +87,8 @@ Dialog::Dialog(const Theme& theme, Question question, QWidget& window, std::func
 }
 
 void Dialog::build(const Question& question) {
-  box_ = new Plate(theme(), {Token::raised, Token::hairline, 12}, this);
+  const Plate::Form boxed{Token::raised, Token::hairline, 12}, plain{Token::raised, std::nullopt, 0};
+  box_ = new Plate(theme(), fills_ ? plain : boxed, this);
   auto* whole = new QVBoxLayout(box_);
   whole->setContentsMargins(0, 0, 0, 0);
   whole->setSpacing(0);
@@ -130,6 +137,7 @@ void Dialog::build(const Question& question) {
 
 void Dialog::arrange() {
   setGeometry(parentWidget()->rect());
+  if (fills_) return box_->setGeometry(rect());
   auto width = std::min(theme().scaled(boxWidth), this->width() - 2 * windowMargin);
   // What two long words need is given, as far as the window goes.
   width = std::max(width, std::min(box_->minimumSizeHint().width(), this->width()));
@@ -137,6 +145,11 @@ void Dialog::arrange() {
   // A little above the middle, where eyes are.
   auto top = std::max(0, (this->height() - height) * 45 / 100);
   box_->setGeometry((this->width() - width) / 2, top, width, height);
+}
+
+QSize Dialog::sizeHint() const {
+  const int width = std::max(theme().scaled(boxWidth), box_->minimumSizeHint().width());
+  return {width, box_->heightForWidth(width)};
 }
 
 void Dialog::answer(bool yes) {
@@ -149,6 +162,7 @@ void Dialog::answer(bool yes) {
 }
 
 void Dialog::draw(QPainter& painter) {
+  if (fills_) return;
   auto scrim = theme().isDark() ? QColor(0, 0, 0) : colorOf(Token::text1, Appearance::light);
   scrim.setAlphaF(theme().isDark() ? 0.55F : 0.28F);
   painter.fillRect(rect(), scrim);

@@ -31,6 +31,9 @@ public:
   /// At most one a window: a second question replaces the first, which is answered with no.
   static Dialog& ask(const Theme& theme, Question question, QWidget& window,
                      std::function<void(bool)> answered);
+  /// The same in a window that holds nothing else and lies over nothing of ours.
+  static Dialog& fill(const Theme& theme, Question question, QWidget& window,
+                      std::function<void(bool)> answered);
   /// The open question of that window, or null.
   static Dialog* of(const QWidget& window);
 
@@ -38,6 +41,8 @@ public:
   void answer(bool yes);
   Button& cancelButton() const { return *cancel_; }
   Button& actionButton() const { return *action_; }
+  /// Of the whole question.
+  QSize sizeHint() const override;
 
   QAccessible::Role role() const override { return QAccessible::Dialog; }
   void addStates(QAccessible::State& state) const override { state.modal = true; }
@@ -51,10 +56,12 @@ protected:
   void mousePressEvent(QMouseEvent*) override;
 
 private:
-  Dialog(const Theme& theme, Question question, QWidget& window, std::function<void(bool)> answered);
+  Dialog(const Theme& theme, Question question, QWidget& window, bool fills,
+         std::function<void(bool)> answered);
   void build(const Question& question);
   void arrange();
 
+  const bool fills_; ///< the window: there is nothing behind it
   std::function<void(bool)> answered_;
   QPointer<QWidget> before_; ///< had the focus
   QWidget* box_ = nullptr;

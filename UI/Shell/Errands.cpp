@@ -11,8 +11,9 @@ constexpr std::size_t mostDetails = 6;
 
 bool isCleanup(const ActionRequest& request) { return std::holds_alternative<CleanStorageRequest>(request); }
 
-Question questionOf(const ActionRequest& request, const ActionDescription& description) {
-  if (isCleanup(request)) return cleanupQuestion(description);
+} // namespace
+
+Question questionOf(const ActionDescription& description) {
   Question question{.title = description.title, .text = description.message, .action = description.button};
   question.permanent = description.isPermanent;
   const auto& details = description.details;
@@ -22,8 +23,6 @@ Question questionOf(const ActionRequest& request, const ActionDescription& descr
     question.more = localized("and {count} more", {{"count", std::to_string(details.size() - shown)}});
   return question;
 }
-
-} // namespace
 
 void Errands::run(const ActionRequest& request, QWidget& window, Banner& banner) {
   banner.dismiss();
@@ -38,7 +37,9 @@ void Errands::run(const ActionRequest& request, QWidget& window, Banner& banner)
 
 void Errands::ask(const DescribedAction& action, QWidget& window, QPointer<Banner> banner) {
   if (action.description.isHarmless) return perform(action.request, std::move(banner));
-  Dialog::ask(theme_, questionOf(action.request, action.description), window,
+  const auto question =
+      isCleanup(action.request) ? cleanupQuestion(action.description) : questionOf(action.description);
+  Dialog::ask(theme_, question, window,
               [this, request = action.request, banner = std::move(banner)](bool yes) {
                 if (yes) perform(request, banner);
               });

@@ -12,6 +12,9 @@
 
 namespace korvell {
 
+/// In the words that every action is asked about with.
+Question questionOf(const ActionDescription& description);
+
 class Errands {
 public:
   /// Both outlive it.

@@ -18,6 +18,7 @@
 #include "UI/Sensors/SensorsView.h"
 #include "UI/Servers/ServersView.h"
 #include "UI/Shell/FileManager.h"
+#include "UI/Shell/QuestionWindow.h"
 #include "UI/Startup/StartupView.h"
 #include "UI/Storage/StorageView.h"
 
@@ -81,13 +82,18 @@ KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched, QueueCor
       storage_(assembly_.lateStorageScanner(loop_.main())),
       actions_(assembly_.makeActions(
           loop_.main(), [this]() -> AppModel& { return *model_; }, storage_)),
-      errands_(*actions_, theme_), sharing_({.model = *model_,
-                                             .zone = *host.zone,
-                                             .theme = theme_,
-                                             .downloads = [&host] { return downloadsFolder(host); },
-                                             .work = [this]() -> Queue& { return desktopQueue(); },
-                                             .main = loop_.main(),
-                                             .showFile = showInFileManager}),
+      errands_(*actions_, theme_),
+      consent_(loop_.main(), *actions_,
+               [this](const ActionDescription& description, std::function<void(bool)> answered) {
+                 return askForAgent(theme_, description, std::move(answered));
+               }),
+      sharing_({.model = *model_,
+                .zone = *host.zone,
+                .theme = theme_,
+                .downloads = [&host] { return downloadsFolder(host); },
+                .work = [this]() -> Queue& { return desktopQueue(); },
+                .main = loop_.main(),
+                .showFile = showInFileManager}),
       pictures_(loop_.main(), utilityQueueFactory(), applicationPictures(host.folders, processEnvironment())),
       delegate_(*host.defaults, [this](std::optional<SidebarItem> item) { show(item); }),
       keeper_(loop_.main(), *model_, *actions_),
@@ -119,6 +125,9 @@ KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched, QueueCor
 KorvellApp::~KorvellApp() = default;
 
 void KorvellApp::listen() {
+  keeper_.setAskPerson([this](const Value& request, Keeper::Answer answer) {
+    return consent_.ask(request, std::move(answer));
+  });
   answerOpening(keeper_, delegate_, [](const std::string& token) {
     if (!token.empty()) qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(token));
   });

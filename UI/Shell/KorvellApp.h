@@ -5,6 +5,7 @@
 #include "Agents/MetricsFile.h"
 #include "App/AppDelegate.h"
 #include "App/Assembly.h"
+#include "App/ConsentDesk.h"
 #include "App/Keeper.h"
 #include "App/KeeperTroubles.h"
 #include "App/ModelActions.h"
@@ -90,6 +91,7 @@ private:
   std::optional<Date> moment_;               ///< for the measure's page that is opened next
   std::unique_ptr<ModelActions> actions_;
   Errands errands_;
+  ConsentDesk consent_; ///< ends after the keeper
   CardSharing sharing_;
   std::optional<double> weekScore_;
   Date weekScoreAt_ = Date::distantPast(); ///< when it was asked for
