@@ -52,12 +52,15 @@ void carryOut(Actions& actions, const Value& request, std::function<void(const V
   const bool describes = request.find("describe") != nullptr;
   const auto asked = readActionRequest(request, describes ? "describe" : "do");
   if (!asked) return answer(refusal(asked.reason()));
-  if (describes)
-    actions.describe(
-        *asked, [answer = std::move(answer)](const auto& described) { answer(describedValue(described)); });
-  else
-    actions.perform(*asked,
-                    [answer = std::move(answer)](const ActionAnswer& done) { answer(answerValue(done)); });
+  if (!describes)
+    return actions.perform(
+        *asked, [answer = std::move(answer)](const ActionAnswer& done) { answer(answerValue(done)); });
+  // What is done is told to this process's own views too, and so in its own language.
+  const auto* language = request.find(languageName);
+  const InLanguage speaking(language && language->asString() ? std::string_view(*language->asString())
+                                                             : currentLanguage().code);
+  actions.describe(
+      *asked, [answer = std::move(answer)](const auto& described) { answer(describedValue(described)); });
 }
 
 Result<DescribedAction> readDescribed(const Value& answer) {

@@ -15,6 +15,9 @@
 
 namespace korvell {
 
+/// The member of a request to describe with the code of the language that who asks reads.
+inline constexpr std::string_view languageName = "language";
+
 /// True for a request that carryOut() answers, be it only by refusing it.
 bool isActionRequest(const Value& request);
 /// Answers once, on the main queue.

@@ -65,7 +65,13 @@ constexpr Part part(std::string_view name) {
 
 constexpr Part reportPart() {
   auto row = part<&Model::report>("report");
-  row.value = [](const AppModel& model) { return *model.hasSample ? reportValue(*model.report) : Value(); };
+  row.value = [](const AppModel& model) { return *model.hasSample ? toldValue(*model.report) : Value(); };
+  return row;
+}
+
+constexpr Part alertsPart() {
+  auto row = part<&Model::alerts>("alerts");
+  row.value = [](const AppModel& model) { return toldValue(*model.alerts); };
   return row;
 }
 
@@ -94,7 +100,7 @@ constexpr std::array parts = {
     part<&Model::projects>("projects"),
     part<&Model::startupItems>("startupItems"),
     reportPart(),
-    part<&Model::alerts>("alerts"),
+    alertsPart(),
     Part{"aiUsage", aiUsageValue, aiUsageVersion, nullptr},
     part<&Model::historyProblem>("historyProblem"),
     part<&Model::totals>("totals"),

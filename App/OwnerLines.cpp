@@ -20,7 +20,7 @@ std::vector<std::pair<std::string, std::string>> ownerLines(ProcessID pid,
   const auto& facts = process.facts;
   return {{localized("Process"), fmt::format("{} (PID {})", escapedControls(process.name()), pid)},
           {localized("Application"), escapedControls(owner->name)},
-          {localized("Decided by"), std::string(rule)},
+          {localized("Decided by"), localized(rule)},
           {localized("Key"), escapedControls(owner->key)},
           {localized("Program"), orDash(facts.path)},
           {localized("Control group"), orDash(facts.controlGroup)},

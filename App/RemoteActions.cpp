@@ -92,9 +92,10 @@ void RemoteActions::ask(Value request, Seconds patience,
 }
 
 void RemoteActions::describe(const ActionRequest& request, Described done) {
-  ask(toValue(request, "describe"), toDescribe, [done = std::move(done)](const Result<Value>& answer, bool) {
-    done(answer ? readDescribed(*answer) : Failure{answer.reason()});
-  });
+  ask(toValue(request, "describe").set(languageName, currentLanguage().code), toDescribe,
+      [done = std::move(done)](const Result<Value>& answer, bool) {
+        done(answer ? readDescribed(*answer) : Failure{answer.reason()});
+      });
 }
 
 void RemoteActions::perform(const ActionRequest& request, Performed done) {

@@ -1,6 +1,7 @@
 #include "App/SettingsCheck.h"
 
 #include "App/AppearanceChoice.h"
+#include "App/LanguageChoice.h"
 #include "App/MenuBarStyle.h"
 #include "App/TemperatureUnit.h"
 #include "Base/Localization.h"
@@ -19,7 +20,18 @@ namespace {
 constexpr Seconds pause{60}, leeway{30};
 constexpr int mostColumns = 40; ///< of a value that is shown
 
-enum class Kind { truth, number, date, menuBarStyle, appearance, temperatureUnit, freedLog, report, file };
+enum class Kind {
+  truth,
+  number,
+  date,
+  menuBarStyle,
+  appearance,
+  language,
+  temperatureUnit,
+  freedLog,
+  report,
+  file
+};
 
 struct KindRow {
   Kind kind;
@@ -47,6 +59,10 @@ constexpr KindRow kinds[] = {
      [](const Value& value) {
        return value.asString() && fromRawValue<AppearanceChoice>(*value.asString()).has_value();
      }},
+    {Kind::language, "one of system, en and de",
+     [](const Value& value) {
+       return value.asString() && fromRawValue<LanguageChoice>(*value.asString()).has_value();
+     }},
     {Kind::temperatureUnit, "one of celsius and fahrenheit",
      [](const Value& value) {
        return value.asString() && fromRawValue<TemperatureUnit>(*value.asString()).has_value();
@@ -71,6 +87,7 @@ struct Setting {
 std::vector<Setting> settings() {
   std::vector<Setting> all = {{std::string(menuBarStyleKey), Kind::menuBarStyle},
                               {std::string(appearanceKey), Kind::appearance},
+                              {std::string(languageKey), Kind::language},
                               {std::string(temperatureUnitKey), Kind::temperatureUnit}};
   for (const auto& kind : allCases<HealthAlert::Kind>())
     all.push_back({defaultsKey(kind.value), Kind::truth});

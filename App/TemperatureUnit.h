@@ -32,7 +32,7 @@ inline TemperatureUnit temperatureUnit(const UserDefaults& defaults) {
 inline std::string temperatureText(double celsius, TemperatureUnit unit) {
   const bool isFahrenheit = unit == TemperatureUnit::fahrenheit;
   const double degrees = isFahrenheit ? celsius * 9 / 5 + 32 : celsius;
-  return std::to_string(std::lround(degrees)) + title(unit);
+  return std::to_string(std::lround(degrees)).append(currentLanguage().numbers.beforePercent) + title(unit);
 }
 
 } // namespace korvell

@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t mostFixes = 3, mostApps = 3;
 constexpr int tileMinutes = 30;
+constexpr Metric tileMetrics[] = {Metric::cpu, Metric::memory, Metric::disk, Metric::network};
 
 std::span<const Insight> shownInsights(const HealthReport& report) {
   return std::span(report.insights).first(std::min(report.insights.size(), mostFixes));
@@ -42,7 +43,7 @@ WidgetSnapshot::Tile figures(Metric metric, const SystemSnapshot& snapshot) {
   WidgetSnapshot::Tile tile{.page = std::string(rawValue(metric))};
   if (metric == Metric::cpu) {
     tile.value = Format::percent(snapshot.cpu.total);
-    tile.detail = localized("load {load}", {{"load", fmt::format("{:.1f}", snapshot.cpu.load1)}});
+    tile.detail = localized("load {load}", {{"load", Format::decimal(snapshot.cpu.load1, 1)}});
     tile.maxValue = 100;
   } else if (metric == Metric::memory) {
     const auto total = double(snapshot.memory.total);
@@ -92,11 +93,17 @@ std::vector<WidgetSnapshot::TopApp> widgetApps(const std::vector<AppUsage>& apps
 
 std::vector<WidgetSnapshot::Tile> widgetTiles(const SystemSnapshot& snapshot, HistoryStore& history) {
   std::vector<WidgetSnapshot::Tile> tiles;
-  for (const auto metric : {Metric::cpu, Metric::memory, Metric::disk, Metric::network}) {
+  for (const auto metric : tileMetrics) {
     auto& tile = tiles.emplace_back(figures(metric, snapshot));
     tile.points = history.recent(metric, tileMinutes);
     std::erase_if(tile.points, [](double point) { return !std::isfinite(point); }); // JSON has no word for it
   }
+  return tiles;
+}
+
+std::vector<WidgetSnapshot::Tile> widgetTiles(const SystemSnapshot& snapshot) {
+  std::vector<WidgetSnapshot::Tile> tiles;
+  for (const auto metric : tileMetrics) tiles.push_back(figures(metric, snapshot));
   return tiles;
 }
 

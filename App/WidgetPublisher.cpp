@@ -2,6 +2,9 @@
 
 #include "App/WidgetDocument.h"
 #include "Base/Files.h"
+#include "Base/Localization.h"
+
+#include <algorithm>
 
 namespace korvell {
 
@@ -10,6 +13,7 @@ namespace {
 constexpr Seconds configurationInterval{1800};
 constexpr Seconds writeInterval{60};
 constexpr Seconds reloadInterval{900};
+constexpr std::string_view english = "en";
 
 /// Not worth a disk's waking: after a power cut the next minute brings another.
 void write(const WidgetSnapshot& document, const std::string& path) {
@@ -28,6 +32,17 @@ SystemSnapshot machineOf(const SystemSnapshot& snapshot) {
   return machine;
 }
 
+/// What is said at once, in that language.
+WidgetSnapshot documentIn(std::string_view code, HealthReport report, const std::vector<AppUsage>& apps,
+                          std::string_view systemGroup) {
+  const InLanguage speaking(code);
+  std::ranges::for_each(report.insights, speakHere<Insight>);
+  return {.score = report.score,
+          .label = report.label(),
+          .fixes = widgetFixes(report),
+          .apps = widgetApps(apps, systemGroup)};
+}
+
 } // namespace
 
 WidgetPublisher::WidgetPublisher(Queue& main, Seams seams)
@@ -40,14 +55,20 @@ void WidgetPublisher::publish(const HealthReport& report, const SystemSnapshot& 
   if (!hasWidgets_ || !isDue(lastWrite_, writeInterval, now)) return;
   lastWrite_ = now;
   const bool reloads = isReloadNeeded(report, now);
-  WidgetSnapshot document{.date = now,
-                          .score = report.score,
-                          .label = report.label(),
-                          .fixes = widgetFixes(report),
-                          .apps = widgetApps(snapshot.apps, seams_.systemGroup)};
+  auto document = documentIn(english, report, snapshot.apps, seams_.systemGroup);
+  document.date = now;
+  for (const auto& language : installedLanguages())
+    if (language.code != english)
+      document.others.emplace(language.code,
+                              documentIn(language.code, report, snapshot.apps, seams_.systemGroup));
   queue_->async([this, &history, reloads, document = std::move(document), machine = machineOf(snapshot)] {
+    const InLanguage speaking(english);
     auto whole = document;
     whole.tiles = widgetTiles(machine, history);
+    for (auto& [code, other] : whole.others) {
+      const InLanguage speakingOther(code);
+      other.tiles = widgetTiles(machine);
+    }
     write(whole, seams_.path);
     if (reloads) seams_.center.reloadAllTimelines();
   });

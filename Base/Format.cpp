@@ -19,6 +19,20 @@ double rounded(double amount, int decimals) {
   return std::round(amount * scale * (1 + 1e-12)) / scale;
 }
 
+const NumberStyle& style() { return currentLanguage().numbers; }
+
+/// "-1.5" as the language writes it. Not for texts that have more than one point.
+std::string styled(std::string number) {
+  if (const auto point = number.find('.'); point != std::string::npos)
+    number.replace(point, 1, style().decimal);
+  return number;
+}
+
+/// With its sign, "%" or a degree.
+std::string withSign(const std::string& number, std::string_view sign) {
+  return fmt::format("{}{}{}", number, style().beforePercent, sign);
+}
+
 /// The number of decimals that a rule gives to an amount, decided on the amount as it will be printed.
 struct Decimals {
   int below10;
@@ -46,7 +60,8 @@ std::string scaled(double value, double step, Decimals rule, std::string_view su
     return fmt::format("{}{:.0f} B{}", sign, std::round(amount), suffix);
   }
   const int decimals = decimalsFor(amount, rule);
-  return fmt::format("{}{:.{}f} {}{}", sign, rounded(amount, decimals), decimals, units[unit], suffix);
+  return fmt::format("{}{} {}{}", sign, Format::decimal(rounded(amount, decimals), decimals), units[unit],
+                     suffix);
 }
 
 } // namespace
@@ -55,24 +70,29 @@ std::string Format::memory(double bytes) { return scaled(bytes, 1024, {2, 1}, ""
 std::string Format::bytes(double bytes) { return scaled(bytes, 1000, {2, 1}, ""); }
 std::string Format::rate(double bytesPerSecond) { return scaled(bytesPerSecond, 1000, {1, 0}, "/s"); }
 
+std::string Format::decimal(double number, int decimals) {
+  return std::isfinite(number) ? styled(fmt::format("{:.{}f}", number, decimals)) : noFigure;
+}
+
 std::string Format::percent(double percent) {
   if (!std::isfinite(percent)) return noFigure;
-  return fmt::format("{:.0f}%", std::round(percent) + 0.0);
+  return withSign(decimal(std::round(percent) + 0.0, 0), "%");
 }
 
 std::string Format::watts(double watts) {
   if (!std::isfinite(watts)) return noFigure;
-  return std::fabs(watts) < 99.95 ? fmt::format("{:.1f} W", watts) : fmt::format("{:.0f} W", watts);
+  return decimal(watts, std::fabs(watts) < 99.95 ? 1 : 0) + " W";
 }
 
 std::string Format::celsius(double celsius) {
   if (!std::isfinite(celsius)) return noFigure;
-  return fmt::format("{:.0f}°C", std::round(celsius) + 0.0);
+  return withSign(decimal(std::round(celsius) + 0.0, 0), "°C");
 }
 
 std::string Format::duration(Seconds span) {
   if (std::isnan(span.count())) return noFigure;
   const auto minutes = std::int64_t(std::fmax(0.0, std::fmin(span.count(), 1e15)) / 60);
+  if (minutes >= 1440 && minutes < 2880) return localized("1 days");
   if (minutes >= 1440) return localized("{n} days", {{"n", std::to_string(minutes / 1440)}});
   if (minutes >= 60)
     return localized("{h} h {m} min",
@@ -83,18 +103,20 @@ std::string Format::duration(Seconds span) {
 std::string Format::grouped(std::int64_t number) {
   std::string digits = std::to_string(number);
   for (auto i = std::ptrdiff_t(digits.size()) - 3; i > (number < 0 ? 1 : 0); i -= 3)
-    digits.insert(size_t(i), 1, ',');
+    digits.insert(size_t(i), style().group);
   return digits;
 }
 
 std::string Format::dollars(double dollars) {
   if (!std::isfinite(dollars)) return noFigure;
   const auto cents = std::int64_t(std::llround(std::fmin(std::fabs(dollars) * 100, 9e18)));
-  return fmt::format("{}${}.{:02}", dollars < 0 && cents > 0 ? "-" : "", grouped(cents / 100), cents % 100);
+  const auto amount = fmt::format("{}{}{:02}", grouped(cents / 100), style().decimal, cents % 100);
+  const auto* sign = dollars < 0 && cents > 0 ? "-" : "";
+  return style().hasDollarBehind ? fmt::format("{}{} $", sign, amount) : fmt::format("{}${}", sign, amount);
 }
 
 std::string Format::shortCount(std::int64_t number) {
-  constexpr std::array suffixes = {"", "K", "M", "B", "T", "Q"};
+  constexpr std::array suffixes = {"", "{n}K", "{n}M", "{n}B", "{n}T", "{n}Q"};
   double amount = std::fabs(double(number));
   std::size_t suffix = 0;
   // 999,950 would be printed as "1000K".
@@ -103,8 +125,8 @@ std::string Format::shortCount(std::int64_t number) {
     ++suffix;
   }
   const int decimals = suffix > 0 ? decimalsFor(amount, {1, 1}) : 0;
-  return fmt::format("{}{:.{}f}{}", number < 0 ? "-" : "", rounded(amount, decimals), decimals,
-                     suffixes[suffix]);
+  const auto shown = (number < 0 ? "-" : "") + decimal(rounded(amount, decimals), decimals);
+  return suffix > 0 ? localized(suffixes[suffix], {{"n", shown}}) : shown;
 }
 
 std::string Format::figure(Unit unit, double value) {
@@ -118,7 +140,7 @@ std::string Format::figure(Unit unit, double value) {
   case Unit::percent:
     return percent(value);
   case Unit::corePercent:
-    return std::isfinite(value) ? fmt::format("{:.1f}%", value) : noFigure;
+    return std::isfinite(value) ? withSign(decimal(value, 1), "%") : noFigure;
   case Unit::celsius:
     return celsius(value);
   case Unit::watts:
@@ -128,7 +150,7 @@ std::string Format::figure(Unit unit, double value) {
   case Unit::dollars:
     return dollars(value);
   default:
-    return std::isfinite(value) ? fmt::format("{:.0f}", value) : noFigure;
+    return decimal(value, 0);
   }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
-// Numbers as people read them. All functions are pure and independent of the locale.
+// Numbers as people read them, in the style of the language in effect (Localization.h), whatever locales are
+// installed. What is said here of the form is English.
 //
 // Rounding is decided before the number of decimals and before the unit, so that no figure ever shows one
 // digit too many: 9.995 MB is "10.0 MB", 99.95 MB is "100 MB", 999.5 MB is "1.00 GB" in decimal multiples.
@@ -21,6 +22,8 @@ struct Format {
   static std::string bytes(double bytes);
   /// Multiples of 1,000; one decimal below 10, none above; the unit ends in "/s".
   static std::string rate(double bytesPerSecond);
+  /// With so many decimals, as printf rounds.
+  static std::string decimal(double number, int decimals);
   /// "42%"; rounded to the nearest whole number.
   static std::string percent(double percent);
   /// "3.4 W"; one decimal below 100, none from there on.

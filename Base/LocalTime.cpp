@@ -116,6 +116,17 @@ std::string dayText(CalendarDay calendarDay) {
   return fmt::format("{:04}-{:02}-{:02}", year, month, day);
 }
 
+std::string shownDay(CalendarDay calendarDay) {
+  if (!currentLanguage().numbers.isDayFirst) return dayText(calendarDay);
+  const auto [year, month, day] = yearMonthDay(calendarDay);
+  return fmt::format("{:02}.{:02}.{:04}", day, month, year);
+}
+
+std::string shownDayOfYear(const LocalTime& time) {
+  return currentLanguage().numbers.isDayFirst ? fmt::format("{:02}.{:02}.", time.day, time.month)
+                                              : fmt::format("{:02}-{:02}", time.month, time.day);
+}
+
 std::optional<CalendarDay> parseDay(std::string_view text) {
   if (text.size() != 10 || text[4] != '-' || text[7] != '-') return std::nullopt;
   std::array<int, 3> parts{};

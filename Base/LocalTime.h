@@ -63,8 +63,12 @@ Date timeOfDay(const TimeZone& zone, CalendarDay day, int hour);
 
 /// "13:58"; hours from 00 to 23.
 std::string clockText(const TimeZone& zone, Date date);
-/// "2026-03-01"
+/// "2026-03-01", as files and programs have it.
 std::string dayText(CalendarDay day);
+/// The same as the language in effect writes it: "01.03.2026" in German.
+std::string shownDay(CalendarDay day);
+/// "03-01", "01.03."
+std::string shownDayOfYear(const LocalTime& time);
 /// Reads "yyyy-MM-dd", four, two and two digits of a day that exists. Nothing for any other text.
 std::optional<CalendarDay> parseDay(std::string_view text);
 /// "Sunday" for 0, localised.

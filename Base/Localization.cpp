@@ -3,14 +3,46 @@
 namespace korvell {
 
 namespace {
-std::span<const LocalizedText> installed;
+
+std::vector<Language> installed(1);
+std::vector<LocalizedText> ownTable; ///< of setLocalization()
+void (*missing)(std::string_view key) = nullptr;
+/// Null: the process's own.
+thread_local const Language* chosen = nullptr;
+
+} // namespace
+
+void setLanguages(std::vector<Language> languages) {
+  if (languages.empty()) languages.resize(1);
+  installed = std::move(languages);
 }
 
-void setLocalization(std::span<const LocalizedText> table) { installed = table; }
+void setLocalization(std::span<const LocalizedText> table) {
+  ownTable.assign(table.begin(), table.end());
+  std::ranges::stable_sort(ownTable, {}, &LocalizedText::key);
+  setLanguages({{.tables = {ownTable}}});
+}
+
+void setMissingTextHandler(void (*handler)(std::string_view key)) { missing = handler; }
+
+std::span<const Language> installedLanguages() { return installed; }
+
+const Language& currentLanguage() { return chosen ? *chosen : installed.front(); }
+
+InLanguage::InLanguage(std::string_view code) : before_(chosen) {
+  const auto found = std::ranges::find(installed, code, &Language::code);
+  if (found != installed.end()) chosen = &*found;
+}
+
+InLanguage::~InLanguage() { chosen = before_; }
 
 std::string localized(std::string_view key) {
-  for (const auto& entry : installed)
-    if (entry.key == key) return std::string(entry.text);
+  const auto& language = currentLanguage();
+  for (const auto table : language.tables) {
+    const auto found = std::ranges::lower_bound(table, key, {}, &LocalizedText::key);
+    if (found != table.end() && found->key == key) return std::string(found->text);
+  }
+  if (missing && language.code != "en") missing(key);
   return std::string(key);
 }
 

@@ -1,15 +1,22 @@
 #pragma once
 // Every visible text goes through localized(); its key is the English text itself.
 //
-// A table is installed once by main before any thread starts (a platform's words, such as "Your computer"
-// for "Your Mac", are a table like any other) and never changes afterwards, so that reading needs no lock.
-// A key without an entry is its own translation.
+// The languages are installed once by main before any thread starts and never change afterwards, so that
+// reading needs no lock. A language is a few tables, looked through in order: a platform's words, such as
+// "Your computer" for "Your Mac", are a table like any other. Each is sorted when it is compiled, so that a
+// text costs a few comparisons and starting costs nothing. A key without an entry is its own translation.
+//
+// What programs read must not depend on who reads it: InLanguage says a text in another language than the
+// process's own.
 
+#include <algorithm>
+#include <array>
 #include <initializer_list>
 #include <span>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace korvell {
 
@@ -18,8 +25,62 @@ struct LocalizedText {
   std::string_view text;
 };
 
-/// Installs the tables to look in, the first first. Only main and tests call this.
+/// The table as a language wants it. A key that is there twice does not compile.
+template <std::size_t size>
+consteval std::array<LocalizedText, size> sortedTexts(const LocalizedText (&texts)[size]) {
+  std::array<LocalizedText, size> sorted{};
+  std::ranges::copy(texts, sorted.begin());
+  std::ranges::sort(sorted, {}, &LocalizedText::key);
+  if (std::ranges::adjacent_find(sorted, {}, &LocalizedText::key) != sorted.end())
+    throw "a key is there twice";
+  return sorted;
+}
+
+/// How a language writes numbers, days and times.
+struct NumberStyle {
+  std::string_view decimal = ".";
+  std::string_view group = ",";
+  std::string_view beforePercent{}; ///< between a number and its "%" or "°C"
+  bool hasDollarBehind = false;     ///< "3.50 $" rather than "$3.50"
+  bool isDayFirst = false;          ///< "01.03.2026" rather than "2026-03-01"
+  bool hasHalfDays = true;          ///< "9:05 PM" in sentences
+};
+
+struct Language {
+  std::string_view code = "en";
+  std::vector<std::span<const LocalizedText>>
+      tables{}; ///< each sorted by key; the first that has one decides
+  NumberStyle numbers{};
+};
+
+/// A platform's own words, in each language.
+struct SystemWords {
+  std::span<const LocalizedText> english, german;
+};
+
+/// Installs the languages; the first is the process's own. Only main and tests call this.
+void setLanguages(std::vector<Language> languages);
+/// English with this table, in any order.
 void setLocalization(std::span<const LocalizedText> table);
+/// Who is told each key without a text in a language other than English. For checks; null for nobody.
+void setMissingTextHandler(void (*handler)(std::string_view key));
+
+/// The languages that were installed, the process's own first.
+std::span<const Language> installedLanguages();
+/// The one in effect on this thread.
+const Language& currentLanguage();
+
+/// Has this thread speak another language as long as it lives; one that is not installed changes nothing.
+class InLanguage {
+public:
+  explicit InLanguage(std::string_view code);
+  ~InLanguage();
+  InLanguage(const InLanguage&) = delete;
+  InLanguage& operator=(const InLanguage&) = delete;
+
+private:
+  const Language* before_;
+};
 
 std::string localized(std::string_view key);
 

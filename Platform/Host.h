@@ -37,10 +37,10 @@ enum class SystemKind { linuxDesktop, macOS };
 struct Host {
   SystemKind system = SystemKind::linuxDesktop;
   UserFolders folders;
-  std::uint32_t user = 0;               ///< effective user id
-  std::string program;                  ///< the running program's path; empty when unknown
-  std::string locale;                   ///< of texts, "de_DE.UTF-8"; empty for the English ones
-  std::span<const LocalizedText> words; ///< the system's own words for localized()
+  std::uint32_t user = 0; ///< effective user id
+  std::string program;    ///< the running program's path; empty when unknown
+  std::string locale;     ///< of texts, "de_DE.UTF-8"; empty for the English ones
+  SystemWords words;      ///< the system's own words for localized()
   std::unique_ptr<TimeZone> zone = std::make_unique<SystemTimeZone>(); ///< the user's
   std::unique_ptr<UserDefaults> defaults = std::make_unique<NoUserDefaults>();
   std::unique_ptr<FileTree> fileTree;

@@ -2,6 +2,9 @@
 // The document that the application writes and the widget shows: one JSON object, whose members bear the
 // fields' names. Its date is a number of seconds since 2001-01-01 00:00 UTC. docs/widget.md describes it.
 //
+// The texts are English; those of another language stand beside them in "in", and a reader shows the ones of
+// its own language.
+//
 // A reader takes members that it does not know for those of a later version and leaves them alone; a
 // document that lacks a member or has one of another type is refused as a whole.
 
@@ -9,6 +12,8 @@
 #include "Base/Record.h"
 #include "Base/UserFolders.h"
 
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -63,13 +68,15 @@ struct WidgetSnapshot {
   std::vector<Fix> fixes{};
   std::vector<Tile> tiles{};
   std::vector<TopApp> apps{}; ///< the heaviest first
+  /// The same in other languages than English, by their codes: of these the texts alone are written.
+  std::map<std::string, WidgetSnapshot, std::less<>> others{};
 
   bool operator==(const WidgetSnapshot&) const = default;
 
   Value value() const;
   /// The same as text, one line.
   std::string encoded() const;
-  /// Nothing for a text that is no such document.
+  /// In the language in effect, as far as it is told in it. Nothing for a text that is no such document.
   static std::optional<WidgetSnapshot> decoded(std::string_view text);
 };
 

@@ -170,8 +170,8 @@ private:
     for (auto day = sums.begin()->first; day <= today; day = day + 1)
       sums.try_emplace(day, AITotal{.cost = 0});
     for (const auto& [day, sum] : sums)
-      table.row(cells({dayText(day), {bar(double(sum.tokens.total()) / most, layout_.barWidth), Ink::accent}},
-                      sum));
+      table.row(cells(
+          {shownDay(day), {bar(double(sum.tokens.total()) / most, layout_.barWidth), Ink::accent}}, sum));
     return table;
   }
 
@@ -281,7 +281,7 @@ int runLimits(Context& context, const Arguments& arguments) {
       const auto ink = !running ? Ink::dim : limit.usedPercent >= alertPercent ? Ink::warning : Ink::good;
       table.row({localized("{window} limit", {{"window", limit.name()}}),
                  {bar(limit.usedPercent / 100, limitBarWidth), ink},
-                 {used ? fmt::format("{}%", *used) : noFigure, ink},
+                 {used ? Format::percent(double(*used)) : noFigure, ink},
                  {running ? localized("resets {time}", {{"time", resetText(usage.zone, limit.resetsAt)}})
                           : localized("window has reset"),
                   Ink::dim}});

@@ -24,7 +24,7 @@ using Kind = HealthAlert::Kind;
 
 std::string localTimeText(const TimeZone& zone, Date date) {
   const auto time = localTime(zone, date);
-  return fmt::format("{} {:02}:{:02}", dayText(localDay(zone, date)), time.hour, time.minute);
+  return fmt::format("{} {:02}:{:02}", shownDay(localDay(zone, date)), time.hour, time.minute);
 }
 
 Result<std::vector<HealthAlert>> raisedAlerts(Context& context) {

@@ -109,6 +109,9 @@ inline constexpr std::string_view completeWord = "complete";
 int runCommandLine(Context& context, std::span<const Command> commands,
                    const std::vector<std::string>& arguments);
 
+/// Whether what is printed is for programs: they are told the same in every language.
+bool speaksToPrograms(std::span<const std::string> arguments);
+
 /// The option that most commands have.
 inline Option jsonOption() { return {"--json", Option::Kind::flag, "Print one JSON object"}; }
 

@@ -67,7 +67,15 @@ constexpr int widestHelp = 100;
 /// The library's help, its texts broken where the terminal ends.
 class WrappedHelp final : public CLI::Formatter {
 public:
-  explicit WrappedHelp(int columns) : columns_(columns) { column_width(textColumn); }
+  explicit WrappedHelp(int columns) : columns_(columns) {
+    column_width(textColumn);
+    label("Usage", localized("Usage"));
+    label("OPTIONS", localized("OPTIONS"));
+    label("SUBCOMMAND", localized("SUBCOMMAND"));
+    label("SUBCOMMANDS", localized("SUBCOMMANDS"));
+    label("Positionals", localized("Positionals"));
+    label("REQUIRED", localized("REQUIRED"));
+  }
 
   std::string make_description(const CLI::App* app) const override {
     return lines(app->get_description(), columns_) + "\n";
@@ -148,7 +156,8 @@ void addOption(Bound& bound, const Option& option) {
 void bind(std::list<Bound>& all, CLI::App& parent, const Command& command) {
   auto& bound = all.emplace_back();
   bound.command = &command;
-  bound.parser = parent.add_subcommand(command.name, localized(command.summary));
+  bound.parser =
+      parent.add_subcommand(command.name, localized(command.summary))->group(localized("Subcommands"));
   bound.parser->set_help_flag("-h,--help", localized("Print this help and exit"));
   for (const auto& option : command.options) addOption(bound, option);
   for (const auto& subcommand : command.subcommands) bind(all, *bound.parser, subcommand);
@@ -242,6 +251,20 @@ std::string unexpected(const CLI::App& command, const std::vector<std::string>& 
   return nearest ? message + " " + asked(*nearest) : message;
 }
 
+/// The library's sentences are English: those that its users meet are said here.
+std::string sentenceOf(const CLI::ParseError& error) {
+  const std::string_view sentence = error.what(), required = " is required",
+                         missing = ": 1 required TEXT missing";
+  const auto nameBefore = [&](std::string_view ending) {
+    return std::string(sentence.substr(0, sentence.size() - ending.size()));
+  };
+  if (sentence == "A subcommand is required") return localized("A subcommand is required");
+  if (sentence.ends_with(required)) return localized("{name} is required", {{"name", nameBefore(required)}});
+  if (sentence.ends_with(missing))
+    return localized("{name}: 1 required TEXT missing", {{"name", nameBefore(missing)}});
+  return std::string(sentence);
+}
+
 constexpr const char* helpWord = "help";
 
 /// `help COMMAND` asks for what `COMMAND --help` prints.
@@ -255,13 +278,14 @@ std::vector<std::string> withoutHelpWord(std::vector<std::string> arguments) {
 class Parser {
 public:
   Parser(Context& context, std::span<const Command> commands) : context_(context) {
+    app_.option_defaults()->group(localized("Options")); // of the subcommands too
     app_.set_help_flag("-h,--help", localized("Print this help and exit"));
     app_.set_version_flag("--version", std::string("korvell ") + version,
                           localized("Print the version and exit"));
     app_.formatter(std::make_shared<WrappedHelp>(std::min(context.out.columns(), widestHelp)));
     app_.require_subcommand(0, 1);
     for (const auto& command : commands) bind(all_, app_, command);
-    app_.add_subcommand(helpWord, localized("Print the help of a command"));
+    app_.add_subcommand(helpWord, localized("Print the help of a command"))->group(localized("Subcommands"));
   }
 
   int run(const std::vector<std::string>& arguments) {
@@ -285,7 +309,7 @@ public:
       // A word that stands where a subcommand should tells more than that one is missing.
       if (const auto strange = app_.remaining(withSubcommands); !strange.empty())
         return wrongUsage(unexpected(innermost(app_, all_), strange));
-      return wrongUsage(escapedControls(error.what()));
+      return wrongUsage(escapedControls(sentenceOf(error)));
     }
     return runParsed();
   }
@@ -325,6 +349,16 @@ private:
 };
 
 } // namespace
+
+bool speaksToPrograms(std::span<const std::string> arguments) {
+  static constexpr std::string_view commands[] = {"bar", "mcp", "metrics", completeWord};
+  const auto has = [&](std::string_view word) {
+    return std::ranges::find(arguments, word) != arguments.end();
+  };
+  if (has("--json")) return true;
+  return !arguments.empty() && std::ranges::find(commands, arguments[0]) != std::end(commands) &&
+         !has("--help") && !has("-h");
+}
 
 int runCommandLine(Context& context, std::span<const Command> commands,
                    const std::vector<std::string>& arguments) {

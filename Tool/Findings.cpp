@@ -1,6 +1,7 @@
 #include "Tool/Findings.h"
 
 #include "Base/Text.h"
+#include "Tool/Labels.h"
 #include "Tool/Wrap.h"
 
 #include <algorithm>
@@ -12,8 +13,6 @@ namespace {
 
 using Severity = Insight::Severity;
 using Kind = Insight::Action::Kind;
-
-constexpr int labelWidth = 9;
 
 struct SeverityLook {
   Severity severity;
@@ -57,7 +56,7 @@ Ink inkForScore(int score) { return score >= 75 ? Ink::good : score >= 50 ? Ink:
 /// Findings stand below the score, where there is room for that.
 int marginOf(int width) {
   constexpr int narrow = 60;
-  return width < narrow ? 0 : labelWidth;
+  return width < narrow ? 0 : labelWidth();
 }
 
 std::string indented(const std::string& text, int width) {
@@ -113,7 +112,7 @@ std::string headline(const Terminal& terminal, const Insight& insight, int width
 std::string scoreLine(const Terminal& terminal, const HealthReport& report, const KnownParts& known,
                       int width) {
   auto label = localized("Health");
-  label.append(std::size_t(std::max(1, labelWidth - displayWidth(label))), ' ');
+  label.append(std::size_t(std::max(1, labelWidth() - displayWidth(label))), ' ');
   auto score = fmt::format("{} {}", report.score, report.label());
   if (!known.has(KnownPart::tenMinuteAverage)) score = localized("{score} so far", {{"score", score}});
   return fitted(terminal.ink(Ink::bold, label) + terminal.ink(inkForScore(report.score), score), width);

@@ -21,7 +21,7 @@ std::string rightAligned(const std::string& text, int width) {
 /// The time of day within a day, else the day of the month.
 std::string timeLabel(const TimeZone& zone, Date date, Seconds span) {
   const auto local = localTime(zone, date);
-  if (span > Seconds{2 * 86'400}) return fmt::format("{:02}-{:02}", local.month, local.day);
+  if (span > Seconds{2 * 86'400}) return shownDayOfYear(local);
   return fmt::format("{:02}:{:02}", local.hour, local.minute);
 }
 

@@ -8,6 +8,7 @@
 #include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
 #include "Tool/Suggestions.h"
+#include "Tool/Table.h"
 #include "Tool/Wrap.h"
 
 #include <algorithm>
@@ -23,7 +24,7 @@ using Lines = std::vector<std::pair<std::string, std::string>>;
 
 std::string sinceText(const Context& context, Date instant) {
   const auto& zone = *context.host.zone;
-  return dayText(localDay(zone, instant)) + " " + clockText(zone, instant);
+  return shownDay(localDay(zone, instant)) + " " + clockText(zone, instant);
 }
 
 std::string durationText(Seconds span) {
@@ -80,8 +81,7 @@ void print(Context& context, const PortUse& use, bool isIdleKnown) {
                             : localized("No process of yours listens on port {port}.", {{"port", port}}));
   for (const auto& listener : use.listeners) {
     if (&listener != &use.listeners.front()) context.out.line();
-    for (const auto& [label, text] : linesOf(context, listener, isIdleKnown))
-      context.out.line(context.out.ink(Ink::bold, fmt::format("{:<13}", label)) + text);
+    printLabelled(context.out, linesOf(context, listener, isIdleKnown), 13);
   }
 }
 

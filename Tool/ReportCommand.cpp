@@ -50,7 +50,7 @@ int printLastReport(Context& context, const Arguments& arguments) {
     context.out.line(localized("No weekly report has been sent yet."));
     return exitOK;
   }
-  const auto day = dayText(localDay(*context.host.zone, report->date));
+  const auto day = shownDay(localDay(*context.host.zone, report->date));
   printText(context, Ink::bold, escapedControls(report->title));
   printText(context, Ink::plain, escapedControls(report->body));
   printText(context, Ink::dim, localized("Sent on {day}.", {{"day", day}}));

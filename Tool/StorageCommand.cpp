@@ -109,7 +109,7 @@ void printItems(Terminal& out, const StorageScanResult& result, const std::strin
       size.insert(0, sizeWidth - std::min(sizeWidth, size.size()), ' ');
       const auto name = shownItem(item.id, home);
       const auto detail = item.id.starts_with('/') ? "" : "  " + item.title + "  " + item.detail.value_or("");
-      const auto date = item.date ? "  " + dayText(localDay(zone, *item.date)) : "";
+      const auto date = item.date ? "  " + shownDay(localDay(zone, *item.date)) : "";
       out.line("  " + size + "  " + name + out.ink(Ink::dim, detail + date));
     }
     if (category.note) printWrapped(out, *category.note);
@@ -141,7 +141,7 @@ int runLog(Context& context, const Arguments& arguments) {
   }
   const auto& zone = *context.host.zone;
   Table table({{localized("Day")}, {localized("Freed"), Column::Align::right}});
-  for (const auto& entry : entries) table.row({dayText(localDay(zone, entry.date)), sizeText(entry.bytes)});
+  for (const auto& entry : entries) table.row({shownDay(localDay(zone, entry.date)), sizeText(entry.bytes)});
   if (!table.empty()) {
     table.print(context.out);
     context.out.line();

@@ -3,6 +3,7 @@
 #include "Base/Format.h"
 #include "Base/Text.h"
 #include "Core/Machine/CPUScale.h"
+#include "Tool/Labels.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -11,12 +12,13 @@ namespace korvell {
 
 namespace {
 
-constexpr int labelWidth = 9;
 constexpr int barWidth = 20, narrowBar = 8;
 constexpr int narrowRoom = 65; ///< columns behind the label
 constexpr int barlessRoom = 16;
 constexpr int narrowestText = 3, fewestDetails = 10;
 constexpr int spaceWidth = 25;
+
+int percentWidth() { return displayWidth(Format::percent(100)); }
 
 std::string padded(std::string text, int width) {
   text.append(size_t(std::max(0, width - displayWidth(text))), ' ');
@@ -26,12 +28,13 @@ std::string padded(std::string text, int width) {
 /// Collects lines that begin with a label or below one, cut to the width.
 class Lines {
 public:
-  Lines(const Terminal& terminal, int width) : terminal_(terminal), width_(width) {}
+  Lines(const Terminal& terminal, int width)
+      : terminal_(terminal), width_(width), labelWidth_(labelWidth()) {}
 
   /// `head` may hold inks and is never cut. Of the parts, which are plain, those stand behind it that fit;
   /// of the first one what fits.
   void add(std::string_view label, const std::string& head, const std::vector<std::string>& parts = {}) {
-    std::string line = terminal_.ink(Ink::bold, padded(std::string(label), labelWidth)) + head;
+    std::string line = terminal_.ink(Ink::bold, padded(std::string(label), labelWidth_)) + head;
     std::size_t next = 0;
     const int left = room() - inkedWidth(head);
     const bool tells = !parts.empty() && (left >= fewestDetails || displayWidth(parts.front()) <= left);
@@ -43,13 +46,13 @@ public:
   void addAll(const std::vector<std::string>& parts) {
     if (room() < narrowestText) return;
     for (std::size_t next = 0; next < parts.size();)
-      lines_.push_back(std::string(labelWidth, ' ') +
+      lines_.push_back(std::string(std::size_t(labelWidth_), ' ') +
                        terminal_.ink(Ink::dim, joinedFrom(parts, next, room())));
   }
-  int room() const { return width_ - labelWidth; }
+  int room() const { return width_ - labelWidth_; }
   /// What stands before the details of a share: a bar, narrower where there is little room, and the figure.
   std::string gauge(double percent) const {
-    const auto figure = fmt::format(" {:>4}  ", Format::percent(percent));
+    const auto figure = fmt::format(" {:>{}}  ", Format::percent(percent), percentWidth());
     if (room() < barlessRoom) return figure;
     const int width = room() < narrowRoom ? narrowBar : barWidth;
     return terminal_.ink(inkForPercent(percent), bar(percent / 100, width)) + figure;
@@ -72,21 +75,21 @@ private:
   }
 
   const Terminal& terminal_;
-  int width_;
+  int width_, labelWidth_;
   std::vector<std::string> lines_;
 };
 
 void addCores(Lines& lines, const Terminal& terminal, const std::vector<double>& cores) {
   // A few cores get a bar and a figure each, many a column each.
-  const int cell = 17;
+  const int cell = 13 + percentWidth();
   const int perRow = std::max(1, (lines.room() + 2) / cell);
   if (lines.room() >= cell && int(cores.size()) <= 2 * perRow) {
     for (size_t first = 0; first < cores.size(); first += size_t(perRow)) {
       std::string row;
       for (size_t i = first; i < std::min(cores.size(), first + size_t(perRow)); ++i)
         row +=
-            fmt::format("{:>2} {} {:>4}  ", i, terminal.ink(inkForPercent(cores[i]), bar(cores[i] / 100, 7)),
-                        Format::percent(cores[i]));
+            fmt::format("{:>2} {} {:>{}}  ", i, terminal.ink(inkForPercent(cores[i]), bar(cores[i] / 100, 7)),
+                        Format::percent(cores[i]), percentWidth());
       row.resize(row.size() - 2);
       lines.add("", row);
     }
@@ -111,8 +114,8 @@ void addCPU(Lines& lines, const Terminal& terminal, const CPUStats& cpu, const K
     details = {title(CPUScale::machine), localized("user {n}", {{"n", Format::percent(cpu.user)}}),
                localized("system {n}", {{"n", Format::percent(cpu.system)}})};
   if (celsius) details.insert(details.begin() + (isKnown ? 1 : 0), Format::celsius(*celsius));
-  details.push_back(localized(
-      "load {n}", {{"n", known.has(KnownPart::load) ? fmt::format("{:.2f}", cpu.load1) : noFigure}}));
+  details.push_back(
+      localized("load {n}", {{"n", known.has(KnownPart::load) ? Format::decimal(cpu.load1, 2) : noFigure}}));
   if (cpu.performanceCores > 0 && cpu.efficiencyCores > 0)
     details.push_back(
         localized("{p} performance, {e} efficiency cores",

@@ -86,8 +86,8 @@ std::string SupportReport::nameless(std::string_view text) const {
 }
 
 std::string timeText(double microseconds) {
-  return microseconds < 1000 ? fmt::format("{:.0f} µs", microseconds)
-                             : fmt::format("{:.1f} ms", microseconds / 1000);
+  return microseconds < 1000 ? Format::decimal(microseconds, 0) + " µs"
+                             : Format::decimal(microseconds / 1000, 1) + " ms";
 }
 
 } // namespace korvell

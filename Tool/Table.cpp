@@ -76,4 +76,10 @@ void Table::print(Terminal& terminal) const {
   for (const auto& line : lines(terminal, terminal.columns())) terminal.line(line);
 }
 
+void printLabelled(Terminal& out, const std::vector<std::pair<std::string, std::string>>& lines, int column) {
+  for (const auto& [label, text] : lines) column = std::max(column, displayWidth(label) + 1);
+  for (const auto& [label, text] : lines)
+    out.line(out.ink(Ink::bold, label + std::string(std::size_t(column - displayWidth(label)), ' ')) + text);
+}
+
 } // namespace korvell

@@ -5,6 +5,7 @@
 #include "Tool/Terminal.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace korvell {
@@ -41,5 +42,9 @@ private:
   std::vector<Column> columns_;
   std::vector<std::vector<Cell>> rows_;
 };
+
+/// Lines of a bold label and a text, the texts below each other from this column on, or from where the widest
+/// label allows.
+void printLabelled(Terminal& out, const std::vector<std::pair<std::string, std::string>>& lines, int column);
 
 } // namespace korvell

@@ -6,9 +6,8 @@
 #include "Tool/Commands.h"
 #include "Tool/Measure.h"
 #include "Tool/Suggestions.h"
+#include "Tool/Table.h"
 #include "Tool/UsageTable.h"
-
-#include <fmt/format.h>
 
 namespace korvell {
 
@@ -35,8 +34,7 @@ int runWhy(Context& context, std::int64_t number, bool json) {
     printJSON(context.out, ownerValue(pid, *identity));
     return exitOK;
   }
-  for (const auto& [label, text] : ownerLines(pid, *identity))
-    context.out.line(context.out.ink(Ink::bold, fmt::format("{:<15}", label)) + text);
+  printLabelled(context.out, ownerLines(pid, *identity), 15);
   return exitOK;
 }
 

@@ -28,7 +28,7 @@ std::string padded(std::string text, int width, bool right) {
 std::string figureText(UsageKey key, double value) {
   switch (key) {
   case UsageKey::cpu:
-    return fmt::format("{:.1f}%", value);
+    return Format::figure(Unit::corePercent, value);
   case UsageKey::memory:
     return Format::memory(value);
   case UsageKey::disk:

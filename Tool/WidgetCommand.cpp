@@ -48,7 +48,7 @@ void printDocument(Context& context, const WidgetSnapshot& document) {
     out.line(fmt::format("{:>8}  {}", shown(app.memory), shown(app.name)));
   out.line();
   out.line(out.ink(Ink::dim,
-                   localized("Written on {day} at {time}.", {{"day", dayText(localDay(zone, document.date))},
+                   localized("Written on {day} at {time}.", {{"day", shownDay(localDay(zone, document.date))},
                                                              {"time", clockText(zone, document.date)}})));
 }
 

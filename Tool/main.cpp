@@ -1,5 +1,6 @@
 #include "Platform/Host.h"
 #include "Tool/Command.h"
+#include "Words/Languages.h"
 
 #include <clocale>
 #include <csignal>
@@ -26,11 +27,14 @@ int main(int argc, char** argv) {
   const auto environment = withHome(processEnvironment(), passwordHome);
   if (const auto home = environment("HOME")) setenv("HOME", home->c_str(), 1); // for the programs it starts
   Host host = makeHost(environment);
-  setLocalization(host.words);
+  const std::vector<std::string> arguments(argv + 1, argv + argc);
+  const auto language =
+      speaksToPrograms(arguments) ? "en" : languageFor(host.locale, environment("LANGUAGE").value_or(""));
+  setLanguages(languages(language, host.words));
   SystemClock clock;
   Terminal out(stdout, environment), err(stderr, environment);
   Context context{host, clock, environment, out, err, stdin};
-  const int status = runCommandLine(context, allCommands(), {argv + 1, argv + argc});
+  const int status = runCommandLine(context, allCommands(), arguments);
   out.flush();
   if (const auto loss = out.loss())
     return fail(context, localized("the output could not be written: {reason}", {{"reason", *loss}}));

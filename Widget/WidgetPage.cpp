@@ -106,7 +106,10 @@ LedFigure ledFigure(std::string_view text) {
       text.remove_prefix(arrow.size());
     }
   if (text.ends_with('%')) {
-    result.figure = {std::string(text.substr(0, text.size() - 1)), "%"};
+    text.remove_suffix(1);
+    if (const auto gap = currentLanguage().numbers.beforePercent; text.ends_with(gap))
+      text.remove_suffix(gap.size());
+    result.figure = {std::string(text), "%"};
   } else {
     const auto gap = text.rfind(' ');
     result.figure.number = text.substr(0, gap);

@@ -8,6 +8,7 @@
 #include "UI/Kit/Text.h"
 #include "UI/Kit/Type.h"
 #include "Widget/WidgetWindow.h"
+#include "Words/Languages.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -37,6 +38,13 @@ void open(const std::string& link) {
     QToolTip::showText(QCursor::pos(), text(localized("Korvell's application can't be started.")));
 }
 
+std::string_view languageOf(const Environment& environment) {
+  std::string locale;
+  for (const auto* variable : {"LC_ALL", "LC_MESSAGES", "LANG"})
+    if (locale.empty()) locale = environment(variable).value_or("");
+  return languageFor(locale, environment("LANGUAGE").value_or(""));
+}
+
 Look lookOf(const DesktopWishes& wishes) {
   const QFontInfo desktop(QApplication::font());
   return {.appearance = wishes.appearance,
@@ -49,7 +57,8 @@ Look lookOf(const DesktopWishes& wishes) {
 } // namespace
 
 int main(int argc, char** argv) {
-  const auto folders = linuxUserFolders(withHome(processEnvironment(), passwordHome));
+  const auto environment = withHome(processEnvironment(), passwordHome);
+  const auto folders = linuxUserFolders(environment);
   if (!ensurePrivateFolder(folders.data)) {
     std::fprintf(stderr, "korvell-widget: %s can't be written.\n", folders.data.c_str());
     return EXIT_FAILURE;
@@ -60,6 +69,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "korvell-widget: the widget is placed already.\n");
     return EXIT_SUCCESS;
   }
+  setLanguages(languages(languageOf(environment)));
   QGuiApplication::setDesktopFileName("korvell-widget");
   QApplication application(argc, argv);
   QApplication::setApplicationName("Korvell");

@@ -20,6 +20,7 @@ std::string keyOf(const AICodexLimits& limits, bool isSecondary) {
 
 std::string resetText(const TimeZone& zone, Date date) {
   const auto time = localTime(zone, date);
+  if (!currentLanguage().numbers.hasHalfDays) return weekdayName(time.weekday) + " " + clockText(zone, date);
   return fmt::format("{} {}:{:02} {}", weekdayName(time.weekday), time.hour % 12 == 0 ? 12 : time.hour % 12,
                      time.minute, localized(time.hour < 12 ? "AM" : "PM"));
 }
@@ -56,13 +57,20 @@ bool PlanLimitAlerts::mark(const std::string& key, const AIPlanLimit& limit) {
 
 HealthAlert PlanLimitAlerts::alert(const AIPlanLimit& limit, Date now) const {
   const auto percent = std::to_string(limit.wholePercent().value_or(0));
+  const auto wording = [&] {
+    // English alone writes the name of a limit small within a sentence.
+    const auto name = currentLanguage().code == "en" ? lowercased(limit.name()) : limit.name();
+    return Wording{localized("Codex {limit} limit at {percent}%", {{"limit", name}, {"percent", percent}}),
+                   localized("Resets {time}.", {{"time", resetText(seams_.zone, limit.resetsAt)}})};
+  };
+  auto own = wording();
   return {.id = seams_.newID(),
           .kind = HealthAlert::Kind::aiPlanLimit,
           .appName = "Codex",
-          .title = localized("Codex {limit} limit at {percent}%",
-                             {{"limit", lowercased(limit.name())}, {"percent", percent}}),
-          .detail = localized("Resets {time}.", {{"time", resetText(seams_.zone, limit.resetsAt)}}),
-          .date = now};
+          .title = std::move(own.title),
+          .detail = std::move(own.detail),
+          .date = now,
+          .wordings = wordingsOf(wording)};
 }
 
 } // namespace korvell

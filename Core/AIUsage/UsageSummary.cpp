@@ -130,10 +130,11 @@ std::string leftOutText(const AITotal& total) {
 }
 
 std::string costExplanation() {
+  const auto checked = parseDay(AIPricing::checked);
   return localized("API-equivalent cost is what these tokens would cost at API list prices (checked {date}). "
                    "Subscription plans do not pay per token. Tokens include cache reads and writes. Cursor "
                    "keeps no usage data on this Mac, so it is not shown.",
-                   {{"date", std::string(AIPricing::checked)}});
+                   {{"date", checked ? shownDay(*checked) : std::string(AIPricing::checked)}});
 }
 
 } // namespace korvell

@@ -27,10 +27,7 @@ constexpr double muchGrowth = 1'000'000'000;
 constexpr double muchMemory = 2'000'000'000;
 constexpr std::int64_t littleSpace = 9'999'999'999;
 
-struct Texts {
-  std::string title;
-  std::string detail;
-};
+using Texts = Wording;
 
 /// One application as the rules see it.
 struct AppFacts {
@@ -48,7 +45,7 @@ std::optional<Texts> busyProcessor(const AppFacts& app) {
   return Texts{app.words("{app} is keeping the CPU busy"),
                localized("{n}% of your Mac, about {c} cores, for 10 minutes.",
                          {{"n", fmt::format("{:.0f}", std::trunc(*average))},
-                          {"c", fmt::format("{:.1f}", app.cores * *average / 100)}})};
+                          {"c", Format::decimal(app.cores * *average / 100, 1)}})};
 }
 
 // First and last sample, no trend: a peak in between is none of our business.
@@ -129,7 +126,8 @@ public:
                       .kind = rule.kind,
                       .title = std::move(texts->title),
                       .detail = std::move(texts->detail),
-                      .date = now_};
+                      .date = now_,
+                      .wordings = wordingsOf([&] { return rule.check(subject).value_or(Texts{}); })};
     if (app) {
       alert.appName = app->name;
       alert.bundlePath = app->bundlePath;

@@ -112,7 +112,7 @@ void AlertLog::keep(const std::vector<HealthAlert>& alerts) {
   for (const auto& alert : alerts) {
     addForeign(alert.date);
     const auto known = std::ranges::find(entries_, std::optional(alert), &Entry::alert);
-    add(known != entries_.end() ? known->raw : toValue(alert));
+    add(known != entries_.end() ? known->raw : toldValue(alert));
   }
   addForeign(Date{-std::numeric_limits<double>::infinity()});
   Value document = document_;

@@ -4,10 +4,12 @@
 #include "Base/Date.h"
 #include "Base/Enum.h"
 #include "Base/Record.h"
+#include "Core/Health/Wordings.h"
 
 #include <optional>
 #include <string>
 #include <tuple>
+#include <vector>
 
 namespace korvell {
 
@@ -21,6 +23,7 @@ struct HealthAlert {
   std::string title;  ///< localised
   std::string detail; ///< localised
   Date date;
+  Wordings wordings{}; ///< title and detail in all languages
 
   bool operator==(const HealthAlert&) const = default;
   static constexpr auto fields() {
@@ -47,6 +50,12 @@ struct EnumTable<HealthAlert::Kind> {
 
 /// The user-defaults key of a kind's switch: "alert.cpu".
 inline std::string defaultsKey(HealthAlert::Kind kind) { return "alert." + std::string(rawValue(kind)); }
+
+/// In the language in effect, as far as it is told in it.
+[[nodiscard]] bool fromValue(const Value& value, HealthAlert& alert);
+/// For readers of any language; toValue() is for those of the one in effect.
+Value toldValue(const HealthAlert& alert);
+Value toldValue(const std::vector<HealthAlert>& alerts);
 
 KORVELL_CONVERTED_ONCE(std::vector<HealthAlert>);
 

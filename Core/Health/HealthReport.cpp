@@ -239,19 +239,25 @@ std::optional<Action> actionOf(const Rule& rule, const AppUsage* culprit) {
   return Action{Action::Kind::quitApp, culprit->bundlePath, culprit->name};
 }
 
-Insight insightOf(const Rule& rule, const Facts& facts) {
+Wording wordingOf(const Rule& rule, const Facts& facts, const AppUsage* culprit) {
   const auto values = rule.values ? rule.values(facts) : Values{};
-  const auto* culprit = rule.culprit ? rule.culprit->find(facts) : nullptr;
   auto detail = localized(rule.detail, values);
   if (culprit)
     detail +=
         " " + localized(rule.culprit->sentence,
                         {{"app", culprit->name}, {"memory", Format::memory(double(culprit->memory()))}});
+  return {localized(rule.title, values), std::move(detail)};
+}
+
+Insight insightOf(const Rule& rule, const Facts& facts) {
+  const auto* culprit = rule.culprit ? rule.culprit->find(facts) : nullptr;
+  auto own = wordingOf(rule, facts, culprit);
   return {.severity = rule.severity,
-          .title = localized(rule.title, values),
-          .detail = std::move(detail),
+          .title = std::move(own.title),
+          .detail = std::move(own.detail),
           .penalty = rule.penalty.of(facts),
-          .action = actionOf(rule, culprit)};
+          .action = actionOf(rule, culprit),
+          .wordings = wordingsOf([&] { return wordingOf(rule, facts, culprit); })};
 }
 
 struct LabelFrom {
@@ -297,6 +303,43 @@ HealthReport HealthReport::make(const SystemSnapshot& snapshot, const std::optio
   report.score = std::max(report.score, 0);
   std::ranges::stable_sort(report.insights, std::ranges::greater{}, &Insight::severity);
   return report;
+}
+
+Value toldValue(const HealthReport& report) {
+  const InLanguage speaking("en");
+  auto insights = Value::array();
+  for (const auto& insight : report.insights) {
+    auto value = toValue(insight);
+    tellWordings(insight.wordings, value);
+    insights.append(std::move(value));
+  }
+  return reportValue(report).set("insights", std::move(insights));
+}
+
+Value toldValue(const HealthAlert& alert) {
+  auto value = toValue(alert);
+  tellWordings(alert.wordings, value);
+  return value;
+}
+
+Value toldValue(const std::vector<HealthAlert>& alerts) {
+  auto list = Value::array();
+  for (const auto& alert : alerts) list.append(toldValue(alert));
+  return list;
+}
+
+bool fromValue(const Value& value, Insight& insight) {
+  if (!fromValue<Insight>(value, insight)) return false;
+  insight.wordings = readWordings(value);
+  speakHere(insight);
+  return true;
+}
+
+bool fromValue(const Value& value, HealthAlert& alert) {
+  if (!fromValue<HealthAlert>(value, alert)) return false;
+  alert.wordings = readWordings(value);
+  speakHere(alert);
+  return true;
 }
 
 KORVELL_CONVERT_HERE(HealthReport);

@@ -8,6 +8,7 @@
 #include "Base/Enum.h"
 #include "Base/Record.h"
 #include "Core/DevServers/DevServer.h"
+#include "Core/Health/Wordings.h"
 #include "Core/Machine/Models.h"
 #include "Core/Startup/StartupItem.h"
 #include "Platform/MachineState.h"
@@ -44,6 +45,7 @@ struct Insight {
   std::string detail; ///< one or two sentences, localised
   int penalty = 0;    ///< points that it takes from 100
   std::optional<Action> action;
+  Wordings wordings{}; ///< title and detail in all languages
 
   /// The same for equal findings.
   std::size_t id() const;
@@ -98,6 +100,11 @@ struct HealthReport {
 
 /// {"score", "label", "insights"}
 Value reportValue(const HealthReport& report);
+/// The same for readers of any language.
+Value toldValue(const HealthReport& report);
+
+/// In the language in effect, as far as it is told in it.
+[[nodiscard]] bool fromValue(const Value& value, Insight& insight);
 
 KORVELL_CONVERTED_ONCE(HealthReport);
 

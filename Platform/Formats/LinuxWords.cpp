@@ -50,12 +50,22 @@ constexpr LocalizedText words[] = {
      "helper. It is read-only: it can only report those numbers.",
      "Linux hides what other users' processes read from and write to storage unless an administrator enables "
      "a helper. It is read-only: it can only report those numbers."},
+    {"macOS may ask Korvell for access to this folder. The scan continues once you answer.",
+     "The system may ask Korvell for access to this folder. The scan continues once you answer."},
+    {"Menu bar", "Tray"},
+    {"System daemon", "System service"},
+    {"Trackpad", "Touchpad"},
+    {"Links korvell into ~/.local/bin so you can run korvell status in Terminal.",
+     "Links korvell into ~/.local/bin so you can run korvell status in a terminal."},
+    {"Waiting for approval in System Settings > Login Items", "Waiting for an administrator's approval"},
+    {"Open Login Items", "Open Settings"},
     {"Enabled, but not for this user",
      "Enabled for members of the group “korvell”: have an administrator add you, then log in again"},
 };
+constexpr auto sorted = sortedTexts(words);
 
 } // namespace
 
-std::span<const LocalizedText> linuxWords() { return words; }
+std::span<const LocalizedText> linuxWords() { return sorted; }
 
 } // namespace korvell

@@ -21,6 +21,7 @@
 #include "Platform/Linux/SettingsFile.h"
 #include "Platform/Posix/PlacedWidget.h"
 #include "Platform/Posix/PosixLogFiles.h"
+#include "Words/German/Tables.h"
 
 #include <filesystem>
 #include <unistd.h>
@@ -46,7 +47,7 @@ Host makeHost(const Environment& environment) {
   host.user = geteuid();
   for (const auto* variable : {"LC_ALL", "LC_MESSAGES", "LANG"})
     if (host.locale.empty()) host.locale = environment(variable).value_or("");
-  host.words = linuxWords();
+  host.words = {linuxWords(), german::onLinux()};
   host.defaults = std::make_unique<SettingsFile>(host.folders.config);
   host.fileTree = std::make_unique<LinuxFileTree>();
   host.logFiles = std::make_unique<PosixLogFiles>();

@@ -1,5 +1,6 @@
 #include "Base/Shell.h"
 #include "Base/SystemQueue.h"
+#include "Base/macOS/CoreFoundation.h"
 #include "Platform/Host.h"
 #include "Platform/Posix/PosixLogFiles.h"
 #include "Platform/macOS/MacApplications.h"
@@ -40,6 +41,15 @@ void openSettings(const std::string& page) {
   Shell::run("/usr/bin/open", {"x-apple.systempreferences:" + page}, patience);
 }
 
+/// A terminal's environment says it; an application has none and asks for the user's first language.
+std::string localeOf(const Environment& environment) {
+  for (const auto* variable : {"LC_ALL", "LC_MESSAGES", "LANG"})
+    if (const auto locale = environment(variable); locale && !locale->empty()) return *locale;
+  const CFOwned<CFArrayRef> preferred(CFLocaleCopyPreferredLanguages());
+  if (!preferred || CFArrayGetCount(preferred.get()) == 0) return {};
+  return cfText(cfCast<CFStringRef>(CFArrayGetValueAtIndex(preferred.get(), 0), CFStringGetTypeID()));
+}
+
 } // namespace
 
 Host makeHost(const Environment& environment) {
@@ -49,6 +59,7 @@ Host makeHost(const Environment& environment) {
   host.folders = macOSUserFolders(environment);
   host.user = geteuid();
   host.program = runningProgram();
+  host.locale = localeOf(environment);
   host.words = {}; // the keys are this system's words
   host.defaults = std::make_unique<SystemUserDefaults>(host.folders.data);
   host.fileTree = std::make_unique<MacFileTree>();

@@ -185,7 +185,7 @@ std::string resetWords(Date date, const AIUsageContext& context) {
   const auto ahead = day.number - localDay(context.zone, context.now).number;
   if (ahead == 0) return localized("resets {time}", {{"time", time}});
   // A week from now a weekday could be today.
-  const auto name = ahead < daysOfWeek ? weekdayName(localTime(context.zone, date).weekday) : dayText(day);
+  const auto name = ahead < daysOfWeek ? weekdayName(localTime(context.zone, date).weekday) : shownDay(day);
   return localized("resets {time}", {{"time", name + " " + time}});
 }
 
@@ -193,7 +193,7 @@ AIUsagePage::Limit limitOf(const AIPlanLimit& limit, const AIUsageContext& conte
   const auto percent = limit.wholePercent();
   AIUsagePage::Limit row{.name = localized("{window} limit", {{"window", limit.name()}}),
                          .level = percent ? std::clamp(limit.usedPercent / 100, 0.0, 1.0) : 0,
-                         .percent = percent ? fmt::format("{}%", *percent) : std::string(noFigure),
+                         .percent = percent ? Format::percent(double(*percent)) : std::string(noFigure),
                          .hasReset = limit.resetsAt <= context.now,
                          .reset = {},
                          .spoken = {}};

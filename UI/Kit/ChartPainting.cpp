@@ -50,6 +50,7 @@ std::string bucketWords(Seconds bucket) {
   const auto minutes = std::lround(bucket.count() / 60);
   if (minutes == 1) return localized("a minute");
   if (minutes < 60) return localized("{n} minutes", {{"n", std::to_string(minutes)}});
+  if (minutes == 60) return localized("an hour");
   return localized("{n} hours", {{"n", std::to_string(minutes / 60)}});
 }
 

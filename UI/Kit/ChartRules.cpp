@@ -33,14 +33,14 @@ Unit unitOf(ValueScale scale) {
 
 /// Where a number ends and its unit begins.
 std::size_t numberEnd(const std::string& text) {
-  const auto end = text.find_first_not_of("0123456789.-");
+  const auto end = text.find_first_not_of("0123456789.,-");
   return end == std::string::npos ? text.size() : end;
 }
 
 /// "4.00 GB" is "4 GB" beside a gridline.
 std::string withoutIdleZeros(std::string text) {
   const auto end = numberEnd(text);
-  const auto point = text.find('.');
+  const auto point = text.find(currentLanguage().numbers.decimal);
   if (point == std::string::npos || point > end) return text;
   auto kept = text.find_last_not_of('0', end - 1);
   if (kept == point) --kept;

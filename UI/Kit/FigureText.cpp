@@ -121,7 +121,7 @@ void drawFigures(QPainter& painter, const QRectF& box, Qt::Alignment horizontal,
 FigureText::FigureText(const Theme& theme, TextStyle number, const Figure& figure)
     : numberFont_(fontOf(theme, number)), unitFont_(fontOf(theme, unitStyle(number))),
       number_(text(figure.number)), unit_(text(figure.unit)),
-      gap_(unit_.isEmpty() || unit_ == "%" ? 0 : unitGap * numberFont_.pixelSize()) {}
+      gap_(gapBefore(figure.unit).empty() ? 0 : unitGap * numberFont_.pixelSize()) {}
 
 double FigureText::numberWidth() const { return figureWidth(numberFont_, number_); }
 
@@ -167,11 +167,7 @@ void FigureLabel::setAlignment(Qt::Alignment horizontal) {
   update();
 }
 
-QString FigureLabel::spoken() const {
-  auto number = text(figure_.number);
-  if (figure_.unit.empty()) return number;
-  return figure_.unit == "%" ? number + "%" : number + " " + text(figure_.unit);
-}
+QString FigureLabel::spoken() const { return text(textOf(figure_)); }
 
 double FigureLabel::leadWidth() const {
   if (lead_.isEmpty()) return 0;

@@ -99,7 +99,7 @@ std::string sinceText(Date since, Date now, const TimeZone& zone) {
   const auto time = clockText(zone, since);
   if (days <= 0) return localized("Korvell has recorded since today, {time}.", {{"time", time}});
   if (days == 1) return localized("Korvell has recorded since yesterday, {time}.", {{"time", time}});
-  return localized("Korvell has recorded since {day}.", {{"day", dayText(localDay(zone, since))}});
+  return localized("Korvell has recorded since {day}.", {{"day", shownDay(localDay(zone, since))}});
 }
 
 void setEmpty(ChartData& data, std::string sentence, std::string detail = {}) {

@@ -54,7 +54,7 @@ void addCPU(MeasurePage& page, const Model& model, const MeasureBeside& beside) 
   page.now = known.figure(processor, Format::percent(cpu.total));
   page.facts = {known.fact(localized("User"), processor, Format::percent(cpu.user)),
                 known.fact(localized("System"), processor, Format::percent(cpu.system)),
-                known.fact(localized("Load"), load, words(fmt::format("{:.2f}", cpu.load1)))};
+                known.fact(localized("Load"), load, words(Format::decimal(cpu.load1, 2)))};
   if (beside.tenMinutes)
     page.facts.push_back({localized("10-minute average"), figureOf(Format::percent(*beside.tenMinutes))});
   else

@@ -34,9 +34,7 @@ QRectF mirrored(const QWidget& widget, const QRectF& box) {
 }
 
 std::string spokenFact(const std::string& caption, const Figure& figure) {
-  auto words = caption.empty() ? figure.number : caption + " " + figure.number;
-  if (!figure.unit.empty()) words += (figure.unit == "%" ? "" : " ") + figure.unit;
-  return words;
+  return caption.empty() ? textOf(figure) : caption + " " + textOf(figure);
 }
 
 } // namespace

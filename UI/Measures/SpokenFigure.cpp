@@ -27,11 +27,13 @@ constexpr std::pair<std::string_view, const char*> endings[] = {{" B/s", "{n} by
 
 std::string spokenFigure(Unit unit, double value) {
   const auto shown = Format::figure(unit, value);
-  if (unit == Unit::corePercent && shown.ends_with('%'))
-    return localized("{n} percent of one core", {{"n", shown.substr(0, shown.size() - 1)}});
-  for (const auto& [ending, words] : endings)
-    if (shown.ends_with(ending))
-      return localized(words, {{"n", shown.substr(0, shown.size() - ending.size())}});
+  for (const auto& [ending, words] : endings) {
+    if (!shown.ends_with(ending)) continue;
+    auto number = shown.substr(0, shown.size() - ending.size());
+    const auto gap = currentLanguage().numbers.beforePercent;
+    if (number.ends_with(gap)) number.resize(number.size() - gap.size());
+    return localized(unit == Unit::corePercent ? "{n} percent of one core" : words, {{"n", number}});
+  }
   return shown;
 }
 

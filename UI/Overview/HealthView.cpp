@@ -51,8 +51,7 @@ public:
 
   void show(const HealthPage::Total& total) {
     total_ = total;
-    const auto gap = total.figure.unit.empty() || total.figure.unit == "%" ? "" : " ";
-    figure_ = total.figure.number + gap + total.figure.unit;
+    figure_ = textOf(total.figure);
     setName(total.title + ", " + (total.reason.empty() ? figure_ : total.reason));
     setReason(total.reason);
     setFocusPolicy(total.reason.empty() ? Qt::NoFocus : Qt::TabFocus);

@@ -10,7 +10,11 @@ Figure figureOf(std::string_view formatted) {
   const auto end = formatted.find_last_of("0123456789");
   if (end == std::string_view::npos) return {std::string(formatted), {}};
   auto unit = formatted.substr(end + 1);
-  if (unit.starts_with(' ')) unit.remove_prefix(1);
+  const auto beforePercent = currentLanguage().numbers.beforePercent;
+  if (unit.starts_with(' '))
+    unit.remove_prefix(1);
+  else if (unit.starts_with(beforePercent))
+    unit.remove_prefix(beforePercent.size());
   return {std::string(formatted.substr(0, end + 1)), std::string(unit)};
 }
 
@@ -28,7 +32,7 @@ std::string dayWords(const TimeZone& zone, Date date, Date now) {
   if (age == 0) return localized("Today");
   if (age == 1) return localized("Yesterday");
   const bool isRecent = age > 0 && age < week;
-  return isRecent ? weekdayName(localTime(zone, date).weekday) : dayText(localDay(zone, date));
+  return isRecent ? weekdayName(localTime(zone, date).weekday) : shownDay(localDay(zone, date));
 }
 
 std::string dayAndTime(const TimeZone& zone, Date date, Date now) {

@@ -303,10 +303,9 @@ double eachColumn(const QWidget& row, const Theme& theme, PartForm form, F call)
 
 void drawFigure(QPainter& painter, const QRectF& box, const QWidget& row, const Theme& theme,
                 const Figure& figure, Token token) {
-  const auto gap = figure.unit.empty() || figure.unit == "%" ? "" : " ";
   painter.setPen(theme.color(figure.unit.empty() ? Token::text3 : token));
   drawFigures(painter, box, row.isRightToLeft() ? Qt::AlignLeft : Qt::AlignRight,
-              fontOf(theme, TextStyle::body), text(figure.number + gap + figure.unit));
+              fontOf(theme, TextStyle::body), text(textOf(figure)));
 }
 
 } // namespace

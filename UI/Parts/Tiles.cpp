@@ -45,7 +45,7 @@ void fillProcessor(Tile& tile, const SystemSnapshot& snapshot, const KnownParts&
   tile.caption = localized("user {user} · system {system}",
                            {{"user", Format::percent(cpu.user)}, {"system", Format::percent(cpu.system)}});
   if (known.has(KnownPart::load))
-    tile.shortCaption = localized("load {n}", {{"n", fmt::format("{:.2f}", cpu.load1)}});
+    tile.shortCaption = localized("load {n}", {{"n", Format::decimal(cpu.load1, 2)}});
 }
 
 void fillMemory(Tile& tile, const SystemSnapshot& snapshot, const KnownParts&) {

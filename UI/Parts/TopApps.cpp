@@ -36,7 +36,7 @@ AppRow rowOf(const AppUsage& app, UsageKey key, double greatest, const Model& mo
              .isKorvell = isKorvell(app),
              .processes = int(app.processes.size()),
              .isSystem = isSystem(app),
-             .cpu = {fmt::format("{:.1f}", cpu), "%"},
+             .cpu = {Format::decimal(cpu, 1), "%"},
              .memory = figureOf(Unit::memory, double(app.memory())),
              .disk = rate(disk, hasDisk),
              .network = rate(network, hasNetwork),

@@ -103,6 +103,11 @@ void SettingsEditor::setAppearance(AppearanceChoice choice) {
   store(appearanceKey, std::string(rawValue(choice)), services_.appearanceChanged);
 }
 
+void SettingsEditor::setLanguage(LanguageChoice choice) {
+  store(languageKey, std::string(rawValue(choice)));
+  changed_();
+}
+
 void SettingsEditor::setTemperatures(TemperatureUnit unit) {
   store(temperatureUnitKey, std::string(rawValue(unit)), services_.temperaturesChanged);
 }

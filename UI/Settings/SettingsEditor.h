@@ -48,6 +48,7 @@ public:
 
   void setStyle(MenuBarStyle style);
   void setAppearance(AppearanceChoice choice);
+  void setLanguage(LanguageChoice choice);
   void setTemperatures(TemperatureUnit unit);
   void setAlerts(HealthAlert::Kind kind, bool on);
   void setWeeklyReport(bool on);

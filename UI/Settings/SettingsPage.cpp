@@ -59,8 +59,9 @@ std::string ownCost(const Model& model, ProcessID self) {
   for (const auto& app : model.snapshot->apps)
     for (const auto& process : app.processes)
       if (process.pid == self)
-        return localized("{cpu} of one core, {memory}", {{"cpu", fmt::format("{:.1f}%", process.cpu)},
-                                                         {"memory", Format::memory(double(process.memory))}});
+        return localized("{cpu} of one core, {memory}",
+                         {{"cpu", Format::figure(Unit::corePercent, process.cpu)},
+                          {"memory", Format::memory(double(process.memory))}});
   return noFigure;
 }
 
@@ -91,6 +92,7 @@ SettingsPage settingsPage(const Model& model, const UserDefaults& defaults, cons
                        .canChange = answers.opensAtLogin.has_value(),
                        .trouble = answers.loginTrouble};
   page.appearance = appearanceChoice(defaults);
+  page.language = languageChoice(defaults);
   page.temperatures = temperatureUnit(defaults);
   page.helper = helperPart(answers);
   page.tool = {localized("Links korvell into ~/.local/bin so you can run korvell status in Terminal."),

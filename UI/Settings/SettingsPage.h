@@ -2,6 +2,7 @@
 // What the settings show, as plain values.
 
 #include "App/AppearanceChoice.h"
+#include "App/LanguageChoice.h"
 #include "App/MenuBarLabel.h"
 #include "App/Model.h"
 #include "App/TemperatureUnit.h"
@@ -54,6 +55,7 @@ struct SettingsPage {
   MenuBarStyle style = MenuBarStyle::icon;
   Switch opensAtLogin;
   AppearanceChoice appearance = AppearanceChoice::system;
+  LanguageChoice language = LanguageChoice::system;
   TemperatureUnit temperatures = TemperatureUnit::celsius;
   Helper helper;
   Tool tool;

@@ -227,9 +227,10 @@ void SettingsView::makeMenuBar() {
 
 /// A row with the cases of an enumeration beside each other.
 template <class Choice>
-Segments* SettingsView::addChoice(Group& group, const std::string& words,
-                                  std::function<void(Choice)> chosen) {
+Segments* SettingsView::addChoice(Group& group, const std::string& words, std::function<void(Choice)> chosen,
+                                  const std::string& detail) {
   auto* row = new Row(theme_, words, group.plate);
+  row->tell(detail, {}, {});
   std::vector<std::string> choices;
   for (const auto& choice : allCases<Choice>()) choices.push_back(title(choice.value));
   auto* segments = new Segments(theme_, words, choices, row);
@@ -245,6 +246,9 @@ void SettingsView::makeGeneral() {
   group.add(*opensAtLogin_);
   appearance_ = addChoice<AppearanceChoice>(
       group, localized("Appearance"), [this](AppearanceChoice choice) { handlers_.appearance(choice); });
+  language_ = addChoice<LanguageChoice>(
+      group, localized("Language"), [this](LanguageChoice choice) { handlers_.language(choice); },
+      localized("Counts from the next start on."));
   temperatures_ = addChoice<TemperatureUnit>(group, localized("Temperatures"),
                                              [this](TemperatureUnit unit) { handlers_.temperatures(unit); });
 }
@@ -333,6 +337,7 @@ void SettingsView::show(const SettingsPage& page) {
   showStyles(page);
   opensAtLogin_->show(page.opensAtLogin);
   appearance_->choose(std::size_t(page.appearance));
+  language_->choose(std::size_t(page.language));
   temperatures_->choose(std::size_t(page.temperatures));
   showHelper(page.helper);
   tool_->tell(page.tool.note, page.tool.outcome, {});

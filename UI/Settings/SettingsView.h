@@ -23,6 +23,7 @@ public:
   struct Handlers {
     std::function<void(MenuBarStyle)> style;
     std::function<void(AppearanceChoice)> appearance;
+    std::function<void(LanguageChoice)> language;
     std::function<void(TemperatureUnit)> temperatures;
     std::function<void(bool)> opensAtLogin, weeklyReport;
     std::function<void(HealthAlert::Kind, bool)> alerts;
@@ -49,7 +50,8 @@ private:
 
   Group startGroup(std::string_view title);
   template <class Choice>
-  Segments* addChoice(Group& group, const std::string& words, std::function<void(Choice)> chosen);
+  Segments* addChoice(Group& group, const std::string& words, std::function<void(Choice)> chosen,
+                      const std::string& detail = {});
   void makeMenuBar();
   void makeGeneral();
   void makeHelper();
@@ -76,7 +78,7 @@ private:
   std::vector<MenuBarLabel> labels_; ///< that the tiles paint
   RadioTiles* styles_;
   SwitchRow* opensAtLogin_;
-  Segments *appearance_, *temperatures_;
+  Segments *appearance_, *language_, *temperatures_;
   struct HelperParts {
     QWidget* head;
     Plate* plate;

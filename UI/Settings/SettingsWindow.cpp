@@ -75,6 +75,7 @@ private:
   SettingsView::Handlers handlers() {
     return {.style = [this](MenuBarStyle style) { editor_->setStyle(style); },
             .appearance = [this](AppearanceChoice choice) { editor_->setAppearance(choice); },
+            .language = [this](LanguageChoice choice) { editor_->setLanguage(choice); },
             .temperatures = [this](TemperatureUnit unit) { editor_->setTemperatures(unit); },
             .opensAtLogin = [this](bool on) { editor_->setOpensAtLogin(on); },
             .weeklyReport = [this](bool on) { editor_->setWeeklyReport(on); },

@@ -127,7 +127,7 @@ private:
     const QPointF base(box.left() + inset, box.top() + 84);
     painter_.setPen(theme_.color(Token::text1));
     drawFigures(painter_, base, number, text(tile.figure.number));
-    const double gap = tile.figure.unit == "%" ? 1 : 5;
+    const double gap = gapBefore(tile.figure.unit).empty() ? 1 : 5;
     const double after = base.x() + figureWidth(number, text(tile.figure.number)) + gap;
     painter_.setPen(theme_.color(Token::text2));
     drawFigures(painter_, {after, base.y()}, unit, text(tile.figure.unit));

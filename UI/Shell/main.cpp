@@ -2,6 +2,7 @@
 //
 // usage: korvell-app [URL...]
 
+#include "App/LanguageChoice.h"
 #include "App/RunningApplication.h"
 #include "Base/Localization.h"
 #include "UI/Kit/Spoken.h"
@@ -10,7 +11,9 @@
 #include "UI/Shell/Instants.h"
 #include "UI/Shell/KorvellApp.h"
 
+#include <QLibraryInfo>
 #include <QMessageBox>
+#include <QTranslator>
 #include <csignal>
 #include <cstdlib>
 
@@ -28,6 +31,13 @@ std::string activationToken(const Environment& environment) {
   return {};
 }
 
+/// The toolkit's own words, as in the menu of a text field; English where its translations are not installed.
+void speakToolkit(QTranslator& translator) {
+  const auto name = "qtbase_" + text(currentLanguage().code);
+  if (translator.load(name, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+    QApplication::installTranslator(&translator);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -35,7 +45,8 @@ int main(int argc, char** argv) {
   const auto environment = withHome(processEnvironment(), passwordHome);
   if (const auto home = environment("HOME")) setenv("HOME", home->c_str(), 1); // for the programs it starts
   Host host = makeHost(environment);
-  setLocalization(host.words);
+  setLanguages(
+      languages(languageCode(*host.defaults, host.locale, environment("LANGUAGE").value_or("")), host.words));
   const OpenRequest request{.urls = {argv + 1, argv + argc}, .activation = activationToken(environment)};
   auto launched = launch(host.folders, request, patience);
   if (!launched.lock && launched.trouble.empty()) return EXIT_SUCCESS; // the one that runs has shown itself
@@ -44,6 +55,8 @@ int main(int argc, char** argv) {
   QApplication::setQuitOnLastWindowClosed(false);
   Application application(argc, argv);
   QApplication::setApplicationName("Korvell");
+  QTranslator translator;
+  speakToolkit(translator);
   installSpoken();
   const auto instants = Instants::areWanted() ? std::make_unique<Instants>() : nullptr;
   if (!launched.lock) {
