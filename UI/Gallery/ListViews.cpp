@@ -1,5 +1,8 @@
 // The pages of servers, sensors, startup items and alerts, each over a made-up machine.
 
+#include "Base/Format.h"
+#include "Base/Localization.h"
+#include "Core/AIUsage/PlanLimitAlerts.h"
 #include "Core/Health/WeeklyReport.h"
 #include "UI/Alerts/AlertsView.h"
 #include "UI/Gallery/Gallery.h"
@@ -167,28 +170,42 @@ Machine alerting(bool hasReport = true) {
   const auto& m = *made;
   using enum HealthAlert::Kind;
   made->alerts.set(
-      {m.alert(cpu, "Blender is keeping the CPU busy",
-               "78% of your computer, about 6.2 cores, for 10 minutes.", "2026-11-19T13:58:00Z"),
-       m.alert(aiPlanLimit, "Codex weekly limit at 84%", "Resets Monday 9:00 AM.", "2026-11-19T11:26:00Z"),
-       m.alert(memoryGrowth, "Firefox keeps using more memory", "Up 1.32 GB in an hour, now 4.87 GB.",
+      {m.alert(cpu, localized("{app} is keeping the CPU busy", {{"app", "Blender"}}),
+               localized("{n}% of your Mac, about {c} cores, for 10 minutes.",
+                         {{"n", "78"}, {"c", Format::decimal(6.2, 1)}}),
+               "2026-11-19T13:58:00Z"),
+       m.alert(aiPlanLimit,
+               localized("Codex {limit} limit at {percent}%",
+                         {{"limit", localized("Weekly")}, {"percent", "84"}}),
+               localized("Resets {time}.",
+                         {{"time", resetText(made->zone, *parseRFC3339("2026-11-23T09:00:00Z"))}}),
+               "2026-11-19T11:26:00Z"),
+       m.alert(memoryGrowth, localized("{app} keeps using more memory", {{"app", "Firefox"}}),
+               localized("Up {growth} in an hour, now {memory}.",
+                         {{"growth", Format::bytes(1.32e9)}, {"memory", Format::bytes(4.87e9)}}),
                "2026-11-18T18:03:00Z"),
-       m.alert(disk, "Files is hammering the disk", "112 MB/s on average for 5 minutes.",
+       m.alert(disk, localized("{app} is hammering the disk", {{"app", "Files"}}),
+               localized("{rate} on average for 5 minutes.", {{"rate", Format::rate(112e6)}}),
                "2026-11-16T10:41:00Z"),
-       m.alert(memoryPressure, "Your computer is running out of memory",
-               "Memory pressure is critical. Quitting the heaviest app will help most.",
+       m.alert(memoryPressure, localized("Your Mac is running out of memory"),
+               localized("Memory pressure is critical. Quitting the heaviest app will help most."),
                "2026-11-16T10:12:00Z"),
-       m.alert(
-           network,
-           "An application with a name that is far longer than any row of any list is using a lot of network",
-           "34 MB/s on average for 5 minutes.", "2026-11-02T08:00:00Z")});
+       m.alert(network,
+               localized("{app} is using a lot of network",
+                         {{"app", "An application with a name that is far longer than any row of any list"}}),
+               localized("{rate} on average for 5 minutes.", {{"rate", Format::rate(34e6)}}),
+               "2026-11-02T08:00:00Z")});
   made->defaults.set("alerts.lastSeen", Value(*parseRFC3339("2026-11-19T00:00:00Z")));
   made->defaults.set("alert.network", false);
   if (hasReport)
     made->defaults.set(
         WeeklyReport::lastReportKey,
-        toValue(SentReport{*parseRFC3339("2026-11-16T09:00:00Z"), "Your computer last week: 84 out of 100",
-                           "Firefox used the most memory, 2.94 GB on average. Blender kept the "
-                           "CPU busiest. You cleaned up 18.2 GB."}));
+        toValue(SentReport{*parseRFC3339("2026-11-16T09:00:00Z"),
+                           localized("Your Mac last week: {score} out of 100", {{"score", "84"}}),
+                           localized("{name} used the most memory, {size} on average.",
+                                     {{"name", "Firefox"}, {"size", Format::bytes(2.94e9)}}) +
+                               " " + localized("{name} kept the CPU busiest.", {{"name", "Blender"}}) + " " +
+                               localized("You cleaned up {size}.", {{"size", Format::bytes(18.2e9)}})}));
   return made;
 }
 

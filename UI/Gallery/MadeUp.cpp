@@ -1,6 +1,8 @@
 #include "UI/Gallery/MadeUp.h"
 
 #include "Base/Date.h"
+#include "Base/Format.h"
+#include "Base/Localization.h"
 
 #include <algorithm>
 #include <cmath>
@@ -43,18 +45,28 @@ void recordLive(MadeUpModel& model) {
   model.live.set(std::move(live));
 }
 
+std::string weeklyName() {
+  const auto name = localized("Weekly");
+  return name == "Weekly" ? "weekly" : name;
+}
+
 Insight lowDisk() {
-  return madeUpInsight(warning, 8, "Disk space is getting low", "41.2 GB free on System disk.",
+  return madeUpInsight(warning, 8, localized("Disk space is getting low"),
+                       localized("{free} free on {volume}.",
+                                 {{"free", Format::bytes(41.2e9)}, {"volume", localized("System disk")}}),
                        Insight::Action{.kind = ActionKind::freeUpSpace});
 }
 Insight idleServers() {
-  return madeUpInsight(info, 4, "2 idle dev servers", "Stopping them frees 958 MB and ports 3000, 8000.",
+  return madeUpInsight(info, 4, localized("{n} idle dev servers", {{"n", "2"}}),
+                       localized("Stopping them frees {memory} and ports {ports}.",
+                                 {{"memory", Format::memory(958.0 * 1024 * 1024)}, {"ports", "3000, 8000"}}),
                        Insight::Action{.kind = ActionKind::stopIdleServers});
 }
 Insight leftover() {
-  return madeUpInsight(info, 1, "1 leftover startup items",
-                       "They point to programs that no longer exist, usually from apps you uninstalled.",
-                       Insight::Action{.kind = ActionKind::showStartupItems});
+  return madeUpInsight(
+      info, 1, localized("{n} leftover startup items", {{"n", "1"}}),
+      localized("They point to programs that no longer exist, usually from apps you uninstalled."),
+      Insight::Action{.kind = ActionKind::showStartupItems});
 }
 
 void fillSnapshot(SystemSnapshot& s) {
@@ -62,7 +74,7 @@ void fillSnapshot(SystemSnapshot& s) {
   s.memory = {.total = std::uint64_t(15.6 * gigabyte), .app = std::uint64_t(9.84 * gigabyte)};
   s.disk = {.readRate = 1.2e6,
             .writeRate = 2.3e6,
-            .volumes = {{"System disk", "/", 249'000'000'000, 41'200'000'000}}};
+            .volumes = {{localized("System disk"), "/", 249'000'000'000, 41'200'000'000}}};
   s.network.inRate = 1.8e6;
   s.network.outRate = 86e3;
   s.gpu.utilization = 6;
@@ -138,9 +150,13 @@ MadeUp usualMachine() {
   std::vector<DevServer> servers(5);
   model->projects.set({{"herbarium", servers}});
   model->startupItems.set({{.label = "old.agent", .isLeftover = true}});
-  model->alert(HealthAlert::Kind::cpu, "Blender is keeping the CPU busy", Seconds(6248));
-  model->alert(HealthAlert::Kind::aiPlanLimit, "Codex weekly limit at 84%", Seconds(15368));
-  model->alert(HealthAlert::Kind::disk, "Files is hammering the disk", Seconds(90'000));
+  model->alert(HealthAlert::Kind::cpu, localized("{app} is keeping the CPU busy", {{"app", "Blender"}}),
+               Seconds(6248));
+  model->alert(HealthAlert::Kind::aiPlanLimit,
+               localized("Codex {limit} limit at {percent}%", {{"limit", weeklyName()}, {"percent", "84"}}),
+               Seconds(15368));
+  model->alert(HealthAlert::Kind::disk, localized("{app} is hammering the disk", {{"app", "Files"}}),
+               Seconds(90'000));
   return model;
 }
 
@@ -166,22 +182,27 @@ MadeUp troubledMachine() {
   recordLive(*model);
   const Insight::Action quit{ActionKind::quitApp, "/Applications/Blender.app", "Blender"};
   model->report.set(madeUpReport(
-      {madeUpInsight(critical, 30, "Memory is exhausted",
-                     "The system is compressing and swapping heavily, so everything slows down. Blender uses "
-                     "9.06 GB.",
-                     quit),
-       madeUpInsight(critical, 20, "System disk is almost full",
-                     "4.12 GB free. The system needs room for swap and updates.",
+      {madeUpInsight(
+           critical, 30, localized("Memory is exhausted"),
+           localized("macOS is compressing and swapping heavily, so everything slows down.") + " " +
+               localized("{app} uses {memory}.", {{"app", "Blender"}, {"memory", Format::bytes(9.06e9)}}),
+           quit),
+       madeUpInsight(critical, 20,
+                     localized("{volume} is almost full", {{"volume", localized("System disk")}}),
+                     localized("{free} free. macOS needs room for swap and updates.",
+                               {{"free", Format::bytes(4.12e9)}}),
                      Insight::Action{.kind = ActionKind::freeUpSpace}),
-       madeUpInsight(critical, 15, "Your computer is throttling",
-                     "It is too hot to run at full speed, CPU at 97°."),
-       madeUpInsight(warning, 15, "CPU busy for 10 minutes", "96% on average. Blender is the main load.",
+       madeUpInsight(critical, 15, localized("Your Mac is throttling"),
+                     localized("It is too hot to run at full speed, CPU at {n}°.", {{"n", "97"}})),
+       madeUpInsight(warning, 15, localized("CPU busy for 10 minutes"),
+                     localized("{n}% on average.", {{"n", "96"}}) + " " +
+                         localized("{app} is the main load.", {{"app", "Blender"}}),
                      quit),
-       madeUpInsight(warning, 10, "Battery at 71% of original capacity",
-                     "940 cycles. Service is recommended below 80%.",
+       madeUpInsight(warning, 10, localized("Battery at {n}% of original capacity", {{"n", "71"}}),
+                     localized("{cycles} cycles. Apple recommends service below 80%.", {{"cycles", "940"}}),
                      Insight::Action{.kind = ActionKind::openBatterySettings}),
-       madeUpInsight(warning, 8, "6.31 GB of swap in use",
-                     "Memory is spilling to disk. A restart clears it if pressure stays normal."),
+       madeUpInsight(warning, 8, localized("{swap} of swap in use", {{"swap", Format::bytes(6.31e9)}}),
+                     localized("Memory is spilling to disk. A restart clears it if pressure stays normal.")),
        idleServers(), leftover()}));
   return model;
 }
@@ -201,16 +222,20 @@ MadeUp wordyMachine() {
   });
   recordLive(*model);
   model->report.set(madeUpReport(
-      {madeUpInsight(
-           warning, 15, "Donaudampfschifffahrtsgesellschaftskapitänsverwaltung holds the memory",
-           "Apps are competing for RAM. Donaudampfschifffahrtsgesellschaftskapitänsverwaltung is the "
-           "biggest at 976 GB.",
-           Insight::Action{ActionKind::quitApp, "/a",
-                           "Donaudampfschifffahrtsgesellschaftskapitänsverwaltung"}),
+      {madeUpInsight(warning, 15,
+                     localized("{app} keeps using more memory",
+                               {{"app", "Donaudampfschifffahrtsgesellschaftskapitänsverwaltung"}}),
+                     localized("Apps are competing for RAM.") + " " +
+                         localized("{app} is the biggest at {memory}.",
+                                   {{"app", "Donaudampfschifffahrtsgesellschaftskapitänsverwaltung"},
+                                    {"memory", Format::bytes(976e9)}}),
+                     Insight::Action{ActionKind::quitApp, "/a",
+                                     "Donaudampfschifffahrtsgesellschaftskapitänsverwaltung"}),
        lowDisk()}));
   model->alerts.set({});
   model->alert(HealthAlert::Kind::network,
-               "Donaudampfschifffahrtsgesellschaftskapitänsverwaltung is using a lot of network",
+               localized("{app} is using a lot of network",
+                         {{"app", "Donaudampfschifffahrtsgesellschaftskapitänsverwaltung"}}),
                Seconds(300));
   return model;
 }

@@ -1,5 +1,6 @@
 // The six measures' pages, each over a made-up machine.
 
+#include "Base/Localization.h"
 #include "UI/Gallery/Gallery.h"
 #include "UI/Gallery/RecordedMachine.h"
 #include "UI/Kit/Labels.h"
@@ -19,21 +20,18 @@ class PageFrame final : public Ground {
 public:
   PageFrame(const Theme& theme, std::shared_ptr<RecordedMachine> machine, Metric metric, HistoryRange range)
       : Ground(theme, Token::surface, nullptr), machine_(std::move(machine)),
-        page_(new MeasureView(
-            {.session =
-                 {machine_->model,
-                  machine_->queries,
-                  machine_->directions,
-                  machine_->zone,
-                  machine_->defaults,
-                  {"The figures by application leave out UDP, such as most video calls: the kernel counts "
-                   "only the bytes of TCP sockets. The figures above count everything."}},
-             .theme = theme,
-             .ask = [](const ActionRequest&) {},
-             .open = [](SidebarItem) {},
-             .openBatterySettings = [] {},
-             .pictures = nullptr},
-            metric, range)) {
+        page_(new MeasureView({.session = {machine_->model,
+                                           machine_->queries,
+                                           machine_->directions,
+                                           machine_->zone,
+                                           machine_->defaults,
+                                           {tcpOnlyNote()}},
+                               .theme = theme,
+                               .ask = [](const ActionRequest&) {},
+                               .open = [](SidebarItem) {},
+                               .openBatterySettings = [] {},
+                               .pictures = nullptr},
+                              metric, range)) {
     machine_->settle();
     auto* rows = new QVBoxLayout(this);
     rows->setContentsMargins(0, 0, 0, 0);

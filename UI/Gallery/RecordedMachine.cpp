@@ -1,5 +1,6 @@
 #include "UI/Gallery/RecordedMachine.h"
 
+#include "Base/Localization.h"
 #include "Core/Storage/StorageLog.h"
 
 #include <algorithm>
@@ -91,7 +92,7 @@ SystemSnapshot RecordedMachine::snapshotAt(Date date) {
                                {"Camera", "/media/u/Camera", 64'000'000'000, 3'100'000'000}}};
   snapshot.network = {.inRate = 1.9e6 * busy * noise(date, 6) + 2e4,
                       .outRate = 3e5 * noise(date, 7),
-                      .interface = "Wi-Fi · wlp3s0"};
+                      .interface = localized("Wi-Fi") + " · wlp3s0"};
   snapshot.gpu = {.name = "Integrated graphics",
                   .utilization = 3 + 20 * busy * noise(date, 8),
                   .memoryInUse = 412 * megabyte};
@@ -146,19 +147,19 @@ void RecordedMachine::measure() {
                     .network7Days = 41e9,
                     .network30Days = 164e9});
   model.peripherals.set({{"Wireless mouse", 61, PeripheralBattery::Kind::mouse},
-                         {"Headphones", 24, PeripheralBattery::Kind::headphones}});
+                         {localized("Headphones"), 24, PeripheralBattery::Kind::headphones}});
   model.alerts.set({{.id = "1",
                      .kind = HealthAlert::Kind::cpu,
                      .appName = "Blender",
                      .bundlePath = {},
-                     .title = "Blender is keeping the CPU busy",
+                     .title = localized("{app} is keeping the CPU busy", {{"app", "Blender"}}),
                      .detail = "",
                      .date = now() - Seconds{3800}},
                     {.id = "2",
                      .kind = HealthAlert::Kind::memoryPressure,
                      .appName = {},
                      .bundlePath = {},
-                     .title = "Memory is running out",
+                     .title = localized("Memory is running out"),
                      .detail = "",
                      .date = now() - Seconds{200'000}}});
   for (double ago = 300; ago >= 0; ago -= 2) model.step(snapshotAt(now() - Seconds{ago}), ago == 300);

@@ -1,5 +1,6 @@
 // The settings, from made-up answers.
 
+#include "Base/Format.h"
 #include "Base/Localization.h"
 #include "UI/Gallery/Gallery.h"
 #include "UI/Settings/SettingsView.h"
@@ -8,32 +9,40 @@ namespace korvell {
 
 namespace {
 
-constexpr const char* explanation =
-    "Linux hides what other users' processes read from and write to storage unless an administrator enables "
-    "a helper. It is read-only: it can only report those numbers.";
+std::string explanation() {
+  return localized(
+      "macOS hides the memory and CPU of processes owned by the system unless an administrator approves a "
+      "helper. It is read-only: it can only report those numbers.");
+}
 
 SettingsPage usual() {
   const MenuBarFigures figures{87, 24, 63, {22, 31, 18, 26, 40, 58, 36, 24, 30, 22, 27, 34, 29, 24}};
   SettingsPage page;
   for (const auto& style : allCases<MenuBarStyle>())
     page.styles.push_back({title(style.value), MenuBarLabel::make(figures, style.value)});
-  page.opensAtLogin = {.title = "Open at login", .isOn = true};
-  page.helper = {.explanation = explanation, .state = "Not enabled", .action = "Enable", .turnsOn = true};
-  page.tool = {"Links korvell into ~/.local/bin so you can run korvell status in Terminal.", "Install", ""};
+  page.opensAtLogin = {.title = localized("Open at login"), .isOn = true};
+  page.helper = {.explanation = explanation(),
+                 .state = localized("Not enabled"),
+                 .action = localized("Enable"),
+                 .turnsOn = true};
+  page.tool = {localized("Links korvell into ~/.local/bin so you can run korvell status in Terminal."),
+               localized("Install"), ""};
   page.agents = {
-      "Agents can read the health score, top apps and dev servers, and quit apps or stop servers after "
-      "asking you.",
+      localized(
+          "Agents can read the health score, top apps and dev servers, and quit apps or stop servers after "
+          "asking you."),
       "claude mcp add korvell -- '/usr/bin/korvell' mcp",
       "{\n  \"mcpServers\": {\n    \"korvell\": {\n      \"command\": \"/usr/bin/korvell\",\n      "
       "\"args\": [\"mcp\"]\n    }\n  }\n}"};
   page.history = "~/.local/share/korvell/history.sqlite";
-  page.ownCost = "0.3% of one core, 38.2 MB";
-  page.updates = {.title = "Automatically check for updates",
-                  .detail = "This copy is updated by your system's packages.",
+  page.ownCost = localized("{cpu} of one core, {memory}", {{"cpu", Format::figure(Unit::corePercent, 0.3)},
+                                                           {"memory", Format::bytes(38.2e6)}});
+  page.updates = {.title = localized("Automatically check for updates"),
+                  .detail = localized("This copy is updated by your system's packages."),
                   .canChange = false};
   for (const auto& kind : allCases<HealthAlert::Kind>())
     page.alerts.push_back({.title = title(kind.value), .isOn = kind.value != HealthAlert::Kind::network});
-  page.weeklyReport = {.title = "Send a weekly report on Monday morning", .isOn = true};
+  page.weeklyReport = {.title = localized("Send a weekly report on Monday morning"), .isOn = true};
   return page;
 }
 
@@ -51,35 +60,41 @@ SettingsPage firstSeconds() {
 SettingsPage waitingForApproval() {
   auto page = usual();
   page.style = MenuBarStyle::graphs;
-  page.helper = {.explanation = explanation,
-                 .state = "Waiting for approval in System Settings > Login Items",
-                 .action = "Disable",
-                 .approval = "Open Login Items"};
-  page.tool.action = "Installing…";
+  page.helper = {.explanation = explanation(),
+                 .state = localized("Waiting for approval in System Settings > Login Items"),
+                 .action = localized("Disable"),
+                 .approval = localized("Open Login Items")};
+  page.tool.action = localized("Installing…");
   return page;
 }
 
 SettingsPage withTroubles() {
   auto page = usual();
-  page.trouble = "No setting can be stored at this moment.";
-  page.advice = "The settings in ~/.config/korvell/settings.json can't be read (line 7). What was read last "
-                "applies, and nothing is changed until the file is mended.";
+  page.trouble = localized("No setting can be stored at this moment.");
+  page.advice = localized(
+      "The settings in {file} can't be read: {reason}.",
+      {{"file", "~/.config/korvell/settings.json"},
+       {"reason", localized("line {line}, column {column} is no JSON", {{"line", "7"}, {"column", "3"}})}});
   page.style = MenuBarStyle::cpuAndMemory;
   page.opensAtLogin.isOn = false;
-  page.opensAtLogin.trouble = "The file ~/.config/autostart/korvell.desktop could not be written.";
-  page.helper.trouble = "Nothing was changed: no administrator allowed it.";
-  page.tool.outcome = "~/.local/bin/korvell already exists and is not a link. Remove it and try again.";
+  page.opensAtLogin.trouble =
+      localized("{path} can't be written.", {{"path", "~/.config/autostart/korvell.desktop"}});
+  page.helper.trouble = localized("Nothing was changed: no administrator allowed it.");
+  page.tool.outcome =
+      localized("~/.local/bin/korvell already exists and is not a link. Remove it and try again.");
   return page;
 }
 
 SettingsPage unsignedCopy() {
   auto page = usual();
   page.style = MenuBarStyle::score;
-  page.helper = {.explanation =
+  page.helper = {.explanation = localized(
                      "Needs a copy of Korvell signed with a Developer ID. Without one, anything that can "
-                     "change the app could change what runs as administrator, so the helper stays off."};
-  page.tool.outcome = "Installed at ~/.local/bin/korvell, but ~/.local/bin is not on your PATH. Add export "
-                      "PATH=\"$HOME/.local/bin:$PATH\" to ~/.bashrc.";
+                     "change the app could change what runs as administrator, so the helper stays "
+                     "off.")};
+  page.tool.outcome = localized(
+      "Installed at ~/.local/bin/korvell, but ~/.local/bin is not on your PATH. Add {line} to {profile}.",
+      {{"line", "export PATH=\"$HOME/.local/bin:$PATH\""}, {"profile", "~/.bashrc"}});
   return page;
 }
 
@@ -141,9 +156,11 @@ std::vector<GalleryView> settingsViews() {
                                     view("settings-troubles", withTroubles),
                                     view("settings-unsigned", unsignedCopy)};
   views.push_back({"settings-long", {QSize()}, [](const Theme& theme) {
+                     const std::vector<Language> before(installedLanguages().begin(),
+                                                        installedLanguages().end());
                      setLocalization(longWords);
                      auto view = made(theme, longTexts());
-                     setLocalization({});
+                     setLanguages(before);
                      return view;
                    }});
   views.push_back({"settings-low", {QSize(SettingsView::naturalWidth, 480)}, [](const Theme& theme) {

@@ -1,6 +1,8 @@
 // "Free Up Space" in its states, over made-up findings.
 
 #include "App/ActionTexts.h"
+#include "Base/Format.h"
+#include "Base/Localization.h"
 #include "Base/ManualQueue.h"
 #include "Tests/Fakes/FakeTimeZone.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
@@ -77,16 +79,19 @@ struct StorageWorld {
     item(pip, "pip", "~/.cache/pip", 1.08);
     item(cargo, "cache", "~/.cargo/registry/cache", 1.94);
     item(go, "go-build", "~/.cache/go-build", 3.27);
-    item(docker, "Docker", "docker-prune", 5.40).detail = "Up to this much, plus dangling images";
+    item(docker, "Docker", "docker-prune", 5.40).detail = localized("Up to this much, plus dangling images");
     item(appCaches, "mozilla", "~/.cache/mozilla", 3.18);
-    item(trash, "Trash", "~/.local/share/Trash", 1.62).detail = "214 items in the Trash";
+    item(trash, localized("Trash"), "~/.local/share/Trash", 1.62).detail =
+        localized("{count} items in the Trash", {{"count", "214"}});
     item(downloads, "survey-of-the-coast.iso", "~/Downloads/survey-of-the-coast.iso", 4.72, "2026-08-02");
     for (auto& category : found.categories) {
       if (category.kind == docker)
         category.action = StorageAction::command("/usr/bin/docker", {"system", "prune", "-f"}, Seconds{300});
       if (category.kind == trash) category.action = StorageAction::emptyTrash();
       if (category.kind == docker)
-        category.note = "Kept: 2.10 GB in volumes. Remove those from Docker itself if you are sure.";
+        category.note =
+            localized("Kept: {volumes} in volumes. Remove those from Docker itself if you are sure.",
+                      {{"volumes", Format::bytes(2.1e9)}});
     }
   }
   void tickProjects() {
@@ -195,15 +200,16 @@ Made outcomeView(const Theme& theme) {
     world.findAll();
     world.scanner.freedTotal.set(std::int64_t(134 * giga));
     world.scanner.result.set(world.found);
-    world.scanner.feedback.set(
-        "Freed 5.40 GB. Moved 6.36 GB to the Trash. Empty the Trash to get the space back.");
+    world.scanner.feedback.set(localized("Freed {size}.", {{"size", Format::bytes(5.4e9)}}) + " " +
+                               localized("Moved {size} to the Trash. Empty the Trash to get the space back.",
+                                         {{"size", Format::bytes(6.36e9)}}));
   });
 }
 
 Made failedView(const Theme& theme) {
   return page(theme, [](StorageWorld& world) {
     world.tickProjects();
-    world.scanner.feedback.set("Nothing changed. The files may be in use or protected.");
+    world.scanner.feedback.set(localized("Nothing changed. The files may be in use or protected."));
   });
 }
 
@@ -241,7 +247,8 @@ Made longView(const Theme& theme) {
                "2024-02-01");
     world.item(nodeModules, "دفتر الملاحظات", "~/code/دفتر-الملاحظات", 0.02, "2026-01-01");
     StorageCategory unreadable{trash};
-    unreadable.note = "Korvell may not look inside the Trash. Check the permissions of its folder.";
+    unreadable.note = localized("Korvell needs Full Disk Access to see inside the Trash. Allow it in System "
+                                "Settings › Privacy & Security.");
     world.found.categories.push_back(unreadable);
     world.model.snapshot.set({});
     world.scanner.result.set(world.found);

@@ -1,5 +1,7 @@
 // The desktop widget, from made-up documents.
 
+#include "Base/Format.h"
+#include "Base/Localization.h"
 #include "Tests/Fakes/FakeTimeZone.h"
 #include "UI/Gallery/Gallery.h"
 #include "Widget/WidgetFace.h"
@@ -22,29 +24,43 @@ std::vector<double> wave(double middle, double swing, double peak) {
 
 WidgetSnapshot usual() {
   const double gigabyte = 1 << 30;
-  return {.date = written,
-          .score = 87,
-          .label = "Good",
-          .fixes = {{"Disk space is getting low", "41.2 GB free on System disk.", false, "storage"},
-                    {"2 idle dev servers", "Stopping them frees 958 MB of memory.", false, "devServers"},
-                    {"1 leftover startup items", "They point to programs that no longer exist.", false,
-                     "startup"}},
-          .tiles = {{"cpu", "24%", "load 2.1", wave(22, 8, 14), 100},
-                    {"memory", "9.84 GB", "of 15.6 GB", wave(9.8 * gigabyte, 0.05 * gigabyte, 0),
-                     15.6 * gigabyte},
-                    {"disk", "41.2 GB", "free", wave(1e6, 0.8e6, 9e6), {}},
-                    {"network", "↓ 1.8 MB/s", "↑ 86 KB/s", wave(1e6, 0.6e6, 2e6), {}}},
-          .apps = {{"Firefox", {}, "3.12 GB", 1},
-                   {"Blender", {}, "2.31 GB", 0.74},
-                   {"Terminal", {}, "1.46 GB", 0.468}}};
+  return {
+      .date = written,
+      .score = 87,
+      .label = localized("Good"),
+      .fixes = {{localized("Disk space is getting low"),
+                 localized("{free} free on {volume}.",
+                           {{"free", Format::bytes(41.2e9)}, {"volume", localized("System disk")}}),
+                 false, "storage"},
+                {localized("{n} idle dev servers", {{"n", "2"}}),
+                 localized("Stopping them frees {memory} and ports {ports}.",
+                           {{"memory", Format::bytes(958e6)}, {"ports", "3000, 8000"}}),
+                 false, "devServers"},
+                {localized("{n} leftover startup items", {{"n", "1"}}),
+                 localized("They point to programs that no longer exist, usually from apps you uninstalled."),
+                 false, "startup"}},
+      .tiles =
+          {{"cpu", Format::percent(24), localized("load {load}", {{"load", Format::decimal(2.1, 1)}}),
+            wave(22, 8, 14), 100},
+           {"memory", Format::bytes(9.84e9), localized("of {total}", {{"total", Format::bytes(15.6e9)}}),
+            wave(9.8 * gigabyte, 0.05 * gigabyte, 0), 15.6 * gigabyte},
+           {"disk", Format::bytes(41.2e9), localized("free"), wave(1e6, 0.8e6, 9e6), {}},
+           {"network", "↓ " + Format::rate(1.8e6), "↑ " + Format::rate(86e3), wave(1e6, 0.6e6, 2e6), {}}},
+      .apps = {{"Firefox", {}, Format::bytes(3.12e9), 1},
+               {"Blender", {}, Format::bytes(2.31e9), 0.74},
+               {"Terminal", {}, Format::bytes(1.46e9), 0.468}}};
 }
 
 WidgetSnapshot critical() {
   auto document = usual();
   document.score = 38;
-  document.label = "Needs attention";
-  document.fixes = {{"The disk is almost full", "1.2 GB free on System disk.", true, "storage"},
-                    {"Memory is running out", "2.4 GB are swapped out.", true, "overview"}};
+  document.label = localized("Needs attention");
+  document.fixes = {{localized("The disk is almost full"),
+                     localized("{free} free on {volume}.",
+                               {{"free", Format::bytes(1.2e9)}, {"volume", localized("System disk")}}),
+                     true, "storage"},
+                    {localized("Memory is running out"),
+                     localized("{swap} of swap in use", {{"swap", Format::bytes(2.4e9)}}), true, "overview"}};
   document.apps.clear();
   return document;
 }
@@ -64,7 +80,7 @@ WidgetSnapshot longNames() {
 WidgetSnapshot quiet() {
   auto document = usual();
   document.score = 100;
-  document.label = "Excellent";
+  document.label = localized("Excellent");
   document.fixes.clear();
   return document;
 }

@@ -1,12 +1,16 @@
-// korvell-gallery FOLDER [NAME]: renders every view, or those whose names begin so, into pictures without a
-// display and checks what it rendered.
-// Exits with 1 and a list when something is wrong.
+// korvell-gallery FOLDER [NAME] [--language CODE]: renders every view, or those whose names begin so, into
+// pictures without a display and checks what it rendered. CODE is a language's, or "mirrored": made up,
+// written in Hebrew letters from the right, with every figure where it belongs. Exits with 1 and a list when
+// something is wrong.
 
+#include "Platform/Formats/LinuxWords.h"
 #include "UI/Gallery/Check.h"
 #include "UI/Gallery/Gallery.h"
 #include "UI/Kit/Native.h"
 #include "UI/Kit/Spoken.h"
 #include "UI/Kit/Text.h"
+#include "Words/German/Tables.h"
+#include "Words/Languages.h"
 
 #include <fmt/format.h>
 
@@ -16,12 +20,15 @@
 #include <QProcess>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
+#include <deque>
 #include <set>
 
 namespace korvell {
 namespace {
 
+constexpr std::string_view mirroredCode = "mirrored";
 constexpr const char* scaleVariable = "QT_SCALE_FACTOR";
 
 struct Variant {
@@ -53,6 +60,46 @@ bool isBlank(const QImage& picture) {
     for (int x = 0; x < picture.width(); ++x)
       if (picture.pixel(x, y) != first) return false;
   return true;
+}
+
+/// Keys that were shown in English for want of a text.
+std::set<std::string, std::less<>> untranslated;
+
+/// The same words in letters that run from right to left.
+std::string mirroredText(std::string_view text) {
+  static constexpr std::array letters = {"א", "ב", "ג", "ד", "ה", "ו", "ז", "ח", "ט", "י", "כ", "ל", "מ",
+                                         "נ", "ס", "ע", "פ", "צ", "ק", "ר", "ש", "ת", "ך", "ם", "ן", "ף"};
+  std::string result;
+  bool isName = false; // of a value
+  for (const char c : text) {
+    if (c == '{' || c == '}') isName = c == '{';
+    const int letter = c >= 'a' && c <= 'z' ? c - 'a' : c >= 'A' && c <= 'Z' ? c - 'A' : -1;
+    if (letter >= 0 && !isName)
+      result += letters[std::size_t(letter)];
+    else
+      result += c;
+  }
+  return result;
+}
+
+/// Made up of every key that another language has.
+Language mirroredLanguage(const Language& other) {
+  static std::deque<std::string> texts;
+  static std::vector<LocalizedText> table;
+  for (const auto& part : other.tables)
+    for (const auto& [key, text] : part) table.push_back({key, texts.emplace_back(mirroredText(key))});
+  std::ranges::stable_sort(table, {}, &LocalizedText::key);
+  return {.code = mirroredCode, .tables = {table}};
+}
+
+/// False for a code that is none.
+bool install(const std::string& code) {
+  auto all = languages(code == mirroredCode ? "de" : code, {linuxWords(), german::onLinux()});
+  if (code == mirroredCode) all = {mirroredLanguage(all.front())};
+  const bool isKnown = all.front().code == code;
+  setLanguages(std::move(all));
+  setMissingTextHandler([](std::string_view key) { untranslated.emplace(key); });
+  return isKnown;
 }
 
 class Gallery {
@@ -123,9 +170,15 @@ int run(int argc, char** argv) {
   if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication application(argc, argv);
   QApplication::setStyle("Fusion");
-  auto arguments = QApplication::arguments().mid(1);
-  if (arguments.isEmpty() || arguments.size() > 2) {
-    fmt::print(stderr, "Usage: korvell-gallery FOLDER [NAME]\n");
+  const auto given = QApplication::arguments().mid(1);
+  auto arguments = given;
+  std::string language = "en";
+  if (const auto option = arguments.indexOf("--language"); option >= 0 && option + 1 < arguments.size()) {
+    language = utf8(arguments.takeAt(option + 1));
+    arguments.removeAt(option);
+  }
+  if (arguments.isEmpty() || arguments.size() > 2 || !install(language)) {
+    fmt::print(stderr, "Usage: korvell-gallery FOLDER [NAME] [--language en|de|mirrored]\n");
     return 64;
   }
   QDir folder(arguments[0]);
@@ -137,10 +190,12 @@ int run(int argc, char** argv) {
   Gallery gallery(folder, utf8(arguments.value(1)));
   for (const auto& variant : variants()) gallery.render(variant);
   for (const auto& problem : gallery.problems()) fmt::print("{}\n", problem);
-  fmt::print("{} pictures, {} problems\n", gallery.pictures(), gallery.problems().size());
+  for (const auto& key : untranslated) fmt::print("no text in this language: {}\n", key);
+  fmt::print("{} pictures, {} problems\n", gallery.pictures(),
+             gallery.problems().size() + untranslated.size());
   std::fflush(stdout);
-  auto status = gallery.problems().empty() ? 0 : 1;
-  if (!qEnvironmentVariableIsSet(scaleVariable)) status |= renderDoubled(arguments);
+  auto status = gallery.problems().empty() && untranslated.empty() ? 0 : 1;
+  if (!qEnvironmentVariableIsSet(scaleVariable)) status |= renderDoubled(given);
   return status;
 }
 

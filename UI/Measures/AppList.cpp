@@ -226,6 +226,12 @@ AppList titled(Metric metric, const AppListChoices& choices) {
 
 } // namespace
 
+std::string tcpOnlyNote() {
+  return localized(
+      "The figures by application leave out UDP, such as most video calls: the kernel counts only the "
+      "bytes of TCP sockets. The figures above count everything.");
+}
+
 AppList appList(const Model& model, Metric metric, const AppListChoices& choices, const AppListFacts& facts) {
   if (metric == Metric::gpu) return noListFor(metric);
   const auto& shape = columns(metric);

@@ -25,8 +25,10 @@ struct AppListChoices {
 
 /// What the platform says of the figures.
 struct AppListFacts {
-  std::string trafficNote; ///< "Counts TCP only: …"; empty where nothing is left out
+  std::string trafficNote; ///< what no figure counts; empty where nothing is left out
 };
+/// Of a kernel that counts bytes for TCP sockets alone.
+std::string tcpOnlyNote();
 
 struct AppList {
   BarTableData table;

@@ -269,10 +269,7 @@ std::unique_ptr<Page> KorvellApp::makePage(SidebarItem item, QWidget& window, Ba
 
 std::unique_ptr<Page> KorvellApp::makeMeasurePage(Metric metric, QWidget& window, Banner& banner) {
   AppListFacts facts;
-  if (host_.system == SystemKind::linuxDesktop)
-    facts.trafficNote = localized(
-        "The figures by application leave out UDP, such as most video calls: the kernel counts only "
-        "the bytes of TCP sockets. The figures above count everything.");
+  if (host_.system == SystemKind::linuxDesktop) facts.trafficNote = tcpOnlyNote();
   MeasureView::Services services{
       .session = {*model_, model_->queries(), directions_, *host_.zone, *host_.defaults, facts},
       .theme = theme_,
