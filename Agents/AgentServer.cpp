@@ -51,14 +51,18 @@ Queue& AgentServer::queue(bool isSlow) {
 }
 
 Tool AgentServer::readingTool(ReadingTool tool) {
-  auto run = [this, read = tool.read, isSlow = tool.isSlow](const std::shared_ptr<ToolCall>& call,
-                                                            Tool::Done done) {
+  auto run = [this, read = tool.read, readTelling = tool.readTelling,
+              isSlow = tool.isSlow](const std::shared_ptr<ToolCall>& call, Tool::Done done) {
     auto& readings = isSlow ? slowReadings_ : readings_;
-    queue(isSlow).async([&main = services_.main, &readings, read, call, done = std::move(done),
+    queue(isSlow).async([&main = services_.main, &readings, read, readTelling, call, done = std::move(done),
                          arguments = call->arguments(), cancellation = call->cancellation()] {
       auto answer = ToolAnswer::failed(localized("The call was cancelled."));
       if (!cancellation.isCancelled()) {
-        const auto told = read(readings, arguments, cancellation);
+        const auto tell = [&](const Progress& progress) {
+          main.async([call, progress] { call->tell(progress); });
+        };
+        const auto told = readTelling ? readTelling(readings, arguments, cancellation, tell)
+                                      : read(readings, arguments, cancellation);
         answer = told ? ToolAnswer{.content = *told} : ToolAnswer::failed(told.reason());
       }
       main.async([call, done, answer = std::move(answer)] { done(answer); });

@@ -24,6 +24,7 @@ constexpr int unsupportedRevision = -32022;
 /// The list of tools is the same for as long as the program is.
 constexpr std::int64_t cacheMilliseconds = 3'600'000;
 constexpr std::size_t mostDetails = 20;
+constexpr Seconds progressPause{1};
 
 constexpr const char* instructions =
     "Korvell watches the health of the computer that it runs on. Begin with why_slow or health. Figures that "
@@ -99,6 +100,9 @@ public:
     arguments_ = part("arguments");
     responses_ = part("inputResponses");
     state_ = part("requestState");
+    const auto* token =
+        request.params.find("_meta") ? request.params.find("_meta")->find("progressToken") : nullptr;
+    if (token && (token->asString() || token->asInt())) progressToken_ = *token;
     if (arguments_.isNull()) arguments_ = Value::object();
   }
 
@@ -106,6 +110,20 @@ public:
   const Cancellation& cancellation() const override { return cancellation_; }
   std::string key() const { return dumpJSON(id_); }
   bool isAsking() const { return isAsking_; }
+
+  void tell(const Progress& progress) override {
+    auto* server = watch_.get();
+    if (!server || isOver_ || progressToken_.isNull()) return;
+    const Seconds now = server->services_.main.clock().monotonic();
+    if (toldAt_ && (now - *toldAt_ < progressPause || progress.done <= toldDone_)) return;
+    toldAt_ = now;
+    toldDone_ = progress.done;
+    server->services_.send(dumpJSON(rpcNotification(
+        "notifications/progress", Value::object({{"progressToken", progressToken_},
+                                                 {"progress", progress.done},
+                                                 {"total", progress.total},
+                                                 {"message", cleanedText(progress.message)}}))));
+  }
 
   void ask(const AgentQuestion& question, const std::string& about,
            std::function<void(Consent)> answered) override {
@@ -198,6 +216,9 @@ private:
   const Reply reply_;
   std::string name_;
   Value arguments_, responses_, state_;
+  Value progressToken_;           ///< null: nobody wants to know
+  std::optional<Seconds> toldAt_; ///< when the client last heard how far the call is
+  double toldDone_ = 0;
   Cancellation cancellation_;
   bool isOver_ = false;
   bool isAsking_ = false;         ///< a person thinks

@@ -32,6 +32,12 @@ struct AgentQuestion {
   std::optional<ActionRequest> request = {}; ///< exact: what it is about, for who asks in words of its own
 };
 
+/// How far something is; `message` is a sentence of ours about what is under way.
+struct Progress {
+  double done = 0, total = 1;
+  std::string message;
+};
+
 /// One call, from its request to its answer. Main queue only.
 class ToolCall {
 public:
@@ -39,6 +45,8 @@ public:
   virtual const Value& arguments() const = 0;
   /// Cancelled when nobody waits for the answer any more.
   virtual const Cancellation& cancellation() const = 0;
+  /// Tells the client, if it wants to know; it hears no more than once a second.
+  virtual void tell(const Progress& progress) = 0;
   /// Asks the person who uses the calling program, or else whoever sits at the desktop. `about` is what the
   /// answer shall hold for: an answer to anything else is none. `answered` may never be called: a client of
   /// the stateless revisions makes the call again, with the answer, and the tool begins anew.

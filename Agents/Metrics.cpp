@@ -343,6 +343,19 @@ void addAIUsage(MetricsText& text, const MetricsReading& reading) {
             "ai_cost_30d", "What the tokens of thirty days would cost at list prices."});
 }
 
+void addStorage(MetricsText& text, const MetricsReading& reading) {
+  text.family("storage_freed", counter, Unit::bytes, "Freed by clean-ups so far.");
+  text.sample(double(reading.freed));
+  const auto each = [&](const auto& figure) {
+    for (const auto& [kind, found] : reading.reclaimable)
+      text.sample(figure(found), {{"kind", std::string(rawValue(kind))}});
+  };
+  text.family("storage_reclaimable", gauge, Unit::bytes, "What the last scan of a kind could give back.");
+  each([](const StorageFound& found) { return double(found.bytes); });
+  text.family("storage_scan_timestamp", gauge, Unit::seconds, "When a kind was last scanned, since 1970.");
+  each([](const StorageFound& found) { return found.date.sinceEpoch; });
+}
+
 } // namespace
 
 std::string metricsText(const MetricsReading& reading, MetricsFormat format, std::string_view version) {
@@ -362,8 +375,7 @@ std::string metricsText(const MetricsReading& reading, MetricsFormat format, std
   addServers(text, reading);
   addAlerts(text, reading);
   addAIUsage(text, reading);
-  text.family("storage_freed", MetricsText::Type::counter, Unit::bytes, "Freed by clean-ups so far.");
-  text.sample(double(reading.freed));
+  addStorage(text, reading);
   return std::move(text).finish();
 }
 

@@ -4,7 +4,6 @@
 #include "App/SettingsCheck.h"
 #include "Base/Files.h"
 #include "Base/Localization.h"
-#include "Core/Storage/StorageLog.h"
 
 #include <cerrno>
 #include <cstring>
@@ -27,7 +26,7 @@ void MetricsFile::cycle() {
   isWriting_ = true;
   auto reading = metricsReading(model_, main_.clock().now());
   reading.keeper = getpid();
-  reading.freed = StorageLog::total(defaults_);
+  addKept(reading, defaults_);
   disk_->async([&main = main_, watch = life_.watch(), path = *path,
                 text = metricsText(reading, MetricsFormat::prometheus, version_)] {
     const bool isWritten = replaceFile(path, text, Readers::everybody);

@@ -1,6 +1,7 @@
 #include "Agents/MetricsReading.h"
 
 #include "Core/AIUsage/AIUsageStore.h"
+#include "Core/Storage/StorageLog.h"
 
 namespace korvell {
 
@@ -42,6 +43,11 @@ std::optional<std::vector<AIUsageRow>> usageRows(const Value& state, const TimeZ
 }
 
 } // namespace
+
+void addKept(MetricsReading& reading, const UserDefaults& defaults) {
+  reading.freed = StorageLog::total(defaults);
+  reading.reclaimable = StorageFound::all(defaults);
+}
 
 std::optional<MetricsReading> metricsReading(const Value& state, const TimeZone& zone, Date now) {
   auto snapshot = part<SystemSnapshot>(state, "snapshot");

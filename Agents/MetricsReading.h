@@ -7,6 +7,7 @@
 #include "Core/AIUsage/UsageSummary.h"
 #include "Core/DevServers/DevServer.h"
 #include "Core/Health/HealthAlert.h"
+#include "Core/Storage/StorageFound.h"
 
 #include <cstdint>
 #include <optional>
@@ -29,9 +30,12 @@ struct MetricsReading {
   std::optional<Date> today;                       ///< its local midnight
   std::optional<bool> isRecording;                 ///< the history; a keeper's
   std::int64_t freed = 0;                          ///< bytes, in all clean-ups
+  StorageFound::ByKind reclaimable;                ///< by the last scan of each kind
   std::optional<ProcessID> keeper;
 };
 
+/// Adds what is kept in the user's settings.
+void addKept(MetricsReading& reading, const UserDefaults& defaults);
 /// Of a keeper's answer; nothing when it does not tell a measurement.
 std::optional<MetricsReading> metricsReading(const Value& state, const TimeZone& zone, Date now);
 /// Of the process that keeps.

@@ -19,8 +19,13 @@ struct ReadingTool {
   std::string name, title, description;
   Value input, output;
   /// The arguments fit the input schema. A failure is a sentence for whoever called.
-  Result<Value> (*read)(Readings& readings, const Value& arguments, const Cancellation& cancellation);
+  Result<Value> (*read)(Readings& readings, const Value& arguments,
+                        const Cancellation& cancellation) = nullptr;
   bool isSlow = false; ///< may take minutes: it does not hold up the others
+  using Tell = std::function<void(const Progress&)>;
+  /// In place of `read`, of one that says how far it is.
+  Result<Value> (*readTelling)(Readings& readings, const Value& arguments, const Cancellation& cancellation,
+                               const Tell& tell) = nullptr;
 };
 
 std::vector<ReadingTool> readingTools();

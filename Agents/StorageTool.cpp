@@ -81,14 +81,18 @@ bool isAsked(const Value& arguments, std::string_view kind) {
   return !names || names->empty() || std::ranges::find(*names, Value(kind)) != names->end();
 }
 
-Result<Value> readStorage(Readings& readings, const Value& arguments, const Cancellation& cancellation) {
+Result<Value> readStorage(Readings& readings, const Value& arguments, const Cancellation& cancellation,
+                          const ReadingTool::Tell& tell) {
   const auto work = makeStorageWork(readings.services().host, readings.services().clock);
   const auto most = std::size_t(integerOf(arguments, "limit", usualItems));
+  std::vector<StorageKind> kinds;
+  for (const auto& row : allCases<StorageKind>())
+    if (isAsked(arguments, row.rawValue)) kinds.push_back(row.value);
   StorageScanResult result;
-  for (const auto& row : allCases<StorageKind>()) {
+  for (std::size_t i = 0; i < kinds.size(); ++i) {
     if (cancellation.isCancelled()) return Failure{localized("The scan was cancelled.")};
-    if (!isAsked(arguments, row.rawValue)) continue;
-    if (auto category = work.measure(row.value, cancellation))
+    tell({double(i), double(kinds.size()), title(kinds[i])});
+    if (auto category = work.measure(kinds[i], cancellation))
       result.categories.push_back(std::move(*category));
   }
   StorageAnswer answer{.date = readings.now(),
@@ -112,8 +116,8 @@ ReadingTool storageTool() {
       .input = schema::object({{"kinds", std::move(kinds.set("description", "Only these (all)"))},
                                {"limit", schema::integer("How many items of each kind (5)", 1, mostItems)}}),
       .output = schema::of<StorageAnswer>(),
-      .read = readStorage,
-      .isSlow = true};
+      .isSlow = true,
+      .readTelling = readStorage};
 }
 
 } // namespace korvell

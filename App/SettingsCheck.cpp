@@ -8,6 +8,7 @@
 #include "Base/Text.h"
 #include "Core/Health/SeenAlerts.h"
 #include "Core/Health/WeeklyReport.h"
+#include "Core/Storage/StorageFound.h"
 #include "Core/Storage/StorageLog.h"
 #include "Core/Storage/StorageModels.h"
 
@@ -29,6 +30,7 @@ enum class Kind {
   language,
   temperatureUnit,
   freedLog,
+  found,
   report,
   file
 };
@@ -44,6 +46,14 @@ bool isFreedLog(const Value& value) {
   return entries && std::ranges::all_of(*entries, [](const Value& entry) {
            FreedEntry freed;
            return entry.asObject() && fromValue(entry, freed);
+         });
+}
+
+bool isFound(const Value& value) {
+  const auto* kinds = value.asObject();
+  return kinds && std::ranges::all_of(*kinds, [](const Value::Member& kind) {
+           StorageFound found;
+           return kind.second.asObject() && fromValue(kind.second, found);
          });
 }
 
@@ -68,6 +78,7 @@ constexpr KindRow kinds[] = {
        return value.asString() && fromRawValue<TemperatureUnit>(*value.asString()).has_value();
      }},
     {Kind::freedLog, "a list of dates with bytes", isFreedLog},
+    {Kind::found, "bytes and a date for each kind", isFound},
     {Kind::report, "a date, a title and a body",
      [](const Value& value) { return sentReport(value).has_value(); }},
     {Kind::file, "an absolute path that ends in .prom",
@@ -98,6 +109,7 @@ std::vector<Setting> settings() {
   all.push_back({std::string(WeeklyReport::lastReportKey), Kind::report, false});
   all.push_back({std::string(StorageLog::totalKey), Kind::number, false});
   all.push_back({std::string(StorageLog::logKey), Kind::freedLog, false});
+  all.push_back({std::string(StorageFound::key), Kind::found, false});
   return all;
 }
 

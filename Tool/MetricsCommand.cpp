@@ -7,7 +7,6 @@
 #include "App/KeeperLock.h"
 #include "Base/Files.h"
 #include "Base/Text.h"
-#include "Core/Storage/StorageLog.h"
 #include "Tool/AskKeeper.h"
 #include "Tool/Commands.h"
 #include "Tool/Version.h"
@@ -64,7 +63,7 @@ private:
   MetricsReading reading() {
     auto reading = kept();
     if (!reading) reading = measured();
-    reading->freed = StorageLog::total(*context_.host.defaults);
+    addKept(*reading, *context_.host.defaults);
     return std::move(*reading);
   }
   std::optional<MetricsReading> kept() {

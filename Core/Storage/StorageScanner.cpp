@@ -1,5 +1,6 @@
 #include "Core/Storage/StorageScanner.h"
 
+#include "Core/Storage/StorageFound.h"
 #include "Core/Storage/StorageLog.h"
 
 #include <algorithm>
@@ -104,7 +105,9 @@ void StorageScanner::scan(const std::vector<StorageKind>& kinds, std::function<v
       if (auto found = work->measure(kind, task)) categories.push_back(std::move(*found));
     }
     if (task.isCancelled()) return;
-    hand([categories = std::move(categories)](StorageScanner& scanner) { scanner.end(categories); });
+    hand([categories = std::move(categories), kinds](StorageScanner& scanner) {
+      scanner.end(categories, kinds);
+    });
   });
 }
 
@@ -118,13 +121,15 @@ void StorageScanner::begin(StorageKind kind, double done) {
     notice.setIfChanged(std::nullopt);
 }
 
-void StorageScanner::end(std::vector<StorageCategory> categories) {
+void StorageScanner::end(std::vector<StorageCategory> categories, const std::vector<StorageKind>& kinds) {
   task_.reset();
   progress.set(1);
   step.set("");
   notice.setIfChanged(std::nullopt);
   isScanning.set(false);
-  result.set(StorageScanResult{std::move(categories), mainQueue_.clock().now()});
+  const StorageScanResult found{std::move(categories), mainQueue_.clock().now()};
+  StorageFound::remember(found, kinds, defaults_);
+  result.set(found);
   tellScanned(true);
 }
 
@@ -191,7 +196,12 @@ void StorageScanner::finish(const std::shared_ptr<const Cleanup>& done) {
     for (const auto& item : cleaned.items) ticked.erase(item.id);
   selection.setIfChanged(std::move(ticked));
   // A scan that was started meanwhile measures everything itself.
-  if (*result) result.set(merged(**result, cleanup.plan, outcome));
+  if (*result) {
+    result.set(merged(**result, cleanup.plan, outcome));
+    std::vector<StorageKind> cleaned;
+    for (const auto& [kind, category] : cleanup.plan.before) cleaned.push_back(kind);
+    StorageFound::remember(**result, cleaned, defaults_);
+  }
   working.set(std::move(busy));
   feedback.set(report.feedback);
   if (cleanup.done) cleanup.done(report);

@@ -70,7 +70,7 @@ private:
 
   bool isCurrent(std::int64_t generation) const { return generation == generation_; }
   void begin(StorageKind kind, double progress);
-  void end(std::vector<StorageCategory> categories);
+  void end(std::vector<StorageCategory> categories, const std::vector<StorageKind>& kinds);
   void tellScanned(bool isCurrent);
   void finish(const std::shared_ptr<const Cleanup>& done);
 

@@ -165,6 +165,31 @@ TEST_F(MCPServerTests, callsAnswerInAnyOrderUntilTheyAreCancelled) {
   EXPECT_EQ(at(answer(call("999", "slow")), "error/code"), "-32603");
 }
 
+TEST_F(MCPServerTests, whoAsksHearsHowFarACallIsAndNotTooOften) {
+  shakeHands();
+  const auto told = [&](double done) {
+    sent.clear();
+    slowCalls.back()->tell({done, 10, "npm cache"});
+    return sent.empty() ? std::string() : sent.back();
+  };
+  say(call("1", "slow"));
+  EXPECT_EQ(told(1), "") << "nobody asked";
+  waiting.back()({});
+  say(call("2", "slow", "{}", R"(,"_meta":{"progressToken":{"no":"token"}})"));
+  EXPECT_EQ(told(1), "");
+  waiting.back()({});
+  say(call("3", "slow", "{}", R"(,"_meta":{"progressToken":"p-1"})"));
+  EXPECT_EQ(told(1), R"({"jsonrpc":"2.0","method":"notifications/progress","params":{"progressToken":"p-1",)"
+                     R"("progress":1.0,"total":10.0,"message":"npm cache"}})");
+  EXPECT_EQ(told(2), "") << "within a second";
+  time.advance(Seconds{1});
+  EXPECT_EQ(told(1), "") << "it only grows";
+  EXPECT_NE(told(3), "");
+  waiting.back()({});
+  time.advance(Seconds{2});
+  EXPECT_EQ(told(4), "") << "the call is answered";
+}
+
 TEST_F(MCPServerTests, strangersTextsAreCleanedAndBoundedWhateverAToolSays) {
   shakeHands();
   const auto told = answer(

@@ -100,7 +100,7 @@ TEST(MetricsTests, whatIsNotKnownIsNotTold) {
   auto reading = machine();
   auto text = metricsText(reading, prometheus, "1");
   for (const char* absent : {"cpu_usage", "memory_bytes{use", "network", "gpu", "battery", "dev_servers",
-                             "alerts", "ai_tokens", "app_network", "keeper_cpu"})
+                             "alerts", "ai_tokens", "app_network", "keeper_cpu", "storage_reclaimable"})
     EXPECT_THAT(text, Not(HasSubstr("korvell_" + std::string(absent)))) << absent;
   EXPECT_THAT(samples(text, "keeper_running"), ElementsAre("korvell_keeper_running 0"));
 
@@ -112,6 +112,7 @@ TEST(MetricsTests, whatIsNotKnownIsNotTold) {
   reading.report = {.score = 92, .insights = {{.severity = Insight::Severity::warning, .penalty = 8}}};
   reading.alerts = {{.kind = HealthAlert::Kind::disk, .date = reading.now - Seconds{10}},
                     {.kind = HealthAlert::Kind::disk, .date = reading.now - Seconds{90'000}}};
+  reading.reclaimable = {{StorageKind::npm, {40, Date{60}}}};
   reading.today = Date{100};
   reading.aiUsage = {{.day = Date{0}, .model = "m", .tokens = {.input = 3}, .cost = 0.5},
                      {.day = Date{100}, .model = "m", .tokens = {.input = 4}}};
@@ -119,6 +120,8 @@ TEST(MetricsTests, whatIsNotKnownIsNotTold) {
   const std::pair<const char*, const char*> rows[] = {
       {"network_receive_bytes_total", "korvell_network_receive_bytes_total 77"},
       {"keeper_memory_bytes", "korvell_keeper_memory_bytes 5"},
+      {"storage_reclaimable_bytes", "korvell_storage_reclaimable_bytes{kind=\"npm\"} 40"},
+      {"storage_scan_timestamp_seconds", "korvell_storage_scan_timestamp_seconds{kind=\"npm\"} 60"},
       {"ai_cost_30d_dollars", "korvell_ai_cost_30d_dollars{tool=\"Claude Code\",model=\"m\"} 0.5"},
   };
   for (const auto& [family, line] : rows) EXPECT_THAT(samples(text, family), ElementsAre(line)) << family;

@@ -1,6 +1,7 @@
 #include "Core/Storage/StorageScanner.h"
 
 #include "Base/ManualQueue.h"
+#include "Core/Storage/StorageFound.h"
 #include "Core/Storage/StorageLog.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
 
@@ -64,6 +65,34 @@ struct StorageScannerTests : testing::Test {
     time.run();
   }
 };
+
+TEST_F(StorageScannerTests, whatAScanFoundOutlivesTheProcess) {
+  const auto bytes = [this](StorageKind kind) -> std::optional<std::int64_t> {
+    const auto all = StorageFound::all(defaults);
+    const auto found = all.find(kind);
+    return found == all.end() ? std::nullopt : std::optional(found->second.bytes);
+  };
+  EXPECT_TRUE(StorageFound::all(defaults).empty());
+  scan({npm, pip, yarn});
+  const auto first = time.clock().now();
+  EXPECT_EQ(bytes(npm), 100);
+  EXPECT_EQ(bytes(yarn), 0) << "looked for, and nothing is there";
+  EXPECT_EQ(bytes(trash), std::nullopt);
+  time.advance(Seconds{60});
+  disk[pip] = 70;
+  scan({pip});
+  EXPECT_EQ(bytes(pip), 70);
+  EXPECT_EQ(bytes(npm), 100) << "another kind's scan says nothing of it";
+  EXPECT_EQ(StorageFound::all(defaults)[npm].date, first);
+  clean(pip);
+  EXPECT_EQ(bytes(pip), 0);
+  auto unmeasured = **scanner->result;
+  unmeasured.categories = {{.kind = npm, .isMeasured = false}};
+  StorageFound::remember(unmeasured, {npm}, defaults);
+  EXPECT_EQ(bytes(npm), 100);
+  defaults.set(StorageFound::key, Value::object({{"npm", 7}, {"sun", Value::object()}}));
+  EXPECT_TRUE(StorageFound::all(defaults).empty());
+}
 
 TEST_F(StorageScannerTests, aScanTellsWhereItIsAndWhatItFound) {
   std::vector<double> progress;
