@@ -6,7 +6,6 @@ namespace korvell {
 
 namespace {
 
-constexpr int healthyFrom = 75;
 constexpr double barStep = 2.2, barWidth = 1.6, barBottom = 1, barHeight = 14, shortestBar = 1;
 constexpr Rectangle gauge{33.5, 1.5, 3.5, 13}; // 4.5 by 14 points at (33, 1), half a line's width inside
 constexpr double gaugeRadius = 1.2;
@@ -40,7 +39,7 @@ MenuBarLabel MenuBarLabel::make(const MenuBarState& state, MenuBarStyle style) {
 MenuBarLabel MenuBarLabel::make(const MenuBarFigures& figures, MenuBarStyle style) {
   switch (style) {
   case MenuBarStyle::icon:
-    return {.symbol = figures.score < healthyFrom ? Symbol::filledHeart : Symbol::heart};
+    return {.symbol = figures.score < attentionBelow ? Symbol::filledHeart : Symbol::heart};
   case MenuBarStyle::score:
     return {.symbol = Symbol::heart, .text = std::to_string(figures.score)};
   case MenuBarStyle::cpuAndMemory:

@@ -47,6 +47,7 @@ struct MenuBarFigures {
 
 struct MenuBarLabel {
   enum class Symbol { heart, filledHeart }; ///< a filled heart asks for attention
+  static constexpr int attentionBelow = 75; ///< scores
 
   std::optional<Symbol> symbol;
   std::optional<std::string> text; ///< digits all of one width

@@ -8,6 +8,7 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QPainter>
 #include <QPainterPath>
 #include <QScreen>
 #include <QToolTip>
@@ -105,6 +106,7 @@ void WidgetWindow::contextMenuEvent(QContextMenuEvent* event) {
   login.setCheckable(true);
   login.setChecked(isEnabled);
   menu->addRule();
+  if (parts_.openHelp) menu->add(localized("Help"), parts_.openHelp);
   menu->add(localized("Close"), [] { QApplication::quit(); });
   menu->popup(event->globalPos());
 }
@@ -119,6 +121,12 @@ void WidgetWindow::mouseMoveEvent(QMouseEvent* event) {
 
 void WidgetWindow::moveEvent(QMoveEvent*) {
   if (isVisible() && canPlaceWindows()) remembering_.start(rememberingMilliseconds);
+}
+
+void WidgetWindow::paintEvent(QPaintEvent*) {
+  // The mask's corners have no half pixels: what it leaves of them is the widget's own ground.
+  if (!testAttribute(Qt::WA_TranslucentBackground))
+    QPainter(this).fillRect(rect(), parts_.theme.color(Token::surface));
 }
 
 void WidgetWindow::resizeEvent(QResizeEvent*) {

@@ -21,6 +21,7 @@ public:
     Theme& theme;
     WidgetFeed& feed;
     LoginItem& loginItem;
+    std::function<void()> openHelp; ///< null where none is installed
   };
 
   WidgetWindow(Parts parts, WidgetPart::Open open);
@@ -30,6 +31,7 @@ protected:
   void mousePressEvent(QMouseEvent*) override;
   void mouseMoveEvent(QMouseEvent*) override;
   void moveEvent(QMoveEvent*) override;
+  void paintEvent(QPaintEvent*) override;
   void resizeEvent(QResizeEvent*) override;
 
 private:

@@ -3,6 +3,7 @@
 #include "Base/Localization.h"
 #include "Platform/Posix/PlacedWidget.h"
 #include "Platform/WidgetLoginItem.h"
+#include "Shared/HelpPages.h"
 #include "UI/Kit/Native.h"
 #include "UI/Kit/Spoken.h"
 #include "UI/Kit/Text.h"
@@ -11,11 +12,13 @@
 #include "Words/Languages.h"
 
 #include <QApplication>
+#include <QDesktopServices>
 #include <QFileInfo>
 #include <QFontInfo>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QToolTip>
+#include <QUrl>
 
 #include <cstdio>
 #include <cstdlib>
@@ -86,7 +89,10 @@ int main(int argc, char** argv) {
   const SystemTimeZone zone;
   WidgetFeed feed(folders, clock, zone);
   const auto loginItem = makeWidgetLoginItem(folders, utf8(QApplication::applicationFilePath()));
-  WidgetWindow window({folders, theme, feed, *loginItem}, open);
+  std::function<void()> openHelp;
+  if (const auto page = HelpPages(utf8(QApplication::applicationFilePath())).page(HelpPages::widget))
+    openHelp = [page] { QDesktopServices::openUrl(QUrl::fromLocalFile(text(*page))); };
+  WidgetWindow window({folders, theme, feed, *loginItem, openHelp}, open);
   window.show();
   return QApplication::exec();
 }

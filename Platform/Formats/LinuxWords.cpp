@@ -34,6 +34,7 @@ constexpr LocalizedText words[] = {
     {"Your launch agents", "Your startup programs"},
     {"Launch agents for all users", "Startup programs for all users"},
     {"System daemons", "System services"},
+    {"The mark in the menu bar", "The mark in the tray"},
     {"Show Folder in Finder", "Show Folder"},
     {"Show {folder} in Finder", "Show {folder}"},
     {"Show File in Finder", "Show File"},

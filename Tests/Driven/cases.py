@@ -102,9 +102,17 @@ def same_words(words, title, message):
 
 
 def first_launch(app):
-    """The window comes by itself once, with the tray's item."""
+    """The window comes by itself once, with what there is to know first, and the tray's item."""
     app.start()
     wait_for("the window", lambda: screen.window("Korvell"), 15)
+    in_section("Welcome to Korvell")
+    box = screen.await_node("check box", "Open at login")
+    entry = app.desktop.home + "/.config/autostart/korvell.desktop"
+    screen.click(box)
+    wait_for("the entry that starts it at login", lambda: os.path.exists(entry))
+    screen.click(box)
+    wait_for("the switch back", lambda: not box.has(screen.CHECKED))
+    screen.click(screen.await_node("push button", "Skip"))
     in_section("Health")
     wait_for("the item in the tray", app.desktop.items)
 

@@ -21,11 +21,27 @@ struct FakeLoginItem final : LoginItem {
   }
 };
 
+struct FakeUpdater final : Updater {
+  bool automatic = true, isChecking = false;
+  int checks = 0;
+  Task changed;
+
+  bool automaticallyChecks() const override { return automatic; }
+  void setAutomaticallyChecks(bool on) override { automatic = on; }
+  bool canCheck() const override { return !isChecking; }
+  void check() override {
+    ++checks;
+    isChecking = true;
+  }
+  void onChange(Task told) override { changed = std::move(told); }
+};
+
 struct SettingsTests : AppFixture {
   FakeLoginItem login;
   FakeUsageHelper helper;
   std::unique_ptr<Queue> work = time.makeQueue("Korvell.desktop");
   SettingsStore store{defaults, *main, time.factory()};
+  FakeUpdater* updater = nullptr;
   std::vector<std::string> told;
   int changes = 0;
   std::optional<SettingsEditor> editor;
@@ -40,6 +56,7 @@ struct SettingsTests : AppFixture {
             .store = store,
             .loginItem = login,
             .helper = service,
+            .updater = updater,
             .context = {system, "/home/u", "/home/u/.local/share/korvell/history.sqlite", 42},
             .main = *main,
             .work = *work,
@@ -107,6 +124,29 @@ TEST_F(SettingsTests, whatCannotBeStoredIsSaidAndStaysAsItWas) {
   it.setAlerts(HealthAlert::Kind::cpu, false);
   time.run();
   EXPECT_EQ(it.page().trouble, "");
+}
+
+TEST_F(SettingsTests, updatesAreOfferedWhereSomethingLooksForThem) {
+  EXPECT_EQ(opened().page().updates.check, "");
+  EXPECT_EQ(editor->page().updates.automatically.detail, "This copy is updated by your system's packages.");
+  FakeUpdater there;
+  updater = &there;
+  auto& it = opened();
+  EXPECT_EQ(
+      it.page().updates,
+      (SettingsPage::Updates{{.title = "Automatically check for updates", .isOn = true}, "Check Now", true}));
+  it.setAutomaticallyChecks(false);
+  EXPECT_FALSE(it.page().updates.automatically.isOn);
+  it.checkForUpdates();
+  it.checkForUpdates();
+  EXPECT_EQ(there.checks, 1) << "one check at a time";
+  EXPECT_FALSE(it.page().updates.canCheck);
+  there.isChecking = false;
+  const int before = changes;
+  there.changed();
+  EXPECT_EQ(changes, before + 1);
+  editor.reset();
+  EXPECT_FALSE(there.changed) << "an updater outlives the page";
 }
 
 TEST_F(SettingsTests, theLoginItemIsAskedAsideAndARefusalIsToldInItsPlace) {
@@ -207,7 +247,7 @@ TEST_F(SettingsTests, thePageShowsWhatWasMeasured) {
   EXPECT_EQ(page.styles[1].label.text, "–");
   EXPECT_EQ(page.ownCost, "–");
   EXPECT_EQ(page.history, "~/.local/share/korvell/history.sqlite");
-  EXPECT_FALSE(page.updates.canChange);
+  EXPECT_FALSE(page.updates.automatically.canChange);
 
   SystemSnapshot snapshot;
   snapshot.cpu.total = 24.9;

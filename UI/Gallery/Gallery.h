@@ -37,6 +37,8 @@ std::vector<GalleryView> aiUsageViews();
 std::vector<GalleryView> storageViews();
 /// The settings, from made-up answers.
 std::vector<GalleryView> settingsViews();
+/// The first launch.
+std::vector<GalleryView> welcomeViews();
 /// The desktop widget; none where it is an extension.
 std::vector<GalleryView> widgetViews();
 

@@ -37,9 +37,9 @@ SettingsPage usual() {
   page.history = "~/.local/share/korvell/history.sqlite";
   page.ownCost = localized("{cpu} of one core, {memory}", {{"cpu", Format::figure(Unit::corePercent, 0.3)},
                                                            {"memory", Format::bytes(38.2e6)}});
-  page.updates = {.title = localized("Automatically check for updates"),
-                  .detail = localized("This copy is updated by your system's packages."),
-                  .canChange = false};
+  page.updates.automatically = {.title = localized("Automatically check for updates"),
+                                .detail = localized("This copy is updated by your system's packages."),
+                                .canChange = false};
   for (const auto& kind : allCases<HealthAlert::Kind>())
     page.alerts.push_back({.title = title(kind.value), .isOn = kind.value != HealthAlert::Kind::network});
   page.weeklyReport = {.title = localized("Send a weekly report on Monday morning"), .isOn = true};
@@ -65,6 +65,9 @@ SettingsPage waitingForApproval() {
                  .action = localized("Disable"),
                  .approval = localized("Open Login Items")};
   page.tool.action = localized("Installing…");
+  page.updates = {.automatically = {.title = localized("Automatically check for updates"), .isOn = true},
+                  .check = localized("Check Now"),
+                  .canCheck = true};
   return page;
 }
 
@@ -121,7 +124,7 @@ constexpr LocalizedText longWords[] = {
 
 SettingsPage longTexts() {
   auto page = waitingForApproval();
-  auto switches = std::vector{&page.opensAtLogin, &page.updates, &page.weeklyReport};
+  auto switches = std::vector{&page.opensAtLogin, &page.updates.automatically, &page.weeklyReport};
   for (auto& alert : page.alerts) switches.push_back(&alert);
   for (auto* each : switches) {
     each->title = longer(each->title);

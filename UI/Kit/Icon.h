@@ -23,6 +23,7 @@ enum class Icon {
   critical,
   warning,
   info,
+  help,
   check,
   checkCircle,
   clock,

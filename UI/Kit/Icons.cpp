@@ -61,6 +61,8 @@ constexpr Part parts[] = {
     {Icon::warning, cutOut, "M10 8.3v3.5M10 14v0.01"},
     {Icon::info, stroked, "M3 10a7 7 0 0 1 14 0a7 7 0 0 1-14 0Z"},
     {Icon::info, stroked, "M10 9.3v4.2M10 6.6v0.01"},
+    {Icon::help, stroked, "M3 10a7 7 0 0 1 14 0a7 7 0 0 1-14 0Z"},
+    {Icon::help, stroked, "M8 8.1a2 2 0 1 1 2.9 1.8c-0.6 0.3-0.9 0.7-0.9 1.4M10 13.5v0.01"},
     {Icon::check, stroked, "M4.5 10.4l3.7 3.7 7.3-8"},
     {Icon::checkCircle, stroked, "M3 10a7 7 0 0 1 14 0a7 7 0 0 1-14 0Z"},
     {Icon::checkCircle, stroked, "M6.9 10.2l2.2 2.2 4.1-4.5"},

@@ -38,13 +38,19 @@ SettingsEditor::Services SettingsEditor::of(Host& host, Assembly& assembly, Mode
 SettingsEditor::SettingsEditor(Services services, Task changed)
     : services_(std::move(services)), changed_(std::move(changed)),
       cycles_(services_.model.cycle.observe([this](std::int64_t) { changed_(); })) {
+  if (services_.updater) services_.updater->onChange([this] { changed_(); });
   refresh();
 }
 
-SettingsEditor::~SettingsEditor() { cancellation_.cancel(); }
+SettingsEditor::~SettingsEditor() {
+  if (services_.updater) services_.updater->onChange({});
+  cancellation_.cancel();
+}
 
 SettingsPage SettingsEditor::page() const {
-  return settingsPage(services_.model, services_.defaults, services_.context, answers_);
+  auto context = services_.context;
+  context.updater = services_.updater;
+  return settingsPage(services_.model, services_.defaults, context, answers_);
 }
 
 template <class Result>
@@ -105,7 +111,6 @@ void SettingsEditor::setAppearance(AppearanceChoice choice) {
 
 void SettingsEditor::setLanguage(LanguageChoice choice) {
   store(languageKey, std::string(rawValue(choice)));
-  changed_();
 }
 
 void SettingsEditor::setTemperatures(TemperatureUnit unit) {
@@ -143,6 +148,16 @@ void SettingsEditor::turnHelper(bool on) {
         if (!outcome) answers_.helperTrouble = outcome.reason();
         askHelper();
       });
+  changed_();
+}
+
+void SettingsEditor::setAutomaticallyChecks(bool on) {
+  if (services_.updater) services_.updater->setAutomaticallyChecks(on);
+  changed_();
+}
+
+void SettingsEditor::checkForUpdates() {
+  if (services_.updater && services_.updater->canCheck()) services_.updater->check();
   changed_();
 }
 

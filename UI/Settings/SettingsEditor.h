@@ -23,6 +23,7 @@ public:
     SettingsStore& store;
     LoginItem& loginItem;
     UsageHelperService* helper = nullptr; ///< null where there is none
+    Updater* updater = nullptr;           ///< null where none is configured
     SettingsContext context;
     Queue& main;
     Queue& work; ///< outlives what it is asked here, which may last until the user has answered a question
@@ -30,8 +31,9 @@ public:
     std::function<std::string(const Cancellation&)> installTool; ///< returns the outcome in words
     Task helperChanged;                                          ///< called on `work`
     Task styleChanged, appearanceChanged, temperaturesChanged;
+    Task openHelp; ///< null where none is installed
   };
-  /// Those of the running system, without the last three.
+  /// Those of the running system, without the last four.
   static Services of(Host& host, Assembly& assembly, Model& model, SettingsStore& store, Queue& main,
                      Queue& work);
 
@@ -56,6 +58,8 @@ public:
   void setOpensAtLogin(bool on);
   void turnHelper(bool on);
   void installTool();
+  void setAutomaticallyChecks(bool on);
+  void checkForUpdates();
   /// Shows where the system lets the user approve the helper.
   void openApproval();
 

@@ -74,6 +74,19 @@ std::string updatesSentence(SystemKind system) {
                                      : localized("This copy is updated by your system's packages.");
 }
 
+Page::Updates updatesPart(const SettingsContext& context) {
+  Page::Updates part{.automatically = {.title = localized("Automatically check for updates")}};
+  if (const auto* updater = context.updater) {
+    part.automatically.isOn = updater->automaticallyChecks();
+    part.check = localized("Check Now");
+    part.canCheck = updater->canCheck();
+  } else {
+    part.automatically.detail = updatesSentence(context.system);
+    part.automatically.canChange = false;
+  }
+  return part;
+}
+
 } // namespace
 
 SettingsPage settingsPage(const Model& model, const UserDefaults& defaults, const SettingsContext& context,
@@ -103,9 +116,7 @@ SettingsPage settingsPage(const Model& model, const UserDefaults& defaults, cons
       context.claudeCommand, context.clientSnippet};
   page.history = shownPath(context.historyPath, context.home);
   page.ownCost = ownCost(model, context.self);
-  page.updates = {.title = localized("Automatically check for updates"),
-                  .detail = updatesSentence(context.system),
-                  .canChange = false};
+  page.updates = updatesPart(context);
   for (const auto& kind : allCases<HealthAlert::Kind>())
     page.alerts.push_back(
         {.title = title(kind.value), .isOn = defaults.boolean(defaultsKey(kind.value), true)});

@@ -8,6 +8,7 @@
 #include "App/TemperatureUnit.h"
 #include "Core/Health/HealthAlert.h"
 #include "Platform/Host.h"
+#include "Platform/Updater.h"
 
 #include <cstddef>
 #include <optional>
@@ -62,7 +63,14 @@ struct SettingsPage {
   Agents agents;
   std::string history; ///< the file, "~" for the home folder
   std::string ownCost; ///< "0.3% of one core, 38.2 MB"
-  Switch updates;
+  /// Of this program itself.
+  struct Updates {
+    Switch automatically;
+    std::string check; ///< the button's words; empty where nothing can be checked
+    bool canCheck = false;
+    bool operator==(const Updates&) const = default;
+  };
+  Updates updates;
   std::vector<Switch> alerts; ///< in the order of HealthAlert::Kind
   Switch weeklyReport;
 
@@ -91,6 +99,7 @@ struct SettingsContext {
   std::string home, historyPath;
   ProcessID self = 0; ///< the process whose cost is Korvell's own
   std::string claudeCommand, clientSnippet;
+  const Updater* updater = nullptr; ///< null where none is configured
 };
 
 SettingsPage settingsPage(const Model& model, const UserDefaults& defaults, const SettingsContext& context,

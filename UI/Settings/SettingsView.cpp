@@ -1,7 +1,6 @@
 #include "UI/Settings/SettingsView.h"
 
 #include "Base/Localization.h"
-#include "UI/Kit/Icons.h"
 #include "UI/Kit/Text.h"
 #include "UI/Tray/WideForm.h"
 
@@ -17,11 +16,8 @@ namespace korvell {
 namespace {
 
 constexpr int sidePadding = 24, groupPadding = 16, headGap = 18, headIndent = 2, bottomPadding = 24;
-constexpr int rowHeight = 47, rowPadding = 9, lowRowHeight = 39, lowRowPadding = 6;
-constexpr int textPadding = 3, lineGap = 2, controlGap = 16;
 constexpr int bannerGap = 16;
 constexpr int fieldMargin = 3; ///< that the toolkit keeps around a field's text
-constexpr int markSize = 14, markGap = 6;
 
 template <class Layout>
 Layout* bare(Layout* layout) {
@@ -38,106 +34,7 @@ std::string indented(std::string words) {
   return words;
 }
 
-void setWords(Button& button, const std::string& words) {
-  if (button.words() != text(words)) button.setWords(words);
-}
-
 } // namespace
-
-/// A title with what is said about it below, and a control at the end. Its own widths decide its height.
-class SettingsView::Row : public QWidget {
-public:
-  Row(const Theme& theme, std::string_view title, QWidget* parent)
-      : QWidget(parent), line_(bare(new QHBoxLayout(this))),
-        title_(makeLabel(theme, TextStyle::body, Token::text1, this)), more_(new QWidget(this)),
-        detail_(makeLabel(theme, TextStyle::small, Token::text2, more_)),
-        outcome_(makeLabel(theme, TextStyle::small, Token::text1, more_)), warning_(new QWidget(more_)),
-        trouble_(makeLabel(theme, TextStyle::small, Token::warning, warning_)) {
-    auto* warning = bare(new QHBoxLayout(warning_));
-    warning->setSpacing(markGap);
-    auto* mark = new IconLabel(theme, lookOf(Tone::warning).icon, markSize, Token::warningMark, warning_);
-    warning->addWidget(mark, 0, Qt::AlignTop);
-    warning->addWidget(trouble_, 1);
-    auto* more = bare(new QVBoxLayout(more_));
-    more->setSpacing(lineGap);
-    for (QWidget* each : {static_cast<QWidget*>(detail_), static_cast<QWidget*>(outcome_), warning_})
-      more->addWidget(each);
-    auto* words = bare(new QVBoxLayout);
-    words->setContentsMargins(0, textPadding, 0, textPadding);
-    words->addStretch(1);
-    words->addWidget(title_);
-    words->addWidget(more_);
-    words->addStretch(1);
-    line_->setContentsMargins(0, rowPadding, 0, rowPadding); // a control needs less room than text
-    line_->setSpacing(controlGap);
-    line_->addLayout(words, 1);
-    setMinimumHeight(theme.scaled(rowHeight));
-    setTitle(title);
-    tell({}, {}, {});
-  }
-
-  void addControl(QWidget& control) { line_->addWidget(&control, 0, Qt::AlignVCenter | Qt::AlignTrailing); }
-  /// One of many of its kind.
-  void setLow(const Theme& theme) {
-    line_->setContentsMargins(0, lowRowPadding, 0, lowRowPadding);
-    setMinimumHeight(theme.scaled(lowRowHeight));
-  }
-  void addWide(QWidget& control) { line_->addWidget(&control, 2); }
-
-  void setTitle(std::string_view title) { put(*title_, title); }
-  /// Below the title, each on lines of its own and absent when empty.
-  void tell(std::string_view detail, std::string_view outcome, std::string_view trouble) {
-    put(*detail_, detail);
-    put(*outcome_, outcome);
-    put(*trouble_, trouble);
-    warning_->setVisible(!trouble.empty());
-    more_->setVisible(!detail.empty() || !outcome.empty() || !trouble.empty());
-    more_->layout()->setContentsMargins(0, title_->words().isEmpty() ? 0 : lineGap, 0, 0);
-  }
-  void setQuiet(bool isQuiet) { title_->setToken(isQuiet ? Token::text3 : Token::text1); }
-
-private:
-  static TextLabel* makeLabel(const Theme& theme, TextStyle style, Token token, QWidget* parent) {
-    auto* label = new TextLabel(theme, style, token, "", parent);
-    label->setWrapped();
-    return label;
-  }
-  static void put(TextLabel& label, std::string_view words) {
-    label.setWords(words);
-    label.setVisible(!words.empty());
-  }
-
-  QHBoxLayout* line_;
-  TextLabel* title_;
-  QWidget* more_;
-  TextLabel *detail_, *outcome_;
-  QWidget* warning_;
-  TextLabel* trouble_;
-};
-
-class SettingsView::SwitchRow : public Row {
-public:
-  SwitchRow(const Theme& theme, QWidget* parent, std::function<void(bool)> handler)
-      : Row(theme, "", parent), toggle_(new Toggle(theme, "", this)) {
-    addControl(*toggle_);
-    toggle_->onToggle(std::move(handler));
-  }
-
-  void show(const SettingsPage::Switch& state) {
-    toggle_->setOn(state.isOn); // also when the user has moved it and nothing came of that
-    if (shown_ == state) return;
-    shown_ = state;
-    setTitle(state.title);
-    tell(state.detail, {}, state.trouble);
-    setQuiet(!state.canChange);
-    toggle_->setName(state.title);
-    toggle_->setEnabled(state.canChange);
-  }
-
-private:
-  Toggle* toggle_;
-  std::optional<SettingsPage::Switch> shown_;
-};
 
 /// A plate whose rows are parted by hairlines.
 struct SettingsView::Group {
@@ -190,6 +87,7 @@ SettingsView::SettingsView(const Theme& theme, Handlers handlers, QWidget* paren
   makeData();
   makeUpdates();
   makeAlerts();
+  makeHelp();
   column_->addStretch(1);
   scroll_->setContent(*content_);
 }
@@ -229,7 +127,7 @@ void SettingsView::makeMenuBar() {
 template <class Choice>
 Segments* SettingsView::addChoice(Group& group, const std::string& words, std::function<void(Choice)> chosen,
                                   const std::string& detail) {
-  auto* row = new Row(theme_, words, group.plate);
+  auto* row = new SettingRow(theme_, words, group.plate);
   row->tell(detail, {}, {});
   std::vector<std::string> choices;
   for (const auto& choice : allCases<Choice>()) choices.push_back(title(choice.value));
@@ -242,7 +140,7 @@ Segments* SettingsView::addChoice(Group& group, const std::string& words, std::f
 
 void SettingsView::makeGeneral() {
   auto group = startGroup(localized("General"));
-  opensAtLogin_ = new SwitchRow(theme_, group.plate, [this](bool on) { handlers_.opensAtLogin(on); });
+  opensAtLogin_ = new SettingSwitch(theme_, group.plate, [this](bool on) { handlers_.opensAtLogin(on); });
   group.add(*opensAtLogin_);
   appearance_ = addChoice<AppearanceChoice>(
       group, localized("Appearance"), [this](AppearanceChoice choice) { handlers_.appearance(choice); });
@@ -257,9 +155,9 @@ void SettingsView::makeHelper() {
   auto group = startGroup(localized("System processes"));
   helper_.head = group.head;
   helper_.plate = group.plate;
-  helper_.explanation = new Row(theme_, "", group.plate);
+  helper_.explanation = new SettingRow(theme_, "", group.plate);
   group.add(*helper_.explanation);
-  helper_.state = new Row(theme_, "", group.plate);
+  helper_.state = new SettingRow(theme_, "", group.plate);
   helper_.approval = new Button(theme_, Button::Kind::plain, "", helper_.state);
   helper_.approval->onPress([this] { handlers_.openApproval(); });
   helper_.state->addControl(*helper_.approval);
@@ -271,20 +169,20 @@ void SettingsView::makeHelper() {
 
 void SettingsView::makeTool() {
   auto group = startGroup(localized("Command line & agents"));
-  tool_ = new Row(theme_, localized("Command line tool"), group.plate);
+  tool_ = new SettingRow(theme_, localized("Command line tool"), group.plate);
   install_ = new Button(theme_, Button::Kind::plain, "", tool_);
   install_->onPress([this] { handlers_.installTool(); });
   tool_->addControl(*install_);
   group.add(*tool_);
-  agents_ = new Row(theme_, "", group.plate);
+  agents_ = new SettingRow(theme_, "", group.plate);
   group.add(*agents_);
   claude_ = addCopied(group, localized("Add to Claude Code"), &SettingsPage::Agents::claudeCommand);
   clients_ = addCopied(group, localized("Other MCP clients"), &SettingsPage::Agents::clientSnippet);
 }
 
-SettingsView::Row* SettingsView::addCopied(Group& group, const std::string& title,
-                                           std::string SettingsPage::Agents::*words) {
-  auto* row = new Row(theme_, title, group.plate);
+SettingRow* SettingsView::addCopied(Group& group, const std::string& title,
+                                    std::string SettingsPage::Agents::*words) {
+  auto* row = new SettingRow(theme_, title, group.plate);
   auto* copy = new Button(theme_, Button::Kind::quiet, localized("Copy"), row);
   copy->setMark(Button::Mark::copy);
   copy->setName(localized("Copy: {what}", {{"what", title}}));
@@ -297,7 +195,7 @@ SettingsView::Row* SettingsView::addCopied(Group& group, const std::string& titl
 void SettingsView::makeData() {
   auto group = startGroup(localized("Data"));
   const auto words = localized("History");
-  auto* history = new Row(theme_, words, group.plate);
+  auto* history = new SettingRow(theme_, words, group.plate);
   history_ = new TextField(theme_, words, "", history);
   history_->setSelectableOnly();
   history_->setTextMargins(-fieldMargin, 0, -fieldMargin, 0);
@@ -305,7 +203,7 @@ void SettingsView::makeData() {
   history_->setAlignment((isRightToLeft() ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignVCenter);
   history->addWide(*history_);
   group.add(*history);
-  auto* own = new Row(theme_, localized("Korvell itself"), group.plate);
+  auto* own = new SettingRow(theme_, localized("Korvell itself"), group.plate);
   ownCost_ = new TextLabel(theme_, TextStyle::small, Token::text2, "", own);
   ownCost_->setNeverCut();
   own->addControl(*ownCost_);
@@ -314,22 +212,36 @@ void SettingsView::makeData() {
 
 void SettingsView::makeUpdates() {
   auto group = startGroup(localized("Updates"));
-  updates_ = new SwitchRow(theme_, group.plate, [](bool) {});
-  group.add(*updates_);
+  updates_.automatically =
+      new SettingSwitch(theme_, group.plate, [this](bool on) { handlers_.automaticallyChecks(on); });
+  group.add(*updates_.automatically);
+  updates_.manual = new SettingRow(theme_, localized("Check for updates"), group.plate);
+  updates_.check = new Button(theme_, Button::Kind::plain, "", updates_.manual);
+  updates_.check->onPress([this] { handlers_.checkForUpdates(); });
+  updates_.manual->addControl(*updates_.check);
+  updates_.rule = group.add(*updates_.manual);
 }
 
 void SettingsView::makeAlerts() {
   auto group = startGroup(localized("Alert me when"));
   for (const auto& kind : allCases<HealthAlert::Kind>()) {
-    auto* row = new SwitchRow(theme_, group.plate,
-                              [this, kind = kind.value](bool on) { handlers_.alerts(kind, on); });
+    auto* row = new SettingSwitch(theme_, group.plate,
+                                  [this, kind = kind.value](bool on) { handlers_.alerts(kind, on); });
     row->setLow(theme_);
     group.add(*row);
     alerts_.push_back(row);
   }
   auto report = startGroup(localized("Weekly report"));
-  weeklyReport_ = new SwitchRow(theme_, report.plate, [this](bool on) { handlers_.weeklyReport(on); });
+  weeklyReport_ = new SettingSwitch(theme_, report.plate, [this](bool on) { handlers_.weeklyReport(on); });
   report.add(*weeklyReport_);
+}
+
+void SettingsView::makeHelp() {
+  if (!handlers_.help) return;
+  auto* help = new Button(theme_, Button::Kind::quiet, localized("Help for the settings"), content_);
+  help->onPress([this] { handlers_.help(); });
+  column_->addSpacing(headGap);
+  column_->addWidget(help, 0, Qt::AlignLeading);
 }
 
 void SettingsView::show(const SettingsPage& page) {
@@ -351,10 +263,18 @@ void SettingsView::show(const SettingsPage& page) {
     history_->setToolTip(path);
   }
   ownCost_->setWords(page.ownCost);
-  updates_->show(page.updates);
+  showUpdates(page.updates);
   for (std::size_t i = 0; i < std::min(alerts_.size(), page.alerts.size()); ++i)
     alerts_[i]->show(page.alerts[i]);
   weeklyReport_->show(page.weeklyReport);
+}
+
+void SettingsView::showUpdates(const SettingsPage::Updates& updates) {
+  updates_.automatically->show(updates.automatically);
+  setWords(*updates_.check, updates.check);
+  updates_.check->setEnabled(updates.canCheck);
+  for (QWidget* each : {static_cast<QWidget*>(updates_.manual), static_cast<QWidget*>(updates_.rule)})
+    each->setVisible(!updates.check.empty());
 }
 
 void SettingsView::showTrouble(const SettingsPage& page) {
@@ -402,11 +322,7 @@ void SettingsView::showHelper(const SettingsPage::Helper& helper) {
 }
 
 int SettingsView::wholeHeight(int width) const {
-  // Before it is shown, a layout hears of what has changed only in the widget that it lays out, and no other.
-  auto widgets = content_->findChildren<QWidget*>();
-  for (auto each = widgets.crbegin(); each != widgets.crend(); ++each)
-    if (auto* layout = (*each)->layout()) layout->activate();
-  column_->activate();
+  tellLayouts(*content_);
   const int above = above_->isVisibleTo(this) ? above_->heightForWidth(width) : 0;
   const auto margins = column_->contentsMargins();
   const int lane = 2 * sidePadding - margins.left() - margins.right();

@@ -7,7 +7,7 @@
 #include "UI/Kit/Native.h"
 #include "UI/Kit/Scroll.h"
 #include "UI/Kit/Switches.h"
-#include "UI/Settings/SettingsPage.h"
+#include "UI/Settings/SettingRows.h"
 
 #include <functional>
 #include <vector>
@@ -29,6 +29,9 @@ public:
     std::function<void(HealthAlert::Kind, bool)> alerts;
     std::function<void(bool on)> turnHelper;
     std::function<void()> openApproval, installTool;
+    std::function<void(bool)> automaticallyChecks;
+    std::function<void()> checkForUpdates;
+    std::function<void()> help; ///< null where none is installed
   };
 
   SettingsView(const Theme& theme, Handlers handlers, QWidget* parent);
@@ -43,8 +46,6 @@ public:
   QSize sizeHint() const override;
 
 private:
-  class Row;
-  class SwitchRow;
   class Content;
   struct Group;
 
@@ -56,14 +57,16 @@ private:
   void makeGeneral();
   void makeHelper();
   void makeTool();
-  Row* addCopied(Group& group, const std::string& title, std::string SettingsPage::Agents::*words);
+  SettingRow* addCopied(Group& group, const std::string& title, std::string SettingsPage::Agents::*words);
   void makeData();
   void makeUpdates();
   void makeAlerts();
+  void makeHelp();
 
   void showTrouble(const SettingsPage& page);
   void showStyles(const SettingsPage& page);
   void showHelper(const SettingsPage::Helper& helper);
+  void showUpdates(const SettingsPage::Updates& updates);
 
   const Theme& theme_;
   const Handlers handlers_;
@@ -77,26 +80,31 @@ private:
 
   std::vector<MenuBarLabel> labels_; ///< that the tiles paint
   RadioTiles* styles_;
-  SwitchRow* opensAtLogin_;
+  SettingSwitch* opensAtLogin_;
   Segments *appearance_, *language_, *temperatures_;
   struct HelperParts {
     QWidget* head;
     Plate* plate;
-    Row* explanation;
+    SettingRow* explanation;
     Hairline* rule;
-    Row* state;
+    SettingRow* state;
     Button *action, *approval;
     bool turnsOn = false;
   } helper_{};
-  Row* tool_;
+  SettingRow* tool_;
   Button* install_;
-  Row *agents_, *claude_, *clients_;
+  SettingRow *agents_, *claude_, *clients_;
   SettingsPage::Agents copied_;
   TextField* history_;
   TextLabel* ownCost_;
-  SwitchRow* updates_;
-  std::vector<SwitchRow*> alerts_;
-  SwitchRow* weeklyReport_;
+  struct UpdateParts {
+    SettingSwitch* automatically;
+    Hairline* rule;
+    SettingRow* manual;
+    Button* check;
+  } updates_{};
+  std::vector<SettingSwitch*> alerts_;
+  SettingSwitch* weeklyReport_;
 };
 
 } // namespace korvell

@@ -25,7 +25,9 @@ constexpr int leastHeight = 320;
 class SettingsWindow::Frame final : public QWidget {
 public:
   Frame(const Theme& theme, SettingsEditor::Services services, Task closed)
-      : closed_(std::move(closed)), view_(new SettingsView(theme, handlers(), this)) {
+      : closed_(std::move(closed)), view_(new SettingsView(theme, handlers(services.openHelp), this)) {
+    if (services.openHelp)
+      connect(new QShortcut(QKeySequence(Qt::Key_F1), this), &QShortcut::activated, services.openHelp);
     editor_.emplace(std::move(services), [this] { refresh(); });
     setWindowTitle(text(localized("Settings")));
     auto* whole = new QVBoxLayout(this);
@@ -72,7 +74,7 @@ private:
     if (isOwnHeight) resize(natural.width(), fitted_);
   }
 
-  SettingsView::Handlers handlers() {
+  SettingsView::Handlers handlers(const Task& help) {
     return {.style = [this](MenuBarStyle style) { editor_->setStyle(style); },
             .appearance = [this](AppearanceChoice choice) { editor_->setAppearance(choice); },
             .language = [this](LanguageChoice choice) { editor_->setLanguage(choice); },
@@ -82,7 +84,10 @@ private:
             .alerts = [this](HealthAlert::Kind kind, bool on) { editor_->setAlerts(kind, on); },
             .turnHelper = [this](bool on) { editor_->turnHelper(on); },
             .openApproval = [this] { editor_->openApproval(); },
-            .installTool = [this] { editor_->installTool(); }};
+            .installTool = [this] { editor_->installTool(); },
+            .automaticallyChecks = [this](bool on) { editor_->setAutomaticallyChecks(on); },
+            .checkForUpdates = [this] { editor_->checkForUpdates(); },
+            .help = help};
   }
 
   const Task closed_;

@@ -9,6 +9,8 @@ namespace korvell {
 
 void openFolder(const std::string& path) { QDesktopServices::openUrl(QUrl::fromLocalFile(text(path))); }
 
+void openFile(const std::string& path) { QDesktopServices::openUrl(QUrl::fromLocalFile(text(path))); }
+
 void openAddress(const std::string& address) { QDesktopServices::openUrl(QUrl(text(address))); }
 
 } // namespace korvell

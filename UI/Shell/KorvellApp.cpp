@@ -7,6 +7,7 @@
 #include "Base/SystemQueue.h"
 #include "Core/Health/SeenAlerts.h"
 #include "Core/Storage/StorageHost.h"
+#include "Shared/HelpPages.h"
 #include "UI/AIUsage/AIUsageView.h"
 #include "UI/Alerts/AlertsView.h"
 #include "UI/Kit/Native.h"
@@ -21,6 +22,7 @@
 #include "UI/Shell/QuestionWindow.h"
 #include "UI/Startup/StartupView.h"
 #include "UI/Storage/StorageView.h"
+#include "UI/Welcome/WelcomeView.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -97,17 +99,19 @@ KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched, QueueCor
       pictures_(loop_.main(), utilityQueueFactory(), applicationPictures(host.folders, processEnvironment())),
       delegate_(*host.defaults, [this](std::optional<SidebarItem> item) { show(item); }),
       keeper_(loop_.main(), *model_, *actions_),
-      window_({.model = *model_,
-               .defaults = *host.defaults,
-               .theme = theme_,
-               .facts = [this] { return sidebarFacts(); },
-               .makePage = [this](SidebarItem item, QWidget& window,
-                                  Banner& banner) { return makePage(item, window, banner); },
-               .keepFrame = [this](Value frame) { store_.set(MainWindow::frameKey, std::move(frame)); },
-               .openSettings = [this] { openSettings(); },
-               .share = [this](Banner& banner) { sharing_.share(banner); },
-               .quit = [this] { askToQuit(); },
-               .closed = [this] { windowClosed(); }}),
+      window_(
+          {.model = *model_,
+           .defaults = *host.defaults,
+           .theme = theme_,
+           .facts = [this] { return sidebarFacts(); },
+           .makePage = [this](SidebarItem item, QWidget& window,
+                              Banner& banner) { return makePage(item, window, banner); },
+           .makeWelcome = [this](QWidget& window, Task done) { return makeWelcome(window, std::move(done)); },
+           .openHelp = openHelp(),
+           .openSettings = [this] { openSettings(); },
+           .share = [this](Banner& banner) { sharing_.share(banner); },
+           .quit = [this] { askToQuit(); },
+           .closed = [this] { windowClosed(); }}),
       settings_(
           theme_, [this] { return settingsServices(); }, [this] { windowClosed(); }) {
   wear(wishes_);
@@ -267,6 +271,13 @@ std::unique_ptr<Page> KorvellApp::makePage(SidebarItem item, QWidget& window, Ba
   }
 }
 
+std::unique_ptr<Page> KorvellApp::makeWelcome(QWidget& window, Task done) {
+  // Settings that can't be stored would bring it back with each window.
+  const bool isFirst = !host_.defaults->boolean(AppDelegate::hasLaunchedKey, false);
+  if (!isFirst || std::exchange(hasWelcomed_, true)) return nullptr;
+  return std::make_unique<FirstLaunch>(theme_, settingsServices(), std::move(done), &window);
+}
+
 std::unique_ptr<Page> KorvellApp::makeMeasurePage(Metric metric, QWidget& window, Banner& banner) {
   AppListFacts facts;
   if (host_.system == SystemKind::linuxDesktop) facts.trafficNote = tcpOnlyNote();
@@ -401,6 +412,15 @@ void KorvellApp::panelClosed() {
 
 void KorvellApp::openSettings() { settings_.show(); }
 
+std::function<void(SidebarItem)> KorvellApp::openHelp() const {
+  const HelpPages help(host_.program);
+  if (!help.page(HelpPages::index)) return {};
+  return [help](SidebarItem item) {
+    const auto page = help.page(rawValue(item));
+    if (const auto any = page ? page : help.page(HelpPages::index)) openFile(*any);
+  };
+}
+
 SettingsEditor::Services KorvellApp::settingsServices() {
   auto services = SettingsEditor::of(host_, assembly_, *model_, store_, loop_.main(), desktopQueue());
   services.styleChanged = [this] {
@@ -408,6 +428,8 @@ SettingsEditor::Services KorvellApp::settingsServices() {
   };
   services.appearanceChanged = [this] { wear(wishes_); };
   services.temperaturesChanged = [this] { window_.refresh(); };
+  if (const auto page = HelpPages(host_.program).page(HelpPages::settings))
+    services.openHelp = [page] { openFile(*page); };
   return services;
 }
 

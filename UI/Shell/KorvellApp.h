@@ -56,6 +56,8 @@ private:
   void askWeekScore();
   void seeAlerts();
   std::unique_ptr<Page> makeHealthPage(QWidget& window, Banner& banner);
+  /// At the first launch, once; null otherwise.
+  std::unique_ptr<Page> makeWelcome(QWidget& window, Task done);
   std::unique_ptr<Page> makeMeasurePage(Metric metric, QWidget& window, Banner& banner);
   void showPanel();
   void wear(const DesktopWishes& wishes);
@@ -67,6 +69,8 @@ private:
   void closeWindows();
   void openSettings();
   SettingsEditor::Services settingsServices();
+  /// Null where no help is installed.
+  std::function<void(SidebarItem)> openHelp() const;
   /// For what may take seconds: opening programs, the login item, the helper.
   Queue& desktopQueue();
   /// Asks over a window that is open, and quits at once without one.
@@ -93,6 +97,7 @@ private:
   Errands errands_;
   ConsentDesk consent_; ///< ends after the keeper
   CardSharing sharing_;
+  bool hasWelcomed_ = false;
   std::optional<double> weekScore_;
   Date weekScoreAt_ = Date::distantPast(); ///< when it was asked for
   AIPeriod aiPeriod_ = AIPeriod::week;

@@ -2,6 +2,7 @@
 
 #include "Base/Localization.h"
 #include "UI/Kit/Banner.h"
+#include "UI/Kit/Button.h"
 #include "UI/Kit/Labels.h"
 #include "UI/Kit/Text.h"
 #include "UI/Window/SidebarView.h"
@@ -55,7 +56,7 @@ QRect frameOf(const UserDefaults& defaults) {
 
 class MainWindow::Frame final : public QWidget {
 public:
-  Frame(MainWindow& owner, const Services& services)
+  Frame(MainWindow& owner, const Services& services, bool welcomes)
       : owner_(owner), services_(services), sidebar_(*new SidebarView(services.theme, this)),
         title_(*new TextLabel(services.theme, TextStyle::title, Token::text1, "", this)),
         banner_(*new Banner(services.theme, this)),
@@ -68,7 +69,7 @@ public:
     addKeys();
     sidebar_.onOpen([this](SidebarItem item) { services_.model.selection.set(item); });
     sidebar_.onSettings(services.openSettings);
-    openSelected();
+    if (!welcomes || !openWelcome()) openSelected();
     sidebar_.takeFocus(Qt::OtherFocusReason);
   }
 
@@ -98,7 +99,9 @@ protected:
 
   /// No shortcut: charts, fields and lists have a use of their own for it first.
   void keyPressEvent(QKeyEvent* event) override {
-    if (event->key() == Qt::Key_Escape)
+    if (event->key() == Qt::Key_Escape && isWelcome_ && banner_.isHidden())
+      openSelected();
+    else if (event->key() == Qt::Key_Escape)
       banner_.dismiss();
     else
       QWidget::keyPressEvent(event);
@@ -125,6 +128,11 @@ private:
     header_ = new QHBoxLayout;
     header_->addWidget(&title_, 1);
     header_->addStrut(headerHeight);
+    if (services_.openHelp) {
+      auto* help = new IconButton(services_.theme, Icon::help, localized("Help for this page"), ground);
+      help->onPress([this] { services_.openHelp(shown_); });
+      header_->addWidget(help);
+    }
     content_->addLayout(header_);
     notices_ = new QHBoxLayout;
     notices_->addWidget(&banner_);
@@ -154,6 +162,7 @@ private:
       if (services_.share) services_.share(banner_);
     });
     key(QKeySequence("Ctrl+,"), services_.openSettings);
+    if (services_.openHelp) key(QKeySequence("F1"), [this] { services_.openHelp(shown_); });
     key(QKeySequence("Ctrl+W"), [this] { close(); });
     key(QKeySequence("Ctrl+Q"), services_.quit);
     key(QKeySequence("F6"), [this] { moveFocus(); });
@@ -190,7 +199,7 @@ private:
   }
 
   void keepPlace() {
-    if (page_) owner_.visits_.keep(page_->place());
+    if (page_ && !isWelcome_) owner_.visits_.keep(page_->place());
   }
 
   void revisit(std::optional<SidebarItem> (Visits::*where)()) {
@@ -200,31 +209,48 @@ private:
     isRevisit_ = false;
   }
 
+  /// False when there is none to show.
+  bool openWelcome() {
+    auto welcome = services_.makeWelcome ? services_.makeWelcome(*this, [this] { openSelected(); }) : nullptr;
+    if (!welcome) return false;
+    isWelcome_ = true;
+    take(std::move(welcome));
+    refreshSidebar();
+    return true;
+  }
+
   void openSelected() {
     const auto item = services_.model.selection->value_or(SidebarItem::overview);
-    if (page_ && item == shown_) return;
+    if (page_ && item == shown_ && !isWelcome_) return;
     shown_ = item;
     if (!isRevisit_) keepPlace();
     owner_.visits_.visit(item);
-    if (page_) {
-      // Not at once: one of its own buttons may have led here.
-      for (QWidget* old : {page_->control(), static_cast<QWidget*>(page_)})
-        if (old) {
-          old->hide();
-          old->deleteLater();
-        }
-    }
+    dropPage();
     banner_.dismiss();
-    page_ = services_.makePage(item, *this, banner_).release();
+    take(services_.makePage(item, *this, banner_));
     if (!page_ && item != SidebarItem::overview) return services_.model.selection.set(SidebarItem::overview);
-    if (page_) {
-      title_.setWords(page_->title());
-      if (auto* control = page_->control()) header_->addWidget(control);
-      content_->addWidget(page_, 1);
-      page_->show();
-      if (isRevisit_) page_->restore(owner_.visits_.place());
-    }
+    if (page_ && isRevisit_) page_->restore(owner_.visits_.place());
     refreshSidebar();
+  }
+
+  void take(std::unique_ptr<Page> page) {
+    page_ = page.release();
+    if (!page_) return;
+    title_.setWords(page_->title());
+    if (auto* control = page_->control()) header_->insertWidget(1, control); // behind the title
+    content_->addWidget(page_, 1);
+    page_->show();
+  }
+
+  void dropPage() {
+    isWelcome_ = false;
+    if (!page_) return;
+    // Not at once: one of its own buttons may have led here.
+    for (QWidget* old : {page_->control(), static_cast<QWidget*>(page_)})
+      if (old) {
+        old->hide();
+        old->deleteLater();
+      }
   }
 
   MainWindow& owner_;
@@ -237,6 +263,7 @@ private:
   Page* page_ = nullptr;
   SidebarItem shown_ = SidebarItem::overview;
   bool isRevisit_ = false; ///< the page that opens now was there before
+  bool isWelcome_ = false; ///< the page that is shown is that of the first launch
   Subscription cycles_, selections_;
 };
 
@@ -252,7 +279,7 @@ void MainWindow::close() {
 void MainWindow::show(std::optional<SidebarItem> item) {
   if (item) services_.model.selection.set(*item);
   if (!frame_) {
-    frame_ = new Frame(*this, services_);
+    frame_ = new Frame(*this, services_, !item);
     if (told_) frame_->banner().say(Tone::info, told_->first, told_->second);
   }
   frame_->setWindowState(frame_->windowState() & ~Qt::WindowMinimized);

@@ -33,6 +33,9 @@ public:
     std::function<SidebarFacts()> facts;
     /// Makes the page of a section; null for one that has none, and then the overview is shown.
     std::function<std::unique_ptr<Page>(SidebarItem, QWidget& window, Banner& banner)> makePage;
+    /// The page of the first launch, where that is now; `done` leads on from it. Null or nothing otherwise.
+    std::function<std::unique_ptr<Page>(QWidget& window, Task done)> makeWelcome{};
+    std::function<void(SidebarItem)> openHelp{}; ///< null where no help is installed
     std::function<void(Value frame)> keepFrame; ///< to be stored under the key above
     Task openSettings;
     std::function<void(Banner& banner)> share; ///< makes the share card
@@ -45,7 +48,8 @@ public:
   MainWindow(const MainWindow&) = delete;
   MainWindow& operator=(const MainWindow&) = delete;
 
-  /// Makes the window if need be and brings it to the front.
+  /// Makes the window if need be and brings it to the front; with the page of the first launch, where that is
+  /// now and no section is asked for.
   void show(std::optional<SidebarItem> item);
   /// At once, without telling; its frame is kept.
   void close();

@@ -1,0 +1,61 @@
+// The page of the first launch, from made-up answers.
+
+#include "UI/Gallery/Gallery.h"
+#include "UI/Gallery/PageFrame.h"
+#include "UI/Welcome/WelcomeView.h"
+
+namespace korvell {
+
+namespace {
+
+SettingsPage fresh() {
+  SettingsPage settings;
+  settings.opensAtLogin = {.title = "Open at login"};
+  settings.helper = {.explanation =
+                         "Linux hides what other users' processes read from and write to storage unless "
+                         "an administrator enables a helper. It is read-only: it can only report those "
+                         "numbers.",
+                     .state = "Not enabled",
+                     .action = "Enable",
+                     .turnsOn = true};
+  settings.tool = {"Links korvell into ~/.local/bin so you can run korvell status in Terminal.", "Install",
+                   ""};
+  settings.history = "~/.local/share/korvell/history.sqlite";
+  return settings;
+}
+
+SettingsPage switchedOn() {
+  auto settings = fresh();
+  settings.opensAtLogin.isOn = true;
+  settings.helper.state = "Enabled";
+  settings.helper.action = "Disable";
+  settings.tool.outcome = "Installed at ~/.local/bin/korvell.";
+  return settings;
+}
+
+SettingsPage withTroubles() {
+  auto settings = fresh();
+  settings.opensAtLogin.trouble = "The file ~/.config/autostart/korvell.desktop could not be written.";
+  settings.helper.trouble = "Nothing was changed: no administrator allowed it.";
+  settings.tool.outcome = "~/.local/bin/korvell already exists and is not a link. Remove it and try again.";
+  return settings;
+}
+
+std::unique_ptr<QWidget> made(const Theme& theme, const SettingsPage& settings) {
+  auto* page = new WelcomeView(theme, {}, welcomePage(settings), nullptr);
+  return std::make_unique<PageFrame>(theme, nullptr, page);
+}
+
+} // namespace
+
+std::vector<GalleryView> welcomeViews() {
+  const QSize usual(884, 760), narrow(664, 560);
+  const auto view = [](std::string name, std::vector<QSize> sizes, SettingsPage (*settings)()) {
+    return GalleryView{std::move(name), std::move(sizes),
+                       [settings](const Theme& theme) { return made(theme, settings()); }};
+  };
+  return {view("welcome", {usual, narrow}, fresh), view("welcome-switched-on", {usual}, switchedOn),
+          view("welcome-troubles", {usual}, withTroubles)};
+}
+
+} // namespace korvell
