@@ -36,7 +36,7 @@ public:
     /// The page of the first launch, where that is now; `done` leads on from it. Null or nothing otherwise.
     std::function<std::unique_ptr<Page>(QWidget& window, Task done)> makeWelcome{};
     std::function<void(SidebarItem)> openHelp{}; ///< null where no help is installed
-    std::function<void(Value frame)> keepFrame; ///< to be stored under the key above
+    std::function<void(Value frame)> keepFrame;  ///< to be stored under the key above
     Task openSettings;
     std::function<void(Banner& banner)> share; ///< makes the share card
     Task quit;

@@ -259,6 +259,12 @@ constexpr LocalizedText texts[] = {
     {"microseconds", "Mikrosekunden"},
     {"revolutions a minute", "Umdrehungen pro Minute"},
     {"US dollars", "US-Dollar"},
+    {"Given", "Erteilt"},
+    {"Impossible", "Nicht möglich"},
+    {"bytes and a date for each kind", "Bytes und ein Datum je Art"},
+    {"The settings can't be read.", "Die Einstellungen lassen sich nicht lesen."},
+    {"not understood", "nicht verstanden"},
+    {"An agent asks", "Ein Agent fragt"},
 };
 constexpr auto sorted = sortedTexts(texts);
 

@@ -374,6 +374,46 @@ constexpr LocalizedText texts[] = {
     {"The widget's place can't be stored.", "Der Ort des Widgets lässt sich nicht speichern."},
     {"Start at login", "Bei der Anmeldung starten"},
     {"Korvell's application can't be started.", "Die Korvell-App lässt sich nicht starten."},
+    {"The figures by application leave out UDP, such as most video calls: the kernel counts only the bytes "
+     "of TCP sockets. The figures above count everything.",
+     "In den Werten je App fehlt UDP, etwa die meisten Videoanrufe: Der Kernel zählt nur die Bytes von "
+     "TCP-Verbindungen. Die Werte darüber zählen alles."},
+    {"Mean of both", "Mittel aus beiden"},
+    {"quiet for {duration}", "ruhig seit {duration}"},
+    {"Check Now", "Jetzt suchen"},
+    {"Check for updates", "Nach Updates suchen"},
+    {"Help", "Hilfe"},
+    {"Help for the settings", "Hilfe zu den Einstellungen"},
+    {"Help for this page", "Hilfe zu dieser Seite"},
+    {"An outlined heart", "Ein Herz als Umriss"},
+    {"All is well, or nothing that cannot wait.", "Alles ist gut, oder nichts eilt."},
+    {"A filled heart", "Ein gefülltes Herz"},
+    {"The score has fallen below {score}. One click tells why.",
+     "Der Zustandswert ist unter {score} gefallen. Ein Klick sagt, warum."},
+    {"Korvell sends nothing: no account, no statistics, no connection of its own.",
+     "Korvell sendet nichts: kein Konto, keine Statistik, keine eigene Verbindung."},
+    {"What it measures and records stays in {folder}, readable by you alone.",
+     "Was es misst und aufzeichnet, bleibt in {folder}, lesbar nur für das eigene Benutzerkonto."},
+    {"Agents and scrapers read it on this machine, and only after you have set one up.",
+     "Agenten und Metrik-Sammler lesen es auf diesem Rechner, und erst wenn einer eingerichtet wurde."},
+    {"Welcome to Korvell", "Willkommen bei Korvell"},
+    {"It keeps an eye on this machine's health and says what would help. Three things to know, then it stays "
+     "out of your way.",
+     "Es behält den Zustand dieses Rechners im Auge und sagt, was helfen würde. Drei Dinge vorweg, dann "
+     "steht es nicht mehr im Weg."},
+    {"The mark in the menu bar", "Das Zeichen in der Menüleiste"},
+    {"A click opens the panel: the score, what it lost, and the button that gives it back. Settings have "
+     "three more forms of it.",
+     "Ein Klick öffnet die Übersicht: den Zustandswert, was ihn gedrückt hat, und die Taste, die es behebt. "
+     "In den Einstellungen gibt es drei weitere Formen."},
+    {"What you may switch on", "Was sich einschalten lässt"},
+    {"None of it is needed, and all of it waits in the settings.",
+     "Nichts davon ist nötig, und alles wartet in den Einstellungen."},
+    {"What never leaves this machine", "Was diesen Rechner nie verlässt"},
+    {"Show This Machine", "Diesen Rechner zeigen"},
+    {"Skip", "Überspringen"},
+    {"Korvell measures and records from the moment you log in.",
+     "Korvell misst und zeichnet ab der Anmeldung auf."},
 };
 constexpr auto sorted = sortedTexts(texts);
 

@@ -398,6 +398,18 @@ constexpr LocalizedText texts[] = {
     {"There is no document for the widget.", "Es gibt kein Dokument für das Widget."},
     {"Print what the desktop widget shows", "Zeigt, was das Schreibtisch-Widget zeigt"},
     {"the output could not be written: {reason}", "die Ausgabe ließ sich nicht schreiben: {reason}"},
+    {"A file is what --report writes.", "Eine Datei schreibt nur --report."},
+    {"--report and --json exclude each other.", "--report und --json schließen einander aus."},
+    {"Write a report for a question instead, which names nothing of yours",
+     "Stattdessen einen Bericht für eine Frage schreiben, der nichts Eigenes nennt"},
+    {"Where the report goes, \"-\" for the output; else a dated file in the downloads",
+     "Wohin der Bericht geht, „-“ für die Ausgabe; sonst eine Datei mit Datum in den Downloads"},
+    {"The report could not be written to {path}: {reason}",
+     "Der Bericht ließ sich nicht nach {path} schreiben: {reason}"},
+    {"The report is {path}. It names no project, file, host, application or person; look through it before "
+     "you hand it on.",
+     "Der Bericht ist {path}. Er nennt kein Projekt, keine Datei, keinen Rechner, keine App und keine "
+     "Person; vor dem Weitergeben lohnt ein Blick hinein."},
 };
 constexpr auto sorted = sortedTexts(texts);
 
