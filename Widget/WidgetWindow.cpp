@@ -20,6 +20,14 @@ namespace {
 
 constexpr int settlingMilliseconds = 100, rememberingMilliseconds = 1000;
 constexpr int cornerDistance = 24;
+constexpr double menuRadius = 8;
+
+/// Where nothing composes windows.
+void cutCorners(QWidget& window, double radius) {
+  QPainterPath shape;
+  shape.addRoundedRect(window.rect(), radius, radius);
+  window.setMask(shape.toFillPolygon().toPolygon());
+}
 
 int milliseconds(Seconds span) { return int(span.count() * 1000) + 1; }
 
@@ -42,6 +50,10 @@ WidgetWindow::WidgetWindow(Parts parts, WidgetPart::Open open)
   setFixedSize(face_.sizeHint());
   readDocument();
   putInPlace();
+  // At login a panel may come up later.
+  connect(QGuiApplication::primaryScreen(), &QScreen::availableGeometryChanged, this, [this] {
+    if (!place_.x) putInPlace();
+  });
   keepOnDesktop(*this);
 }
 
@@ -109,6 +121,7 @@ void WidgetWindow::contextMenuEvent(QContextMenuEvent* event) {
   if (parts_.openHelp) menu->add(localized("Help"), parts_.openHelp);
   menu->add(localized("Close"), [] { QApplication::quit(); });
   menu->popup(event->globalPos());
+  if (!testAttribute(Qt::WA_TranslucentBackground)) cutCorners(*menu, menuRadius);
 }
 
 void WidgetWindow::mousePressEvent(QMouseEvent* event) { pressedAt_ = event->position().toPoint(); }
@@ -131,10 +144,7 @@ void WidgetWindow::paintEvent(QPaintEvent*) {
 
 void WidgetWindow::resizeEvent(QResizeEvent*) {
   face_.setGeometry(rect());
-  if (testAttribute(Qt::WA_TranslucentBackground)) return;
-  QPainterPath shape;
-  shape.addRoundedRect(rect(), WidgetFace::cornerRadius, WidgetFace::cornerRadius);
-  setMask(shape.toFillPolygon().toPolygon());
+  if (!testAttribute(Qt::WA_TranslucentBackground)) cutCorners(*this, WidgetFace::cornerRadius);
 }
 
 } // namespace korvell
