@@ -101,6 +101,32 @@ def same_words(words, title, message):
 # The cases
 
 
+def the_widget(app):
+    """It says that nobody measures, and its menu has it start at login or not."""
+    entry = app.desktop.home + "/.config/autostart/korvell-widget.desktop"
+
+    def starts_at_login():
+        if not os.path.exists(entry):
+            return False
+        with open(entry) as file:
+            return "Hidden=true" not in file.read()
+
+    widget = subprocess.Popen([app.programs + "/korvell-widget"], stdin=subprocess.DEVNULL, env=app.desktop.environment,
+                              stderr=open(app.log, "ab"))
+    try:
+        window = wait_for("the widget", lambda: screen.window("Korvell"))
+        wait_for("what it says", lambda: "Korvell is not running." in screen.texts(window))
+        assert not screen.unnamed(), screen.unnamed()
+        for wanted in (True, False):
+            screen.click(window, 3)
+            time.sleep(0.5)  # a menu of the toolkit's is no window that a screen reader lists
+            screen.press("Down", "Down", "Down", "Down", "Return")
+            wait_for("a start at login" if wanted else "no start at login", lambda: starts_at_login() == wanted)
+    finally:
+        widget.terminate()
+        assert widget.wait(10) in (0, -signal.SIGTERM)
+
+
 def first_launch(app):
     """The window comes by itself once, with what there is to know first, and the tray's item."""
     app.start()
@@ -545,12 +571,12 @@ def the_bus_goes(app):
     assert status == 0, f"exit {status}"
 
 
-CASES = [first_launch, sections_by_pointer, sections_by_keys, ranges, settings_window, panel, links, second_start,
-         quitting_a_process, forcing_a_process, agents_ask, cleaning_up, stopping_a_server, removing_a_leftover,
-         alert_switches, the_desktop_fails, quitting, headless_keeper,
-         an_hour_asleep, starts_at_the_same_moment, the_bus_goes]
+CASES = [the_widget, first_launch, sections_by_pointer, sections_by_keys, ranges, settings_window, panel, links,
+         second_start, quitting_a_process, forcing_a_process, agents_ask, cleaning_up, stopping_a_server,
+         removing_a_leftover, alert_switches, the_desktop_fails, quitting, headless_keeper, an_hour_asleep,
+         starts_at_the_same_moment, the_bus_goes]
 # They start the application by themselves.
-STARTERS = (first_launch, headless_keeper, an_hour_asleep, starts_at_the_same_moment, the_bus_goes)
+STARTERS = (the_widget, first_launch, headless_keeper, an_hour_asleep, starts_at_the_same_moment, the_bus_goes)
 
 
 def run(programs, chosen):
