@@ -16,7 +16,7 @@ constexpr Seconds lastPatience{5};
 AgentServer::AgentServer(Services services)
     : services_(std::move(services)), handles_(services_.clock),
       readings_({services_.host, services_.clock, handles_, services_.makeQueue, services_.measure,
-                 services_.patience}),
+                 services_.patience, services_.readSound}),
       slowReadings_(readings_.services()),
       actions_(std::make_unique<AgentActions>(AgentActions::Services{services_.host, services_.clock,
                                                                      services_.main, services_.makeQueue,

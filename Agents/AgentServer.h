@@ -26,6 +26,7 @@ public:
     Seconds patience;              ///< how long a keeper may think
     std::string version;           ///< of this program
     std::function<void(std::string line)> send;
+    std::function<SoundState()> readSound{}; ///< blocks; null where there is no sound
   };
   explicit AgentServer(Services services);
   ~AgentServer();

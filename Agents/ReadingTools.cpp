@@ -6,7 +6,7 @@ namespace korvell {
 
 std::vector<ReadingTool> readingTools() {
   return {whySlowTool(), healthTool(),  machineTool(),    processesTool(),    historyTool(), alertsTool(),
-          aiUsageTool(), storageTool(), devServersTool(), startupItemsTool(), sensorsTool()};
+          aiUsageTool(), storageTool(), devServersTool(), startupItemsTool(), sensorsTool(), soundTool()};
 }
 
 std::int64_t integerOf(const Value& arguments, const char* name, std::int64_t otherwise) {

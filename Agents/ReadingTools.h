@@ -42,6 +42,7 @@ ReadingTool storageTool();
 ReadingTool devServersTool();
 ReadingTool startupItemsTool();
 ReadingTool sensorsTool();
+ReadingTool soundTool();
 
 // What several share.
 

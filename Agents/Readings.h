@@ -5,6 +5,7 @@
 
 #include "Agents/Handles.h"
 #include "App/Measurement.h"
+#include "Audio/AudioApp.h"
 #include "Base/Queue.h"
 #include "Core/History/HistoryStore.h"
 #include "Platform/Host.h"
@@ -33,9 +34,10 @@ struct ReadingServices {
   Host& host;
   const Clock& clock;
   Handles& handles;
-  QueueFactory makeQueue;        ///< for databases
-  std::function<Tick()> measure; ///< two cycles; blocks
-  Seconds patience;              ///< how long a keeper may think
+  QueueFactory makeQueue;                  ///< for databases
+  std::function<Tick()> measure;           ///< two cycles; blocks
+  Seconds patience;                        ///< how long a keeper may think
+  std::function<SoundState()> readSound{}; ///< blocks; null where there is no sound
 };
 
 class Readings {

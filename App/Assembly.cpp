@@ -18,19 +18,20 @@ namespace {
 constexpr Seconds helperTimeLimit{0.1};
 constexpr Seconds helperStart{1};
 
-std::unique_ptr<OwnerRules> ownerRules(Host& host) {
+} // namespace
+
+std::unique_ptr<OwnerRules> makeOwnerRules(Host& host) {
   if (host.system == SystemKind::macOS) return std::make_unique<MacOwners>(host.bundleInfo);
   return std::make_unique<LinuxOwners>(*host.desktopFiles, host.locale, host.user);
 }
-
-} // namespace
 
 std::string widgetDocument(const Host& host) {
   return host.system == SystemKind::macOS ? WidgetShared::sandboxedSnapshotURL(passwordHome(), host.folders)
                                           : WidgetShared::snapshotURL(host.folders);
 }
 
-Assembly::Assembly(Host& host, const Clock& clock) : host_(host), clock_(clock), owners_(ownerRules(host)) {
+Assembly::Assembly(Host& host, const Clock& clock)
+    : host_(host), clock_(clock), owners_(makeOwnerRules(host)) {
   if (host.usageHelper) helper_ = std::make_unique<PrivilegedHelper>(*host.usageHelper, clock);
 }
 

@@ -19,6 +19,9 @@ namespace korvell {
 /// Where the widget of this system looks for its document.
 std::string widgetDocument(const Host& host);
 
+/// This system's, for one queue.
+std::unique_ptr<OwnerRules> makeOwnerRules(Host& host);
+
 class Assembly {
 public:
   Assembly(Host& host, const Clock& clock);

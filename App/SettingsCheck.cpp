@@ -4,6 +4,7 @@
 #include "App/LanguageChoice.h"
 #include "App/MenuBarStyle.h"
 #include "App/TemperatureUnit.h"
+#include "Audio/SoundMemory.h"
 #include "Base/Localization.h"
 #include "Base/Text.h"
 #include "Core/Health/SeenAlerts.h"
@@ -32,7 +33,8 @@ enum class Kind {
   freedLog,
   found,
   report,
-  file
+  file,
+  sounds
 };
 
 struct KindRow {
@@ -86,6 +88,7 @@ constexpr KindRow kinds[] = {
        const auto* path = value.asString();
        return path && path->starts_with('/') && path->ends_with(".prom");
      }},
+    {Kind::sounds, "a list of applications with their volumes", isSoundMemory},
 };
 
 struct Setting {
@@ -110,6 +113,7 @@ std::vector<Setting> settings() {
   all.push_back({std::string(StorageLog::totalKey), Kind::number, false});
   all.push_back({std::string(StorageLog::logKey), Kind::freedLog, false});
   all.push_back({std::string(StorageFound::key), Kind::found, false});
+  all.push_back({std::string(SoundMemory::key), Kind::sounds, false});
   return all;
 }
 
@@ -127,7 +131,7 @@ std::vector<Trouble> settingsTroubles(const UserDefaults& defaults) {
     if (!value || row.fits(*value)) continue;
     const auto found = truncatedToWidth(escapedControls(dumpJSON(*value)), mostColumns);
     const auto sentence =
-        kind == Kind::freedLog && value->asArray()
+        (kind == Kind::freedLog || kind == Kind::sounds) && value->asArray()
             ? "The setting {key} takes {expected}, but {found} is stored; only what can be read counts."
             : "The setting {key} takes {expected}, but {found} is stored; its default applies.";
     troubles.push_back(

@@ -56,7 +56,6 @@ void SoundEngine::followNeed() {
 }
 
 void SoundEngine::connect() {
-  if (!owners_) owners_ = services_.makeOwners();
   if (!system_) system_ = services_.makeSystem(queue_);
   isOpen_ = true;
   if (failures_ == 0) connection_ = SoundConnection::connecting;
@@ -85,7 +84,10 @@ void SoundEngine::clear() {
 
 void SoundEngine::connectionChanged(SoundConnection connection) {
   connection_ = connection;
-  if (connection == SoundConnection::connected) failures_ = 0;
+  if (connection == SoundConnection::connected) {
+    failures_ = 0;
+    owners(); // what it reads takes time that the first stream has not got
+  }
   if (connection == SoundConnection::noServer || connection == SoundConnection::noLibrary) {
     isOpen_ = false;
     clear();
@@ -121,9 +123,14 @@ void SoundEngine::streamChanged(const SoundStream& stream) {
   publishSoon();
 }
 
+StreamOwners& SoundEngine::owners() {
+  if (!owners_) owners_ = services_.makeOwners();
+  return *owners_;
+}
+
 void SoundEngine::begin(const SoundStream& stream) {
   loadMemory(); // another process may have changed it
-  auto owner = owners_->owner(stream);
+  auto owner = owners().owner(stream);
   const auto key = owner.owner.key;
   auto& app = apps_[key];
   app.owner = owner.owner;

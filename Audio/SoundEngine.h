@@ -83,6 +83,7 @@ private:
   void connect();
   void disconnect();
   void clear();
+  StreamOwners& owners();
   void begin(const SoundStream& stream);
   void hear(Stream& stream, const SoundStream& now);
   void heedOthers(Stream& stream, bool volume, bool muted);
@@ -118,8 +119,8 @@ private:
   std::map<std::string, App> apps_;
   bool isStored_ = true;
   bool isPublishing_ = false;
-  std::unique_ptr<StreamOwners> owners_; ///< null until the first connection
-  std::unique_ptr<SoundSystem> system_;  ///< null with it
+  std::unique_ptr<StreamOwners> owners_; ///< null until there are streams to come
+  std::unique_ptr<SoundSystem> system_;  ///< null until the first connection
   PacedChanges changes_;
   std::unique_ptr<Timer> retrying_, levels_, storing_, forgetting_;
   Lifeline<SoundEngine> life_{*this};

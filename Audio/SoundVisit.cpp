@@ -20,6 +20,16 @@ std::optional<AudioApp> shownApp(const SoundState& state, std::string_view key) 
                   .isRemembered = true};
 }
 
+AudioApp forgotten(AudioApp app) {
+  app.volume = 1;
+  app.muted = app.isRemembered = false;
+  return app;
+}
+
+std::string unadjustable(const std::string& name) {
+  return localized("The system lets nobody change the volume of {name}.", {{"name", name}});
+}
+
 SoundVisit::SoundVisit(SoundMixer::Services services, Seconds patience)
     : patience_(patience), queue_(services.makeQueue(SoundMixer::queueLabel)) {
   const auto publish = [this](SoundState state) {
@@ -59,10 +69,8 @@ Result<AudioApp> SoundVisit::change(const SoundRequest& request) {
   const auto before = state();
   const auto chosen = chooseSoundApp(before, request.app);
   if (!chosen) return Failure{chosen.reason()};
-  auto shown = shownApp(before, chosen->key);
-  if (shown && !shown->isAdjustable)
-    return Failure{
-        localized("The system lets nobody change the volume of {name}.", {{"name", chosen->name}})};
+  const auto shown = shownApp(before, chosen->key);
+  if (shown && !shown->isAdjustable) return Failure{unadjustable(chosen->name)};
   queue_->sync([&] {
     if (request.reset)
       engine_->reset(chosen->key);
@@ -73,10 +81,8 @@ Result<AudioApp> SoundVisit::change(const SoundRequest& request) {
   const auto after = publishedNow();
   if (!after.isStored)
     return Failure{localized("The volume of {name} could not be stored.", {{"name", chosen->name}})};
-  if (auto now = shownApp(after, chosen->key)) return *now;
-  shown->volume = 1; // it was remembered only, and is no more
-  shown->muted = shown->isRemembered = false;
-  return *shown;
+  const auto now = shownApp(after, chosen->key);
+  return now ? *now : forgotten(*shown);
 }
 
 } // namespace korvell

@@ -37,6 +37,11 @@ constexpr bool isSettled(SoundConnection connection) {
 /// The application as the state shows it after a change: listed, or only remembered.
 std::optional<AudioApp> shownApp(const SoundState& state, std::string_view key);
 
+/// An application that was remembered only, and is no more.
+AudioApp forgotten(AudioApp app);
+/// Why its volume stays as it is.
+std::string unadjustable(const std::string& name);
+
 class SoundVisit {
 public:
   /// Connects. The role is a visitor's, or a rememberer's where volumes end with their process.

@@ -1,7 +1,7 @@
 #pragma once
 // The desktop entries of installed applications: the files that say what an application is called and which
-// program it starts. Empty where applications are bundles. On the sampler's queue; read() may take
-// milliseconds, stamp() microseconds.
+// program it starts. Empty where applications are bundles. From any thread: nothing is kept between calls.
+// read() may take milliseconds, stamp() microseconds.
 
 #include <cstdint>
 #include <optional>

@@ -123,4 +123,7 @@ std::string terminalJSON(const Value& value);
 /// A message on standard error, "korvell: …", and the exit code to return.
 int fail(Context& context, std::string_view message, ExitCode code = exitFailed);
 
+/// The same of several lines, the first of which is a sentence; names in it may hold anything.
+int failLines(Context& context, std::string_view reason);
+
 } // namespace korvell

@@ -60,6 +60,12 @@ int fail(Context& context, std::string_view message, ExitCode code) {
   return code;
 }
 
+int failLines(Context& context, std::string_view reason) {
+  std::string text;
+  for (const auto line : split(reason, '\n')) text += (text.empty() ? "" : "\n") + escapedControls(line);
+  return fail(context, text);
+}
+
 namespace {
 
 constexpr int widestHelp = 100;

@@ -25,6 +25,7 @@ Command serversCommand();
 Command portCommand();
 Command linkCommand();
 Command sensorsCommand();
+Command soundCommand();
 Command barCommand();
 Command metricsCommand();
 Command uninstallCommand();

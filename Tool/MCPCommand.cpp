@@ -5,6 +5,7 @@
 #include "Base/SystemQueue.h"
 #include "Tool/Commands.h"
 #include "Tool/LinePipe.h"
+#include "Tool/SoundReading.h"
 #include "Tool/Version.h"
 
 #include <unistd.h>
@@ -30,7 +31,7 @@ int runMCP(Context& context, const Arguments&) {
   server = std::make_unique<AgentServer>(AgentServer::Services{
       context.host, context.clock, loop.main(), systemQueueFactory(),
       [&context] { return measureTwice(context.host, context.clock); }, context.keeperPatience, version,
-      [&pipe](const std::string& line) { pipe->send(line); }});
+      [&pipe](const std::string& line) { pipe->send(line); }, [&context] { return readSound(context); }});
   loop.invite(*pipe);
   loop.run();
   return exitOK;

@@ -10,13 +10,6 @@ namespace korvell {
 
 namespace {
 
-/// A failure of several lines, the first of which is a sentence.
-int failLines(Context& context, const std::string& reason) {
-  std::string text;
-  for (const auto line : split(reason, '\n')) text += (text.empty() ? "" : "\n") + escapedControls(line);
-  return fail(context, text);
-}
-
 int runQuit(Context& context, const Arguments& arguments) {
   CommandActions actions(context, CommandActions::Where::keeperOrHere);
   const auto described =

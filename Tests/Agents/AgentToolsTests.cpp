@@ -54,7 +54,13 @@ struct AgentToolsTests : ServerFixture {
                                 ++measured;
                                 return tick;
                               },
-                              patience, "1", [this](std::string line) { sent.push_back(std::move(line)); }});
+                              patience, "1", [this](std::string line) { sent.push_back(std::move(line)); },
+                              [] {
+                                return SoundState{.connection = SoundConnection::connected,
+                                                  .output = OutputDevice{},
+                                                  .apps = {{.key = "loud", .name = harm, .level = 0.5}},
+                                                  .remembered = {{.key = "loud", .name = harm}}};
+                              }});
     talk(R"({"jsonrpc":"2.0","id":0,"method":"initialize","params":{"protocolVersion":"2025-11-25",)"
          R"("capabilities":{"elicitation":{}}}})");
   }

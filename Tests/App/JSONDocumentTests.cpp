@@ -1,6 +1,7 @@
 // docs/json.md against the records that it describes.
 
 #include "App/Actions.h"
+#include "Audio/AudioApp.h"
 #include "Base/Files.h"
 #include "Base/Text.h"
 #include "Core/DevServers/DevServer.h"
@@ -127,6 +128,10 @@ TEST_F(JSONDocumentTests, commandsNameEveryFieldOfTheirRecordsAndNoOther) {
                       {"sensors", "temperatures[].", names<TemperatureReading>()},
                       {"sensors", "fans[].", names<FanReading>()},
                       {"sensors", "peripherals[].", names<PeripheralBattery>()},
+                      {"sound", "", names<SoundState>()},
+                      {"sound", "output.", names<OutputDevice>()},
+                      {"sound", "apps[].", names<AudioApp>()},
+                      {"sound", "remembered[].", names<RememberedApp>()},
                       {"storage", "categories[].items[].", names<StorageItem>()},
                       {"storage log", "entries[].", names<FreedEntry>()}};
   for (const auto& [heading, prefix, fields] : rows)
