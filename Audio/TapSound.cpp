@@ -178,6 +178,7 @@ SoundStream TapSound::streamOf(const TapSystem::Process& process) const {
                      .isPIDCertain = true,
                      .applicationID = process.bundleID,
                      .isPlaying = process.isPlaying,
+                     .isOpen = process.isPlaying,
                      .isAdjustable = !(process.isPlaying && process.isRecording)};
   if (const auto* app = appWith(process.id)) {
     stream.volume = app->machine.wish().volume;

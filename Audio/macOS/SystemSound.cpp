@@ -33,6 +33,8 @@ SoundSystemFactory systemSound(const Environment&) {
   return [](Queue& queue) { return std::make_unique<TapSound>(queue, makeMacTapSystem()); };
 }
 
+bool volumesOutliveProcess() { return false; } // taps end with it
+
 std::unique_ptr<StreamProcesses> systemStreamProcesses() {
   return hasMacTaps() ? std::make_unique<MacStreamProcesses>() : nullptr;
 }

@@ -35,6 +35,8 @@ std::vector<GalleryView> listViews();
 std::vector<GalleryView> aiUsageViews();
 /// Free Up Space.
 std::vector<GalleryView> storageViews();
+/// Who makes a sound.
+std::vector<GalleryView> soundViews();
 /// The settings, from made-up answers.
 std::vector<GalleryView> settingsViews();
 /// The first launch.

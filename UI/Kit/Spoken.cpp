@@ -66,8 +66,10 @@ public:
   }
 
   QVariant currentValue() const override { return meter().value_or(0); }
-  void setCurrentValue(const QVariant&) override {}
-  QVariant maximumValue() const override { return 100.0; }
+  void setCurrentValue(const QVariant& value) override {
+    if (spoken()) spoken()->moveMeter(value.toDouble());
+  }
+  QVariant maximumValue() const override { return spoken() ? spoken()->meterTop() : 100.0; }
   QVariant minimumValue() const override { return 0.0; }
   QVariant minimumStepSize() const override { return 1.0; }
 
@@ -153,6 +155,11 @@ void forgetSpoken(QWidget& widget) {
 void tellRowFocused(QWidget& widget, std::size_t row) {
   QAccessibleEvent event(&widget, QAccessible::Focus);
   event.setChild(int(row));
+  QAccessible::updateAccessibility(&event);
+}
+
+void tellMeterMoved(QWidget& widget, double value) {
+  QAccessibleValueChangeEvent event(&widget, value);
   QAccessible::updateAccessibility(&event);
 }
 

@@ -19,8 +19,11 @@ public:
   virtual QAccessible::Role role() const = 0;
   /// The value in words; empty without one.
   virtual std::string spokenValue() const { return {}; }
-  /// For meters: the value as a number of 0 to 100.
+  /// For meters: the value as a number of 0 to meterTop().
   virtual std::optional<double> meter() const { return std::nullopt; }
+  virtual double meterTop() const { return 100; }
+  /// For those that can be moved.
+  virtual void moveMeter(double value) { (void)value; }
   virtual void addStates(QAccessible::State&) const {}
   /// What Enter would do; false where nothing can be pressed.
   virtual bool press() { return false; }
@@ -45,5 +48,7 @@ void forgetSpoken(QWidget& widget);
 void tellRowFocused(QWidget& widget, std::size_t row);
 /// Tells assistive technology that a state or value has changed.
 void tellStateChanged(QWidget& widget, const QAccessible::State& changed);
+/// Tells it that a meter was moved.
+void tellMeterMoved(QWidget& widget, double value);
 
 } // namespace korvell

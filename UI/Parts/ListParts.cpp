@@ -120,16 +120,21 @@ void StateLabel::draw(QPainter& painter) { drawState(painter, rect(), theme(), l
 
 RowGroup::RowGroup(const Theme& theme, QWidget* parent)
     : QWidget(parent), title_(new TextLabel(theme, TextStyle::head, Token::text1, "", this)),
-      column_(bare<QVBoxLayout>(this)) {
-  auto* head = new QHBoxLayout;
-  head->setContentsMargins(rowInset, 0, rowInset, 0);
-  head->addWidget(title_, 0, Qt::AlignTop);
-  head->addStrut(theme.scaled(groupHead));
-  column_->addLayout(head);
+      column_(bare<QVBoxLayout>(this)), head_(new QHBoxLayout) {
+  head_->setContentsMargins(rowInset, 0, rowInset, 0);
+  head_->addWidget(title_, 0, Qt::AlignTop);
+  head_->addStrut(theme.scaled(groupHead));
+  column_->addLayout(head_);
   column_->addSpacing(groupGap);
 }
 
 void RowGroup::setTitle(std::string_view title) { title_->setWords(title); }
+
+void RowGroup::addButton(Button* button) {
+  head_->setAlignment(title_, Qt::AlignVCenter);
+  head_->addStretch(1);
+  head_->addWidget(button, 0, Qt::AlignVCenter);
+}
 
 void RowGroup::fit(std::size_t count, const std::function<ListRow*(QWidget* parent)>& make) {
   while (rows_.size() > count) {
@@ -177,7 +182,8 @@ Notice::Notice(const Theme& theme, Icon icon, std::string_view action, QWidget* 
   row->addLayout(words, 1);
   row->addSpacing(16);
   row->addWidget(button_);
-  setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+  // Not Maximum: what it takes in a wide window would be all that it gets in a narrow one.
+  setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
 }
 
 void Notice::show(std::string_view sentence, std::string_view detail) {

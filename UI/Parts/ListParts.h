@@ -87,6 +87,8 @@ public:
   RowGroup(const Theme& theme, QWidget* parent);
 
   void setTitle(std::string_view title);
+  /// A button for all of its rows, at the end of the heading.
+  void addButton(Button* button);
   /// Brings it to that length; new ones come from `make`, as children of the group.
   void fit(std::size_t count, const std::function<ListRow*(QWidget* parent)>& make);
   const std::vector<ListRow*>& rows() const { return rows_; }
@@ -94,6 +96,7 @@ public:
 private:
   TextLabel* title_;
   QVBoxLayout* column_;
+  QHBoxLayout* head_;
   std::vector<ListRow*> rows_;
 };
 
