@@ -3,6 +3,7 @@
 #include "App/AppearanceChoice.h"
 #include "App/LanguageChoice.h"
 #include "App/MenuBarStyle.h"
+#include "App/PanelSoundChoice.h"
 #include "App/TemperatureUnit.h"
 #include "Audio/SoundMemory.h"
 #include "Base/Localization.h"
@@ -106,6 +107,7 @@ std::vector<Setting> settings() {
   for (const auto& kind : allCases<HealthAlert::Kind>())
     all.push_back({defaultsKey(kind.value), Kind::truth});
   all.push_back({std::string(WeeklyReport::enabledKey), Kind::truth});
+  all.push_back({std::string(panelSoundKey), Kind::truth});
   all.push_back({std::string(metricsFileKey), Kind::file});
   all.push_back({std::string(alertsSeenKey), Kind::date, false});
   all.push_back({std::string(WeeklyReport::lastSentKey), Kind::date, false});

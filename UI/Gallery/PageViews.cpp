@@ -71,7 +71,8 @@ private:
 
 class ShownPanel final : public Shown {
 public:
-  ShownPanel(const Theme& theme, Machine machine, UsageKey sortedBy) : Shown(machine) {
+  ShownPanel(const Theme& theme, Machine machine, UsageKey sortedBy, const SoundState* sound)
+      : Shown(machine) {
     auto* ground = new Plate(theme, {Token::surface, Token::edge, 12}, this);
     auto* inside = new QVBoxLayout(ground);
     inside->setContentsMargins(0, 0, 0, 0);
@@ -82,9 +83,10 @@ public:
                                  .openKorvell = ignore,
                                  .openSettings = ignore,
                                  .quit = ignore,
-                                 .share = ignore},
+                                 .share = ignore,
+                                 .mute = [](const std::string&, bool) {}},
                                 ground);
-    panel->show(panelPage(*model_, sortedBy, weekScore, true));
+    panel->show(panelPage(*model_, sortedBy, weekScore, true, sound));
     inside->addWidget(panel);
     layout()->addWidget(ground);
   }
@@ -97,7 +99,15 @@ std::unique_ptr<QWidget> window(const Theme& theme) {
 
 template <Machine machine, UsageKey key = UsageKey::memory>
 std::unique_ptr<QWidget> panel(const Theme& theme) {
-  return std::make_unique<ShownPanel>(theme, machine, key);
+  return std::make_unique<ShownPanel>(theme, machine, key, nullptr);
+}
+
+std::unique_ptr<QWidget> panelWithSound(const Theme& theme) {
+  AudioApp muted{.key = "chat", .name = "Chat", .muted = true, .playing = true};
+  AudioApp music{.key = "music", .name = "An application whose name is long", .volume = 0.6, .playing = true};
+  const SoundState sound{.connection = SoundConnection::connected,
+                         .apps = {{.key = "firefox", .name = "Firefox", .playing = true}, music, muted}};
+  return std::make_unique<ShownPanel>(theme, healthyMachine, UsageKey::memory, &sound);
 }
 
 class ShownCard final : public QWidget {
@@ -135,6 +145,7 @@ std::vector<GalleryView> pageViews() {
       {"panel-starting", {own}, panel<startingMachine>},
       {"panel-well", {own}, panel<healthyMachine>},
       {"panel-troubled", {own}, panel<troubledMachine, UsageKey::cpu>},
+      {"panel-sound", {own}, panelWithSound},
       {"panel-low", {{360, 560}}, panel<troubledMachine, UsageKey::cpu>},
       {"panel-wordy", {own}, panel<wordyMachine>},
       {"panel-bare", {own}, panel<bareMachine>},

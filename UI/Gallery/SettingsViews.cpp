@@ -21,6 +21,7 @@ SettingsPage usual() {
   for (const auto& style : allCases<MenuBarStyle>())
     page.styles.push_back({title(style.value), MenuBarLabel::make(figures, style.value)});
   page.opensAtLogin = {.title = localized("Open at login"), .isOn = true};
+  page.panelSound = {.title = localized("Show in the panel who is making a sound")};
   page.helper = {.explanation = explanation(),
                  .state = localized("Not enabled"),
                  .action = localized("Enable"),

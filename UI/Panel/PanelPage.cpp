@@ -5,7 +5,7 @@
 namespace korvell {
 
 PanelPage panelPage(const Model& model, UsageKey sortedBy, std::optional<double> weekScore,
-                    bool hasBatterySettings) {
+                    bool hasBatterySettings, const SoundState* sound) {
   PanelPage page{.head = healthHead(model, weekScore, hasBatterySettings),
                  .sortedBy = sortedBy,
                  .apps = topApps(model, sortedBy, PanelPage::mostApps)};
@@ -15,6 +15,9 @@ PanelPage panelPage(const Model& model, UsageKey sortedBy, std::optional<double>
   for (auto& tile : measureTiles(model))
     if (tile.section != SidebarItem::gpu && tile.section != SidebarItem::energy)
       page.tiles.push_back(std::move(tile));
+  if (!sound) return page;
+  for (auto& row : soundPage(*sound).apps)
+    if (row.isPlaying && page.sounds.size() < PanelPage::mostSounds) page.sounds.push_back(std::move(row));
   return page;
 }
 

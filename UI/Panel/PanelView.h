@@ -7,6 +7,7 @@
 #include "UI/Kit/ScoreRing.h"
 #include "UI/Kit/Scroll.h"
 #include "UI/Panel/PanelPage.h"
+#include "UI/Panel/PanelSound.h"
 #include "UI/Parts/PartViews.h"
 
 class QBoxLayout;
@@ -24,13 +25,14 @@ public:
     std::function<void(UsageKey)> sortBy;
     std::function<void()> openKorvell, openSettings, quit;
     std::function<void()> share{}; ///< absent: there is no button
+    std::function<void(const std::string& app, bool muted)> mute{};
   };
 
   PanelView(const Theme& theme, Handlers handlers, QWidget* parent);
 
   void show(const PanelPage& page);
   /// Of applications. They outlive the view.
-  void setPictures(Pictures& pictures) { apps_->setPictures(&pictures); }
+  void setPictures(Pictures& pictures);
   Banner& banner() { return *banner_; }
 
   /// Of the whole without scrolling.
@@ -44,6 +46,8 @@ protected:
 private:
   QWidget* makeHeader();
   QWidget* makeMiddle();
+  QWidget* makeSounds(QWidget* parent);
+  void showSounds(const std::vector<SoundPage::Row>& rows);
   QWidget* makeNothing(QWidget* parent);
   QWidget* makeMore(QWidget* parent);
   void showHead(const HealthHead& head);
@@ -66,6 +70,12 @@ private:
   std::vector<FindingView*> findings_;
   QGridLayout* tileGrid_ = nullptr;
   std::vector<TileView*> tiles_;
+  const PanelSound::Handlers soundHandlers_;
+  QWidget* soundHolder_ = nullptr;
+  QBoxLayout* soundRows_ = nullptr;
+  std::vector<PanelSound*> sounds_;
+  Pictures* pictures_ = nullptr;
+  Subscription arrivals_;
   Segments* sorting_ = nullptr;
   AppRows* apps_ = nullptr;
 };

@@ -2,6 +2,7 @@
 
 #include "App/CommandLineTool.h"
 #include "App/HelperSwitch.h"
+#include "App/PanelSoundChoice.h"
 #include "Core/Health/WeeklyReport.h"
 #include "Core/History/HistoryStore.h"
 
@@ -120,6 +121,10 @@ void SettingsEditor::setTemperatures(TemperatureUnit unit) {
 void SettingsEditor::setAlerts(HealthAlert::Kind kind, bool on) { store(defaultsKey(kind), on); }
 
 void SettingsEditor::setWeeklyReport(bool on) { store(WeeklyReport::enabledKey, on); }
+
+void SettingsEditor::setPanelSound(bool on) {
+  store(panelSoundKey, on);
+}
 
 void SettingsEditor::setOpensAtLogin(bool on) {
   if (std::exchange(isSwitchingLogin_, true)) return changed_();

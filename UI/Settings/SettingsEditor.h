@@ -54,6 +54,7 @@ public:
   void setTemperatures(TemperatureUnit unit);
   void setAlerts(HealthAlert::Kind kind, bool on);
   void setWeeklyReport(bool on);
+  void setPanelSound(bool on);
   // While one of these is under way, another wish of its kind is not heard.
   void setOpensAtLogin(bool on);
   void turnHelper(bool on);

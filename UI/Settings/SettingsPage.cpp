@@ -1,5 +1,6 @@
 #include "UI/Settings/SettingsPage.h"
 
+#include "App/PanelSoundChoice.h"
 #include "Base/Files.h"
 #include "Base/Format.h"
 #include "Base/Localization.h"
@@ -104,6 +105,8 @@ SettingsPage settingsPage(const Model& model, const UserDefaults& defaults, cons
                        .isOn = answers.opensAtLogin.value_or(false),
                        .canChange = answers.opensAtLogin.has_value(),
                        .trouble = answers.loginTrouble};
+  page.panelSound = {.title = localized("Show in the panel who is making a sound"),
+                     .isOn = showsSoundInPanel(defaults)};
   page.appearance = appearanceChoice(defaults);
   page.language = languageChoice(defaults);
   page.temperatures = temperatureUnit(defaults);

@@ -55,6 +55,7 @@ struct SettingsPage {
   std::vector<Style> styles;   ///< in the order of MenuBarStyle
   MenuBarStyle style = MenuBarStyle::icon;
   Switch opensAtLogin;
+  Switch panelSound;
   AppearanceChoice appearance = AppearanceChoice::system;
   LanguageChoice language = LanguageChoice::system;
   TemperatureUnit temperatures = TemperatureUnit::celsius;

@@ -142,6 +142,8 @@ void SettingsView::makeGeneral() {
   auto group = startGroup(localized("General"));
   opensAtLogin_ = new SettingSwitch(theme_, group.plate, [this](bool on) { handlers_.opensAtLogin(on); });
   group.add(*opensAtLogin_);
+  panelSound_ = new SettingSwitch(theme_, group.plate, [this](bool on) { handlers_.panelSound(on); });
+  group.add(*panelSound_);
   appearance_ = addChoice<AppearanceChoice>(
       group, localized("Appearance"), [this](AppearanceChoice choice) { handlers_.appearance(choice); });
   language_ = addChoice<LanguageChoice>(
@@ -248,6 +250,7 @@ void SettingsView::show(const SettingsPage& page) {
   showTrouble(page);
   showStyles(page);
   opensAtLogin_->show(page.opensAtLogin);
+  panelSound_->show(page.panelSound);
   appearance_->choose(std::size_t(page.appearance));
   language_->choose(std::size_t(page.language));
   temperatures_->choose(std::size_t(page.temperatures));

@@ -25,7 +25,7 @@ public:
     std::function<void(AppearanceChoice)> appearance;
     std::function<void(LanguageChoice)> language;
     std::function<void(TemperatureUnit)> temperatures;
-    std::function<void(bool)> opensAtLogin, weeklyReport;
+    std::function<void(bool)> opensAtLogin, panelSound, weeklyReport;
     std::function<void(HealthAlert::Kind, bool)> alerts;
     std::function<void(bool on)> turnHelper;
     std::function<void()> openApproval, installTool;
@@ -80,7 +80,7 @@ private:
 
   std::vector<MenuBarLabel> labels_; ///< that the tiles paint
   RadioTiles* styles_;
-  SettingSwitch* opensAtLogin_;
+  SettingSwitch *opensAtLogin_, *panelSound_;
   Segments *appearance_, *language_, *temperatures_;
   struct HelperParts {
     QWidget* head;

@@ -80,6 +80,7 @@ private:
             .language = [this](LanguageChoice choice) { editor_->setLanguage(choice); },
             .temperatures = [this](TemperatureUnit unit) { editor_->setTemperatures(unit); },
             .opensAtLogin = [this](bool on) { editor_->setOpensAtLogin(on); },
+            .panelSound = [this](bool on) { editor_->setPanelSound(on); },
             .weeklyReport = [this](bool on) { editor_->setWeeklyReport(on); },
             .alerts = [this](HealthAlert::Kind kind, bool on) { editor_->setAlerts(kind, on); },
             .turnHelper = [this](bool on) { editor_->turnHelper(on); },
