@@ -110,9 +110,7 @@ void SettingsEditor::setAppearance(AppearanceChoice choice) {
   store(appearanceKey, std::string(rawValue(choice)), services_.appearanceChanged);
 }
 
-void SettingsEditor::setLanguage(LanguageChoice choice) {
-  store(languageKey, std::string(rawValue(choice)));
-}
+void SettingsEditor::setLanguage(LanguageChoice choice) { store(languageKey, std::string(rawValue(choice))); }
 
 void SettingsEditor::setTemperatures(TemperatureUnit unit) {
   store(temperatureUnitKey, std::string(rawValue(unit)), services_.temperaturesChanged);
@@ -122,9 +120,7 @@ void SettingsEditor::setAlerts(HealthAlert::Kind kind, bool on) { store(defaults
 
 void SettingsEditor::setWeeklyReport(bool on) { store(WeeklyReport::enabledKey, on); }
 
-void SettingsEditor::setPanelSound(bool on) {
-  store(panelSoundKey, on);
-}
+void SettingsEditor::setPanelSound(bool on) { store(panelSoundKey, on); }
 
 void SettingsEditor::setOpensAtLogin(bool on) {
   if (std::exchange(isSwitchingLogin_, true)) return changed_();

@@ -265,6 +265,9 @@ constexpr LocalizedText texts[] = {
     {"The settings can't be read.", "Die Einstellungen lassen sich nicht lesen."},
     {"not understood", "nicht verstanden"},
     {"An agent asks", "Ein Agent fragt"},
+    {"This system lets nobody see the volumes of applications.",
+     "Dieses System lässt niemanden die Lautstärken von Apps sehen."},
+    {"a list of applications with their volumes", "eine Liste von Apps mit ihren Lautstärken"},
 };
 constexpr auto sorted = sortedTexts(texts);
 

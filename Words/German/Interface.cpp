@@ -414,6 +414,32 @@ constexpr LocalizedText texts[] = {
     {"Skip", "Überspringen"},
     {"Korvell measures and records from the moment you log in.",
      "Korvell misst und zeichnet ab der Anmeldung auf."},
+    {"Show in the panel who is making a sound", "In der Übersicht zeigen, wer gerade Ton ausgibt"},
+    {"{name}, muted", "{name}, stumm"},
+    {"{name}, {n} percent", "{name}, {n} Prozent"},
+    {"can't be changed now", "zurzeit nicht änderbar"},
+    {"paused", "angehalten"},
+    {"Output, can't be changed here", "Ausgabe, hier nicht änderbar"},
+    {"Output: {row}", "Ausgabe: {row}"},
+    {"Nothing is playing.", "Es wird nichts abgespielt."},
+    {"An app that makes a sound shows up here, with a volume of its own.",
+     "Eine App, die Ton ausgibt, erscheint hier mit einer eigenen Lautstärke."},
+    {"Sound per app is not available on this system.", "Ton je App gibt es auf diesem System nicht."},
+    {"Until it does, every app is heard as loud as it plays. The permission is named \"System Audio "
+     "Recording Only\"; Korvell records nothing.",
+     "Bis dahin ist jede App so laut zu hören, wie sie spielt. Die Erlaubnis heißt „Nur "
+     "Systemaudioaufnahme“; Korvell nimmt nichts auf."},
+    {"Your choice could not be stored.", "Die Wahl ließ sich nicht speichern."},
+    {"It holds until Korvell ends.", "Sie gilt, bis Korvell endet."},
+    {"{n} playing", "{n} mit Ton"},
+    {"Unmute {name}", "Stummschaltung von {name} aufheben"},
+    {"Mute {name}", "{name} stumm schalten"},
+    {"Reset", "Zurücksetzen"},
+    {"Volume of {name}", "Lautstärke von {name}"},
+    {"Reset {name}", "{name} zurücksetzen"},
+    {"Open System Settings", "Systemeinstellungen öffnen"},
+    {"Reset All", "Alle zurücksetzen"},
+    {"Remembered", "Gemerkt"},
 };
 constexpr auto sorted = sortedTexts(texts);
 
