@@ -3,6 +3,7 @@
 #include "App/WidgetDocument.h"
 #include "Tests/App/AppFixture.h"
 #include "Tests/Fakes/FakeWidgetCenter.h"
+#include "Words/Languages.h"
 
 #include <atomic>
 #include <csignal>
@@ -96,6 +97,24 @@ TEST_F(WidgetPublisherTests, AsksAgainEveryHalfHourAndAtOnceWhereAPlacingShows) 
   publishAfter(100);
   EXPECT_EQ(score(), 70) << "never deleted, no longer written";
   EXPECT_EQ(center.asked(), 0u);
+}
+
+TEST_F(WidgetPublisherTests, WritesEnglishAndItsOwnLanguageBeside) {
+  setLanguages(languages("de"));
+  snapshot.cpu.load1 = 2.1;
+  auto& finding = report.insights.front();
+  finding.wordings = {{"en", {finding.title, finding.detail}}, {"de", {"Speicherplatz wird knapp", "warum"}}};
+  speakHere(finding);
+  place();
+  publish();
+  const auto here = WidgetShared::read(path);
+  setLocalization({});
+  const auto english = WidgetShared::read(path);
+  ASSERT_TRUE(here && english);
+  EXPECT_EQ(here->fixes.front().title, "Speicherplatz wird knapp");
+  EXPECT_EQ(here->tiles.front().detail, "Last 2,1");
+  EXPECT_EQ(english->fixes.front().title, "Disk space is getting low");
+  EXPECT_EQ(english->tiles.front().detail, "load 2.1");
 }
 
 TEST_F(WidgetPublisherTests, WritesOnceAMinuteAndReloadsEveryQuarterHourForWhatIsNew) {

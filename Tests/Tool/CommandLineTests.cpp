@@ -110,6 +110,15 @@ TEST_F(CommandLineTests, failuresAreObjectsToo) {
   EXPECT_EQ(output, "");
 }
 
+TEST(SpeaksToPrograms, whatIsForProgramsButNotItsHelp) {
+  const std::vector<std::string> programs[] = {
+      {"status", "--json"}, {"mcp"}, {"metrics", "--listen", "[::1]:9"}, {"bar"}, {"complete", "st"}};
+  const std::vector<std::string> people[] = {{}, {"status"}, {"mcp", "--help"}, {"servers", "mcp"}};
+  for (const auto& arguments : programs) EXPECT_TRUE(speaksToPrograms(arguments)) << arguments.front();
+  for (const auto& arguments : people)
+    EXPECT_FALSE(speaksToPrograms(arguments)) << testing::PrintToString(arguments);
+}
+
 TEST_F(CommandLineTests, whatWritesNeedsAHomeFolder) {
   const std::vector<Command> writer = {
       writing({"note", "Writes", {}, [](Context&, const Arguments&) { return int(exitOK); }})};

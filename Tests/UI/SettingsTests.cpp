@@ -87,12 +87,14 @@ TEST_F(SettingsTests, changesAreStoredAtOnceUnderTheKeysThatAreReadElsewhere) {
   EXPECT_TRUE(it.page().weeklyReport.isOn);
   it.setStyle(MenuBarStyle::graphs);
   it.setAppearance(AppearanceChoice::dark);
+  it.setLanguage(LanguageChoice::german);
   it.setTemperatures(TemperatureUnit::fahrenheit);
   it.setAlerts(HealthAlert::Kind::memoryGrowth, false);
   it.setWeeklyReport(false);
   time.run();
   EXPECT_EQ(defaults.string("menuBarStyle"), "graphs");
   EXPECT_EQ(defaults.string("appearance"), "dark");
+  EXPECT_EQ(defaults.string("language"), "de");
   EXPECT_EQ(defaults.string("temperatureUnit"), "fahrenheit");
   EXPECT_FALSE(defaults.boolean("alert.memoryGrowth", true));
   EXPECT_FALSE(defaults.boolean("weeklyReport.enabled", true));
@@ -100,6 +102,7 @@ TEST_F(SettingsTests, changesAreStoredAtOnceUnderTheKeysThatAreReadElsewhere) {
   const auto page = it.page();
   EXPECT_EQ(page.style, MenuBarStyle::graphs);
   EXPECT_EQ(page.appearance, AppearanceChoice::dark);
+  EXPECT_EQ(page.language, LanguageChoice::german);
   EXPECT_EQ(page.temperatures, TemperatureUnit::fahrenheit);
   EXPECT_FALSE(page.alerts[1].isOn);
   EXPECT_TRUE(page.alerts[0].isOn);

@@ -71,11 +71,11 @@ TEST_F(SettingsWindowTests, theKeyboardReachesEveryControlInTheOrderOfThePage) {
   }
   EXPECT_THAT(names,
               ElementsAre("Icon only", "Open at login", "Show in the panel who is making a sound", "System",
-                          "°C", "Disable", "Install", "Copy: Add to Claude Code", "Copy: Other MCP clients",
-                          "History", "An app keeps the CPU busy", "An app keeps using more memory",
-                          "An app hammers the disk", "An app uses a lot of network",
-                          "The disk is almost full", "Memory is running out", "A Codex plan limit passes 80%",
-                          "Send a weekly report on Monday morning"));
+                          "System", "°C", "Disable", "Install", "Copy: Add to Claude Code",
+                          "Copy: Other MCP clients", "History", "An app keeps the CPU busy",
+                          "An app keeps using more memory", "An app hammers the disk",
+                          "An app uses a lot of network", "The disk is almost full", "Memory is running out",
+                          "A Codex plan limit passes 80%", "Send a weekly report on Monday morning"));
 }
 
 TEST_F(SettingsWindowTests, controlsStoreAndGoBackWhereNothingCameOfIt) {

@@ -82,7 +82,7 @@ constexpr LocalizedText texts[] = {
     {"The Korvell that runs is of another version; this is done without it.",
      "Das laufende Korvell ist eine andere Version; dies geschieht ohne es."},
     {"Print the tray item as a line for a status bar",
-     "Gibt das Symbol der Menüleiste als Zeile für eine Statusleiste aus"},
+     "Gibt das Symbol des Infobereichs als Zeile für eine Statusleiste aus"},
     {"What it shows, without it what the settings say",
      "Was gezeigt wird; sonst, was die Einstellungen sagen"},
     {"Who reads it (plain)", "Wer die Zeile liest (plain)"},
