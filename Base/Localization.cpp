@@ -10,6 +10,18 @@ void (*missing)(std::string_view key) = nullptr;
 /// Null: the process's own.
 thread_local const Language* chosen = nullptr;
 
+/// Whether a text has letters that run from the right: Hebrew's, Arabic's and their neighbours' (U+0590 to
+/// U+07FF), which begin with these bytes in UTF-8.
+bool runsFromRight(std::string_view text) {
+  return std::ranges::any_of(text, [](char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte >= 0xD6 && byte <= 0xDF;
+  });
+}
+
+/// In such a text a figure and its unit stay together, and a path in its order.
+constexpr std::string_view isolate = "\u2068", isolateEnd = "\u2069";
+
 } // namespace
 
 void setLanguages(std::vector<Language> languages) {
@@ -48,6 +60,7 @@ std::string localized(std::string_view key) {
 
 std::string localized(std::string_view key, std::span<const LocalizedValue> values) {
   const std::string text = localized(key);
+  const bool isolates = runsFromRight(text);
   std::string result;
   for (size_t i = 0; i < text.size();) {
     const auto close = text[i] == '{' ? text.find('}', i) : std::string::npos;
@@ -58,7 +71,9 @@ std::string localized(std::string_view key, std::span<const LocalizedValue> valu
       return nullptr;
     }();
     if (value) {
+      if (isolates) result += isolate;
       result += *value;
+      if (isolates) result += isolateEnd;
       i = close + 1;
     } else {
       result += text[i++];

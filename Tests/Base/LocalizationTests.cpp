@@ -63,6 +63,9 @@ TEST_F(Localization, keysAreTheirOwnTranslationAndPlaceholdersAreFilledIn) {
   };
   for (const auto& row : rows)
     EXPECT_EQ(localized(row.key, {{"n", "5"}, {"v", "{n} Your Mac"}}), row.expected) << row.key;
+  // A figure keeps together with its unit where letters run from the right.
+  EXPECT_EQ(localized("פנוי {n}", {{"n", "5 GB"}}), "פנוי \u2068"
+                                                    "5 GB\u2069");
 }
 
 TEST_F(Localization, enumerationsReadTheirTable) {
