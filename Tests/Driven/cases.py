@@ -140,6 +140,10 @@ def first_launch(app):
     wait_for("the switch back", lambda: not box.has(screen.CHECKED))
     screen.click(screen.await_node("push button", "Skip"))
     in_section("Health")
+    screen.press("ctrl+w")
+    wait_for("the window's end", lambda: not screen.window("Korvell"))
+    app.again()
+    in_section("Health")
     wait_for("the item in the tray", app.desktop.items)
 
 

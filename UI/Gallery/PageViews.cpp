@@ -59,6 +59,7 @@ private:
               page->show(healthPage(*model_, {model_->zone, weekScore, true}));
               return page;
             },
+            .openHelp = [](SidebarItem) {},
             .keepFrame = [](const Value&) {},
             .openSettings = ignore,
             .share = {},

@@ -73,7 +73,7 @@ WelcomeView::WelcomeView(const Theme& theme, Handlers handlers, const WelcomePag
   column_->addWidget(start, 0, Qt::AlignLeading);
   column_->addStretch(1);
   scroll_->setContent(*content_);
-  show(page);
+  fill(page);
 }
 
 TextLabel& WelcomeView::addText(TextStyle style, Token token, const std::string& words, int above) {
@@ -149,6 +149,10 @@ void WelcomeView::makePrivacy(const WelcomePage& page) {
 }
 
 void WelcomeView::show(const WelcomePage& page) {
+  if (page != shown_) fill(page);
+}
+
+void WelcomeView::fill(const WelcomePage& page) {
   shown_ = page;
   opensAtLogin_->show(page.opensAtLogin);
   const auto& helper = page.helper;

@@ -37,6 +37,7 @@ private:
   void makeMarks(const WelcomePage& page);
   void makeChoices(const WelcomePage& page);
   void makePrivacy(const WelcomePage& page);
+  void fill(const WelcomePage& page);
 
   const Theme& theme_;
   const Handlers handlers_;

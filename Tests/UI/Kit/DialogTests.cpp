@@ -77,6 +77,19 @@ TEST_F(DialogTests, aSecondQuestionRefusesTheFirst) {
   EXPECT_EQ(Dialog::of(window), &second);
 }
 
+TEST_F(DialogTests, aloneItFillsAWindowOfItsSize) {
+  QWidget alone;
+  auto& dialog = Dialog::fill(theme, {.title = "Quit Firefox?", .well = {"4711 firefox"}, .action = "Quit"},
+                              alone, [this](bool yes) { answers.push_back(yes); });
+  alone.resize(dialog.sizeHint());
+  show(alone);
+  EXPECT_EQ(dialog.geometry(), alone.rect());
+  EXPECT_TRUE(dialog.rect().contains(dialog.actionButton().geometry()));
+  EXPECT_TRUE(dialog.cancelButton().hasFocus());
+  key(alone, Qt::Key_Return);
+  EXPECT_THAT(answers, ElementsAre(false));
+}
+
 TEST_F(DialogTests, aWindowThatGoesLeavesItUnanswered) {
   {
     QWidget brief;
