@@ -120,6 +120,10 @@ KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched, QueueCor
   metrics_.emplace(loop_.main(), *model_, *host.defaults, systemQueueFactory(), KORVELL_VERSION,
                    troubles_.teller());
   troubles_.follow(*model_);
+  if (auto services = soundServices(host, processEnvironment(), systemQueueFactory())) {
+    sound_.emplace(loop_.main(), std::move(*services));
+    soundAnswers_.emplace(loop_.main(), *sound_).teach(keeper_);
+  }
   listen();
   host.notifications->setOpenHandler([&main = loop_.main(), this](const std::string&) {
     main.async([this] { show(SidebarItem::alerts); });

@@ -11,6 +11,7 @@
 #include "App/ModelActions.h"
 #include "App/RunningApplication.h"
 #include "App/SettingsStore.h"
+#include "App/SoundServices.h"
 #include "UI/Desktop/DesktopLook.h"
 #include "UI/Kit/Pictures.h"
 #include "UI/Kit/Theme.h"
@@ -104,6 +105,8 @@ private:
   std::unique_ptr<Queue> desktop_; ///< null until the first
   Pictures pictures_;
   AppDelegate delegate_;
+  std::optional<SoundMixer> sound_; ///< absent where no application's volume can be set
+  std::optional<SoundAnswers> soundAnswers_;
   Keeper keeper_;
   std::optional<MetricsFile> metrics_; ///< ends before the model
   MainWindow window_;
