@@ -137,6 +137,7 @@ void TapSound::refresh() {
   const auto output = system_->output();
   output_ = output ? std::optional(output->first) : std::nullopt;
   tellOutput();
+  if (!listener_) return; // it has heard enough
   tellStreams();
   step();
 }

@@ -1,3 +1,5 @@
+#include "UI/Gallery/MadeUp.h"
+#include "UI/Panel/PanelPage.h"
 #include "UI/Sound/SoundPage.h"
 
 #include <gmock/gmock.h>
@@ -71,6 +73,16 @@ TEST(SoundPageTests, aMissingPermissionIsToldWhereItIsGiven) {
   state.access = SoundAccess::granted;
   state.isStored = false;
   EXPECT_FALSE(soundPage(state).trouble->isPermission);
+}
+
+TEST(SoundPageTests, thePanelShowsThoseWhoPlayWhereItIsAsked) {
+  const auto machine = usualMachine();
+  auto state = playing();
+  EXPECT_THAT(panelPage(*machine, UsageKey::cpu, {}, false).sounds, IsEmpty());
+  EXPECT_THAT(panelPage(*machine, UsageKey::cpu, {}, false, &state).sounds,
+              ElementsAre(Field(&SoundPage::Row::name, "Music"), Field(&SoundPage::Row::name, "Call")));
+  state.apps.insert(state.apps.end(), 5, state.apps.front());
+  EXPECT_EQ(panelPage(*machine, UsageKey::cpu, {}, false, &state).sounds.size(), PanelPage::mostSounds);
 }
 
 TEST(SoundPageTests, nothingMovesUnderAPointer) {
