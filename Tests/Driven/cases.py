@@ -4,7 +4,7 @@ import contextlib, json, os, shutil, signal, socket, sqlite3, subprocess, time, 
 from desktop import Desktop, wait_for
 
 SECTIONS = ["Health", "CPU", "Memory", "Disk", "Network", "GPU", "Battery", "Free Up Space", "AI Usage",
-            "Dev Servers", "Sensors", "Startup Items", "Alerts"]
+            "Dev Servers", "Sound", "Sensors", "Startup Items", "Alerts"]
 
 # What holds the main thread counts, unless the machine is known to be busy with other things.
 STRICT = os.environ.get("KORVELL_STRICT_MAIN", "1") == "1"

@@ -3,6 +3,7 @@
 #include "App/AppearanceChoice.h"
 #include "App/LastResort.h"
 #include "App/OwnerLines.h"
+#include "App/PanelSoundChoice.h"
 #include "Base/FreeMemory.h"
 #include "Base/SystemQueue.h"
 #include "Core/Health/SeenAlerts.h"
@@ -20,6 +21,7 @@
 #include "UI/Servers/ServersView.h"
 #include "UI/Shell/FileManager.h"
 #include "UI/Shell/QuestionWindow.h"
+#include "UI/Sound/SoundView.h"
 #include "UI/Startup/StartupView.h"
 #include "UI/Storage/StorageView.h"
 #include "UI/Welcome/WelcomeView.h"
@@ -50,7 +52,8 @@ void keepWith(QWidget& widget, Subscription subscription) {
 constexpr SidebarItem pages[] = {SidebarItem::overview, SidebarItem::cpu,     SidebarItem::memory,
                                  SidebarItem::disk,     SidebarItem::network, SidebarItem::gpu,
                                  SidebarItem::energy,   SidebarItem::storage, SidebarItem::devServers,
-                                 SidebarItem::sensors,  SidebarItem::startup, SidebarItem::alerts};
+                                 SidebarItem::sound,    SidebarItem::sensors, SidebarItem::startup,
+                                 SidebarItem::alerts};
 
 void complain(const std::string& trouble) { std::fprintf(stderr, "korvell: %s\n", trouble.c_str()); }
 
@@ -147,6 +150,8 @@ void KorvellApp::listen() {
 /// While what they show is still there.
 void KorvellApp::closeWindows() {
   panelCycles_.reset();
+  panelSounds_.reset();
+  panelSound_.reset();
   delete std::exchange(panel_, nullptr);
   settings_.close();
   window_.close();
@@ -247,6 +252,8 @@ std::unique_ptr<Page> KorvellApp::makePage(SidebarItem item, QWidget& window, Ba
                                                                .openAddress = openAddress,
                                                                .showFolder = openFolder},
                                          &window);
+  case SidebarItem::sound:
+    return makeSoundPage(window);
   case SidebarItem::sensors:
     return std::make_unique<SensorsView>(
         SensorsView::Services{.model = *model_, .defaults = *host_.defaults, .theme = theme_}, &window);
@@ -280,6 +287,23 @@ std::unique_ptr<Page> KorvellApp::makeWelcome(QWidget& window, Task done) {
   const bool isFirst = !host_.defaults->boolean(AppDelegate::hasLaunchedKey, false);
   if (!isFirst || std::exchange(hasWelcomed_, true)) return nullptr;
   return std::make_unique<FirstLaunch>(theme_, settingsServices(), std::move(done), &window);
+}
+
+std::unique_ptr<Page> KorvellApp::makeSoundPage(QWidget& window) {
+  SoundView::Services services{.sound = {}, .theme = theme_, .pictures = &pictures_};
+  if (sound_)
+    services.sound = {
+        .state = &sound_->state,
+        .watchLevels = [this] { return sound_->watch(SoundMixer::Interest::levels); },
+        .setVolume = [this](const std::string& app, double volume) { sound_->setVolume(app, volume); },
+        .setMuted = [this](const std::string& app, bool muted) { sound_->setMuted(app, muted); },
+        .reset = [this](const std::string& app) { sound_->reset(app); },
+        .resetAll = [this] { sound_->resetAll(); },
+        .setOutputVolume = [this](double volume) { sound_->setOutputVolume(volume); },
+        .setOutputMuted = [this](bool muted) { sound_->setOutputMuted(muted); }};
+  if (host_.openSoundPermission)
+    services.openPermission = [this] { desktopQueue().async(host_.openSoundPermission); };
+  return std::make_unique<SoundView>(std::move(services), &window);
 }
 
 std::unique_ptr<Page> KorvellApp::makeMeasurePage(Metric metric, QWidget& window, Banner& banner) {
@@ -390,24 +414,32 @@ void KorvellApp::openPanel() {
        .openKorvell = [this, leave] { leave([this] { show(std::nullopt); }); },
        .openSettings = [this, leave] { leave([this] { openSettings(); }); },
        .quit = [this] { askToQuit(); },
-       .share = [this] { sharing_.share(panelView_->banner()); }},
+       .share = [this] { sharing_.share(panelView_->banner()); },
+       .mute = [this](const std::string& app, bool muted) { sound_->setMuted(app, muted); }},
       nullptr);
   panelView_->setPictures(pictures_);
   panel_ = new PanelWindow(theme_, *panelView_, [this] { panelClosed(); });
   showPanel();
   panelCycles_ = model_->cycle.observe([this](std::int64_t) { showPanel(); });
+  if (sound_ && showsSoundInPanel(*host_.defaults)) {
+    panelSound_ = sound_->watch(SoundMixer::Interest::list);
+    panelSounds_ = sound_->state.observe([this](const SoundState&) { showPanel(); });
+  }
   panel_->openAt(tray_ ? tray_->place() : QRect());
   model_->wake();
 }
 
 void KorvellApp::showPanel() {
-  panelView_->show(panelPage(*model_, panelOrder_, weekScore_, bool(host_.openBatterySettings)));
+  panelView_->show(panelPage(*model_, panelOrder_, weekScore_, bool(host_.openBatterySettings),
+                             panelSounds_ ? &*sound_->state : nullptr));
 }
 
 void KorvellApp::panelClosed() {
   if (!panel_) return;
   sincePanel_.start();
   panelCycles_.reset();
+  panelSounds_.reset();
+  panelSound_.reset();
   panel_->deleteLater();
   panel_ = nullptr;
   panelView_ = nullptr;

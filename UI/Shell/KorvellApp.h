@@ -59,6 +59,7 @@ private:
   std::unique_ptr<Page> makeHealthPage(QWidget& window, Banner& banner);
   /// At the first launch, once; null otherwise.
   std::unique_ptr<Page> makeWelcome(QWidget& window, Task done);
+  std::unique_ptr<Page> makeSoundPage(QWidget& window);
   std::unique_ptr<Page> makeMeasurePage(Metric metric, QWidget& window, Banner& banner);
   void showPanel();
   void wear(const DesktopWishes& wishes);
@@ -114,8 +115,8 @@ private:
   PanelWindow* panel_ = nullptr;
   PanelView* panelView_ = nullptr;
   UsageKey panelOrder_ = UsageKey::memory;
-  Subscription panelCycles_;
-  QElapsedTimer sincePanel_; ///< closed
+  Subscription panelCycles_, panelSound_, panelSounds_; ///< its news; what is watched for it
+  QElapsedTimer sincePanel_;                            ///< closed
   std::optional<TrayItem> tray_;
   std::optional<DesktopLook> look_;
   std::optional<TrayWatch> trayWatch_;
