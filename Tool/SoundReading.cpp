@@ -12,14 +12,17 @@ namespace korvell {
 namespace {
 
 /// For a connection and a list. People wait.
-constexpr Seconds patience{2};
+constexpr Seconds patience{5};
+/// Longer than for figures: a volume that is set here is news to a busy application only later.
+constexpr Seconds silence{2};
 constexpr Seconds applicationPatience = SoundAnswers::patience + Seconds(1);
 
 /// The running application's answer; nothing where none runs that has sound.
 std::optional<Value> askApplication(const Context& context, const Value& request) {
   auto client = KeeperClient::connect(context.host.folders);
   const auto known =
-      client ? client->ask(Value::object({{"ask", "actions"}}), context.keeperPatience) : std::nullopt;
+      client ? client->ask(Value::object({{"ask", "actions"}}), std::max(silence, context.keeperPatience))
+             : std::nullopt;
   const auto* names = known ? known->find("actions") : nullptr;
   const auto* all = names ? names->asArray() : nullptr;
   if (!all || std::ranges::find(*all, Value(listSoundAction)) == all->end()) return std::nullopt;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 #include <utility>
 
 namespace korvell {
@@ -127,8 +128,7 @@ void PulseSession::heard(const pa_sink_input_info& info) {
           .isSettled = info.sink != PA_INVALID_INDEX};
   if (input.isComplete) return tell(input);
   claim(told, info.proplist);
-  if (told.pid == 0 || told.sandboxID.empty()) {
-    // Native clients of the newer server say it of themselves and not of their streams.
+  if (told.pid == 0 || (clientsSayMore_ && told.sandboxID.empty())) {
     if (asked_.contains(info.client) &&
         std::ranges::any_of(asked_, [&](const auto& row) { return row.second == info.index; }))
       return;
@@ -188,6 +188,8 @@ void PulseSession::askOutput() { drop(pulse_.context_get_server_info(context_, s
 
 void PulseSession::serverCame(pa_context* context, const pa_server_info* info, void* self) {
   auto& session = sessionOf(self);
+  session.clientsSayMore_ = !info || !info->server_name ||
+                            std::string_view(info->server_name).find("PipeWire") != std::string_view::npos;
   session.outputName_ = info && info->default_sink_name ? info->default_sink_name : "";
   session.drop(
       session.pulse_.context_get_sink_info_by_name(context, session.outputName_.c_str(), outputCame, self));

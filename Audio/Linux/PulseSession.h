@@ -95,6 +95,10 @@ private:
   pa_context* context_ = nullptr;
 
   // With the main loop's lock:
+  /// The newer server's native clients, and its sandboxes' portal, tell things of clients and not of streams.
+  /// Asking takes time that a new stream has not got, so it is left out where the server is known to be the
+  /// other one.
+  bool clientsSayMore_ = true;
   bool isListed_ = false, isLost_ = false, measuresLevels_ = false;
   std::map<std::uint32_t, Input> inputs_;
   std::multimap<std::uint32_t, std::uint32_t> asked_; ///< inputs that wait for a client, by client
