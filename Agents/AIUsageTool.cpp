@@ -132,7 +132,7 @@ std::vector<UsageRow> rowsBy(UsageGrouping by, const AIUsageSummary& summary, Da
 }
 
 Result<Value> readUsage(Readings& readings, const Value& arguments, const Cancellation& cancellation) {
-  const auto page = Page::of(arguments, usualRows);
+  const auto page = ResultPage::of(arguments, usualRows);
   if (!page) return Failure{page.reason()};
   Reading reading(readings, {"aiUsage"});
   const auto& zone = *readings.services().host.zone;
@@ -175,8 +175,8 @@ ReadingTool aiUsageTool() {
       .input = schema::object({{"period", schema::choice<AIPeriod>("How far back (30d)")},
                                {"by", schema::choice<UsageGrouping>("What a row stands for (day)")},
                                {"tool", schema::choice<AITool>("Of one tool only")},
-                               Page::limit(mostRows, usualRows),
-                               Page::cursor()}),
+                               ResultPage::limit(mostRows, usualRows),
+                               ResultPage::cursor()}),
       .output = schema::of<UsageAnswer>(),
       .read = readUsage,
       .isSlow = true};

@@ -23,7 +23,7 @@ struct AlertsAnswer {
 };
 
 Result<Value> readAlerts(Readings& readings, const Value& arguments, const Cancellation&) {
-  const auto page = Page::of(arguments, usualItems);
+  const auto page = ResultPage::of(arguments, usualItems);
   if (!page) return Failure{page.reason()};
   Reading reading(readings, {"alerts"});
   const auto alerts = reading.alerts();
@@ -92,7 +92,7 @@ ServerFigures figuresOf(const DevServer& server, bool isFollowed, Readings& read
 }
 
 Result<Value> readServers(Readings& readings, const Value& arguments, const Cancellation&) {
-  const auto page = Page::of(arguments, usualItems);
+  const auto page = ResultPage::of(arguments, usualItems);
   if (!page) return Failure{page.reason()};
   Reading reading(readings, {"projects"});
   const auto projects = reading.projects();
@@ -126,7 +126,7 @@ struct StartupAnswer {
 };
 
 Result<Value> readStartupItems(Readings& readings, const Value& arguments, const Cancellation&) {
-  const auto page = Page::of(arguments, usualItems);
+  const auto page = ResultPage::of(arguments, usualItems);
   if (!page) return Failure{page.reason()};
   Reading reading(readings, {"startupItems"});
   auto items = reading.startupItems();
@@ -143,7 +143,7 @@ ReadingTool alertsTool() {
   return {"alerts",
           "Alerts",
           "What Korvell alerted about, the newest first.",
-          schema::object({Page::limit(mostItems, usualItems), Page::cursor()}),
+          schema::object({ResultPage::limit(mostItems, usualItems), ResultPage::cursor()}),
           schema::of<AlertsAnswer>(),
           readAlerts};
 }
@@ -153,7 +153,7 @@ ReadingTool devServersTool() {
           "Development servers",
           "Processes started from a project folder that listen on a TCP port, each with a handle for "
           "stop_server; idleHandle stands for all that did nothing for half an hour, for stop_idle_servers.",
-          schema::object({Page::limit(mostItems, usualItems), Page::cursor()}),
+          schema::object({ResultPage::limit(mostItems, usualItems), ResultPage::cursor()}),
           schema::of<ServersAnswer>(),
           readServers};
 }
@@ -163,8 +163,8 @@ ReadingTool startupItemsTool() {
           "Startup items",
           "What the system starts by itself. A leftover names a program that no longer exists.",
           schema::object({{"leftovers", schema::boolean("Only leftovers")},
-                          Page::limit(mostItems, usualItems),
-                          Page::cursor()}),
+                          ResultPage::limit(mostItems, usualItems),
+                          ResultPage::cursor()}),
           schema::of<StartupAnswer>(),
           readStartupItems};
 }

@@ -40,7 +40,7 @@ std::vector<ProcessFigures> largest(std::vector<ProcessUsage> processes, UsageKe
 }
 
 Result<Value> readProcesses(Readings& readings, const Value& arguments, const Cancellation&) {
-  const auto page = Page::of(arguments, usualApps);
+  const auto page = ResultPage::of(arguments, usualApps);
   if (!page) return Failure{page.reason()};
   Reading reading(readings, {"snapshot", "known", "report", "privileged"});
   const auto measured = reading.measurement();
@@ -74,8 +74,8 @@ ReadingTool processesTool() {
       schema::object({{"by", schema::choice<UsageKey>("What they are ordered by (cpu)")},
                       {"app", schema::text("Only the application with this key, as a list tells it", 1024)},
                       {"processes", schema::boolean("List the processes too")},
-                      Page::limit(mostApps, usualApps),
-                      Page::cursor()}),
+                      ResultPage::limit(mostApps, usualApps),
+                      ResultPage::cursor()}),
       schema::of<ProcessesAnswer>(),
       readProcesses};
 }

@@ -32,24 +32,25 @@ constexpr std::size_t longestCursor = 20;
 
 } // namespace
 
-schema::Member Page::limit(std::int64_t most, std::int64_t usual) {
+schema::Member ResultPage::limit(std::int64_t most, std::int64_t usual) {
   const auto text = "How many at most (" + std::to_string(usual) + ")";
   return {limitName, schema::integer(text, 1, most)};
 }
 
-schema::Member Page::cursor() {
+schema::Member ResultPage::cursor() {
   return {cursorName, schema::text("The nextCursor of the page before", longestCursor)};
 }
 
-Result<Page> Page::of(const Value& arguments, std::int64_t usual) {
+Result<ResultPage> ResultPage::of(const Value& arguments, std::int64_t usual) {
   const auto count = std::size_t(integerOf(arguments, limitName, usual));
   const auto text = textOf(arguments, cursorName);
-  if (text.empty()) return Page(0, count);
+  if (text.empty()) return ResultPage(0, count);
   const auto begin = parseInteger<std::uint32_t>(text);
-  return begin ? Result<Page>(Page(*begin, count)) : Failure{"The cursor is not one of this list."};
+  return begin ? Result<ResultPage>(ResultPage(*begin, count))
+               : Failure{"The cursor is not one of this list."};
 }
 
-std::optional<std::string> Page::next(std::size_t all) const {
+std::optional<std::string> ResultPage::next(std::size_t all) const {
   return begin_ + count_ < all ? std::optional(std::to_string(begin_ + count_)) : std::nullopt;
 }
 

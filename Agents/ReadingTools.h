@@ -56,13 +56,13 @@ E choiceOf(const Value& arguments, const char* name, E otherwise) {
 }
 
 /// A page of a list that is read anew for each page.
-class Page {
+class ResultPage {
 public:
   static schema::Member limit(std::int64_t most, std::int64_t usual);
   static schema::Member cursor();
 
   /// Fails for a cursor that none of ours looks like.
-  static Result<Page> of(const Value& arguments, std::int64_t usual);
+  static Result<ResultPage> of(const Value& arguments, std::int64_t usual);
   template <class T>
   std::vector<T> cut(const std::vector<T>& all) const {
     const auto begin = std::min(begin_, all.size()), end = std::min(begin + count_, all.size());
@@ -72,7 +72,7 @@ public:
   std::optional<std::string> next(std::size_t all) const;
 
 private:
-  Page(std::size_t begin, std::size_t count) : begin_(begin), count_(count) {}
+  ResultPage(std::size_t begin, std::size_t count) : begin_(begin), count_(count) {}
   std::size_t begin_, count_;
 };
 

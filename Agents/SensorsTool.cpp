@@ -29,7 +29,7 @@ struct SensorsAnswer {
 };
 
 Result<Value> readSensors(Readings& readings, const Value& arguments, const Cancellation&) {
-  const auto page = Page::of(arguments, usualSensors);
+  const auto page = ResultPage::of(arguments, usualSensors);
   if (!page) return Failure{page.reason()};
   Reading reading(readings, {"sensors", "peripherals"});
   const auto sensors = reading.sensors().value_or(SensorsSnapshot());
@@ -46,7 +46,7 @@ ReadingTool sensorsTool() {
       "Sensors",
       "Temperatures by chip, fans, and the batteries of mice, keyboards and headphones. A sensor is a place "
       "on a chip; the processor's own temperature is told where a sensor's name says so.",
-      schema::object({Page::limit(mostSensors, usualSensors), Page::cursor()}),
+      schema::object({ResultPage::limit(mostSensors, usualSensors), ResultPage::cursor()}),
       schema::of<SensorsAnswer>(),
       readSensors};
 }

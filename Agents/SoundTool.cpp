@@ -25,7 +25,7 @@ struct SoundToolAnswer {
 };
 
 Result<Value> readSound(Readings& readings, const Value& arguments, const Cancellation&) {
-  const auto page = Page::of(arguments, usualApps);
+  const auto page = ResultPage::of(arguments, usualApps);
   if (!page) return Failure{page.reason()};
   const auto& read = readings.services().readSound;
   if (!read) return Failure{localized("This system lets nobody see the volumes of applications.")};
@@ -41,7 +41,7 @@ ReadingTool soundTool() {
           "Sound",
           "Which applications make sound now, how loud each is set (1 is 100 %, up to 1.5) and whether it is "
           "muted; what is remembered for applications that are silent; the output's volume. Only reads.",
-          schema::object({Page::limit(mostApps, usualApps), Page::cursor()}),
+          schema::object({ResultPage::limit(mostApps, usualApps), ResultPage::cursor()}),
           schema::of<SoundToolAnswer>(),
           readSound};
 }
