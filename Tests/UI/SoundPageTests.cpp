@@ -59,6 +59,9 @@ TEST(SoundPageTests, oneSentenceInsteadOfAList) {
   for (const auto connection : {SoundConnection::noServer, SoundConnection::noLibrary}) {
     state.connection = connection;
     EXPECT_EQ(soundPage(state).quiet, title(connection));
+    state.apps = playing().apps;
+    EXPECT_EQ(soundPage(state).quiet, title(connection)) << "also over those that played a minute ago";
+    state.apps.clear();
     EXPECT_EQ(soundPage(SoundState{.connection = connection}).empty->sentence, title(connection));
   }
 }

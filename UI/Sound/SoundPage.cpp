@@ -102,12 +102,13 @@ SoundPage soundPage(const std::optional<SoundState>& state) {
   addRemembered(page, *state);
   const auto playing = std::ranges::count_if(page.apps, &Row::isPlaying);
   if (playing > 0) page.summary = localized("{n} playing", {{"n", std::to_string(playing)}});
-  if (!page.isMeasured || !page.apps.empty()) return page;
+  if (!page.isMeasured) return page;
+  const bool isConnected = state->connection == SoundConnection::connected;
   auto emptiness = emptinessOf(state->connection);
-  if (page.remembered.empty())
+  if (page.apps.empty() && page.remembered.empty())
     page.empty = std::move(emptiness);
-  else
-    page.quiet = state->connection == SoundConnection::connected ? emptiness.title : emptiness.sentence;
+  else if (page.apps.empty() || !isConnected) // those that played until the server was lost
+    page.quiet = isConnected ? emptiness.title : emptiness.sentence;
   return page;
 }
 

@@ -40,7 +40,7 @@ struct SoundPage {
   std::optional<Trouble> trouble;
   std::optional<Row> output;
   std::vector<Row> apps;       ///< those that play, then those that did in the last minutes
-  std::string quiet;           ///< instead of them where other rows are; empty otherwise
+  std::string quiet;           ///< above all rows: why none of them plays; empty otherwise
   std::vector<Row> remembered; ///< those that make no sound now
   std::optional<Empty> empty;
   std::string note; ///< below everything; empty without one
