@@ -1,5 +1,6 @@
 #include "Tool/SupportReport.h"
 
+#include "Base/Format.h"
 #include "Base/Text.h"
 
 #include <algorithm>
