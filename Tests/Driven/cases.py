@@ -374,6 +374,61 @@ def settings_file(app):
         return json.load(file)
 
 
+def start_sound(app, *players):
+    """A sound server without a machine behind it, and players of silence that say who they are."""
+    app.desktop.start("pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "-L", "module-native-protocol-unix",
+                      "-L", "module-null-sink sink_name=test")
+    wait_for("the sound server", lambda: app.desktop.run("pactl", "info").returncode == 0)
+    return [subprocess.Popen(["pacat", "--raw", "--client-name=" + name, "--property=application.process.binary=" + name,
+                              "/dev/zero"], env=app.desktop.environment, stderr=subprocess.DEVNULL)
+            for name in players]
+
+
+def stream(app, name):
+    """Volume in percent and whether it is muted, as the server has it."""
+    listed = json.loads(app.desktop.run("pactl", "-f", "json", "list", "sink-inputs").stdout or "[]")
+    for each in listed:
+        if each["properties"].get("application.process.binary") == name:
+            return int(next(iter(each["volume"].values()))["value_percent"].rstrip("%")), each["mute"]
+    return None
+
+
+def sound(app):
+    """Two players: their volumes follow the sliders; the server ends, and what was chosen holds at the next one."""
+    open_section("Sound")
+    screen.await_node("label", "Sound per app is not available")
+    if not all(shutil.which(name) for name in ("pulseaudio", "pacat", "pactl")):
+        return
+    players = start_sound(app, "alpha", "beta")
+    slider = screen.await_node("slider", "Volume of alpha", seconds=40)
+    screen.await_node("slider", "Volume of beta")
+    assert not screen.unnamed(), screen.unnamed()
+    screen.click(slider)
+    screen.press("End")
+    wait_for("150 %", lambda: stream(app, "alpha") == (150, False))
+    screen.press("Next", "Left")
+    wait_for("139 %", lambda: stream(app, "alpha") == (139, False))
+    screen.click(screen.await_node("push button", "Mute alpha"))
+    wait_for("silence", lambda: stream(app, "alpha") == (139, True))
+    assert stream(app, "beta") == (100, False), stream(app, "beta")
+    app.desktop.run("pactl", "set-sink-mute", "test", "1")
+    screen.await_node("push button", "Unmute ", seconds=5)
+
+    app.desktop.kill("pulseaudio")
+    for player in players:
+        player.wait(10)
+    screen.await_node("label", "No sound server runs here")
+    players = start_sound(app, "alpha")
+    wait_for("the choice at a new server", lambda: stream(app, "alpha") == (139, True), 40)
+    screen.click(screen.await_node("push button", "Reset alpha"))
+    wait_for("100 %", lambda: stream(app, "alpha") == (100, False))
+    for player in players:
+        player.terminate()
+        player.wait(10)
+    app.desktop.kill("pulseaudio")
+    open_section("Health")
+
+
 def settings_window(app):
     screen.press("ctrl+comma")
     wait_for("the settings", lambda: screen.window("Settings"))
@@ -577,7 +632,7 @@ def the_bus_goes(app):
 
 CASES = [the_widget, first_launch, sections_by_pointer, sections_by_keys, ranges, settings_window, panel, links,
          second_start, quitting_a_process, forcing_a_process, agents_ask, cleaning_up, stopping_a_server,
-         removing_a_leftover, alert_switches, the_desktop_fails, quitting, headless_keeper, an_hour_asleep,
+         removing_a_leftover, alert_switches, sound, the_desktop_fails, quitting, headless_keeper, an_hour_asleep,
          starts_at_the_same_moment, the_bus_goes]
 # They start the application by themselves.
 STARTERS = (the_widget, first_launch, headless_keeper, an_hour_asleep, starts_at_the_same_moment, the_bus_goes)
