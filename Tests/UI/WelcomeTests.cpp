@@ -27,7 +27,8 @@ struct WelcomeTests : AppFixture {
   Theme theme{{.reducedMotion = true}};
   OwnLoginItem login;
   FakeUsageHelper helper;
-  std::unique_ptr<Queue> work = time.makeQueue("Korvell.settings");
+  std::unique_ptr<Queue> work = time.makeQueue("Korvell.desktop");
+  SettingsStore store{defaults, *main, time.factory()};
   int linked = 0;
   bool isFirst = true;
   MainWindow window{{.model = *model,
@@ -42,6 +43,7 @@ struct WelcomeTests : AppFixture {
                        if (!std::exchange(isFirst, false)) return nullptr;
                        return std::make_unique<FirstLaunch>(theme, services(), std::move(done), &over);
                      },
+                     .keepFrame = [](const Value&) {},
                      .openSettings = [] {},
                      .quit = [] {},
                      .closed = [] {}}};
@@ -51,6 +53,7 @@ struct WelcomeTests : AppFixture {
   SettingsEditor::Services services() {
     return {.model = *model,
             .defaults = defaults,
+            .store = store,
             .loginItem = login,
             .helper = &helper,
             .context = {SystemKind::linuxDesktop, "/home/u", "/home/u/.local/share/korvell/history.sqlite"},
