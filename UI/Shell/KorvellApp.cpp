@@ -111,6 +111,7 @@ KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched, QueueCor
                               Banner& banner) { return makePage(item, window, banner); },
            .makeWelcome = [this](QWidget& window, Task done) { return makeWelcome(window, std::move(done)); },
            .openHelp = openHelp(),
+           .keepFrame = [this](Value frame) { store_.set(MainWindow::frameKey, std::move(frame)); },
            .openSettings = [this] { openSettings(); },
            .share = [this](Banner& banner) { sharing_.share(banner); },
            .quit = [this] { askToQuit(); },
