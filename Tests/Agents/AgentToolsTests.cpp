@@ -330,6 +330,9 @@ TEST_F(AgentToolsTests, theRunningApplicationAsksBeforeANotificationDoes) {
   said = dumpJSON(refusal(unknownRequest)); // one that runs without a screen
   EXPECT_EQ(outcome(), "");
   EXPECT_THAT(notifications.titles(), SizeIs(1));
+  notifications.answered(NotificationAnswer::no); // while it is open, the call keeps itself
+  time.run();
+  EXPECT_THAT(sent.back(), HasSubstr("declined"));
 }
 
 TEST_F(AgentToolsTests, theHistoryTellsWhoItWas) {

@@ -32,10 +32,11 @@ struct SoundAnswersTests : AppFixture {
     world.streams[1] = {.id = 1, .program = "Tune", .isPlaying = true};
   }
   std::string ask(const std::string& request) {
-    std::string text = "<none>";
-    keeper.handle(*parseJSON(request), [&](const Value& answer) { text = dumpJSON(answer); });
+    // An answer may come after this has returned.
+    const auto text = std::make_shared<std::string>("<none>");
+    keeper.handle(*parseJSON(request), [text](const Value& answer) { *text = dumpJSON(answer); });
     time.run();
-    return text;
+    return *text;
   }
 };
 
