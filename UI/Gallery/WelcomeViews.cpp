@@ -1,5 +1,6 @@
 // The page of the first launch, from made-up answers.
 
+#include "Base/Localization.h"
 #include "UI/Gallery/Gallery.h"
 #include "UI/Gallery/PageFrame.h"
 #include "UI/Welcome/WelcomeView.h"
@@ -10,16 +11,16 @@ namespace {
 
 SettingsPage fresh() {
   SettingsPage settings;
-  settings.opensAtLogin = {.title = "Open at login"};
-  settings.helper = {.explanation =
+  settings.opensAtLogin = {.title = localized("Open at login")};
+  settings.helper = {.explanation = localized(
                          "Linux hides what other users' processes read from and write to storage unless "
                          "an administrator enables a helper. It is read-only: it can only report those "
-                         "numbers.",
-                     .state = "Not enabled",
-                     .action = "Enable",
+                         "numbers."),
+                     .state = localized("Not enabled"),
+                     .action = localized("Enable"),
                      .turnsOn = true};
-  settings.tool = {"Links korvell into ~/.local/bin so you can run korvell status in Terminal.", "Install",
-                   ""};
+  settings.tool = {localized("Links korvell into ~/.local/bin so you can run korvell status in Terminal."),
+                   localized("Install"), ""};
   settings.history = "~/.local/share/korvell/history.sqlite";
   return settings;
 }
@@ -27,8 +28,8 @@ SettingsPage fresh() {
 SettingsPage switchedOn() {
   auto settings = fresh();
   settings.opensAtLogin.isOn = true;
-  settings.helper.state = "Enabled";
-  settings.helper.action = "Disable";
+  settings.helper.state = localized("Enabled");
+  settings.helper.action = localized("Disable");
   settings.tool.outcome = "Installed at ~/.local/bin/korvell.";
   return settings;
 }
@@ -36,8 +37,9 @@ SettingsPage switchedOn() {
 SettingsPage withTroubles() {
   auto settings = fresh();
   settings.opensAtLogin.trouble = "The file ~/.config/autostart/korvell.desktop could not be written.";
-  settings.helper.trouble = "Nothing was changed: no administrator allowed it.";
-  settings.tool.outcome = "~/.local/bin/korvell already exists and is not a link. Remove it and try again.";
+  settings.helper.trouble = localized("Nothing was changed: no administrator allowed it.");
+  settings.tool.outcome =
+      localized("~/.local/bin/korvell already exists and is not a link. Remove it and try again.");
   return settings;
 }
 
