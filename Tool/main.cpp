@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <string_view>
 #include <unistd.h>
 
 namespace {
@@ -17,12 +18,26 @@ void occupyStandardStreams() {
     if (fcntl(stream, F_GETFD) == -1) open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
 }
 
+/// What the terminal can show; numbers stay in the C locale. A locale that is not installed here, as often
+/// over ssh, still names the character set.
+void adoptCharacterSet() {
+  if (std::setlocale(LC_CTYPE, "")) return;
+  for (const char* variable : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+    const char* locale = std::getenv(variable);
+    if (!locale || !*locale) continue;
+    const std::string_view name(locale);
+    const bool isUTF8 = name.find("UTF-8") != name.npos || name.find("utf8") != name.npos;
+    if (isUTF8) std::setlocale(LC_CTYPE, "C.UTF-8");
+    return;
+  }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
   using namespace korvell;
   occupyStandardStreams();
-  std::setlocale(LC_CTYPE, ""); // what the terminal can show; numbers stay in the C locale
+  adoptCharacterSet();
   std::signal(SIGPIPE, SIG_IGN);
   const auto environment = withHome(processEnvironment(), passwordHome);
   if (const auto home = environment("HOME")) setenv("HOME", home->c_str(), 1); // for the programs it starts
