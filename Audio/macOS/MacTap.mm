@@ -159,20 +159,21 @@ private:
 
 } // namespace
 
+bool hasMacTaps() { return [NSProcessInfo.processInfo isOperatingSystemAtLeastVersion:{14, 4, 0}]; }
+
+// The question above is asked of the system itself: the compiler's own form of it needs its run-time library.
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wunguarded-availability-new"
+
 std::unique_ptr<Tap> makeMacTap(const SoundOutput& output, std::span<const SoundProcess> processes,
                                 std::shared_ptr<TapRender> render) {
-  if (@available(macOS 14.4, *)) {
-    @autoreleasepool {
-      auto tap = std::make_unique<MacTap>(std::move(render));
-      if (tap->build(output, processes)) return tap;
-    }
+  if (!hasMacTaps()) return nullptr;
+  @autoreleasepool {
+    auto tap = std::make_unique<MacTap>(std::move(render));
+    return tap->build(output, processes) ? std::move(tap) : nullptr;
   }
-  return nullptr;
 }
 
-bool hasMacTaps() {
-  if (@available(macOS 14.4, *)) return true;
-  return false;
-}
+#pragma clang diagnostic pop
 
 } // namespace korvell

@@ -3,12 +3,17 @@
 
 #include "App/JSONDocuments.h"
 #include "Base/Format.h"
+#include "Core/Health/SeenAlerts.h"
+#include "UI/AIUsage/AIUsagePage.h"
+#include "UI/Alerts/AlertsPage.h"
 #include "UI/Gallery/MadeUp.h"
 #include "UI/Measures/AppList.h"
 #include "UI/Measures/MeasurePage.h"
 #include "UI/Overview/HealthPage.h"
 #include "UI/Panel/PanelPage.h"
+#include "UI/Sensors/SensorsPage.h"
 #include "UI/Servers/ServersPage.h"
+#include "UI/Sound/SoundPage.h"
 #include "UI/Startup/StartupPage.h"
 
 #include <algorithm>
@@ -158,6 +163,71 @@ TEST_F(SameFiguresTests, serversAndStartupItems) {
   const auto listed = startupPage(*model).groups.front().items.front();
   EXPECT_EQ(listed.label, word(item, "label"));
   EXPECT_EQ(listed.program, word(item, "program"));
+}
+
+TEST_F(SameFiguresTests, batteryAndSensors) {
+  model->sensors.set(SensorsSnapshot{.cpuCelsius = 61.4, .gpuCelsius = 47.5});
+  const auto battery = page(Metric::energy);
+  EXPECT_EQ(fact(battery, "Power"), Format::watts(measured({"battery", "systemPower"})));
+  EXPECT_EQ(fact(battery, "Health"), Format::percent(measured({"battery", "health"})));
+  EXPECT_EQ(fact(battery, "Time left"),
+            Format::duration(Seconds{60 * measured({"battery", "minutesRemaining"})}));
+  const auto told = sensorsValue(**model->sensors, *model->peripherals);
+  const auto shown = sensorsPage(*model, TemperatureUnit::celsius);
+  ASSERT_THAT(shown.leads, SizeIs(2));
+  EXPECT_EQ(shown.leads[0].figure.number + "°C", Format::celsius(number(told, {"cpuCelsius"})));
+  EXPECT_EQ(shown.leads[1].figure.number + "°C", Format::celsius(number(told, {"gpuCelsius"})));
+}
+
+TEST_F(SameFiguresTests, alertsAndPlans) {
+  const auto unseen = newAlerts(*model->alerts, model->defaults, model->now());
+  const auto told = alertsValue(*model->alerts, unseen);
+  const auto shown = alertsPage(*model, {.zone = model->zone,
+                                         .defaults = model->defaults,
+                                         .sections = {},
+                                         .fresh = newAlertIDs(*model, model->defaults)});
+  EXPECT_EQ(shown.summary, std::to_string(at(told, {"new"}).asInt().value()) + " new");
+  std::vector<std::string> titles, rows;
+  for (const auto& alert : *at(told, {"alerts"}).asArray()) titles.push_back(word(alert, "title"));
+  for (const auto& day : shown.days)
+    for (const auto& alert : day.alerts) rows.push_back(alert.title);
+  EXPECT_EQ(rows, titles);
+
+  AIUsageSummary usage;
+  usage.updatedAt = model->now();
+  usage.rows.push_back({.day = startOfDay(model->zone, localDay(model->zone, model->now())),
+                        .tool = AITool::codex,
+                        .model = "m",
+                        .project = "p",
+                        .tokens = {1, 2, 3, 4},
+                        .cost = {}});
+  usage.codexLimits = AICodexLimits{.date = model->now(),
+                                    .plan = "plus",
+                                    .primary = AIPlanLimit{84.6, 10'080, model->now() + Seconds{9'000}},
+                                    .secondary = AIPlanLimit{37, 300, model->now() + Seconds{900}}};
+  const auto limits = at(planLimitsValue(usage), {"codexLimits"});
+  const auto plan = aiUsagePage(usage, {.zone = model->zone, .now = model->now()}).plan;
+  ASSERT_THAT(plan.limits, SizeIs(2));
+  const char* parts[] = {"primary", "secondary"};
+  for (std::size_t i = 0; i < 2; ++i)
+    EXPECT_EQ(plan.limits[i].level, number(limits, {parts[i], "usedPercent"}) / 100);
+}
+
+TEST_F(SameFiguresTests, sounds) {
+  SoundState state{.connection = SoundConnection::connected};
+  state.apps = {{.key = "a", .name = "Meeting", .volume = 1.3, .playing = true, .isRemembered = true},
+                {.key = "b", .name = "Music", .volume = 0.6, .muted = true, .playing = true}};
+  state.output = OutputDevice{.name = "Speakers", .volume = 0.65};
+  const auto told = toValue(state);
+  const auto shown = soundPage(state);
+  EXPECT_EQ(shown.output->percent, 100 * number(told, {"output", "volume"}));
+  const auto& apps = *at(told, {"apps"}).asArray();
+  ASSERT_THAT(shown.apps, SizeIs(apps.size()));
+  for (std::size_t i = 0; i < apps.size(); ++i) {
+    EXPECT_EQ(shown.apps[i].name, word(apps[i], "name"));
+    EXPECT_EQ(shown.apps[i].percent, 100 * number(apps[i], {"volume"}));
+    EXPECT_EQ(shown.apps[i].isMuted, at(apps[i], {"muted"}).asBool());
+  }
 }
 
 } // namespace
