@@ -5,6 +5,7 @@
 #include <QPainter>
 #include <QPainterPathStroker>
 #include <QPixmap>
+#include <QPixmapCache>
 
 #include <array>
 #include <vector>
@@ -183,11 +184,18 @@ void drawIcon(QPainter& painter, Icon icon, const QRectF& box, const QColor& ink
 }
 
 QIcon iconPicture(Icon icon, int size, const QColor& ink, double deviceRatio) {
-  QPixmap picture(QSize(size, size) * deviceRatio);
-  picture.setDevicePixelRatio(deviceRatio);
-  picture.fill(Qt::transparent);
-  QPainter painter(&picture);
-  drawIcon(painter, icon, QRectF(0, 0, size, size), ink);
+  // The toolkit caches what it makes of each picture: the same icon has to be the same one again.
+  const auto key = QString("korvell-%1-%2-%3-%4").arg(int(icon)).arg(size).arg(ink.rgba()).arg(deviceRatio);
+  QPixmap picture;
+  if (!QPixmapCache::find(key, &picture)) {
+    picture = QPixmap(QSize(size, size) * deviceRatio);
+    picture.setDevicePixelRatio(deviceRatio);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    drawIcon(painter, icon, QRectF(0, 0, size, size), ink);
+    painter.end();
+    QPixmapCache::insert(key, picture);
+  }
   return QIcon(picture);
 }
 
