@@ -43,7 +43,7 @@ Database openPrivateDatabase(const std::string& path, int* errorCode) {
   ensurePrivateFolder(folder);
   makePrivate(folder, S_IFDIR, 0700);
   // Made here, because SQLite would take the mode from the umask; it gives its logs the mode of the file.
-  Descriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0600));
+  const Descriptor made(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0600));
   for (const char* suffix : databaseSuffixes) makePrivate(path + suffix, S_IFREG, 0600);
   return Database::open(path, Database::Mode::readWriteCreate, errorCode);
 }
