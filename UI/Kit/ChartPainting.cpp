@@ -145,7 +145,7 @@ void ChartView::paintPicture() {
   }
   if (!isRecorded) paintSentence(painter);
   if (data_.end > data_.begin) paintTimes(painter);
-  if (hasLegend_ && isRecorded) paintLegend(painter);
+  if (isRecorded) paintLegend(painter);
   ++paints_.whole;
 }
 

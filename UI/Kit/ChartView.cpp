@@ -62,7 +62,7 @@ ChartView::ChartView(const Theme& theme, const TimeZone& zone, QWidget* parent)
 }
 
 QSize ChartView::sizeHint() const {
-  const double height = lane + plotHeight_ + railHeight + timesHeight + (hasLegend_ ? legendHeight : 0);
+  const double height = lane + plotHeight_ + railHeight + timesHeight + legendHeight;
   return {480, theme().scaled(height)};
 }
 
@@ -162,12 +162,6 @@ void ChartView::fadePicture() {
 
 void ChartView::setPlotHeight(int height) {
   plotHeight_ = height;
-  updateGeometry();
-  forgetPicture();
-}
-
-void ChartView::setLegend(bool shown) {
-  hasLegend_ = shown;
   updateGeometry();
   forgetPicture();
 }

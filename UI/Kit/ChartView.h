@@ -30,8 +30,6 @@ public:
   void setData(ChartData data);
   const ChartData& data() const { return data_; }
   void setPlotHeight(int height);
-  /// What the marks mean, below the times.
-  void setLegend(bool shown);
 
   /// Told the begin of the bucket that the user pinned; nothing when it was let go.
   void onPin(std::function<void(std::optional<Date>)> handler) { pinHandler_ = std::move(handler); }
@@ -112,7 +110,6 @@ private:
   std::vector<Date> stops_;
   std::vector<ChartGap> gaps_;
   int plotHeight_ = tall;
-  bool hasLegend_ = true;
   std::optional<Date> pointed_, pinned_;
   std::optional<double> gapPointer_; ///< its place, while it is where nothing was recorded
   QPixmap picture_;

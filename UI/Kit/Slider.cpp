@@ -31,6 +31,7 @@ Slider::Slider(const Theme& theme, std::string_view name, int most, std::optiona
 
 void Slider::setValue(int value) {
   value = std::clamp(value, 0, most_);
+  if (isDragged_ && !isEnabled()) isDragged_ = false; // no release comes any more
   if (!isDragged_ && value != value_) place(value);
 }
 

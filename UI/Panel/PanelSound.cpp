@@ -1,6 +1,7 @@
 #include "UI/Panel/PanelSound.h"
 
 #include "Base/Localization.h"
+#include "UI/Kit/Figure.h"
 #include "UI/Kit/Paint.h"
 #include "UI/Kit/Text.h"
 #include "UI/Parts/ListParts.h"
@@ -60,8 +61,8 @@ void PanelSound::draw(QPainter& painter) {
   if (row_.isMuted)
     drawText(painter, box, theme(), TextStyle::small, Token::text3, text(localized("muted")), Qt::AlignRight);
   else
-    drawText(painter, box, theme(), TextStyle::body, Token::text2, text(std::to_string(row_.percent) + "%"),
-             Qt::AlignRight);
+    drawText(painter, box, theme(), TextStyle::body, Token::text2,
+             text(textOf(Figure{std::to_string(row_.percent), "%"})), Qt::AlignRight);
 }
 
 } // namespace korvell

@@ -7,9 +7,7 @@
 
 namespace korvell {
 
-void openFolder(const std::string& path) { QDesktopServices::openUrl(QUrl::fromLocalFile(text(path))); }
-
-void openFile(const std::string& path) { QDesktopServices::openUrl(QUrl::fromLocalFile(text(path))); }
+void openPath(const std::string& path) { QDesktopServices::openUrl(QUrl::fromLocalFile(text(path))); }
 
 void openAddress(const std::string& address) { QDesktopServices::openUrl(QUrl(text(address))); }
 

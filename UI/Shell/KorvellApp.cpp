@@ -251,7 +251,7 @@ std::unique_ptr<Page> KorvellApp::makePage(SidebarItem item, QWidget& window, Ba
                                                                .home = host_.folders.home,
                                                                .ask = ask,
                                                                .openAddress = openAddress,
-                                                               .showFolder = openFolder},
+                                                               .showFolder = openPath},
                                          &window);
   case SidebarItem::sound:
     return makeSoundPage(window);
@@ -454,7 +454,7 @@ std::function<void(SidebarItem)> KorvellApp::openHelp() const {
   if (!help.page(HelpPages::index)) return {};
   return [help](SidebarItem item) {
     const auto page = help.page(rawValue(item));
-    if (const auto any = page ? page : help.page(HelpPages::index)) openFile(*any);
+    if (const auto any = page ? page : help.page(HelpPages::index)) openPath(*any);
   };
 }
 
@@ -466,7 +466,7 @@ SettingsEditor::Services KorvellApp::settingsServices() {
   services.appearanceChanged = [this] { wear(wishes_); };
   services.temperaturesChanged = [this] { window_.refresh(); };
   if (const auto page = HelpPages(host_.program).page(HelpPages::settings))
-    services.openHelp = [page] { openFile(*page); };
+    services.openHelp = [page] { openPath(*page); };
   return services;
 }
 

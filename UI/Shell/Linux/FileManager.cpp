@@ -19,7 +19,7 @@ void showInFileManager(const std::string& path) {
   auto* call = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(ask), qApp);
   QObject::connect(call, &QDBusPendingCallWatcher::finished, call, [call, path] {
     call->deleteLater();
-    if (call->isError()) openFolder(std::filesystem::path(path).parent_path().string());
+    if (call->isError()) openPath(std::filesystem::path(path).parent_path().string());
   });
 }
 
