@@ -94,8 +94,8 @@ QStringList TextLabel::lines(double width) const {
       break;
     }
     auto piece = words.mid(line.textStart(), line.textLength());
-    piece.remove(QChar::LineSeparator);
-    result << piece.trimmed();
+    while (!piece.isEmpty() && piece.back().isSpace()) piece.chop(1); // an indent stays
+    result << piece;
   }
   layout.endLayout();
   return result;

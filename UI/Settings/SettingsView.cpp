@@ -26,14 +26,6 @@ Layout* bare(Layout* layout) {
   return layout;
 }
 
-/// Spaces that a wrapped label keeps at the start of a line.
-std::string indented(std::string words) {
-  constexpr std::string_view step = "  ", kept = "\u00a0\u00a0";
-  for (auto at = words.find(step); at != std::string::npos; at = words.find(step, at + kept.size()))
-    words.replace(at, step.size(), kept);
-  return words;
-}
-
 } // namespace
 
 /// A plate whose rows are parted by hairlines.
@@ -260,7 +252,7 @@ void SettingsView::show(const SettingsPage& page) {
   copied_ = page.agents;
   agents_->tell(page.agents.note, {}, {});
   claude_->tell(page.agents.claudeCommand, {}, {});
-  clients_->tell(indented(page.agents.clientSnippet), {}, {});
+  clients_->tell(page.agents.clientSnippet, {}, {});
   if (const auto path = text(page.history); history_->text() != path) {
     history_->setText(path);
     history_->setToolTip(path);

@@ -133,13 +133,19 @@ private:
     drawFigures(painter_, {after, base.y()}, unit, text(tile.figure.unit));
     const double left =
         std::max(box.right() - inset - picture, after + figureWidth(unit, text(tile.figure.unit)) + 14);
-    const QRectF room(QPointF(left, box.top() + 58), QPointF(box.right() - inset, box.top() + 82));
+    const QRectF room(QPointF(left, box.top() + 46), QPointF(box.right() - inset, box.top() + 84));
     if (room.width() < 24) return;
+    // Lines, dots and corners are twice as strong as in the window, like the card's type.
+    constexpr double strength = 2;
+    painter_.save();
+    painter_.translate(room.topLeft());
+    painter_.scale(strength, strength);
+    const QRectF inner(QPointF(0, 0), room.size() / strength);
     if (tile.level)
-      drawBar(painter_, QRectF(room.left(), room.center().y() - 6, room.width(), 12), theme_, tile.line,
-              *tile.level);
+      drawBar(painter_, QRectF(0, inner.center().y() - 1, inner.width(), 6), theme_, tile.line, *tile.level);
     else
-      drawSparkline(painter_, room, theme_, tile.line, tile.values, tile.top);
+      drawSparkline(painter_, inner, theme_, tile.line, tile.values, tile.top);
+    painter_.restore();
   }
 
   QPainter& painter_;
