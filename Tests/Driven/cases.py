@@ -318,26 +318,33 @@ def cleaning_up(app):
     assert os.listdir(trash), "nothing came to the Trash"
 
 
-def stopping_a_server(app):
-    project = app.desktop.home + "/code/site"
-    os.makedirs(project + "/.git")
-    with open(project + "/package.json", "w") as file:
+@contextlib.contextmanager
+def dev_server(app, project):
+    folder = app.desktop.home + "/code/" + project
+    os.makedirs(folder + "/.git")
+    with open(folder + "/package.json", "w") as file:
         file.write("{}")
     with socket.socket() as free:
         free.bind(("127.0.0.1", 0))
         port = free.getsockname()[1]
-    server = subprocess.Popen(["python3", "-m", "http.server", str(port), "--bind", "127.0.0.1"], cwd=project,
-                              env=app.desktop.environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    environment = {name: value for name, value in app.desktop.environment.items() if name != "LD_PRELOAD"}
+    server = subprocess.Popen(["python3", "-m", "http.server", str(port), "--bind", "127.0.0.1"], cwd=folder,
+                              env=environment, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     try:
+        yield server
+    finally:
+        server.kill()
+        server.wait()
+
+
+def stopping_a_server(app):
+    with dev_server(app, "site") as server:
         open_section("Dev Servers")
         button = screen.await_node("push button", "Stop python", seconds=45)
         asked = app.tool_asks("servers", "stop", str(server.pid))
         screen.click(button)
         same_words(confirm("Stop"), "Stop python", asked)
         wait_for("the server's end", lambda: server.poll() is not None)
-    finally:
-        server.kill()
-        server.wait()
 
 
 def removing_a_leftover(app):
@@ -583,6 +590,23 @@ def headless_keeper(app):
     check_history(app, 8)
 
 
+def stopping_idle_servers(app):
+    """Half an hour passes in which two servers do nothing."""
+    with compressed_time(app), dev_server(app, "one") as one, dev_server(app, "two") as two:
+        app.start("korvell://page/devServers")
+        button = screen.await_node("push button", "Stop All Idle…", seconds=240)
+        wait_for("both to be idle", lambda: screen.find("label", "2 dev servers are running but idle"), 60)
+        # Their memory may have changed between the two questions.
+        asked = app.tool("servers", "stop-idle").stderr.split("Stopping them")[0]
+        screen.click(button)
+        words = confirm("Stop")
+        same_words(words, "Stop 2 idle servers?", asked)
+        assert all(any(name in line for line in words) for name in ("one: python", "two: python")), words
+        wait_for("the servers' end", lambda: one.poll() is not None and two.poll() is not None)
+        app.process.terminate()
+        assert app.ended() == 0
+
+
 def an_hour_asleep(app):
     """The lid is shut for an hour while the window shows a live chart."""
     minutes = sqlite3.connect(f"file:{app.desktop.home}/.local/share/korvell/history.sqlite?mode=ro", uri=True)
@@ -632,10 +656,11 @@ def the_bus_goes(app):
 
 CASES = [the_widget, first_launch, sections_by_pointer, sections_by_keys, ranges, settings_window, panel, links,
          second_start, quitting_a_process, forcing_a_process, agents_ask, cleaning_up, stopping_a_server,
-         removing_a_leftover, alert_switches, sound, the_desktop_fails, quitting, headless_keeper, an_hour_asleep,
-         starts_at_the_same_moment, the_bus_goes]
+         removing_a_leftover, alert_switches, sound, the_desktop_fails, quitting, headless_keeper,
+         stopping_idle_servers, an_hour_asleep, starts_at_the_same_moment, the_bus_goes]
 # They start the application by themselves.
-STARTERS = (the_widget, first_launch, headless_keeper, an_hour_asleep, starts_at_the_same_moment, the_bus_goes)
+STARTERS = (the_widget, first_launch, headless_keeper, stopping_idle_servers, an_hour_asleep,
+            starts_at_the_same_moment, the_bus_goes)
 
 
 def run(programs, chosen):

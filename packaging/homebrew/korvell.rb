@@ -26,6 +26,7 @@ class Korvell < Formula
   on_linux do
     depends_on "libplist"
     depends_on "libsodium"
+    depends_on "pulseaudio"
     depends_on "systemd"
   end
 
