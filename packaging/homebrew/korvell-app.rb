@@ -17,13 +17,14 @@ cask "korvell-app" do
   binary "#{appdir}/Korvell.app/Contents/Helpers/korvell"
 
   # Before the files go: the daemon and the login item are registrations of this bundle.
-  uninstall early_script: {
+  # A script runs once the application has ended; the tool would refuse while it is open.
+  uninstall launchctl: "com.korvell.Korvell.Helper",
+            quit:      "com.korvell.Korvell",
+            script:    {
               executable:   "#{appdir}/Korvell.app/Contents/Helpers/korvell",
               args:         ["uninstall", "--yes"],
               must_succeed: false,
-            },
-            quit:         "com.korvell.Korvell",
-            launchctl:    "com.korvell.Korvell.Helper"
+            }
 
   # Only with `brew uninstall --zap`: history, AI usage, settings, the widget's document.
   zap trash: [
