@@ -42,6 +42,7 @@ struct SettingsTests : AppFixture {
   std::unique_ptr<Queue> work = time.makeQueue("Korvell.desktop");
   SettingsStore store{defaults, *main, time.factory()};
   FakeUpdater* updater = nullptr;
+  bool isPackaged = false;
   std::vector<std::string> told;
   int changes = 0;
   std::optional<SettingsEditor> editor;
@@ -57,7 +58,11 @@ struct SettingsTests : AppFixture {
             .loginItem = login,
             .helper = service,
             .updater = updater,
-            .context = {system, "/home/u", "/home/u/.local/share/korvell/history.sqlite", 42},
+            .context = {.system = system,
+                        .home = "/home/u",
+                        .historyPath = "/home/u/.local/share/korvell/history.sqlite",
+                        .self = 42,
+                        .isPackaged = isPackaged},
             .main = *main,
             .work = *work,
             .turnHelper = [this](bool on,
@@ -131,7 +136,9 @@ TEST_F(SettingsTests, whatCannotBeStoredIsSaidAndStaysAsItWas) {
 
 TEST_F(SettingsTests, updatesAreOfferedWhereSomethingLooksForThem) {
   EXPECT_EQ(opened().page().updates.check, "");
-  EXPECT_EQ(editor->page().updates.automatically.detail, "This copy is updated by your system's packages.");
+  EXPECT_EQ(editor->page().updates.automatically.detail, "This copy of Korvell has no updater.");
+  isPackaged = true;
+  EXPECT_EQ(opened().page().updates.automatically.detail, "This copy is updated by your system's packages.");
   FakeUpdater there;
   updater = &there;
   auto& it = opened();

@@ -8,9 +8,18 @@
 
 #include <unistd.h>
 
+#include <string_view>
 #include <utility>
 
 namespace korvell {
+
+namespace {
+
+bool isPackaged(std::string_view program) {
+  return program.starts_with("/usr/") && !program.starts_with("/usr/local/");
+}
+
+} // namespace
 
 SettingsEditor::Services SettingsEditor::of(Host& host, Assembly& assembly, Model& model,
                                             SettingsStore& store, Queue& main, Queue& work) {
@@ -28,7 +37,7 @@ SettingsEditor::Services SettingsEditor::of(Host& host, Assembly& assembly, Mode
           .helper = host.usageHelper.get(),
           .context = {host.system, host.folders.home,
                       host.folders.data + "/" + std::string(HistoryStore::fileName), getpid(),
-                      tool.claudeCommand(), tool.clientSnippet()},
+                      tool.claudeCommand(), tool.clientSnippet(), nullptr, isPackaged(host.program)},
           .main = main,
           .work = work,
           .turnHelper = turn,

@@ -70,9 +70,9 @@ std::string shownPath(const std::string& path, const std::string& home) {
   return isInside(path, home) ? "~" + path.substr(home.size()) : path;
 }
 
-std::string updatesSentence(SystemKind system) {
-  return system == SystemKind::macOS ? localized("This copy of Korvell has no updater.")
-                                     : localized("This copy is updated by your system's packages.");
+std::string updatesSentence(bool isPackaged) {
+  return isPackaged ? localized("This copy is updated by your system's packages.")
+                    : localized("This copy of Korvell has no updater.");
 }
 
 Page::Updates updatesPart(const SettingsContext& context) {
@@ -82,7 +82,7 @@ Page::Updates updatesPart(const SettingsContext& context) {
     part.check = localized("Check Now");
     part.canCheck = updater->canCheck();
   } else {
-    part.automatically.detail = updatesSentence(context.system);
+    part.automatically.detail = updatesSentence(context.isPackaged);
     part.automatically.canChange = false;
   }
   return part;

@@ -101,6 +101,7 @@ struct SettingsContext {
   ProcessID self = 0; ///< the process whose cost is Korvell's own
   std::string claudeCommand, clientSnippet;
   const Updater* updater = nullptr; ///< null where none is configured
+  bool isPackaged = false;          ///< what lies where packages install is updated with the system
 };
 
 SettingsPage settingsPage(const Model& model, const UserDefaults& defaults, const SettingsContext& context,
