@@ -1,5 +1,7 @@
 #include "Shared/HelpPages.h"
 
+#include "Base/Localization.h"
+
 #include <filesystem>
 
 namespace korvell {
@@ -14,9 +16,12 @@ HelpPages::HelpPages(const std::string& program) {
 }
 
 std::optional<std::string> HelpPages::page(std::string_view name) const {
-  const auto path = folder_ + "/" + std::string(name) + ".html";
+  if (folder_.empty()) return std::nullopt;
   std::error_code error;
-  return !folder_.empty() && fs::is_regular_file(path, error) ? std::optional(path) : std::nullopt;
+  for (const auto& language : {"/" + std::string(currentLanguage().code) + "/", std::string("/")})
+    if (auto path = folder_ + language + std::string(name) + ".html"; fs::is_regular_file(path, error))
+      return path;
+  return std::nullopt;
 }
 
 } // namespace korvell

@@ -1,6 +1,7 @@
 #pragma once
 // The help for users: pages that lie beside the program and open without a network. A page bears the raw
-// value of the section that it is about, or one of the names below.
+// value of the section that it is about, or one of the names below. English is there always; a page in the
+// language in effect, in the folder of its code, comes first.
 
 #include <optional>
 #include <string>

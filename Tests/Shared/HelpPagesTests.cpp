@@ -1,5 +1,6 @@
 #include "Shared/HelpPages.h"
 
+#include "Base/Localization.h"
 #include "Tests/Fakes/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -18,6 +19,21 @@ TEST(HelpPagesTests, lieBesideTheProgramWhereverThatIs) {
   EXPECT_EQ(installed.page("gpu"), std::nullopt);
   EXPECT_EQ(HelpPages(root / "elsewhere/korvell").page("cpu"), std::nullopt);
   EXPECT_EQ(HelpPages("").page("cpu"), std::nullopt);
+}
+
+TEST(HelpPagesTests, areInTheLanguageInEffectWhereThereIsOne) {
+  TemporaryFolder root;
+  for (const auto* page : {"cpu", "gpu", "de/cpu"})
+    root.write("share/korvell/help/" + std::string(page) + ".html", "");
+  const HelpPages help(root / "bin/korvell-app");
+  setLanguages({{}, {.code = "de"}});
+  {
+    const InLanguage german("de");
+    EXPECT_EQ(help.page("cpu"), root / "share/korvell/help/de/cpu.html");
+    EXPECT_EQ(help.page("gpu"), root / "share/korvell/help/gpu.html");
+  }
+  EXPECT_EQ(help.page("cpu"), root / "share/korvell/help/cpu.html");
+  setLanguages({{}});
 }
 
 } // namespace

@@ -465,8 +465,10 @@ SettingsEditor::Services KorvellApp::settingsServices() {
   };
   services.appearanceChanged = [this] { wear(wishes_); };
   services.temperaturesChanged = [this] { window_.refresh(); };
-  if (const auto page = HelpPages(host_.program).page(HelpPages::settings))
-    services.openHelp = [page] { openPath(*page); };
+  if (const HelpPages help(host_.program); help.page(HelpPages::settings))
+    services.openHelp = [help] {
+      if (const auto page = help.page(HelpPages::settings)) openPath(*page);
+    };
   return services;
 }
 
