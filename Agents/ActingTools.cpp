@@ -55,8 +55,10 @@ ToolAnswer answerOf(const ActionAnswer& answer) {
 
 /// What a person types to do it; it holds nothing that a stranger chose.
 std::string typed(const QuitRequest& request) {
-  const auto pid = request.processes.empty() ? 0 : request.processes.front().pid;
-  return "korvell quit " + std::to_string(pid) + (request.force ? " --force" : "");
+  const auto force = request.force ? " --force" : "";
+  if (request.processes.size() == 1)
+    return "korvell quit " + std::to_string(request.processes.front().pid) + force;
+  return "korvell quit NAME" + std::string(force);
 }
 std::string typed(const StopServerRequest& request) {
   return "korvell servers stop " + std::to_string(request.pid);
@@ -74,6 +76,16 @@ std::string typedFor(const ActionRequest& request) {
       request);
 }
 
+std::string whatToType(const ActionRequest& request) {
+  const auto* quit = std::get_if<QuitRequest>(&request);
+  return localized(
+      quit && quit->processes.size() != 1
+          ? "Nobody could be asked, so nothing was done. Whoever wants it types {command}, with the "
+            "application's name in place of NAME."
+          : "Nobody could be asked, so nothing was done. Whoever wants it types: {command}",
+      {{"command", typedFor(request)}});
+}
+
 /// Why nothing was done.
 ActionResult refusalOf(Consent consent, const ActionRequest& request) {
   switch (consent) {
@@ -83,10 +95,7 @@ ActionResult refusalOf(Consent consent, const ActionRequest& request) {
   case Consent::unanswered:
     return {.outcome = ActionOutcome::unanswered, .message = localized("Nobody answered. Nothing was done.")};
   default:
-    return {.outcome = ActionOutcome::refused,
-            .message =
-                localized("Nobody could be asked, so nothing was done. Whoever wants it types: {command}",
-                          {{"command", typedFor(request)}})};
+    return {.outcome = ActionOutcome::refused, .message = whatToType(request)};
   }
 }
 

@@ -89,10 +89,17 @@ Outcome tellMoment(HistoryAnswer& answer, Readings& readings, HistoryStore& stor
   return success();
 }
 
+/// The width of a chart of no more than so many points: a chart's stretches are whole minutes, as many as fit
+/// the width or fewer, and one more begins before the range does.
+int chartWidth(HistoryRange range, int points) {
+  const int minutes = spanOf(range).seconds / 60, stretches = points - 1;
+  const int stretch = (minutes + stretches - 1) / stretches;
+  return minutes / stretch;
+}
+
 void tellRange(HistoryAnswer& answer, HistoryStore& store, HistoryRange range, int points) {
   answer.range = range;
-  answer.points = store.chart(answer.metric, range, points).points;
-  if (std::int64_t(answer.points->size()) > mostPoints) answer.points->resize(mostPoints);
+  answer.points = store.chart(answer.metric, range, chartWidth(range, points)).points;
   if (const auto summary = store.summary(answer.metric, range))
     answer.summary = {summary->minimum, summary->mean, summary->maximum};
   else
@@ -138,7 +145,7 @@ ReadingTool historyTool() {
       schema::object({{"metric", schema::choice<Metric>("What is looked at (cpu)")},
                       {"range", schema::choice("How far back (24h)", recordedRanges())},
                       {"at", schema::text("A moment: 14:32, 2026-03-01 14:32, or RFC 3339", 64)},
-                      {"points", schema::integer("About how many points (48)", 10, mostPoints)},
+                      {"points", schema::integer("At most how many points (48)", 10, mostPoints)},
                       {"limit", schema::integer("How many applications (10)", 1, mostApps)}}),
       schema::of<HistoryAnswer>(),
       readHistory};

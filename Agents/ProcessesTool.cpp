@@ -1,6 +1,7 @@
 // The tool "processes".
 
 #include "Agents/ReadingTools.h"
+#include "Agents/Strangers.h"
 #include "Agents/UsageFigures.h"
 
 namespace korvell {
@@ -47,7 +48,8 @@ Result<Value> readProcesses(Readings& readings, const Value& arguments, const Ca
   const auto by = choiceOf(arguments, "by", UsageKey::cpu);
   const auto only = textOf(arguments, "app");
   auto apps = measured.snapshot.apps;
-  if (!only.empty()) std::erase_if(apps, [&](const AppUsage& app) { return app.id != only; });
+  // As a list told it: cleaned.
+  if (!only.empty()) std::erase_if(apps, [&](const AppUsage& app) { return cleanedText(app.id) != only; });
   sortByUsage(apps, by);
   ProcessesAnswer answer{.by = by, .date = measured.snapshot.date, .count = std::uint32_t(apps.size())};
   const auto shown = only.empty() ? shownProcesses : std::size_t(mostApps);
@@ -72,7 +74,7 @@ ReadingTool processesTool() {
       "quit_app where it can be quit. \"app\" lists one application's processes; \"processes\" adds the ten "
       "largest of each.",
       schema::object({{"by", schema::choice<UsageKey>("What they are ordered by (cpu)")},
-                      {"app", schema::text("Only the application with this key, as a list tells it", 1024)},
+                      {"app", schema::text("Only the application with this key, as a list tells it", 2048)},
                       {"processes", schema::boolean("List the processes too")},
                       ResultPage::limit(mostApps, usualApps),
                       ResultPage::cursor()}),

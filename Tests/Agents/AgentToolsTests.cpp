@@ -231,6 +231,16 @@ TEST_F(AgentToolsTests, listsHavePages) {
     EXPECT_EQ(at(content("processes", wrong), "result/isError"), "true") << wrong;
 }
 
+TEST_F(AgentToolsTests, aKeyIsUnderstoodAsItWasTold) {
+  playKeeper();
+  for (const auto& key : {std::string("app:/opt/\xe2\x9d\xa4\xef\xb8\x8f\x1b"), std::string(900, 'k')}) {
+    tick.snapshot.apps[0].id = key;
+    const auto list = content("processes");
+    const auto told = at((*list.find("apps")->asArray())[0], "app");
+    EXPECT_EQ(at(content("processes", R"({"app":)" + told + "}"), "count"), "1") << told;
+  }
+}
+
 TEST_F(AgentToolsTests, aProcessThatBeganLaterGetsNoHandle) {
   const auto list = content("processes", R"({"processes":true})");
   const auto& apps = *list.find("apps")->asArray();
@@ -264,8 +274,16 @@ TEST_F(AgentToolsTests, onlyAPersonsYesEndsAnythingAndOnce) {
 
 TEST_F(AgentToolsTests, whoCanAskNobodySaysWhatToType) {
   playKeeper();
-  const auto told = talk(call("5", "quit_app", R"({"handle":")" + handle() + "\"}", claim()));
-  EXPECT_THAT(at(told, "result/structuredContent/message"), HasSubstr("korvell quit 42"));
+  const auto message = [this] {
+    const auto told = talk(call("5", "quit_app", R"({"handle":")" + handle() + "\"}", claim()));
+    return at(told, "result/structuredContent/message");
+  };
+  EXPECT_THAT(message(), HasSubstr("korvell quit 42"));
+  auto second = tick.snapshot.apps[0].processes[0];
+  second.pid = 43;
+  processes.add(43, "harm");
+  tick.snapshot.apps[0].processes.push_back(second);
+  EXPECT_THAT(message(), HasSubstr("korvell quit NAME")) << "one of its ids would end one of two";
   EXPECT_THAT(keeper.orders, IsEmpty());
 }
 
@@ -357,6 +375,35 @@ TEST_F(AgentToolsTests, theHistoryTellsWhoItWas) {
   const auto why = content("why_slow");
   EXPECT_THAT(at(why, "changes"), HasSubstr(R"("metric":"cpu","before":20.0,"lately":)"));
   EXPECT_THAT(at(why, "lastHour/cpu"), HasSubstr(harmless));
+}
+
+TEST_F(AgentToolsTests, aCourseOfTheMostPointsReachesFromItsBeginningToNow) {
+  const auto now = time.clock().now();
+  std::filesystem::create_directories(host.folders.data);
+  std::set<int> minutesAgo;
+  for (const auto range : {HistoryRange::h12, HistoryRange::h24, HistoryRange::d7, HistoryRange::d30})
+    for (int point = 0; point <= 360; ++point) minutesAgo.insert(spanOf(range).seconds / 60 * point / 361);
+  {
+    HistoryStore store(time.factory(), time.clock(), host.folders.data);
+    for (const int minutes : std::vector<int>(minutesAgo.rbegin(), minutesAgo.rend())) {
+      auto snapshot = tick.snapshot;
+      snapshot.date = now - Seconds{minutes * 60.0};
+      store.record(snapshot, 77);
+    }
+    time.run();
+  }
+  for (const auto& range : allCases<HistoryRange>()) {
+    if (range.value == HistoryRange::live) continue;
+    const auto course =
+        content("history", R"({"points":300,"range":")" + std::string(range.rawValue) + "\"}");
+    const auto* points = course.find("points") ? course.find("points")->asArray() : nullptr;
+    ASSERT_TRUE(points && points->size() > 200 && points->size() <= 300) << range.rawValue;
+    const auto share = [&](const Value& point) {
+      return (now - *parseRFC3339(*point.find("date")->asString())).count() / spanOf(range.value).seconds;
+    };
+    EXPECT_LT(share(points->back()), 1.0 / 200) << range.rawValue;
+    EXPECT_GT(share(points->front()), 0.99) << range.rawValue;
+  }
 }
 
 TEST_F(AgentToolsTests, theEndOfTheInputEndsItBehindTheLastAnswer) {

@@ -15,6 +15,10 @@ constexpr LocalizedText texts[] = {
     {"Nobody answered. Nothing was done.", "Niemand hat geantwortet. Es wurde nichts getan."},
     {"Nobody could be asked, so nothing was done. Whoever wants it types: {command}",
      "Niemand konnte gefragt werden, also wurde nichts getan. Wer es will, gibt ein: {command}"},
+    {"Nobody could be asked, so nothing was done. Whoever wants it types {command}, with the application's "
+     "name in place of NAME.",
+     "Niemand konnte gefragt werden, also wurde nichts getan. Wer es will, gibt {command} ein, mit dem Namen "
+     "des Programms anstelle von NAME."},
     {"Done", "Erledigt"},
     {"Declined", "Abgelehnt"},
     {"Not answered", "Nicht beantwortet"},
