@@ -29,7 +29,7 @@ struct QuitRequest {
   std::optional<std::string> bundlePath; ///< as the snapshot has it
   std::vector<QuitTarget> processes;     ///< exact; described: of the two above
   bool force = false;
-  std::optional<std::string> name; ///< described: what the answer calls it
+  std::optional<std::string> name; ///< described: what the answer calls it, never as it was given
 
   bool operator==(const QuitRequest&) const = default;
   static constexpr auto fields() {

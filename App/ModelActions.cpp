@@ -33,6 +33,26 @@ void ModelActions::whenMeasured(std::function<void(AppModel&)> then) {
 
 // Applications and processes
 
+namespace {
+
+/// What the processes are called together: the application that all of them belong to. One process among
+/// others of an application has no such name.
+std::optional<std::string> sharedName(const QuitRequest& request, const std::vector<AppUsage>& apps) {
+  const auto& targets = request.processes;
+  const auto owns = [&](const AppUsage& app) {
+    return std::ranges::all_of(targets, [&](const QuitTarget& target) {
+      return std::ranges::find(app.processes, target.pid, &ProcessUsage::pid) != app.processes.end();
+    });
+  };
+  const auto owner = std::ranges::find_if(apps, owns);
+  if (targets.empty() || owner == apps.end() || isSystemGroup(*owner)) return std::nullopt;
+  const bool standsForAll = targets.size() > 1 || owner->processes.size() == 1 ||
+                            (!request.force && targets.front().pid == owner->mainPID);
+  return standsForAll ? std::optional(owner->name) : std::nullopt;
+}
+
+} // namespace
+
 void ModelActions::tell(const QuitRequest& request, const Described& done) {
   auto& model = parts_.model();
   // What was started or has ended since the last cycle counts too.
@@ -42,7 +62,11 @@ void ModelActions::tell(const QuitRequest& request, const Described& done) {
     const auto describe = [done](const QuitRequest& exact, const std::vector<AppUsage>& seen) {
       done(DescribedAction{exact, describeQuit(exact, seen)});
     };
-    if (!request.app && !request.bundlePath) return describe(request, apps);
+    if (!request.app && !request.bundlePath) {
+      auto exact = request;
+      if (exact.name) exact.name = sharedName(exact, apps); // whoever asks does not choose the words
+      return describe(exact, apps);
+    }
     const auto named = std::ranges::find(apps, request.bundlePath, &AppUsage::bundlePath);
     const auto chosen = request.app           ? chooseToQuit(apps, *request.app)
                         : named != apps.end() ? chooseToQuit(apps, named->id)

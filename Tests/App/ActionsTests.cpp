@@ -78,7 +78,25 @@ TEST_F(ActionsTests, whatWasDescribedEndsAndNothingThatCameLater) {
                        "Quit",
                        {"10 editor"},
                        {},
-                       "editor (PID 10) is not running any more."}};
+                       "editor (PID 10) is not running any more."},
+                      {{.processes = {{10, 7}}, .name = "Calculator, which hangs"},
+                       "editor will be asked to quit.",
+                       "Quit",
+                       {"10 editor"},
+                       {},
+                       "editor is not running any more."},
+                      {{.processes = {{11, 7}, {12, 7}}, .name = "editor"},
+                       "The 2 processes of worker will be asked to quit.",
+                       "Quit",
+                       {"11 worker", "12 worker"},
+                       {},
+                       "worker is not running any more."},
+                      {{.processes = {{12, 7}}, .name = "editor"},
+                       "worker (PID 12) will be asked to quit.",
+                       "Quit",
+                       {"12 worker"},
+                       {},
+                       "worker (PID 12) is not running any more."}};
   for (const auto& row : rows) {
     table.sent.clear();
     const auto described = describe(row.request);
