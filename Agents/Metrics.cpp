@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <map>
-#include <set>
 
 namespace korvell {
 
@@ -12,7 +11,7 @@ namespace {
 
 using enum MetricsText::Type;
 
-/// Figures of any number of things, each under its name; those of one name are one.
+/// Figures of any number of things, each under its name as a label tells it; those of one name are one.
 template <class Figures>
 using Named = std::vector<std::pair<std::string, Figures>>;
 
@@ -156,21 +155,18 @@ void addPower(MetricsText& text, const BatteryStats& battery, const KnownParts& 
 
 void addSensors(MetricsText& text, const SensorsSnapshot& sensors) {
   text.family("temperature", gauge, unitOf(&TemperatureReading::celsius), "What a sensor tells, by chip.");
-  std::set<std::pair<std::string, std::string>> told; // a series that came twice would spoil the whole answer
   for (const auto& reading : sensors.temperatures)
-    if (const auto chip = reading.chip.value_or(""); told.emplace(chip, reading.name).second)
-      text.sample(reading.celsius,
-                  {{"chip", chip}, {"sensor", reading.name}, {"kind", std::string(rawValue(reading.kind))}});
+    text.sample(reading.celsius, {{"chip", reading.chip.value_or("")},
+                                  {"sensor", reading.name},
+                                  {"kind", std::string(rawValue(reading.kind))}});
   text.family("fan_speed", gauge, unitOf(&FanReading::rpm), "Speed of a fan.");
   for (const auto& fan : sensors.fans) text.sample(fan.rpm, {{"fan", fan.id}, {"name", fan.name}});
 }
 
 void addPeripherals(MetricsText& text, const std::vector<PeripheralBattery>& batteries) {
   text.family("peripheral_charge", gauge, unitOf(&PeripheralBattery::percent), "Charge of a peripheral.");
-  std::set<std::string> told; // two mice of one name are one series
   for (const auto& battery : batteries)
-    if (told.insert(battery.name).second)
-      text.sample(battery.percent, {{"name", battery.name}, {"kind", std::string(rawValue(battery.kind))}});
+    text.sample(battery.percent, {{"name", battery.name}, {"kind", std::string(rawValue(battery.kind))}});
 }
 
 // Applications
@@ -221,7 +217,7 @@ private:
 /// An application is as large as the part of the machine that it takes.
 Named<AppFigures> largestApps(const SystemSnapshot& snapshot) {
   std::map<std::string, AppFigures> byName;
-  for (const auto& app : snapshot.apps) byName[app.name] += figuresOf(app);
+  for (const auto& app : snapshot.apps) byName[MetricsText::labelText(app.name)] += figuresOf(app);
   const double cores = 100 * double(std::max<std::size_t>(snapshot.cpu.perCore.size(), 1));
   const double memory = std::max(double(snapshot.memory.total), 1.0);
   return bounded(std::move(byName),
@@ -308,7 +304,8 @@ void addUsage(MetricsText& text, const std::vector<AIUsageRow>& rows, Date since
   std::map<std::string, std::map<std::string, ModelFigures>> byTool;
   for (const auto& row : rows)
     if (row.day >= since)
-      byTool[std::string(rawValue(row.tool))][row.model] += ModelFigures{row.tokens, row.cost};
+      byTool[std::string(rawValue(row.tool))][MetricsText::labelText(row.model)] +=
+          ModelFigures{row.tokens, row.cost};
   std::map<std::string, Named<ModelFigures>> tools;
   for (auto& [tool, models] : byTool)
     tools[tool] =

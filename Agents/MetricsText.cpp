@@ -59,10 +59,6 @@ std::string escaped(std::string_view text, bool isQuoted) {
   return result;
 }
 
-std::string labelValue(std::string_view text) {
-  return escaped(truncatedToWidth(escapedControls(text), MetricsText::longestLabel), true);
-}
-
 std::string number(double value) {
   if (std::isnan(value)) return "NaN";
   if (std::isinf(value)) return value > 0 ? "+Inf" : "-Inf";
@@ -70,6 +66,10 @@ std::string number(double value) {
 }
 
 } // namespace
+
+std::string MetricsText::labelText(std::string_view text) {
+  return truncatedToWidth(escapedControls(text), longestLabel);
+}
 
 void MetricsText::family(std::string_view name, Type type, Unit unit, std::string_view help) {
   const auto* told = std::ranges::find(units, unit, &Told::unit);
@@ -81,6 +81,7 @@ void MetricsText::family(std::string_view name, Type type, Unit unit, std::strin
   help_ = help;
   type_ = type;
   isBegun_ = false;
+  told_.clear();
 }
 
 /// OpenMetrics calls a family by its name without the ending that its type gives the samples.
@@ -95,14 +96,14 @@ void MetricsText::beginFamily() {
 }
 
 void MetricsText::sample(double value, const Labels& labels) {
+  std::string series;
+  for (const auto& [name, text] : labels)
+    series += fmt::format("{}{}=\"{}\"", series.empty() ? '{' : ',', name, escaped(labelText(text), true));
+  if (!labels.empty()) series += '}';
+  if (!told_.insert(series).second) return;
   if (!isBegun_) beginFamily();
-  text_.append(name_).append(nameEnd(type_));
-  char before = '{';
-  for (const auto& [name, text] : labels) {
-    text_ += fmt::format("{}{}=\"{}\"", before, name, labelValue(text));
-    before = ',';
-  }
-  text_ += fmt::format("{} {}\n", labels.empty() ? "" : "}", number(value * factor_));
+  text_.append(name_).append(nameEnd(type_)).append(series);
+  text_ += fmt::format(" {}\n", number(value * factor_));
 }
 
 std::string MetricsText::finish() && {

@@ -8,6 +8,7 @@
 #include "Base/Record.h"
 #include "Base/Unit.h"
 
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -36,7 +37,11 @@ public:
 
   /// Begins a family; its samples follow. A family without any is left out.
   void family(std::string_view name, Type type, Unit unit, std::string_view help);
-  /// In the family's unit; a counter's running total.
+  /// A label's value as it is told, but for the formats' quoting. Names that are one in it are one series.
+  static std::string labelText(std::string_view text);
+
+  /// In the family's unit; a counter's running total. Of one series the first is told: one that came twice
+  /// would spoil the whole answer.
   void sample(double value, const Labels& labels = {});
   /// A family of one sample.
   void gauge(std::string_view name, Unit unit, std::string_view help, double value) {
@@ -56,6 +61,7 @@ private:
   double factor_ = 1;
   Type type_ = Type::gauge;
   bool isBegun_ = false;
+  std::set<std::string> told_; ///< the family's series
 };
 
 /// The unit that a record names for one of its fields.

@@ -12,6 +12,7 @@ namespace korvell {
 namespace {
 
 using testing::AllOf;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -72,7 +73,8 @@ TEST(MetricsTests, aSensorIsOneSeriesHoweverOftenItIsTold) {
                                     .temperatures = {{"Tctl", 61, SensorKind::cpu, "k10temp"},
                                                      {"Tctl", 60, SensorKind::cpu, "k10temp"},
                                                      {"Tctl", 40, SensorKind::cpu, {}}}};
-  reading.peripherals = {{"Mouse", 20, PeripheralBattery::Kind::mouse}, {"Mouse", 90}};
+  using enum PeripheralBattery::Kind;
+  reading.peripherals = {{"Mouse", 20, mouse}, {"Mouse", 90, mouse}};
   const auto text = metricsText(reading, prometheus, "1");
   EXPECT_THAT(samples(text, "temperature_celsius"),
               ElementsAre("korvell_temperature_celsius{chip=\"k10temp\",sensor=\"Tctl\",kind=\"cpu\"} 61",
@@ -93,7 +95,27 @@ TEST(MetricsTests, theLargestApplicationsAndTheRestTogether) {
   EXPECT_EQ(lines[0], "korvell_app_memory_bytes{app=\"Twins\"} 201") << "one series a name";
   EXPECT_EQ(lines[1], "korvell_app_memory_bytes{app=\"App 29\"} 129");
   EXPECT_THAT(lines.back(), HasSubstr("{app=\"other\"} ")) << "with the application of that name";
-  EXPECT_EQ(std::set(lines.begin(), lines.end()).size(), lines.size());
+}
+
+TEST(MetricsTests, namesThatAreOneWhenTheyAreCutAreOneSeries) {
+  auto reading = machine();
+  const auto name = [](char last) { return std::string(150, 'n') + last; };
+  reading.snapshot.apps = {{.id = "a", .name = name('a'), .processes = {{.pid = 1, .memory = 3}}},
+                           {.id = "b", .name = name('b'), .processes = {{.pid = 2, .memory = 4}}}};
+  reading.known.set(KnownPart::volumes, true);
+  reading.snapshot.disk.volumes = {{"Disk", name('a'), 10, 1}, {"Disk", name('b'), 20, 2}};
+  reading.sensors = SensorsSnapshot{.fans = {{name('a'), "", 900, 0, 0}, {name('b'), "", 800, 0, 0}},
+                                    .temperatures = {{name('a'), 61}, {name('b'), 60}}};
+  reading.peripherals = {{name('a'), 20}, {name('b'), 90}};
+  reading.today = Date{0};
+  reading.aiUsage = {{.day = Date{0}, .model = name('a'), .tokens = {.input = 3}},
+                     {.day = Date{0}, .model = name('b'), .tokens = {.input = 4}}};
+  const auto text = metricsText(reading, prometheus, "1");
+  EXPECT_THAT(samples(text, "app_memory_bytes"), ElementsAre(EndsWith("} 7")));
+  EXPECT_THAT(samples(text, "ai_tokens_today"), Contains(EndsWith("kind=\"input\"} 7")));
+  std::set<std::string> told;
+  for (const auto line : splitLines(text))
+    if (!line.starts_with("#")) EXPECT_TRUE(told.emplace(line.substr(0, line.rfind(' '))).second) << line;
 }
 
 TEST(MetricsTests, whatIsNotKnownIsNotTold) {
