@@ -291,11 +291,8 @@ namespace {
 std::optional<RPCError> claimError(const Value& claimed, const Value* clientCapabilities) {
   if (!claimed.asString()) return RPCError{rpcInvalidParams, "The protocol version is no text."};
   if (*claimed.asString() != statelessRevision) {
-    Value supported = Value::array();
-    supported.append(statelessRevision);
-    for (const auto revision : handshakeRevisions) supported.append(revision);
     return RPCError{unsupportedRevision, "Unsupported protocol version",
-                    Value::object({{"supported", std::move(supported)},
+                    Value::object({{"supported", Value::Array{Value(statelessRevision)}},
                                    {"requested", cleanedText(*claimed.asString(), 64)}})};
   }
   if (!clientCapabilities || !clientCapabilities->asObject())
@@ -332,7 +329,8 @@ void MCPServer::handle(const RPCRequest& request, const Reply& reply) {
   if (!speaker.isStateless && revision_.empty()) return refuse(rpcInvalidRequest, "Send initialize first.");
   if (!isList) return call(request, speaker, reply);
   // All tools fit one page: there is no cursor that anybody could have.
-  if (request.params.find("cursor")) return refuse(rpcInvalidParams, "The cursor is not known.");
+  const auto* cursor = request.params.find("cursor");
+  if (cursor && !cursor->isNull()) return refuse(rpcInvalidParams, "The cursor is not known.");
   answer(listed(speaker));
 }
 

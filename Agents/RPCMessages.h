@@ -72,10 +72,10 @@ public:
   /// are passed over.
   using Take = std::function<void(std::optional<std::string_view> line)>;
   void add(std::string_view bytes, const Take& take);
-
-private:
+  /// Nothing more comes: what is left is a line, unless it is blank.
   void end(const Take& take);
 
+private:
   const std::size_t longest_;
   std::string line_;
   bool isTooLong_ = false;

@@ -32,6 +32,7 @@ void LinePipe::read() {
   char buffer[64 << 10];
   const auto count = ::read(in_, buffer, sizeof buffer);
   if (count > 0) lines_.add({buffer, std::size_t(count)}, take_);
+  if (count == 0) lines_.end(take_);
   if (count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN)) end();
 }
 

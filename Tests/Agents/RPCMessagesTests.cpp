@@ -53,9 +53,11 @@ TEST(RPCMessagesTests, linesAreBoundedHoweverTheyArrive) {
     lines.emplace_back(line.value_or("TOO LONG"));
   };
   LineBuffer buffer(8);
-  for (const char* part : {"ab", "c\n\r\n12345678\n", "123456", "789", "0\nde", "f\r\n"})
+  for (const char* part : {"ab", "c\n\r\n12345678\n", "123456", "789", "0\nde", "f\r\n", "last"})
     buffer.add(part, take);
-  EXPECT_THAT(lines, ElementsAre("abc", "12345678", "TOO LONG", "def"));
+  buffer.end(take);
+  buffer.end(take);
+  EXPECT_THAT(lines, ElementsAre("abc", "12345678", "TOO LONG", "def", "last"));
 }
 
 } // namespace
