@@ -19,9 +19,9 @@ std::vector<WidgetSnapshot::TopApp> widgetApps(const std::vector<AppUsage>& apps
                                                std::string_view systemGroup);
 /// CPU, memory, disk and network with their last half hour. Waits for the history: not for the main thread.
 std::vector<WidgetSnapshot::Tile> widgetTiles(const SystemSnapshot& snapshot, HistoryStore& history);
-/// Differs when what the widget shows at a glance has changed: "87|Good|Disk space is getting low|…".
 /// The tiles' figures alone.
 std::vector<WidgetSnapshot::Tile> widgetTiles(const SystemSnapshot& snapshot);
+/// Differs when what the widget shows at a glance has changed: "87|Good|Disk space is getting low|…".
 std::string widgetContentKey(const HealthReport& report);
 
 } // namespace korvell
