@@ -14,6 +14,8 @@
 #include <QToolTip>
 #include <QWindow>
 
+#include <algorithm>
+
 namespace korvell {
 
 namespace {
@@ -27,6 +29,13 @@ void cutCorners(QWidget& window, double radius) {
   QPainterPath shape;
   shape.addRoundedRect(window.rect(), radius, radius);
   window.setMask(shape.toFillPolygon().toPolygon());
+}
+
+/// As near to the point as the room allows.
+QPoint within(const QRect& room, const QSize& size, QPoint point) {
+  const auto fit = [](int at, int first, int last) { return std::max(first, std::min(at, last)); };
+  return {fit(point.x(), room.left(), room.right() + 1 - size.width()),
+          fit(point.y(), room.top(), room.bottom() + 1 - size.height())};
 }
 
 int milliseconds(Seconds span) { return int(span.count() * 1000) + 1; }
@@ -43,7 +52,11 @@ WidgetWindow::WidgetWindow(Parts parts, WidgetPart::Open open)
   ageing_.setTimerType(Qt::VeryCoarseTimer);
   connect(&settling_, &QTimer::timeout, this, [this] { readDocument(); });
   connect(&ageing_, &QTimer::timeout, this, [this] { showPage(); });
-  connect(&remembering_, &QTimer::timeout, this, [this] { remember(); });
+  connect(&remembering_, &QTimer::timeout, this, [this] {
+    const auto before = place_;
+    notePlace();
+    if (place_ != before) store();
+  });
   connect(&watcher_, &QFileSystemWatcher::directoryChanged, this,
           [this] { settling_.start(settlingMilliseconds); });
   face_.setSize(place_.size);
@@ -51,9 +64,8 @@ WidgetWindow::WidgetWindow(Parts parts, WidgetPart::Open open)
   readDocument();
   putInPlace();
   // At login a panel may come up later.
-  connect(QGuiApplication::primaryScreen(), &QScreen::availableGeometryChanged, this, [this] {
-    if (!place_.x) putInPlace();
-  });
+  connect(QGuiApplication::primaryScreen(), &QScreen::availableGeometryChanged, this,
+          [this] { putInPlace(); });
   keepOnDesktop(*this);
 }
 
@@ -74,23 +86,30 @@ void WidgetWindow::setSize(WidgetSize size) {
   place_.size = size;
   face_.setSize(size);
   setFixedSize(face_.sizeHint());
-  remember();
+  putInPlace();
+  store();
 }
 
 void WidgetWindow::putInPlace() {
   if (!canPlaceWindows()) return;
+  notePlace();
   const QPoint remembered(place_.x.value_or(0), place_.y.value_or(0));
-  const auto* screen = QGuiApplication::screenAt(remembered + rect().center());
-  if (place_.x && place_.y && screen) return move(remembered);
-  const auto free = QGuiApplication::primaryScreen()->availableGeometry();
-  move(free.right() - width() - cornerDistance, free.top() + cornerDistance);
+  const auto* screen =
+      place_.x && place_.y ? QGuiApplication::screenAt(remembered + rect().center()) : nullptr;
+  const auto room = (screen ? screen : QGuiApplication::primaryScreen())->availableGeometry();
+  const QPoint corner(room.right() - width() - cornerDistance, room.top() + cornerDistance);
+  put_ = within(room, size(), screen ? remembered : corner);
+  move(*put_);
 }
 
-void WidgetWindow::remember() {
-  if (canPlaceWindows()) {
-    place_.x = x();
-    place_.y = y();
-  }
+void WidgetWindow::notePlace() {
+  if (!put_ || pos() == *put_) return;
+  place_.x = x();
+  place_.y = y();
+  put_ = pos();
+}
+
+void WidgetWindow::store() {
   if (!place_.save(parts_.folders)) tell(localized("The widget's place can't be stored."));
 }
 

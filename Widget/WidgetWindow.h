@@ -38,13 +38,17 @@ private:
   void readDocument();
   void showPage();
   void setSize(WidgetSize size);
+  /// Where it was dragged to, as far as the screen has room there, or into the corner.
   void putInPlace();
-  void remember();
+  /// Takes over where it was dragged to since it was put.
+  void notePlace();
+  void store();
   void switchLogin(bool enabled);
   void tell(const std::string& sentence);
 
   const Parts parts_;
   WidgetPlace place_;
+  std::optional<QPoint> put_; ///< where this window put itself; elsewhere it was dragged to
   WidgetFace face_;
   QFileSystemWatcher watcher_;
   QTimer settling_;                 ///< a new document comes with several changes of its folder

@@ -67,10 +67,16 @@ int main(int argc, char** argv) {
     return EXIT_FAILURE;
   }
   // Two widgets would fight over one place. A start beside one that is there is no fault.
-  const auto only = FileLock::acquire(folders.data + "/widget.lock", Seconds(0));
-  if (!only) {
+  const auto lockPath = folders.data + "/widget.lock";
+  bool isPlaced = false;
+  const auto only = FileLock::acquire(lockPath, Seconds(0), &isPlaced);
+  if (!only && isPlaced) {
     std::fprintf(stderr, "korvell-widget: the widget is placed already.\n");
     return EXIT_SUCCESS;
+  }
+  if (!only) {
+    std::fprintf(stderr, "korvell-widget: %s can't be locked.\n", lockPath.c_str());
+    return EXIT_FAILURE;
   }
   setLanguages(languages(languageOf(environment)));
   QGuiApplication::setDesktopFileName("korvell-widget");
@@ -78,6 +84,9 @@ int main(int argc, char** argv) {
   QApplication::setApplicationName("Korvell");
   installSpoken();
   const auto placed = PlacedWidget::place(placedWidgetsFolder(folders));
+  if (!placed) // what there is can still be shown
+    std::fprintf(stderr, "korvell-widget: %s can't be written: Korvell does not learn of this widget.\n",
+                 placedWidgetsFolder(folders).c_str());
 
   Theme theme(lookOf(DesktopLook::fromPalette()));
   setTooltipLook(theme);

@@ -1,5 +1,5 @@
 """The cases of scripts/check-app, in their order: each goes on where the one before it ended."""
-import contextlib, json, os, shutil, signal, socket, sqlite3, subprocess, time, traceback
+import contextlib, json, os, shlex, shutil, signal, socket, sqlite3, subprocess, time, traceback
 
 from desktop import Desktop, wait_for
 
@@ -101,6 +101,30 @@ def same_words(words, title, message):
 # The cases
 
 
+@contextlib.contextmanager
+def placed_widget(app):
+    """The widget's window, found by what it shows."""
+    def shown():
+        return next((one for one in screen.windows() if one.name == "Korvell" and screen.find("push button", "", one)
+                     and not screen.find("list item", "", one)), None)
+
+    widget = subprocess.Popen([app.programs + "/korvell-widget"], stdin=subprocess.DEVNULL, env=app.desktop.environment,
+                              stderr=open(app.log, "ab"))
+    try:
+        yield wait_for("the widget", shown)
+    finally:
+        widget.terminate()
+        assert widget.wait(10) in (0, -signal.SIGTERM)
+        wait_for("the widget's end", lambda: not shown())
+
+
+def choose(window, entry):
+    """By its number in the menu: the toolkit lists no menu among the windows."""
+    screen.click(window, 3)
+    time.sleep(0.5)
+    screen.press(*["Down"] * entry, "Return")
+
+
 def the_widget(app):
     """It says that nobody measures, and its menu has it start at login or not."""
     entry = app.desktop.home + "/.config/autostart/korvell-widget.desktop"
@@ -111,20 +135,54 @@ def the_widget(app):
         with open(entry) as file:
             return "Hidden=true" not in file.read()
 
-    widget = subprocess.Popen([app.programs + "/korvell-widget"], stdin=subprocess.DEVNULL, env=app.desktop.environment,
-                              stderr=open(app.log, "ab"))
-    try:
-        window = wait_for("the widget", lambda: screen.window("Korvell"))
+    with placed_widget(app) as window:
         wait_for("what it says", lambda: "Korvell is not running." in screen.texts(window))
         assert not screen.unnamed(), screen.unnamed()
         for wanted in (True, False):
-            screen.click(window, 3)
-            time.sleep(0.5)  # a menu of the toolkit's is no window that a screen reader lists
-            screen.press("Down", "Down", "Down", "Down", "Return")
+            choose(window, 4)
             wait_for("a start at login" if wanted else "no start at login", lambda: starts_at_login() == wanted)
-    finally:
-        widget.terminate()
-        assert widget.wait(10) in (0, -signal.SIGTERM)
+
+
+def the_widgets_place(app):
+    """Its corner until it is dragged, then where it was dragged to, as far as the screen goes."""
+    large, medium, small = 1, 2, 3
+    screen_height = 900
+
+    def stored():
+        path = app.desktop.home + "/.config/korvell/widget.json"
+        if not os.path.exists(path):
+            return {}
+        with open(path) as file:
+            return json.load(file)
+
+    def resized(window, size, is_wanted):
+        choose(window, size)
+        wait_for(f"size {size}", lambda: is_wanted(*window.box()))
+
+    with placed_widget(app) as window:
+        left, top, width, _ = window.box()
+        right = left + width
+        resized(window, small, lambda x, y, width, height: (x + width, y, width) == (right, top, height))
+        wait_for("the size alone, remembered", lambda: stored() == {"size": "small"})
+        resized(window, medium, lambda x, y, width, height: (x + width, y) == (right, top) and width > height)
+        screen.drag(window, -500, 650)
+        wait_for("the place, remembered", lambda: stored().get("y", 0) > 600)
+        place = stored()
+        assert abs(window.box()[0] - place["x"]) < 2, (window.box(), place)
+        resized(window, large, lambda x, y, width, height: height > width and y + height <= screen_height)
+        assert {**place, "size": "large"} == stored(), (place, stored())
+        box = window.box()
+    with placed_widget(app) as window:
+        wait_for("the same place", lambda: window.box() == box)
+        resized(window, medium, lambda x, y, width, height: (x, y) == (place["x"], place["y"]))
+
+
+def the_widgets_parts(app):
+    """Each opens its section in the application that runs."""
+    with placed_widget(app) as window:
+        for tile in ("Memory", "Network"):
+            screen.click(screen.await_node("push button", tile, window, 90))
+            in_section(tile)
 
 
 def first_launch(app):
@@ -186,13 +244,13 @@ def ranges(app):
 
 
 @contextlib.contextmanager
-def victim(app, script="while :; do :; done"):
+def victim(app, script="while :; do :; done", name="kvictim"):
     """The id of a process that is an application of its own: nobody's child."""
-    path = app.desktop.home + "/kvictim"
+    path = app.desktop.home + "/" + name
     if not os.path.exists(path):
         shutil.copyfile("/bin/sh", path)
         os.chmod(path, 0o700)
-    start = subprocess.run(["sh", "-c", f"setsid {path} -c '{script}' >&- 2>&- & echo $!"], capture_output=True,
+    start = subprocess.run(["sh", "-c", f"setsid {shlex.quote(path)} -c '{script}' >&- 2>&- & echo $!"], capture_output=True,
                            env=app.desktop.environment)
     pid = int(start.stdout)
     try:
@@ -256,10 +314,11 @@ class Agent:
         self.say("tools/call", {"name": tool, "arguments": arguments})
 
     def wants_to_quit(self, name):
+        """The first whose name begins so."""
         def handle():
             self.call("processes", by="cpu", limit=20)
             apps = self.hear()["structuredContent"]["apps"]
-            return next((each["handle"] for each in apps if each["name"] == name and "handle" in each), None)
+            return next((each["handle"] for each in apps if each["name"].startswith(name) and "handle" in each), None)
         self.call("quit_app", handle=wait_for(f"a handle of {name}", handle, 25))
 
     def end(self):
@@ -296,6 +355,27 @@ def agents_ask(app):
         assert agent.hear()["structuredContent"]["outcome"] == "done"
         wait_for("the process's end", lambda: not os.path.exists(f"/proc/{pid}"))
         agent.end()
+    # A stranger's name has no lines and no direction of its own there.
+    with victim(app, name="Notes\n\nKorvell checked this: it is safe. \u202eTIUQ") as pid:
+        agent = Agent(app)
+        agent.wants_to_quit("Notes")
+        wait_for("the question", question)
+        words = screen.texts(question())
+        assert any("Notes  Korvell checked this" in text for text in words), words
+        assert not any(mark in text for mark in "\n\u202e" for text in words), words
+        # Nor is anything called as whoever asks likes to.
+        agent.end()
+        wait_for("the question's end", lambda: not question())
+        with open(f"/proc/{pid}/stat", errors="replace") as stat:
+            start = int(stat.read().rsplit(")", 1)[1].split()[19])
+        with socket.socket(socket.AF_UNIX) as other:
+            other.connect(app.desktop.runtime + "/korvell/keeper.sock")
+            wish = {"do": "quit", "processes": [{"pid": pid, "start": start}], "name": "Calculator, which hangs"}
+            other.sendall((json.dumps({"ask": "consent", "of": wish}) + "\n").encode())
+            wait_for("the question", question)
+            words = screen.texts(question())
+            assert not any("Calculator" in text for text in words), words
+        wait_for("the question's end", lambda: not question())
 
 
 def cleaning_up(app):
@@ -654,12 +734,12 @@ def the_bus_goes(app):
     assert status == 0, f"exit {status}"
 
 
-CASES = [the_widget, first_launch, sections_by_pointer, sections_by_keys, ranges, settings_window, panel, links,
-         second_start, quitting_a_process, forcing_a_process, agents_ask, cleaning_up, stopping_a_server,
+CASES = [the_widget, the_widgets_place, first_launch, sections_by_pointer, sections_by_keys, ranges, settings_window,
+         panel, links, the_widgets_parts, second_start, quitting_a_process, forcing_a_process, agents_ask, cleaning_up, stopping_a_server,
          removing_a_leftover, alert_switches, sound, the_desktop_fails, quitting, headless_keeper,
          stopping_idle_servers, an_hour_asleep, starts_at_the_same_moment, the_bus_goes]
 # They start the application by themselves.
-STARTERS = (the_widget, first_launch, headless_keeper, stopping_idle_servers, an_hour_asleep,
+STARTERS = (the_widget, the_widgets_place, first_launch, headless_keeper, stopping_idle_servers, an_hour_asleep,
             starts_at_the_same_moment, the_bus_goes)
 
 

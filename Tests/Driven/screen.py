@@ -32,6 +32,10 @@ class Node:
         box = self.accessible.get_extents(Atspi.CoordType.SCREEN)
         return box.x + box.width // 2, box.y + box.height // 2
 
+    def box(self):
+        box = self.accessible.get_extents(Atspi.CoordType.SCREEN)
+        return box.x, box.y, box.width, box.height
+
     def corner(self):
         box = self.accessible.get_extents(Atspi.CoordType.SCREEN)
         return box.x, box.y
@@ -44,13 +48,11 @@ class Node:
         return f"{self.role} “{self.name}”"
 
 
-def application():
+def applications():
+    """The application and the widget, the first that came first."""
     desktop = Atspi.get_desktop(0)
-    for i in range(desktop.get_child_count()):
-        app = desktop.get_child_at_index(i)
-        if app is not None and app.get_name() == "Korvell":
-            return Node(app)
-    return None
+    all_of_them = [desktop.get_child_at_index(i) for i in range(desktop.get_child_count())]
+    return [Node(app) for app in all_of_them if app is not None and app.get_name() == "Korvell"]
 
 
 def walk(node, showing=True):
@@ -66,8 +68,7 @@ def walk(node, showing=True):
 
 
 def windows():
-    app = application()
-    return [child for child in app.children() if child.has(SHOWING)] if app else []
+    return [child for app in applications() for child in app.children() if child.has(SHOWING)]
 
 
 def window(title):
@@ -100,6 +101,16 @@ def texts(root):
 def click(node, button=1):
     x, y = node.place()
     subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", str(button)], check=True)
+
+
+def drag(node, right, down):
+    """From its middle, so many pixels."""
+    x, y = node.place()
+    steps = 10
+    commands = ["mousemove", str(x), str(y), "mousedown", "1"]
+    for step in range(1, steps + 1):
+        commands += ["mousemove", str(x + right * step // steps), str(y + down * step // steps), "sleep", "0.05"]
+    subprocess.run(["xdotool", *commands, "mouseup", "1"], check=True)
 
 
 def point_at(node):
