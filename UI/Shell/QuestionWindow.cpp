@@ -54,6 +54,7 @@ private:
 Question agentQuestion(const ActionDescription& description) {
   auto question = questionOf(description);
   question.title = localized("An agent asks: {question}", {{"question", cleanedText(question.title)}});
+  question.text = cleanedText(question.text);
   for (auto& line : question.well) line = cleanedText(line);
   question.cancel = localized("Don't");
   return question;
