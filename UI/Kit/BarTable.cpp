@@ -53,6 +53,10 @@ protected:
   void pressed() override {
     if (table_.sort_) table_.sort_(column_);
   }
+  void enterEvent(QEnterEvent* event) override {
+    table_.light(std::nullopt); // the table is not told that its rows were left
+    Control::enterEvent(event);
+  }
   QRectF shape() const override { return QRectF(rect()).adjusted(0, 3, 0, -3); }
   double corner() const override { return 4; }
   void draw(QPainter& painter) override {
@@ -115,6 +119,7 @@ void BarTable::setData(BarTableData data) {
   figure_->show(data_.figureHead, data_.sorts, ascending(Column::figure));
   second_->show(data_.secondHead, data_.sorts, ascending(Column::second));
   setName(data_.title);
+  setToolTip(text(data_.reason));
   setFocusPolicy(data_.rows.empty() ? Qt::NoFocus : Qt::StrongFocus);
   arrangeHeads();
   if (tops_.back() != before) updateGeometry();
@@ -298,20 +303,22 @@ void BarTable::drawActions(QPainter& painter, const QRectF& box) const {
 
 // Pointer and keyboard
 
-void BarTable::mouseMoveEvent(QMouseEvent* event) {
-  const auto before = hovered_;
-  hovered_ = rowAt(event->position());
-  if (hovered_ == before) return;
-  if (hovered_.has_value() != before.has_value() && hover_) hover_(hovered_.has_value());
-  for (const auto& row : {before, hovered_})
-    if (row && *row < data_.rows.size()) update(rowBox(*row).toAlignedRect());
+void BarTable::light(std::optional<std::size_t> row) {
+  const auto before = std::exchange(hovered_, row);
+  if (before == row) return;
+  for (const auto& each : {before, row})
+    if (each && *each < data_.rows.size()) update(rowBox(*each).toAlignedRect());
+}
+
+void BarTable::mouseMoveEvent(QMouseEvent* event) { light(rowAt(event->position())); }
+
+void BarTable::enterEvent(QEnterEvent*) {
+  if (hover_) hover_(true);
 }
 
 void BarTable::leaveEvent(QEvent*) {
-  if (!hovered_) return;
-  hovered_.reset();
+  light(std::nullopt);
   if (hover_) hover_(false);
-  update();
 }
 
 void BarTable::mousePressEvent(QMouseEvent* event) {

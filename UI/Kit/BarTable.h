@@ -34,7 +34,7 @@ public:
   }
   /// The row with the focus came to this place.
   void onReveal(std::function<void(QRect)> handler) { reveal_ = std::move(handler); }
-  /// The pointer is over the rows, or left.
+  /// The pointer is over the table, its heads too, or left.
   void onHover(std::function<void(bool)> handler) { hover_ = std::move(handler); }
   /// Key of the row with the focus; empty without one.
   const std::string& current() const { return current_; }
@@ -54,6 +54,7 @@ protected:
   void themeChanged() override;
   void mouseMoveEvent(QMouseEvent*) override;
   void mousePressEvent(QMouseEvent*) override;
+  void enterEvent(QEnterEvent*) override;
   void leaveEvent(QEvent*) override;
   void keyPressEvent(QKeyEvent*) override;
   void contextMenuEvent(QContextMenuEvent*) override;
@@ -74,6 +75,7 @@ private:
   std::optional<std::size_t> rowAt(const QPointF& position) const;
   std::optional<std::size_t> currentRow() const;
   void arrangeHeads();
+  void light(std::optional<std::size_t> row);
   void drawRow(QPainter& painter, const BarRow& row, const QRectF& box, bool isLit) const;
   void drawPicture(QPainter& painter, const BarRow& row, const QRectF& box) const;
   void drawActions(QPainter& painter, const QRectF& box) const;

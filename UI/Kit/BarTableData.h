@@ -38,6 +38,7 @@ struct BarTableData {
   bool isAscending = false;
   Token token = Token::cpu; ///< of the bars
   std::vector<BarRow> rows;
+  std::string reason; ///< why figures are "–", for who points at them; empty where none are
 
   bool operator==(const BarTableData&) const = default;
 };

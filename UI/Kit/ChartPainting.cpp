@@ -5,6 +5,7 @@
 #include "UI/Kit/FigureText.h"
 #include "UI/Kit/Icons.h"
 #include "UI/Kit/Paint.h"
+#include "UI/Kit/ReadoutPlate.h"
 #include "UI/Kit/Text.h"
 
 #include <QPainterPath>
@@ -21,7 +22,6 @@ constexpr double hatchStep = 6, hatchWidth = 1.2;
 constexpr double wordsFrom = 72; // a gap so wide has its words in it
 constexpr double densest = 1.5;  // logical pixels a bucket
 constexpr double dotRadius = 5, endDotRadius = 2.5;
-constexpr double readoutHeight = 24, readoutPadding = 10, readoutGap = 8;
 constexpr double labelGap = 8; // between neighbours on the time axis
 constexpr double tickLength = 4;
 
@@ -36,16 +36,6 @@ void drawHatch(QPainter& painter, const QRectF& box, const QColor& color) {
   painter.restore();
 }
 
-/// A line with the words of a lane, measured before it is painted.
-struct Piece {
-  enum class Kind { words, figure, swatch };
-  Kind kind;
-  QString text;
-  QFont font;
-  QColor color;
-  double width;
-};
-
 std::string bucketWords(Seconds bucket) {
   const auto minutes = std::lround(bucket.count() / 60);
   if (minutes == 1) return localized("a minute");
@@ -54,42 +44,19 @@ std::string bucketWords(Seconds bucket) {
   return localized("{n} hours", {{"n", std::to_string(minutes / 60)}});
 }
 
-double widthOf(const std::vector<Piece>& pieces) {
-  double width = readoutGap * double(std::max<std::size_t>(pieces.size(), 1) - 1);
-  for (const auto& piece : pieces) width += piece.width;
-  return width;
-}
-
-std::vector<Piece> piecesOf(const Readout& readout, const Theme& theme, bool withSpreads) {
-  std::vector<Piece> pieces;
-  const auto add = [&](TextStyle style, Token token, const std::string& words) {
-    const auto font = fontOf(theme, style);
-    const auto shown = text(words);
-    pieces.push_back({Piece::Kind::figure, shown, font, theme.color(token), figureWidth(font, shown)});
-  };
-  add(TextStyle::small, Token::text2, readout.when);
-  if (readout.parts.empty()) add(TextStyle::head, Token::text1, localized("Not recorded"));
+ReadoutPlate plateOf(const Readout& readout, const Theme& theme, bool withSpreads) {
+  ReadoutPlate plate(theme);
+  plate.add(TextStyle::small, Token::text2, readout.when);
+  if (readout.parts.empty()) plate.add(TextStyle::head, Token::text1, localized("Not recorded"));
   for (const auto& part : readout.parts) {
     if (!part.name.empty()) {
-      pieces.push_back({Piece::Kind::swatch, {}, {}, theme.color(part.token), 10});
-      add(TextStyle::small, Token::text2, part.name);
+      plate.addSwatch(part.token);
+      plate.add(TextStyle::small, Token::text2, part.name);
     }
-    add(TextStyle::head, Token::text1, part.value);
-    if (withSpreads && !part.spread.empty()) add(TextStyle::small, Token::text2, part.spread);
+    plate.add(TextStyle::head, Token::text1, part.value);
+    if (withSpreads && !part.spread.empty()) plate.add(TextStyle::small, Token::text2, part.spread);
   }
-  return pieces;
-}
-
-void drawPieces(QPainter& painter, const std::vector<Piece>& pieces, QRectF box) {
-  for (const auto& piece : pieces) {
-    box.setWidth(piece.width);
-    painter.setPen(piece.color);
-    if (piece.kind == Piece::Kind::swatch)
-      fillRounded(painter, QRectF(box.left(), box.center().y() - 1, piece.width, 2), 1, piece.color);
-    else
-      drawFigures(painter, box, Qt::AlignLeft, piece.font, piece.text);
-    box.moveLeft(box.right() + readoutGap);
-  }
+  return plate;
 }
 
 } // namespace
@@ -416,14 +383,9 @@ void ChartView::paintPointedGap(QPainter& painter) const {
 }
 
 void ChartView::paintReadout(QPainter& painter, double x, const Readout& readout) const {
-  const double most = width() - overhang;
-  auto pieces = piecesOf(readout, theme(), true);
-  if (widthOf(pieces) + 2 * readoutPadding > most) pieces = piecesOf(readout, theme(), false);
-  const auto wide = std::ceil(widthOf(pieces) + 2 * readoutPadding);
-  const auto left = std::max<double>(overhang, std::min(x - wide / 2, plot().right() + 1 - wide));
-  const QRectF plate(std::round(left), 0, wide, theme().scaled(readoutHeight));
-  drawRounded(painter, plate, 6, theme().color(Token::raised), theme().color(Token::hairline));
-  drawPieces(painter, pieces, plate.adjusted(readoutPadding, 0, -readoutPadding, 0));
+  const auto whole = plateOf(readout, theme(), true);
+  const bool fits = whole.width() <= width() - overhang;
+  (fits ? whole : plateOf(readout, theme(), false)).draw(painter, x, overhang, plot().right() + 1);
 }
 
 } // namespace korvell

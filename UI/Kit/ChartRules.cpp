@@ -290,6 +290,13 @@ std::optional<std::size_t> nearestStop(const ChartData& data, const std::vector<
   return index;
 }
 
+std::optional<Date> stopAt(const ChartData& data, std::optional<Date> moment) {
+  if (!moment) return std::nullopt;
+  const auto all = stops(data);
+  const auto stop = nearestStop(data, all, *moment);
+  return stop ? std::optional(all[*stop]) : std::nullopt;
+}
+
 std::optional<ChartSummary> summaryOf(const ChartLine& line) {
   if (line.buckets.empty()) return std::nullopt;
   ChartSummary summary;

@@ -106,6 +106,8 @@ std::vector<Date> stops(const ChartData& data);
 /// The one whose middle is nearest, which is the one that the moment lies in where there is one; nothing
 /// without any.
 std::optional<std::size_t> nearestStop(const ChartData& data, const std::vector<Date>& stops, Date at);
+/// The same of all stops of the data; nothing for nothing.
+std::optional<Date> stopAt(const ChartData& data, std::optional<Date> moment);
 
 struct ChartSummary {
   double mean = 0;

@@ -1,12 +1,9 @@
 #include "UI/Kit/ChartView.h"
 
 #include "Base/Localization.h"
-#include "UI/Kit/Focus.h"
 #include "UI/Kit/Paint.h"
 #include "UI/Kit/Text.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -23,7 +20,7 @@ constexpr int lane = 28, railHeight = 14, timesHeight = 24, legendHeight = 22;
 constexpr double eventHit = 12; // on each side of its mark
 constexpr double lineReach = 2; // of a line's cap beyond its last point
 constexpr int farStep = 10;
-constexpr int fadeMilliseconds = 120;
+constexpr int fadeMilliseconds = 120, restMilliseconds = 150;
 
 double highest(const ChartData& data) {
   double most = 0;
@@ -48,10 +45,10 @@ bool continues(const ChartData& before, const ChartData& now) {
 } // namespace
 
 ChartView::ChartView(const Theme& theme, const TimeZone& zone, QWidget* parent)
-    : Painted(theme, parent), zone_(zone) {
-  setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-  setFocusPolicy(Qt::StrongFocus);
-  setMouseTracking(true);
+    : PointedPlot(theme, parent), zone_(zone) {
+  rest_.setSingleShot(true);
+  rest_.setInterval(restMilliseconds);
+  connect(&rest_, &QTimer::timeout, this, [this] { tellPoint(); });
   fading_.setStartValue(1.0);
   fading_.setEndValue(0.0);
   connect(&fading_, &QVariantAnimation::valueChanged, this, [this] { update(); });
@@ -112,7 +109,7 @@ void ChartView::setData(ChartData data) {
     forgetPicture();
   }
   pinned_ = data_.time == before.time ? kept(pinned_) : std::nullopt;
-  pointed_ = data_.time == before.time ? kept(pointed_) : std::nullopt;
+  pointAt(data_.time == before.time ? kept(pointed_) : std::nullopt);
   gapPointer_.reset();
   setName(data_.spoken);
   update();
@@ -174,8 +171,17 @@ void ChartView::setPinned(std::optional<Date> moment) {
 
 void ChartView::point(std::optional<Date> moment) {
   const auto stop = moment ? nearestStop(data_, stops_, *moment) : std::nullopt;
-  pointed_ = stop ? std::optional(stops_[*stop]) : std::nullopt;
+  pointAt(stop ? std::optional(stops_[*stop]) : std::nullopt);
   update();
+}
+
+void ChartView::pointAt(std::optional<Date> stop) {
+  if (std::exchange(pointed_, stop) != stop) rest_.start();
+}
+
+void ChartView::tellPoint() {
+  rest_.stop();
+  if (std::exchange(told_, pointed_) != pointed_ && pointHandler_) pointHandler_(pointed_);
 }
 
 std::string ChartView::spokenValue() const {
@@ -241,16 +247,7 @@ const ChartEvent* ChartView::eventAt(const QPointF& position) const {
   return nearest;
 }
 
-bool ChartView::wantsKey(const QKeyEvent& event) const {
-  if (event.matches(QKeySequence::Copy)) return shown().has_value();
-  return event.key() == Qt::Key_Escape && (pinned_ || pointed_);
-}
-
 bool ChartView::event(QEvent* event) {
-  if (event->type() == QEvent::ShortcutOverride && wantsKey(static_cast<QKeyEvent&>(*event))) {
-    event->accept(); // before the window's own
-    return true;
-  }
   if (event->type() == QEvent::ToolTip) {
     const auto& help = static_cast<QHelpEvent&>(*event);
     const auto* mark = eventAt(QPointF(help.pos()));
@@ -265,11 +262,7 @@ bool ChartView::event(QEvent* event) {
 
 void ChartView::keyPressEvent(QKeyEvent* event) {
   const bool isFar = event->modifiers() & Qt::ShiftModifier;
-  if (event->matches(QKeySequence::Copy)) {
-    if (const auto bucket = shown())
-      QGuiApplication::clipboard()->setText(text(sentence(readout(data_, *bucket, zone_))));
-    return;
-  }
+  if (copies(*event)) return;
   if (event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) return event->ignore();
   switch (event->key()) {
   case Qt::Key_Left:
@@ -331,29 +324,10 @@ void ChartView::moveTo(Date stop) {
 void ChartView::pin(std::optional<Date> bucket) {
   const bool isNew = bucket != pinned_;
   pinned_ = bucket;
-  pointed_.reset();
+  pointAt(std::nullopt);
   update();
   if (isNew && pinHandler_) pinHandler_(pinned_);
-}
-
-void ChartView::tellValue() {
-  QAccessibleValueChangeEvent event(this, text(spokenValue()));
-  QAccessible::updateAccessibility(&event);
-}
-
-void ChartView::focusInEvent(QFocusEvent* event) {
-  if (isKeyboard(event->reason()))
-    FocusRing::show(
-        *this, [this] { return plot(); }, 0, theme());
-  Painted::focusInEvent(event);
-}
-
-void ChartView::focusOutEvent(QFocusEvent* event) {
-  if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason) {
-    FocusRing::hide(*this);
-    if (!underMouse()) point(std::nullopt);
-  }
-  Painted::focusOutEvent(event);
+  tellPoint(); // after it: what was pointed at is held, not let go and asked for again
 }
 
 } // namespace korvell

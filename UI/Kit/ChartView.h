@@ -4,10 +4,11 @@
 // strip. Size and gutter never change with the data.
 
 #include "UI/Kit/ChartRules.h"
-#include "UI/Kit/Painted.h"
+#include "UI/Kit/PointedPlot.h"
 #include "UI/Kit/Type.h"
 
 #include <QPixmap>
+#include <QTimer>
 #include <QVariantAnimation>
 
 #include <functional>
@@ -17,7 +18,7 @@
 
 namespace korvell {
 
-class ChartView : public Painted {
+class ChartView : public PointedPlot {
 public:
   static constexpr int tall = 206, low = 164; ///< heights of the plot
   static constexpr int gutter = 56;           ///< right of the plot, for the values' labels
@@ -33,6 +34,9 @@ public:
 
   /// Told the begin of the bucket that the user pinned; nothing when it was let go.
   void onPin(std::function<void(std::optional<Date>)> handler) { pinHandler_ = std::move(handler); }
+  /// Told the begin of the bucket that the crosshair rests on by pointer or keys, and nothing when it is
+  /// gone: a moment later, for one that passes by asks nothing.
+  void onPoint(std::function<void(std::optional<Date>)> handler) { pointHandler_ = std::move(handler); }
   /// Told 0 to 4 for the keys 1 to 5.
   void onRange(std::function<void(std::size_t)> handler) { rangeHandler_ = std::move(handler); }
   /// The bucket that a moment lies in; without telling. Nothing lets go.
@@ -43,7 +47,6 @@ public:
 
   QSize sizeHint() const override;
   QSize minimumSizeHint() const override;
-  QAccessible::Role role() const override { return QAccessible::Chart; }
   std::string spokenValue() const override;
   /// How often the whole picture was painted, and how often a strip of it: the cost of a page that lives.
   struct Paints {
@@ -61,11 +64,11 @@ protected:
   void mousePressEvent(QMouseEvent*) override;
   void leaveEvent(QEvent*) override;
   void keyPressEvent(QKeyEvent*) override;
-  void focusInEvent(QFocusEvent*) override;
-  void focusOutEvent(QFocusEvent*) override;
+  QRectF plot() const override;
+  bool isPointed() const override { return shown().has_value(); }
+  void unpoint() override { point(std::nullopt); }
 
 private:
-  QRectF plot() const;
   double xOf(Date date) const;
   double yOf(double value) const;
   Date dateAt(double x) const;
@@ -99,9 +102,9 @@ private:
   void step(int by);
   void stepEvent(int direction);
   void pin(std::optional<Date> bucket);
-  bool wantsKey(const QKeyEvent& event) const;
+  void pointAt(std::optional<Date> stop);
+  void tellPoint();
   const ChartEvent* eventAt(const QPointF& position) const;
-  void tellValue();
 
   const TimeZone& zone_;
   ChartData data_;
@@ -110,14 +113,15 @@ private:
   std::vector<Date> stops_;
   std::vector<ChartGap> gaps_;
   int plotHeight_ = tall;
-  std::optional<Date> pointed_, pinned_;
+  std::optional<Date> pointed_, pinned_, told_; ///< told: what was pointed at when the handler was told
+  QTimer rest_{this};
   std::optional<double> gapPointer_; ///< its place, while it is where nothing was recorded
   QPixmap picture_;
   Date right_; ///< of the picture: a live one moves by whole device pixels
   Paints paints_;
   QPixmap before_; ///< of the range that was shown, while it fades
   QVariantAnimation fading_;
-  std::function<void(std::optional<Date>)> pinHandler_;
+  std::function<void(std::optional<Date>)> pinHandler_, pointHandler_;
   std::function<void(std::size_t)> rangeHandler_;
 };
 

@@ -1,12 +1,10 @@
 #include "UI/Kit/DayBars.h"
 
 #include "UI/Kit/FigureText.h"
-#include "UI/Kit/Focus.h"
 #include "UI/Kit/Paint.h"
+#include "UI/Kit/ReadoutPlate.h"
 #include "UI/Kit/Text.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
 
@@ -22,7 +20,6 @@ constexpr double totalRoom = 18; ///< above the highest bar
 constexpr double barShare = 0.4, widestBar = 44, partGap = 2, corner = 4, washInset = 8;
 constexpr double tint = 0.2;    ///< of the second part
 constexpr double leastPart = 2; ///< what is there is seen
-constexpr double readoutHeight = 26, readoutPadding = 10, readoutGap = 10;
 constexpr double swatch = 10, swatchGap = 6, swatchApart = 16;
 
 void drawPart(QPainter& painter, const QRectF& box, double radius, const Theme& theme, Token token,
@@ -35,11 +32,7 @@ void drawPart(QPainter& painter, const QRectF& box, double radius, const Theme& 
 
 } // namespace
 
-DayBars::DayBars(const Theme& theme, QWidget* parent) : Painted(theme, parent) {
-  setMouseTracking(true);
-  setFocusPolicy(Qt::StrongFocus);
-  setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-}
+DayBars::DayBars(const Theme& theme, QWidget* parent) : PointedPlot(theme, parent) {}
 
 void DayBars::setData(DayBarsData data) {
   if (data == data_) return;
@@ -153,41 +146,18 @@ void DayBars::drawLabels(QPainter& painter) const {
 }
 
 void DayBars::drawReadout(QPainter& painter, std::size_t index) const {
-  struct Piece {
-    QString words;
-    QFont font;
-    QColor ink;
-    double width;
-  };
   const auto& bar = data_.bars[index];
-  std::vector<Piece> pieces;
-  const auto add = [&](TextStyle style, Token ink, const std::string& words) {
-    const auto font = fontOf(theme(), style);
-    pieces.push_back({text(words), font, theme().color(ink), figureWidth(font, text(words))});
-  };
-  const auto fill = [&](bool withParts) {
-    pieces.clear();
-    add(TextStyle::small, Token::text2, bar.when);
-    add(TextStyle::head, Token::text1, bar.total);
+  const auto plateOf = [&](bool withParts) {
+    ReadoutPlate plate(theme());
+    plate.add(TextStyle::small, Token::text2, bar.when);
+    plate.add(TextStyle::head, Token::text1, bar.total);
     if (withParts)
-      for (const auto& part : bar.parts) add(TextStyle::small, Token::text2, part.words);
-    add(TextStyle::smallStrong, Token::text1, bar.beside);
-    double wide = 2 * readoutPadding + readoutGap * double(pieces.size() - 1);
-    for (const auto& piece : pieces) wide += piece.width;
-    return std::ceil(wide);
+      for (const auto& part : bar.parts) plate.add(TextStyle::small, Token::text2, part.words);
+    plate.add(TextStyle::smallStrong, Token::text1, bar.beside);
+    return plate;
   };
-  double wide = fill(true);
-  if (wide > width()) wide = fill(false);
-  const double left = std::clamp(column(index).center().x() - wide / 2, 0.0, std::max(0.0, width() - wide));
-  QRectF plate(std::round(left), 0, wide, theme().scaled(readoutHeight));
-  drawRounded(painter, plate, 6, theme().color(Token::raised), theme().color(Token::hairline));
-  double from = plate.left() + readoutPadding;
-  for (const auto& piece : pieces) {
-    painter.setPen(piece.ink);
-    drawFigures(painter, QRectF(from, plate.top(), piece.width, plate.height()), Qt::AlignLeft, piece.font,
-                piece.words);
-    from += piece.width + readoutGap;
-  }
+  const auto whole = plateOf(true);
+  (whole.width() <= width() ? whole : plateOf(false)).draw(painter, column(index).center().x(), 0, width());
 }
 
 // Pointing
@@ -203,15 +173,11 @@ void DayBars::leaveEvent(QEvent*) { point(std::nullopt); }
 
 void DayBars::moveTo(std::size_t index) {
   point(index);
-  QAccessibleValueChangeEvent event(this, text(spokenValue()));
-  QAccessible::updateAccessibility(&event);
+  tellValue();
 }
 
 void DayBars::keyPressEvent(QKeyEvent* event) {
-  if (event->matches(QKeySequence::Copy)) {
-    if (pointed_) QGuiApplication::clipboard()->setText(text(spokenValue()));
-    return;
-  }
+  if (copies(*event)) return;
   const bool isPlain = !(event->modifiers() & ~Qt::KeypadModifier);
   if (data_.bars.empty() || !isPlain) return event->ignore();
   const auto last = data_.bars.size() - 1;
@@ -229,21 +195,6 @@ void DayBars::keyPressEvent(QKeyEvent* event) {
   default:
     return event->ignore();
   }
-}
-
-void DayBars::focusInEvent(QFocusEvent* event) {
-  if (isKeyboard(event->reason()))
-    FocusRing::show(
-        *this, [this] { return plot(); }, 0, theme());
-  Painted::focusInEvent(event);
-}
-
-void DayBars::focusOutEvent(QFocusEvent* event) {
-  if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason) {
-    FocusRing::hide(*this);
-    if (!underMouse()) point(std::nullopt);
-  }
-  Painted::focusOutEvent(event);
 }
 
 // The legend

@@ -4,13 +4,13 @@
 // Esc lets go, Ctrl+C copies the readout. Days run to the right in every language.
 
 #include "UI/Kit/DayBarsData.h"
-#include "UI/Kit/Painted.h"
+#include "UI/Kit/PointedPlot.h"
 
 #include <optional>
 
 namespace korvell {
 
-class DayBars : public Painted {
+class DayBars : public PointedPlot {
 public:
   DayBars(const Theme& theme, QWidget* parent);
 
@@ -23,7 +23,6 @@ public:
 
   QSize sizeHint() const override;
   QSize minimumSizeHint() const override;
-  QAccessible::Role role() const override { return QAccessible::Chart; }
   std::string spokenValue() const override;
 
 protected:
@@ -31,11 +30,11 @@ protected:
   void mouseMoveEvent(QMouseEvent*) override;
   void leaveEvent(QEvent*) override;
   void keyPressEvent(QKeyEvent*) override;
-  void focusInEvent(QFocusEvent*) override;
-  void focusOutEvent(QFocusEvent*) override;
+  QRectF plot() const override;
+  bool isPointed() const override { return pointed_.has_value(); }
+  void unpoint() override { point(std::nullopt); }
 
 private:
-  QRectF plot() const;
   QRectF column(std::size_t index) const;
   double yOf(double value) const;
   void drawAxis(QPainter& painter) const;

@@ -7,6 +7,7 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QTimer>
 
 namespace korvell {
 namespace {
@@ -145,6 +146,41 @@ TEST_F(ChartTests, keysMoveThroughTheBuckets) {
   EXPECT_THAT(ranges, ElementsAre(2));
 }
 
+TEST_F(ChartTests, whereTheCrosshairRestsIsTold) {
+  std::vector<std::optional<double>> points;
+  chart->onPoint([&](std::optional<Date> date) {
+    points.push_back(date ? std::optional((*date - begin).count() / 60) : std::nullopt);
+  });
+  const auto rest = [&] {
+    auto* timer = chart->findChild<QTimer*>();
+    QTimerEvent over(timer->timerId());
+    if (timer->isActive()) QApplication::sendEvent(timer, &over);
+  };
+  chart->setData(day());
+  mouse(*chart, QEvent::MouseMove, {x(102), 100});
+  mouse(*chart, QEvent::MouseMove, {x(202), 100});
+  EXPECT_THAT(points, ElementsAre()) << "it passes by";
+  rest();
+  mouse(*chart, QEvent::MouseMove, {x(600), 100}); // nothing was recorded then
+  mouse(*chart, QEvent::MouseMove, {x(203), 100});
+  rest();
+  EXPECT_THAT(points, ElementsAre(200)) << "it is where it was";
+  QEvent leave(QEvent::Leave);
+  QApplication::sendEvent(chart.get(), &leave);
+  rest();
+  chart->setFocus();
+  key(*chart, Qt::Key_Home);
+  rest();
+  key(*chart, Qt::Key_Return);
+  EXPECT_THAT(points, ElementsAre(200, std::nullopt, 0, std::nullopt)) << "held instead, at once";
+  key(*chart, Qt::Key_Escape);
+  mouse(*chart, QEvent::MouseMove, {x(102), 100});
+  rest();
+  chart->setData(live(400)); // it is not on that axis
+  rest();
+  EXPECT_THAT(points, ElementsAre(200, std::nullopt, 0, std::nullopt, 100, std::nullopt));
+}
+
 struct BarTableTests : KitTests {
   std::unique_ptr<BarTable> table = std::make_unique<BarTable>(theme, nullptr);
   std::vector<std::string> told;
@@ -179,6 +215,24 @@ struct BarTableTests : KitTests {
     mouse(*table, QEvent::MouseButtonRelease, at);
   }
 };
+
+TEST_F(BarTableTests, thePointerIsOverTheTableUntilItLeavesTheHeadsToo) {
+  table->onHover([this](bool over) { told.push_back(over ? "over" : "left"); });
+  const QPointF row(100, 40);
+  QEnterEvent enter(row, row, table->mapToGlobal(row));
+  QApplication::sendEvent(table.get(), &enter);
+  const auto first = [&] { return table->grab(QRect(0, 26, 800, 28)).toImage(); };
+  const auto before = first();
+  mouse(*table, QEvent::MouseMove, row, Qt::NoButton);
+  EXPECT_NE(first(), before) << "it lights up";
+  auto* head = table->findChildren<QWidget*>().front();
+  QApplication::sendEvent(head, &enter); // as the toolkit does: the table is told nothing
+  EXPECT_EQ(first(), before);
+  EXPECT_THAT(told, ElementsAre("over"));
+  QEvent leave(QEvent::Leave);
+  QApplication::sendEvent(table.get(), &leave);
+  EXPECT_THAT(told, ElementsAre("over", "left"));
+}
 
 TEST_F(BarTableTests, rowsAnswerToMouseAndKeysAlike) {
   press(14, 10);
