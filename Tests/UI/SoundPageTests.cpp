@@ -95,13 +95,18 @@ TEST(SoundPageTests, nothingMovesUnderAPointer) {
   EXPECT_EQ(settled(soundPage(state), before).apps, before.apps);
   state.apps.pop_back();
   const auto names = [&] {
+    const auto page = settled(soundPage(state), before);
     std::string all;
-    for (const auto& row : settled(soundPage(state), before).apps) all += row.name + " ";
+    for (const auto& row : page.apps) all += row.name + " ";
+    all += "|";
+    for (const auto& row : page.remembered) all += " " + row.name;
     return all;
   };
-  EXPECT_EQ(names(), "Call Loud ") << "one has gone";
-  state.apps.push_back({.key = "n", .name = "New", .playing = true});
-  EXPECT_EQ(names(), "Loud Call New ") << "one has come";
+  EXPECT_EQ(names(), "Music Call Loud | Podcasts") << "what ended is remembered and keeps its place";
+  state.apps.insert(state.apps.begin(), {.key = "n", .name = "A New", .playing = true});
+  EXPECT_EQ(names(), "Music Call Loud A New | Podcasts") << "one has come";
+  state.apps.insert(state.apps.begin(), {.key = "p", .name = "Podcasts", .playing = true});
+  EXPECT_EQ(names(), "Music Call Loud A New | Podcasts") << "one that is remembered begins to play";
 }
 
 } // namespace

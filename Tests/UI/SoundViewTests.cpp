@@ -2,11 +2,14 @@
 
 #include "Base/ManualQueue.h"
 #include "Tests/UI/Kit/KitFixture.h"
+#include "UI/Panel/PanelSound.h"
 
 namespace korvell {
 namespace {
 
+using testing::_;
 using testing::ElementsAre;
+using testing::Pair;
 
 struct SliderTests : KitTests {
   std::vector<int> told;
@@ -88,7 +91,8 @@ struct SoundViewTests : KitTests {
   void set(const std::string& app, double volume) {
     asked.push_back(app + " " + std::to_string(int(volume * 100 + 0.5)));
     auto changed = *state;
-    if (app == "m") changed.apps.front().volume = volume;
+    for (auto& each : changed.apps)
+      if (each.key == app) each.volume = volume;
     state.set(changed); // as the mixer does, at once
   }
 };
@@ -111,6 +115,71 @@ TEST_F(SoundViewTests, changesWhatIsPointedAtAndListensOnlyWhileItIsSeen) {
   EXPECT_EQ(asked.back(), "m muted");
   view->hide();
   EXPECT_EQ(watching.use_count(), 1);
+}
+
+TEST_F(SoundViewTests, whoComesOrGoesTakesNothingOutOfAHand) {
+  show(*view);
+  auto* music = all<Slider>(*view)[1];
+  const auto put = [this](std::vector<AudioApp> apps) {
+    auto now = *state;
+    now.apps = std::move(apps);
+    state.set(now);
+  };
+  const AudioApp playsMusic = state->apps.front();
+  const AudioApp early{.key = "a", .name = "Alarm", .volume = 0.9, .playing = true};
+  mouse(*music, QEvent::MouseButtonPress, {100, 12});
+  asked.clear();
+  put({early, playsMusic});
+  mouse(*music, QEvent::MouseMove, {160, 12});
+  ASSERT_EQ(asked.size(), 1);
+  EXPECT_EQ(asked.front().front(), 'm') << asked.front();
+  mouse(*music, QEvent::MouseButtonRelease, {160, 12});
+
+  // Somebody who works with the keys keeps the row too, and the Tab key goes down the page.
+  music->setFocus();
+  put({early, playsMusic, {.key = "z", .name = "Zoo", .playing = true}});
+  put({playsMusic, {.key = "z", .name = "Zoo", .playing = true}});
+  asked.clear();
+  key(*view, Qt::Key_Right);
+  key(*view, Qt::Key_Delete);
+  EXPECT_THAT(asked, ElementsAre("m 61", "m reset"));
+  view->clearFocus();
+  music->clearFocus();
+  put({early, playsMusic, {.key = "z", .name = "Zoo", .playing = true}});
+  std::string names;
+  auto* at = all<Slider>(*view)[0];
+  for (int i = 0; i < 3; ++i) {
+    QWidget* next = at;
+    do next = next->nextInFocusChain();
+    while (!dynamic_cast<Slider*>(next));
+    at = static_cast<Slider*>(next);
+    names += QAccessible::queryAccessibleInterface(at)->text(QAccessible::Name).toStdString() + ", ";
+  }
+  EXPECT_EQ(names, "Volume of Alarm, Volume of Music, Volume of Zoo, ");
+}
+
+TEST_F(KitTests, aRowOfThePanelMutesWhomItShowed) {
+  std::vector<std::string> muted;
+  PanelSounds sounds(
+      theme, {.open = [] {}, .mute = [&](const std::string& app, bool) { muted.push_back(app); }}, nullptr);
+  const auto row = [](const char* app) { return SoundPage::Row{.key = app, .name = app, .isPlaying = true}; };
+  sounds.show({row("m")});
+  show(sounds);
+  auto* button = all<IconButton>(sounds).front();
+  mouse(*button, QEvent::MouseButtonPress, {5, 5});
+  sounds.show({row("a"), row("m")});
+  mouse(*button, QEvent::MouseButtonRelease, {5, 5});
+  EXPECT_THAT(muted, ElementsAre("m"));
+  sounds.show({row("m")});
+  button->setFocus();
+  sounds.show({row("b"), row("m")});
+  QApplication::processEvents();
+  std::map<int, std::string> places;
+  for (const auto* each : all<PanelSound>(sounds))
+    if (!each->isHidden()) places[each->y()] = each->key();
+  EXPECT_THAT(places, ElementsAre(Pair(_, "m"), Pair(_, "b"))) << "nothing moves while it is in use";
+  sounds.show({});
+  EXPECT_TRUE(sounds.isHidden());
 }
 
 } // namespace

@@ -65,4 +65,55 @@ void PanelSound::draw(QPainter& painter) {
              text(textOf(Figure{std::to_string(row_.percent), "%"})), Qt::AlignRight);
 }
 
+PanelSounds::PanelSounds(const Theme& theme, PanelSound::Handlers handlers, QWidget* parent)
+    : QWidget(parent), theme_(theme), handlers_(std::move(handlers)), column_(bare<QVBoxLayout>(this)) {
+  column_->addSpacing(12);
+  auto* head = new QHBoxLayout;
+  head->setContentsMargins(rowOutset, 0, rowOutset, 4);
+  head->addWidget(new TextLabel(theme_, TextStyle::head, Token::text1, title(SidebarItem::sound), this));
+  column_->addLayout(head);
+  hide();
+}
+
+bool PanelSounds::isInUse() const {
+  const auto* focused = window()->focusWidget();
+  return underMouse() || (focused && focused->hasFocus() && isAncestorOf(focused));
+}
+
+PanelSound* PanelSounds::rowOf(const std::string& app) {
+  if (const auto known = std::ranges::find(rows_, app, &PanelSound::key); known != rows_.end()) return *known;
+  auto* row = new PanelSound(theme_, handlers_, this);
+  row->setPictures(pictures_);
+  return row;
+}
+
+void PanelSounds::show(std::vector<SoundPage::Row> rows) {
+  std::vector<std::string> before;
+  for (const auto* row : rows_) before.push_back(row->key());
+  if (isInUse()) keepOrder(rows, before);
+  std::vector<PanelSound*> shown;
+  for (const auto& row : rows) {
+    shown.push_back(rowOf(row.key));
+    shown.back()->show(row);
+  }
+  if (shown != rows_) {
+    for (auto* row : std::exchange(rows_, shown))
+      if (!std::ranges::count(shown, row)) {
+        row->hide();
+        row->deleteLater();
+      }
+    for (auto* row : shown) {
+      column_->addWidget(row);
+      row->QWidget::show();
+    }
+  }
+  setVisible(!rows.empty());
+}
+
+void PanelSounds::setPictures(Pictures& pictures) {
+  pictures_ = &pictures;
+  for (auto* row : rows_) row->setPictures(pictures_);
+  arrivals_ = pictures.observe([this] { update(); });
+}
+
 } // namespace korvell

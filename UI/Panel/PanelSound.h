@@ -5,8 +5,11 @@
 #include "UI/Kit/Pictures.h"
 #include "UI/Sound/SoundPage.h"
 
+#include <QBoxLayout>
+
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace korvell {
 
@@ -20,6 +23,7 @@ public:
   PanelSound(const Theme& theme, const Handlers& handlers, QWidget* parent);
 
   void show(const SoundPage::Row& row);
+  const std::string& key() const { return row_.key; }
   /// They outlive the row; null for none.
   void setPictures(Pictures* pictures);
 
@@ -37,6 +41,27 @@ private:
   SoundPage::Row row_;
   Pictures* pictures_ = nullptr;
   IconButton* mute_;
+};
+
+/// All of them below a heading; hidden while there is none. While a pointer or the focus is on them none
+/// moves.
+class PanelSounds final : public QWidget {
+public:
+  PanelSounds(const Theme& theme, PanelSound::Handlers handlers, QWidget* parent);
+  void show(std::vector<SoundPage::Row> rows);
+  /// They outlive the rows.
+  void setPictures(Pictures& pictures);
+
+private:
+  bool isInUse() const;
+  PanelSound* rowOf(const std::string& app);
+
+  const Theme& theme_;
+  const PanelSound::Handlers handlers_;
+  Pictures* pictures_ = nullptr;
+  QVBoxLayout* column_;
+  std::vector<PanelSound*> rows_;
+  Subscription arrivals_;
 };
 
 } // namespace korvell

@@ -29,9 +29,7 @@ Layout* plain(QWidget* owner) {
 
 PanelView::PanelView(const Theme& theme, Handlers handlers, QWidget* parent)
     : QWidget(parent), theme_(theme), handlers_(std::move(handlers)), banner_(new Banner(theme, this)),
-      scroll_(new ScrollArea(theme, Token::surface, this)),
-      soundHandlers_{.open = [this] { handlers_.open(SidebarItem::sound); },
-                     .mute = [this](const std::string& app, bool muted) { handlers_.mute(app, muted); }} {
+      scroll_(new ScrollArea(theme, Token::surface, this)) {
   auto* rows = plain<QVBoxLayout>(this);
   rows->setContentsMargins(border, border, border, border);
   rows->addWidget(header_ = makeHeader());
@@ -98,7 +96,12 @@ QWidget* PanelView::makeMiddle() {
   tileGrid_->setContentsMargins(rowOutset, 0, rowOutset, 0);
   tileGrid_->setSpacing(8);
   rows->addLayout(tileGrid_);
-  rows->addWidget(makeSounds(holder));
+  sounds_ =
+      new PanelSounds(theme_,
+                      {.open = [this] { handlers_.open(SidebarItem::sound); },
+                       .mute = [this](const std::string& app, bool muted) { handlers_.mute(app, muted); }},
+                      holder);
+  rows->addWidget(sounds_);
   rows->addSpacing(10);
   auto* head = new QHBoxLayout;
   head->setContentsMargins(rowOutset, 0, rowOutset, 0);
@@ -120,38 +123,9 @@ QWidget* PanelView::makeMiddle() {
   return holder;
 }
 
-QWidget* PanelView::makeSounds(QWidget* parent) {
-  soundHolder_ = new QWidget(parent);
-  soundHolder_->hide();
-  soundRows_ = plain<QVBoxLayout>(soundHolder_);
-  soundRows_->addSpacing(12);
-  auto* head = new QHBoxLayout;
-  head->setContentsMargins(rowOutset, 0, rowOutset, 4);
-  head->addWidget(
-      new TextLabel(theme_, TextStyle::head, Token::text1, title(SidebarItem::sound), soundHolder_));
-  soundRows_->addLayout(head);
-  return soundHolder_;
-}
-
-void PanelView::showSounds(const std::vector<SoundPage::Row>& rows) {
-  soundHolder_->setVisible(!rows.empty());
-  fitRows(sounds_, rows.size(), [this] {
-    auto* row = new PanelSound(theme_, soundHandlers_, soundHolder_);
-    row->setPictures(pictures_);
-    soundRows_->addWidget(row);
-    row->QWidget::show();
-    return row;
-  });
-  for (std::size_t i = 0; i < rows.size(); ++i) sounds_[i]->show(rows[i]);
-}
-
 void PanelView::setPictures(Pictures& pictures) {
-  pictures_ = &pictures;
   apps_->setPictures(&pictures);
-  for (auto* row : sounds_) row->setPictures(&pictures);
-  arrivals_ = pictures.observe([this] {
-    for (auto* row : sounds_) row->update();
-  });
+  sounds_->setPictures(pictures);
 }
 
 QWidget* PanelView::makeNothing(QWidget* parent) {
@@ -226,7 +200,7 @@ void PanelView::show(const PanelPage& page) {
     return tile;
   });
   for (std::size_t i = 0; i < page.tiles.size(); ++i) tiles_[i]->show(page.tiles[i]);
-  showSounds(page.sounds);
+  sounds_->show(page.sounds);
   sorting_->choose(page.sortedBy == UsageKey::cpu ? 0 : 1);
   apps_->show(page.apps, page.sortedBy);
   // The rows that are to come have their place.

@@ -46,8 +46,6 @@ protected:
 private:
   QWidget* makeHeader();
   QWidget* makeMiddle();
-  QWidget* makeSounds(QWidget* parent);
-  void showSounds(const std::vector<SoundPage::Row>& rows);
   QWidget* makeNothing(QWidget* parent);
   QWidget* makeMore(QWidget* parent);
   void showHead(const HealthHead& head);
@@ -70,12 +68,7 @@ private:
   std::vector<FindingView*> findings_;
   QGridLayout* tileGrid_ = nullptr;
   std::vector<TileView*> tiles_;
-  const PanelSound::Handlers soundHandlers_;
-  QWidget* soundHolder_ = nullptr;
-  QBoxLayout* soundRows_ = nullptr;
-  std::vector<PanelSound*> sounds_;
-  Pictures* pictures_ = nullptr;
-  Subscription arrivals_;
+  PanelSounds* sounds_ = nullptr;
   Segments* sorting_ = nullptr;
   AppRows* apps_ = nullptr;
 };

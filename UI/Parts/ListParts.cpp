@@ -151,6 +151,25 @@ void RowGroup::fit(std::size_t count, const std::function<ListRow*(QWidget* pare
   }
 }
 
+void RowGroup::setRows(std::vector<ListRow*> rows) {
+  if (rows == rows_) return;
+  for (auto* row : rows_) {
+    if (std::ranges::count(rows, row)) continue;
+    column_->removeWidget(row);
+    row->hide();
+    row->deleteLater();
+  }
+  int place = 0;
+  for (auto* row : rows) {
+    ++place; // the heading is the first
+    if (column_->indexOf(row) == place) continue;
+    column_->insertWidget(place, row);
+    row->setRuled(true);
+    row->QWidget::show();
+  }
+  rows_ = std::move(rows);
+}
+
 void fitGroups(std::vector<RowGroup*>& groups, std::size_t count, QVBoxLayout& column, const Theme& theme,
                QWidget* parent) {
   fitRows(groups, count, [&] {

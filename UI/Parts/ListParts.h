@@ -91,6 +91,8 @@ public:
   void addButton(Button* button);
   /// Brings it to that length; new ones come from `make`, as children of the group.
   void fit(std::size_t count, const std::function<ListRow*(QWidget* parent)>& make);
+  /// Those in that order, children of the group; a row that is not among them goes.
+  void setRows(std::vector<ListRow*> rows);
   const std::vector<ListRow*>& rows() const { return rows_; }
 
 private:

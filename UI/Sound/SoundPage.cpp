@@ -112,14 +112,28 @@ SoundPage soundPage(const std::optional<SoundState>& state) {
   return page;
 }
 
+void keepOrder(std::vector<Row>& rows, const std::vector<std::string>& before) {
+  std::ranges::stable_sort(
+      rows, {}, [&](const Row& row) { return std::ranges::find(before, row.key) - before.begin(); });
+}
+
 SoundPage settled(SoundPage page, const SoundPage& before) {
-  for (auto rows : {&SoundPage::apps, &SoundPage::remembered}) {
-    std::vector<Row> ordered;
-    for (const auto& old : before.*rows)
-      for (auto& row : page.*rows)
-        if (row.key == old.key) ordered.push_back(row);
-    if (ordered.size() == (page.*rows).size()) page.*rows = std::move(ordered);
-  }
+  const auto keysOf = [](const std::vector<Row>& rows) {
+    std::vector<std::string> keys;
+    for (const auto& row : rows) keys.push_back(row.key);
+    return keys;
+  };
+  const auto apps = keysOf(before.apps), remembered = keysOf(before.remembered);
+  const auto moveBack = [](std::vector<Row>& from, std::vector<Row>& to, const auto& keys) {
+    const auto gone = std::ranges::stable_partition(
+        from, [&](const Row& row) { return !std::ranges::count(keys, row.key); });
+    to.insert(to.end(), gone.begin(), gone.end());
+    from.erase(gone.begin(), gone.end());
+  };
+  moveBack(page.apps, page.remembered, remembered);
+  moveBack(page.remembered, page.apps, apps);
+  keepOrder(page.apps, apps);
+  keepOrder(page.remembered, remembered);
   return page;
 }
 

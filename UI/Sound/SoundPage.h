@@ -53,8 +53,11 @@ inline constexpr int loudestPercent = int(loudestApp * 100);
 /// Absent where no application's volume can be set on this system.
 SoundPage soundPage(const std::optional<SoundState>& state);
 
-/// The same rows in the order of `before`, so that nothing moves under a pointer; as they are when one has
-/// come.
+/// Those that were there in their order, then those that have come.
+void keepOrder(std::vector<SoundPage::Row>& rows, const std::vector<std::string>& before);
+
+/// For somebody who uses the page: no row moves, neither within its list nor to the other one, and who has
+/// come stands at the end.
 SoundPage settled(SoundPage page, const SoundPage& before);
 
 } // namespace korvell

@@ -23,7 +23,10 @@ public:
   void show(const SoundPage::Row& row, bool isNarrow);
   /// Null: without pictures. They outlive the row.
   void setPictures(Pictures* pictures);
+  const std::string& key() const { return row_.key; }
   Control* action() const override { return slider_; }
+  /// In the order of the Tab key.
+  std::vector<QWidget*> controls() const { return {mute_, slider_, reset_}; }
   void remove() override;
 
   QSize sizeHint() const override;

@@ -5,6 +5,8 @@
 #include <QHideEvent>
 #include <QShowEvent>
 
+#include <utility>
+
 namespace korvell {
 
 SoundView::SoundView(Services services, QWidget* parent)
@@ -84,15 +86,35 @@ void SoundView::hideEvent(QHideEvent* event) {
   ListPage::hideEvent(event);
 }
 
+/// A row stays its application's for as long as it is there: who holds its slider keeps it.
 void SoundView::fill(RowGroup& group, const std::vector<SoundPage::Row>& rows) {
+  std::vector<ListRow*> shown;
+  for (const auto& row : rows) {
+    auto* view = rowOf(group, row.key);
+    view->show(row, isNarrow_);
+    shown.push_back(view);
+  }
+  group.setRows(std::move(shown));
   group.setVisible(!rows.empty());
-  group.fit(rows.size(), [this](QWidget* parent) {
-    auto* row = new SoundRow(theme_, appHandlers_, loudestPercent, parent);
-    row->setPictures(services_.pictures);
-    return row;
-  });
-  for (std::size_t i = 0; i < rows.size(); ++i)
-    static_cast<SoundRow*>(group.rows()[i])->show(rows[i], isNarrow_);
+}
+
+SoundRow* SoundView::rowOf(RowGroup& group, const std::string& app) {
+  for (auto* row : group.rows())
+    if (auto* known = static_cast<SoundRow*>(row); known->key() == app) return known;
+  auto* row = new SoundRow(theme_, appHandlers_, loudestPercent, &group);
+  row->setPictures(services_.pictures);
+  return row;
+}
+
+/// Tab goes from top to bottom, whoever has come last.
+void SoundView::chainControls() {
+  QWidget* last = output_->action();
+  const auto chain = [&last](QWidget* next) { QWidget::setTabOrder(std::exchange(last, next), next); };
+  for (const auto* group : {apps_, remembered_}) {
+    if (group == remembered_) chain(resetAll_);
+    for (auto* row : group->rows())
+      for (auto* control : static_cast<SoundRow*>(row)->controls()) chain(control);
+  }
 }
 
 void SoundView::showEmptiness() {
@@ -123,8 +145,10 @@ void SoundView::update() {
   measuring_->setVisible(!shown_->isMeasured);
   quiet_->setWords(shown_->quiet);
   quiet_->setVisible(!shown_->quiet.empty());
+  const auto before = rows();
   fill(*apps_, shown_->apps);
   fill(*remembered_, shown_->remembered);
+  if (rows() != before) chainControls();
   note_->setWords(shown_->note);
   note_->setVisible(!shown_->note.empty());
   showEmptiness();

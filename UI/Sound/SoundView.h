@@ -41,6 +41,8 @@ private:
   void update();
   void showEmptiness();
   void fill(RowGroup& group, const std::vector<SoundPage::Row>& rows);
+  SoundRow* rowOf(RowGroup& group, const std::string& app);
+  void chainControls();
 
   const Services services_;
   const SoundRow::Handlers appHandlers_, outputHandlers_;
