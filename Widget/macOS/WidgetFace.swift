@@ -56,13 +56,13 @@ struct WidgetFace: View {
       default: large(document)
       }
     } else {
-      Text("Measuring…").font(.system(size: 12)).foregroundStyle(Palette.text2)
+      Text(Words.localized("Measuring…")).font(.system(size: 12)).foregroundStyle(Palette.text2)
     }
   }
 
   private var asOf: String? {
     guard entry.isOld, let date = entry.document?.date else { return nil }
-    return "As of " + date.formatted(date: .omitted, time: .shortened)
+    return Words.localized("As of {time}", "time", date.formatted(date: .omitted, time: .shortened))
   }
 
   private func small(_ document: WidgetDocument) -> some View {
@@ -90,7 +90,7 @@ struct WidgetFace: View {
           Link(destination: section(fix.page)) { FixRow(fix: fix, hasDetail: hasDetail) }
         }
         if document.fixes.isEmpty {
-          Text("Nothing to fix").font(.system(size: 12)).foregroundStyle(Palette.text1)
+          Text(Words.localized("Nothing to fix")).font(.system(size: 12)).foregroundStyle(Palette.text1)
         }
       }
     }
@@ -105,7 +105,8 @@ struct WidgetFace: View {
         }
       }
       if !document.apps.isEmpty {
-        Text("Top apps by memory").font(.system(size: 12, weight: .medium)).foregroundStyle(Palette.text2)
+        Text(Words.localized("Top apps by memory")).font(.system(size: 12, weight: .medium))
+          .foregroundStyle(Palette.text2)
         ForEach(Array(document.apps.enumerated()), id: \.offset) { _, app in
           Link(destination: section("memory")) { AppRow(app: app) }
         }
@@ -129,7 +130,7 @@ struct ScoreRing: View {
         .foregroundStyle(Palette.text1)
     }
     .accessibilityElement(children: .ignore)
-    .accessibilityLabel("Health \(score) of 100")
+    .accessibilityLabel(Words.localized("Health {score} of 100", "score", String(score)))
   }
 
   private func arc(from: Double, to: Double, weight: Double, color: Color) -> some View {
@@ -160,11 +161,11 @@ struct FixRow: View {
 struct TileView: View {
   let tile: WidgetDocument.Tile
 
-  private var title: LocalizedStringKey {
+  private var title: String {
     switch tile.page {
-    case "memory": return "Memory"
-    case "disk": return "Disk"
-    case "network": return "Network"
+    case "memory": return Words.localized("Memory")
+    case "disk": return Words.localized("Disk")
+    case "network": return Words.localized("Network")
     default: return "CPU"
     }
   }
