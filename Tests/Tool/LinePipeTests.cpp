@@ -18,7 +18,8 @@ TEST(LinePipeTests, whatCameLastIsTakenWithoutItsLineFeedAndBeforeTheEnd) {
   Descriptor theirs(ends[1]);
   std::vector<std::string> heard;
   LinePipe lines(
-      in.get(), -1, 100, [&](std::optional<std::string_view> line) { heard.emplace_back(line.value_or("?")); },
+      in.get(), -1, 100,
+      [&](std::optional<std::string_view> line) { heard.emplace_back(line.value_or("?")); },
       [&] { heard.emplace_back("<end>"); });
   const std::string_view sent = "one\ntwo";
   ASSERT_EQ(write(theirs.get(), sent.data(), sent.size()), ssize_t(sent.size()));
