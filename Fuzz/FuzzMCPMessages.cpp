@@ -1,11 +1,13 @@
-// Any bytes as what a client sends: each line gets what the protocol owes it, no more answers than requests,
-// and nothing is done without a yes to a question that was asked.
+// Any bytes as what a client sends: each line gets what the protocol owes it, no fewer answers than faults
+// and requests that nobody can take back, no more than requests, and nothing is done without a yes to a
+// question that was asked.
 
 #include "Agents/MCPServer.h"
 #include "Agents/Schema.h"
 #include "Base/ManualQueue.h"
 #include "Fuzz/Expect.h"
 
+#include <algorithm>
 #include <string>
 
 using namespace korvell;
@@ -49,6 +51,15 @@ Tool act(Played& played) {
           }};
 }
 
+/// Whether it is answered whatever comes after it: a call of "act" can be cancelled while it asks.
+bool isDue(const Value& message) {
+  const auto read = readMessage(message);
+  if (std::holds_alternative<RPCFault>(read)) return true;
+  const auto* request = std::get_if<RPCRequest>(&read);
+  const auto* tool = request ? request->params.find("name") : nullptr;
+  return request && !(request->method == "tools/call" && tool && *tool == Value("act"));
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
@@ -61,20 +72,23 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
   MCPServer server({*main, seal, "1", [&](const std::string& line) { played.sent(line); }},
                    {echo(), act(played)});
   LineBuffer lines(longest);
-  std::size_t owed = 0;
+  std::size_t owed = 0, due = 0;
   const auto take = [&](std::optional<std::string_view> line) {
     const auto document = line ? parseJSON(*line) : std::nullopt;
     const auto* batch = document ? document->asArray() : nullptr;
     owed += batch ? std::max<std::size_t>(1, batch->size()) : 1;
+    // One answer at least for a list, of whatever size it may be.
+    due += !document ? 1 : batch ? batch->empty() || std::ranges::any_of(*batch, isDue) : isDue(*document);
     line ? server.receive(*line) : server.refuseLongLine();
     time.run();
   };
   // In two parts, as pipes cut them.
   lines.add(bytes.substr(0, size / 2), take);
   lines.add(bytes.substr(size / 2), take);
+  lines.end(take);
   server.finish([] {});
   time.run();
-  expect(played.answers <= owed);
+  expect(due <= played.answers && played.answers <= owed);
   expect(played.done <= played.questions);
   return 0;
 }
