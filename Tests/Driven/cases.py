@@ -126,7 +126,7 @@ def choose(window, entry):
 
 
 def the_widget(app):
-    """It says that nobody measures, and its menu has it start at login or not."""
+    """It says that nobody measures, its menu has it start at login or not, and there is one of it."""
     entry = app.desktop.home + "/.config/autostart/korvell-widget.desktop"
 
     def starts_at_login():
@@ -135,7 +135,18 @@ def the_widget(app):
         with open(entry) as file:
             return "Hidden=true" not in file.read()
 
+    def another():
+        start = app.desktop.run(app.programs + "/korvell-widget")
+        return start.returncode, start.stderr
+
+    lock = app.desktop.home + "/.local/share/korvell/widget.lock"
+    os.makedirs(lock)
+    status, said = another()
+    assert status == 1 and lock in said, (status, said)
+    os.rmdir(lock)
     with placed_widget(app) as window:
+        status, said = another()
+        assert status == 0 and "already" in said, (status, said)
         wait_for("what it says", lambda: "Korvell is not running." in screen.texts(window))
         assert not screen.unnamed(), screen.unnamed()
         for wanted in (True, False):
