@@ -113,6 +113,40 @@ TEST_F(MeasureTests, whatNobodyToldIsADash) {
   EXPECT_EQ(page(Metric::energy).absent, "This machine has no battery.");
 }
 
+TEST_F(MeasureTests, reasonsAreThoseOfTheSourcesOnceTheyWereExamined) {
+  MeasureSession::Services services{model, queries, directions, zone, defaults};
+  std::vector<MeasureSession::Services::Examined> asked;
+  services.examine = [&](auto done) { asked.push_back(std::move(done)); };
+  MeasureSession session(services, Metric::energy, HistoryRange::live, [] {});
+  auto now = snapshot(start, 24, {app("browser", {1})});
+  now.battery.present = true;
+  model.forget(KnownPart::battery);
+  model.forget(KnownPart::processEnergy);
+  model.step(now);
+  EXPECT_EQ(session.page().nowReason, "Not measured on this machine");
+  EXPECT_EQ(session.list().note, "The system does not tell the energy of each app.");
+  model.step(now);
+  ASSERT_EQ(asked.size(), 1u) << "once for what is missing";
+  using enum SourceReport::State;
+  asked[0](
+      {{.name = "Charge",
+        .state = refused,
+        .reason = "It is locked.",
+        .remedy = "Unlock it.",
+        .parts = {KnownPart::battery}},
+       {.name = "Packages", .state = missing, .reason = "No counter.", .parts = {KnownPart::processEnergy}},
+       {.name = "Power", .reason = "Readable, in part.", .parts = {KnownPart::battery}}});
+  EXPECT_EQ(session.page().nowReason, "It is locked. Unlock it.");
+  EXPECT_EQ(session.list().note, "The system does not tell the energy of each app. No counter.");
+  EXPECT_EQ(pastAppList(model, Metric::energy, {}, {}, {}).empty, "") << "the note says why";
+  model.forget(KnownPart::batteryHealth);
+  model.step(now);
+  EXPECT_EQ(asked.size(), 2u);
+
+  MeasureSession whole(services, Metric::memory, HistoryRange::live, [] {});
+  EXPECT_EQ(asked.size(), 2u) << "nothing is missing there";
+}
+
 TEST_F(MeasureTests, memorysPartsAreAllOfIt) {
   model.step(snapshot(start, 1));
   const auto parts = page(Metric::memory).composition;
@@ -189,6 +223,8 @@ TEST_F(MeasureTests, listsSayWhatTheyLeaveOut) {
   EXPECT_EQ(note(Metric::disk), "");
   model.privileged.set(PrivilegedUse{.told = 0, .hidden = 3});
   EXPECT_EQ(note(Metric::disk), "The system does not tell you what other users' processes read and write.");
+  EXPECT_TRUE(appList(model, Metric::disk, {}, {}).helperWouldTell);
+  EXPECT_FALSE(appList(model, Metric::cpu, {}, {}).helperWouldTell);
   model.forget(KnownPart::processTraffic);
   EXPECT_EQ(note(Metric::network), "The system does not tell the traffic of each app.");
   EXPECT_EQ(appList(model, Metric::network, {}, {}).table.rows[0].figure, "–");
@@ -289,6 +325,100 @@ TEST_F(MeasureTests, aPinnedMomentTellsWhoItWas) {
   scheduler.run();
   EXPECT_EQ(shown->range(), HistoryRange::h12);
   EXPECT_EQ(shown->listTitle(), "Top apps, 08:00 – 08:03");
+}
+
+TEST_F(MeasureTests, aPastListIsAskedAgainWhenAMinuteEnds) {
+  record(0, 1, 50, {app("build", {200})});
+  model.step(snapshot(scheduler.clock().now(), 10, {app("now", {5})}));
+  const auto session = open(Metric::cpu);
+  session->pin(start + Seconds{60});
+  scheduler.run();
+  EXPECT_EQ(session->list().empty, "This minute is recorded when it ends.");
+  const auto range = open(Metric::cpu, HistoryRange::h12);
+  scheduler.run();
+  range->showOtherList();
+  scheduler.run();
+  EXPECT_THAT(names(range->list()), ElementsAre("build"));
+
+  record(2, 2, 50, {app("late", {900})});
+  record(3, 3, 50, {});
+  model.step(snapshot(scheduler.clock().now(), 10, {app("now", {5})}));
+  EXPECT_EQ(session->list().empty, "This minute is recorded when it ends.") << "until it is answered";
+  scheduler.run();
+  EXPECT_THAT(names(session->list()), ElementsAre("build"));
+  EXPECT_EQ(session->listTitle(), "Top apps, 08:01");
+  EXPECT_THAT(names(range->list()), ElementsAre("late", "build"));
+  EXPECT_EQ(pastAppList(model, Metric::cpu, {}, {}, {}).empty, "No app was recorded in this time.");
+}
+
+TEST_F(MeasureTests, pointingTellsWhoItWasUntilItIsOver) {
+  record(0, 9, 90, {app("build", {350})});
+  record(10, 40, 10, {app("mail", {20})});
+  model.step(snapshot(scheduler.clock().now(), 10, {app("now", {5})}));
+  const auto session = open(Metric::cpu, HistoryRange::h24);
+  scheduler.run();
+  const auto point = [&](std::optional<Date> moment) {
+    session->point(moment);
+    return names(session->list());
+  };
+  EXPECT_THAT(point(start), ElementsAre("now")) << "the old rows stay until the answer is there";
+  EXPECT_EQ(session->listTitle(), "Applications");
+  EXPECT_THAT(point(start + Seconds{1200}), ElementsAre("now"));
+  scheduler.run();
+  EXPECT_THAT(names(session->list()), ElementsAre("mail")) << "the first answer came too late";
+  EXPECT_THAT(point(start), ElementsAre("mail"));
+  scheduler.run();
+  EXPECT_THAT(names(session->list()), ElementsAre("build"));
+  EXPECT_EQ(session->pinned(), std::nullopt);
+
+  session->pin(start);
+  point(start + Seconds{1200});
+  scheduler.run();
+  EXPECT_THAT(names(session->list()), ElementsAre("build")) << "what is held stays";
+  session->pin(std::nullopt);
+  point(start);
+  EXPECT_THAT(point(std::nullopt), ElementsAre("now"));
+  scheduler.run();
+  EXPECT_THAT(names(session->list()), ElementsAre("now")) << "what was asked came too late";
+
+  // A live chart: the minute that is under way is the list of now.
+  const auto live = open(Metric::cpu);
+  live->point(scheduler.clock().now());
+  scheduler.run();
+  EXPECT_THAT(names(live->list()), ElementsAre("now"));
+}
+
+TEST_F(MeasureTests, aFilterSaysWhatItLeavesOfThePast) {
+  std::vector<AppTotal> totals;
+  for (int i = 0; i < 30; ++i) totals.push_back({"app " + std::to_string(i), {}, 100.0 - i});
+  AppListChoices choices;
+  const auto list = [&] { return pastAppList(model, Metric::cpu, {totals}, choices, {}); };
+  EXPECT_EQ(list().table.rows.size(), mostPastApps);
+  choices.filter = "29";
+  EXPECT_THAT(names(list()), ElementsAre("app 29")) << "there is no room for it without a filter";
+  choices.filter = "nothing";
+  EXPECT_EQ(list().empty, "No app is called that.");
+  choices = {.settled = {"app 3", "app 2"}};
+  EXPECT_THAT(names(list()), AllOf(Contains("app 0"), Each(Not("app 29"))));
+  EXPECT_EQ(list().table.rows[0].name, "app 3");
+}
+
+TEST_F(MeasureTests, rowsStayUnderThePointerAlsoWhenTheirOrderWasChosenThere) {
+  const auto step = [&](double a, double b) {
+    model.step(snapshot(start, 40, {app("a", {a}), app("b", {b})}));
+  };
+  step(2, 1);
+  const auto session = open(Metric::cpu);
+  session->settle(true);
+  step(1, 2);
+  EXPECT_THAT(names(session->list()), ElementsAre("a", "b"));
+  session->sort(Column::name);
+  session->sort(Column::figure); // by the largest
+  EXPECT_THAT(names(session->list()), ElementsAre("b", "a"));
+  step(9, 1);
+  EXPECT_THAT(names(session->list()), ElementsAre("b", "a"));
+  session->settle(false);
+  EXPECT_THAT(names(session->list()), ElementsAre("a", "b"));
 }
 
 TEST_F(MeasureTests, theChartMarksWhatHappened) {

@@ -15,6 +15,25 @@ namespace korvell {
 
 namespace {
 
+/// What an examination finds where much is missing.
+std::vector<SourceReport> examined() {
+  using enum SourceReport::State;
+  using enum KnownPart;
+  return {{.name = "GPU",
+           .state = missing,
+           .reason = "This machine has no graphics card that a driver looks after.",
+           .parts = {graphics, graphicsMemory}},
+          {.name = "Packages",
+           .state = refused,
+           .reason = "The kernel lets only root read the energy counters.",
+           .parts = {power, processEnergy}},
+          {.name = "Traffic",
+           .state = missing,
+           .reason = "The kernel does not tell what sockets received and sent.",
+           .remedy = "Load its module as root: modprobe inet_diag tcp_diag.",
+           .parts = {processTraffic}}};
+}
+
 /// A page below its header, as the window shows it, with the machine that it is about.
 class PageFrame final : public Ground {
 public:
@@ -25,11 +44,15 @@ public:
                                            machine_->directions,
                                            machine_->zone,
                                            machine_->defaults,
-                                           {tcpOnlyNote()}},
+                                           {tcpOnlyNote()},
+                                           [this](const MeasureSession::Services::Examined& done) {
+                                             machine_->main->async([done] { done(examined()); });
+                                           }},
                                .theme = theme,
                                .ask = [](const ActionRequest&) {},
                                .open = [](SidebarItem) {},
                                .openBatterySettings = [] {},
+                               .openSettings = [] {},
                                .pictures = nullptr},
                               metric, range)) {
     machine_->settle();
@@ -125,6 +148,14 @@ Made bare(const Theme& theme, Metric metric) {
   return std::make_unique<PageFrame>(theme, machine, metric, HistoryRange::live);
 }
 
+/// Where other users' processes tell nothing.
+Made hidden(const Theme& theme) {
+  auto machine = without();
+  machine->measure();
+  machine->model.privileged.set(PrivilegedUse{.told = 0, .hidden = 41});
+  return std::make_unique<PageFrame>(theme, machine, Metric::disk, HistoryRange::live);
+}
+
 Made crowd(const Theme& theme) {
   auto machine = without();
   machine->measure();
@@ -152,6 +183,10 @@ std::vector<GalleryView> measureViews() {
   const auto pinned = [](PageFrame& frame) {
     frame.page().session().pin(RecordedMachine::now() - Seconds{4500});
   };
+  const auto pointed = [](PageFrame& frame) {
+    frame.page().chart().point(RecordedMachine::now() - Seconds{4500});
+    frame.page().session().point(RecordedMachine::now() - Seconds{4500});
+  };
   const auto unfolded = [](PageFrame& frame) { frame.page().session().unfold("org.example.browser"); };
   const auto focused = [](PageFrame& frame) {
     QTimer::singleShot(0, &frame, [&frame] { // once it is shown
@@ -163,6 +198,7 @@ std::vector<GalleryView> measureViews() {
   };
   return {
       view("cpu", Metric::cpu, h24, {page, low, {1184, 860}}, pinned),
+      view("cpu-pointed", Metric::cpu, h24, {page}, pointed),
       view("cpu-live", Metric::cpu, live),
       view("memory", Metric::memory, d7, {page, low}, unfolded),
       view("memory-focused", Metric::memory, d7, {{884, 800}}, focused),
@@ -178,6 +214,7 @@ std::vector<GalleryView> measureViews() {
       {"gpu-missing", {page}, [](const Theme& theme) { return bare(theme, Metric::gpu); }},
       {"battery-missing", {page}, [](const Theme& theme) { return bare(theme, Metric::energy); }},
       {"network-no-traffic", {page}, [](const Theme& theme) { return bare(theme, Metric::network); }},
+      {"disk-hidden", {{884, 1300}}, hidden},
       {"cpu-crowd", {page}, crowd},
   };
 }

@@ -5,6 +5,7 @@
 #include "Base/Text.h"
 #include "Core/Machine/UsageOrder.h"
 #include "UI/Measures/SpokenFigure.h"
+#include "UI/Parts/Reasons.h"
 #include "UI/Parts/TopApps.h"
 
 #include <algorithm>
@@ -85,16 +86,17 @@ bool matches(std::string_view name, const std::string& filter) {
   return filter.empty() || lowercased(name).find(lowercased(filter)) != std::string::npos;
 }
 
+/// Rows that must not move stand first, in their order; all others behind them.
+std::ptrdiff_t settledRank(const AppListChoices& choices, const std::string& key) {
+  return std::ranges::find(choices.settled, key) - choices.settled.begin();
+}
+
 void sortMeasured(std::vector<Measured>& apps, const AppListChoices& choices) {
-  const auto rank = [&](const Measured& one) {
-    const auto found = std::find(choices.settled.begin(), choices.settled.end(), one.app->id);
-    return found - choices.settled.begin();
-  };
   const auto value = [&](const Measured& one) {
     return choices.sorted == Column::second ? one.second : one.figure;
   };
   std::vector<std::pair<std::ptrdiff_t, Measured>> ranked;
-  for (const auto& one : apps) ranked.emplace_back(choices.settled.empty() ? 0 : rank(one), one);
+  for (const auto& one : apps) ranked.emplace_back(settledRank(choices, one.app->id), one);
   std::sort(ranked.begin(), ranked.end(), [&](const auto& a, const auto& b) {
     if (a.first != b.first) return a.first < b.first;
     const auto &left = *a.second.app, &right = *b.second.app;
@@ -191,17 +193,25 @@ private:
   double most_;
 };
 
-std::string noteOf(const Model& model, Metric metric, const AppListFacts& facts) {
-  const auto& known = *model.known;
-  if (metric == Metric::network)
-    return known.has(KnownPart::processTraffic)
-               ? facts.trafficNote
-               : localized("The system does not tell the traffic of each app.");
-  if (metric == Metric::energy && !known.has(KnownPart::processEnergy))
-    return localized("The system does not tell the energy of each app.");
-  if (metric == Metric::disk && *model.privileged && (*model.privileged)->hidden > 0)
-    return localized("The system does not tell you what other users' processes read and write.");
-  return {};
+std::string whyUnread(Metric metric, KnownPart part, Knowledge state, const AppListFacts& facts) {
+  if (metric != Metric::network && metric != Metric::energy) return reasonOf(part, state, facts.sources);
+  const auto told = toldReason(part, facts.sources);
+  const auto what = metric == Metric::network ? localized("The system does not tell the traffic of each app.")
+                                              : localized("The system does not tell the energy of each app.");
+  return told.empty() ? what : what + " " + told;
+}
+
+void addNote(AppList& list, const Model& model, Metric metric, const AppListFacts& facts) {
+  const auto part = columns(metric).figure.part;
+  if (!*model.hasSample) return;
+  list.isUnread = !model.known->has(part);
+  list.helperWouldTell = metric == Metric::disk && *model.privileged && (*model.privileged)->hidden > 0;
+  if (list.isUnread)
+    list.note = list.table.reason = whyUnread(metric, part, (*model.known)[part], facts);
+  else if (list.helperWouldTell)
+    list.note = localized("The system does not tell you what other users' processes read and write.");
+  else if (metric == Metric::network)
+    list.note = facts.trafficNote;
 }
 
 AppList noListFor(Metric metric) {
@@ -236,7 +246,7 @@ AppList appList(const Model& model, Metric metric, const AppListChoices& choices
   if (metric == Metric::gpu) return noListFor(metric);
   const auto& shape = columns(metric);
   auto list = titled(metric, choices);
-  list.note = noteOf(model, metric, facts);
+  addNote(list, model, metric, facts);
   if (!*model.hasSample) {
     list.empty = localized("Measuring…");
     return list;
@@ -257,18 +267,24 @@ AppList appList(const Model& model, Metric metric, const AppListChoices& choices
   return list;
 }
 
-AppList pastAppList(Metric metric, const std::vector<AppTotal>& totals, const AppListChoices& choices) {
+AppList pastAppList(const Model& model, Metric metric, const PastApps& past, const AppListChoices& choices,
+                    const AppListFacts& facts) {
   if (metric == Metric::gpu) return noListFor(metric);
   auto list = titled(metric, choices);
+  addNote(list, model, metric, facts);
   list.table.sorts = false;
   list.table.secondHead.clear();
   if (metric == Metric::disk || metric == Metric::network)
     list.table.figureHead = metric == Metric::disk ? localized("Read and written") : localized("Down and up");
   // An application's processor time is told per core; everything else as the machine's.
   const auto unit = metric == Metric::cpu ? Unit::corePercent : metricUnit(metric);
-  const double most = totals.empty() ? 0 : totals.front().value;
-  for (const auto& total : totals) {
-    if (total.value <= 0 || !matches(total.name, choices.filter)) continue;
+  const double most = past.totals.empty() ? 0 : past.totals.front().value;
+  bool isAnyRecorded = false;
+  for (const auto& total : past.totals) {
+    if (total.value <= 0) continue;
+    isAnyRecorded = true;
+    if (!matches(total.name, choices.filter)) continue;
+    if (list.table.rows.size() == mostPastApps) break;
     BarRow row;
     row.key = total.bundlePath.value_or(total.name);
     row.name = total.name;
@@ -279,7 +295,13 @@ AppList pastAppList(Metric metric, const std::vector<AppTotal>& totals, const Ap
     row.spoken = total.name + ", " + spokenFigure(unit, total.value);
     list.table.rows.push_back(std::move(row));
   }
-  if (list.table.rows.empty()) list.empty = localized("No app was recorded in this time.");
+  std::ranges::stable_sort(list.table.rows, {},
+                           [&](const BarRow& row) { return settledRank(choices, row.key); });
+  if (list.table.rows.empty())
+    list.empty = isAnyRecorded   ? localized("No app is called that.")
+                 : list.isUnread ? ""
+                 : past.isOver   ? localized("No app was recorded in this time.")
+                                 : localized("This minute is recorded when it ends.");
   return list;
 }
 
@@ -310,6 +332,12 @@ std::optional<ProcessID> processOf(const Model& model, const std::string& key) {
   const bool isThere =
       pid && std::ranges::find(app->processes, *pid, &ProcessUsage::pid) != app->processes.end();
   return isThere ? pid : std::nullopt;
+}
+
+std::optional<std::string> placeOf(const Model& model, const std::string& key) {
+  const auto app =
+      std::ranges::find(model.snapshot->apps, key.substr(0, key.find(partSeparator)), &AppUsage::id);
+  return app == model.snapshot->apps.end() ? std::nullopt : app->bundlePath;
 }
 
 std::string copiedText(const BarTableData& table, const std::string& key) {

@@ -5,6 +5,7 @@
 #include "App/ActionRequest.h"
 #include "App/Model.h"
 #include "Core/History/HistoryTypes.h"
+#include "Platform/Diagnostics.h"
 #include "UI/Kit/BarTableData.h"
 
 #include <set>
@@ -25,16 +26,19 @@ struct AppListChoices {
 
 /// What the platform says of the figures.
 struct AppListFacts {
-  std::string trafficNote; ///< what no figure counts; empty where nothing is left out
+  std::string trafficNote;             ///< what no figure counts; empty where nothing is left out
+  std::vector<SourceReport> sources{}; ///< of the figures; empty until they were examined
 };
 /// Of a kernel that counts bytes for TCP sockets alone.
 std::string tcpOnlyNote();
 
 struct AppList {
   BarTableData table;
-  std::string note;    ///< what the figures leave out, or why there are none
-  std::string empty;   ///< instead of rows
-  bool isThere = true; ///< false: there is no such list, and the note says why
+  std::string note;             ///< what the figures leave out, or why there are none
+  std::string empty;            ///< instead of rows
+  bool isThere = true;          ///< false: there is no such list, and the note says why
+  bool isUnread = false;        ///< its figures are "–", and the note says why
+  bool helperWouldTell = false; ///< what the note says is left out
 
   bool operator==(const AppList&) const = default;
 };
@@ -43,14 +47,22 @@ struct AppList {
 inline constexpr std::size_t mostProcesses = 12;
 
 AppList appList(const Model& model, Metric metric, const AppListChoices& choices, const AppListFacts& facts);
-/// The largest first. The processes of the past are not kept.
-AppList pastAppList(Metric metric, const std::vector<AppTotal>& totals, const AppListChoices& choices);
+inline constexpr std::size_t mostPastApps = 20;
+struct PastApps {
+  std::vector<AppTotal> totals; ///< the largest first
+  bool isOver = true;           ///< false: the stretch may have none yet
+};
+/// The processes of the past are not kept.
+AppList pastAppList(const Model& model, Metric metric, const PastApps& past, const AppListChoices& choices,
+                    const AppListFacts& facts);
 
 /// What a row's keys stand for. Nothing for rows that can't be quit, or are gone.
 std::optional<QuitRequest> quitRequest(const Model& model, const std::string& key, bool force);
 /// The process that a row stands for: its own, or the one that stands for its application. Nothing for rows
 /// of the past, and where there is none.
 std::optional<ProcessID> processOf(const Model& model, const std::string& key);
+/// Where the application of a row lies; nothing where that is not known.
+std::optional<std::string> placeOf(const Model& model, const std::string& key);
 /// The row in one line, to be copied.
 std::string copiedText(const BarTableData& table, const std::string& key);
 

@@ -15,12 +15,6 @@ namespace {
 
 Token tokenOf(Metric metric) { return palette[std::size_t(metric)]; }
 
-KnownPart partOf(Metric metric) {
-  static constexpr KnownPart parts[] = {KnownPart::processor, KnownPart::memory,   KnownPart::disks,
-                                        KnownPart::network,   KnownPart::graphics, KnownPart::power};
-  return parts[std::size_t(metric)];
-}
-
 std::string nameOf(Metric metric) { return metric == Metric::energy ? localized("Power") : title(metric); }
 
 /// "CPU, last 24 hours, mean 28 percent, maximum 100 percent"
@@ -116,6 +110,12 @@ std::string unmeasured(Metric metric) {
 }
 
 } // namespace
+
+KnownPart partOf(Metric metric) {
+  static constexpr KnownPart parts[] = {KnownPart::processor, KnownPart::memory,   KnownPart::disks,
+                                        KnownPart::network,   KnownPart::graphics, KnownPart::power};
+  return parts[std::size_t(metric)];
+}
 
 bool isMeasured(const Model& model, Metric metric) { return model.known->has(partOf(metric)); }
 

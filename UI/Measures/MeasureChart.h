@@ -21,6 +21,8 @@ ChartData rangeChart(const Model& model, Metric metric, const RangeHistory& hist
 /// Of the live series; nothing while it is empty.
 std::optional<SeriesSummary> liveSummary(const Model& model, Metric metric);
 
+/// What a measure's chart shows.
+KnownPart partOf(Metric metric);
 /// Whether there is such a figure on this machine at the moment.
 bool isMeasured(const Model& model, Metric metric);
 

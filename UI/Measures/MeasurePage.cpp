@@ -2,8 +2,10 @@
 
 #include "Base/Format.h"
 #include "Base/Localization.h"
+#include "UI/Measures/MeasureChart.h"
 #include "UI/Measures/SpokenFigure.h"
 #include "UI/Parts/Figures.h"
+#include "UI/Parts/Reasons.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -20,17 +22,18 @@ Figure words(std::string text) { return {std::move(text), ""}; }
 /// Figures of one model: "–" with its reason where a part was not read.
 class Known {
 public:
-  explicit Known(const Model& model) : model_(model) {}
+  Known(const Model& model, const MeasureBeside& beside) : model_(model), sources_(beside.sources) {}
 
   bool has(KnownPart part) const { return model_.known->has(part); }
-  Figure figure(KnownPart part, const std::string& formatted) const {
-    return has(part) ? figureOf(formatted) : figureOf(noFigure);
+  /// The figure of the moment.
+  void lead(MeasurePage& page, KnownPart part, const std::string& formatted) const {
+    auto now = fact("", part, formatted);
+    page.now = std::move(now.figure);
+    page.nowReason = std::move(now.reason);
   }
   MeasureFact fact(std::string caption, KnownPart part, Figure figure) const {
     if (has(part)) return {std::move(caption), std::move(figure)};
-    return unknown(std::move(caption), (*model_.known)[part] == Knowledge::refused
-                                           ? localized("Not readable without further rights")
-                                           : localized("Not measured on this machine"));
+    return unknown(std::move(caption), reasonOf(part, (*model_.known)[part], sources_));
   }
   MeasureFact fact(std::string caption, KnownPart part, const std::string& formatted) const {
     return fact(std::move(caption), part, figureOf(formatted));
@@ -45,13 +48,14 @@ public:
 
 private:
   const Model& model_;
+  const std::vector<SourceReport>& sources_;
 };
 
 void addCPU(MeasurePage& page, const Model& model, const MeasureBeside& beside) {
   using enum KnownPart;
   const auto& cpu = model.snapshot->cpu;
-  const Known known(model);
-  page.now = known.figure(processor, Format::percent(cpu.total));
+  const Known known(model, beside);
+  known.lead(page, processor, Format::percent(cpu.total));
   page.facts = {known.fact(localized("User"), processor, Format::percent(cpu.user)),
                 known.fact(localized("System"), processor, Format::percent(cpu.system)),
                 known.fact(localized("Load"), load, words(Format::decimal(cpu.load1, 2)))};
@@ -90,11 +94,11 @@ Tone toneOf(MemoryStats::Pressure pressure) {
   return Tone::info;
 }
 
-void addMemory(MeasurePage& page, const Model& model) {
+void addMemory(MeasurePage& page, const Model& model, const MeasureBeside& beside) {
   const auto& memory = model.snapshot->memory;
-  const Known known(model);
+  const Known known(model, beside);
   const auto size = [](std::uint64_t bytes) { return Format::memory(double(bytes)); };
-  page.now = known.figure(KnownPart::memory, size(memory.used()));
+  known.lead(page, KnownPart::memory, size(memory.used()));
   page.facts = {known.fact(localized("Of"), KnownPart::memory, size(memory.total)),
                 known.fact(localized("Pressure"), KnownPart::memory, words(title(memory.pressure))),
                 known.fact(localized("Swap in use"), KnownPart::memory, size(memory.swapUsed))};
@@ -127,11 +131,11 @@ VolumeRow volumeRow(const VolumeInfo& volume) {
   return row;
 }
 
-void addDisk(MeasurePage& page, const Model& model) {
+void addDisk(MeasurePage& page, const Model& model, const MeasureBeside& beside) {
   const auto& disk = model.snapshot->disk;
-  const Known known(model);
+  const Known known(model, beside);
   page.lead = localized("Read");
-  page.now = known.figure(KnownPart::disks, Format::rate(disk.readRate));
+  known.lead(page, KnownPart::disks, Format::rate(disk.readRate));
   page.facts = {known.fact(localized("Written"), KnownPart::disks, Format::rate(disk.writeRate)),
                 known.fact(localized("Written today"), KnownPart::disks,
                            Format::bytes(model.totals->diskWrittenToday))};
@@ -140,15 +144,15 @@ void addDisk(MeasurePage& page, const Model& model) {
     for (const auto& volume : disk.volumes) page.volumes->push_back(volumeRow(volume));
 }
 
-void addNetwork(MeasurePage& page, const Model& model) {
+void addNetwork(MeasurePage& page, const Model& model, const MeasureBeside& beside) {
   const auto& network = model.snapshot->network;
   const auto& totals = *model.totals;
-  const Known known(model);
+  const Known known(model, beside);
   const auto fact = [&](std::string caption, Figure figure) {
     page.facts.push_back(known.fact(std::move(caption), KnownPart::network, std::move(figure)));
   };
   page.lead = localized("Down");
-  page.now = known.figure(KnownPart::network, Format::rate(network.inRate));
+  known.lead(page, KnownPart::network, Format::rate(network.inRate));
   fact(localized("Up"), figureOf(Format::rate(network.outRate)));
   fact(localized("Interface"), words(network.interface));
   fact(localized("Today"), figureOf(Format::bytes(totals.networkToday)));
@@ -156,11 +160,11 @@ void addNetwork(MeasurePage& page, const Model& model) {
   fact(localized("30 days"), figureOf(Format::bytes(totals.network30Days)));
 }
 
-void addGPU(MeasurePage& page, const Model& model) {
+void addGPU(MeasurePage& page, const Model& model, const MeasureBeside& beside) {
   using enum KnownPart;
   const auto& gpu = model.snapshot->gpu;
-  const Known known(model);
-  page.now = known.figure(graphics, Format::percent(gpu.utilization));
+  const Known known(model, beside);
+  known.lead(page, graphics, Format::percent(gpu.utilization));
   page.facts = {
       known.fact(localized("Memory in use"), graphicsMemory, Format::memory(double(gpu.memoryInUse))),
       known.fact(localized("Chip"), known.has(graphics) ? graphics : graphicsMemory, words(gpu.name))};
@@ -187,19 +191,19 @@ std::string stateOf(const BatteryStats& battery) {
   return battery.onAC ? localized("on power") : localized("on battery");
 }
 
-void addBattery(MeasurePage& page, const Model& model, TemperatureUnit unit) {
+void addBattery(MeasurePage& page, const Model& model, const MeasureBeside& beside) {
   using Part = KnownPart;
   const auto& battery = model.snapshot->battery;
-  const Known known(model);
+  const Known known(model, beside);
   for (const auto& device : *model.peripherals)
     page.devices.push_back({iconOf(device.kind), device.name, device.percent});
   const auto watts = Format::watts(battery.systemPower);
   if (!battery.present && *model.hasSample) {
     page.absent = localized("This machine has no battery.");
-    page.now = known.figure(Part::power, watts);
+    known.lead(page, Part::power, watts);
     return;
   }
-  page.now = known.figure(Part::battery, Format::percent(battery.percent));
+  known.lead(page, Part::battery, Format::percent(battery.percent));
   const auto fact = [&](std::string caption, KnownPart part, Figure figure) {
     page.facts.push_back(known.fact(std::move(caption), part, std::move(figure)));
   };
@@ -214,7 +218,7 @@ void addBattery(MeasurePage& page, const Model& model, TemperatureUnit unit) {
   fact(localized("Health"), Part::batteryHealth, figureOf(Format::percent(battery.health)));
   fact(localized("Cycles"), Part::batteryCycles, words(Format::grouped(battery.cycles)));
   fact(localized("Temperature"), Part::batteryTemperature,
-       figureOf(temperatureText(battery.temperature, unit)));
+       figureOf(temperatureText(battery.temperature, beside.temperatures)));
   if (!known.has(Part::batteryHealth) || battery.health >= wornHealth) return;
   page.finding =
       localized("The battery holds {n} of what it held when new.", {{"n", Format::percent(battery.health)}});
@@ -223,10 +227,13 @@ void addBattery(MeasurePage& page, const Model& model, TemperatureUnit unit) {
 
 void addRange(MeasurePage& page, const Model& model, const MeasureBeside& beside) {
   const auto& summary = beside.summary;
+  const auto part = partOf(page.metric);
+  const auto reason = isMeasured(model, page.metric) ? localized("Nothing was recorded in this time.")
+                                                     : reasonOf(part, (*model.known)[part], beside.sources);
   const auto add = [&](std::string caption, double SeriesSummary::*member) {
     page.range.push_back(
         summary ? MeasureFact{std::move(caption), figureOf(formatMetric(page.metric, *summary.*member))}
-                : Known(model).unknown(std::move(caption), localized("Nothing was recorded in this time.")));
+                : Known(model, beside).unknown(std::move(caption), reason));
   };
   const bool isOfBoth = page.metric == Metric::disk || page.metric == Metric::network;
   add(isOfBoth ? localized("Mean of both")
@@ -253,27 +260,33 @@ std::string rangeWords(HistoryRange range) {
   return {};
 }
 
+bool isIncomplete(const MeasurePage& page) {
+  const auto isUnread = [](const MeasureFact& fact) { return !fact.reason.empty(); };
+  return !page.nowReason.empty() || std::ranges::any_of(page.facts, isUnread);
+}
+
 MeasurePage measurePage(const Model& model, Metric metric, const MeasureBeside& beside) {
   MeasurePage page{.metric = metric,
-                   .title = metric == Metric::energy ? localized("Battery") : title(metric)};
+                   .title = metric == Metric::energy ? localized("Battery") : title(metric),
+                   .isMeasuring = !*model.hasSample};
   switch (metric) {
   case Metric::cpu:
     addCPU(page, model, beside);
     break;
   case Metric::memory:
-    addMemory(page, model);
+    addMemory(page, model, beside);
     break;
   case Metric::disk:
-    addDisk(page, model);
+    addDisk(page, model, beside);
     break;
   case Metric::network:
-    addNetwork(page, model);
+    addNetwork(page, model, beside);
     break;
   case Metric::gpu:
-    addGPU(page, model);
+    addGPU(page, model, beside);
     break;
   case Metric::energy:
-    addBattery(page, model, beside.temperatures);
+    addBattery(page, model, beside);
     break;
   }
   addRange(page, model, beside);

@@ -6,6 +6,7 @@
 #include "App/HistoryQueries.h"
 #include "App/Model.h"
 #include "App/TemperatureUnit.h"
+#include "Platform/Diagnostics.h"
 #include "UI/Kit/ChartData.h"
 #include "UI/Kit/Figure.h"
 #include "UI/Kit/Icon.h"
@@ -57,6 +58,8 @@ struct MeasurePage {
   std::string title;
   std::string lead; ///< before the figure of the moment, where there are two of a kind: "Read"
   Figure now;
+  std::string nowReason;          ///< why it is "–"
+  bool isMeasuring = false;       ///< the first seconds: nothing but that is a reason
   std::vector<MeasureFact> facts; ///< beside it
   std::vector<MeasureFact> range; ///< of the time that the chart shows
   std::string absent;             ///< "This machine has no battery."
@@ -77,7 +80,11 @@ struct MeasureBeside {
   std::optional<SeriesSummary> summary{};  ///< over the chart's range
   HistoryRange range = HistoryRange::live; ///< of the chart
   TemperatureUnit temperatures = TemperatureUnit::celsius;
+  std::vector<SourceReport> sources{}; ///< of the figures; empty until they were examined
 };
+
+/// Whether a figure is "–".
+bool isIncomplete(const MeasurePage& page);
 
 MeasurePage measurePage(const Model& model, Metric metric, const MeasureBeside& beside);
 

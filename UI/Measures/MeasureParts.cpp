@@ -11,6 +11,7 @@
 #include "UI/Measures/SpokenFigure.h"
 
 #include <QHelpEvent>
+#include <QMouseEvent>
 #include <QToolTip>
 
 #include <algorithm>
@@ -21,6 +22,7 @@ namespace korvell {
 namespace {
 
 constexpr double columnGap = 28, leastColumn = 58, leastNow = 68, leadGap = 6, toneSize = 17, toneGap = 4;
+constexpr double infoSize = 14, infoGap = 4;
 constexpr double captionHeight = 18, factHeight = 20, rowGap = 10;
 constexpr double coreRow = 24, coreBar = 8, coreNumber = 24, corePercent = 44, groupTitle = 22, groupGap = 8;
 constexpr double cell = 20, cellGap = 4;
@@ -48,13 +50,18 @@ FactsRow::FactsRow(const Theme& theme, QWidget* parent) : Painted(theme, parent)
 }
 
 void FactsRow::setPage(const MeasurePage& page) {
-  if (page.lead == lead_ && page.now == now_ && page.facts == facts_ && page.range == range_) return;
+  if (page.lead == lead_ && page.now == now_ && page.facts == facts_ && page.range == range_ &&
+      page.nowReason == nowReason_)
+    return;
   const int before = heightForWidth(width());
+  title_ = page.title;
   lead_ = page.lead;
   now_ = page.now;
+  nowReason_ = page.nowReason;
+  isMeasuring_ = page.isMeasuring;
   facts_ = page.facts;
   range_ = page.range;
-  auto words = spokenFact(lead_, now_);
+  auto words = spokenFact(lead_, now_) + (nowReason_.empty() ? "" : ", " + nowReason_);
   for (const auto* facts : {&facts_, &range_})
     for (const auto& fact : *facts)
       words += ", " + spokenFact(fact.caption, fact.figure) + (fact.reason.empty() ? "" : ", " + fact.reason);
@@ -70,13 +77,28 @@ double FactsRow::rowHeight() const { return theme().scaled(captionHeight + factH
 
 double FactsRow::nowWidth() const {
   const double lead = lead_.empty() ? 0 : textWidth(theme(), TextStyle::sub, text(lead_)) + leadGap;
-  return std::max(leastNow, lead + FigureText(theme(), TextStyle::figureLarge, now_).width());
+  return std::max(leastNow,
+                  lead + FigureText(theme(), TextStyle::figureLarge, now_).width() + infoWidth(nowReason_));
+}
+
+/// Beside a "–" that will stay one stands that there is a reason.
+double FactsRow::infoWidth(const std::string& reason) const {
+  return reason.empty() || isMeasuring_ ? 0 : infoGap + infoSize;
+}
+
+void FactsRow::drawInfo(QPainter& painter, const std::string& reason, double from, double to, double middle,
+                        bool before) const {
+  if (infoWidth(reason) == 0) return;
+  const double left = before ? from - infoGap - infoSize : to + infoGap;
+  drawIcon(painter, Icon::info, QRectF(left, middle - infoSize / 2, infoSize, infoSize),
+           theme().color(Token::text3));
 }
 
 double FactsRow::widthOf(const MeasureFact& fact) const {
   const double mark = fact.tone ? toneSize + toneGap : 0;
-  return std::ceil(std::max({leastColumn, textWidth(theme(), TextStyle::small, text(fact.caption)),
-                             mark + FigureText(theme(), TextStyle::sub, fact.figure).width()}));
+  return std::ceil(
+      std::max({leastColumn, textWidth(theme(), TextStyle::small, text(fact.caption)),
+                mark + FigureText(theme(), TextStyle::sub, fact.figure).width() + infoWidth(fact.reason)}));
 }
 
 std::vector<FactsRow::Cell> FactsRow::cells(double width) const {
@@ -137,22 +159,44 @@ QRectF FactsRow::boxOf(const Cell& cell) const {
   return mirrored(*this, QRectF(cell.from, cell.row * (rowHeight() + rowGap), cell.width, rowHeight()));
 }
 
+/// Each reason once, after the names of all that it is of.
 std::string FactsRow::reasons() const {
-  std::string all;
+  std::vector<std::pair<std::string, std::string>> lines;
+  const auto add = [&](const std::string& name, const std::string& reason) {
+    if (reason.empty()) return;
+    const auto same = std::ranges::find(lines, reason, &std::pair<std::string, std::string>::second);
+    if (same == lines.end())
+      lines.emplace_back(name, reason);
+    else
+      same->first += ", " + name;
+  };
+  add(lead_.empty() ? title_ : lead_, nowReason_);
   for (const auto* facts : {&facts_, &range_})
-    for (const auto& fact : *facts)
-      if (!fact.reason.empty()) all += (all.empty() ? "" : "\n") + fact.caption + ": " + fact.reason;
+    for (const auto& fact : *facts) add(fact.caption, fact.reason);
+  std::string all;
+  for (const auto& [names, reason] : lines) all += (all.empty() ? "" : "\n") + names + ": " + reason;
   return all;
+}
+
+QString FactsRow::reasonAt(const QPointF& position) const {
+  for (const auto& each : cells(width()))
+    if (boxOf(each).contains(position)) return text(reasonOf(each));
+  return {};
 }
 
 bool FactsRow::event(QEvent* event) {
   if (event->type() != QEvent::ToolTip) return Painted::event(event);
   const auto& help = static_cast<QHelpEvent&>(*event);
-  QString words;
-  for (const auto& each : cells(width()))
-    if (each.fact && boxOf(each).contains(QPointF(help.pos()))) words = text(each.fact->reason);
-  QToolTip::showText(help.globalPos(), words, this); // hides it where there are none
+  // Hides it where there is none.
+  QToolTip::showText(help.globalPos(), reasonAt(QPointF(help.pos())), this);
   return true;
+}
+
+/// A finger points at nothing before it presses.
+void FactsRow::mousePressEvent(QMouseEvent* event) {
+  const auto words = reasonAt(event->position());
+  if (words.isEmpty()) return event->ignore();
+  QToolTip::showText(event->globalPosition().toPoint(), words, this);
 }
 
 void FactsRow::drawNow(QPainter& painter, const QRectF& box) const {
@@ -171,6 +215,8 @@ void FactsRow::drawNow(QPainter& painter, const QRectF& box) const {
     if (!isRightToLeft()) left += leadWidth;
   }
   figure.draw(painter, QPointF(left, base), theme().color(Token::text1), theme().color(Token::text2));
+  const double middle = box.bottom() - lineHeight(theme(), TextStyle::sub) / 2.0;
+  drawInfo(painter, nowReason_, left, left + figure.width(), middle, isRightToLeft());
 }
 
 void FactsRow::drawFact(QPainter& painter, const MeasureFact& fact, const QRectF& box, bool atEnd) const {
@@ -191,6 +237,7 @@ void FactsRow::drawFact(QPainter& painter, const MeasureFact& fact, const QRectF
   }
   figure.draw(painter, QPointF(left, baseline(theme(), TextStyle::sub, box.bottom() - line)),
               theme().color(Token::text1), theme().color(Token::text2));
+  drawInfo(painter, fact.reason, left, left + figure.width(), box.bottom() - line / 2, toRight);
 }
 
 // Cores

@@ -28,26 +28,33 @@ protected:
   void draw(QPainter& painter) override;
   /// Tells the reason of the one "–" that is pointed at.
   bool event(QEvent*) override;
+  void mousePressEvent(QMouseEvent*) override;
 
 private:
-  std::string reasons() const;
   struct Cell {
     const MeasureFact* fact; ///< null: the figure of the moment
     double from, width;
     int row;
     bool atEnd = false; ///< stands at the far side
   };
+  std::string reasons() const;
+  QString reasonAt(const QPointF& position) const;
+  const std::string& reasonOf(const Cell& cell) const { return cell.fact ? cell.fact->reason : nowReason_; }
   std::vector<Cell> cells(double width) const;
   QRectF boxOf(const Cell& cell) const;
   double widthOf(const MeasureFact& fact) const;
   double nowWidth() const;
   double rowHeight() const;
   void drawNow(QPainter& painter, const QRectF& box) const;
+  double infoWidth(const std::string& reason) const;
+  void drawInfo(QPainter& painter, const std::string& reason, double from, double to, double middle,
+                bool before) const;
   void drawFact(QPainter& painter, const MeasureFact& fact, const QRectF& box, bool atEnd) const;
 
-  std::string lead_;
+  std::string title_, lead_, nowReason_;
   Figure now_;
   std::vector<MeasureFact> facts_, range_;
+  bool isMeasuring_ = false;
 };
 
 /// A bar for each core; from seventeen on a cell, which tells its figure when it is pointed at.

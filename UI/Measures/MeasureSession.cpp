@@ -1,20 +1,23 @@
 #include "UI/Measures/MeasureSession.h"
 
 #include "Base/Localization.h"
+#include "Core/History/MinuteAccumulator.h"
 #include "UI/Kit/ChartRules.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace korvell {
 
 namespace {
 
-constexpr int mostPastApps = 20;
-constexpr Seconds minute{60}; ///< the history gains a row so often
+constexpr int mostAsked = 500; ///< a filter finds those that the list has no room for
+constexpr Seconds minute{60};
 constexpr Seconds tenMinutes{600};
 constexpr int enoughMinutes = 8;
+
+/// The history gains a row when another minute begins.
+bool mayHaveGained(Date asked, Date now) { return minuteOf(asked) != minuteOf(now); }
 
 /// The smallest range that reaches back so far.
 HistoryRange rangeReaching(Seconds ago) {
@@ -36,7 +39,7 @@ MeasureSession::MeasureSession(Services services, Metric metric, HistoryRange ra
 
 void MeasureSession::tick() {
   const Date now = services_.model.snapshot->date;
-  if (range_ != HistoryRange::live && isDue(askedAt_, minute, now) && !isLoading()) askRange();
+  if (range_ != HistoryRange::live && mayHaveGained(askedAt_, now) && !isLoading()) askRange();
   askAverage();
   rebuild();
 }
@@ -65,7 +68,7 @@ void MeasureSession::askRange() {
                             const bool isAnother = !self->history_ || self->history_->range != history.range;
                             self->history_ = history;
                             self->cleanUps_ = StorageLog::entries(self->services_.defaults);
-                            if (isAnother) self->listNow();
+                            if (isAnother) self->letGo();
                             self->rebuild();
                             if (self->wanted_) self->pin(std::exchange(self->wanted_, std::nullopt));
                           });
@@ -81,16 +84,14 @@ void MeasureSession::setRange(HistoryRange range) {
   }
   answered_ = asked_ = asked_ + 1; // answers that are on the way come too late
   history_.reset();
-  listNow();
+  letGo();
   rebuild();
 }
 
-/// The applications of the moment, and no pin: what was pinned may not be on the new axis.
-void MeasureSession::listNow() {
+/// What was pinned or listed may not be on the new axis.
+void MeasureSession::letGo() {
   pinned_.reset();
-  listed_ = Listed::now;
-  past_.clear();
-  ++askedApps_;
+  wantsRange_ = false;
 }
 
 void MeasureSession::show(Date moment) {
@@ -112,41 +113,57 @@ void MeasureSession::restore(HistoryRange range, std::optional<Date> pinned) {
 }
 
 void MeasureSession::pin(std::optional<Date> moment) {
-  const auto dates = stops(chart_);
-  const auto stop = moment ? nearestStop(chart_, dates, *moment) : std::nullopt;
-  pinned_ = stop ? std::optional(dates[*stop]) : std::nullopt;
-  if (pinned_)
-    listed_ = Listed::moment;
-  else if (listed_ == Listed::moment)
-    listNow();
-  if (pinned_) askApps();
+  pinned_ = stopAt(chart_, moment);
+  wantsRange_ = false;
   rebuild();
+}
+
+void MeasureSession::point(std::optional<Date> moment) {
+  if (std::exchange(pointed_, stopAt(chart_, moment)) != pointed_) rebuild();
 }
 
 void MeasureSession::showOtherList() {
-  if (listed_ == Listed::range) {
-    listNow();
-  } else {
-    pinned_.reset();
-    listed_ = Listed::range;
-    askApps();
-  }
+  wantsRange_ = pinned_ || !wantsRange_;
+  pinned_.reset();
   rebuild();
 }
 
+/// Applications are recorded by the minute: an instant of the live axis lies in one.
+MeasureSession::Past MeasureSession::stretch(Date stop) const {
+  if (!history_) return {HistoryRange::live, Date{double(minuteOf(stop))}, minute};
+  return {history_->range, stop, chart_.bucket};
+}
+
+std::optional<MeasureSession::Past> MeasureSession::wantedPast() const {
+  if (!list_.isThere) return std::nullopt;
+  if (pinned_) return stretch(*pinned_);
+  // The minute that is under way is not recorded yet: who it is stands in the list of now.
+  const bool isRecorded = pointed_ && (history_ || mayHaveGained(*pointed_, services_.model.snapshot->date));
+  if (isRecorded) return stretch(*pointed_);
+  if (wantsRange_ && history_) return Past{.range = history_->range};
+  return std::nullopt;
+}
+
 void MeasureSession::askApps() {
-  const auto answered = [watch = life_.watch(), number = ++askedApps_](const std::vector<AppTotal>& apps) {
+  const auto wanted = wantedPast();
+  const Date now = services_.model.snapshot->date;
+  if (wanted && wanted == askedPast_ && !mayHaveGained(appsAt_, now)) return;
+  askedPast_ = wanted;
+  appsAt_ = now;
+  const auto number = ++askedApps_; // answers that are on the way come too late
+  if (!wanted) return past_.reset();
+  const bool isOver = !wanted->begin || *wanted->begin + wanted->length <= now;
+  const auto answered = [watch = life_.watch(), number, of = *wanted,
+                         isOver](const std::vector<AppTotal>& totals) {
     auto* self = watch.get();
     if (!self || number != self->askedApps_) return;
-    self->past_ = apps;
+    self->past_ = Answer{of, {totals, isOver}};
     self->rebuild();
   };
-  if (listed_ == Listed::range) return services_.queries.topApps(metric_, range_, mostPastApps, answered);
-  // Applications are recorded by the minute: an instant of the live axis lies in one.
-  const bool isInstant = chart_.bucket <= Seconds{0};
-  const Date begin = isInstant ? Date{std::floor(pinned_->sinceEpoch / 60) * 60} : *pinned_;
-  services_.queries.topApps(metric_, begin, begin + (isInstant ? minute : chart_.bucket), mostPastApps,
-                            answered);
+  if (wanted->begin)
+    services_.queries.topApps(metric_, *wanted->begin, *wanted->begin + wanted->length, mostAsked, answered);
+  else
+    services_.queries.topApps(metric_, wanted->range, mostAsked, answered);
 }
 
 void MeasureSession::sort(BarTableData::Column column) {
@@ -155,6 +172,7 @@ void MeasureSession::sort(BarTableData::Column column) {
   choices_.sorted = column;
   choices_.settled.clear();
   rebuild();
+  keepOrder(); // the pointer is over the head that was pressed
 }
 
 void MeasureSession::filter(std::string text) {
@@ -168,32 +186,42 @@ void MeasureSession::unfold(const std::string& key) {
 }
 
 void MeasureSession::settle(bool settled) {
-  choices_.settled.clear();
-  if (settled)
-    for (const auto& row : list_.table.rows)
-      if (!row.isPart) choices_.settled.push_back(row.key);
+  isSettled_ = settled;
+  keepOrder();
   if (!settled) rebuild();
+}
+
+void MeasureSession::keepOrder() {
+  choices_.settled.clear();
+  if (!isSettled_) return;
+  for (const auto& row : list_.table.rows)
+    if (!row.isPart) choices_.settled.push_back(row.key);
 }
 
 void MeasureSession::refresh() {
   if (range_ != HistoryRange::live) askRange();
 }
 
+MeasureSession::Listed MeasureSession::listed() const {
+  if (!past_) return Listed::now;
+  return past_->of.begin ? Listed::moment : Listed::range;
+}
+
 std::string MeasureSession::listTitle() const {
-  if (listed_ == Listed::now) return localized("Applications");
-  if (listed_ == Listed::range) return localized("Top apps, {time}", {{"time", rangeWords(range_)}});
+  if (!past_) return localized("Applications");
+  const auto& [range, begin, length] = past_->of;
   const auto& zone = services_.zone;
-  const auto when = chart_.bucket > Seconds{0}
-                        ? spanText(chart_.time, *pinned_, *pinned_ + chart_.bucket, zone)
-                        : clockText(zone, *pinned_);
+  const auto when = !begin                        ? rangeWords(range)
+                    : range == HistoryRange::live ? clockText(zone, *begin)
+                                                  : spanText(TimeAxis(range), *begin, *begin + length, zone);
   return localized("Top apps, {time}", {{"time", when}});
 }
 
 std::string MeasureSession::otherList() const {
-  if (listed_ == Listed::range) return localized("Show now");
   if (!history_) return {};
-  return listed_ == Listed::moment ? localized("Show all {range}", {{"range", rangeWords(history_->range)}})
-                                   : localized("Top apps, {time}", {{"time", rangeWords(history_->range)}});
+  const auto words = rangeWords(history_->range);
+  if (pinned_) return localized("Show all {range}", {{"range", words}});
+  return wantsRange_ ? localized("Show now") : localized("Top apps, {time}", {{"time", words}});
 }
 
 void MeasureSession::rebuild() {
@@ -202,18 +230,38 @@ void MeasureSession::rebuild() {
     chart_ = rangeChart(model, metric_, *history_, cleanUps_, services_.zone);
   else
     chart_ = liveChart(model, services_.directions, metric_);
-  if (pinned_) {
-    // It has moved out of the range, or its bucket begins elsewhere now.
+  if (pinned_ || pointed_) {
+    // They have moved out of the range, or their buckets begin elsewhere now.
     const auto dates = stops(chart_);
-    if (!std::binary_search(dates.begin(), dates.end(), *pinned_)) listNow();
+    for (auto* moment : {&pinned_, &pointed_})
+      if (*moment && !std::binary_search(dates.begin(), dates.end(), **moment)) moment->reset();
   }
+  askApps();
   const MeasureBeside beside{tenMinutes_, history_ ? history_->summary : liveSummary(model, metric_),
                              history_ ? history_->range : HistoryRange::live,
-                             temperatureUnit(services_.defaults)};
+                             temperatureUnit(services_.defaults), services_.facts.sources};
   page_ = measurePage(model, metric_, beside);
-  list_ = listed_ == Listed::now ? appList(model, metric_, choices_, services_.facts)
-                                 : pastAppList(metric_, past_, choices_);
+  list_ = past_ ? pastAppList(model, metric_, past_->apps, choices_, services_.facts)
+                : appList(model, metric_, choices_, services_.facts);
+  askReasons();
   changed_();
+}
+
+/// When a figure is missing here, and again when other ones are: it takes readings of its own.
+void MeasureSession::askReasons() {
+  const auto& model = services_.model;
+  if (!services_.examine || !*model.hasSample || !(isIncomplete(page_) || list_.isUnread)) return;
+  std::vector<KnownPart> unknown;
+  for (const auto& part : allCases<KnownPart>())
+    if (!model.known->has(part.value)) unknown.push_back(part.value);
+  if (unknown == examined_) return;
+  examined_ = std::move(unknown);
+  services_.examine([watch = life_.watch()](const std::vector<SourceReport>& sources) {
+    auto* self = watch.get();
+    if (!self || self->services_.facts.sources == sources) return;
+    self->services_.facts.sources = sources;
+    self->rebuild();
+  });
 }
 
 } // namespace korvell

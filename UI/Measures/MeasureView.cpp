@@ -66,6 +66,7 @@ MeasureView::MeasureView(Services services, Metric metric, HistoryRange range)
                              pinBox_)),
       footnote_(new TextLabel(services_.theme, TextStyle::small, Token::text3, "", listBox_)),
       other_(new Button(services_.theme, Button::Kind::quiet, "", listBox_)),
+      helper_(new Button(services_.theme, Button::Kind::quiet, localized("Enable the helper…"), listBox_)),
       filter_(new TextField(services_.theme, localized("Filter"), localized("Filter"), listBox_)),
       filterKeys_(new TextLabel(services_.theme, TextStyle::small, Token::text3,
                                 utf8(QKeySequence(QKeySequence::Find).toString(QKeySequence::NativeText)),
@@ -222,7 +223,11 @@ void MeasureView::buildList(QBoxLayout& column) {
   pinHint_->setWrapped();
   below->addWidget(empty_);
   below->addWidget(pinBox_);
-  below->addWidget(note_);
+  auto* noted = new QHBoxLayout;
+  noted->setSpacing(12);
+  noted->addWidget(note_, 1, Qt::AlignVCenter);
+  noted->addWidget(helper_);
+  below->addLayout(noted);
   below->addWidget(footnote_);
   for (auto* label : {empty_, note_, footnote_}) label->setWrapped();
   rows->addLayout(below);
@@ -236,10 +241,12 @@ void MeasureView::connectParts() {
   control_->onChoose([this](std::size_t range) { setRange(range); });
   chart_->onRange([this](std::size_t range) { setRange(range); });
   chart_->onPin([this](std::optional<Date> bucket) { session_.pin(bucket); });
+  chart_->onPoint([this](std::optional<Date> bucket) { session_.point(bucket); });
   battery_->onPress([this] {
     if (services_.openBatterySettings) services_.openBatterySettings();
   });
   other_->onPress([this] { session_.showOtherList(); });
+  helper_->onPress([this] { services_.openSettings(); });
   filter_->onChange([this](std::string text) {
     filterKeys_->setVisible(text.empty());
     session_.filter(std::move(text));
@@ -312,15 +319,19 @@ void MeasureView::update() {
 
 void MeasureView::updateList() {
   const auto& list = session_.list();
+  // A shorter list of a moment that is only pointed at must not scroll the chart away from the pointer.
+  const int kept = std::max(listBox_->minimumHeight(), listBox_->height());
+  listBox_->setMinimumHeight(session_.pointed() && !session_.pinned() ? kept : 0);
   table_->setData(list.table);
   table_->setVisible(list.isThere && !list.table.rows.empty());
   listTitle_->parentWidget()->setVisible(list.isThere);
   set(*note_, list.note);
+  helper_->setVisible(list.helperWouldTell && services_.openSettings);
   set(*empty_, list.isThere ? list.empty : "");
   set(*footnote_, session_.page().footnote);
   set(*listTitle_, list.isThere ? session_.listTitle() : "");
   set(*other_, list.isThere ? session_.otherList() : "");
-  filter_->setVisible(list.isThere && session_.listed() == MeasureSession::Listed::now);
+  filter_->setVisible(list.isThere);
   const bool isPinned = session_.pinned().has_value();
   pinBox_->setVisible(isPinned);
 }
@@ -340,6 +351,9 @@ void MeasureView::showMenu(const std::string& key, QPoint where) {
   }
   if (const auto pid = processOf(services_.session.model, key); pid && services_.explain)
     menu->add(Icon::info, localized("Why Is It Here?"), [this, pid = *pid] { services_.explain(pid); });
+  if (const auto place = placeOf(services_.session.model, key); place && services_.showFile)
+    menu->add(Icon::folder, localized("Show Folder in Finder"),
+              [this, place = *place] { services_.showFile(place); });
   menu->add(Icon::copy, localized("Copy"), [this, key] {
     QGuiApplication::clipboard()->setText(text(copiedText(session_.list().table, key)));
   });

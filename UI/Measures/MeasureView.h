@@ -40,7 +40,11 @@ public:
     /// Tells why a process counts to its application; absent where nobody knows.
     std::function<void(ProcessID)> explain{};
     std::function<void()> openBatterySettings; ///< absent where the desktop has none
-    Pictures* pictures = nullptr;              ///< of applications
+    /// Where the helper is turned on; absent where there is none.
+    std::function<void()> openSettings{};
+    /// Opens the folder of a path with what lies there selected.
+    std::function<void(const std::string&)> showFile{};
+    Pictures* pictures = nullptr; ///< of applications
   };
 
   MeasureView(Services services, Metric metric, HistoryRange range = HistoryRange::live);
@@ -92,7 +96,7 @@ private:
   VolumeList* volumes_;
   DeviceList* devices_;
   TextLabel *listTitle_, *note_, *empty_, *pinHint_, *footnote_;
-  Button* other_;
+  Button *other_, *helper_;
   TextField* filter_;
   TextLabel* filterKeys_;
   BarTable* table_;

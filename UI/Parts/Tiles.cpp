@@ -4,6 +4,7 @@
 #include "Base/Localization.h"
 #include "UI/Kit/ChartRules.h"
 #include "UI/Parts/Figures.h"
+#include "UI/Parts/Reasons.h"
 
 #include <algorithm>
 #include <cmath>
@@ -158,11 +159,6 @@ std::string nameOf(const Tile& tile, const std::string& course) {
                    {{"title", tile.title}, {"figure", figure}, {"course", course}});
 }
 
-std::string reasonFor(Knowledge state) {
-  return state == Knowledge::refused ? localized("Not readable without further rights")
-                                     : localized("Not measured on this machine");
-}
-
 Tile tileOf(const Look& look, const Model& model) {
   const auto& snapshot = *model.snapshot;
   const auto& known = *model.known;
@@ -184,7 +180,7 @@ Tile tileOf(const Look& look, const Model& model) {
   tile.values = pictureOf(series, snapshot.date);
   tile.top = topOf(look.metric, snapshot, tile.values);
   if (tile.figure.number == noFigure) {
-    tile.reason = reasonFor(known[look.part]);
+    tile.reason = reasonOf(look.part, known[look.part]);
     if (tile.caption.empty()) tile.caption = tile.reason;
   }
   tile.name = nameOf(tile, courseText(series));

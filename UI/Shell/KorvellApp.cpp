@@ -319,6 +319,10 @@ std::unique_ptr<Page> KorvellApp::makeMeasurePage(Metric metric, QWidget& window
       .explain = [this, &window, &banner](ProcessID pid) { explain(pid, window, banner); },
       .pictures = &pictures_};
   if (host_.openBatterySettings) services.openBatterySettings = [this] { openBatterySettings(); };
+  if (host_.usageHelper) services.openSettings = [this] { openSettings(); };
+  services.showFile = showInFileManager;
+  if (host_.diagnostics)
+    services.session.examine = [this](const MeasureSession::Services::Examined& done) { examine(done); };
   auto page = std::make_unique<MeasureView>(std::move(services), metric);
   if (const auto moment = std::exchange(moment_, std::nullopt)) page->session().show(*moment);
   return page;
@@ -470,6 +474,13 @@ SettingsEditor::Services KorvellApp::settingsServices() {
       if (const auto page = help.page(HelpPages::settings)) openPath(*page);
     };
   return services;
+}
+
+void KorvellApp::examine(const std::function<void(const std::vector<SourceReport>&)>& done) {
+  if (!examining_) examining_ = systemQueueFactory()("Korvell.sources");
+  examining_->async([&diagnostics = *host_.diagnostics, &main = loop_.main(), done] {
+    main.async([done, sources = diagnostics.figureSources()] { done(sources); });
+  });
 }
 
 Queue& KorvellApp::desktopQueue() {

@@ -75,6 +75,7 @@ private:
   std::function<void(SidebarItem)> openHelp() const;
   /// For what may take seconds: opening programs, the login item, the helper.
   Queue& desktopQueue();
+  void examine(const std::function<void(const std::vector<SourceReport>&)>& done);
   /// Asks over a window that is open, and quits at once without one.
   void askToQuit();
   std::set<SidebarItem> sections() const;
@@ -103,7 +104,7 @@ private:
   std::optional<double> weekScore_;
   Date weekScoreAt_ = Date::distantPast(); ///< when it was asked for
   AIPeriod aiPeriod_ = AIPeriod::week;
-  std::unique_ptr<Queue> desktop_; ///< null until the first
+  std::unique_ptr<Queue> desktop_, examining_; ///< null until the first
   Pictures pictures_;
   AppDelegate delegate_;
   std::optional<SoundMixer> sound_; ///< absent where no application's volume can be set
