@@ -334,12 +334,6 @@ std::optional<ProcessID> processOf(const Model& model, const std::string& key) {
   return isThere ? pid : std::nullopt;
 }
 
-std::optional<std::string> placeOf(const Model& model, const std::string& key) {
-  const auto app =
-      std::ranges::find(model.snapshot->apps, key.substr(0, key.find(partSeparator)), &AppUsage::id);
-  return app == model.snapshot->apps.end() ? std::nullopt : app->bundlePath;
-}
-
 std::string copiedText(const BarTableData& table, const std::string& key) {
   for (const auto& row : table.rows) {
     if (row.key != key) continue;

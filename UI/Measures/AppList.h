@@ -61,8 +61,6 @@ std::optional<QuitRequest> quitRequest(const Model& model, const std::string& ke
 /// The process that a row stands for: its own, or the one that stands for its application. Nothing for rows
 /// of the past, and where there is none.
 std::optional<ProcessID> processOf(const Model& model, const std::string& key);
-/// Where the application of a row lies; nothing where that is not known.
-std::optional<std::string> placeOf(const Model& model, const std::string& key);
 /// The row in one line, to be copied.
 std::string copiedText(const BarTableData& table, const std::string& key);
 

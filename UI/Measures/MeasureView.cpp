@@ -349,11 +349,11 @@ void MeasureView::showMenu(const std::string& key, QPoint where) {
     menu->add(Icon::stop, localized("Force Quit…"), [this, key] { ask(key, true); });
     menu->addRule();
   }
-  if (const auto pid = processOf(services_.session.model, key); pid && services_.explain)
-    menu->add(Icon::info, localized("Why Is It Here?"), [this, pid = *pid] { services_.explain(pid); });
-  if (const auto place = placeOf(services_.session.model, key); place && services_.showFile)
-    menu->add(Icon::folder, localized("Show Folder in Finder"),
-              [this, place = *place] { services_.showFile(place); });
+  const auto pid = processOf(services_.session.model, key);
+  if (pid && services_.explain)
+    menu->add(Icon::info, localized("Why Is It Here?"), [this, pid] { services_.explain(*pid); });
+  if (pid && services_.showFolder)
+    menu->add(Icon::folder, localized("Show Folder in Finder"), [this, pid] { services_.showFolder(*pid); });
   menu->add(Icon::copy, localized("Copy"), [this, key] {
     QGuiApplication::clipboard()->setText(text(copiedText(session_.list().table, key)));
   });

@@ -42,8 +42,8 @@ public:
     std::function<void()> openBatterySettings; ///< absent where the desktop has none
     /// Where the helper is turned on; absent where there is none.
     std::function<void()> openSettings{};
-    /// Opens the folder of a path with what lies there selected.
-    std::function<void(const std::string&)> showFile{};
+    /// Shows where the program of a process lies; absent where nobody knows.
+    std::function<void(ProcessID)> showFolder{};
     Pictures* pictures = nullptr; ///< of applications
   };
 

@@ -320,7 +320,7 @@ std::unique_ptr<Page> KorvellApp::makeMeasurePage(Metric metric, QWidget& window
       .pictures = &pictures_};
   if (host_.openBatterySettings) services.openBatterySettings = [this] { openBatterySettings(); };
   if (host_.usageHelper) services.openSettings = [this] { openSettings(); };
-  services.showFile = showInFileManager;
+  services.showFolder = [this, &banner](ProcessID pid) { showProgram(pid, banner); };
   if (host_.diagnostics)
     services.session.examine = [this](const MeasureSession::Services::Examined& done) { examine(done); };
   auto page = std::make_unique<MeasureView>(std::move(services), metric);
@@ -373,6 +373,19 @@ void KorvellApp::explain(ProcessID pid, QWidget& window, Banner& banner) {
     Dialog::ask(theme_, question, *over, [all](bool copies) {
       if (copies) QGuiApplication::clipboard()->setText(text(all));
     });
+  };
+  model_->identify(pid, show);
+}
+
+/// An application as the system shows it is its bundle; elsewhere it is the file that runs.
+void KorvellApp::showProgram(ProcessID pid, Banner& banner) {
+  const bool hasBundles = host_.system == SystemKind::macOS;
+  const auto show = [hasBundles, told = QPointer(&banner)](const auto& process) {
+    std::string path;
+    if (process)
+      path = hasBundles ? process->owner.owner->bundlePath.value_or(process->path()) : process->path();
+    if (!path.empty()) return showInFileManager(path);
+    if (told) told->say(Tone::info, localized("The system does not tell where it lies."));
   };
   model_->identify(pid, show);
 }

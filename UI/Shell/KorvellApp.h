@@ -54,6 +54,7 @@ private:
   void openBatterySettings();
   /// Shows why a process counts to its application.
   void explain(ProcessID pid, QWidget& window, Banner& banner);
+  void showProgram(ProcessID pid, Banner& banner);
   void askWeekScore();
   void seeAlerts();
   std::unique_ptr<Page> makeHealthPage(QWidget& window, Banner& banner);

@@ -113,6 +113,7 @@ constexpr LocalizedText texts[] = {
     {"This can't be measured here.", "Das lässt sich hier nicht messen."},
     {"Mean, down and up", "Mittel, empfangen und gesendet"},
     {"Mean", "Mittel"},
+    {"The system does not tell where it lies.", "Das System nennt nicht, wo es liegt."},
     {"Enable the helper…", "Hilfsdienst aktivieren …"},
     {"Not readable without further rights", "Ohne weitere Rechte nicht lesbar"},
     {"Not measured on this machine", "Auf dieser Maschine nicht gemessen"},
