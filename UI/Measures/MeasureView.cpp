@@ -24,7 +24,7 @@ constexpr int padding = 28, narrowPadding = 20, widest = 1120;
 constexpr int narrow = 760;       ///< below it what stands beside the list goes above it
 constexpr int narrowWindow = 860; ///< below it the window's padding is smaller
 constexpr int sideWidth = 264, sideGap = 44;
-constexpr int filterWidth = 200;
+constexpr int filterWidth = 200, headGap = 12;
 constexpr int inset = BarTable::overhang;
 
 /// Words that are the same ask for no new layout.
@@ -40,6 +40,39 @@ Token tokenOf(Metric metric) { return palette[std::size_t(metric)]; }
 int plotHeight(Metric metric) {
   return metric == Metric::cpu || metric == Metric::gpu ? ChartView::tall : ChartView::low;
 }
+
+/// A list's title with what leads on, and the field that filters beside them; below, where the words are too
+/// long for one line.
+class ListHead final : public QWidget {
+public:
+  ListHead(QWidget& title, QWidget& button, QWidget& field, QWidget* parent)
+      : QWidget(parent), line_(new QBoxLayout(QBoxLayout::LeftToRight, this)), words_(new QHBoxLayout),
+        field_(field) {
+    line_->setContentsMargins(inset, 0, inset, 0);
+    line_->setSpacing(headGap);
+    words_->setSpacing(headGap);
+    words_->addWidget(&title, 1);
+    words_->addWidget(&button);
+    line_->addLayout(words_, 1);
+    line_->addWidget(&field);
+  }
+
+protected:
+  bool event(QEvent* event) override {
+    if (event->type() == QEvent::LayoutRequest) arrange();
+    return QWidget::event(event);
+  }
+  void resizeEvent(QResizeEvent*) override { arrange(); }
+
+private:
+  void arrange() {
+    const int wanted = 2 * inset + words_->sizeHint().width() + headGap + field_.minimumWidth();
+    line_->setDirection(wanted > width() ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+  }
+
+  QBoxLayout *line_, *words_;
+  QWidget& field_;
+};
 
 } // namespace
 
@@ -186,10 +219,7 @@ void MeasureView::buildSide(QBoxLayout& column) {
 }
 
 QWidget* MeasureView::buildHead() {
-  auto* head = new QWidget(listBox_);
-  auto* row = new QHBoxLayout(head);
-  row->setContentsMargins(inset, 0, inset, 0);
-  row->setSpacing(12);
+  auto* head = new ListHead(*listTitle_, *other_, *filter_, listBox_);
   other_->setMark(Button::Mark::chevron);
   filter_->setSearch();
   auto* inField = new QHBoxLayout(filter_);
@@ -197,9 +227,6 @@ QWidget* MeasureView::buildHead() {
   inField->addWidget(filterKeys_, 0, Qt::AlignRight | Qt::AlignVCenter);
   filterKeys_->setAttribute(Qt::WA_TransparentForMouseEvents);
   filter_->setFixedWidth(services_.theme.scaled(filterWidth));
-  row->addWidget(listTitle_, 1);
-  row->addWidget(other_);
-  row->addWidget(filter_);
   head->setMinimumHeight(services_.theme.scaled(28));
   return head;
 }
