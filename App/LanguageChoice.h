@@ -1,6 +1,5 @@
 #pragma once
-// The language of the application, as the user picked it; stored in the settings under "language". It counts
-// from the next start on: texts that are shown already are not said anew.
+// The language of the application, as the user picked it; stored in the settings under "language".
 
 #include "Base/Enum.h"
 #include "Platform/UserDefaults.h"

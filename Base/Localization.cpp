@@ -1,13 +1,18 @@
 #include "Base/Localization.h"
 
+#include "Base/SpeakLanguage.h"
+
+#include <atomic>
+
 namespace korvell {
 
 namespace {
 
 std::vector<Language> installed(1);
-std::vector<LocalizedText> ownTable; ///< of setLocalization()
+std::atomic<const Language*> own = installed.data(); ///< the process's; one of the installed
+std::vector<LocalizedText> ownTable;                 ///< of setLocalization()
 void (*missing)(std::string_view key) = nullptr;
-/// Null: the process's own.
+/// Of this thread; null: the process's own.
 thread_local const Language* chosen = nullptr;
 
 /// Whether a text has letters that run from the right: Hebrew's, Arabic's and their neighbours' (U+0590 to
@@ -27,6 +32,12 @@ constexpr std::string_view isolate = "\u2068", isolateEnd = "\u2069";
 void setLanguages(std::vector<Language> languages) {
   if (languages.empty()) languages.resize(1);
   installed = std::move(languages);
+  own = installed.data();
+}
+
+bool speakLanguage(std::string_view code) {
+  const auto found = std::ranges::find(installed, code, &Language::code);
+  return found != installed.end() && own.exchange(&*found) != &*found;
 }
 
 void setLocalization(std::span<const LocalizedText> table) {
@@ -39,7 +50,7 @@ void setMissingTextHandler(void (*handler)(std::string_view key)) { missing = ha
 
 std::span<const Language> installedLanguages() { return installed; }
 
-const Language& currentLanguage() { return chosen ? *chosen : installed.front(); }
+const Language& currentLanguage() { return chosen ? *chosen : *own.load(); }
 
 InLanguage::InLanguage(std::string_view code) : before_(chosen) {
   const auto found = std::ranges::find(installed, code, &Language::code);

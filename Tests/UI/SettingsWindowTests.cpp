@@ -1,13 +1,17 @@
 #include "UI/Settings/SettingsWindow.h"
 
+#include "Base/SpeakLanguage.h"
 #include "Tests/App/AppFixture.h"
 #include "Tests/Fakes/FakeUsageHelper.h"
 #include "Tests/UI/Kit/KitFixture.h"
 #include "UI/Kit/Banner.h"
 #include "UI/Kit/Button.h"
 #include "UI/Kit/Choices.h"
+#include "UI/Kit/Focus.h"
 #include "UI/Kit/Labels.h"
+#include "UI/Kit/Scroll.h"
 #include "UI/Kit/Switches.h"
+#include "Words/Languages.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -41,8 +45,14 @@ struct SettingsWindowTests : AppFixture {
             .main = *main,
             .work = *work,
             .turnHelper = [](bool, const Cancellation&) { return success(); },
-            .installTool = [](const Cancellation&) { return std::string("Installed."); }};
+            .installTool = [](const Cancellation&) { return std::string("Installed."); },
+            .languageChanged =
+                [this] {
+                  speakLanguage(languageCode(defaults, "en_US.UTF-8", ""));
+                  window.speakAnew();
+                }};
   }
+  ~SettingsWindowTests() override { setLocalization({}); }
   QWidget& open() {
     QApplication::setLayoutDirection(Qt::LeftToRight);
     window.show();
@@ -127,6 +137,30 @@ TEST_F(SettingsWindowTests, whatAgentsNeedIsCopied) {
   EXPECT_EQ(QGuiApplication::clipboard()->text(), "claude mcp add");
   named<Button>("Copy: Other MCP clients").press();
   EXPECT_EQ(QGuiApplication::clipboard()->text(), "{\n}");
+}
+
+TEST_F(SettingsWindowTests, anotherLanguageIsSpokenAtOnceAndTheKeyboardStays) {
+  setLanguages(languages("en"));
+  auto& shown = open();
+  shown.resize(shown.width(), 400);
+  named<Button>("Install").press();
+  auto& language = *KitTests::all<Segments>(shown)[1];
+  language.takeFocus(Qt::TabFocusReason);
+  settle();
+  KitTests::all<ScrollArea>(shown).front()->scrollTo(50);
+  KitTests::key(shown, Qt::Key_Left);
+  settle();
+  QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_EQ(defaults.string("language"), "de");
+  EXPECT_EQ(shown.windowTitle(), "Einstellungen");
+  EXPECT_TRUE(named<Toggle>("Bei der Anmeldung öffnen").isVisible());
+  EXPECT_TRUE(named<Control>("Deutsch").hasFocus());
+  EXPECT_TRUE(FocusRing::isShown(named<Control>("Deutsch")));
+  EXPECT_EQ(KitTests::all<ScrollArea>(shown).front()->verticalScrollBar()->value(), 50);
+  EXPECT_THROW(named<TextLabel>("Installed."), std::runtime_error) << "said in the other language";
+  KitTests::key(shown, Qt::Key_Left);
+  settle();
+  EXPECT_EQ(shown.windowTitle(), "Settings");
 }
 
 TEST_F(SettingsWindowTests, thereIsOneWhichEscClosesAfterItsBanner) {

@@ -39,10 +39,11 @@ struct WelcomeTests : AppFixture {
                            return SidebarFacts{.sections = {SidebarItem::overview, SidebarItem::cpu}};
                          },
                      .makePage = [](SidebarItem, QWidget&, Banner&) { return std::make_unique<PlainPage>(); },
-                     .makeWelcome = [this](QWidget& over, Task done) -> std::unique_ptr<Page> {
-                       if (!std::exchange(isFirst, false)) return nullptr;
-                       return std::make_unique<FirstLaunch>(theme, services(), std::move(done), &over);
-                     },
+                     .welcomes = [this] { return std::exchange(isFirst, false); },
+                     .makeWelcome =
+                         [this](QWidget& over, Task done) {
+                           return std::make_unique<FirstLaunch>(theme, services(), std::move(done), &over);
+                         },
                      .keepFrame = [](const Value&) {},
                      .openSettings = [] {},
                      .quit = [] {},

@@ -2,14 +2,18 @@
 
 #include "Base/Format.h"
 #include "Base/LocalTime.h"
+#include "Base/SpeakLanguage.h"
 #include "Core/Health/HealthAlert.h"
 #include "Core/Health/HealthReport.h"
 #include "Platform/Formats/LinuxWords.h"
 #include "Shared/WidgetSnapshot.h"
 #include "Words/German/Tables.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <set>
 #include <thread>
 
 namespace korvell {
@@ -69,6 +73,23 @@ TEST_F(Languages, aThreadMaySpeakAnother) {
     EXPECT_EQ(Format::percent(12), "12%");
     std::thread([] { EXPECT_EQ(localized("Trash"), "Papierkorb"); }).join();
   }
+  EXPECT_EQ(localized("Trash"), "Papierkorb");
+}
+
+TEST_F(Languages, theProcessChangesItsOwnWhileOthersSpeak) {
+  std::atomic<bool> hasEnded = false;
+  std::set<std::string> heard;
+  std::thread other([&] {
+    const InLanguage fixed("en");
+    while (!hasEnded) std::thread([&] { heard.insert(localized("Trash")); }).join();
+    EXPECT_EQ(localized("Trash"), "Trash");
+  });
+  for (int i = 0; i < 100; ++i) EXPECT_TRUE(speakLanguage(i % 2 == 0 ? "en" : "de"));
+  hasEnded = true;
+  other.join();
+  EXPECT_THAT(heard, testing::IsSubsetOf({"Trash", "Papierkorb"}));
+  EXPECT_FALSE(speakLanguage("de")) << "already";
+  EXPECT_FALSE(speakLanguage("fr"));
   EXPECT_EQ(localized("Trash"), "Papierkorb");
 }
 

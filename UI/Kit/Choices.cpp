@@ -74,6 +74,8 @@ void Choices::choose(std::size_t index) {
   tellStateChanged(*items_[index], changed);
 }
 
+void Choices::takeFocus(Qt::FocusReason reason) { items_[chosen_]->setFocus(reason); }
+
 void Choices::pick(std::size_t index, Qt::FocusReason reason) {
   auto isNew = index != chosen_;
   choose(index);

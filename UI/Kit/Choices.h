@@ -18,6 +18,8 @@ public:
   /// Told when the user has chosen another one.
   void onChoose(std::function<void(std::size_t)> handler) { handler_ = std::move(handler); }
   std::size_t count() const { return items_.size(); }
+  /// To the chosen one.
+  void takeFocus(Qt::FocusReason reason);
 
 protected:
   class Item;

@@ -79,6 +79,11 @@ void SettingsEditor::refresh() {
   askHelper();
 }
 
+void SettingsEditor::speakAnew() {
+  for (auto* said : {&answers_.loginTrouble, &answers_.helperTrouble, &answers_.toolOutcome}) said->clear();
+  refresh();
+}
+
 void SettingsEditor::askLogin() {
   runAside<bool>([&item = services_.loginItem] { return item.isEnabled(); },
                  [this](bool isEnabled) {
@@ -119,7 +124,9 @@ void SettingsEditor::setAppearance(AppearanceChoice choice) {
   store(appearanceKey, std::string(rawValue(choice)), services_.appearanceChanged);
 }
 
-void SettingsEditor::setLanguage(LanguageChoice choice) { store(languageKey, std::string(rawValue(choice))); }
+void SettingsEditor::setLanguage(LanguageChoice choice) {
+  store(languageKey, std::string(rawValue(choice)), services_.languageChanged);
+}
 
 void SettingsEditor::setTemperatures(TemperatureUnit unit) {
   store(temperatureUnitKey, std::string(rawValue(unit)), services_.temperaturesChanged);

@@ -30,10 +30,10 @@ public:
     std::function<Outcome(bool on, const Cancellation&)> turnHelper;
     std::function<std::string(const Cancellation&)> installTool; ///< returns the outcome in words
     Task helperChanged;                                          ///< called on `work`
-    Task styleChanged, appearanceChanged, temperaturesChanged;
+    Task styleChanged, appearanceChanged, languageChanged, temperaturesChanged;
     Task openHelp; ///< null where none is installed
   };
-  /// Those of the running system, without the last four.
+  /// Those of the running system, without the last five.
   static Services of(Host& host, Assembly& assembly, Model& model, SettingsStore& store, Queue& main,
                      Queue& work);
 
@@ -47,6 +47,8 @@ public:
   SettingsPage page() const;
   /// Asks anew what may have been changed elsewhere: when the user comes back to the page.
   void refresh();
+  /// The language was changed: outcomes of before, which were said in the other one, go.
+  void speakAnew();
 
   void setStyle(MenuBarStyle style);
   void setAppearance(AppearanceChoice choice);

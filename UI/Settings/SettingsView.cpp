@@ -117,10 +117,9 @@ void SettingsView::makeMenuBar() {
 
 /// A row with the cases of an enumeration beside each other.
 template <class Choice>
-Segments* SettingsView::addChoice(Group& group, const std::string& words, std::function<void(Choice)> chosen,
-                                  const std::string& detail) {
+Segments* SettingsView::addChoice(Group& group, const std::string& words,
+                                  std::function<void(Choice)> chosen) {
   auto* row = new SettingRow(theme_, words, group.plate);
-  row->tell(detail, {}, {});
   std::vector<std::string> choices;
   for (const auto& choice : allCases<Choice>()) choices.push_back(title(choice.value));
   auto* segments = new Segments(theme_, words, choices, row);
@@ -138,9 +137,8 @@ void SettingsView::makeGeneral() {
   group.add(*panelSound_);
   appearance_ = addChoice<AppearanceChoice>(
       group, localized("Appearance"), [this](AppearanceChoice choice) { handlers_.appearance(choice); });
-  language_ = addChoice<LanguageChoice>(
-      group, localized("Language"), [this](LanguageChoice choice) { handlers_.language(choice); },
-      localized("Counts from the next start on."));
+  language_ = addChoice<LanguageChoice>(group, localized("Language"),
+                                        [this](LanguageChoice choice) { handlers_.language(choice); });
   temperatures_ = addChoice<TemperatureUnit>(group, localized("Temperatures"),
                                              [this](TemperatureUnit unit) { handlers_.temperatures(unit); });
 }
@@ -315,6 +313,13 @@ void SettingsView::showHelper(const SettingsPage::Helper& helper) {
     button->setVisible(!words->empty());
   }
 }
+
+void SettingsView::focusLanguage(Qt::FocusReason reason, int top) {
+  language_->takeFocus(reason);
+  scroll_->scrollTo(top);
+}
+
+int SettingsView::top() const { return scroll_->verticalScrollBar()->value(); }
 
 int SettingsView::wholeHeight(int width) const {
   tellLayouts(*content_);

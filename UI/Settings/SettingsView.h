@@ -41,6 +41,10 @@ public:
   /// Hides what is said about all settings; false when nothing is.
   bool dismiss();
 
+  /// The language's control gets the focus, on the page at that place.
+  void focusLanguage(Qt::FocusReason reason, int top);
+  int top() const;
+
   /// The height at which nothing is scrolled, in that width.
   int wholeHeight(int width) const;
   QSize sizeHint() const override;
@@ -51,8 +55,7 @@ private:
 
   Group startGroup(std::string_view title);
   template <class Choice>
-  Segments* addChoice(Group& group, const std::string& words, std::function<void(Choice)> chosen,
-                      const std::string& detail = {});
+  Segments* addChoice(Group& group, const std::string& words, std::function<void(Choice)> chosen);
   void makeMenuBar();
   void makeGeneral();
   void makeHelper();

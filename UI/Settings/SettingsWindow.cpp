@@ -1,6 +1,7 @@
 #include "UI/Settings/SettingsWindow.h"
 
 #include "Base/Localization.h"
+#include "UI/Kit/Focus.h"
 #include "UI/Kit/Text.h"
 #include "UI/Settings/SettingsView.h"
 
@@ -25,18 +26,26 @@ constexpr int leastHeight = 320;
 class SettingsWindow::Frame final : public QWidget {
 public:
   Frame(const Theme& theme, SettingsEditor::Services services, Task closed)
-      : closed_(std::move(closed)), view_(new SettingsView(theme, handlers(services.openHelp), this)) {
-    if (services.openHelp)
-      connect(new QShortcut(QKeySequence(Qt::Key_F1), this), &QShortcut::activated, services.openHelp);
+      : theme_(theme), closed_(std::move(closed)), help_(services.openHelp) {
+    if (help_) connect(new QShortcut(QKeySequence(Qt::Key_F1), this), &QShortcut::activated, help_);
     editor_.emplace(std::move(services), [this] { refresh(); });
-    setWindowTitle(text(localized("Settings")));
     auto* whole = new QVBoxLayout(this);
     whole->setContentsMargins(0, 0, 0, 0);
-    whole->addWidget(view_);
     auto* close = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this);
     connect(close, &QShortcut::activated, this, &QWidget::close);
-    refresh();
-    fit();
+    makeView();
+  }
+
+  void speakAnew() {
+    auto* former = view_;
+    const auto* focus = focusWidget();
+    const auto reason = focus && FocusRing::isShown(*focus) ? Qt::TabFocusReason : Qt::OtherFocusReason;
+    editor_->speakAnew();
+    makeView();
+    view_->show();
+    view_->focusLanguage(reason, former->top());
+    former->hide();
+    former->deleteLater();
   }
 
 protected:
@@ -59,7 +68,15 @@ protected:
 
 private:
   void refresh() {
-    if (editor_) view_->show(editor_->page());
+    if (editor_ && view_) view_->show(editor_->page());
+  }
+
+  void makeView() {
+    setWindowTitle(text(localized("Settings")));
+    view_ = new SettingsView(theme_, handlers(help_), this);
+    layout()->addWidget(view_);
+    refresh();
+    fit();
   }
 
   /// Follows the content for as long as the user has not chosen another height.
@@ -91,8 +108,9 @@ private:
             .help = help};
   }
 
-  const Task closed_;
-  SettingsView* view_;
+  const Theme& theme_;
+  const Task closed_, help_;
+  SettingsView* view_ = nullptr;
   std::optional<SettingsEditor> editor_;
   int fitted_ = 0; ///< the height that it gave itself
 };
@@ -102,6 +120,10 @@ SettingsWindow::SettingsWindow(const Theme& theme, std::function<SettingsEditor:
     : theme_(theme), services_(std::move(services)), closed_(std::move(closed)) {}
 
 SettingsWindow::~SettingsWindow() { close(); }
+
+void SettingsWindow::speakAnew() {
+  if (frame_) frame_->speakAnew();
+}
 
 void SettingsWindow::close() { delete frame_; }
 

@@ -22,6 +22,8 @@ public:
 
   /// Makes the window if need be and brings it to the front.
   void show();
+  /// The language was changed: the same page at the same place.
+  void speakAnew();
   /// At once, without telling.
   void close();
   /// Null while there is none.

@@ -1,10 +1,12 @@
 #include "UI/Shell/KorvellApp.h"
 
 #include "App/AppearanceChoice.h"
+#include "App/LanguageChoice.h"
 #include "App/LastResort.h"
 #include "App/OwnerLines.h"
 #include "App/PanelSoundChoice.h"
 #include "Base/FreeMemory.h"
+#include "Base/SpeakLanguage.h"
 #include "Base/SystemQueue.h"
 #include "Core/Health/SeenAlerts.h"
 #include "Core/Storage/StorageHost.h"
@@ -21,6 +23,7 @@
 #include "UI/Servers/ServersView.h"
 #include "UI/Shell/FileManager.h"
 #include "UI/Shell/QuestionWindow.h"
+#include "UI/Shell/Speech.h"
 #include "UI/Sound/SoundView.h"
 #include "UI/Startup/StartupView.h"
 #include "UI/Storage/StorageView.h"
@@ -102,20 +105,24 @@ KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched, QueueCor
       pictures_(loop_.main(), utilityQueueFactory(), applicationPictures(host.folders, processEnvironment())),
       delegate_(*host.defaults, [this](std::optional<SidebarItem> item) { show(item); }),
       keeper_(loop_.main(), *model_, *actions_),
-      window_(
-          {.model = *model_,
-           .defaults = *host.defaults,
-           .theme = theme_,
-           .facts = [this] { return sidebarFacts(); },
-           .makePage = [this](SidebarItem item, QWidget& window,
-                              Banner& banner) { return makePage(item, window, banner); },
-           .makeWelcome = [this](QWidget& window, Task done) { return makeWelcome(window, std::move(done)); },
-           .openHelp = openHelp(),
-           .keepFrame = [this](Value frame) { store_.set(MainWindow::frameKey, std::move(frame)); },
-           .openSettings = [this] { openSettings(); },
-           .share = [this](Banner& banner) { sharing_.share(banner); },
-           .quit = [this] { askToQuit(); },
-           .closed = [this] { windowClosed(); }}),
+      window_({.model = *model_,
+               .defaults = *host.defaults,
+               .theme = theme_,
+               .facts = [this] { return sidebarFacts(); },
+               .makePage = [this](SidebarItem item, QWidget& window,
+                                  Banner& banner) { return makePage(item, window, banner); },
+               .welcomes = [this] { return welcomes(); },
+               .makeWelcome =
+                   [this](QWidget& window, Task done) {
+                     return std::make_unique<FirstLaunch>(theme_, settingsServices(), std::move(done),
+                                                          &window);
+                   },
+               .openHelp = openHelp(),
+               .keepFrame = [this](Value frame) { store_.set(MainWindow::frameKey, std::move(frame)); },
+               .openSettings = [this] { openSettings(); },
+               .share = [this](Banner& banner) { sharing_.share(banner); },
+               .quit = [this] { askToQuit(); },
+               .closed = [this] { windowClosed(); }}),
       settings_(
           theme_, [this] { return settingsServices(); }, [this] { windowClosed(); }) {
   wear(wishes_);
@@ -183,10 +190,12 @@ void KorvellApp::wear(const DesktopWishes& wishes) {
 
 void KorvellApp::trayFound(TrayWatch::State state) {
   if (state != TrayWatch::State::present) {
-    window_.tell(localized("This desktop shows no tray, so Korvell opens here."),
-                 localized("A panel or an extension that shows status items would help. Starting Korvell "
-                           "again opens this window."));
-    return;
+    return window_.tell([] {
+      return MainWindow::Notice(
+          localized("This desktop shows no tray, so Korvell opens here."),
+          localized("A panel or an extension that shows status items would help. Starting Korvell "
+                    "again opens this window."));
+    });
   }
   window_.untell();
   tray_.emplace(*model_, *host_.defaults,
@@ -196,6 +205,17 @@ void KorvellApp::trayFound(TrayWatch::State state) {
                                   .openSettings = [this] { openSettings(); },
                                   .quit = [this] { askToQuit(); }});
   tray_->setInk(wishes_.ink);
+}
+
+void KorvellApp::speak() {
+  const auto list = processEnvironment()("LANGUAGE").value_or("");
+  if (!speakLanguage(languageCode(*host_.defaults, host_.locale, list))) return;
+  speakToolkit();
+  speakAnew(*model_);
+  if (tray_) tray_->speakAnew();
+  if (panel_) panel_->close();
+  window_.speakAnew();
+  settings_.speakAnew();
 }
 
 void KorvellApp::show(std::optional<SidebarItem> item) {
@@ -283,11 +303,10 @@ std::unique_ptr<Page> KorvellApp::makePage(SidebarItem item, QWidget& window, Ba
   }
 }
 
-std::unique_ptr<Page> KorvellApp::makeWelcome(QWidget& window, Task done) {
+bool KorvellApp::welcomes() {
   // Settings that can't be stored would bring it back with each window.
   const bool isFirst = !host_.defaults->boolean(AppDelegate::hasLaunchedKey, false);
-  if (!isFirst || std::exchange(hasWelcomed_, true)) return nullptr;
-  return std::make_unique<FirstLaunch>(theme_, settingsServices(), std::move(done), &window);
+  return isFirst && !std::exchange(hasWelcomed_, true);
 }
 
 std::unique_ptr<Page> KorvellApp::makeSoundPage(QWidget& window) {
@@ -481,6 +500,7 @@ SettingsEditor::Services KorvellApp::settingsServices() {
     if (tray_) tray_->update();
   };
   services.appearanceChanged = [this] { wear(wishes_); };
+  services.languageChanged = [this] { speak(); };
   services.temperaturesChanged = [this] { window_.refresh(); };
   if (const HelpPages help(host_.program); help.page(HelpPages::settings))
     services.openHelp = [help] {

@@ -58,13 +58,15 @@ private:
   void askWeekScore();
   void seeAlerts();
   std::unique_ptr<Page> makeHealthPage(QWidget& window, Banner& banner);
-  /// At the first launch, once; null otherwise.
-  std::unique_ptr<Page> makeWelcome(QWidget& window, Task done);
+  /// At the first launch, once.
+  bool welcomes();
   std::unique_ptr<Page> makeSoundPage(QWidget& window);
   std::unique_ptr<Page> makeMeasurePage(Metric metric, QWidget& window, Banner& banner);
   void showPanel();
   void wear(const DesktopWishes& wishes);
   void trayFound(TrayWatch::State state);
+  /// In the language that the user picked.
+  void speak();
   void show(std::optional<SidebarItem> item);
   void openPanel();
   void panelClosed();

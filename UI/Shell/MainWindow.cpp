@@ -19,6 +19,7 @@ namespace korvell {
 namespace {
 
 constexpr int railBelow = 860, padding = 28, narrowPadding = 20, headerHeight = 56, widestContent = 1120;
+constexpr int noticeGap = 8;
 
 std::optional<int> side(const Value& frame, std::string_view name) {
   const auto* value = frame.find(name);
@@ -28,10 +29,13 @@ std::optional<int> side(const Value& frame, std::string_view name) {
 
 /// Where Tab enters a widget; null where it can't.
 QWidget* firstStop(QWidget& widget) {
-  for (auto* next = widget.nextInFocusChain(); next != &widget; next = next->nextInFocusChain())
-    if (widget.isAncestorOf(next) && next->isVisible() && next->isEnabled() &&
+  auto* next = &widget;
+  do {
+    if ((next == &widget || widget.isAncestorOf(next)) && next->isVisible() && next->isEnabled() &&
         (next->focusPolicy() & Qt::TabFocus))
       return next;
+    next = next->nextInFocusChain();
+  } while (next != &widget);
   return nullptr;
 }
 
@@ -59,7 +63,7 @@ public:
   Frame(MainWindow& owner, const Services& services, bool welcomes)
       : owner_(owner), services_(services), sidebar_(*new SidebarView(services.theme, this)),
         title_(*new TextLabel(services.theme, TextStyle::title, Token::text1, "", this)),
-        banner_(*new Banner(services.theme, this)),
+        notice_(*new Banner(services.theme, this)), banner_(*new Banner(services.theme, this)),
         cycles_(services.model.cycle.observe([this](std::int64_t) { refreshSidebar(); })),
         selections_(services.model.selection.observe([this](const auto&) { openSelected(); })) {
     setWindowTitle("Korvell");
@@ -69,16 +73,41 @@ public:
     addKeys();
     sidebar_.onOpen([this](SidebarItem item) { services_.model.selection.set(item); });
     sidebar_.onSettings(services.openSettings);
-    if (!welcomes || !openWelcome()) openSelected();
+    isWelcome_ = welcomes;
+    if (isWelcome_)
+      openWelcome();
+    else
+      openSelected();
+    showNotice();
     sidebar_.takeFocus(Qt::OtherFocusReason);
   }
 
-  Banner& banner() { return banner_; }
+  void showNotice() {
+    if (!owner_.told_) return notice_.dismiss();
+    const auto [sentence, detail] = owner_.told_();
+    notice_.say(Tone::info, sentence, detail);
+    notice_.offer(localized("Close"), [this] { owner_.untell(); });
+  }
+
+  void speakAnew() {
+    const auto* focus = focusWidget();
+    const bool isInPage = focus && page_ && page_->isAncestorOf(focus);
+    keepPlace();
+    sidebar_.speakAnew();
+    if (help_) help_->setName(localized("Help for this page"));
+    if (isWelcome_)
+      openWelcome();
+    else
+      openPage(true);
+    showNotice();
+    if (isInPage) sidebar_.takeFocus(Qt::OtherFocusReason);
+  }
+
   void refreshSidebar() { sidebar_.show(sidebar(services_.model, shown_, services_.facts())); }
 
   void keepFrame() const {
-    if (isMaximized() || isFullScreen()) return;
-    const auto frame = geometry();
+    const auto frame = isMaximized() || isFullScreen() ? normalGeometry() : geometry();
+    if (frame.isEmpty()) return;
     services_.keepFrame(Value::object({{"x", std::int64_t{frame.x()}},
                                        {"y", std::int64_t{frame.y()}},
                                        {"width", std::int64_t{frame.width()}},
@@ -99,12 +128,13 @@ protected:
 
   /// No shortcut: charts, fields and lists have a use of their own for it first.
   void keyPressEvent(QKeyEvent* event) override {
-    if (event->key() == Qt::Key_Escape && isWelcome_ && banner_.isHidden())
-      openSelected();
-    else if (event->key() == Qt::Key_Escape)
+    if (event->key() != Qt::Key_Escape) return QWidget::keyPressEvent(event);
+    if (!banner_.isHidden())
       banner_.dismiss();
-    else
-      QWidget::keyPressEvent(event);
+    else if (!notice_.isHidden())
+      owner_.untell();
+    else if (isWelcome_)
+      openSelected();
   }
 
   void closeEvent(QCloseEvent* event) override {
@@ -129,15 +159,16 @@ private:
     header_->addWidget(&title_, 1);
     header_->addStrut(headerHeight);
     if (services_.openHelp) {
-      auto* help = new IconButton(services_.theme, Icon::help, localized("Help for this page"), ground);
-      help->onPress([this] { services_.openHelp(shown_); });
-      header_->addWidget(help);
+      help_ = new IconButton(services_.theme, Icon::help, localized("Help for this page"), ground);
+      help_->onPress([this] { services_.openHelp(shown_); });
+      header_->addWidget(help_);
     }
     content_->addLayout(header_);
-    notices_ = new QHBoxLayout;
+    notices_ = new QVBoxLayout;
+    notices_->setSpacing(noticeGap);
+    notices_->addWidget(&notice_);
     notices_->addWidget(&banner_);
     content_->addLayout(notices_);
-    banner_.hide();
   }
 
   void key(const QKeySequence& keys, Task task) {
@@ -168,13 +199,19 @@ private:
     key(QKeySequence("F6"), [this] { moveFocus(); });
   }
 
-  /// From the sidebar to the page and back.
+  /// From the sidebar to the header's control, the page, its footer and back; past what takes no focus.
   void moveFocus() {
-    auto* first = page_ && sidebar_.isAncestorOf(focusWidget()) ? firstStop(*page_) : nullptr;
-    if (first)
-      first->setFocus(Qt::TabFocusReason);
-    else
-      sidebar_.takeFocus(Qt::TabFocusReason);
+    auto* footer = page_ ? page_->footer() : nullptr;
+    QWidget* const stops[] = {page_ ? page_->control() : nullptr, page_, footer};
+    const auto holds = [focus = focusWidget()](const QWidget* stop) {
+      return stop && focus && (stop == focus || stop->isAncestorOf(focus));
+    };
+    // The footer is part of the page.
+    const auto here = std::ranges::find_if(std::rbegin(stops), std::rend(stops), holds);
+    for (auto next = here == std::rend(stops) ? std::begin(stops) : here.base(); next != std::end(stops);
+         ++next)
+      if (auto* first = *next ? firstStop(**next) : nullptr) return first->setFocus(Qt::TabFocusReason);
+    sidebar_.takeFocus(Qt::TabFocusReason);
   }
 
   /// Those that have a page, in the sidebar's order.
@@ -209,14 +246,10 @@ private:
     isRevisit_ = false;
   }
 
-  /// False when there is none to show.
-  bool openWelcome() {
-    auto welcome = services_.makeWelcome ? services_.makeWelcome(*this, [this] { openSelected(); }) : nullptr;
-    if (!welcome) return false;
-    isWelcome_ = true;
-    take(std::move(welcome));
+  void openWelcome() {
+    dropPage();
+    take(services_.makeWelcome(*this, [this] { openSelected(); }));
     refreshSidebar();
-    return true;
   }
 
   void openSelected() {
@@ -225,11 +258,18 @@ private:
     shown_ = item;
     if (!isRevisit_) keepPlace();
     owner_.visits_.visit(item);
+    isWelcome_ = false;
+    openPage(isRevisit_);
+  }
+
+  /// That of the section that is shown; where it was left, or at its beginning.
+  void openPage(bool isWhereItWas) {
     dropPage();
     banner_.dismiss();
-    take(services_.makePage(item, *this, banner_));
-    if (!page_ && item != SidebarItem::overview) return services_.model.selection.set(SidebarItem::overview);
-    if (page_ && isRevisit_) page_->restore(owner_.visits_.place());
+    take(services_.makePage(shown_, *this, banner_));
+    if (!page_ && shown_ != SidebarItem::overview)
+      return services_.model.selection.set(SidebarItem::overview);
+    if (page_ && isWhereItWas) page_->restore(owner_.visits_.place());
     refreshSidebar();
   }
 
@@ -243,7 +283,6 @@ private:
   }
 
   void dropPage() {
-    isWelcome_ = false;
     if (!page_) return;
     // Not at once: one of its own buttons may have led here.
     for (QWidget* old : {page_->control(), static_cast<QWidget*>(page_)})
@@ -257,9 +296,10 @@ private:
   const Services& services_;
   SidebarView& sidebar_;
   TextLabel& title_;
-  Banner& banner_;
-  QHBoxLayout *header_ = nullptr, *notices_ = nullptr;
-  QVBoxLayout* content_ = nullptr;
+  Banner &notice_, &banner_; ///< what holds for all pages; what is said on this one
+  QHBoxLayout* header_ = nullptr;
+  IconButton* help_ = nullptr; ///< null where no help is installed
+  QVBoxLayout *notices_ = nullptr, *content_ = nullptr;
   Page* page_ = nullptr;
   SidebarItem shown_ = SidebarItem::overview;
   bool isRevisit_ = false; ///< the page that opens now was there before
@@ -278,23 +318,22 @@ void MainWindow::close() {
 
 void MainWindow::show(std::optional<SidebarItem> item) {
   if (item) services_.model.selection.set(*item);
-  if (!frame_) {
-    frame_ = new Frame(*this, services_, !item);
-    if (told_) frame_->banner().say(Tone::info, told_->first, told_->second);
-  }
+  if (!frame_) frame_ = new Frame(*this, services_, !item && services_.welcomes && services_.welcomes());
   frame_->setWindowState(frame_->windowState() & ~Qt::WindowMinimized);
   frame_->show();
   frame_->raise();
   frame_->activateWindow();
 }
 
-void MainWindow::tell(const std::string& sentence, const std::string& detail) {
-  told_ = {sentence, detail};
-  if (frame_) frame_->banner().say(Tone::info, sentence, detail);
+void MainWindow::tell(std::function<Notice()> notice) {
+  told_ = std::move(notice);
+  if (frame_) frame_->showNotice();
 }
 
-void MainWindow::untell() {
-  if (std::exchange(told_, std::nullopt) && frame_) frame_->banner().dismiss();
+void MainWindow::untell() { tell(nullptr); }
+
+void MainWindow::speakAnew() {
+  if (frame_) frame_->speakAnew();
 }
 
 void MainWindow::refresh() {

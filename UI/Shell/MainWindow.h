@@ -26,6 +26,9 @@ public:
   /// Where the frame is kept: {"x":…,"y":…,"width":…,"height":…} in logical pixels.
   static constexpr const char* frameKey = "windowFrame";
 
+  /// A sentence and what is said about it below.
+  using Notice = std::pair<std::string, std::string>;
+
   struct Services {
     Model& model;
     const UserDefaults& defaults;
@@ -33,7 +36,9 @@ public:
     std::function<SidebarFacts()> facts;
     /// Makes the page of a section; null for one that has none, and then the overview is shown.
     std::function<std::unique_ptr<Page>(SidebarItem, QWidget& window, Banner& banner)> makePage;
-    /// The page of the first launch, where that is now; `done` leads on from it. Null or nothing otherwise.
+    /// Whether a window that opens now begins with the page of the first launch; null for never.
+    std::function<bool()> welcomes{};
+    /// Makes that page; `done` leads on from it.
     std::function<std::unique_ptr<Page>(QWidget& window, Task done)> makeWelcome{};
     std::function<void(SidebarItem)> openHelp{}; ///< null where no help is installed
     std::function<void(Value frame)> keepFrame;  ///< to be stored under the key above
@@ -53,9 +58,11 @@ public:
   void show(std::optional<SidebarItem> item);
   /// At once, without telling; its frame is kept.
   void close();
-  /// A sentence above the page, in each window that opens from now on, until the user goes on.
-  void tell(const std::string& sentence, const std::string& detail);
+  /// A sentence above every page from now on, in this window and later ones, until the user closes it.
+  void tell(std::function<Notice()> notice);
   void untell();
+  /// The language was changed: the same page at the same place.
+  void speakAnew();
   /// What the sidebar tells beside the model has changed.
   void refresh();
   bool isVisible() const;
@@ -67,7 +74,7 @@ private:
 
   const Services services_;
   Visits visits_;
-  std::optional<std::pair<std::string, std::string>> told_;
+  std::function<Notice()> told_; ///< null for nothing
   QPointer<Frame> frame_;
 };
 

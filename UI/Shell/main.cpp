@@ -10,10 +10,9 @@
 #include "UI/Shell/Application.h"
 #include "UI/Shell/Instants.h"
 #include "UI/Shell/KorvellApp.h"
+#include "UI/Shell/Speech.h"
 
-#include <QLibraryInfo>
 #include <QMessageBox>
-#include <QTranslator>
 #include <csignal>
 #include <cstdlib>
 
@@ -29,13 +28,6 @@ std::string activationToken(const Environment& environment) {
   for (const auto* variable : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"})
     if (const auto token = environment(variable)) return *token;
   return {};
-}
-
-/// The toolkit's own words, as in the menu of a text field; English where its translations are not installed.
-void speakToolkit(QTranslator& translator) {
-  const auto name = "qtbase_" + text(currentLanguage().code);
-  if (translator.load(name, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
-    QApplication::installTranslator(&translator);
 }
 
 } // namespace
@@ -55,8 +47,7 @@ int main(int argc, char** argv) {
   QApplication::setQuitOnLastWindowClosed(false);
   Application application(argc, argv);
   QApplication::setApplicationName("Korvell");
-  QTranslator translator;
-  speakToolkit(translator);
+  speakToolkit();
   installSpoken();
   const auto instants = Instants::areWanted() ? std::make_unique<Instants>() : nullptr;
   if (!launched.lock) {

@@ -48,6 +48,7 @@ public:
 
   std::string title() const override;
   QWidget* control() override;
+  QWidget* footer() override { return footer_; }
   void refresh() override;
 
   const StoragePage& page() const { return page_; }

@@ -6,24 +6,28 @@ namespace korvell {
 
 TrayItem::TrayItem(Model& model, const UserDefaults& defaults, Actions actions)
     : model_(model), defaults_(defaults), cycles_(model.cycle.observe([this](std::int64_t) { update(); })) {
-  // First, for trays that show the menu on any click.
-  addAction(localized("Open panel"), actions.openPanel);
-  addAction(localized("Open Korvell"), actions.openKorvell);
-  addAction(localized("Free Up Space"), actions.freeUpSpace);
-  menu_.addSeparator();
-  addAction(localized("Settings…"), actions.openSettings);
-  addAction(localized("Quit Korvell"), actions.quit);
+  // The panel first, for trays that show the menu on any click.
+  for (const auto& action :
+       {actions.openPanel, actions.openKorvell, actions.freeUpSpace, actions.openSettings, actions.quit}) {
+    entries_.push_back(menu_.addAction(QString()));
+    QObject::connect(entries_.back(), &QAction::triggered, action);
+  }
+  menu_.insertSeparator(entries_[3]);
   icon_.setContextMenu(&menu_);
   QObject::connect(&icon_, &QSystemTrayIcon::activated,
                    [open = actions.openPanel](QSystemTrayIcon::ActivationReason reason) {
                      if (reason != QSystemTrayIcon::Context) open();
                    });
-  update();
+  speakAnew();
   icon_.show();
 }
 
-void TrayItem::addAction(const std::string& title, const Task& action) {
-  QObject::connect(menu_.addAction(QString::fromStdString(title)), &QAction::triggered, action);
+void TrayItem::speakAnew() {
+  const std::string titles[] = {localized("Open panel"), localized("Open Korvell"),
+                                localized("Free Up Space"), localized("Settings…"),
+                                localized("Quit Korvell")};
+  for (std::size_t i = 0; i < entries_.size(); ++i) entries_[i]->setText(QString::fromStdString(titles[i]));
+  update();
 }
 
 void TrayItem::setInk(TrayInk ink) {

@@ -11,6 +11,8 @@
 #include <QRect>
 #include <QSystemTrayIcon>
 
+#include <vector>
+
 namespace korvell {
 
 class TrayItem {
@@ -24,18 +26,19 @@ public:
   void setInk(TrayInk ink);
   /// The style may have been changed.
   void update();
+  /// The language was changed.
+  void speakAnew();
   /// Where the item is on the screen; null where the desktop does not say.
   QRect place() const { return icon_.geometry(); }
 
 private:
-  void addAction(const std::string& title, const Task& action);
-
   Model& model_;
   const UserDefaults& defaults_;
   TrayInk ink_ = TrayInk::edged;
   std::optional<TrayForm> shown_;
   QString tooltip_;
   QMenu menu_;
+  std::vector<QAction*> entries_;
   QSystemTrayIcon icon_;
   Subscription cycles_;
 };

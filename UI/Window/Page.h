@@ -18,6 +18,8 @@ public:
   virtual std::string title() const = 0;
   /// What stands at the right of the title; null for nothing. The page's child until the window takes it.
   virtual QWidget* control() { return nullptr; }
+  /// What stays below while the rest scrolls; null for nothing.
+  virtual QWidget* footer() { return nullptr; }
   /// The keys for "find in this list" and "measure again".
   virtual void find() {}
   virtual void refresh() {}

@@ -135,11 +135,16 @@ private:
 
 SidebarView::SidebarView(const Theme& theme, QWidget* parent)
     : Painted(theme, parent), foot_(new Row(theme, *this, false)) {
-  setName(localized("Sections"));
   setFixedWidth(fullWidth);
+  speakAnew();
+}
+
+void SidebarView::speakAnew() {
+  setName(localized("Sections"));
   Sidebar::Row row{.icon = Icon::settings, .title = localized("Settings"), .value = localized("Ctrl ,")};
   row.name = row.title;
   foot_->show(row, false);
+  update();
 }
 
 void SidebarView::show(const Sidebar& content) {

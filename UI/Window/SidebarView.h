@@ -17,6 +17,8 @@ public:
   SidebarView(const Theme& theme, QWidget* parent);
 
   void show(const Sidebar& content);
+  /// What is not part of the content, when the language was changed.
+  void speakAnew();
   void setRail(bool isRail);
   void onOpen(std::function<void(SidebarItem)> handler) { open_ = std::move(handler); }
   void onSettings(std::function<void()> handler) { settings_ = std::move(handler); }

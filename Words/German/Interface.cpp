@@ -275,7 +275,6 @@ constexpr LocalizedText texts[] = {
     {"Menu bar", "Menüleiste"},
     {"General", "Allgemein"},
     {"Language", "Sprache"},
-    {"Counts from the next start on.", "Gilt ab dem nächsten Start."},
     {"English", "English"},
     {"Deutsch", "Deutsch"},
     {"Appearance", "Erscheinungsbild"},

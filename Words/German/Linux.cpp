@@ -66,7 +66,7 @@ constexpr LocalizedText texts[] = {
     {"Open Login Items", "Einstellungen öffnen"},
     {"Enabled, but not for this user", "Aktiviert für Mitglieder der Gruppe „korvell“: Ein Administrator "
                                        "nimmt das Konto auf, danach neu anmelden"},
-    {"The mark in the menu bar", "Das Zeichen in der Leiste"},
+    {"The mark in the menu bar", "Das Zeichen im Infobereich"},
 };
 constexpr auto sorted = sortedTexts(texts);
 

@@ -20,6 +20,7 @@
 //   pressure         Druck, Speicherdruck
 //   scan             durchsuchen
 //   Trash            Papierkorb
+//   tray             Infobereich (what it stands in, the desktop's panel, is a Leiste)
 //   wired            reserviert
 
 #include "Base/Localization.h"
