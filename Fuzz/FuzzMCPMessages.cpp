@@ -52,7 +52,7 @@ Tool act(Played& played) {
 }
 
 /// Whether it is answered whatever comes after it: a call of "act" can be cancelled while it asks.
-bool isDue(const Value& message) {
+bool mustBeAnswered(const Value& message) {
   const auto read = readMessage(message);
   if (std::holds_alternative<RPCFault>(read)) return true;
   const auto* request = std::get_if<RPCRequest>(&read);
@@ -78,7 +78,9 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     const auto* batch = document ? document->asArray() : nullptr;
     owed += batch ? std::max<std::size_t>(1, batch->size()) : 1;
     // One answer at least for a list, of whatever size it may be.
-    due += !document ? 1 : batch ? batch->empty() || std::ranges::any_of(*batch, isDue) : isDue(*document);
+    due += !document ? 1
+           : batch   ? batch->empty() || std::ranges::any_of(*batch, mustBeAnswered)
+                     : mustBeAnswered(*document);
     line ? server.receive(*line) : server.refuseLongLine();
     time.run();
   };
