@@ -421,6 +421,20 @@ TEST_F(MeasureTests, rowsStayUnderThePointerAlsoWhenTheirOrderWasChosenThere) {
   EXPECT_THAT(names(session->list()), ElementsAre("a", "b"));
 }
 
+TEST_F(MeasureTests, anotherListUnderThePointerHasItsOwnOrder) {
+  record(0, 30, 50, {app("mail", {20})});
+  model.step(snapshot(scheduler.clock().now(), 10, {app("now", {5}), app("mail", {1})}));
+  const auto session = open(Metric::cpu, HistoryRange::h12);
+  scheduler.run();
+  session->point(start);
+  scheduler.run();
+  session->settle(true); // from the chart to the list: the moment's rows stand there a little longer
+  session->point(std::nullopt);
+  EXPECT_THAT(names(session->list()), ElementsAre("now", "mail"));
+  model.step(snapshot(scheduler.clock().now(), 10, {app("now", {5}), app("mail", {9})}));
+  EXPECT_THAT(names(session->list()), ElementsAre("now", "mail")) << "which it keeps";
+}
+
 TEST_F(MeasureTests, theChartMarksWhatHappened) {
   record(0, 5, 50, {});
   record(30, 35, 50, {});

@@ -241,10 +241,18 @@ void MeasureSession::rebuild() {
                              history_ ? history_->range : HistoryRange::live,
                              temperatureUnit(services_.defaults), services_.facts.sources};
   page_ = measurePage(model, metric_, beside);
-  list_ = past_ ? pastAppList(model, metric_, past_->apps, choices_, services_.facts)
-                : appList(model, metric_, choices_, services_.facts);
+  makeList();
   askReasons();
   changed_();
+}
+
+void MeasureSession::makeList() {
+  const auto of = past_ ? std::optional(past_->of) : std::nullopt;
+  const bool isAnother = std::exchange(listedPast_, of) != of;
+  if (isAnother) choices_.settled.clear(); // another list has an order of its own
+  list_ = past_ ? pastAppList(services_.model, metric_, past_->apps, choices_, services_.facts)
+                : appList(services_.model, metric_, choices_, services_.facts);
+  if (isAnother) keepOrder();
 }
 
 /// When a figure is missing here, and again when other ones are: it takes readings of its own.

@@ -95,6 +95,7 @@ private:
   void askReasons();
   void letGo();
   void keepOrder();
+  void makeList();
   void rebuild();
 
   Services services_;
@@ -108,6 +109,7 @@ private:
   bool isSettled_ = false, wantsRange_ = false;
   std::optional<Past> askedPast_;
   std::optional<Answer> past_;      ///< nothing: the list is of now
+  std::optional<Past> listedPast_;  ///< of the list as it was made
   std::vector<KnownPart> examined_; ///< the unknown parts when their sources were examined
   std::optional<double> tenMinutes_;
   std::uint64_t asked_ = 0, answered_ = 0, askedApps_ = 0;
