@@ -41,13 +41,11 @@ StreamOwners::StreamOwners(std::unique_ptr<OwnerRules> rules, std::unique_ptr<St
 
 StreamOwner StreamOwners::owner(const SoundStream& stream) {
   rules_->beginCycle();
-  auto process = byProcess(stream);
-  const auto pid = process ? process->pid : 0;
+  if (auto process = byProcess(stream)) return *process;
   if (!stream.sandboxID.empty()) {
-    if (auto owner = rules_->claimed(stream.sandboxID, "")) return {std::move(*owner), pid};
-    return {{"proc:" + stream.sandboxID, stream.sandboxID, std::nullopt}, pid};
+    if (auto owner = rules_->claimed(stream.sandboxID, "")) return {std::move(*owner), 0};
+    return {{"proc:" + stream.sandboxID, stream.sandboxID, std::nullopt}, 0};
   }
-  if (process) return *process;
   if (auto owner = rules_->claimed(stream.applicationID, stream.applicationName))
     return {std::move(*owner), 0};
   for (const auto* name : {&stream.program, &stream.applicationName, &stream.applicationID})

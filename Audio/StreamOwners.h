@@ -3,10 +3,10 @@
 // plays is one application. A process id that a stream claims is believed where its program is that
 // process's; a name that it merely claims is believed last. The first that answers decides:
 //
-//   the sandbox's word                       the application with that id
-//   the process of that id, same program     that process's owner
+//   the process of that id, same program     that process's owner, for sandboxes by their control group
 //   the one process that is known by that id in a process-id namespace of its own, same program
 //                                            that process's owner
+//   the sandbox's word                       the application with that id; any program can say the same
 //   application id, application name         the installed application of that id or name
 //   program, name                            "proc:" and the program
 //

@@ -23,7 +23,13 @@ TEST(StreamOwnersTests, theFirstRuleThatAnswersDecides) {
   world->add(31, 1, {.path = "/usr/bin/mpv", .name = "mpv", .user = user});
   world->add(32, 1, {.path = "/usr/bin/twin", .name = "twin", .user = user});
   world->add(33, 1, {.path = "/usr/bin/twin", .name = "twin", .user = user});
-  world->inside = {{30, 2}, {31, 2}, {32, 5}, {33, 5}};
+  world->add(40, 1,
+             {.path = "/app/bin/player",
+              .name = "player",
+              .user = user,
+              .controlGroup = "/user.slice/user-1000.slice/user@1000.service/app.slice/"
+                              "app-flatpak-org.videolan.VLC-77.scope"});
+  world->inside = {{30, 2}, {31, 2}, {32, 5}, {33, 5}, {40, 3}};
   StreamOwners owners(std::make_unique<LinuxOwners>(files, "en_GB.UTF-8", user), std::move(world));
 
   const struct {
@@ -40,10 +46,12 @@ TEST(StreamOwnersTests, theFirstRuleThatAnswersDecides) {
       {"the system's word needs no program", {.pid = 20, .isPIDCertain = true}, "mpv", 20},
       {"inside a namespace", {.pid = 2, .program = "game"}, "game", 30},
       {"two inside that fit", {.pid = 5, .program = "twin", .applicationID = "firefox"}, "Firefox", 0},
-      {"the sandbox's word goes before all",
+      {"a process goes before a sandbox's word, which anybody can say",
        {.sandboxID = "org.videolan.VLC", .pid = 20, .program = "mpv"},
-       "VLC",
+       "mpv",
        20},
+      {"a sandbox's word, and nobody there", {.sandboxID = "org.videolan.VLC", .pid = 99}, "VLC", 0},
+      {"a sandbox, by its control group", {.sandboxID = "firefox", .pid = 3, .program = "player"}, "VLC", 40},
       {"a sandboxed application that is not installed",
        {.sandboxID = "org.x.Y", .applicationName = "VLC"},
        "org.x.Y",
