@@ -50,12 +50,19 @@ struct RememberedApp {
   std::optional<std::string> bundlePath;
   double volume = 1; ///< 0 to loudestApp
   bool muted = false;
+  /// Names under which the sound server itself remembers what it plays, the newest last; absent where it
+  /// doesn't. A reset changes that too.
+  std::optional<std::vector<std::string>> memories = {};
+  static constexpr std::size_t mostMemories = 8;
 
   bool operator==(const RememberedApp&) const = default;
   static constexpr auto fields() {
-    return std::tuple{Field{"key", &RememberedApp::key}, Field{"name", &RememberedApp::name},
+    return std::tuple{Field{"key", &RememberedApp::key},
+                      Field{"name", &RememberedApp::name},
                       Field{"bundlePath", &RememberedApp::bundlePath},
-                      Field{"volume", &RememberedApp::volume}, Field{"muted", &RememberedApp::muted}};
+                      Field{"volume", &RememberedApp::volume},
+                      Field{"muted", &RememberedApp::muted},
+                      Field{"memories", &RememberedApp::memories}};
   }
 };
 
@@ -78,8 +85,9 @@ enum class SoundConnection {
   idle,       ///< nobody needs it
   connecting, ///< not everything is listed yet
   connected,
-  noServer,  ///< none runs or answers; it is looked for again
-  noLibrary, ///< what it takes to talk to one is not installed
+  unsupported, ///< the system lets nobody set an application's volume
+  noServer,    ///< none runs or answers; it is looked for again
+  noLibrary,   ///< what it takes to talk to one is not installed
 };
 
 /// The titles are what is told instead of a list.
@@ -90,6 +98,7 @@ struct EnumTable<SoundConnection> {
       {idle, "idle", "Nobody listens to the sound server."},
       {connecting, "connecting", "Looking for the sound server…"},
       {connected, "connected", "Nothing makes a sound."},
+      {unsupported, "unsupported", "This system lets nobody set the volumes of applications."},
       {noServer, "noServer", "No sound server runs here, so there are no volumes to show."},
       {noLibrary, "noLibrary", "PulseAudio's client library is not installed, so no volume can be shown."}};
 };

@@ -22,6 +22,11 @@ void PacedChanges::add(const std::string& target, const SoundChange& change) {
   pass();
 }
 
+SoundChange PacedChanges::waiting(const std::string& target) const {
+  const auto row = rows_.find(target);
+  return row == rows_.end() ? SoundChange() : row->second.waiting;
+}
+
 void PacedChanges::pass() {
   const auto now = queue_.clock().monotonic();
   std::optional<Seconds> due;

@@ -27,6 +27,8 @@ public:
   PacedChanges(Queue& queue, Send send);
 
   void add(const std::string& target, const SoundChange& change);
+  /// What has not gone yet.
+  SoundChange waiting(const std::string& target) const;
   /// What still waits goes now.
   void finish();
 

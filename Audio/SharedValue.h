@@ -22,6 +22,8 @@ template <class T>
 class SharedValue {
 public:
   static constexpr Seconds echoTime{5};
+  /// So long what was sent is shown as if it were in force. Echoes take milliseconds.
+  static constexpr Seconds shownTime{1};
 
   void sent(T value, Seconds now) { sent_.push_back({value, now}); }
 
@@ -36,6 +38,12 @@ public:
         return ValueNews::ours;
       }
     return isChange && !isFirst ? ValueNews::others : ValueNews::none;
+  }
+
+  /// What is in force once everything that was sent has arrived; absent before anything is known.
+  std::optional<T> value(Seconds now) const {
+    const bool isAwaited = !sent_.empty() && now - sent_.back().at <= shownTime;
+    return isAwaited ? sent_.back().value : told_;
   }
 
 private:

@@ -17,6 +17,18 @@ constexpr Seconds forgetLeeway{30};
 constexpr int mostReplaced = 3;
 const std::string outputTarget; ///< no application has an empty key
 
+/// The newest last, and no more than an application keeps.
+std::vector<std::string> joined(const std::optional<std::vector<std::string>>& stored,
+                                const std::vector<std::string>& met) {
+  std::vector<std::string> all;
+  for (const auto& memory : stored.value_or(std::vector<std::string>()))
+    if (!std::ranges::count(met, memory)) all.push_back(memory);
+  all.insert(all.end(), met.begin(), met.end());
+  if (all.size() > RememberedApp::mostMemories)
+    all.erase(all.begin(), all.end() - RememberedApp::mostMemories);
+  return all;
+}
+
 } // namespace
 
 SoundEngine::SoundEngine(Queue& queue, Services services)
@@ -34,9 +46,9 @@ SoundEngine::SoundEngine(Queue& queue, Services services)
 }
 
 SoundEngine::~SoundEngine() {
+  store(); // before anything that could hang
   changes_.finish();
   if (isOpen_) system_->disconnect();
-  store();
 }
 
 // What is needed, and the connection.
@@ -49,8 +61,16 @@ void SoundEngine::setWatched(bool list, bool levels) {
   publishSoon();
 }
 
+void SoundEngine::retry() {
+  if (!isWaiting_) return;
+  retrying_->cancel();
+  isWaiting_ = false;
+  failures_ = 0;
+  followNeed();
+}
+
 void SoundEngine::followNeed() {
-  const bool isNeeded = isWatched_ || (isKeeper() && !remembered_.empty());
+  const bool isNeeded = isWatched_ || (isKeeper() && (!remembered_.empty() || !owed_.empty()));
   if (isNeeded && !isOpen_ && !isWaiting_) return connect();
   if (!isNeeded && (isOpen_ || isWaiting_ || connection_ != SoundConnection::idle)) disconnect();
 }
@@ -76,7 +96,7 @@ void SoundEngine::disconnect() {
 /// The applications stay for those who look what played a minute ago.
 void SoundEngine::clear() {
   while (!streams_.empty()) streamEnded(streams_.begin()->first);
-  output_.reset();
+  outputChanged(std::nullopt);
   measuresLevels_ = false;
   levels_->cancel();
   publishSoon();
@@ -87,6 +107,8 @@ void SoundEngine::connectionChanged(SoundConnection connection) {
   if (connection == SoundConnection::connected) {
     failures_ = 0;
     owners(); // what it reads takes time that the first stream has not got
+    payOwed();
+    followNeed(); // it may have been for that alone
   }
   if (connection == SoundConnection::noServer || connection == SoundConnection::noLibrary) {
     isOpen_ = false;
@@ -107,7 +129,16 @@ void SoundEngine::accessChanged(SoundAccess access) {
 }
 
 void SoundEngine::outputChanged(const std::optional<OutputDevice>& output) {
+  if (!output || !output_ || output->name != output_->name) {
+    outputVolume_ = {};
+    outputMuted_ = {};
+  }
   output_ = output;
+  if (output) {
+    const auto now = queue_.clock().monotonic();
+    outputVolume_.told(output->volume, now);
+    outputMuted_.told(output->muted, now);
+  }
   publishSoon();
 }
 
@@ -128,32 +159,38 @@ StreamOwners& SoundEngine::owners() {
   return *owners_;
 }
 
+/// It is heard until its volume has arrived: nothing that can wait comes before.
 void SoundEngine::begin(const SoundStream& stream) {
-  loadMemory(); // another process may have changed it
   auto owner = owners().owner(stream);
   const auto key = owner.owner.key;
-  auto& app = apps_[key];
-  app.owner = owner.owner;
   auto& added = streams_[stream.id];
-  added.owner = std::move(owner);
+  added.told.id = stream.id;
   added.since = queue_.clock().monotonic();
-  if (const auto chosen = remembered_.find(key); isKeeper() && chosen != remembered_.end())
-    send(key, {stream.id}, {chosen->second.volume, chosen->second.muted});
+  added.owner = std::move(owner);
+  const auto chosen = [&] {
+    const auto found = remembered_.find(key);
+    return found == remembered_.end() ? std::nullopt : std::optional(found->second);
+  };
+  const auto given = chosen();
+  give(key, stream.id);
+  loadMemory(); // another process may have changed it
+  if (chosen() != given) give(key, stream.id);
+  apps_[key].owner = added.owner.owner;
+  noteMemory(key, stream.memory);
   hear(added, stream);
+}
+
+void SoundEngine::give(const std::string& app, StreamID stream) {
+  const auto chosen = remembered_.find(app);
+  if (isKeeper() && chosen != remembered_.end())
+    send(app, {stream}, {chosen->second.volume, chosen->second.muted});
 }
 
 void SoundEngine::hear(Stream& stream, const SoundStream& now) {
   if (stream.told.isPlaying || now.isPlaying)
     apps_[stream.owner.owner.key].heard = queue_.clock().monotonic();
-  const auto before = std::exchange(stream.told, now);
-  if (!now.isSettled) {
-    // Between two outputs it has none: its volume is what it was.
-    stream.told.volume = before.volume;
-    stream.told.muted = before.muted;
-    stream.told.isSettled = stream.hasSettled;
-    return;
-  }
-  stream.hasSettled = true;
+  stream.told = now;
+  if (!now.isSettled) return; // between two outputs it has none: its volume is what it was
   const auto at = queue_.clock().monotonic();
   const bool volume = stream.volume.told(now.volume, at) == ValueNews::others;
   const bool muted = stream.muted.told(now.muted, at) == ValueNews::others;
@@ -165,8 +202,7 @@ void SoundEngine::heedOthers(Stream& stream, bool volume, bool muted) {
   const auto chosen = remembered_.find(key);
   if (!isKeeper() || chosen == remembered_.end()) return;
   const bool isStarting = queue_.clock().monotonic() - stream.since < settling;
-  if (!isStarting || stream.replaced >= mostReplaced)
-    return adopt(chosen->second, stream.told, volume, muted);
+  if (!isStarting || stream.replaced >= mostReplaced) return adopt(key);
   ++stream.replaced;
   SoundChange again;
   if (volume) again.volume = chosen->second.volume;
@@ -174,10 +210,13 @@ void SoundEngine::heedOthers(Stream& stream, bool volume, bool muted) {
   send(key, {stream.told.id}, again);
 }
 
-void SoundEngine::adopt(RememberedApp entry, const SoundStream& told, bool volume, bool muted) {
-  if (volume) entry.volume = std::clamp(told.volume, 0.0, loudestApp);
-  if (muted) entry.muted = told.muted;
-  remember(std::move(entry));
+/// What is remembered is what the row shows, which one stream of several need not change.
+void SoundEngine::adopt(const std::string& app) {
+  auto entry = remembered_.at(app);
+  const auto shown = listed(app, apps_.at(app));
+  entry.volume = std::clamp(shown.volume, 0.0, loudestApp);
+  entry.muted = shown.muted;
+  if (entry != remembered_.at(app)) remember(std::move(entry));
 }
 
 void SoundEngine::streamEnded(StreamID id) {
@@ -220,28 +259,63 @@ void SoundEngine::changeOutput(const SoundChange& change) {
   SoundChange sent = change;
   if (sent.volume) sent.volume = std::clamp(*sent.volume, 0.0, 1.0);
   changes_.add(outputTarget, sent);
+  publishSoon();
 }
 
 void SoundEngine::reset(const std::string& app) {
+  forgetMemories(app);
   remembered_.erase(app);
   unstored_.erase(app);
   isStored_ = memory_.forget(app);
-  changes_.add(app, {1.0, false});
   followNeed();
   publishSoon();
 }
 
 void SoundEngine::resetAll() {
-  for (const auto& [key, app] : std::exchange(remembered_, {})) changes_.add(key, {1.0, false});
+  for (const auto& [key, app] : remembered_) forgetMemories(key);
+  remembered_.clear();
   unstored_.clear();
   isStored_ = memory_.forgetAll();
   followNeed();
   publishSoon();
 }
 
+/// Of what it plays, and of what it will play: a server gives a new stream what the last one had.
+void SoundEngine::forgetMemories(const std::string& app) {
+  changes_.add(app, {1.0, false});
+  if (const auto known = apps_.find(app); known != apps_.end()) {
+    known->second.volume = 1;
+    known->second.muted = false;
+    owed_.insert(known->second.memories.begin(), known->second.memories.end());
+  }
+  if (const auto entry = remembered_.find(app); entry != remembered_.end() && entry->second.memories)
+    owed_.insert(entry->second.memories->begin(), entry->second.memories->end());
+  payOwed();
+}
+
+void SoundEngine::payOwed() {
+  if (owed_.empty() || connection_ != SoundConnection::connected) return;
+  if (services_.role != SoundRole::rememberer) system_->forget(owed_);
+  owed_.clear();
+}
+
+void SoundEngine::noteMemory(const std::string& app, const std::string& memory) {
+  if (memory.empty()) return;
+  auto& known = apps_[app].memories;
+  if (std::ranges::count(known, memory)) return;
+  if (known.size() == RememberedApp::mostMemories) known.erase(known.begin());
+  known.push_back(memory);
+  if (!isKeeper() || !remembered_.contains(app)) return;
+  auto entry = entryOf(app);
+  if (entry != remembered_.at(app)) remember(std::move(entry));
+}
+
 void SoundEngine::sendTo(const std::string& target, const SoundChange& change) {
   if (!isOpen_ || services_.role == SoundRole::rememberer) return;
   if (target == outputTarget) {
+    const auto now = queue_.clock().monotonic();
+    if (change.volume) outputVolume_.sent(*change.volume, now);
+    if (change.muted) outputMuted_.sent(*change.muted, now);
     if (change.volume) system_->setOutputVolume(*change.volume);
     if (change.muted) system_->setOutputMuted(*change.muted);
     return;
@@ -258,9 +332,8 @@ void SoundEngine::send(const std::string& app, const std::vector<StreamID>& stre
   const auto now = queue_.clock().monotonic();
   for (const auto id : streams) {
     auto& stream = streams_[id];
-    // Shown as if it were done: what comes of it is told anyway.
-    if (change.volume) stream.volume.sent(stream.told.volume = *change.volume, now);
-    if (change.muted) stream.muted.sent(stream.told.muted = *change.muted, now);
+    if (change.volume) stream.volume.sent(*change.volume, now);
+    if (change.muted) stream.muted.sent(*change.muted, now);
   }
   if (change.volume) system_->setVolume({app, streams}, *change.volume);
   if (change.muted) system_->setMuted({app, streams}, *change.muted);
@@ -270,10 +343,16 @@ void SoundEngine::send(const std::string& app, const std::vector<StreamID>& stre
 // What is remembered.
 
 RememberedApp SoundEngine::entryOf(const std::string& key) const {
-  if (const auto chosen = remembered_.find(key); chosen != remembered_.end()) return chosen->second;
-  const auto& app = apps_.at(key);
+  const auto chosen = remembered_.find(key);
+  const auto known = apps_.find(key);
+  if (known == apps_.end()) return chosen->second;
+  const auto& app = known->second;
   const auto shown = listed(key, app);
-  return {key, app.owner.name, app.owner.bundlePath, std::min(shown.volume, loudestApp), shown.muted};
+  auto entry = chosen != remembered_.end() ? chosen->second
+                                           : RememberedApp{key, app.owner.name, app.owner.bundlePath,
+                                                           std::min(shown.volume, loudestApp), shown.muted};
+  if (!app.memories.empty()) entry.memories = joined(entry.memories, app.memories);
+  return entry;
 }
 
 void SoundEngine::remember(RememberedApp app) {
@@ -337,30 +416,48 @@ AudioApp SoundEngine::listed(const std::string& key, const App& app) const {
                  .bundlePath = app.owner.bundlePath,
                  .volume = app.volume,
                  .muted = app.muted};
+  const auto chosen = remembered_.find(key);
+  shown.isRemembered = chosen != remembered_.end();
+  if (shown.isRemembered && isKeeper()) {
+    shown.volume = chosen->second.volume;
+    shown.muted = chosen->second.muted;
+  }
   const auto streams = streamsOf(key);
-  bool isFirst = true;
   for (const auto* stream : streams) {
-    const auto& told = stream->told;
-    shown.playing |= told.isPlaying;
+    shown.playing |= stream->told.isPlaying;
     if (const auto pid = stream->owner.pid; pid > 0) shown.pids.push_back(pid);
-    if (!told.isSettled) continue;
-    shown.volume = isFirst ? told.volume : std::max(shown.volume, told.volume);
-    shown.muted = (isFirst || shown.muted) && told.muted;
-    isFirst = false;
   }
   std::ranges::sort(shown.pids);
   shown.pids.erase(std::unique(shown.pids.begin(), shown.pids.end()), shown.pids.end());
   shown.isAdjustable = streams.empty() || std::ranges::any_of(streams, [](const auto* stream) {
                          return stream->told.isAdjustable;
                        });
-  if (shown.playing) shown.level = app.level;
-  const auto chosen = remembered_.find(key);
-  shown.isRemembered = chosen != remembered_.end();
-  if (shown.isRemembered && isKeeper() && shown.isAdjustable) {
-    shown.volume = chosen->second.volume;
-    shown.muted = chosen->second.muted;
+  showReal(shown, streams);
+  const auto waiting = changes_.waiting(key);
+  if (shown.isAdjustable) {
+    shown.volume = waiting.volume.value_or(shown.volume);
+    shown.muted = waiting.muted.value_or(shown.muted);
   }
+  if (shown.playing) shown.level = app.level;
   return shown;
+}
+
+/// The loudest of those that play; of all where none does. Those that nobody can change count where there are
+/// no others.
+void SoundEngine::showReal(AudioApp& shown, const std::vector<const Stream*>& streams) const {
+  const auto now = queue_.clock().monotonic();
+  bool isFirst = true;
+  for (const auto* stream : streams) {
+    const auto& told = stream->told;
+    const auto volume = stream->volume.value(now);
+    const auto muted = stream->muted.value(now);
+    if (!volume || !muted || told.isPlaying != shown.playing || told.isAdjustable != shown.isAdjustable)
+      continue;
+    const auto heard = std::clamp(*volume, 0.0, loudestApp);
+    shown.volume = isFirst ? heard : std::max(shown.volume, heard);
+    shown.muted = (isFirst || shown.muted) && *muted;
+    isFirst = false;
+  }
 }
 
 bool SoundEngine::hasOpenStream(const std::string& app) const {
@@ -373,6 +470,11 @@ Seconds SoundEngine::heardUntil(const App& app) { return app.heard ? *app.heard 
 SoundState SoundEngine::state() const {
   const auto now = queue_.clock().monotonic();
   SoundState state{.connection = connection_, .access = access_, .output = output_, .isStored = isStored_};
+  if (auto& output = state.output) {
+    const auto waiting = changes_.waiting(outputTarget);
+    output->volume = waiting.volume.value_or(outputVolume_.value(now).value_or(output->volume));
+    output->muted = waiting.muted.value_or(outputMuted_.value(now).value_or(output->muted));
+  }
   for (const auto& [key, app] : apps_)
     if (hasOpenStream(key) || heardUntil(app) > now) state.apps.push_back(listed(key, app));
   for (const auto& [key, app] : remembered_) state.remembered.push_back(app);

@@ -47,6 +47,8 @@ public:
   SoundEngine& operator=(const SoundEngine&) = delete;
 
   void setWatched(bool list, bool levels);
+  /// For somebody who asks now: a server that was lost is not waited for any longer.
+  void retry();
   void change(const std::string& app, const SoundChange& change);
   void changeOutput(const SoundChange& change);
   void reset(const std::string& app);
@@ -61,7 +63,6 @@ private:
     SharedValue<double> volume;
     SharedValue<bool> muted;
     Seconds since{0};
-    bool hasSettled = false;
     int replaced = 0; ///< how often another volume was
   };
   struct App {
@@ -70,6 +71,7 @@ private:
     bool muted = false;
     std::optional<Seconds> heard; ///< when it last played
     std::optional<double> level = {};
+    std::vector<std::string> memories = {}; ///< as a remembered application's
   };
 
   void connectionChanged(SoundConnection connection) override;
@@ -87,10 +89,15 @@ private:
   void begin(const SoundStream& stream);
   void hear(Stream& stream, const SoundStream& now);
   void heedOthers(Stream& stream, bool volume, bool muted);
-  void adopt(RememberedApp entry, const SoundStream& told, bool volume, bool muted);
+  void give(const std::string& app, StreamID stream);
+  void adopt(const std::string& app);
+  void showReal(AudioApp& shown, const std::vector<const Stream*>& streams) const;
   void send(const std::string& app, const std::vector<StreamID>& streams, const SoundChange& change);
   void sendTo(const std::string& target, const SoundChange& change);
   void remember(RememberedApp app);
+  void noteMemory(const std::string& app, const std::string& memory);
+  void forgetMemories(const std::string& app);
+  void payOwed();
   void loadMemory();
   void forgetSilent();
   void measureLevels();
@@ -108,6 +115,7 @@ private:
   SoundMemory memory_;
   std::map<std::string, RememberedApp> remembered_;
   std::set<std::string> unstored_;
+  std::set<std::string> owed_; ///< memories of applications that were reset while there was no server
   bool isWatched_ = false, wantsLevels_ = false, measuresLevels_ = false;
   bool isOpen_ = false;      ///< connected, or about to be
   bool isWaiting_ = false;   ///< to look for the server again
@@ -115,6 +123,8 @@ private:
   SoundConnection connection_ = SoundConnection::idle;
   SoundAccess access_ = SoundAccess::granted;
   std::optional<OutputDevice> output_;
+  SharedValue<double> outputVolume_;
+  SharedValue<bool> outputMuted_;
   std::map<StreamID, Stream> streams_;
   std::map<std::string, App> apps_;
   bool isStored_ = true;

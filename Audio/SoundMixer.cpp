@@ -5,37 +5,57 @@
 #include "Base/Text.h"
 
 #include <algorithm>
+#include <future>
 #include <set>
+#include <thread>
 #include <utility>
 
 namespace korvell {
 
+/// What outlives a mixer whose sound system hangs.
+struct SoundMixer::Room {
+  std::unique_ptr<SoundEngine> engine; ///< on the queue below
+  std::unique_ptr<Queue> queue;        ///< last, so that it ends first
+};
+
 SoundMixer::SoundMixer(Queue& main, Services services)
-    : state(main), main_(main), queue_(services.makeQueue(queueLabel)) {
+    : state(main), main_(main), farewell_(services.farewell), room_(std::make_shared<Room>()) {
+  room_->queue = services.makeQueue(queueLabel);
   const auto publish = [&main, watch = life_.watch()](SoundState now) {
     main.async([watch, now = std::move(now)]() mutable {
       if (auto* mixer = watch.get()) mixer->state.setIfChanged(std::move(now));
     });
   };
-  queue_->async([this, publish, services = std::move(services)]() mutable {
-    engine_ = std::make_unique<SoundEngine>(
-        *queue_, SoundEngine::Services{std::move(services.makeSystem), std::move(services.makeOwners),
-                                       services.defaults, services.role, publish});
+  room_->queue->async([room = room_.get(), publish, services = std::move(services)]() mutable {
+    room->engine = std::make_unique<SoundEngine>(
+        *room->queue, SoundEngine::Services{std::move(services.makeSystem), std::move(services.makeOwners),
+                                            services.defaults, services.role, publish});
   });
 }
 
 SoundMixer::~SoundMixer() {
   life_.cut();
-  queue_->sync([this] { engine_.reset(); });
+  auto ended = std::make_shared<std::promise<void>>();
+  const auto end = ended->get_future();
+  std::thread ending([room = std::move(room_), ended]() mutable {
+    room->queue->sync([&room] { room->engine.reset(); });
+    room.reset();
+    ended->set_value();
+  });
+  if (end.wait_for(farewell_) == std::future_status::ready)
+    ending.join();
+  else
+    ending.detach();
 }
 
 void SoundMixer::tell(std::function<void(SoundEngine&)> what) {
-  queue_->async([this, what = std::move(what)] { what(*engine_); });
+  room_->queue->async([room = room_.get(), what = std::move(what)] { what(*room->engine); });
 }
 
 Subscription SoundMixer::watch(Interest interest) {
   auto& count = interest == Interest::levels ? levelWatchers_ : watchers_;
   ++count;
+  tell([](SoundEngine& engine) { engine.retry(); });
   countWatchers();
   // Runs where the last copy is let go, which is the main queue.
   return {nullptr, [watch = life_.watch(), interest](void*) {
@@ -78,13 +98,14 @@ void SoundMixer::setOutputMuted(bool muted) {
 
 void SoundMixer::settle(Task done) {
   // What is asked is shown by the task behind it.
-  queue_->async([this, done = std::move(done), watch = life_.watch()]() mutable {
-    queue_->async([&main = main_, done = std::move(done), watch] {
-      main.async([done, watch] {
-        if (watch.get()) done();
+  room_->queue->async(
+      [room = room_.get(), &main = main_, done = std::move(done), watch = life_.watch()]() mutable {
+        room->queue->async([&main, done = std::move(done), watch] {
+          main.async([done, watch] {
+            if (watch.get()) done();
+          });
+        });
       });
-    });
-  });
 }
 
 Result<RememberedApp> chooseSoundApp(const SoundState& state, std::string_view what) {

@@ -1,12 +1,13 @@
 #pragma once
 // A volume for every application that makes sound: lists them, changes them, and gives everything that a
-// remembered application plays the volume that was chosen for it, before it is heard.
+// remembered application plays the volume that was chosen for it, as soon as the system tells of it.
 //
 // Main queue only; what it asks the system runs on its own queue, "Korvell.sound". It is connected while
 // somebody watches or an application is remembered, and costs nothing otherwise. A lost or missing server is
 // looked for again after 1, 2, 5, 10 and then every 30 seconds. What was changed elsewhere is shown, and of
 // remembered applications taken over. Destroyed before the main queue and the settings; what was changed by
-// then is carried out and stored.
+// then is stored and carried out. A sound system that does not answer is left behind after a while: an
+// application that can't be ended is worse.
 
 #include "Audio/AudioApp.h"
 #include "Audio/SoundSystem.h"
@@ -40,6 +41,7 @@ public:
     UserDefaults& defaults;
     QueueFactory makeQueue;
     SoundRole role = SoundRole::keeper;
+    Seconds farewell{3}; ///< longest wait for the sound system at the end
   };
 
   SoundMixer(Queue& main, Services services);
@@ -75,8 +77,9 @@ private:
   Queue& main_;
   int watchers_ = 0, levelWatchers_ = 0;
   Lifeline<SoundMixer> life_{*this};
-  std::unique_ptr<SoundEngine> engine_; ///< on the queue below
-  std::unique_ptr<Queue> queue_;        ///< last, so that it ends first
+  const Seconds farewell_;
+  struct Room;
+  std::shared_ptr<Room> room_;
 };
 
 /// The one application that a person names: by its key or its name in any case, of those that are listed or

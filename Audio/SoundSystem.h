@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -24,7 +25,7 @@ using StreamID = std::uint64_t;
 /// A stream as the system tells it. What it says of itself is a claim: any program can say anything.
 struct SoundStream {
   StreamID id = 0;
-  std::string sandboxID;     ///< application that a sandbox's portal vouches for; empty without one
+  std::string sandboxID;     ///< claimed: application that a sandbox's portal named; empty without one
   ProcessID pid = 0;         ///< claimed; 0 when nothing is said
   bool isPIDCertain = false; ///< the system itself says so
   std::string program;       ///< claimed: file name of the executable
@@ -38,6 +39,8 @@ struct SoundStream {
   /// False while so new that the system has not given it its volume: its volume and mute mean nothing yet,
   /// but can be set.
   bool isSettled = true;
+  std::string memory =
+      {}; ///< name under which the system itself remembers its volume; empty where it doesn't
 
   bool operator==(const SoundStream&) const = default;
 };
@@ -79,6 +82,8 @@ public:
   virtual void setMuted(const StreamSet& streams, bool muted) = 0;
   virtual void setOutputVolume(double volume) = 0;
   virtual void setOutputMuted(bool muted) = 0;
+  /// What the system itself remembers under these names for streams to come becomes full volume, unmuted.
+  virtual void forget(const std::set<std::string>& memories) = 0;
   /// Whether levels are measured, which costs time as long as they are.
   virtual void measureLevels(bool measured) = 0;
   /// Of the streams that play, since the last call.

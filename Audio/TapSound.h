@@ -66,6 +66,7 @@ public:
   void setMuted(const StreamSet& streams, bool muted) override;
   void setOutputVolume(double volume) override;
   void setOutputMuted(bool muted) override;
+  void forget(const std::set<std::string>&) override {} // it remembers nothing
   void measureLevels(bool measured) override;
   std::vector<StreamLevel> takeLevels() override;
 

@@ -37,7 +37,7 @@ std::unique_ptr<SoundVisit> visit(const Context& context) {
 } // namespace
 
 SoundState readSound(const Context& context) {
-  SoundState state{.connection = SoundConnection::noServer};
+  SoundState state{.connection = SoundConnection::unsupported};
   const auto answer = askApplication(context, Value::object({{"do", listSoundAction}}));
   const auto* told = answer ? answer->find("sound") : nullptr;
   if (told && fromValue(*told, state)) return state;

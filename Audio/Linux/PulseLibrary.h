@@ -6,6 +6,7 @@
 #include <memory>
 #include <pulse/context.h>
 #include <pulse/error.h>
+#include <pulse/ext-stream-restore.h>
 #include <pulse/introspect.h>
 #include <pulse/operation.h>
 #include <pulse/proplist.h>
@@ -32,7 +33,7 @@ namespace korvell {
   each(context_set_sink_mute_by_name) each(operation_unref) each(proplist_gets) each(cvolume_max) \
   each(cvolume_scale) each(stream_new) each(stream_unref) each(stream_set_monitor_stream) \
   each(stream_set_read_callback) each(stream_connect_record) each(stream_disconnect) \
-  each(stream_peek) each(stream_drop)
+  each(stream_peek) each(stream_drop) each(ext_stream_restore_read) each(ext_stream_restore_write)
 // clang-format on
 
 struct PulseLibrary {

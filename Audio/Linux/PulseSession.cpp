@@ -52,13 +52,13 @@ PulseSession::~PulseSession() {
   if (loop_) pulse_.threaded_mainloop_free(loop_);
 }
 
-bool PulseSession::start() {
-  if (!loop_) return false;
-  context_ = pulse_.context_new(pulse_.threaded_mainloop_get_api(loop_), clientName);
-  if (!context_) return false;
+void PulseSession::start() {
+  if (loop_) context_ = pulse_.context_new(pulse_.threaded_mainloop_get_api(loop_), clientName);
+  if (!context_) return lose();
   pulse_.context_set_state_callback(context_, stateChanged, this);
-  return pulse_.context_connect(context_, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) >= 0 &&
-         pulse_.threaded_mainloop_start(loop_) >= 0;
+  const bool isBegun = pulse_.context_connect(context_, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) >= 0 &&
+                       pulse_.threaded_mainloop_start(loop_) >= 0;
+  if (!isBegun) lose(); // which it may have told already
 }
 
 // What the server tells.
@@ -112,7 +112,7 @@ void PulseSession::heard(const pa_sink_input_info& info) {
   if (info.client == PA_INVALID_INDEX) return;
   auto& input = inputs_[info.index];
   auto& told = input.told;
-  input.volume = info.volume;
+  keepShape(input.shape, info.volume);
   input.sink = info.sink;
   told = {.id = info.index,
           .sandboxID = std::move(told.sandboxID),
@@ -125,7 +125,8 @@ void PulseSession::heard(const pa_sink_input_info& info) {
           .muted = info.mute != 0,
           .isPlaying = info.corked == 0,
           .isAdjustable = info.has_volume != 0 && info.volume_writable != 0,
-          .isSettled = info.sink != PA_INVALID_INDEX};
+          .isSettled = info.sink != PA_INVALID_INDEX,
+          .memory = std::move(told.memory)};
   if (input.isComplete) return tell(input);
   claim(told, info.proplist);
   if (told.pid == 0 || (clientsSayMore_ && told.sandboxID.empty())) {
@@ -164,7 +165,11 @@ void PulseSession::claim(SoundStream& stream, const pa_proplist* properties) con
     if (into.empty()) into = said(name);
   };
   fill(stream.sandboxID, "pipewire.access.portal.app_id");
+  fill(stream.memory, "module-stream-restore.id");
   fill(stream.program, PA_PROP_APPLICATION_PROCESS_BINARY);
+  // So the system calls the executable of a process whose file is replaced by an update.
+  constexpr std::string_view deleted = " (deleted)";
+  if (stream.program.ends_with(deleted)) stream.program.resize(stream.program.size() - deleted.size());
   fill(stream.applicationID, PA_PROP_APPLICATION_ID);
   fill(stream.applicationName, PA_PROP_APPLICATION_NAME);
   if (stream.pid == 0) stream.pid = parseInteger<ProcessID>(said(PA_PROP_APPLICATION_PROCESS_ID)).value_or(0);
@@ -190,23 +195,36 @@ void PulseSession::serverCame(pa_context* context, const pa_server_info* info, v
   auto& session = sessionOf(self);
   session.clientsSayMore_ = !info || !info->server_name ||
                             std::string_view(info->server_name).find("PipeWire") != std::string_view::npos;
-  session.outputName_ = info && info->default_sink_name ? info->default_sink_name : "";
-  session.drop(
-      session.pulse_.context_get_sink_info_by_name(context, session.outputName_.c_str(), outputCame, self));
+  const std::string name = info && info->default_sink_name ? info->default_sink_name : "";
+  if (std::exchange(session.outputName_, name) != name) session.outputShape_ = {};
+  auto* asked = session.outputName_.empty()
+                    ? nullptr // there is none, and to ask for it would never be answered
+                    : session.pulse_.context_get_sink_info_by_name(context, session.outputName_.c_str(),
+                                                                   outputCame, self);
+  if (!asked) session.loseOutput();
+  session.drop(asked);
 }
 
 void PulseSession::outputCame(pa_context*, const pa_sink_info* info, int end, void* self) {
   auto& session = sessionOf(self);
-  if (end == 0 && info) {
-    session.outputVolume_ = info->volume;
-    session.events_.output(
-        OutputDevice{.name = repairedUTF8(info->description ? info->description : info->name),
-                     .volume = volumeOf(session.pulse_.cvolume_max(&info->volume)),
-                     .muted = info->mute != 0});
-    return;
-  }
-  if (end < 0) session.events_.output(std::nullopt); // there is none
-  if (!std::exchange(session.isListed_, true)) session.events_.connection(SoundConnection::connected);
+  if (end < 0) return session.loseOutput();
+  if (end > 0 || !info) return session.finishList();
+  session.keepShape(session.outputShape_, info->volume);
+  session.events_.output(
+      OutputDevice{.name = repairedUTF8(info->description ? info->description : info->name),
+                   .volume = volumeOf(session.pulse_.cvolume_max(&info->volume)),
+                   .muted = info->mute != 0});
+}
+
+void PulseSession::loseOutput() {
+  outputName_.clear();
+  outputShape_ = {};
+  events_.output(std::nullopt);
+  finishList();
+}
+
+void PulseSession::finishList() {
+  if (!std::exchange(isListed_, true)) events_.connection(SoundConnection::connected);
 }
 
 // What is changed.
@@ -238,12 +256,22 @@ void PulseSession::finishChanges(Seconds patience) {
   answered_.wait_for(guard, patience, [this] { return unanswered_ <= 0; });
 }
 
+void PulseSession::keepShape(pa_cvolume& shape, const pa_cvolume& told) const {
+  if (shape.channels != told.channels || pulse_.cvolume_max(&told) > PA_VOLUME_MUTED) shape = told;
+}
+
+/// With the balance of the channels.
+pa_cvolume PulseSession::scaled(pa_cvolume shape, double volume) const {
+  pulse_.cvolume_scale(&shape, volumeOf(volume));
+  return shape;
+}
+
 void PulseSession::setVolume(std::uint32_t stream, double volume) {
   const Lock lock(*this);
   const auto input = inputs_.find(stream);
   if (isLost_ || input == inputs_.end()) return;
-  pulse_.cvolume_scale(&input->second.volume, volumeOf(volume)); // keeps the balance of the channels
-  sent(pulse_.context_set_sink_input_volume(context_, stream, &input->second.volume, changed, this));
+  const auto wanted = scaled(input->second.shape, volume);
+  sent(pulse_.context_set_sink_input_volume(context_, stream, &wanted, changed, this));
 }
 
 void PulseSession::setMuted(std::uint32_t stream, bool muted) {
@@ -254,15 +282,53 @@ void PulseSession::setMuted(std::uint32_t stream, bool muted) {
 
 void PulseSession::setOutputVolume(double volume) {
   const Lock lock(*this);
-  if (isLost_ || outputVolume_.channels == 0) return;
-  pulse_.cvolume_scale(&outputVolume_, volumeOf(volume));
-  sent(pulse_.context_set_sink_volume_by_name(context_, outputName_.c_str(), &outputVolume_, changed, this));
+  if (isLost_ || outputShape_.channels == 0) return;
+  const auto wanted = scaled(outputShape_, volume);
+  sent(pulse_.context_set_sink_volume_by_name(context_, outputName_.c_str(), &wanted, changed, this));
 }
 
 void PulseSession::setOutputMuted(bool muted) {
   const Lock lock(*this);
   if (!isLost_ && !outputName_.empty())
     sent(pulse_.context_set_sink_mute_by_name(context_, outputName_.c_str(), muted, changed, this));
+}
+
+// What the server remembers.
+
+void PulseSession::forget(const std::set<std::string>& memories) {
+  const Lock lock(*this);
+  if (isLost_) return;
+  forgotten_.insert(memories.begin(), memories.end());
+  sent(pulse_.ext_stream_restore_read(context_, memoryCame, this));
+}
+
+/// Entries are written and not deleted: the newer server does not delete. What else stands in one stays, such
+/// as the output that was chosen.
+void PulseSession::memoryCame(pa_context* context, const pa_ext_stream_restore_info* info, int end,
+                              void* self) {
+  auto& session = sessionOf(self);
+  if (end == 0) {
+    if (info && session.forgotten_.erase(info->name) > 0) session.writeFull(*info);
+    return;
+  }
+  // The newer server keeps entries that it doesn't list.
+  for (const auto& name : std::exchange(session.forgotten_, {})) {
+    pa_ext_stream_restore_info entry{};
+    entry.name = name.c_str();
+    session.writeFull(entry);
+  }
+  changed(context, end > 0, self);
+}
+
+void PulseSession::writeFull(pa_ext_stream_restore_info entry) {
+  if (entry.volume.channels == 0) {
+    entry.channel_map.channels = entry.volume.channels = 1;
+    entry.channel_map.map[0] = PA_CHANNEL_POSITION_MONO;
+  }
+  std::fill_n(entry.volume.values, entry.volume.channels, PA_VOLUME_NORM);
+  entry.mute = 0;
+  constexpr int appliesAtOnce = 0; // to streams that play: those are set as others are
+  sent(pulse_.ext_stream_restore_write(context_, PA_UPDATE_REPLACE, &entry, 1, appliesAtOnce, changed, this));
 }
 
 // Levels: of each stream that plays, recorded behind its volume and mute, the peaks only.

@@ -11,6 +11,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 
 namespace korvell {
@@ -35,8 +36,8 @@ public:
   PulseSession(const PulseSession&) = delete;
   PulseSession& operator=(const PulseSession&) = delete;
 
-  /// False when it can't even be begun.
-  bool start();
+  /// What can't even be begun is lost at once.
+  void start();
   /// Until everything that was set has been answered.
   void finishChanges(Seconds patience);
 
@@ -44,6 +45,7 @@ public:
   void setMuted(std::uint32_t stream, bool muted);
   void setOutputVolume(double volume);
   void setOutputMuted(bool muted);
+  void forget(const std::set<std::string>& memories);
   void measureLevels(bool measured);
   std::vector<StreamLevel> takeLevels();
 
@@ -51,7 +53,7 @@ private:
   /// A stream, as it was told last.
   struct Input {
     SoundStream told;
-    pa_cvolume volume{};
+    pa_cvolume shape{}; ///< its volume when it last was none of silence, which has no balance
     std::uint32_t sink = PA_INVALID_INDEX;
     bool isComplete = false; ///< its client has been asked, where that was needed
   };
@@ -73,12 +75,18 @@ private:
   static void serverCame(pa_context* context, const pa_server_info* info, void* self);
   static void outputCame(pa_context* context, const pa_sink_info* info, int end, void* self);
   static void monitorCame(pa_context* context, const pa_sink_info* info, int end, void* self);
+  static void memoryCame(pa_context* context, const pa_ext_stream_restore_info* info, int end, void* self);
   static void changed(pa_context* context, int success, void* self);
   static void levelCame(pa_stream* stream, std::size_t bytes, void* meter);
 
   void heard(const pa_sink_input_info& info);
   void tell(const Input& input);
   void askOutput();
+  void loseOutput();
+  void finishList();
+  pa_cvolume scaled(pa_cvolume shape, double volume) const;
+  void keepShape(pa_cvolume& shape, const pa_cvolume& told) const;
+  void writeFull(pa_ext_stream_restore_info entry);
   void end(std::uint32_t index);
   void lose();
   void sent(pa_operation* operation);
@@ -103,8 +111,9 @@ private:
   std::map<std::uint32_t, Input> inputs_;
   std::multimap<std::uint32_t, std::uint32_t> asked_; ///< inputs that wait for a client, by client
   std::map<std::uint32_t, Meter> meters_;
-  std::string outputName_; ///< the server's, of the default sink
-  pa_cvolume outputVolume_{};
+  std::string outputName_;          ///< the server's, of the default sink; empty without one
+  pa_cvolume outputShape_{};        ///< as an input's
+  std::set<std::string> forgotten_; ///< names in the server's memory that wait to be
 
   std::mutex mutex_;
   std::condition_variable answered_;

@@ -39,8 +39,7 @@ void PulseSound::connect(SoundListener& listener) {
   if (!library_)
     return later([](SoundListener& told) { told.connectionChanged(SoundConnection::noLibrary); });
   session_ = std::make_unique<PulseSession>(*library_, events(), machineID());
-  if (!session_->start())
-    later([](SoundListener& told) { told.connectionChanged(SoundConnection::noServer); });
+  session_->start();
 }
 
 void PulseSound::disconnect() {
@@ -86,6 +85,10 @@ void PulseSound::setOutputVolume(double volume) {
 
 void PulseSound::setOutputMuted(bool muted) {
   if (session_) session_->setOutputMuted(muted);
+}
+
+void PulseSound::forget(const std::set<std::string>& memories) {
+  if (session_) session_->forget(memories);
 }
 
 void PulseSound::measureLevels(bool measured) {

@@ -21,6 +21,7 @@ public:
   void setMuted(const StreamSet& streams, bool muted) override;
   void setOutputVolume(double volume) override;
   void setOutputMuted(bool muted) override;
+  void forget(const std::set<std::string>& memories) override;
   void measureLevels(bool measured) override;
   std::vector<StreamLevel> takeLevels() override;
 

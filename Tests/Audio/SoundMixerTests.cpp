@@ -2,6 +2,7 @@
 
 #include "Audio/SoundEngine.h"
 #include "Base/ManualQueue.h"
+#include "Base/ThreadQueue.h"
 #include "Core/Machine/LinuxOwners.h"
 #include "Tests/Fakes/FakeDesktopFiles.h"
 #include "Tests/Fakes/FakeSoundSystem.h"
@@ -9,6 +10,8 @@
 #include "Tests/Fakes/FakeUserDefaults.h"
 
 #include <gmock/gmock.h>
+
+#include <future>
 
 namespace korvell {
 namespace {
@@ -192,12 +195,23 @@ TEST_F(SoundMixerTests, whatIsChangedElsewhereIsTakenOver) {
   world.put(playing(3, "other"));
   time.advance(Seconds(2));
   calls();
-  auto stream = world.streams[1];
-  stream.volume = 0.3;
-  world.put(stream);
+  const auto stored = [this] {
+    time.advance(Seconds(1));
+    return memory.all().front().volume;
+  };
+  world.put(playing(1, "mpv", 0.3));
+  EXPECT_EQ(app("mpv")->volume, 0.6) << "the other one is that loud";
+  EXPECT_EQ(stored(), 0.6);
+  world.put(playing(2, "mpv", 0.2));
   EXPECT_EQ(app("mpv")->volume, 0.3);
+  EXPECT_EQ(stored(), 0.3);
+  auto stream = playing(2, "mpv", 0.9);
+  stream.isPlaying = false;
+  world.put(stream);
+  EXPECT_EQ(app("mpv")->volume, 0.3) << "what is paused is not heard";
+  world.end(2);
+  stream = playing(1, "mpv", 2);
   stream.muted = true;
-  stream.volume = 2;
   world.put(stream);
   world.put(playing(3, "other", 0.4));
   EXPECT_EQ(app("other")->volume, 0.4);
@@ -286,6 +300,83 @@ TEST_F(SoundMixerTests, resetForgetsAndEndsCarryOutWhatWaits) {
   EXPECT_FALSE(mixer->state->isStored);
 }
 
+TEST_F(SoundMixerTests, aResetHoldsForWhatWillPlay) {
+  start();
+  look();
+  auto stream = playing(1, "mpv", 0.4);
+  stream.memory = "by-name:mpv";
+  stream.muted = true;
+  world.put(stream);
+  mixer->setVolume("proc:mpv", 0.41);
+  time.advance(Seconds(1));
+  world.end(1);
+  calls();
+  mixer->reset("proc:mpv");
+  EXPECT_THAT(calls(), ElementsAre("forget by-name:mpv")) << "the server gives its next stream what it had";
+  EXPECT_EQ(app("mpv")->volume, 1);
+  EXPECT_FALSE(app("mpv")->muted);
+
+  // By somebody who never saw it play, and while the server is away.
+  memory.remember({{"proc:old", "old", {}, 0.5, true, std::vector<std::string>{"by-name:old"}}});
+  mixer.reset();
+  start();
+  look();
+  world.die();
+  time.run();
+  calls();
+  mixer->resetAll();
+  EXPECT_THAT(calls(), IsEmpty());
+  watch.reset();
+  world.answer = SoundConnection::connected;
+  time.advance(Seconds(2));
+  EXPECT_THAT(calls(), ElementsAre("connect", "forget by-name:old", "disconnect"));
+}
+
+TEST_F(SoundMixerTests, whoLooksWaitsForNoPause) {
+  world.answer = SoundConnection::noServer;
+  start();
+  look();
+  time.advance(Seconds(20)); // the next look is half a minute away
+  calls();
+  world.answer = SoundConnection::connected;
+  auto second = mixer->watch(SoundMixer::Interest::list);
+  EXPECT_THAT(calls(), ElementsAre("connect"));
+  EXPECT_EQ(mixer->state->connection, SoundConnection::connected);
+}
+
+TEST_F(SoundMixerTests, theOutputStaysWhereItsSliderIs) {
+  start();
+  look();
+  const auto tell = [this](double volume, const char* name = "Speakers") {
+    world.listener->outputChanged(OutputDevice{name, volume, false, true});
+    time.run();
+  };
+  const auto shown = [this] {
+    time.run();
+    return mixer->state->output->volume;
+  };
+  tell(0.9);
+  for (int i = 1; i <= 40; ++i) {
+    mixer->setOutputVolume(i / 100.0);
+    EXPECT_EQ(shown(), i / 100.0);
+    time.advance(Seconds(0.01));
+    if (i > 20) tell((i - 20) / 100.0); // as servers tell it, late
+    EXPECT_EQ(shown(), i / 100.0);
+  }
+  time.advance(Seconds(0.1));
+  EXPECT_EQ(calls().back(), "output 0.40");
+  tell(0.4);
+  tell(0.7); // by somebody else
+  EXPECT_EQ(shown(), 0.7);
+  mixer->setOutputVolume(0.2);
+  EXPECT_EQ(shown(), 0.2);
+  tell(0.5, "Headphones");
+  EXPECT_EQ(shown(), 0.5);
+  world.listener->outputChanged(std::nullopt);
+  time.run();
+  EXPECT_FALSE(mixer->state->output);
+}
+
 TEST_F(SoundMixerTests, levelsOnlyWhileTheyAreLookedAtAndSomethingPlays) {
   start();
   look(SoundMixer::Interest::levels);
@@ -321,6 +412,33 @@ TEST_F(SoundMixerTests, aVisitorShowsAndChangesNothingByItself) {
   EXPECT_EQ(memory.all().front().volume, 0.5);
   mixer->setMuted("proc:mpv", true);
   EXPECT_THAT(calls(), ElementsAre("proc:mpv 1 true"));
+}
+
+TEST(SoundMixerEndTests, aSystemThatHangsHoldsNobody) {
+  FakeSoundSystem::World world;
+  FakeUserDefaults defaults;
+  SoundMemory(defaults).remember({{"proc:mpv", "mpv", {}, 0.5, false}});
+  std::promise<void> isHanging, answer, isOver;
+  world.answer = SoundConnection::connecting;
+  world.atDisconnect = [&] {
+    isHanging.set_value();
+    answer.get_future().wait();
+  };
+  ThreadQueue main("main");
+  {
+    const auto end = std::shared_ptr<void>(nullptr, [&](void*) { isOver.set_value(); });
+    SoundMixer mixer(
+        main, {.makeSystem = [&world, end](Queue& queue) -> std::unique_ptr<SoundSystem> {
+                 return std::make_unique<FakeSoundSystem>(world, queue);
+               },
+               .makeOwners = [] { return nullptr; },
+               .defaults = defaults,
+               .makeQueue = [](std::string label) { return std::make_unique<ThreadQueue>(std::move(label)); },
+               .farewell = Seconds(0.01)});
+  }
+  isHanging.get_future().wait(); // the mixer has gone without it
+  answer.set_value();
+  isOver.get_future().wait();
 }
 
 TEST(SoundAppChoiceTests, byKeyOrName) {

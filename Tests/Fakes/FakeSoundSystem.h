@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <functional>
 #include <map>
 #include <string>
 #include <utility>
@@ -22,7 +23,8 @@ public:
     std::optional<OutputDevice> output;
     std::vector<StreamLevel> levels;
     std::vector<std::string> calls;
-    bool obeys = true; ///< does what it is told to
+    bool obeys = true;                  ///< does what it is told to
+    std::function<void()> atDisconnect; ///< absent: at once
     SoundListener* listener = nullptr;
 
     void put(const SoundStream& stream) {
@@ -54,6 +56,7 @@ public:
   void disconnect() override {
     world_.calls.emplace_back("disconnect");
     world_.listener = nullptr;
+    if (world_.atDisconnect) world_.atDisconnect();
   }
   void setVolume(const StreamSet& streams, double volume) override {
     world_.calls.push_back(fmt::format("{} {} {:.2f}", streams.app, fmt::join(streams.ids, "+"), volume));
@@ -67,6 +70,9 @@ public:
     world_.calls.push_back(fmt::format("output {:.2f}", volume));
   }
   void setOutputMuted(bool muted) override { world_.calls.push_back(fmt::format("output {}", muted)); }
+  void forget(const std::set<std::string>& memories) override {
+    world_.calls.push_back(fmt::format("forget {}", fmt::join(memories, "+")));
+  }
   void measureLevels(bool measured) override { world_.calls.push_back(fmt::format("levels {}", measured)); }
   std::vector<StreamLevel> takeLevels() override { return std::exchange(world_.levels, {}); }
 
