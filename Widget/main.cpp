@@ -4,6 +4,7 @@
 #include "Platform/Posix/PlacedWidget.h"
 #include "Platform/WidgetLoginItem.h"
 #include "Shared/HelpPages.h"
+#include "Shared/StartArguments.h"
 #include "UI/Kit/Native.h"
 #include "UI/Kit/Spoken.h"
 #include "UI/Kit/Text.h"
@@ -61,9 +62,19 @@ Look lookOf(const DesktopWishes& wishes) {
 
 int main(int argc, char** argv) {
   const auto environment = withHome(processEnvironment(), passwordHome);
+  setLanguages(languages(languageOf(environment)));
+  if (const auto answer =
+          startAnswer(StartArguments::of(std::span(argv + 1, argv + argc)), "korvell-widget", KORVELL_VERSION,
+                      localized("The desktop widget, which shows what a running Korvell measures."), "")) {
+    std::fputs(answer->text.c_str(), answer->exitStatus ? stderr : stdout);
+    return answer->exitStatus;
+  }
   const auto folders = linuxUserFolders(environment);
+  const auto say = [](const std::string& sentence) {
+    std::fprintf(stderr, "korvell-widget: %s\n", sentence.c_str());
+  };
   if (!ensurePrivateFolder(folders.data)) {
-    std::fprintf(stderr, "korvell-widget: %s can't be written.\n", folders.data.c_str());
+    say(localized("{path} can't be written.", {{"path", folders.data}}));
     return EXIT_FAILURE;
   }
   // Two widgets would fight over one place. A start beside one that is there is no fault.
@@ -71,22 +82,21 @@ int main(int argc, char** argv) {
   bool isPlaced = false;
   const auto only = FileLock::acquire(lockPath, Seconds(0), &isPlaced);
   if (!only && isPlaced) {
-    std::fprintf(stderr, "korvell-widget: the widget is placed already.\n");
+    say(localized("The widget is placed already."));
     return EXIT_SUCCESS;
   }
   if (!only) {
-    std::fprintf(stderr, "korvell-widget: %s can't be locked.\n", lockPath.c_str());
+    say(localized("{path} can't be locked.", {{"path", lockPath}}));
     return EXIT_FAILURE;
   }
-  setLanguages(languages(languageOf(environment)));
   QGuiApplication::setDesktopFileName("korvell-widget");
   QApplication application(argc, argv);
   QApplication::setApplicationName("Korvell");
   installSpoken();
   const auto placed = PlacedWidget::place(placedWidgetsFolder(folders));
   if (!placed) // what there is can still be shown
-    std::fprintf(stderr, "korvell-widget: %s can't be written: Korvell does not learn of this widget.\n",
-                 placedWidgetsFolder(folders).c_str());
+    say(localized("{path} can't be written: Korvell does not learn of this widget.",
+                  {{"path", placedWidgetsFolder(folders)}}));
 
   Theme theme(lookOf(DesktopLook::fromPalette()));
   setTooltipLook(theme);

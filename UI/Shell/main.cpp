@@ -1,10 +1,11 @@
 // korvell-app: the application with its tray item, panel and window.
 //
-// usage: korvell-app [URL...]
+// usage: korvell-app [--help|--version] [URL...]
 
 #include "App/LanguageChoice.h"
 #include "App/RunningApplication.h"
 #include "Base/Localization.h"
+#include "Shared/StartArguments.h"
 #include "UI/Kit/Spoken.h"
 #include "UI/Kit/Text.h"
 #include "UI/Shell/Application.h"
@@ -14,6 +15,7 @@
 
 #include <QMessageBox>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 
 namespace {
@@ -39,7 +41,14 @@ int main(int argc, char** argv) {
   Host host = makeHost(environment);
   setLanguages(
       languages(languageCode(*host.defaults, host.locale, environment("LANGUAGE").value_or("")), host.words));
-  const OpenRequest request{.urls = {argv + 1, argv + argc}, .activation = activationToken(environment)};
+  const auto arguments = StartArguments::of(std::span(argv + 1, argv + argc));
+  if (const auto answer =
+          startAnswer(arguments, "korvell-app", KORVELL_VERSION,
+                      localized("Korvell with its tray item, panel and window."), "[URL]...")) {
+    std::fputs(answer->text.c_str(), answer->exitStatus ? stderr : stdout);
+    return answer->exitStatus;
+  }
+  const OpenRequest request{.urls = arguments.addresses, .activation = activationToken(environment)};
   auto launched = launch(host.folders, request, patience);
   if (!launched.lock && launched.trouble.empty()) return EXIT_SUCCESS; // the one that runs has shown itself
 
