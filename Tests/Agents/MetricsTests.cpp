@@ -115,7 +115,9 @@ TEST(MetricsTests, namesThatAreOneWhenTheyAreCutAreOneSeries) {
   EXPECT_THAT(samples(text, "ai_tokens_today"), Contains(EndsWith("kind=\"input\"} 7")));
   std::set<std::string> told;
   for (const auto line : splitLines(text))
-    if (!line.starts_with("#")) EXPECT_TRUE(told.emplace(line.substr(0, line.rfind(' '))).second) << line;
+    if (!line.starts_with("#")) {
+      EXPECT_TRUE(told.emplace(line.substr(0, line.rfind(' '))).second) << line;
+    }
 }
 
 TEST(MetricsTests, whatIsNotKnownIsNotTold) {
