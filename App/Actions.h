@@ -2,6 +2,8 @@
 // Everything that is done on the user's word, behind one door: the same for the interface, for commands and
 // for programs, whether this process does it (ModelActions) or a running keeper (KeeperActions).
 //
+// What is told is told in the language that is in effect on the thread that asks.
+//
 // Main queue only; `done` is called once, on the main queue, and not any more once the object has ended.
 // Whoever asks a person describes first, shows that description, and performs the request that came with it.
 

@@ -51,14 +51,13 @@ bool isActionRequest(const Value& request) {
 void carryOut(Actions& actions, const Value& request, std::function<void(const Value&)> answer) {
   const bool describes = request.find("describe") != nullptr;
   const auto asked = readActionRequest(request, describes ? "describe" : "do");
+  const auto* language = request.find(languageName);
+  const InLanguage speaking(language && language->asString() ? std::string_view(*language->asString())
+                                                             : currentLanguage().code);
   if (!asked) return answer(refusal(asked.reason()));
   if (!describes)
     return actions.perform(
         *asked, [answer = std::move(answer)](const ActionAnswer& done) { answer(answerValue(done)); });
-  // What is done is told to this process's own views too, and so in its own language.
-  const auto* language = request.find(languageName);
-  const InLanguage speaking(language && language->asString() ? std::string_view(*language->asString())
-                                                             : currentLanguage().code);
   actions.describe(
       *asked, [answer = std::move(answer)](const auto& described) { answer(describedValue(described)); });
 }

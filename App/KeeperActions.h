@@ -15,7 +15,7 @@
 
 namespace korvell {
 
-/// The member of a request to describe with the code of the language that who asks reads.
+/// The member of a request with the code of the language that who asks reads.
 inline constexpr std::string_view languageName = "language";
 
 /// True for a request that carryOut() answers, be it only by refusing it.

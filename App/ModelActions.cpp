@@ -3,6 +3,7 @@
 #include "App/ActionTexts.h"
 #include "App/JSONDocuments.h"
 #include "App/SettingsCheck.h"
+#include "Base/LaterSpeech.h"
 
 #include <algorithm>
 #include <unistd.h>
@@ -26,9 +27,9 @@ void ModelActions::perform(const ActionRequest& request, Performed done) {
 void ModelActions::whenMeasured(std::function<void(AppModel&)> then) {
   auto& model = parts_.model();
   if (*model.cycle > 0) return then(model);
-  model.refresh([&model, watch = life_.watch(), then = std::move(then)] {
+  model.refresh(inThisLanguage([&model, watch = life_.watch(), then = std::move(then)] {
     if (watch.get()) then(model);
-  });
+  }));
 }
 
 // Applications and processes
@@ -56,7 +57,7 @@ std::optional<std::string> sharedName(const QuitRequest& request, const std::vec
 void ModelActions::tell(const QuitRequest& request, const Described& done) {
   auto& model = parts_.model();
   // What was started or has ended since the last cycle counts too.
-  model.refresh([&model, watch = life_.watch(), request, done] {
+  model.refresh(inThisLanguage([&model, watch = life_.watch(), request, done] {
     if (!watch.get()) return;
     const auto& apps = model.snapshot->apps;
     const auto describe = [done](const QuitRequest& exact, const std::vector<AppUsage>& seen) {
@@ -72,14 +73,13 @@ void ModelActions::tell(const QuitRequest& request, const Described& done) {
                         : named != apps.end() ? chooseToQuit(apps, named->id)
                                               : chooseToQuit({}, *request.bundlePath);
     if (!chosen) return done(Failure{chosen.reason()});
-    model.targets(chosen->app, request.force,
-                  [request, chosen = *chosen, describe, done](std::vector<QuitTarget> targets) {
-                    if (targets.empty())
-                      return done(Failure{localized("{name} is Korvell itself.", {{"name", chosen.name}})});
-                    describe({.processes = std::move(targets), .force = request.force, .name = chosen.name},
-                             {chosen.app});
-                  });
-  });
+    auto found = [request, chosen = *chosen, describe, done](std::vector<QuitTarget> targets) {
+      if (targets.empty())
+        return done(Failure{localized("{name} is Korvell itself.", {{"name", chosen.name}})});
+      describe({.processes = std::move(targets), .force = request.force, .name = chosen.name}, {chosen.app});
+    };
+    model.targets(chosen->app, request.force, inThisLanguage(std::move(found)));
+  }));
 }
 
 void ModelActions::act(const QuitRequest& request, const Performed& done) {
@@ -88,9 +88,11 @@ void ModelActions::act(const QuitRequest& request, const Performed& done) {
   if (request.processes.empty())
     return done(ActionAnswer::refused("processes are needed, each with its pid and start"));
   auto& model = parts_.model();
-  model.quit(std::move(targets), request.force, [&model, request, done](const QuitResult& result) {
+  auto told = inThisLanguage([&model, request, done](const QuitResult& result) {
     done(answerOf(request, result, model.snapshot->apps));
   });
+  const InLanguage own(ownLanguage());
+  model.quit(std::move(targets), request.force, std::move(told));
 }
 
 // Development servers
@@ -125,8 +127,10 @@ void ModelActions::tell(const StopServerRequest& request, const Described& done)
 void ModelActions::act(const StopServerRequest& request, const Performed& done) {
   const auto* server = request.startedAt ? listed(parts_.model(), request) : nullptr;
   if (!server) return done(ActionAnswer::refused(noSuchServer()));
-  parts_.model().stop(*server,
-                      [server = *server, done](StopOutcome outcome) { done(answerOf(server, outcome)); });
+  auto told =
+      inThisLanguage([server = *server, done](StopOutcome outcome) { done(answerOf(server, outcome)); });
+  const InLanguage own(ownLanguage());
+  parts_.model().stop(*server, std::move(told));
 }
 
 void ModelActions::tell(const StopIdleServersRequest& request, const Described& done) {
@@ -171,7 +175,10 @@ void ModelActions::act(const StopIdleServersRequest& request, const Performed& d
   stops->done = done;
   if (stops->servers.empty()) return done(answerOf({}, {}, stops->spared));
   for (std::size_t i = 0; i < stops->servers.size(); ++i)
-    model.stop(stops->servers[i], [stops, i](StopOutcome outcome) { stops->end(i, outcome); });
+  const auto told =
+      inThisLanguage([stops](std::size_t place, StopOutcome outcome) { stops->end(place, outcome); });
+  const InLanguage own(ownLanguage());
+    model.stop(stops->servers[i], [told, i](StopOutcome outcome) { told(i, outcome); });
 }
 
 // Startup items
@@ -187,6 +194,7 @@ void ModelActions::tell(const RescanStartupItemsRequest& request, const Describe
 void ModelActions::act(const RescanStartupItemsRequest&, const Performed& done) {
   auto& model = parts_.model();
   model.rescanStartupItems([&model, done] {
+  const InLanguage own(ownLanguage());
     done({.worked = true, .json = Value::object({{"startupItems", toValue(*model.startupItems)}})});
   });
 }
@@ -221,8 +229,9 @@ void ModelActions::tell(const RemoveStartupItemRequest& request, const Described
 void ModelActions::act(const RemoveStartupItemRequest& request, const Performed& done) {
   const auto* item = listed(parts_.model(), request);
   if (!item) return done(ActionAnswer::refused(noSuchItem()));
-  parts_.model().remove(*item,
-                        [item = *item, done](const Outcome& removed) { done(answerOf(item, removed)); });
+  auto told = inThisLanguage([item = *item, done](const Outcome& removed) { done(answerOf(item, removed)); });
+  const InLanguage own(ownLanguage());
+  parts_.model().remove(*item, std::move(told));
 }
 
 // Storage
@@ -243,11 +252,12 @@ void ModelActions::act(const CleanStorageRequest& request, const Performed& done
 // Settings
 
 void ModelActions::store(std::string key, Value value, std::function<Value()> json, const Performed& done) {
-  settings_.set(std::move(key), std::move(value),
-                [&defaults = parts_.defaults, json = std::move(json), done](bool stored) {
-                  if (!stored) return done(ActionAnswer::refused(storingTrouble(defaults)));
-                  done({.worked = true, .message = localized("The setting was stored."), .json = json()});
-                });
+  auto told = inThisLanguage([&defaults = parts_.defaults, json = std::move(json), done](bool stored) {
+    if (!stored) return done(ActionAnswer::refused(storingTrouble(defaults)));
+    done({.worked = true, .message = localized("The setting was stored."), .json = json()});
+  });
+  const InLanguage own(ownLanguage());
+  settings_.set(std::move(key), std::move(value), std::move(told));
 }
 
 void ModelActions::tell(const SwitchAlertsRequest& request, const Described& done) {

@@ -1,6 +1,9 @@
 #pragma once
 // Carries out what is asked for by itself, over the model and the storage scanner of this process.
 //
+// Answers speak the language of the call; what the model does about it, and so this process's views, speak
+// the process's own.
+//
 // Only servers and startup items that the model lists are touched, processes only while they still are those
 // that were described, and items of the storage only as the present scan holds them.
 

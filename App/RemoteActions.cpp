@@ -100,12 +100,13 @@ void RemoteActions::describe(const ActionRequest& request, Described done) {
 
 void RemoteActions::perform(const ActionRequest& request, Performed done) {
   const auto patience = std::visit([](const auto& asked) { return patienceFor(asked); }, request);
-  ask(toValue(request), patience, [done = std::move(done)](const Result<Value>& answer, bool begun) {
-    if (answer) return done(readAnswer(*answer));
-    auto failed = ActionAnswer::refused(answer.reason());
-    failed.isKnown = !begun;
-    done(failed);
-  });
+  ask(toValue(request).set(languageName, currentLanguage().code), patience,
+      [done = std::move(done)](const Result<Value>& answer, bool begun) {
+        if (answer) return done(readAnswer(*answer));
+        auto failed = ActionAnswer::refused(answer.reason());
+        failed.isKnown = !begun;
+        done(failed);
+      });
 }
 
 } // namespace korvell

@@ -2,6 +2,7 @@
 
 #include "App/ActionTexts.h"
 #include "Base/Format.h"
+#include "Base/LaterSpeech.h"
 
 #include <algorithm>
 
@@ -56,11 +57,13 @@ void StorageActions::describe(const ScanStorageRequest& request, const Actions::
 
 void StorageActions::perform(const ScanStorageRequest& request, Actions::Performed done) {
   auto& scanner = scanner_();
-  scanner.scan(kindsOf(request), [&scanner, done = std::move(done)](bool isResult) {
+  auto told = inThisLanguage([&scanner, done = std::move(done)](bool isResult) {
     if (!isResult) return done(ActionAnswer::refused(localized("The scan was interrupted.")));
     const auto& result = **scanner.result;
     done({.worked = true, .message = found(result), .json = toValue(result)});
   });
+  const InLanguage own(ownLanguage());
+  scanner.scan(kindsOf(request), std::move(told));
 }
 
 void StorageActions::ask(const CleanStorageRequest& request,
@@ -68,17 +71,19 @@ void StorageActions::ask(const CleanStorageRequest& request,
   auto& scanner = scanner_();
   if (auto why = refusal(scanner, request); !why.empty()) return done(Failure{std::move(why)});
   if (!questions_) questions_ = makeQueue_("Korvell.questions");
-  questions_->async([&main = main_, watch = life_.watch(), work = scanner.work(), result = **scanner.result,
-                     items = request.items, done = std::move(done)] {
-    Question question{PendingCleanup::of(result, items, work->home()), result.date, {}};
-    std::vector<std::string> steps;
-    for (const auto& step : CleanupPlan::of(result, question.pending.items).steps)
-      std::ranges::move(work->preview(step.action, step.items), std::back_inserter(steps));
-    question.description = describeCleanup(question.pending, std::move(steps));
-    main.async([watch, done, question = std::move(question)] {
-      if (watch.get()) done(question);
-    });
-  });
+  auto told = inThisLanguage(std::move(done));
+  questions_->async(
+      inThisLanguage([&main = main_, watch = life_.watch(), work = scanner.work(), result = **scanner.result,
+                      items = request.items, told = std::move(told)] {
+        Question question{PendingCleanup::of(result, items, work->home()), result.date, {}};
+        std::vector<std::string> steps;
+        for (const auto& step : CleanupPlan::of(result, question.pending.items).steps)
+          std::ranges::move(work->preview(step.action, step.items), std::back_inserter(steps));
+        question.description = describeCleanup(question.pending, std::move(steps));
+        main.async([watch, told, question = std::move(question)] {
+          if (watch.get()) told(question);
+        });
+      }));
 }
 
 void StorageActions::describe(const CleanStorageRequest& request, Actions::Described done) {
@@ -107,7 +112,7 @@ void StorageActions::perform(const CleanStorageRequest& request, Actions::Perfor
 
 void StorageActions::clean(const PendingCleanup& pending, const ActionDescription& asked,
                            Actions::Performed done) {
-  scanner_().clean(pending.items, [asked, done = std::move(done)](const CleanupReport& report) {
+  auto told = inThisLanguage([asked, done = std::move(done)](const CleanupReport& report) {
     ActionAnswer answer{.worked = report.worked(), .message = report.feedback, .problems = report.problems};
     answer.json = cleanupValue(asked);
     answer.json.set("dryRun", false)
@@ -119,6 +124,8 @@ void StorageActions::clean(const PendingCleanup& pending, const ActionDescriptio
         .set("interrupted", report.interrupted);
     done(answer);
   });
+  const InLanguage own(ownLanguage());
+  scanner_().clean(pending.items, std::move(told));
 }
 
 } // namespace korvell

@@ -4,6 +4,7 @@
 #include "App/RemoteModel.h"
 #include "Base/HostedQueue.h"
 #include "Tests/App/AppFixture.h"
+#include "Words/Languages.h"
 
 #include <atomic>
 #include <csignal>
@@ -133,6 +134,29 @@ TEST_F(KeeperTests, describesAndDoesWhatItIsAsked) {
                        R"({"do":"stopServer","pid":"10"})", R"({"do":"changeSetting"})"})
     EXPECT_EQ(parseJSON(ask(request))->find("ok")->asBool(), false) << request;
   EXPECT_EQ(table.sent.size(), 1u);
+}
+
+TEST_F(KeeperTests, answersInTheLanguageOfWhoAsks) {
+  setLanguages(languages("en"));
+  table.add(10, "editor");
+  table.add(11, "worker");
+  time.advance(Seconds{12});
+  const auto asks = [&](std::string_view request) { return *parseJSON(ask(std::string(request))); };
+  const auto message = [](const Value& answer) {
+    return *answer.find("description")->find("message")->asString();
+  };
+  auto exact = *asks(R"({"describe":"quit","app":"editor"})").find("request");
+  EXPECT_EQ(message(asks(R"({"describe":"quit","app":"editor","language":"de"})")),
+            "editor wird gebeten, sich zu beenden.");
+  EXPECT_EQ(message(asks(R"({"describe":"stopIdleServers","language":"de"})")),
+            "Kein Dev-Server ist untätig.");
+  EXPECT_EQ(*asks(dumpJSON(exact.set("language", "de"))).find("sentence")->asString(),
+            "editor wurde angewiesen, sich zu beenden.");
+  exact = *asks(R"({"describe":"quit","app":"worker","language":"tlh"})").find("request");
+  EXPECT_EQ(*asks(dumpJSON(exact)).find("sentence")->asString(), "worker was told to end.")
+      << "of one that tells none";
+  EXPECT_EQ(currentLanguage().code, "en");
+  setLanguages({});
 }
 
 } // namespace

@@ -85,7 +85,8 @@ TEST_F(ServersCommandTests, stopsOneAfterAsking) {
 
   EXPECT_EQ(run({"servers", "stop", "10", "--yes"}), exitOK);
   EXPECT_EQ(out, "node (PID 10) did not stop by itself and was killed.\n");
-  EXPECT_EQ(orders.at(0), R"({"do":"stopServer","pid":10,"startedAt":"2027-01-15T05:13:20.000Z"})");
+  EXPECT_EQ(orders.at(0),
+            R"({"do":"stopServer","pid":10,"startedAt":"2027-01-15T05:13:20.000Z","language":"en"})");
   EXPECT_EQ(run({"servers", "stop", "20", "--yes", "--json"}), exitFailed);
   EXPECT_THAT(out, HasSubstr(R"("outcome":"gone")"));
 }

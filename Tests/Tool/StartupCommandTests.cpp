@@ -119,9 +119,9 @@ TEST_F(StartupCommandTests, besideAKeeperItIsTheKeeperThatLooksAndRemoves) {
   };
   playKeeper([](const Value&) { return Value(); });
   EXPECT_EQ(run({"startup", "remove", "k.service", "--yes"}), exitOK);
-  EXPECT_THAT(orders, ElementsAre(R"({"do":"rescanStartupItems"})",
+  EXPECT_THAT(orders, ElementsAre(R"({"do":"rescanStartupItems","language":"en"})",
                                   R"({"do":"removeStartupItem","plistPath":"/k","label":"k.service",)"
-                                  R"("program":"/gone"})"));
+                                  R"("program":"/gone","language":"en"})"));
   removed = Failure{"It is in use."};
   EXPECT_EQ(run({"startup", "remove", "k.service", "--yes"}), exitFailed);
   EXPECT_EQ(err, "korvell: It is in use.\n");
