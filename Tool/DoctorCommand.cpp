@@ -104,6 +104,13 @@ SourceReport settingsReport(const UserDefaults& defaults) {
   return report;
 }
 
+/// What is gathered speaks English too, not only the report's labels.
+std::string englishReport(Context& context) {
+  const InLanguage english("en");
+  const auto sources = context.host.diagnostics->sources();
+  return supportReport(context, sources, ownCost(context));
+}
+
 int runDoctor(Context& context, const Arguments& arguments) {
   if (!context.host.diagnostics) return fail(context, localized("This build cannot examine its sources."));
   const auto file = arguments.text("FILE");
@@ -111,8 +118,8 @@ int runDoctor(Context& context, const Arguments& arguments) {
   if (file && !isReport) return fail(context, localized("A file is what --report writes."), exitUsage);
   if (isReport && arguments.flag("--json"))
     return fail(context, localized("--report and --json exclude each other."), exitUsage);
+  if (isReport) return writeSupportReport(context, englishReport(context), file);
   auto sources = context.host.diagnostics->sources();
-  if (isReport) return writeSupportReport(context, sources, ownCost(context), file);
   sources.push_back(historySource(context));
   if (context.host.defaults) sources.push_back(settingsReport(*context.host.defaults));
   const auto cost = ownCost(context);

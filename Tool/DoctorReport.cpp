@@ -97,18 +97,6 @@ std::vector<std::string> namesOf(const Context& context, std::vector<std::string
   return names;
 }
 
-std::string supportReport(Context& context, const std::vector<SourceReport>& sources, const OwnCost& cost) {
-  const auto identity = systemIdentity();
-  SupportReport report(context.clock.now(), namesOf(context, identity.names));
-  addKorvell(report, context, cost);
-  addSystem(report, context, identity);
-  if (context.host.defaults) addSettings(report, *context.host.defaults);
-  report.section("Sources of the figures");
-  for (const auto& source : sources) report.source(source);
-  addErrors(report, context.host.folders);
-  return report.text();
-}
-
 /// 0, or why the file was not made: EEXIST where there is one.
 int createFile(const std::string& path, std::string_view bytes) {
   const Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
@@ -148,10 +136,20 @@ int told(Context& context, const std::string& path, int error) {
 
 } // namespace
 
-int writeSupportReport(Context& context, const std::vector<SourceReport>& sources, const OwnCost& cost,
-                       const std::optional<std::string>& file) {
+std::string supportReport(Context& context, const std::vector<SourceReport>& sources, const OwnCost& cost) {
+  const auto identity = systemIdentity();
+  SupportReport report(context.clock.now(), namesOf(context, identity.names));
+  addKorvell(report, context, cost);
+  addSystem(report, context, identity);
+  if (context.host.defaults) addSettings(report, *context.host.defaults);
+  report.section("Sources of the figures");
+  for (const auto& source : sources) report.source(source);
+  addErrors(report, context.host.folders);
+  return report.text();
+}
+
+int writeSupportReport(Context& context, std::string_view text, const std::optional<std::string>& file) {
   constexpr int mostOfADay = 99;
-  const auto text = supportReport(context, sources, cost);
   if (file == "-") {
     context.out.write(text);
     return exitOK;

@@ -17,9 +17,10 @@ struct OwnCost {
   std::uint64_t resident = 0;
 };
 
+std::string supportReport(Context& context, const std::vector<SourceReport>& sources, const OwnCost& cost);
+
 /// Writes to `file`, "-" for the output; without one to "korvell-report-DAY.txt" in the downloads or, where
 /// there are none, in the current folder. A file that is there stays. Returns the exit code.
-int writeSupportReport(Context& context, const std::vector<SourceReport>& sources, const OwnCost& cost,
-                       const std::optional<std::string>& file);
+int writeSupportReport(Context& context, std::string_view text, const std::optional<std::string>& file);
 
 } // namespace korvell

@@ -124,6 +124,20 @@ TEST_F(ReportTests, saysWhatHelpsAndNamesNothing) {
     EXPECT_THAT(output, HasSubstr(expected));
 }
 
+TEST_F(ReportTests, isEnglishForEverybody) {
+  constexpr auto german =
+      sortedTexts({{"Processor", "Prozessor"}, {"A file is what --report writes.", "Nein."}});
+  setLanguages({{.code = "de", .tables = {german}, .numbers = {.decimal = ","}}, {.code = "en"}});
+  examine();
+  EXPECT_EQ(run({"doctor", "--report", "-"}), exitOK);
+  EXPECT_THAT(output, testing::AllOf(HasSubstr("Processor | "), HasSubstr("2.3 ms"), HasSubstr("5.00 MB")));
+  EXPECT_EQ(run({"doctor"}), exitOK);
+  EXPECT_THAT(output, testing::AllOf(HasSubstr("Prozessor"), HasSubstr("2,3 ms")));
+  EXPECT_EQ(run({"doctor", "report.txt"}), exitUsage);
+  EXPECT_EQ(errors, "korvell: Nein.\n");
+  setLanguages({});
+}
+
 TEST_F(ReportTests, isAFileOfItsOwnAndReplacesNone) {
   moveIn();
   const auto file = home / "report.txt";
