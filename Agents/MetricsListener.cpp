@@ -64,11 +64,15 @@ int portOf(int socket) {
 
 } // namespace
 
+std::string MetricsListener::refusal(std::string_view address) {
+  if (parse(address)) return "";
+  return localized("Korvell listens only where this machine alone can reach it: 127.0.0.1:PORT, "
+                   "[::1]:PORT or localhost:PORT.");
+}
+
 Result<MetricsListener> MetricsListener::listen(std::string_view text, MetricsBody body, Limits limits) {
   const auto address = parse(text);
-  if (!address)
-    return Failure{localized("Korvell listens only where this machine alone can reach it: 127.0.0.1:PORT, "
-                             "[::1]:PORT or localhost:PORT.")};
+  if (!address) return Failure{refusal(text)};
   Descriptor socket(::socket(address->storage.ss_family, SOCK_STREAM, 0));
   constexpr int on = 1;
   if (socket) {

@@ -24,8 +24,10 @@ public:
     Seconds patience{5};           ///< for a request, and again for its answer
   };
 
-  /// At "127.0.0.1:9494", "[::1]:9494" or "localhost:9494"; port 0 is any that is free. Fails with a
-  /// sentence: another address, or one that is taken.
+  /// Why it listens nowhere but at "127.0.0.1:9494", "[::1]:9494" or "localhost:9494", whatever their port;
+  /// empty for such an address.
+  static std::string refusal(std::string_view address);
+  /// Port 0 is any that is free. Fails with a sentence: what refusal() says, or that the address is taken.
   static Result<MetricsListener> listen(std::string_view address, MetricsBody body, Limits limits);
   static Result<MetricsListener> listen(std::string_view address, MetricsBody body) {
     return listen(address, std::move(body), Limits());

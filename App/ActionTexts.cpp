@@ -64,8 +64,10 @@ std::string quitMessage(const std::string& name, std::size_t count, bool force) 
 Result<QuitChoice> chooseToQuit(const std::vector<AppUsage>& apps, std::string_view what) {
   const auto pid = parseInteger<ProcessID>(what);
   const auto found = pid ? ofProcess(apps, *pid) : ofName(apps, what);
+  if (found.empty() && pid)
+    return Failure{localized("There is no process {pid}.", {{"pid", std::to_string(*pid)}})};
   if (found.empty())
-    return Failure{localized("Nothing called {name} is running", {{"name", std::string(what)}})};
+    return Failure{localized("Nothing called {name} is running.", {{"name", std::string(what)}})};
   if (found.size() > 1) {
     std::string keys;
     for (const auto& app : found) keys += "\n  " + app.id;

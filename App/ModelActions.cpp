@@ -117,9 +117,10 @@ void ModelActions::tell(const StopServerRequest& request, const Described& done)
   whenMeasured([request, done](AppModel& model) {
     const auto* server = listed(model, request);
     if (!server)
-      return done(Failure{request.startedAt ? noSuchServer()
-                                            : localized("{pid} is none of the servers in \"korvell servers\"",
-                                                        {{"pid", std::to_string(request.pid)}})});
+      return done(Failure{request.startedAt
+                              ? noSuchServer()
+                              : localized("{pid} is none of the servers in \"korvell servers\".",
+                                          {{"pid", std::to_string(request.pid)}})});
     done(DescribedAction{StopServerRequest{server->pid, server->startedAt}, describeStop(*server)});
   });
 }
@@ -174,10 +175,10 @@ void ModelActions::act(const StopIdleServersRequest& request, const Performed& d
   stops->outcomes.resize(stops->servers.size());
   stops->done = done;
   if (stops->servers.empty()) return done(answerOf({}, {}, stops->spared));
-  for (std::size_t i = 0; i < stops->servers.size(); ++i)
   const auto told =
       inThisLanguage([stops](std::size_t place, StopOutcome outcome) { stops->end(place, outcome); });
   const InLanguage own(ownLanguage());
+  for (std::size_t i = 0; i < stops->servers.size(); ++i)
     model.stop(stops->servers[i], [told, i](StopOutcome outcome) { told(i, outcome); });
 }
 
@@ -193,8 +194,8 @@ void ModelActions::tell(const RescanStartupItemsRequest& request, const Describe
 
 void ModelActions::act(const RescanStartupItemsRequest&, const Performed& done) {
   auto& model = parts_.model();
-  model.rescanStartupItems([&model, done] {
   const InLanguage own(ownLanguage());
+  model.rescanStartupItems([&model, done] {
     done({.worked = true, .json = Value::object({{"startupItems", toValue(*model.startupItems)}})});
   });
 }
@@ -220,7 +221,7 @@ void ModelActions::tell(const RemoveStartupItemRequest& request, const Described
     if (!item) return done(Failure{noSuchItem()});
     if (!item->isLeftover)
       return done(
-          Failure{localized("{label} is no leftover: only items whose program no longer exists are removed",
+          Failure{localized("{label} is no leftover: only items whose program no longer exists are removed.",
                             {{"label", item->label}})});
     done(DescribedAction{request, describeRemoval(*item)});
   });

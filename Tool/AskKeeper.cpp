@@ -7,6 +7,7 @@ namespace korvell {
 namespace {
 
 KeeperAnswer noted(Context& context, KeeperAnswer answer) {
+  const InLanguage people(context.language);
   if (answer.isSilent || answer.isStarting) fail(context, silence(answer));
   return answer;
 }

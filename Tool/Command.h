@@ -81,6 +81,8 @@ struct Context {
   /// How long a running keeper may think before it counts as silent: people wait for what comes then.
   Seconds keeperPatience{0.2};
   std::optional<std::string> failure = {}; ///< the first message of fail()
+  /// What standard error is told in where the process itself speaks to a program; empty: as everything.
+  std::string_view language = {};
 };
 
 struct Command {
@@ -111,6 +113,8 @@ int runCommandLine(Context& context, std::span<const Command> commands,
 
 /// Whether what is printed is for programs: they are told the same in every language.
 bool speaksToPrograms(std::span<const std::string> arguments);
+/// Whether that is JSON, whose errors say in English what standard error says.
+bool asksForJSON(std::span<const std::string> arguments);
 
 /// The option that most commands have.
 inline Option jsonOption() { return {"--json", Option::Kind::flag, "Print one JSON object"}; }

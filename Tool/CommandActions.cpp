@@ -48,7 +48,7 @@ Told CommandActions::wait(const std::function<void(std::function<void(const Told
 Result<DescribedAction> CommandActions::describe(const ActionRequest& request) {
   return wait<Result<DescribedAction>>(
       [&](Actions::Described done) { actions_->describe(request, std::move(done)); },
-      Failure{localized("interrupted; nothing was done")}, {});
+      Failure{localized("Interrupted. Nothing was done.")}, {});
 }
 
 ActionAnswer CommandActions::perform(const ActionRequest& request, const Task& interrupted) {

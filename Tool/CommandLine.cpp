@@ -18,6 +18,7 @@
 #include <list>
 #include <memory>
 #include <sstream>
+#include <utility>
 
 namespace korvell {
 
@@ -91,8 +92,15 @@ public:
     CLI::detail::format_help(line, command->get_name(), behindNames(command->get_description()), textColumn);
     return line.str();
   }
-  std::string make_option_desc(const CLI::Option* option) const override {
-    return behindNames(option->get_description());
+  /// The library pads by bytes, and "(nötig)" has one more than it has columns.
+  std::string make_option(const CLI::Option* option, bool isPositional) const override {
+    auto line = "  " + make_option_name(option, isPositional) + make_option_opts(option);
+    const std::string indent(textColumn, ' ');
+    const int width = displayWidth(line);
+    line += width < textColumn ? indent.substr(std::size_t(width)) : "\n" + indent;
+    for (const char c : behindNames(option->get_description()))
+      line += c == '\n' ? c + indent : std::string(1, c);
+    return line + "\n";
   }
 
 private:
@@ -153,7 +161,7 @@ void addOption(Bound& bound, const Option& option) {
     added->check([](const std::string& value) {
       const auto number = parseInteger<std::int64_t>(value);
       return number && *number >= 0 ? std::string()
-                                    : localized("not a whole number: {value}", {{"value", value}});
+                                    : localized("not a number from 0 on: {value}", {{"value", value}});
     });
   added->required(option.required);
   bound.options.emplace_back(&option, added);
@@ -260,14 +268,15 @@ std::string unexpected(const CLI::App& command, const std::vector<std::string>& 
 /// The library's sentences are English: those that its users meet are said here.
 std::string sentenceOf(const CLI::ParseError& error) {
   const std::string_view sentence = error.what(), required = " is required",
-                         missing = ": 1 required TEXT missing";
-  const auto nameBefore = [&](std::string_view ending) {
-    return std::string(sentence.substr(0, sentence.size() - ending.size()));
+                         missing = ": 1 required "; // "TEXT missing", "N missing"
+  const auto nameBefore = [&](std::string_view rest) {
+    return std::string(sentence.substr(0, sentence.find(rest)));
   };
-  if (sentence == "A subcommand is required") return localized("A subcommand is required");
-  if (sentence.ends_with(required)) return localized("{name} is required", {{"name", nameBefore(required)}});
-  if (sentence.ends_with(missing))
-    return localized("{name}: 1 required TEXT missing", {{"name", nameBefore(missing)}});
+  if (std::string(sentence) + "." == "A subcommand is required.")
+    return localized("A subcommand is required.");
+  if (sentence.ends_with(required)) return localized("{name} is required.", {{"name", nameBefore(required)}});
+  if (sentence.ends_with(" missing") && sentence.find(missing) != sentence.npos)
+    return localized("{name}: the value is missing.", {{"name", nameBefore(missing)}});
   return std::string(sentence);
 }
 
@@ -291,10 +300,22 @@ public:
     app_.formatter(std::make_shared<WrappedHelp>(std::min(context.out.columns(), widestHelp)));
     app_.require_subcommand(0, 1);
     for (const auto& command : commands) bind(all_, app_, command);
-    app_.add_subcommand(helpWord, localized("Print the help of a command"))->group(localized("Subcommands"));
+    auto* help = app_.add_subcommand(helpWord, localized("Print the help of a command"));
+    help->group(localized("Subcommands"))->set_help_flag("-h,--help", localized("Print this help and exit"));
+    help->add_option("COMMAND", std::as_const(commandHelp_))->type_name("");
   }
 
   int run(const std::vector<std::string>& arguments) {
+    {
+      const InLanguage people(context_.language);
+      if (const auto ended = understood(arguments)) return *ended;
+    }
+    return bound_->command->run(context_, values_);
+  }
+
+private:
+  /// Finds the command and its values, or what the process ends with.
+  std::optional<int> understood(const std::vector<std::string>& arguments) {
     constexpr bool withSubcommands = true;
     try {
       std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
@@ -303,9 +324,11 @@ public:
       // The library complains of no word that is left over when help was asked for.
       if (const auto strange = app_.remaining(withSubcommands); !strange.empty())
         return wrongUsage(unexpected(innermost(app_, all_), strange));
+      if (const auto flag = flagWithValue(arguments)) return wrongUsage(*flag);
       context_.out.write(app_.help()); // of the innermost command
       return exitOK;
     } catch (const CLI::CallForVersion&) {
+      if (const auto flag = flagWithValue(arguments)) return wrongUsage(*flag);
       context_.out.line(std::string("korvell ") + version);
       return exitOK;
     } catch (const CLI::ExtrasError&) {
@@ -317,10 +340,10 @@ public:
         return wrongUsage(unexpected(innermost(app_, all_), strange));
       return wrongUsage(escapedControls(sentenceOf(error)));
     }
-    return runParsed();
+    if (const auto flag = flagWithValue(arguments)) return wrongUsage(*flag);
+    return found();
   }
 
-private:
   int wrongUsage(std::string_view message) {
     fail(context_, message);
     context_.err.line(
@@ -328,12 +351,37 @@ private:
     return exitUsage;
   }
 
-  int runParsed() {
+  /// The kind of an option, no positional, of the commands that were named.
+  std::optional<Option::Kind> kindOf(std::string_view name) const {
+    if (!name.starts_with("--")) return std::nullopt;
+    if (name == "--help" || name == "--version") return Option::Kind::flag;
+    for (const auto& bound : all_)
+      if (bound.parser->parsed())
+        for (const auto& option : bound.command->options)
+          if (option.name == name) return option.kind;
+    return std::nullopt;
+  }
+
+  /// The library would take "--yes=no" for "--yes".
+  std::optional<std::string> flagWithValue(const std::vector<std::string>& arguments) const {
+    bool isValue = false; // of the option before it
+    for (const std::string_view word : arguments) {
+      if (std::exchange(isValue, false)) continue;
+      if (word == "--") break;
+      const auto name = word.substr(0, word.find('='));
+      const auto kind = kindOf(name);
+      if (kind && *kind != Option::Kind::flag) isValue = name == word;
+      if (kind == Option::Kind::flag && name != word)
+        return localized("{option} takes no value.", {{"option", std::string(name)}});
+    }
+    return std::nullopt;
+  }
+
+  std::optional<int> found() {
     // Of a command and its subcommand the innermost one runs.
     for (auto bound = all_.rbegin(); bound != all_.rend(); ++bound) {
       if (!bound->parser->parsed() || !bound->command->run) continue;
-      Arguments values;
-      if (const auto added = addArguments(values, *bound, all_); !added) return wrongUsage(added.reason());
+      if (const auto added = addArguments(values_, *bound, all_); !added) return wrongUsage(added.reason());
       if (bound->command->writes && !context_.host.folders.hasHome())
         return fail(context_,
                     localized("Nobody knows your home folder: HOME names none, and neither does the "
@@ -341,7 +389,8 @@ private:
       if (context_.host.defaults)
         for (const auto& trouble : settingsTroubles(*context_.host.defaults))
           context_.err.line("korvell: " + escapedControls(trouble.text));
-      return bound->command->run(context_, values);
+      bound_ = &*bound;
+      return std::nullopt;
     }
     context_.out.write(app_.help());
     return exitOK;
@@ -351,17 +400,26 @@ private:
   CLI::App app_{
       localized("Korvell watches this computer's health. Nothing that it measures leaves the machine."),
       "korvell"};
+  const std::string commandHelp_ = localized("Its name, and that of its part");
   std::list<Bound> all_;
+  const Bound* bound_ = nullptr; ///< what runs, with its values
+  Arguments values_;
 };
 
 } // namespace
+
+/// A wrong "--json=1" too: whoever writes it reads JSON.
+bool asksForJSON(std::span<const std::string> arguments) {
+  return std::ranges::any_of(
+      arguments, [](std::string_view word) { return word.substr(0, word.find('=')) == "--json"; });
+}
 
 bool speaksToPrograms(std::span<const std::string> arguments) {
   static constexpr std::string_view commands[] = {"bar", "mcp", "metrics", completeWord};
   const auto has = [&](std::string_view word) {
     return std::ranges::find(arguments, word) != arguments.end();
   };
-  if (has("--json")) return true;
+  if (asksForJSON(arguments)) return true;
   return !arguments.empty() && std::ranges::find(commands, arguments[0]) != std::end(commands) &&
          !has("--help") && !has("-h");
 }
@@ -372,8 +430,7 @@ int runCommandLine(Context& context, std::span<const Command> commands,
   if (!arguments.empty() && arguments.front() == completeWord)
     return printCompletions(context, commands, std::span(arguments).subspan(1));
   const int status = Parser(context, commands).run(withoutHelpWord(arguments));
-  const bool json = std::ranges::find(arguments, "--json") != arguments.end();
-  if (json && status != exitOK && !context.out.isUsed())
+  if (asksForJSON(arguments) && status != exitOK && !context.out.isUsed())
     printJSON(context.out, Value::object({{"error", context.failure.value_or(localized("not done"))}}));
   return status;
 }

@@ -10,7 +10,7 @@ bool confirmed(Context& context, const Arguments& arguments, std::string_view te
   if (arguments.flag("--yes")) return true;
   if (!context.in || isatty(fileno(context.in)) != 1) {
     context.err.line(text);
-    fail(context, localized("not done: there is no terminal to ask on; --yes confirms"));
+    fail(context, localized("Not done: there is no terminal to ask on; --yes confirms."));
     return false;
   }
   context.err.line(text);

@@ -186,9 +186,7 @@ int showMinute(Context& context, const Arguments& arguments, const std::string& 
     printJSON(context.out, minuteValue(minute, *at));
     return exitOK;
   }
-  const auto local = localTime(recorded.zone, *at);
-  const auto shown = fmt::format("{:04}-{:02}-{:02} {:02}:{:02}", local.year, local.month, local.day,
-                                 local.hour, local.minute);
+  const auto shown = shownDay(localDay(recorded.zone, *at)) + " " + clockText(recorded.zone, *at);
   if (!minute)
     return nothingRecorded(context, localized("Nothing was recorded at {time}.", {{"time", shown}}));
   context.out.line(context.out.ink(Ink::bold, shown));
@@ -205,14 +203,15 @@ constexpr std::pair<const char*, const char*> contradictions[] = {
 int runHistory(Context& context, const Arguments& arguments) {
   for (const auto& [one, other] : contradictions)
     if (arguments.text(one) && arguments.text(other))
-      return fail(context, localized("{one} and {other} can't be combined", {{"one", one}, {"other", other}}),
+      return fail(context,
+                  localized("{one} and {other} can't be combined.", {{"one", one}, {"other", other}}),
                   exitUsage);
   if (const auto time = arguments.text("--at")) return showMinute(context, arguments, *time);
   if (const auto top = arguments.text("--top"))
     return showTop(context, arguments, *fromRawValue<Metric>(*top));
   if (const auto metric = arguments.text("METRIC"))
     return showSeries(context, arguments, *fromRawValue<Metric>(*metric));
-  return fail(context, localized("history needs a metric, --top or --at"), exitUsage);
+  return fail(context, localized("history needs a metric, --top or --at."), exitUsage);
 }
 
 } // namespace

@@ -14,12 +14,23 @@ namespace korvell {
 
 namespace {
 
-int runMCP(Context& context, const Arguments&) {
-  if (!context.in) return fail(context, localized("There is no standard input to read from."));
+/// The descriptor to read from; somebody who sits at a terminal is told what this is.
+std::optional<int> inputOf(Context& context) {
+  const InLanguage people(context.language);
+  if (!context.in) {
+    fail(context, localized("There is no standard input to read from."));
+    return std::nullopt;
+  }
   const int in = fileno(context.in);
   if (isatty(in))
     context.err.line(localized("This speaks to agents' programs, not to people: see \"korvell mcp --help\". "
                                "Ctrl-D ends it."));
+  return in;
+}
+
+int runMCP(Context& context, const Arguments&) {
+  const auto in = inputOf(context);
+  if (!in) return exitFailed;
   HeadlessLoop loop;
   std::unique_ptr<AgentServer> server;
   std::optional<LinePipe> pipe;
@@ -27,7 +38,7 @@ int runMCP(Context& context, const Arguments&) {
     line ? server->receive(*line) : server->refuseLongLine();
   };
   const auto ended = [&] { server->finish([&] { pipe->whenFetched([&loop] { loop.quit(); }); }); };
-  pipe.emplace(in, STDOUT_FILENO, MCPServer::longestMessage, take, ended);
+  pipe.emplace(*in, STDOUT_FILENO, MCPServer::longestMessage, take, ended);
   server = std::make_unique<AgentServer>(AgentServer::Services{
       context.host, context.clock, loop.main(), systemQueueFactory(),
       [&context] { return measureTwice(context.host, context.clock); }, context.keeperPatience, version,

@@ -109,6 +109,7 @@ private:
 
 int writeFile(Context& context, const std::string& path) {
   if (replaceFile(path, Source(context).text(MetricsFormat::prometheus), Readers::everybody)) return exitOK;
+  const InLanguage people(context.language);
   return fail(context, localized("The metrics could not be written to {path}: {reason}",
                                  {{"path", escapedControls(path)}, {"reason", std::strerror(errno)}}));
 }
@@ -117,7 +118,10 @@ int serve(Context& context, const std::string& address) {
   context.keeperPatience = scrapePatience;
   Source source(context);
   const WakePipe ending;
-  auto listener = MetricsListener::listen(address, [&](MetricsFormat format) { return source.text(format); });
+  auto listener = [&] {
+    const InLanguage people(context.language); // of what standard error is told
+    return MetricsListener::listen(address, [&](MetricsFormat format) { return source.text(format); });
+  }();
   if (!listener) return fail(context, listener.reason());
   const EndSignals signals(ending);
   context.out.line(localized("Listening at http://{address}/metrics. An interrupt (Ctrl-C) ends it.",
@@ -129,8 +133,13 @@ int serve(Context& context, const std::string& address) {
 
 int runMetrics(Context& context, const Arguments& arguments) {
   const auto path = arguments.text("--textfile"), address = arguments.text("--listen");
-  if (path && address)
-    return fail(context, localized("--textfile and --listen exclude each other"), exitUsage);
+  {
+    const InLanguage people(context.language);
+    if (path && address)
+      return fail(context, localized("--textfile and --listen exclude each other."), exitUsage);
+    if (const auto why = address ? MetricsListener::refusal(*address) : ""; !why.empty())
+      return fail(context, why, exitUsage);
+  }
   if (path) return writeFile(context, *path);
   if (address) return serve(context, *address);
   context.out.writeRaw(Source(context).text(formatOf(arguments)));

@@ -88,7 +88,7 @@ void print(Context& context, const PortUse& use, bool isIdleKnown) {
 int runPort(Context& context, const Arguments& arguments) {
   const auto port = parseInteger<int>(*arguments.text("PORT"));
   if (!port || *port < 1 || *port > highestPort)
-    return fail(context, localized("PORT is a number from 1 to 65535"), exitUsage);
+    return fail(context, localized("PORT is a number from 1 to 65535."), exitUsage);
   Assembly assembly(context.host, context.clock);
   auto use = lookUpPort(assembly, *context.host.processes, *port);
   bool isIdleKnown = false;

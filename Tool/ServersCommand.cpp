@@ -109,7 +109,7 @@ int listServers(Context& context, const Arguments& arguments) {
 
 int runStop(Context& context, const Arguments& arguments) {
   const auto pid = parseInteger<ProcessID>(*arguments.text("PID"));
-  if (!pid) return fail(context, localized("PID is a process id"), exitUsage);
+  if (!pid) return fail(context, localized("PID is a process id."), exitUsage);
   CommandActions actions(context, CommandActions::Where::keeperOrHere);
   const auto described = actions.describe(StopServerRequest{.pid = *pid});
   if (!described) return fail(context, escapedControls(described.reason()));

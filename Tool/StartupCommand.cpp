@@ -96,9 +96,9 @@ std::optional<StartupItem> findItem(Context& context, std::vector<StartupItem> i
   std::erase_if(items, [&](const StartupItem& item) { return item.label != name && item.plistPath != name; });
   if (items.size() == 1) return std::move(items.front());
   if (items.empty()) {
-    fail(context, localized("there is no startup item {name}", {{"name", escapedControls(name)}}));
+    fail(context, localized("There is no startup item {name}.", {{"name", escapedControls(name)}}));
   } else {
-    fail(context, localized("several startup items are called {name}; name one by its file:",
+    fail(context, localized("Several startup items are called {name}; name one by its file:",
                             {{"name", escapedControls(name)}}));
     for (const auto& item : items) context.err.line("  " + escapedControls(item.plistPath));
   }

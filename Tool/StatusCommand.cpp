@@ -48,7 +48,11 @@ void print(Context& context, const Measurement& status) {
                      "application, or \"korvell run\"."));
 }
 
+constexpr std::int64_t bestScore = 100;
+
 int runStatus(Context& context, const Arguments& arguments) {
+  const auto least = arguments.number("--check");
+  if (least > bestScore) return fail(context, localized("--check takes a score from 0 to 100."), exitUsage);
   const auto status = currentMeasurement(context);
   auto* diagnostics = context.host.diagnostics.get();
   if (arguments.flag("--json"))
@@ -56,7 +60,6 @@ int runStatus(Context& context, const Arguments& arguments) {
               statusValue(status, diagnostics ? diagnostics->figureSources() : std::vector<SourceReport>()));
   else
     print(context, status);
-  const auto least = arguments.number("--check");
   return least && status.report.score < *least ? exitFailed : exitOK;
 }
 

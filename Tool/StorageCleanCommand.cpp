@@ -85,7 +85,7 @@ int nothingFound(Context& context, const StorageScanResult& result) {
   for (const auto& category : result.categories)
     if (category.note)
       context.err.line("korvell: " + escapedControls(title(category.kind) + ": " + *category.note));
-  return fail(context, localized("nothing of that kind was found"));
+  return fail(context, localized("Nothing of that kind was found."));
 }
 
 } // namespace

@@ -39,7 +39,7 @@ std::optional<StorageScanResult> measureStorage(Context& context, CommandActions
   const auto answer = actions.perform(ScanStorageRequest{kinds}, [&scanner] { scanner.cancel(); });
   progress.clear();
   if (answer.worked) return *scanner.result;
-  fail(context, localized("interrupted; nothing was done"));
+  fail(context, localized("Interrupted. Nothing was done."));
   return std::nullopt;
 }
 

@@ -29,7 +29,7 @@ int runWhy(Context& context, std::int64_t number, bool json) {
   const auto pid = static_cast<ProcessID>(number);
   const auto* identity = pid == number ? sampler->identity(pid) : nullptr;
   if (!identity)
-    return fail(context, localized("There is no process {pid}", {{"pid", std::to_string(number)}}));
+    return fail(context, localized("There is no process {pid}.", {{"pid", std::to_string(number)}}));
   if (json) {
     printJSON(context.out, ownerValue(pid, *identity));
     return exitOK;

@@ -43,12 +43,12 @@ int main(int argc, char** argv) {
   if (const auto home = environment("HOME")) setenv("HOME", home->c_str(), 1); // for the programs it starts
   Host host = makeHost(environment);
   const std::vector<std::string> arguments(argv + 1, argv + argc);
-  const auto language =
-      speaksToPrograms(arguments) ? "en" : languageFor(host.locale, environment("LANGUAGE").value_or(""));
-  setLanguages(languages(language, host.words));
+  const auto persons = languageFor(host.locale, environment("LANGUAGE").value_or(""));
+  setLanguages(languages(speaksToPrograms(arguments) ? "en" : persons, host.words));
   SystemClock clock;
   Terminal out(stdout, environment), err(stderr, environment);
   Context context{host, clock, environment, out, err, stdin};
+  context.language = asksForJSON(arguments) ? "en" : persons;
   const int status = runCommandLine(context, allCommands(), arguments);
   out.flush();
   if (const auto loss = out.loss())

@@ -126,9 +126,9 @@ TEST_F(ActionsTests, whatCanNotBeQuitIsSaid) {
   table.add(11, "Editor");
   time.advance(Seconds{12});
   const std::pair<QuitRequest, const char*> rows[] = {
-      {{.app = "nobody"}, "Nothing called nobody is running"},
-      {{.app = "99"}, "Nothing called 99 is running"},
-      {{.bundlePath = "/opt/nobody"}, "Nothing called /opt/nobody is running"},
+      {{.app = "nobody"}, "Nothing called nobody is running."},
+      {{.app = "99"}, "There is no process 99."},
+      {{.bundlePath = "/opt/nobody"}, "Nothing called /opt/nobody is running."},
       {{.app = "EDITOR"}, "There are several of that name; say which one:"},
       {{.app = "korvell"}, "korvell is Korvell itself."}};
   for (const auto& [request, reason] : rows) EXPECT_THAT(describe(request).reason(), HasSubstr(reason));

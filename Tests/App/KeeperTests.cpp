@@ -122,7 +122,7 @@ TEST_F(KeeperTests, describesAndDoesWhatItIsAsked) {
       ask(dumpJSON(*described.find("request"))),
       R"({"ok":true,"sentence":"editor was told to end.","name":"editor","sent":1,"gone":0,"denied":0})");
   EXPECT_EQ(ask(R"({"describe":"quit","app":"nobody"})"),
-            R"({"ok":false,"error":"Nothing called nobody is running"})");
+            R"({"ok":false,"error":"Nothing called nobody is running."})");
   EXPECT_EQ(ask(R"({"do":"quit","force":true,"processes":[{"pid":12,"start":120}]})"),
             R"-({"ok":false,"sentence":"foreign (PID 12) belongs to another user.",)-"
             R"-("name":"foreign (PID 12)","sent":0,"gone":0,"denied":1})-");

@@ -65,6 +65,7 @@ TEST_F(CommandLineTests, mistakesEndWithTwoAndSayWhy) {
                                                           {"echo", "--limit", "99999999999999999999"},
                                                           {"echo", "--by", "size"},
                                                           {"outer", "--limit", "3", "inner"},
+                                                          {"echo", "--limit"},
                                                           {"group"},
                                                           {"group", "nonsense"}};
   for (const auto& arguments : mistakes) {
@@ -74,6 +75,20 @@ TEST_F(CommandLineTests, mistakesEndWithTwoAndSayWhy) {
   }
   run({"echo", "me", "one", "two\x1b"});
   EXPECT_THAT(errors, testing::StartsWith("korvell: Not expected here: one two\\x1b.\n"));
+}
+
+TEST_F(CommandLineTests, aFlagTakesNoValue) {
+  for (const auto* value : {"=false", "=true", "=nonsense", "=", "=1", "={}"}) {
+    EXPECT_EQ(run({"group", "ask", std::string("--yes") + value}), exitUsage) << value;
+    EXPECT_THAT(errors, testing::StartsWith("korvell: --yes takes no value.\nRun korvell group ask --help"));
+    EXPECT_EQ(run({"outer", std::string("--json") + value, "inner"}), exitUsage) << value;
+    EXPECT_EQ(output, "{\"error\":\"--json takes no value.\"}\n") << "whoever writes that reads JSON";
+    EXPECT_EQ(run({"echo", std::string("--help") + value}), exitUsage) << value;
+    EXPECT_EQ(run({std::string("--version") + value}), exitUsage) << value;
+  }
+  EXPECT_EQ(run({"echo", "--kind", "--json=1", "--kind=--json=2", "--", "--json=3"}), exitOK);
+  EXPECT_THAT(output, HasSubstr("kind --json=1\nkind --json=2\nwho --json=3\n")) << "values of others";
+  EXPECT_EQ(run({"echo", "WHO", "--json=1"}), exitUsage) << "no option, though it is called like one";
 }
 
 TEST_F(CommandLineTests, mistakesSuggestWhatWasMeantAndWhereToRead) {
@@ -112,7 +127,8 @@ TEST_F(CommandLineTests, failuresAreObjectsToo) {
 
 TEST(SpeaksToPrograms, whatIsForProgramsButNotItsHelp) {
   const std::vector<std::string> programs[] = {
-      {"status", "--json"}, {"mcp"}, {"metrics", "--listen", "[::1]:9"}, {"bar"}, {"complete", "st"}};
+      {"status", "--json"}, {"status", "--json=1"}, {"mcp"}, {"metrics", "--listen", "[::1]:9"}, {"bar"},
+      {"complete", "st"}};
   const std::vector<std::string> people[] = {{}, {"status"}, {"mcp", "--help"}, {"servers", "mcp"}};
   for (const auto& arguments : programs) EXPECT_TRUE(speaksToPrograms(arguments)) << arguments.front();
   for (const auto& arguments : people)
@@ -144,6 +160,33 @@ TEST_F(CommandLineTests, helpIsOfTheInnermostCommand) {
   EXPECT_THAT(output, HasSubstr("Order: cpu, memory\n"));
   EXPECT_EQ(run({}), exitOK);
   EXPECT_THAT(output, HasSubstr("echo"));
+}
+
+TEST_F(CommandLineTests, peopleAreToldInTheirLanguageWhereProgramsReadTheOutput) {
+  constexpr auto german = sortedTexts({{"{name}: the value is missing.", "{name}: Wert fehlt."},
+                                       {"{option} takes no value.", "{option}: kein Wert."},
+                                       {"REQUIRED", "(nötig)"},
+                                       {"Its number", "Seine Zahl"}});
+  const std::vector<Command> port = {
+      {"port",
+       "Tells the language",
+       {{"PORT", Kind::positional, "Its number", {}, true}, {"--limit", Kind::number, "How many"}},
+       [](Context& context, const Arguments&) {
+         context.out.line(currentLanguage().code);
+         return int(exitOK);
+       }}};
+  setLanguages({{.code = "en"}, {.code = "de", .tables = {german}}});
+  context.language = "de";
+  EXPECT_EQ(CommandFixture::run(port, {"port", "--limit"}), exitUsage);
+  EXPECT_THAT(errors, testing::StartsWith("korvell: --limit: Wert fehlt.\n"));
+  EXPECT_EQ(CommandFixture::run(port, {"port", "7"}), exitOK);
+  EXPECT_EQ(output, "en\n");
+  setLanguages({{.code = "de", .tables = {german}}});
+  EXPECT_EQ(CommandFixture::run(port, {"help", "port"}), exitOK);
+  EXPECT_THAT(output, HasSubstr("\n  PORT (nötig)            Seine Zahl\n")) << "in columns, not in bytes";
+  EXPECT_EQ(CommandFixture::run(port, {"help", "help"}), exitOK);
+  EXPECT_THAT(output, HasSubstr("Usage: korvell help [OPTIONS] [COMMAND]"));
+  setLanguages({});
 }
 
 TEST_F(CommandLineTests, withoutATerminalNothingIsConfirmedUnlessYes) {

@@ -84,6 +84,7 @@ TEST_F(HealthCommandsTests, statusAsJSONAndAsACheck) {
       R"({"severity":"warning","title":"CPU busy for 10 minutes","detail":"91% on average. Editor is the )"
       R"(main load.","penalty":15,"action":{"kind":"quitApp","bundlePath":"/Editor","name":"Editor"}})");
   EXPECT_EQ(run({"status", "--check", "66"}), exitFailed);
+  EXPECT_EQ(run({"status", "--check", "101"}), exitUsage) << "no machine reaches that";
 }
 
 TEST_F(HealthCommandsTests, aScoreWithoutItsTenMinutesIsOneSoFar) {
@@ -247,6 +248,10 @@ TEST_F(HealthCommandsTests, historyTellsNothingRecordedFromUnreadable) {
                         {"history", "--at", "14:32"},
                         {"report"}};
   for (const auto& line : lines) EXPECT_EQ(run(line), exitOK) << "there is no file";
+  setLanguages({{.code = "de", .numbers = {.isDayFirst = true}}});
+  EXPECT_EQ(run({"history", "--at", "2026-03-01 14:32"}), exitOK);
+  EXPECT_THAT(out, HasSubstr("01.03.2026 14:32."));
+  setLanguages({});
   folder.write("data/history.sqlite", std::string(3000, 'x'));
   for (const auto& line : lines) {
     EXPECT_EQ(run(line), exitFailed);

@@ -48,8 +48,8 @@ TEST_F(QuitCommandTests, onlyTheOneThatIsMeantAndOnlyWhenConfirmed) {
     const char* said; ///< on either stream
   };
   const Row rows[] = {
-      {{"nobody", "--yes"}, {}, "Nothing called nobody is running"},
-      {{"999", "--yes"}, {}, "Nothing called 999 is running"},
+      {{"nobody", "--yes"}, {}, "Nothing called nobody is running."},
+      {{"999", "--yes"}, {}, "There is no process 999."},
       {{"worker"}, {}, "The 2 processes of worker will be asked to quit.\n  10 worker\n  11 worker\n"},
       {{"worker", "--yes"}, {{10, terminate}, {11, terminate}}, "worker was told to end.\n"},
       {{"WORKER", "--yes", "--force"}, {{10, kill}, {11, kill}}, "worker was told to end.\n"},

@@ -93,9 +93,9 @@ TEST_F(StartupCommandTests, nothingElseIsRemoved) {
   const std::pair<std::vector<std::string>, const char*> rows[] = {
       {{"gone.service"}, "gone.service\nIt launches /opt/gone which no longer exists."}, // not confirmed
       {{"here.service", "--yes"}, "korvell: here.service is no leftover"},
-      {{"none.service", "--yes"}, "korvell: there is no startup item none.service\n"},
+      {{"none.service", "--yes"}, "korvell: There is no startup item none.service.\n"},
       {{"twice.service", "--yes"},
-       "korvell: several startup items are called twice.service; name one by its file:\n  /u/twice.service\n"
+       "korvell: Several startup items are called twice.service; name one by its file:\n  /u/twice.service\n"
        "  /s/twice.service\n"}};
   for (auto [arguments, message] : rows) {
     arguments.insert(arguments.begin(), {"startup", "remove"});

@@ -119,11 +119,11 @@ TEST_F(StorageCommandTests, whatIsNotSureIsNotDone) {
       {{"clean", "--kind", "npm"},
        "Move 8.19 KB to the Trash?\nMoves to the Trash:\n~/.npm/_cacache\nYou can put it back from the "
        "Trash.\n"
-       "korvell: not done: there is no terminal to ask on"},
+       "korvell: Not done: there is no terminal to ask on"},
       {{"clean", "--kind", "npm", "--item", gone, "--yes"}, "there is no such item any more"},
       {{"clean", "--kind", "npm", "--item", disk / "home/.cargo/registry/src", "--yes"},
        "there is no such item"},
-      {{"clean", "--kind", "pip", "--yes"}, "nothing of that kind was found"},
+      {{"clean", "--kind", "pip", "--yes"}, "Nothing of that kind was found."},
   };
   for (const auto& [arguments, message] : rows) {
     EXPECT_EQ(run(arguments), exitFailed) << message;
@@ -153,7 +153,7 @@ TEST_F(StorageCommandTests, anInterruptEndsTheCommandAndWhatItFreedIsToldAndLogg
   // The same while it is measured: nothing was begun yet.
   disk.write(docker, "#!/bin/sh\nkill -TERM $PPID\nsleep 30 & wait\n");
   EXPECT_EQ(run({"clean", "--kind", "docker", "--yes"}), exitFailed);
-  EXPECT_EQ(errors, "korvell: interrupted; nothing was done\n");
+  EXPECT_EQ(errors, "korvell: Interrupted. Nothing was done.\n");
   EXPECT_EQ(output, "");
 }
 

@@ -380,7 +380,7 @@ void KorvellApp::explain(ProcessID pid, QWidget& window, Banner& banner) {
                      told = QPointer(&banner)](const std::optional<ProcessSampler::Identity>& process) {
     if (!over || !told) return;
     if (!process)
-      return told->say(Tone::info, localized("There is no process {pid}", {{"pid", std::to_string(pid)}}));
+      return told->say(Tone::info, localized("There is no process {pid}.", {{"pid", std::to_string(pid)}}));
     Question question{.title = localized("Why is {name} here?", {{"name", process->name()}}),
                       .action = localized("Copy"),
                       .cancel = localized("Close")};
