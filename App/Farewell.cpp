@@ -2,6 +2,8 @@
 
 #include "App/CommandLineTool.h"
 #include "App/KeeperLock.h"
+#include "App/SettingsCheck.h"
+#include "Base/Files.h"
 #include "Base/Localization.h"
 #include "Core/Storage/StorageModels.h"
 
@@ -34,10 +36,13 @@ Outcome removeFile(const std::string& path) {
   return success();
 }
 
-Outcome stopUnit(const CommandRunner& run) {
+/// Over ssh or su there may be no manager to talk to: the unit is disabled then, but not stopped.
+Outcome stopUnit(const CommandRunner& run, const std::string& link) {
   for (const char* program : serviceManagers)
     if (const auto result = run(program, {"--user", "disable", "--now", unitName}, patience, {}))
-      return result->succeeded() ? success() : Failure{localized("systemctl could not disable the unit.")};
+      return result->succeeded() || !isThere(link)
+                 ? success()
+                 : Failure{localized("systemctl could not disable the unit.")};
   return Failure{localized("systemctl is missing on this system.")};
 }
 
@@ -46,7 +51,7 @@ void addUnit(Farewell& found, const UserFolders& folders, const CommandRunner& r
   if (!isThere(link)) return;
   found.stopsKeeper = true;
   found.steps.push_back({localized("Stop and disable the unit {unit}.", {{"unit", unitName}}),
-                         [&run] { return stopUnit(run); }});
+                         [&run, link] { return stopUnit(run, link); }});
 }
 
 void addLink(Farewell& found, const Host& host, const Environment& environment, const CommandRunner& run) {
@@ -92,6 +97,47 @@ void addData(Farewell& found, Host& host, bool withData) {
   }
 }
 
+/// Whether a file begins as the metrics do.
+bool holdsMetrics(const std::string& path) {
+  constexpr std::size_t most = std::size_t(64) << 20;
+  const auto text = readFile(path, most);
+  return text && text->starts_with("# HELP korvell_");
+}
+
+/// What the keeper wrote for a collector. Nobody but the user knows whose another file in its place is.
+void addMetricsFile(Farewell& found, const Host& host) {
+  const auto path = host.defaults ? host.defaults->string(metricsFileKey) : std::nullopt;
+  if (!path || !settingRefusal(metricsFileKey, Value(*path)).empty() || !isThere(*path)) return;
+  const auto file = followedLinks(*path), shown = tildePath(file, host.folders.home);
+  const auto theirs =
+      localized("{path}, the file for metrics, holds something else and stays.", {{"path", shown}});
+  if (holdsMetrics(file))
+    found.steps.push_back(
+        {localized("Remove the file with metrics, {path}.", {{"path", shown}}),
+         [file, theirs] { return holdsMetrics(file) ? removeFile(file) : Failure{theirs}; }});
+  else
+    found.remarks.push_back(theirs);
+}
+
+bool isEmptyBut(const std::string& folder, const std::set<std::string>& paths) {
+  std::error_code error;
+  for (fs::directory_iterator entries(folder, error), end; !error && entries != end; entries.increment(error))
+    if (!paths.contains(entries->path().string())) return false;
+  return !error;
+}
+
+/// The sockets, and the runtime folder where they alone are in it.
+void addSockets(Farewell& found, const UserFolders& folders) {
+  const std::set sockets{keeperSocketPath(folders), spareSocketPath(folders)};
+  for (const auto& socket : sockets)
+    if (isThere(socket))
+      found.steps.push_back({localized("Remove the socket {path}.", {{"path", socket}}),
+                             [socket] { return removeFile(socket); }});
+  if (const auto& folder = folders.runtime; !folder.empty() && isEmptyBut(folder, sockets))
+    found.steps.push_back({localized("Remove the empty folder {path}.", {{"path", folder}}),
+                           [folder] { return isEmptyBut(folder, {}) ? removeFile(folder) : success(); }});
+}
+
 /// "korvell: /usr/bin/korvell" of the package manager; empty where it knows nothing of the program.
 std::string packageOf(const std::string& program, const CommandRunner& run) {
   for (const char* manager : packageManagers)
@@ -122,10 +168,8 @@ Farewell farewell(Host& host, const Environment& environment, const CommandRunne
         {localized("No longer show the widget at login."), [entry] { return removeFile(entry); }});
   addLink(found, host, environment, run);
   addHelper(found, host, isAdministrator);
-  for (const auto& socket : std::set{keeperSocketPath(host.folders), spareSocketPath(host.folders)})
-    if (isThere(socket))
-      found.steps.push_back({localized("Remove the socket {path}.", {{"path", socket}}),
-                             [socket] { return removeFile(socket); }});
+  addMetricsFile(found, host);
+  addSockets(found, host.folders);
   addData(found, host, withData);
   if (!host.program.empty()) found.remarks.push_back(ownerOfProgram(host, run));
   return found;
@@ -134,8 +178,8 @@ Farewell farewell(Host& host, const Environment& environment, const CommandRunne
 std::string stillRunning(const UserFolders& folders) {
   if (!isKeeperRunning(folders)) return {};
   const auto keeper = keeperAnnouncement(folders);
-  if (!keeper) return localized("Korvell is running. Quit it first; nothing else was done.");
-  return localized("Korvell is running as process {pid}. Quit it first; nothing else was done.",
+  if (!keeper) return localized("Korvell is running. Quit it first.");
+  return localized("Korvell is running as process {pid}. Quit it first.",
                    {{"pid", std::to_string(keeper->pid)}});
 }
 

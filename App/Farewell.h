@@ -29,7 +29,7 @@ struct Farewell {
 Farewell farewell(Host& host, const Environment& environment, const CommandRunner& run, bool isAdministrator,
                   bool withData);
 
-/// Of the process that holds the keeper's lock, which would go on writing; empty when there is none.
+/// That somebody holds the keeper's lock and would go on writing, and is to be quit; empty when nobody does.
 std::string stillRunning(const UserFolders& folders);
 
 } // namespace korvell

@@ -14,11 +14,16 @@ namespace {
 
 constexpr Seconds endingTime{5}; ///< for a unit that was stopped to write its last minute
 
+using Sentences = std::vector<std::string>;
+
+Sentences sentencesOf(const Farewell& found) {
+  Sentences sentences;
+  for (const auto& step : found.steps) sentences.push_back(step.description);
+  return sentences;
+}
+
 Value listed(const Farewell& found) {
-  Value steps = Value::array(), remarks = Value::array();
-  for (const auto& step : found.steps) steps.append(step.description);
-  for (const auto& remark : found.remarks) remarks.append(remark);
-  return Value::object({{"steps", std::move(steps)}, {"remarks", std::move(remarks)}});
+  return Value::object({{"steps", toValue(sentencesOf(found))}, {"remarks", toValue(found.remarks)}});
 }
 
 void print(Terminal& to, std::string_view text, std::string_view indent = "") {
@@ -41,39 +46,67 @@ bool isGone(const UserFolders& folders) {
   return false;
 }
 
+void print(Terminal& to, std::string_view title, const Sentences& steps, const Farewell& found) {
+  if (!steps.empty() || found.steps.empty())
+    to.line(found.steps.empty() ? localized("There is nothing to take away.") : std::string(title));
+  for (const auto& step : steps) print(to, step, "  ");
+  for (const auto& remark : found.remarks) print(to, remark);
+}
+
+/// `running`: of a Korvell that nothing here stops.
+int sayOnly(Context& context, const Arguments& arguments, const Farewell& found, const std::string& running) {
+  if (arguments.flag("--json")) {
+    auto told = listed(found).set("dryRun", true);
+    if (!running.empty()) told.set("running", running);
+    printJSON(context.out, told);
+    return exitOK;
+  }
+  if (!running.empty()) print(context.out, running);
+  print(context.out, localized("Nothing was done. This is what would be:"), sentencesOf(found), found);
+  return exitOK;
+}
+
+/// Tries every step; those that worked are returned, the others are named on standard error.
+Sentences perform(Context& context, const Farewell& found) {
+  Sentences done;
+  auto step = found.steps.begin();
+  const auto worked = [&] {
+    const auto outcome = step->perform();
+    if (outcome)
+      done.push_back(step->description);
+    else
+      fail(context, escapedControls(outcome.reason()));
+    return bool(outcome);
+  };
+  // What would go on to write is ended before anything is taken from it.
+  if (found.stopsKeeper && !worked()) return done;
+  if (found.stopsKeeper) ++step;
+  if (!isGone(context.host.folders)) {
+    fail(context, stillRunning(context.host.folders) + " " + localized("Nothing else was done."));
+    return done;
+  }
+  for (; step != found.steps.end(); ++step) worked();
+  return done;
+}
+
 int runUninstall(Context& context, const Arguments& arguments) {
   auto& host = context.host;
   const CommandRunner run = Shell::run;
   const auto found = farewell(host, context.environment, run, host.user == 0, arguments.flag("--data"));
-  const bool json = arguments.flag("--json");
-  auto told = listed(found);
-  if (arguments.flag("--dry-run")) {
-    if (json) {
-      printJSON(context.out, told.set("dryRun", true));
-      return exitOK;
-    }
-    context.out.line(found.steps.empty() ? localized("There is nothing to take away.")
-                                         : localized("Nothing was done. This is what would be:"));
-    for (const auto& step : found.steps) print(context.out, step.description, "  ");
-    for (const auto& remark : found.remarks) print(context.out, remark);
-    return exitOK;
-  }
+  const auto running = found.stopsKeeper ? std::string() : stillRunning(host.folders);
+  if (arguments.flag("--dry-run")) return sayOnly(context, arguments, found, running);
+  if (!running.empty()) return fail(context, running + " " + localized("Nothing was done."));
   if (!found.steps.empty() && !confirmed(context, arguments, question(found))) return exitFailed;
 
-  int exit = exitOK;
-  auto step = found.steps.begin();
-  if (step != found.steps.end() && found.stopsKeeper) {
-    if (const auto stopped = step->perform(); !stopped) return fail(context, stopped.reason());
-    ++step;
-  }
-  if (!isGone(host.folders)) return fail(context, stillRunning(host.folders));
-  for (; step != found.steps.end(); ++step)
-    if (const auto done = step->perform(); !done) exit = fail(context, escapedControls(done.reason()));
-  if (json)
+  const auto done = perform(context, found);
+  if (arguments.flag("--json")) {
+    auto told = listed(found).set("done", toValue(done));
+    if (context.failure) told.set("error", *context.failure);
     printJSON(context.out, told);
-  else
-    for (const auto& remark : found.remarks) print(context.out, remark);
-  return exit;
+  } else {
+    print(context.out, localized("This was done:"), done, found);
+  }
+  return context.failure ? exitFailed : exitOK;
 }
 
 } // namespace

@@ -1,8 +1,10 @@
 #include "App/Farewell.h"
 
 #include "App/KeeperLock.h"
+#include "App/SettingsCheck.h"
 #include "Tests/Fakes/FakeEnvironment.h"
 #include "Tests/Fakes/FakeUsageHelper.h"
+#include "Tests/Fakes/FakeUserDefaults.h"
 #include "Tests/Fakes/FolderTrash.h"
 #include "Tests/Fakes/PortableFileTree.h"
 #include "Tests/Fakes/TemporaryFolder.h"
@@ -25,7 +27,10 @@ struct FarewellTests : testing::Test {
   Host host;
   FakeUsageHelper& helper;
   std::vector<std::string> commands;
-  std::string package; ///< that the program belongs to
+  std::string package;    ///< that the program belongs to
+  bool hasManager = true; ///< the user's services can be asked
+  bool disables = true;   ///< systemctl takes the unit's link away even without them
+  static constexpr const char* unit = "config/systemd/user/default.target.wants/korvell.service";
 
   FarewellTests() : helper(*new FakeUsageHelper) {
     const auto root = home.path().string();
@@ -46,7 +51,8 @@ struct FarewellTests : testing::Test {
       if (path.ends_with("dpkg-query"))
         return ShellResult{.output = package + ": " + arguments.back(), .exitStatus = package.empty()};
       commands.push_back(path);
-      return ShellResult{};
+      if (hasManager || disables) fs::remove(home / unit);
+      return ShellResult{.exitStatus = hasManager ? 0 : 1};
     };
     runner = run;
     return farewell(host, fakeEnvironment({}), runner, isAdministrator, withData);
@@ -68,7 +74,7 @@ TEST_F(FarewellTests, aMachineWithoutATraceHasNothingToDo) {
 }
 
 TEST_F(FarewellTests, whatIsThereIsTakenAwayAndNothingElse) {
-  home.write("config/systemd/user/default.target.wants/korvell.service", "");
+  home.write(unit, "");
   home.write("config/autostart/korvell-widget.desktop", "");
   home.write("config/autostart/other.desktop", "theirs");
   home.write("run/korvell/keeper.sock", "");
@@ -79,17 +85,58 @@ TEST_F(FarewellTests, whatIsThereIsTakenAwayAndNothingElse) {
   EXPECT_THAT(descriptions(farewell),
               ElementsAre("Stop and disable the unit korvell.service.", "No longer show the widget at login.",
                           "Remove the link ~/.local/bin/korvell.",
-                          "Remove the socket " + (home / "run/korvell/keeper.sock") + "."));
+                          "Remove the socket " + (home / "run/korvell/keeper.sock") + ".",
+                          "Remove the empty folder " + (home / "run/korvell") + "."));
   EXPECT_TRUE(farewell.stopsKeeper);
   EXPECT_THAT(farewell.remarks, Contains("~/data/korvell stays; --data moves it to the Trash."));
   EXPECT_THAT(commands, IsEmpty()) << "only looked so far";
   for (const auto& step : farewell.steps) EXPECT_TRUE(step.perform()) << step.description;
   EXPECT_THAT(commands, ElementsAre("/usr/bin/systemctl"));
   EXPECT_FALSE(fs::is_symlink(home / ".local/bin/korvell"));
-  EXPECT_FALSE(fs::exists(home / "run/korvell/keeper.sock"));
+  EXPECT_FALSE(fs::exists(home / "run/korvell"));
   EXPECT_EQ(home.text("data/korvell/history.db"), "years");
   EXPECT_TRUE(fs::exists(host.program));
   EXPECT_TRUE(fs::exists(home / "config/autostart/other.desktop"));
+}
+
+TEST_F(FarewellTests, withoutTheUsersManagerTheUnitIsOnlyDisabled) {
+  home.write(unit, "");
+  hasManager = false;
+  const auto farewell = found();
+  EXPECT_TRUE(farewell.steps.front().perform()) << "its link is gone";
+  home.write(unit, "");
+  disables = false;
+  EXPECT_FALSE(farewell.steps.front().perform());
+}
+
+TEST_F(FarewellTests, theFileForMetricsGoesWhereKorvellWroteIt) {
+  const auto defaults = new FakeUserDefaults;
+  host.defaults.reset(defaults);
+  defaults->set(metricsFileKey, home / "korvell.prom");
+  EXPECT_THAT(descriptions(found()), IsEmpty()) << "nothing was written";
+  home.write("korvell.prom", "# HELP node_load1 of another\n");
+  const auto stays = "~/korvell.prom, the file for metrics, holds something else and stays.";
+  EXPECT_THAT(descriptions(found()), IsEmpty());
+  EXPECT_THAT(found().remarks, Contains(stays));
+  home.write("korvell.prom", "# HELP korvell_build_info The Korvell that tells these figures.\n");
+  const auto farewell = found();
+  ASSERT_THAT(descriptions(farewell), ElementsAre("Remove the file with metrics, ~/korvell.prom."));
+  home.write("korvell.prom", "mine\n");
+  EXPECT_EQ(farewell.steps.front().perform().reason(), stays) << "somebody else's by now";
+  home.write("korvell.prom", "# HELP korvell_build_info The Korvell that tells these figures.\n");
+  EXPECT_TRUE(farewell.steps.front().perform());
+  EXPECT_FALSE(fs::exists(home / "korvell.prom"));
+}
+
+TEST_F(FarewellTests, theRuntimeFolderStaysWhereSomethingElseIsInIt) {
+  home.write("run/korvell/keeper.sock", "");
+  home.write("run/korvell/other", "theirs");
+  EXPECT_THAT(descriptions(found()), ElementsAre(HasSubstr("Remove the socket")));
+  fs::remove(home / "run/korvell/other");
+  const auto farewell = found();
+  home.write("run/korvell/other", "theirs"); // meanwhile
+  for (const auto& step : farewell.steps) EXPECT_TRUE(step.perform());
+  EXPECT_EQ(home.text("run/korvell/other"), "theirs");
 }
 
 TEST_F(FarewellTests, dataGoesToTheTrashAndALinkElsewhereStays) {
