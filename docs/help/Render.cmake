@@ -3,7 +3,6 @@
 execute_process(COMMAND ${CMARK} --extension table ${PAGE} OUTPUT_VARIABLE body COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX REPLACE "href=\"([A-Za-z]+)\\.md\"" "href=\"\\1.html\"" body "${body}")
 string(REGEX REPLACE "[^/]+/" "../" up "${FOLDER}")
-string(REPLACE "src=\"../" "src=\"${up}../" body "${body}")
 get_filename_component(folder ${PAGE} DIRECTORY)
 file(STRINGS ${folder}/index.md index LIMIT_COUNT 1 ENCODING UTF-8)
 string(REGEX REPLACE "^# " "" help "${index}")
