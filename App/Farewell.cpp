@@ -5,6 +5,7 @@
 #include "App/SettingsCheck.h"
 #include "Base/Files.h"
 #include "Base/Localization.h"
+#include "Base/Text.h"
 #include "Core/Storage/StorageModels.h"
 
 #include <array>
@@ -44,6 +45,17 @@ Outcome stopUnit(const CommandRunner& run, const std::string& link) {
                  ? success()
                  : Failure{localized("systemctl could not disable the unit.")};
   return Failure{localized("systemctl is missing on this system.")};
+}
+
+/// Whether the keeper is what the user's services run, and not an application beside it. A manager that does
+/// not answer stops nobody.
+bool isKeeperTheUnit(const CommandRunner& run, const UserFolders& folders) {
+  const auto keeper = keeperAnnouncement(folders);
+  for (const char* program : serviceManagers)
+    if (const auto result =
+            run(program, {"--user", "show", "--property=MainPID", "--value", unitName}, patience, {}))
+      return keeper && result->succeeded() && trimmed(result->output) == std::to_string(keeper->pid);
+  return false;
 }
 
 void addUnit(Farewell& found, const UserFolders& folders, const CommandRunner& run) {
@@ -171,6 +183,8 @@ Farewell farewell(Host& host, const Environment& environment, const CommandRunne
   addMetricsFile(found, host);
   addSockets(found, host.folders);
   addData(found, host, withData);
+  if (isKeeperRunning(host.folders) && !(found.stopsKeeper && isKeeperTheUnit(run, host.folders)))
+    found.running = stillRunning(host.folders);
   if (!host.program.empty()) found.remarks.push_back(ownerOfProgram(host, run));
   return found;
 }

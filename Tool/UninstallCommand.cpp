@@ -53,15 +53,14 @@ void print(Terminal& to, std::string_view title, const Sentences& steps, const F
   for (const auto& remark : found.remarks) print(to, remark);
 }
 
-/// `running`: of a Korvell that nothing here stops.
-int sayOnly(Context& context, const Arguments& arguments, const Farewell& found, const std::string& running) {
+int sayOnly(Context& context, const Arguments& arguments, const Farewell& found) {
   if (arguments.flag("--json")) {
     auto told = listed(found).set("dryRun", true);
-    if (!running.empty()) told.set("running", running);
+    if (!found.running.empty()) told.set("running", found.running);
     printJSON(context.out, told);
     return exitOK;
   }
-  if (!running.empty()) print(context.out, running);
+  if (!found.running.empty()) print(context.out, found.running);
   print(context.out, localized("Nothing was done. This is what would be:"), sentencesOf(found), found);
   return exitOK;
 }
@@ -93,9 +92,8 @@ int runUninstall(Context& context, const Arguments& arguments) {
   auto& host = context.host;
   const CommandRunner run = Shell::run;
   const auto found = farewell(host, context.environment, run, host.user == 0, arguments.flag("--data"));
-  const auto running = found.stopsKeeper ? std::string() : stillRunning(host.folders);
-  if (arguments.flag("--dry-run")) return sayOnly(context, arguments, found, running);
-  if (!running.empty()) return fail(context, running + " " + localized("Nothing was done."));
+  if (arguments.flag("--dry-run")) return sayOnly(context, arguments, found);
+  if (!found.running.empty()) return fail(context, found.running + " " + localized("Nothing was done."));
   if (!found.steps.empty() && !confirmed(context, arguments, question(found))) return exitFailed;
 
   const auto done = perform(context, found);

@@ -11,6 +11,7 @@
 
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 namespace korvell {
 namespace {
@@ -27,9 +28,10 @@ struct FarewellTests : testing::Test {
   Host host;
   FakeUsageHelper& helper;
   std::vector<std::string> commands;
-  std::string package;    ///< that the program belongs to
-  bool hasManager = true; ///< the user's services can be asked
-  bool disables = true;   ///< systemctl takes the unit's link away even without them
+  std::string package;       ///< that the program belongs to
+  bool hasManager = true;    ///< the user's services can be asked
+  bool disables = true;      ///< systemctl takes the unit's link away even without them
+  std::string mainPID = "0"; ///< of the unit
   static constexpr const char* unit = "config/systemd/user/default.target.wants/korvell.service";
 
   FarewellTests() : helper(*new FakeUsageHelper) {
@@ -51,6 +53,8 @@ struct FarewellTests : testing::Test {
       if (path.ends_with("dpkg-query"))
         return ShellResult{.output = package + ": " + arguments.back(), .exitStatus = package.empty()};
       commands.push_back(path);
+      if (arguments.at(1) == "show")
+        return ShellResult{.output = mainPID + "\n", .exitStatus = hasManager ? 0 : 1};
       if (hasManager || disables) fs::remove(home / unit);
       return ShellResult{.exitStatus = hasManager ? 0 : 1};
     };
@@ -166,6 +170,13 @@ TEST_F(FarewellTests, whatRunsIsToldFirst) {
   const auto lock = KeeperLock::acquire(host.folders);
   ASSERT_TRUE(lock);
   EXPECT_THAT(stillRunning(host.folders), AllOf(HasSubstr("is running"), HasSubstr("Quit it first")));
+  EXPECT_EQ(found().running, stillRunning(host.folders));
+  home.write(unit, "");
+  EXPECT_NE(found().running, "") << "an application keeps, beside the unit";
+  mainPID = std::to_string(getpid());
+  EXPECT_EQ(found().running, "") << "the first step ends it";
+  hasManager = false;
+  EXPECT_NE(found().running, "") << "nobody can";
 }
 
 } // namespace
