@@ -3,6 +3,7 @@
 #include "UI/Kit/Text.h"
 
 #include <QAccessibleWidget>
+#include <QScrollArea>
 #include <QWidget>
 
 #include <vector>
@@ -134,7 +135,15 @@ int SpokenWidget::indexOfChild(const QAccessibleInterface* child) const {
   return place < 0 ? place : rowCount() + place;
 }
 
+/// The toolkit's own looks up a child without asking whether it is still there, and a scroll bar may be gone
+/// by the time that a screen reader asks for it.
+class SpokenScrollArea final : public QAccessibleWidget {
+public:
+  using QAccessibleWidget::QAccessibleWidget;
+};
+
 QAccessibleInterface* makeSpoken(const QString&, QObject* object) {
+  if (auto* area = qobject_cast<QScrollArea*>(object)) return new SpokenScrollArea(area);
   auto* widget = qobject_cast<QWidget*>(object);
   return widget && dynamic_cast<Spoken*>(object) ? new SpokenWidget(widget) : nullptr;
 }

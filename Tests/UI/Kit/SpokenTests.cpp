@@ -7,6 +7,7 @@
 #include "UI/Kit/FigureText.h"
 #include "UI/Kit/Meters.h"
 #include "UI/Kit/ScoreRing.h"
+#include "UI/Kit/Scroll.h"
 #include "UI/Kit/Switches.h"
 #include "UI/Kit/Text.h"
 
@@ -70,6 +71,23 @@ TEST_F(SpokenTests, paintedRowsAreChildren) {
   table.setData({.title = "Applications", .rows = {{.key = "b", .spoken = "Blender, 2 processes"}}});
   EXPECT_FALSE(second->isValid());
   EXPECT_EQ(utf8(list.child(0)->text(QAccessible::Name)), "Blender, 2 processes");
+}
+
+TEST_F(SpokenTests, aScrollBarThatHasGoneIsNotThere) {
+  ScrollArea area(theme, Token::surface, &window);
+  auto& content = *new QWidget;
+  content.setMinimumHeight(900);
+  area.setContent(content);
+  window.resize(200, 200);
+  area.resize(200, 200);
+  show(window);
+  auto& told = of(area);
+  const int before = told.childCount();
+  EXPECT_TRUE(told.child(before - 1));
+  content.setMinimumHeight(10);
+  QApplication::processEvents();
+  EXPECT_FALSE(told.child(before)) << "what a screen reader asks for that had counted before";
+  EXPECT_FALSE(told.child(-1));
 }
 
 TEST_F(SpokenTests, statesFollow) {
