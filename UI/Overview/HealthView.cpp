@@ -5,8 +5,8 @@
 #include "UI/Kit/Icons.h"
 #include "UI/Kit/Paint.h"
 #include "UI/Kit/Text.h"
+#include "UI/Parts/PageLayout.h"
 
-#include <QBoxLayout>
 #include <QGridLayout>
 #include <QResizeEvent>
 #include <algorithm>
@@ -16,23 +16,15 @@ namespace korvell {
 namespace {
 
 constexpr int narrowBelow = 760, wideAbove = 1000; ///< of the page
-constexpr int railBelow = 860;                     ///< of the window: its padding follows
-constexpr int padding = 28, narrowPadding = 20, widest = 1120, gutter = 16, narrowGutter = 12;
+constexpr int gutter = 16, narrowGutter = 12;
 constexpr int topMargin = 8, topHeight = 166; ///< the ring's place; a ledger of three findings fills it
 constexpr int ringGap = 38, narrowRingGap = 26, sideWidth = 252, wideSide = 320, sideGap = 28;
 constexpr int headHeight = 32, focusRoom = 4;
 
-QVBoxLayout* column(QWidget* owner) {
-  auto* layout = new QVBoxLayout(owner);
-  layout->setContentsMargins(0, 0, 0, 0);
-  layout->setSpacing(0);
-  return layout;
-}
-
-QHBoxLayout* row(QWidget* owner, int margin = 0) {
-  auto* layout = new QHBoxLayout(owner);
-  layout->setContentsMargins(margin, 0, margin, 0);
-  layout->setSpacing(0);
+/// Its ends stand where the text of rows does.
+QHBoxLayout* insetRow(QWidget* owner) {
+  auto* layout = bare<QHBoxLayout>(owner);
+  layout->setContentsMargins(rowOutset, 0, rowOutset, 0);
   return layout;
 }
 
@@ -125,13 +117,13 @@ HealthView::HealthView(const Theme& theme, QWidget* parent)
       share_(new IconButton(theme, Icon::share, localized("Share"), control_)),
       scroll_(new ScrollArea(theme, Token::surface, this)), content_(new QWidget),
       ring_(new ScoreRing(theme, ScoreRing::page, content_)) {
-  auto* control = row(control_);
+  auto* control = bare<QHBoxLayout>(control_);
   control->setSpacing(8);
   control->addWidget(updated_);
   control->addWidget(share_);
   share_->hide();
-  column(this)->addWidget(scroll_);
-  rows_ = column(content_);
+  bare<QVBoxLayout>(this)->addWidget(scroll_);
+  rows_ = bare<QVBoxLayout>(content_);
   rows_->addWidget(makeTop());
   rows_->addSpacing(14 - focusRoom);
   auto* tileHolder = new QWidget(content_);
@@ -141,7 +133,7 @@ HealthView::HealthView(const Theme& theme, QWidget* parent)
   rows_->addWidget(tileHolder);
   rows_->addSpacing(20 - focusRoom);
   auto* bottomHolder = new QWidget(content_);
-  bottom_ = row(bottomHolder);
+  bottom_ = bare<QHBoxLayout>(bottomHolder);
   bottom_->setSpacing(sideGap - 2 * rowOutset);
   bottom_->addWidget(makeApps(), 1, Qt::AlignTop);
   bottom_->addWidget(makeSide(), 0, Qt::AlignTop);
@@ -159,7 +151,7 @@ std::string HealthView::title() const { return korvell::title(SidebarItem::overv
 QWidget* HealthView::head(std::string_view words, SidebarItem leadsTo, QWidget* parent) {
   constexpr int quietPadding = 6;
   auto* holder = new QWidget(parent);
-  auto* line = row(holder);
+  auto* line = bare<QHBoxLayout>(holder);
   line->addSpacing(rowOutset);
   line->addWidget(new TextLabel(theme_, TextStyle::head, Token::text1, words, holder), 1);
   auto* more = new Button(theme_, Button::Kind::quiet, localized("Show all"), holder);
@@ -174,7 +166,7 @@ QWidget* HealthView::head(std::string_view words, SidebarItem leadsTo, QWidget* 
 
 QWidget* HealthView::makeTop() {
   topHolder_ = new QWidget(content_);
-  top_ = row(topHolder_);
+  top_ = bare<QHBoxLayout>(topHolder_);
   top_->addSpacing(rowOutset);
   top_->addWidget(ring_, 0, Qt::AlignTop);
   top_->addSpacing(ringGap - rowOutset);
@@ -184,9 +176,9 @@ QWidget* HealthView::makeTop() {
 
 QWidget* HealthView::makeLedger() {
   auto* holder = new QWidget(content_);
-  ledger_ = column(holder);
+  ledger_ = bare<QVBoxLayout>(holder);
   auto* headHolder = new QWidget(holder);
-  auto* line = row(headHolder, rowOutset);
+  auto* line = insetRow(headHolder);
   loss_ = new TextLabel(theme_, TextStyle::head, Token::text1, "", headHolder);
   average_ = new TextLabel(theme_, TextStyle::small, Token::text3, "", headHolder);
   line->addWidget(loss_, 1);
@@ -204,7 +196,7 @@ QWidget* HealthView::makeLedger() {
 
 QWidget* HealthView::makeApps() {
   auto* holder = new QWidget(content_);
-  auto* rows = column(holder);
+  auto* rows = bare<QVBoxLayout>(holder);
   rows->addWidget(head(localized("Top applications"), SidebarItem::cpu, holder));
   heads_ = new AppHeads(theme_, holder);
   heads_->setFixedHeight(heads_->sizeHint().height());
@@ -218,9 +210,9 @@ QWidget* HealthView::makeApps() {
 
 QWidget* HealthView::makeSide() {
   side_ = new QWidget(content_);
-  auto* columns = column(side_);
+  auto* columns = bare<QVBoxLayout>(side_);
   auto* titleHolder = new QWidget(side_);
-  row(titleHolder, rowOutset)
+  insetRow(titleHolder)
       ->addWidget(new TextLabel(theme_, TextStyle::head, Token::text1, localized("Today"), titleHolder));
   titleHolder->setFixedHeight(theme_.scaled(headHeight));
   columns->addWidget(titleHolder);
@@ -336,11 +328,11 @@ bool HealthView::eventFilter(QObject* watched, QEvent* event) {
 
 void HealthView::arrange() {
   const bool isNarrow = width() < narrowBelow;
-  const int side = window()->width() < railBelow ? narrowPadding : padding;
-  const int inner = std::min(widest, width() - 2 * side);
+  const int inner = width() - 2 * pageSide(width(), window()->width());
   const bool isWide = inner > wideAbove;
   const int margin = (width() - inner) / 2 - rowOutset;
-  rows_->setContentsMargins(besideBar({margin, topMargin, margin, side}, *scroll_));
+  rows_->setContentsMargins(
+      besideBar({margin, topMargin, margin, pagePaddingIn(window()->width())}, *scroll_));
   form_ = isNarrow ? PartForm::narrow : PartForm::page;
   ring_->setForm(isNarrow ? ScoreRing::narrow : ScoreRing::page);
   top_->itemAt(2)->spacerItem()->changeSize((isNarrow ? narrowRingGap : ringGap) - rowOutset, 0);

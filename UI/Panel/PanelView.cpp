@@ -2,8 +2,8 @@
 
 #include "Base/Localization.h"
 #include "UI/Kit/Icons.h"
+#include "UI/Parts/PageLayout.h"
 
-#include <QBoxLayout>
 #include <QGridLayout>
 #include <algorithm>
 
@@ -17,20 +17,12 @@ constexpr int padding = 16 - border, headerHeight = 116 - border, footerHeight =
               inner = PanelView::panelWidth - 2 * (border + padding);
 const QMargins middleMargins(padding - rowOutset, 0, padding - rowOutset, 10);
 
-template <class Layout>
-Layout* plain(QWidget* owner) {
-  auto* layout = new Layout(owner);
-  layout->setContentsMargins(0, 0, 0, 0);
-  layout->setSpacing(0);
-  return layout;
-}
-
 } // namespace
 
 PanelView::PanelView(const Theme& theme, Handlers handlers, QWidget* parent)
     : QWidget(parent), theme_(theme), handlers_(std::move(handlers)), banner_(new Banner(theme, this)),
       scroll_(new ScrollArea(theme, Token::surface, this)) {
-  auto* rows = plain<QVBoxLayout>(this);
+  auto* rows = bare<QVBoxLayout>(this);
   rows->setContentsMargins(border, border, border, border);
   rows->addWidget(header_ = makeHeader());
   auto* notice = new QHBoxLayout;
@@ -52,7 +44,7 @@ PanelView::PanelView(const Theme& theme, Handlers handlers, QWidget* parent)
 
 QWidget* PanelView::makeHeader() {
   auto* holder = new QWidget(this);
-  auto* line = plain<QHBoxLayout>(holder);
+  auto* line = bare<QHBoxLayout>(holder);
   line->setContentsMargins(padding + 2, 4, padding, 0);
   line->setSpacing(16);
   ring_ = new ScoreRing(theme_, ScoreRing::panel, holder);
@@ -81,7 +73,7 @@ QWidget* PanelView::makeHeader() {
 
 QWidget* PanelView::makeMiddle() {
   auto* holder = new QWidget;
-  auto* rows = plain<QVBoxLayout>(holder);
+  auto* rows = bare<QVBoxLayout>(holder);
   findingRows_ = new QVBoxLayout;
   findingRows_->setSpacing(0);
   rows->addLayout(findingRows_);
@@ -130,7 +122,7 @@ void PanelView::setPictures(Pictures& pictures) {
 
 QWidget* PanelView::makeNothing(QWidget* parent) {
   nothingHolder_ = new QWidget(parent);
-  auto* line = plain<QHBoxLayout>(nothingHolder_);
+  auto* line = bare<QHBoxLayout>(nothingHolder_);
   line->setContentsMargins(rowOutset, 11, rowOutset, 11);
   line->setSpacing(8);
   auto* mark = new IconLabel(theme_, Icon::checkCircle, 16, Token::good, nothingHolder_);
@@ -144,7 +136,7 @@ QWidget* PanelView::makeNothing(QWidget* parent) {
 QWidget* PanelView::makeMore(QWidget* parent) {
   constexpr int textLeft = 54, quietPadding = 6;
   moreHolder_ = new QWidget(parent);
-  auto* line = plain<QHBoxLayout>(moreHolder_);
+  auto* line = bare<QHBoxLayout>(moreHolder_);
   line->addSpacing(rowOutset + textLeft - quietPadding);
   more_ = new Button(theme_, Button::Kind::quiet, "", moreHolder_);
   more_->setHeight(Button::Height::compact);
@@ -158,7 +150,7 @@ QWidget* PanelView::makeMore(QWidget* parent) {
 
 QWidget* PanelView::makeFooter() {
   auto* holder = new QWidget(this);
-  auto* line = plain<QHBoxLayout>(holder);
+  auto* line = bare<QHBoxLayout>(holder);
   line->setContentsMargins(12 - border, 0, 12 - border, 0);
   line->setSpacing(6);
   auto* open = new Button(theme_, Button::Kind::plain, localized("Open Korvell"), holder);

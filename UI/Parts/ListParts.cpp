@@ -13,7 +13,7 @@ namespace korvell {
 
 namespace {
 
-constexpr int padding = 28, narrowPadding = 20, narrowWindow = 860, widest = 1120, top = 10;
+constexpr int top = 10;
 constexpr double washInset = 8, washCorner = 6;
 constexpr double stateIcon = 16, stateText = 20, dotMiddle = 7, dotRadius = 3.5;
 constexpr int groupHead = 23, groupGap = 14;
@@ -170,6 +170,13 @@ void RowGroup::setRows(std::vector<ListRow*> rows) {
   rows_ = std::move(rows);
 }
 
+void addInset(QWidget* widget, QBoxLayout& column, int above, int below) {
+  auto* line = new QHBoxLayout;
+  line->setContentsMargins(rowInset, above, rowInset, below);
+  line->addWidget(widget);
+  column.addLayout(line);
+}
+
 void fitGroups(std::vector<RowGroup*>& groups, std::size_t count, QVBoxLayout& column, const Theme& theme,
                QWidget* parent) {
   fitRows(groups, count, [&] {
@@ -276,9 +283,8 @@ bool ListPage::isInUse() const {
 
 void ListPage::resizeEvent(QResizeEvent* event) {
   Page::resizeEvent(event);
-  const int least = window()->width() < narrowWindow ? narrowPadding : padding;
-  const int side = std::max(least, (width() - widest) / 2) - rowInset;
-  column_->setContentsMargins(side, top, side, padding);
+  const int side = pageSide(width(), window()->width()) - rowInset;
+  column_->setContentsMargins(side, top, side, pagePadding);
   arrange(width() < theme_.scaled(narrow));
 }
 
@@ -321,7 +327,7 @@ bool ListPage::step(const ListRow* from, int by) {
       here == reachable.end() ? (by > 0 ? 0 : last) : std::clamp(int(here - reachable.begin()) + by, 0, last);
   auto* row = reachable[std::size_t(next)];
   row->action()->setFocus(Qt::TabFocusReason);
-  scroll_->ensureWidgetVisible(row, 0, padding);
+  scroll_->ensureWidgetVisible(row, 0, pagePadding);
   return true;
 }
 

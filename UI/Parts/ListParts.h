@@ -5,11 +5,11 @@
 #include "UI/Kit/Button.h"
 #include "UI/Kit/Labels.h"
 #include "UI/Kit/Scroll.h"
+#include "UI/Parts/PageLayout.h"
 #include "UI/Window/Page.h"
 
 #include "Core/Machine/Models.h"
 
-#include <QBoxLayout>
 #include <QPointer>
 
 #include <functional>
@@ -23,15 +23,6 @@ inline constexpr int rowInset = 16;
 
 /// A box given from the side where reading begins.
 QRectF fromStart(const QWidget& widget, double from, double top, double width, double height);
-
-/// A column or a line without margins and gaps.
-template <class Layout>
-Layout* bare(QWidget* owner) {
-  auto* layout = new Layout(owner);
-  layout->setContentsMargins(0, 0, 0, 0);
-  layout->setSpacing(0);
-  return layout;
-}
 
 class ListRow : public Painted {
 public:
@@ -102,6 +93,8 @@ private:
   std::vector<ListRow*> rows_;
 };
 
+/// Puts a widget into a column where the rows' text begins and ends.
+void addInset(QWidget* widget, QBoxLayout& column, int above = 0, int below = 0);
 /// Brings groups that stand in a column to that length.
 void fitGroups(std::vector<RowGroup*>& groups, std::size_t count, QVBoxLayout& column, const Theme& theme,
                QWidget* parent);

@@ -142,14 +142,8 @@ SensorsView::SensorsView(Services services, QWidget* parent)
           localized("A virtual machine has none. \"korvell doctor\" tells what was looked for."), content_)),
       groupsColumn_(new QVBoxLayout),
       cycles_(services_.model.cycle.observe([this](std::int64_t) { update(); })) {
-  const auto inset = [this](QWidget* widget, int below) {
-    auto* line = new QHBoxLayout;
-    line->setContentsMargins(rowInset, 0, rowInset, below);
-    line->addWidget(widget);
-    column_->addLayout(line);
-  };
-  inset(leads_, leadsBelow);
-  inset(measuring_, 0);
+  addInset(leads_, *column_, 0, leadsBelow);
+  addInset(measuring_, *column_);
   column_->addWidget(empty_, 1);
   groupsColumn_->setSpacing(0);
   column_->addLayout(groupsColumn_);

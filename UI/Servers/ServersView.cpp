@@ -24,14 +24,8 @@ ServersView::ServersView(Services services, QWidget* parent)
 }
 
 void ServersView::build() {
-  const auto inset = [](QWidget* widget, QBoxLayout& column) {
-    auto* line = new QHBoxLayout;
-    line->setContentsMargins(rowInset, 0, rowInset, 0);
-    line->addWidget(widget);
-    column.addLayout(line);
-  };
-  inset(notice_, *column_);
-  inset(measuring_, *column_);
+  addInset(notice_, *column_);
+  addInset(measuring_, *column_);
   column_->addWidget(empty_, 1);
   column_->addWidget(list_);
   column_->addStretch(0);
@@ -41,7 +35,7 @@ void ServersView::build() {
   blocksColumn_ = new QVBoxLayout;
   blocksColumn_->setSpacing(0);
   list->addLayout(blocksColumn_);
-  inset(new Hairline(theme_, list_), *list);
+  addInset(new Hairline(theme_, list_), *list);
   list->addSpacing(11);
   for (const auto& words :
        {localized("Idle means more than 30 minutes below 1% of a core, with everything the server started "
@@ -50,7 +44,7 @@ void ServersView::build() {
             "Stopping asks the server to end; after 3 seconds it is ended. Its files stay as they are.")}) {
     auto* note = new TextLabel(theme_, TextStyle::small, Token::text3, words, list_);
     note->setWrapped();
-    inset(note, *list);
+    addInset(note, *list);
   }
 }
 

@@ -17,10 +17,7 @@ namespace {
 using Page = SettingsPage;
 
 MenuBarFigures presentFigures(const Model& model) {
-  const auto& snapshot = *model.snapshot;
-  const double share =
-      snapshot.memory.total > 0 ? double(snapshot.memory.used()) / double(snapshot.memory.total) * 100 : 0;
-  MenuBarFigures figures{model.report->score, int(snapshot.cpu.total), int(share), {}};
+  auto figures = MenuBarFigures::of(*model.snapshot, *model.report);
   const auto series = model.live->find(Metric::cpu);
   if (series == model.live->end()) return figures;
   const auto& points = series->second;

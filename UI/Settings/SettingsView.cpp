@@ -2,9 +2,9 @@
 
 #include "Base/Localization.h"
 #include "UI/Kit/Text.h"
+#include "UI/Parts/PageLayout.h"
 #include "UI/Tray/WideForm.h"
 
-#include <QBoxLayout>
 #include <QClipboard>
 #include <QGuiApplication>
 
@@ -18,13 +18,6 @@ namespace {
 constexpr int sidePadding = 24, groupPadding = 16, headGap = 18, headIndent = 2, bottomPadding = 24;
 constexpr int bannerGap = 16;
 constexpr int fieldMargin = 3; ///< that the toolkit keeps around a field's text
-
-template <class Layout>
-Layout* bare(Layout* layout) {
-  layout->setContentsMargins(0, 0, 0, 0);
-  layout->setSpacing(0);
-  return layout;
-}
 
 } // namespace
 
@@ -63,9 +56,9 @@ SettingsView::SettingsView(const Theme& theme, Handlers handlers, QWidget* paren
     : Ground(theme, Token::bg, parent), theme_(theme), handlers_(std::move(handlers)),
       above_(new QWidget(this)), banner_(new Banner(theme, above_)),
       scroll_(new ScrollArea(theme, Token::bg, this)), content_(new Content(*this)),
-      column_(bare(new QVBoxLayout(content_))) {
-  auto* whole = bare(new QVBoxLayout(this));
-  auto* above = bare(new QVBoxLayout(above_));
+      column_(bare<QVBoxLayout>(content_)) {
+  auto* whole = bare<QVBoxLayout>(this);
+  auto* above = bare<QVBoxLayout>(above_);
   above->setContentsMargins(sidePadding, bannerGap, sidePadding, 0);
   above->addWidget(banner_);
   above_->hide();
@@ -86,7 +79,7 @@ SettingsView::SettingsView(const Theme& theme, Handlers handlers, QWidget* paren
 
 SettingsView::Group SettingsView::startGroup(std::string_view title) {
   auto* head = new QWidget(content_);
-  auto* line = bare(new QVBoxLayout(head));
+  auto* line = bare<QVBoxLayout>(head);
   line->setContentsMargins(headIndent, headGap, headIndent, 6);
   auto* words = new TextLabel(theme_, TextStyle::head, Token::text1, title, head);
   words->setWrapped();
@@ -94,7 +87,7 @@ SettingsView::Group SettingsView::startGroup(std::string_view title) {
   column_->addWidget(head);
   auto* plate = new Plate(theme_, content_);
   plate->setName(title);
-  auto* rows = bare(new QVBoxLayout(plate));
+  auto* rows = bare<QVBoxLayout>(plate);
   rows->setContentsMargins(groupPadding, 0, groupPadding, 0);
   column_->addWidget(plate);
   return {theme_, head, plate, rows};

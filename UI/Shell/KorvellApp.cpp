@@ -214,8 +214,9 @@ void KorvellApp::speak() {
   speakAnew(*model_);
   if (tray_) tray_->speakAnew();
   if (panel_) panel_->close();
-  window_.speakAnew();
-  settings_.speakAnew();
+  // One after the other, so that none holds up what the user does meanwhile.
+  loop_.main().async([this] { settings_.speakAnew(); });
+  loop_.main().async([this] { window_.speakAnew(); });
 }
 
 void KorvellApp::show(std::optional<SidebarItem> item) {

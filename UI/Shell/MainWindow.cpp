@@ -5,9 +5,9 @@
 #include "UI/Kit/Button.h"
 #include "UI/Kit/Labels.h"
 #include "UI/Kit/Text.h"
+#include "UI/Parts/PageLayout.h"
 #include "UI/Window/SidebarView.h"
 
-#include <QBoxLayout>
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QScreen>
@@ -18,8 +18,7 @@ namespace korvell {
 
 namespace {
 
-constexpr int railBelow = 860, padding = 28, narrowPadding = 20, headerHeight = 56, widestContent = 1120;
-constexpr int noticeGap = 8;
+constexpr int headerHeight = 56, noticeGap = 8;
 
 std::optional<int> side(const Value& frame, std::string_view name) {
   const auto* value = frame.find(name);
@@ -117,11 +116,8 @@ public:
 protected:
   void resizeEvent(QResizeEvent* event) override {
     QWidget::resizeEvent(event);
-    const bool isNarrow = QWidget::width() < railBelow;
-    sidebar_.setRail(isNarrow);
-    const int room = QWidget::width() - sidebar_.width() - 1;
-    const int least = isNarrow ? narrowPadding : padding;
-    const int side = std::max(least, (room - widestContent) / 2);
+    sidebar_.setRail(QWidget::width() < railBelow);
+    const int side = pageSide(QWidget::width() - sidebar_.width() - 1, QWidget::width());
     header_->setContentsMargins(side, 0, side, 0);
     notices_->setContentsMargins(side, 0, side, 0);
   }

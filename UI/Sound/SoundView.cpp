@@ -37,20 +37,14 @@ SoundView::SoundView(Services services, QWidget* parent)
 }
 
 void SoundView::build() {
-  const auto inset = [this](QWidget* widget, int above, int below) {
-    auto* line = new QHBoxLayout;
-    line->setContentsMargins(rowInset, above, rowInset, below);
-    line->addWidget(widget);
-    column_->addLayout(line);
-  };
-  inset(notice_, 0, 0);
+  addInset(notice_, *column_);
   column_->addWidget(output_);
-  inset(rule_, 6, 0);
-  inset(measuring_, 12, 0);
-  inset(quiet_, 16, 20);
+  addInset(rule_, *column_, 6);
+  addInset(measuring_, *column_, 12);
+  addInset(quiet_, *column_, 16, 20);
   column_->addWidget(apps_);
   column_->addWidget(remembered_);
-  inset(note_, 16, 0);
+  addInset(note_, *column_, 16);
   column_->addStretch(0);
   note_->setWrapped();
   quiet_->setWrapped();

@@ -101,14 +101,8 @@ StartupView::StartupView(Services services, QWidget* parent)
       groupsColumn_(new QVBoxLayout),
       cycles_(services_.model.cycle.observe([this](std::int64_t) { update(); })) {
   lead_->setWrapped();
-  const auto inset = [this](QWidget* widget, int below) {
-    auto* line = new QHBoxLayout;
-    line->setContentsMargins(rowInset, 0, rowInset, below);
-    line->addWidget(widget);
-    column_->addLayout(line);
-  };
-  inset(lead_, 14);
-  inset(measuring_, 0);
+  addInset(lead_, *column_, 0, 14);
+  addInset(measuring_, *column_);
   column_->addWidget(empty_, 1);
   groupsColumn_->setSpacing(0);
   column_->addLayout(groupsColumn_);

@@ -8,9 +8,9 @@
 #include "UI/Kit/Meters.h"
 #include "UI/Kit/Scroll.h"
 #include "UI/Kit/Text.h"
+#include "UI/Parts/PageLayout.h"
 #include "UI/Storage/StorageParts.h"
 
-#include <QBoxLayout>
 #include <QKeyEvent>
 
 #include <algorithm>
@@ -19,8 +19,6 @@ namespace korvell {
 
 namespace {
 
-constexpr int padding = 28, narrowPadding = 20, widest = 1120;
-constexpr int narrow = 644; ///< a window of 860 less its sidebar
 constexpr int inset = StorageList::overhang;
 constexpr int totalWidth = 148, footerHeight = 56, blankWidth = 380, progressWidth = 320;
 constexpr int rowMargin = 8; ///< around a row that the keyboard came to
@@ -102,7 +100,7 @@ void StorageView::build() {
 
 void StorageView::buildBlank() {
   auto* rows = new QVBoxLayout(blank_);
-  rows->setContentsMargins(narrowPadding, 0, narrowPadding, 0);
+  rows->setContentsMargins(narrowPagePadding, 0, narrowPagePadding, 0);
   rows->setSpacing(0);
   rows->addStretch(4);
   // Each in a box of its own, which takes the distance with it when it goes.
@@ -219,11 +217,11 @@ void StorageView::resizeEvent(QResizeEvent* event) {
 }
 
 void StorageView::arrange() {
-  const int side = std::max(width() < narrow ? narrowPadding : padding, (width() - widest) / 2);
+  const int side = pageSide(width(), window()->width());
   // The rows end where the head and the foot do, beside a scroll bar as well as without one.
   const int lane = scroll_->width() - scroll_->viewport()->width();
-  QMargins around(side - inset, 0, side - inset - lane, padding);
-  if (isRightToLeft()) around = {side - inset - lane, 0, side - inset, padding};
+  QMargins around(side - inset, 0, side - inset - lane, pagePadding);
+  if (isRightToLeft()) around = {side - inset - lane, 0, side - inset, pagePadding};
   column_->setContentsMargins(around);
   headRow_->setContentsMargins(side, 0, side, 0);
   footerRow_->setContentsMargins(side, 0, side, 0);

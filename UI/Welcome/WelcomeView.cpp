@@ -10,7 +10,7 @@ namespace korvell {
 
 namespace {
 
-constexpr int widest = 640, widestPage = 1120, padding = 28, narrowPadding = 20, narrowWindow = 860;
+constexpr int widest = 640;
 constexpr int sectionGap = 24, headGap = 6, plateGap = 12, platePadding = 16, bottom = 28;
 constexpr int markWidth = 72, markHeight = 52, markGap = 16, tickSize = 16, tickGap = 12;
 
@@ -41,8 +41,7 @@ public:
 
 protected:
   void resizeEvent(QResizeEvent*) override {
-    const int least = window()->width() < narrowWindow ? narrowPadding : padding;
-    const int side = std::max(least, (width() - widestPage) / 2);
+    const int side = pageSide(width(), window()->width());
     const int spare = std::max(side, width() - side - theme_.scaled(widest));
     const bool mirrored = isRightToLeft();
     layout()->setContentsMargins(mirrored ? spare : side, 0, mirrored ? side : spare, bottom);
@@ -60,7 +59,8 @@ WelcomeView::WelcomeView(const Theme& theme, Handlers handlers, const WelcomePag
       scroll_(new ScrollArea(theme, Token::surface, this)), content_(new Content(theme)),
       column_(bare<QVBoxLayout>(content_)) {
   bare<QVBoxLayout>(this)->addWidget(scroll_);
-  column_->setContentsMargins(padding, 0, padding, bottom); // as it will be: the first height goes by them
+  column_->setContentsMargins(pagePadding, 0, pagePadding,
+                              bottom); // as it will be: the first height goes by them
   skip_->onPress([this] { handlers_.done(); });
   addText(TextStyle::body, Token::text2, page.lead, 0);
   makeMarks(page);
