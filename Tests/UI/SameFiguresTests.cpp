@@ -15,10 +15,13 @@
 #include "UI/Servers/ServersPage.h"
 #include "UI/Sound/SoundPage.h"
 #include "UI/Startup/StartupPage.h"
+#include "UI/Storage/StoragePage.h"
 
 #include <algorithm>
+#include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <map>
 #include <stdexcept>
 
 namespace korvell {
@@ -101,6 +104,35 @@ TEST_F(SameFiguresTests, measures) {
   EXPECT_EQ(joined(page(Metric::energy).now), Format::percent(measured({"battery", "percent"})));
 }
 
+TEST_F(SameFiguresTests, coresAndTotals) {
+  model->change(model->snapshot, [](SystemSnapshot& s) {
+    s.cpu.perCore = {81.4, 7, 0, 100, 12.6};
+    s.cpu.performanceCores = 2;
+    s.cpu.efficiencyCores = 3;
+  });
+  model->totals.set({31.4, 18.4e9, 3.42e9, 21.5e9, 96.1e9});
+  const auto cpu = at(toValue(*model->snapshot), {"cpu"});
+  EXPECT_EQ(fact(page(Metric::cpu), "Load"), Format::decimal(number(cpu, {"load1"}), 2));
+  std::vector<double> cores, told;
+  for (const auto& group : page(Metric::cpu).cores)
+    cores.insert(cores.end(), group.percent.begin(), group.percent.end());
+  for (const auto& core : *at(cpu, {"perCore"}).asArray()) told.push_back(core.asDouble().value());
+  EXPECT_EQ(cores, told);
+  EXPECT_THAT(page(Metric::cpu).cores.front().percent, SizeIs(number(cpu, {"performanceCores"})));
+
+  const auto totals = toValue(*model->totals);
+  const auto bytes = [&](const char* name) { return Format::bytes(number(totals, {name})); };
+  EXPECT_EQ(fact(page(Metric::network), "Today"), bytes("networkToday"));
+  EXPECT_EQ(fact(page(Metric::network), "7 days"), bytes("network7Days"));
+  EXPECT_EQ(fact(page(Metric::network), "30 days"), bytes("network30Days"));
+  const auto today =
+      healthPage(*model, {.zone = model->zone, .weekScore = {}, .hasBatterySettings = true}).today;
+  ASSERT_THAT(today, SizeIs(3));
+  EXPECT_EQ(joined(today[0].figure), Format::percent(number(totals, {"cpuToday"})));
+  EXPECT_EQ(joined(today[1].figure), bytes("diskWrittenToday"));
+  EXPECT_EQ(joined(today[2].figure), bytes("networkToday"));
+}
+
 TEST_F(SameFiguresTests, applications) {
   const auto top = topValue(UsageKey::cpu, model->snapshot->apps, {}, measurement);
   const auto& apps = *at(top, {"apps"}).asArray();
@@ -166,14 +198,44 @@ TEST_F(SameFiguresTests, serversAndStartupItems) {
 }
 
 TEST_F(SameFiguresTests, batteryAndSensors) {
-  model->sensors.set(SensorsSnapshot{.cpuCelsius = 61.4, .gpuCelsius = 47.5});
+  using enum SensorKind;
+  model->sensors.set(SensorsSnapshot{.cpuCelsius = 61.4,
+                                     .gpuCelsius = 47.5,
+                                     .fans = {{"a", "Left", 1'840.6, 0, 4'200}, {"b", "Right", 0}},
+                                     .temperatures = {{"Core 0", 61.4, cpu, "coretemp"},
+                                                      {"Core 1", 58.5, cpu, "coretemp"},
+                                                      {"Composite", 38.85, other, "nvme"}}});
+  model->peripherals.set({{.name = "Mouse", .percent = 14, .kind = PeripheralBattery::Kind::mouse},
+                          {.name = "Headset", .percent = 71}});
   const auto battery = page(Metric::energy);
   EXPECT_EQ(fact(battery, "Power"), Format::watts(measured({"battery", "systemPower"})));
+  EXPECT_EQ(fact(battery, "Cycles"), Format::grouped(std::llround(measured({"battery", "cycles"}))));
   EXPECT_EQ(fact(battery, "Health"), Format::percent(measured({"battery", "health"})));
   EXPECT_EQ(fact(battery, "Time left"),
             Format::duration(Seconds{60 * measured({"battery", "minutesRemaining"})}));
   const auto told = sensorsValue(**model->sensors, *model->peripherals);
   const auto shown = sensorsPage(*model, TemperatureUnit::celsius);
+  ASSERT_THAT(shown.groups, SizeIs(3)) << "the fans, then a group a chip";
+  const auto& fans = *at(told, {"fans"}).asArray();
+  ASSERT_THAT(shown.groups[0].rows, SizeIs(fans.size()));
+  for (std::size_t i = 0; i < fans.size(); ++i) {
+    EXPECT_EQ(shown.groups[0].rows[i].name, word(fans[i], "name"));
+    EXPECT_EQ(shown.groups[0].rows[i].figure.number, Format::grouped(std::llround(number(fans[i], {"rpm"}))));
+  }
+  for (const auto& reading : *at(told, {"temperatures"}).asArray()) {
+    const auto isGroup = [&](const SensorsPage::Group& each) { return each.title == word(reading, "chip"); };
+    const auto group = std::ranges::find_if(shown.groups, isGroup);
+    ASSERT_NE(group, shown.groups.end());
+    const auto row = std::ranges::find(group->rows, word(reading, "name"), &SensorsPage::Row::name);
+    ASSERT_NE(row, group->rows.end());
+    EXPECT_EQ(row->figure.number + "°C", Format::celsius(number(reading, {"celsius"})));
+  }
+  const auto& devices = *at(told, {"peripherals"}).asArray();
+  ASSERT_THAT(battery.devices, SizeIs(devices.size()));
+  for (std::size_t i = 0; i < devices.size(); ++i) {
+    EXPECT_EQ(battery.devices[i].name, word(devices[i], "name"));
+    EXPECT_EQ(battery.devices[i].percent, number(devices[i], {"percent"}));
+  }
   ASSERT_THAT(shown.leads, SizeIs(2));
   EXPECT_EQ(shown.leads[0].figure.number + "°C", Format::celsius(number(told, {"cpuCelsius"})));
   EXPECT_EQ(shown.leads[1].figure.number + "°C", Format::celsius(number(told, {"gpuCelsius"})));
@@ -211,6 +273,86 @@ TEST_F(SameFiguresTests, alertsAndPlans) {
   const char* parts[] = {"primary", "secondary"};
   for (std::size_t i = 0; i < 2; ++i)
     EXPECT_EQ(plan.limits[i].level, number(limits, {parts[i], "usedPercent"}) / 100);
+}
+
+TEST_F(SameFiguresTests, aiUsage) {
+  AIUsageSummary usage;
+  usage.updatedAt = model->now();
+  const auto today = startOfDay(model->zone, localDay(model->zone, model->now()));
+  const auto row = [&](double daysAgo, const char* name, std::int64_t output, std::optional<double> cost) {
+    usage.rows.push_back({.day = today - Seconds{daysAgo * 86'400},
+                          .tool = AITool::claude,
+                          .model = name,
+                          .project = "p",
+                          .tokens = {.input = 100, .output = output},
+                          .cost = cost});
+  };
+  row(0, "m", 5'000, 1.25);
+  row(2, "m", 40'000, 10.5);
+  row(2, "n", 700, 0.75);
+  row(20, "m", 90'000'000, 2'000); // before the period
+  const auto told = summaryValue(usage, model->zone);
+  std::map<std::string, std::pair<std::int64_t, double>> models;
+  double costToday = 0, costOfWeek = 0;
+  for (const auto& each : *at(told, {"rows"}).asArray()) {
+    if (word(each, "day") < "2026-11-09") continue; // six days before that of the model
+    auto& [tokens, cost] = models[word(each, "model")];
+    tokens += std::llround(number(each, {"tokens", "input"}) + number(each, {"tokens", "output"}));
+    cost += number(each, {"cost"});
+    costOfWeek += number(each, {"cost"});
+    if (word(each, "day") == "2026-11-15") costToday += number(each, {"cost"});
+  }
+  const auto shown = aiUsagePage(usage, {.zone = model->zone, .now = model->now()});
+  ASSERT_THAT(shown.tiles, SizeIs(2));
+  EXPECT_EQ(shown.tiles[0].figure, Format::dollars(costToday));
+  EXPECT_EQ(shown.tiles[1].figure, Format::dollars(costOfWeek));
+  ASSERT_THAT(shown.models, SizeIs(models.size()));
+  for (const auto& each : shown.models) {
+    EXPECT_EQ(each.tokens, Format::shortCount(models[each.name].first)) << each.name;
+    EXPECT_EQ(each.cost, Format::dollars(models[each.name].second)) << each.name;
+  }
+}
+
+TEST_F(SameFiguresTests, storage) {
+  ManualScheduler time{model->now()};
+  const auto main = time.makeMainQueue();
+  const auto slow = time.makeQueue("Korvell.storage");
+  const auto measure = [](StorageKind kind, const Cancellation&) -> std::optional<StorageCategory> {
+    if (kind != StorageKind::npm && kind != StorageKind::downloads) return std::nullopt;
+    std::vector<StorageItem> items;
+    for (const auto* name : {"/home/u/a", "/home/u/b"})
+      items.push_back({.id = std::string(rawValue(kind)) + name,
+                       .kind = kind,
+                       .title = name,
+                       .bytes = kind == StorageKind::npm ? 1'340'000'000 : 52'000'000,
+                       .urls = {name}});
+    return category(kind, std::move(items));
+  };
+  StorageScanner scanner({.measure = measure}, model->defaults, *main, *slow);
+  scanner.scan(allStorageKinds());
+  time.run();
+  const auto told = toValue(**scanner.result);
+  const auto shown = storagePage(
+      scanner,
+      {.zone = model->zone, .now = model->now(), .unfolded = {StorageKind::npm, StorageKind::downloads}});
+  std::map<std::string, const StorageRow*> rows;
+  for (const auto& group : shown.groups)
+    for (const auto& row : group.rows) rows[std::string(rawValue(row.kind))] = &row;
+  double sum = 0;
+  for (const auto& each : *at(told, {"categories"}).asArray()) {
+    const auto* row = rows[word(each, "kind")];
+    ASSERT_TRUE(row) << word(each, "kind");
+    sum += number(each, {"bytes"});
+    EXPECT_EQ(row->size, Format::bytes(number(each, {"bytes"})));
+    const auto& items = *at(each, {"items"}).asArray();
+    ASSERT_THAT(row->items, SizeIs(items.size()));
+    for (std::size_t i = 0; i < items.size(); ++i) {
+      EXPECT_EQ(row->items[i].title, word(items[i], "title"));
+      EXPECT_EQ(row->items[i].size, Format::bytes(number(items[i], {"bytes"})));
+    }
+  }
+  EXPECT_EQ(rows.size(), 2u);
+  EXPECT_EQ(joined(shown.total), Format::bytes(sum));
 }
 
 TEST_F(SameFiguresTests, sounds) {
