@@ -1,5 +1,7 @@
 #include "App/MenuBarLabel.h"
 
+#include "Base/Format.h"
+
 #include <algorithm>
 
 namespace korvell {
@@ -43,7 +45,7 @@ MenuBarLabel MenuBarLabel::make(const MenuBarFigures& figures, MenuBarStyle styl
   case MenuBarStyle::score:
     return {.symbol = Symbol::heart, .text = std::to_string(figures.score)};
   case MenuBarStyle::cpuAndMemory:
-    return {.text = std::to_string(figures.cpu) + "% · " + std::to_string(figures.memory) + "%"};
+    return {.text = Format::percent(figures.cpu) + " · " + Format::percent(figures.memory)};
   case MenuBarStyle::graphs:
     break;
   }
