@@ -40,6 +40,8 @@ bool speakLanguage(std::string_view code) {
   return found != installed.end() && own.exchange(&*found) != &*found;
 }
 
+std::string_view ownLanguage() { return own.load()->code; }
+
 void setLocalization(std::span<const LocalizedText> table) {
   ownTable.assign(table.begin(), table.end());
   std::ranges::stable_sort(ownTable, {}, &LocalizedText::key);

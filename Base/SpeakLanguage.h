@@ -10,4 +10,7 @@ namespace korvell {
 /// words.
 bool speakLanguage(std::string_view code);
 
+/// The code of the one that the process speaks, whatever this thread does.
+std::string_view ownLanguage();
+
 } // namespace korvell

@@ -1,6 +1,7 @@
 #include "Words/Languages.h"
 
 #include "Base/Format.h"
+#include "Base/LaterSpeech.h"
 #include "Base/LocalTime.h"
 #include "Base/SpeakLanguage.h"
 #include "Core/Health/HealthAlert.h"
@@ -91,6 +92,24 @@ TEST_F(Languages, theProcessChangesItsOwnWhileOthersSpeak) {
   EXPECT_FALSE(speakLanguage("de")) << "already";
   EXPECT_FALSE(speakLanguage("fr"));
   EXPECT_EQ(localized("Trash"), "Papierkorb");
+}
+
+TEST_F(Languages, whatIsToldLaterSpeaksAsItWasAskedFor) {
+  const auto trash = [] { return localized("Trash"); };
+  const auto own = inThisLanguage(trash);
+  const InLanguage reader("en");
+  const auto asked = inThisLanguage(trash);
+  EXPECT_EQ(ownLanguage(), "de");
+  {
+    const InLanguage views(ownLanguage());
+    EXPECT_EQ(asked(), "Trash");
+  }
+  std::thread([&] {
+    EXPECT_EQ(asked(), "Trash");
+    EXPECT_EQ(own(), "Papierkorb");
+    speakLanguage("en");
+    EXPECT_EQ(own(), "Trash") << "the process speaks another language by now";
+  }).join();
 }
 
 TEST_F(Languages, numbersAndDaysAreWrittenAsInGerman) {
