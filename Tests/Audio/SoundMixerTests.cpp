@@ -425,7 +425,7 @@ TEST(SoundMixerEndTests, aSystemThatHangsHoldsNobody) {
     answer.get_future().wait();
   };
   ThreadQueue main("main");
-  {
+  main.sync([&] {
     const auto end = std::shared_ptr<void>(nullptr, [&](void*) { isOver.set_value(); });
     SoundMixer mixer(
         main, {.makeSystem = [&world, end](Queue& queue) -> std::unique_ptr<SoundSystem> {
@@ -435,7 +435,7 @@ TEST(SoundMixerEndTests, aSystemThatHangsHoldsNobody) {
                .defaults = defaults,
                .makeQueue = [](std::string label) { return std::make_unique<ThreadQueue>(std::move(label)); },
                .farewell = Seconds(0.01)});
-  }
+  });
   isHanging.get_future().wait(); // the mixer has gone without it
   answer.set_value();
   isOver.get_future().wait();
