@@ -1,5 +1,5 @@
 """The cases of scripts/check-app, in their order: each goes on where the one before it ended."""
-import contextlib, json, os, shlex, shutil, signal, socket, sqlite3, subprocess, time, traceback
+import contextlib, json, os, re, shlex, shutil, signal, socket, sqlite3, struct, subprocess, time, traceback
 
 from desktop import Desktop, wait_for
 
@@ -402,6 +402,15 @@ def cleaning_up(app):
     subprocess.run(["xdotool", "mousemove", str(x + 14), str(y + 14), "click", "1"], check=True)
     wait_for("a tick", lambda: screen.find("check box", "npm cache").has(screen.CHECKED))
     screen.press("space", "space")
+    untick = screen.await_node("push button", "Untick All")
+    for _ in range(2):  # the header's control or the page, then the footer
+        if not untick.has(screen.FOCUSED):
+            screen.press("F6")
+    assert untick.has(screen.FOCUSED), "F6 does not come to the footer"
+    screen.press("space")
+    wait_for("no tick", lambda: not screen.find("check box", "npm cache").has(screen.CHECKED))
+    screen.press("space")
+    wait_for("a tick again", lambda: screen.find("check box", "npm cache").has(screen.CHECKED))
     screen.click(screen.await_node("push button", "Move to Trash…"))
     same_words(confirm("Move to Trash"), asked["title"], asked["message"])
     wait_for("the cache's way to the Trash", lambda: not os.path.exists(cache))
@@ -554,6 +563,104 @@ def settings_window(app):
     wait_for("the settings' end", lambda: not screen.window("Settings"))
 
 
+def another_language(app):
+    """It is spoken at once, in each window and in the tray, and the keyboard stays where it is."""
+    open_section("Memory")
+    screen.press("ctrl+comma")
+    wait_for("the settings", lambda: screen.window("Settings"))
+    screen.click(screen.await_node("page tab", "Deutsch", screen.window("Settings")))
+    wait_for("German settings", lambda: screen.window("Einstellungen"))
+    wait_for("the same page in German", lambda: title_shows("Speicher"))
+    wait_for("the focus", lambda: screen.find("page tab", "Deutsch").has(screen.FOCUSED))
+    assert screen.find("list item", "Zustand"), "the sidebar"
+    assert screen.find("check box", "Bei der Anmeldung öffnen", screen.window("Einstellungen"))
+    assert "Übersicht öffnen" in tray_menu(app), tray_menu(app)
+    assert not screen.unnamed(), screen.unnamed()
+    screen.press("Home")
+    wait_for("the system's language", lambda: screen.window("Settings"))
+    assert "language" in settings_file(app) and "Open panel" in tray_menu(app)
+    screen.press("Escape")
+    in_section("Memory")
+
+
+def tray_menu(app):
+    """Its entries: the words and how the panel calls each."""
+    item = wait_for("the item in the tray", app.desktop.items)[0]
+    layout = app.desktop.call(item, "/MenuBar", "com.canonical.dbusmenu.GetLayout", "0", "1", "[]")
+    return {words: number for number, words in re.findall(r"\((\d+), \{[^}]*'label': <'([^']*)'>", layout)}
+
+
+def the_items_menu(app):
+    def choose(words):
+        item, entries = app.desktop.items()[0], tray_menu(app)
+        app.desktop.call(item, "/MenuBar", "com.canonical.dbusmenu.Event", entries[words], "clicked", "<0>", "0")
+
+    assert list(tray_menu(app)) == ["Open panel", "Open Korvell", "Free Up Space", "Settings…", "Quit Korvell"]
+    screen.press("ctrl+w")
+    wait_for("the window's end", lambda: not screen.window("Korvell"))
+    choose("Free Up Space")
+    in_section("Free Up Space")
+    choose("Settings…")
+    wait_for("the settings", lambda: screen.window("Settings"))
+    screen.press("Escape")
+    choose("Open panel")
+    wait_for("the panel", lambda: screen.window("Korvell panel"))
+    screen.press("Escape")
+    wait_for("the panel's end", lambda: not screen.window("Korvell panel"))
+
+
+def share_card(app):
+    """Saved beside the one of before."""
+    downloads = app.desktop.home + "/Downloads"
+    open_section("Health")
+    for count in (1, 2):
+        screen.press("ctrl+s")
+        wait_for("the card", lambda: os.path.isdir(downloads) and
+                 len([name for name in os.listdir(downloads) if name.endswith(".png")]) == count)
+    screen.await_node("label", "The card is in Downloads")
+    for name in os.listdir(downloads):
+        with open(downloads + "/" + name, "rb") as file:
+            assert file.read(24)[16:] == struct.pack(">II", 1200, 630), name
+
+
+def periods(app):
+    """What an agent's program has logged today, in each period."""
+    folder = app.desktop.home + "/.claude/projects/-code-site"
+    os.makedirs(folder)
+    stamp = time.strftime("%Y-%m-%dT%H:%M:%S.000Z", time.gmtime())
+    usage = {"input_tokens": 1_000, "output_tokens": 2_000, "cache_creation_input_tokens": 0,
+             "cache_read_input_tokens": 0}
+    message = {"id": "msg_1", "type": "message", "role": "assistant", "model": "claude-sonnet-4-5-20250929",
+               "content": [{"type": "text", "text": "hi"}], "usage": usage}
+    with open(folder + "/0.jsonl", "w") as file:
+        file.write(json.dumps({"cwd": "/code/site", "sessionId": "0", "message": message, "requestId": "req_1",
+                               "type": "assistant", "timestamp": stamp}, separators=(",", ":")) + "\n")
+    open_section("AI Usage")
+    screen.press("ctrl+r")
+    for period in ("Today", "30 days", "7 days"):
+        screen.click(screen.await_node("page tab", period, seconds=30))
+        wait_for(period, lambda: screen.find("page tab", period).has(screen.SELECTED))
+        words = " ".join(screen.texts(screen.window("Korvell")))
+        assert "3.0K" in words or "3K" in words or "3,000" in words, words
+
+
+def sorting(app):
+    """By the names, and the other way round."""
+    def place(name):
+        rows = [node.name for node in screen.walk(screen.window("Korvell")) if node.role == "list item"]
+        return next((place for place, row in enumerate(rows) if row.startswith(name + ",")), None)
+
+    open_section("Memory")
+    wait_for("the applications", lambda: place("openbox") and place("dunst") and place("Xvfb"), 25)
+    head = screen.await_node("table column header", "Name")
+    screen.click(head)
+    wait_for("the order of names", lambda: place("dbus-daemon") < place("dunst") < place("openbox"))
+    screen.click(head)
+    wait_for("the other way round", lambda: place("dbus-daemon") > place("dunst") > place("openbox"))
+    screen.click(screen.await_node("table column header", "Memory"))
+    wait_for("the largest first", lambda: place("Xvfb") < place("dunst"))
+
+
 def panel(app):
     item = wait_for("the item in the tray", app.desktop.items)[0]
 
@@ -597,10 +704,15 @@ def links(app):
 
 
 def second_start(app):
-    screen.press("ctrl+w")
-    wait_for("the window's end", lambda: not screen.window("Korvell"))
-    app.again()
-    wait_for("the window", lambda: screen.window("Korvell"))
+    for width, height in ((1040, 720), (1100, 760)):  # twice: a frame must not creep by its title bar
+        subprocess.run(["xdotool", "getactivewindow", "windowsize", "--sync", str(width), str(height)], check=True)
+        wait_for("the width", lambda: screen.window("Korvell").box()[2] == width)
+        kept = screen.window("Korvell").box()
+        screen.press("ctrl+w")
+        wait_for("the window's end", lambda: not screen.window("Korvell"))
+        app.again()
+        wait_for("the window", lambda: screen.window("Korvell"))
+        wait_for(f"the frame {kept}", lambda: screen.window("Korvell").box() == kept)
     others = [subprocess.Popen([app.programs + "/korvell-app"], env=app.desktop.environment, stderr=subprocess.PIPE)
               for _ in range(12)]
     for other in others:
@@ -745,8 +857,9 @@ def the_bus_goes(app):
     assert status == 0, f"exit {status}"
 
 
-CASES = [the_widget, the_widgets_place, first_launch, sections_by_pointer, sections_by_keys, ranges, settings_window,
-         panel, links, the_widgets_parts, second_start, quitting_a_process, forcing_a_process, agents_ask, cleaning_up, stopping_a_server,
+CASES = [the_widget, the_widgets_place, first_launch, sections_by_pointer, sections_by_keys, ranges, sorting,
+         settings_window, another_language, the_items_menu, share_card, periods, panel, links, the_widgets_parts,
+         second_start, quitting_a_process, forcing_a_process, agents_ask, cleaning_up, stopping_a_server,
          removing_a_leftover, alert_switches, sound, the_desktop_fails, quitting, headless_keeper,
          stopping_idle_servers, an_hour_asleep, starts_at_the_same_moment, the_bus_goes]
 # They start the application by themselves.

@@ -28,17 +28,20 @@ class Node:
             if child is not None:
                 yield Node(child)
 
-    def place(self):
+    def box(self):
         box = self.accessible.get_extents(Atspi.CoordType.SCREEN)
-        return box.x + box.width // 2, box.y + box.height // 2
+        return box.x, box.y, box.width, box.height
+
+    def place(self):
+        x, y, width, height = self.box()
+        return x + width // 2, y + height // 2
 
     def box(self):
         box = self.accessible.get_extents(Atspi.CoordType.SCREEN)
         return box.x, box.y, box.width, box.height
 
     def corner(self):
-        box = self.accessible.get_extents(Atspi.CoordType.SCREEN)
-        return box.x, box.y
+        return self.box()[:2]
 
     def perform(self):
         """Its first action, as a screen reader asks for it."""
