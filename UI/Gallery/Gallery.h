@@ -26,6 +26,7 @@ std::vector<GalleryView> galleryViews();
 /// The six measures.
 std::vector<GalleryView> measureViews();
 /// The kit's controls in all their states.
+std::vector<GalleryView> kitLooks();
 std::vector<GalleryView> kitViews();
 /// The window's pages and the panel.
 std::vector<GalleryView> pageViews();

@@ -5,6 +5,7 @@
 #include "UI/Kit/ScoreRing.h"
 #include "UI/Kit/Scroll.h"
 #include "UI/Overview/HealthPage.h"
+#include "UI/Parts/AppRows.h"
 #include "UI/Parts/PartViews.h"
 #include "UI/Window/Page.h"
 

@@ -8,6 +8,7 @@
 #include "UI/Kit/Scroll.h"
 #include "UI/Panel/PanelPage.h"
 #include "UI/Panel/PanelSound.h"
+#include "UI/Parts/AppRows.h"
 #include "UI/Parts/PartViews.h"
 
 class QBoxLayout;

@@ -42,11 +42,6 @@ private:
 
 } // namespace
 
-QRectF fromStart(const QWidget& widget, double from, double top, double width, double height) {
-  const double x = widget.isRightToLeft() ? widget.width() - from - width : from;
-  return {x, top, width, height};
-}
-
 // Rows
 
 ListRow::ListRow(const Theme& theme, QWidget* parent) : Painted(theme, parent) {}

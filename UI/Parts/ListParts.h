@@ -21,9 +21,6 @@ namespace korvell {
 /// So far rows reach beyond the text: room for the wash under a pointer, a focus ring, a mark before the row.
 inline constexpr int rowInset = 16;
 
-/// A box given from the side where reading begins.
-QRectF fromStart(const QWidget& widget, double from, double top, double width, double height);
-
 class ListRow : public Painted {
 public:
   ListRow(const Theme& theme, QWidget* parent);

@@ -1,7 +1,8 @@
 #pragma once
-// The measures that pages share, and layouts without margins.
+// The measures that pages share, boxes in the direction of reading, and layouts without margins.
 
 #include <QBoxLayout>
+#include <QWidget>
 
 #include <algorithm>
 
@@ -17,6 +18,11 @@ inline constexpr int pagePaddingIn(int window) {
 /// From a side of that much room to the text, in a window of that width.
 inline constexpr int pageSide(int room, int window) {
   return std::max(pagePaddingIn(window), (room - widestPage) / 2);
+}
+
+/// A box given from the side where reading begins.
+inline QRectF fromStart(const QWidget& widget, double from, double top, double width, double height) {
+  return {widget.isRightToLeft() ? widget.width() - from - width : from, top, width, height};
 }
 
 /// A column or a line without margins and gaps.

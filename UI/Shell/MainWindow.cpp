@@ -3,6 +3,7 @@
 #include "Base/Localization.h"
 #include "UI/Kit/Banner.h"
 #include "UI/Kit/Button.h"
+#include "UI/Kit/Focus.h"
 #include "UI/Kit/Labels.h"
 #include "UI/Kit/Text.h"
 #include "UI/Parts/PageLayout.h"
@@ -36,6 +37,10 @@ QWidget* firstStop(QWidget& widget) {
     next = next->nextInFocusChain();
   } while (next != &widget);
   return nullptr;
+}
+
+bool holds(const QWidget* part, const QWidget* focus) {
+  return part && focus && (part == focus || part->isAncestorOf(focus));
 }
 
 /// The kept frame, as far as a screen still shows it; centred on the first one otherwise.
@@ -89,8 +94,6 @@ public:
   }
 
   void speakAnew() {
-    const auto* focus = focusWidget();
-    const bool isInPage = focus && page_ && page_->isAncestorOf(focus);
     keepPlace();
     sidebar_.speakAnew();
     if (help_) help_->setName(localized("Help for this page"));
@@ -99,7 +102,6 @@ public:
     else
       openPage(true);
     showNotice();
-    if (isInPage) sidebar_.takeFocus(Qt::OtherFocusReason);
   }
 
   void refreshSidebar() { sidebar_.show(sidebar(services_.model, shown_, services_.facts())); }
@@ -199,11 +201,9 @@ private:
   void moveFocus() {
     auto* footer = page_ ? page_->footer() : nullptr;
     QWidget* const stops[] = {page_ ? page_->control() : nullptr, page_, footer};
-    const auto holds = [focus = focusWidget()](const QWidget* stop) {
-      return stop && focus && (stop == focus || stop->isAncestorOf(focus));
-    };
+    const auto holdsFocus = [focus = focusWidget()](const QWidget* stop) { return holds(stop, focus); };
     // The footer is part of the page.
-    const auto here = std::ranges::find_if(std::rbegin(stops), std::rend(stops), holds);
+    const auto here = std::ranges::find_if(std::rbegin(stops), std::rend(stops), holdsFocus);
     for (auto next = here == std::rend(stops) ? std::begin(stops) : here.base(); next != std::end(stops);
          ++next)
       if (auto* first = *next ? firstStop(**next) : nullptr) return first->setFocus(Qt::TabFocusReason);
@@ -243,9 +243,7 @@ private:
   }
 
   void openWelcome() {
-    dropPage();
-    take(services_.makeWelcome(*this, [this] { openSelected(); }));
-    refreshSidebar();
+    replacePage([this] { return services_.makeWelcome(*this, [this] { openSelected(); }); });
   }
 
   void openSelected() {
@@ -260,13 +258,23 @@ private:
 
   /// That of the section that is shown; where it was left, or at its beginning.
   void openPage(bool isWhereItWas) {
-    dropPage();
     banner_.dismiss();
-    take(services_.makePage(shown_, *this, banner_));
+    replacePage([this] { return services_.makePage(shown_, *this, banner_); });
     if (!page_ && shown_ != SidebarItem::overview)
       return services_.model.selection.set(SidebarItem::overview);
     if (page_ && isWhereItWas) page_->restore(owner_.visits_.place());
+  }
+
+  /// The keyboard goes on at the section's own row, where it was in the page that goes or at another row.
+  void replacePage(const std::function<std::unique_ptr<Page>()>& make) {
+    const auto* focus = focusWidget();
+    const bool follows =
+        holds(&sidebar_, focus) || holds(page_, focus) || holds(page_ ? page_->control() : nullptr, focus);
+    const auto reason = focus && FocusRing::isShown(*focus) ? Qt::TabFocusReason : Qt::OtherFocusReason;
+    dropPage();
+    take(make());
     refreshSidebar();
+    if (follows) sidebar_.takeFocus(reason);
   }
 
   void take(std::unique_ptr<Page> page) {
