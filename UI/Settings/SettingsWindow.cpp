@@ -10,6 +10,7 @@
 #include <QKeyEvent>
 #include <QScreen>
 #include <QShortcut>
+#include <QTimer>
 
 #include <algorithm>
 #include <optional>
@@ -34,18 +35,15 @@ public:
     auto* close = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this);
     connect(close, &QShortcut::activated, this, &QWidget::close);
     makeView();
+    fit();
   }
 
   void speakAnew() {
     auto* former = view_;
-    const auto* focus = focusWidget();
-    const auto reason = focus && FocusRing::isShown(*focus) ? Qt::TabFocusReason : Qt::OtherFocusReason;
     editor_->speakAnew();
     makeView();
-    view_->show();
-    view_->focusLanguage(reason, former->top());
-    former->hide();
-    former->deleteLater();
+    // It is shown in the next turn: made and shown in one, it would hold up the user for more than a frame.
+    QTimer::singleShot(0, view_, [this, former] { replace(*former); });
   }
 
 protected:
@@ -76,7 +74,17 @@ private:
     view_ = new SettingsView(theme_, handlers(help_), this);
     layout()->addWidget(view_);
     refresh();
+  }
+
+  void replace(SettingsView& former) {
+    const auto* focus = focusWidget();
+    const auto reason = focus && FocusRing::isShown(*focus) ? Qt::TabFocusReason : Qt::OtherFocusReason;
+    const int top = former.top();
+    former.hide();
+    former.deleteLater();
     fit();
+    view_->show();
+    view_->focusLanguage(reason, top);
   }
 
   /// Follows the content for as long as the user has not chosen another height.
