@@ -29,9 +29,7 @@ Drawing MenuBarGraph::image(const std::vector<double>& cpu, double memory) {
 }
 
 MenuBarFigures MenuBarFigures::of(const SystemSnapshot& snapshot, const HealthReport& report) {
-  const auto& memory = snapshot.memory;
-  const double share = memory.total > 0 ? double(memory.used()) / double(memory.total) * 100 : 0;
-  return {report.score, int(snapshot.cpu.total), int(share), {}};
+  return {report.score, int(snapshot.cpu.total), int(snapshot.memory.usedShare().value_or(0)), {}};
 }
 
 MenuBarLabel MenuBarLabel::make(const MenuBarState& state, MenuBarStyle style) {

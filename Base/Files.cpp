@@ -110,4 +110,10 @@ bool isInside(std::string_view path, std::string_view folder) {
   return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
 }
 
+std::string tildePath(const std::string& path, const std::string& home) {
+  if (home.size() < 2 || !path.starts_with(home)) return path;
+  if (path.size() > home.size() && path[home.size()] != '/') return path;
+  return std::string("~").append(path, home.size());
+}
+
 } // namespace korvell

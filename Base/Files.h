@@ -31,5 +31,7 @@ enum class Flush { toDisk, none };
 
 /// True when a path is a folder or lies below it, as the two texts say.
 bool isInside(std::string_view path, std::string_view folder);
+/// The path with the home folder written as "~".
+std::string tildePath(const std::string& path, const std::string& home);
 
 } // namespace korvell

@@ -2,7 +2,6 @@
 // For what is told later, when the thread no longer speaks the language in which it was asked for.
 
 #include "Base/Localization.h"
-#include "Base/SpeakLanguage.h"
 
 #include <string_view>
 #include <utility>

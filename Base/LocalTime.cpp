@@ -150,6 +150,13 @@ std::string weekdayName(int weekday) {
   return localized(names[size_t(weekday % 7)]);
 }
 
+std::string monthName(int month) {
+  static constexpr std::string_view names[] = {"January",   "February", "March",    "April",
+                                               "May",       "June",     "July",     "August",
+                                               "September", "October",  "November", "December"};
+  return localized(names[size_t(month - 1) % 12]);
+}
+
 std::optional<int> LocalDays::offsetOfDay(std::int64_t utcDay) {
   if (const auto found = offsets_.find(utcDay); found != offsets_.end()) return found->second;
   if (offsets_.size() > 4'096) offsets_.clear(); // logs full of invented dates must not fill the memory

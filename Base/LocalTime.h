@@ -73,6 +73,8 @@ std::string shownDayOfYear(const LocalTime& time);
 std::optional<CalendarDay> parseDay(std::string_view text);
 /// "Sunday" for 0, localised.
 std::string weekdayName(int weekday);
+/// "January" for 1, localised.
+std::string monthName(int month);
 
 /// localDay() for many instants: the zone is asked twice for each UTC day, and for every instant only on
 /// days on which its clocks change. For one thread; to be made anew when the zone is reloaded.

@@ -1,7 +1,5 @@
 #include "Base/Localization.h"
 
-#include "Base/SpeakLanguage.h"
-
 #include <atomic>
 
 namespace korvell {

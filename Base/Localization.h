@@ -2,9 +2,10 @@
 // Every visible text goes through localized(); its key is the English text itself.
 //
 // The languages are installed once by main before any thread starts and never change afterwards, so that
-// reading needs no lock. A language is a few tables, looked through in order: a platform's words, such as
-// "Your computer" for "Your Mac", are a table like any other. Each is sorted when it is compiled, so that a
-// text costs a few comparisons and starting costs nothing. A key without an entry is its own translation.
+// reading needs no lock; which of them the process speaks may change at any time. A language is a few tables,
+// looked through in order: a platform's words, such as "Your computer" for "Your Mac", are a table like any
+// other. Each is sorted when it is compiled, so that a text costs a few comparisons and starting costs
+// nothing. A key without an entry is its own translation.
 //
 // What programs read must not depend on who reads it: InLanguage says a text in another language than the
 // process's own.
@@ -58,14 +59,19 @@ struct SystemWords {
   std::span<const LocalizedText> english, german;
 };
 
-/// Installs the languages; the first is the process's own. Only main and tests call this.
+/// Installs the languages; the process speaks the first. Only main and tests call this.
 void setLanguages(std::vector<Language> languages);
+/// Has the process speak another of them from now on, on every thread; any thread may call it. False when it
+/// spoke that one before or when it is not installed. What was said already keeps its words.
+bool speakLanguage(std::string_view code);
+/// The code of the one that the process speaks, whatever this thread does.
+std::string_view ownLanguage();
 /// English with this table, in any order.
 void setLocalization(std::span<const LocalizedText> table);
 /// Who is told each key without a text in a language other than English. For checks; null for nobody.
 void setMissingTextHandler(void (*handler)(std::string_view key));
 
-/// The languages that were installed, the process's own first.
+/// In the order in which they were installed.
 std::span<const Language> installedLanguages();
 /// The one in effect on this thread.
 const Language& currentLanguage();

@@ -3,6 +3,7 @@
 #include "Tool/StorageCommand.h"
 
 #include "App/JSONDocuments.h"
+#include "Base/Files.h"
 #include "Base/Format.h"
 #include "Base/LocalTime.h"
 #include "Base/Text.h"

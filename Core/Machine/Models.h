@@ -49,6 +49,10 @@ struct MemoryStats {
   Pressure pressure = Pressure::normal;
 
   std::uint64_t used() const { return app + wired + compressed; }
+  /// In percent of the total; absent without one.
+  std::optional<double> usedShare() const {
+    return total > 0 ? std::optional(double(used()) / double(total) * 100) : std::nullopt;
+  }
 
   bool operator==(const MemoryStats&) const = default;
   static constexpr auto fields() {

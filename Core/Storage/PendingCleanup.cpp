@@ -1,5 +1,6 @@
 #include "Core/Storage/PendingCleanup.h"
 
+#include "Base/Files.h"
 #include "Base/Format.h"
 
 #include <algorithm>

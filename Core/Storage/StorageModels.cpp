@@ -45,12 +45,6 @@ std::optional<StorageCategory> category(StorageKind kind, std::vector<StorageIte
   return result;
 }
 
-std::string tildePath(const std::string& path, const std::string& home) {
-  if (home.size() < 2 || !path.starts_with(home)) return path;
-  if (path.size() > home.size() && path[home.size()] != '/') return path;
-  return std::string("~").append(path, home.size());
-}
-
 Value toValue(const StorageAction& action) {
   Value value;
   value.set("type", rawValue(action.type));

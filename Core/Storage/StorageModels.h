@@ -116,9 +116,6 @@ std::int64_t checkedSum(std::int64_t a, std::int64_t b);
 /// keep their order.
 std::optional<StorageCategory> category(StorageKind kind, std::vector<StorageItem> items);
 
-/// The path with the home folder written as "~".
-std::string tildePath(const std::string& path, const std::string& home);
-
 /// {"date", "categories": [{"kind", "bytes", "items", "action", "note"}]}
 Value toValue(const StorageScanResult& result);
 Value toValue(const StorageCategory& category);

@@ -1,5 +1,6 @@
 #include "Core/Storage/StorageMounts.h"
 
+#include "Base/Files.h"
 #include "Base/Text.h"
 
 #include <algorithm>

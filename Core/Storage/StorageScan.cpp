@@ -1,5 +1,6 @@
 #include "Core/Storage/StorageScan.h"
 
+#include "Base/Files.h"
 #include "Core/Storage/StorageMounts.h"
 
 #include <algorithm>

@@ -2,6 +2,8 @@
 
 #include "Core/Storage/StorageScan.h"
 
+#include "Base/Files.h"
+
 #include <algorithm>
 #include <csignal>
 #include <filesystem>

@@ -1,5 +1,6 @@
 // Kinds whose items qualify by their age: dependencies of old projects and large old downloads.
 
+#include "Base/Files.h"
 #include "Base/Text.h"
 #include "Core/Storage/StorageScan.h"
 

@@ -1,6 +1,5 @@
 #include "UI/Shell/MainWindow.h"
 
-#include "Base/SpeakLanguage.h"
 #include "Tests/App/AppFixture.h"
 #include "Tests/UI/Kit/KitFixture.h"
 #include "UI/Kit/Banner.h"

@@ -1,6 +1,5 @@
 #include "UI/Settings/SettingsWindow.h"
 
-#include "Base/SpeakLanguage.h"
 #include "Tests/App/AppFixture.h"
 #include "Tests/Fakes/FakeUsageHelper.h"
 #include "Tests/UI/Kit/KitFixture.h"

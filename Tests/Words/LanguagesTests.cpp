@@ -3,7 +3,6 @@
 #include "Base/Format.h"
 #include "Base/LaterSpeech.h"
 #include "Base/LocalTime.h"
-#include "Base/SpeakLanguage.h"
 #include "Core/Health/HealthAlert.h"
 #include "Core/Health/HealthReport.h"
 #include "Platform/Formats/LinuxWords.h"

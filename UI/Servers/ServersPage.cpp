@@ -1,5 +1,6 @@
 #include "UI/Servers/ServersPage.h"
 
+#include "Base/Files.h"
 #include "Base/Format.h"
 #include "Base/Localization.h"
 #include "Core/DevServers/DevServerRules.h"
@@ -15,7 +16,7 @@ namespace {
 
 constexpr Seconds justNow{60};
 
-bool isInside(std::string_view path, std::string_view folder) {
+bool isBelow(std::string_view path, std::string_view folder) {
   return !folder.empty() && path.starts_with(folder) && path.size() > folder.size() &&
          path[folder.size()] == '/';
 }
@@ -38,17 +39,12 @@ std::vector<std::string> foldersOf(const DevProject& project) {
   for (const auto& server : project.servers) folders.push_back(folderNamed(server.project, server.directory));
   for (auto& folder : folders)
     for (const auto& other : folders)
-      if (!other.empty() && isInside(folder, other)) folder = other;
+      if (!other.empty() && isBelow(folder, other)) folder = other;
   return folders;
 }
 
-std::string shortened(const std::string& path, const std::string& home) {
-  if (path == home) return "~";
-  return isInside(path, home) ? "~" + path.substr(home.size()) : path;
-}
-
 std::string detailOf(const DevServer& server, const std::string& project) {
-  if (isInside(server.directory, project))
+  if (isBelow(server.directory, project))
     return server.directory.substr(project.size() + 1) + " · " + server.runtime;
   return server.runtime == server.name ? std::string() : server.runtime;
 }
@@ -108,7 +104,7 @@ ServersPage::Project projectOf(const DevProject& project, const std::string& hom
     if (!folders[i].empty() && std::ranges::find(shown.folders, folders[i]) == shown.folders.end())
       shown.folders.push_back(folders[i]);
   }
-  if (shown.folders.size() == 1) shown.folderWords = shortened(shown.folders.front(), home);
+  if (shown.folders.size() == 1) shown.folderWords = tildePath(shown.folders.front(), home);
   shown.memory = Format::memory(memory);
   return shown;
 }

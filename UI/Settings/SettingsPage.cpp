@@ -63,10 +63,6 @@ std::string ownCost(const Model& model, ProcessID self) {
   return noFigure;
 }
 
-std::string shownPath(const std::string& path, const std::string& home) {
-  return isInside(path, home) ? "~" + path.substr(home.size()) : path;
-}
-
 std::string updatesSentence(bool isPackaged) {
   return isPackaged ? localized("This copy is updated by your system's packages.")
                     : localized("This copy of Korvell has no updater.");
@@ -114,7 +110,7 @@ SettingsPage settingsPage(const Model& model, const UserDefaults& defaults, cons
       localized("Agents can read the health score, top apps and dev servers, and quit apps or stop "
                 "servers after asking you."),
       context.claudeCommand, context.clientSnippet};
-  page.history = shownPath(context.historyPath, context.home);
+  page.history = tildePath(context.historyPath, context.home);
   page.ownCost = ownCost(model, context.self);
   page.updates = updatesPart(context);
   for (const auto& kind : allCases<HealthAlert::Kind>())

@@ -54,12 +54,9 @@ std::string withoutNames(const Insight& insight, const SystemSnapshot& snapshot)
 }
 
 std::string dateWords(const TimeZone& zone, Date date) {
-  static constexpr const char* months[] = {"January",   "February", "March",    "April",
-                                           "May",       "June",     "July",     "August",
-                                           "September", "October",  "November", "December"};
   const auto time = localTime(zone, date);
   return localized("{day} {month} {year}", {{"day", std::to_string(time.day)},
-                                            {"month", localized(months[time.month - 1])},
+                                            {"month", monthName(time.month)},
                                             {"year", std::to_string(time.year)}});
 }
 
@@ -89,9 +86,8 @@ std::vector<ShareCard::Tile> tilesOf(const Model& model) {
                           .values = tile.values,
                           .top = tile.top,
                           .level = {}};
-    const auto& memory = model.snapshot->memory;
-    if (tile.section == SidebarItem::memory && memory.total > 0)
-      shown.figure = figureOf(Unit::percent, double(memory.used()) / double(memory.total) * 100);
+    const auto used = model.snapshot->memory.usedShare();
+    if (tile.section == SidebarItem::memory && used) shown.figure = figureOf(Unit::percent, *used);
     const bool isUsual = tile.section == SidebarItem::cpu || tile.section == SidebarItem::memory ||
                          tile.section == SidebarItem::energy;
     (isUsual ? known : others).push_back(std::move(shown));

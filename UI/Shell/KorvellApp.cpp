@@ -5,7 +5,6 @@
 #include "App/LastResort.h"
 #include "App/PanelSoundChoice.h"
 #include "Base/FreeMemory.h"
-#include "Base/SpeakLanguage.h"
 #include "Base/SystemQueue.h"
 #include "Core/Storage/StorageHost.h"
 #include "Shared/HelpPages.h"

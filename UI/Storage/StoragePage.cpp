@@ -79,11 +79,8 @@ std::string joined(std::initializer_list<std::string> parts) {
 
 /// "July"; with its year where the month alone would mean a later one.
 std::string monthText(const TimeZone& zone, Date date, Date now) {
-  static constexpr const char* names[] = {"January",   "February", "March",    "April",
-                                          "May",       "June",     "July",     "August",
-                                          "September", "October",  "November", "December"};
   const auto then = localTime(zone, date), today = localTime(zone, now);
-  const auto name = localized(names[then.month - 1]);
+  const auto name = monthName(then.month);
   const auto months = (today.year - then.year) * 12 + today.month - then.month;
   if (months >= 0 && months < 12) return name;
   return localized("{month} {year}", {{"month", name}, {"year", std::to_string(then.year)}});

@@ -35,8 +35,8 @@ std::optional<Tone> toneOf(const HealthReport& report) {
 std::string share(double percent, bool isKnown) { return isKnown ? Format::percent(percent) : std::string(); }
 
 std::string memoryShare(const MemoryStats& memory) {
-  return memory.total > 0 ? Format::percent(double(memory.used()) / double(memory.total) * 100)
-                          : std::string();
+  const auto share = memory.usedShare();
+  return share ? Format::percent(*share) : std::string();
 }
 
 std::size_t serverCount(const std::vector<DevProject>& projects) {

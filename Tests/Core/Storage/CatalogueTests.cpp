@@ -1,3 +1,4 @@
+#include "Base/Files.h"
 #include "Core/Storage/StorageLocations.h"
 #include "Core/Storage/StorageModels.h"
 #include "Platform/Formats/LinuxWords.h"
