@@ -37,7 +37,7 @@ class App:
     def tool_asks(self, *command):
         """What the tool says that it would do, before it finds that nobody can answer."""
         answer = self.tool(*command).stderr.splitlines()
-        assert len(answer) > 1 and "not done" in answer[-1], answer
+        assert len(answer) > 1 and "Not done" in answer[-1], answer
         return answer[-2]
 
     def ended(self, seconds=15):

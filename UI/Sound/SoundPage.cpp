@@ -125,10 +125,10 @@ SoundPage settled(SoundPage page, const SoundPage& before) {
   };
   const auto apps = keysOf(before.apps), remembered = keysOf(before.remembered);
   const auto moveBack = [](std::vector<Row>& from, std::vector<Row>& to, const auto& keys) {
-    const auto gone = std::ranges::stable_partition(
-        from, [&](const Row& row) { return !std::ranges::count(keys, row.key); });
-    to.insert(to.end(), gone.begin(), gone.end());
-    from.erase(gone.begin(), gone.end());
+    const auto gone = std::stable_partition(
+        from.begin(), from.end(), [&](const Row& row) { return !std::ranges::count(keys, row.key); });
+    to.insert(to.end(), gone, from.end());
+    from.erase(gone, from.end());
   };
   moveBack(page.apps, page.remembered, remembered);
   moveBack(page.remembered, page.apps, apps);
