@@ -186,12 +186,15 @@ def the_widgets_place(app):
     with placed_widget(app) as window:
         wait_for("the same place", lambda: window.box() == box)
         resized(window, medium, lambda x, y, width, height: (x, y) == (place["x"], place["y"]))
+        resized(window, large, lambda x, y, width, height: height > width)
 
 
 def the_widgets_parts(app):
-    """Each opens its section in the application that runs."""
-    with placed_widget(app) as window:
-        for tile in ("Memory", "Network"):
+    """Each opens its section in the application that runs, whose window would cover it."""
+    for tile in ("Memory", "Network"):
+        screen.press("ctrl+w")
+        wait_for("the window's end", lambda: not screen.window("Korvell"))
+        with placed_widget(app) as window:
             screen.click(screen.await_node("push button", tile, window, 90))
             in_section(tile)
 
