@@ -52,8 +52,8 @@ void carryOut(Actions& actions, const Value& request, std::function<void(const V
   const bool describes = request.find("describe") != nullptr;
   const auto asked = readActionRequest(request, describes ? "describe" : "do");
   const auto* language = request.find(languageName);
-  const InLanguage speaking(language && language->asString() ? std::string_view(*language->asString())
-                                                             : currentLanguage().code);
+  const auto* code = language ? language->asString() : nullptr;
+  const InLanguage speaking(code ? std::string_view(*code) : std::string_view()); // none changes nothing
   if (!asked) return answer(refusal(asked.reason()));
   if (!describes)
     return actions.perform(

@@ -272,8 +272,7 @@ std::string sentenceOf(const CLI::ParseError& error) {
   const auto nameBefore = [&](std::string_view rest) {
     return std::string(sentence.substr(0, sentence.find(rest)));
   };
-  if (std::string(sentence) + "." == "A subcommand is required.")
-    return localized("A subcommand is required.");
+  if (sentence.ends_with(" subcommand is required")) return localized("A subcommand is required.");
   if (sentence.ends_with(required)) return localized("{name} is required.", {{"name", nameBefore(required)}});
   if (sentence.ends_with(" missing") && sentence.find(missing) != sentence.npos)
     return localized("{name}: the value is missing.", {{"name", nameBefore(missing)}});
