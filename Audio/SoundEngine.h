@@ -57,6 +57,8 @@ public:
   void store();
 
 private:
+  static inline const std::string outputTarget; ///< no application has an empty key
+
   struct Stream {
     SoundStream told;
     StreamOwner owner;
