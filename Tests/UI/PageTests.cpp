@@ -177,6 +177,23 @@ TEST(PageTests, appsAreSortedAndTellZeroFromUnknown) {
   EXPECT_PRED1(unknown, idle[1].disk) << "what other users' processes read is hidden";
 }
 
+TEST(PageTests, rowsStayWhereSomebodyPointsAtThem) {
+  const auto rows = [](const std::string& names) {
+    std::vector<AppRow> result;
+    for (const char name : names) result.push_back({.id = std::string(1, name)});
+    return result;
+  };
+  const auto ids = [&](const std::string& now, const std::string& before) {
+    std::string result;
+    for (const auto& row : settled(rows(now), rows(before))) result += row.id;
+    return result;
+  };
+  EXPECT_EQ(ids("bcad", "abcd"), "abcd");
+  EXPECT_EQ(ids("xbya", "abcd"), "abxy") << "new ones take the places that became free, the greatest first";
+  EXPECT_EQ(ids("dc", "abcd"), "dc") << "their places are gone";
+  EXPECT_EQ(ids("ab", ""), "ab");
+}
+
 TEST(PageTests, aSharedCardNamesNothingOfItsOwners) {
   EXPECT_EQ(shareCard(*startingMachine(), MadeUpZone()), std::nullopt);
   const auto model = usualMachine();

@@ -80,6 +80,7 @@ std::string spokenIn(const Figures& figures, double value, const KnownParts& kno
 struct Measured {
   const AppUsage* app;
   double figure, second;
+  std::string name{}; ///< as it is sorted by, where it is: "zsh" does not come behind "Zoom" for its case
 };
 
 bool matches(std::string_view name, const std::string& filter) {
@@ -95,12 +96,15 @@ void sortMeasured(std::vector<Measured>& apps, const AppListChoices& choices) {
   const auto value = [&](const Measured& one) {
     return choices.sorted == Column::second ? one.second : one.figure;
   };
+  if (choices.sorted == Column::name)
+    for (auto& one : apps) one.name = lowercased(one.app->name);
   std::vector<std::pair<std::ptrdiff_t, Measured>> ranked;
   for (const auto& one : apps) ranked.emplace_back(settledRank(choices, one.app->id), one);
   std::sort(ranked.begin(), ranked.end(), [&](const auto& a, const auto& b) {
     if (a.first != b.first) return a.first < b.first;
     const auto &left = *a.second.app, &right = *b.second.app;
-    const auto byName = std::tie(left.name, left.id) <=> std::tie(right.name, right.id);
+    const auto byName =
+        std::tie(a.second.name, left.name, left.id) <=> std::tie(b.second.name, right.name, right.id);
     if (choices.sorted == Column::name) return choices.isAscending ? byName < 0 : byName > 0;
     const double one = value(a.second), other = value(b.second);
     if (one != other) return choices.isAscending ? one < other : one > other;
@@ -214,6 +218,13 @@ void addNote(AppList& list, const Model& model, Metric metric, const AppListFact
     list.note = facts.trafficNote;
 }
 
+/// What the application is known by while it runs; of one that does not only its name is left.
+std::string identifierOf(const AppTotal& total, const Model& model) {
+  for (const auto& app : model.snapshot->apps)
+    if (app.name == total.name && app.bundlePath == total.bundlePath) return app.id;
+  return total.name;
+}
+
 AppList noListFor(Metric metric) {
   AppList list;
   list.isThere = false;
@@ -288,7 +299,7 @@ AppList pastAppList(const Model& model, Metric metric, const PastApps& past, con
     BarRow row;
     row.key = total.bundlePath.value_or(total.name);
     row.name = total.name;
-    row.identifier = total.name;
+    row.identifier = identifierOf(total, model);
     row.icon = total.bundlePath;
     row.level = total.value / most;
     row.figure = Format::figure(unit, total.value);

@@ -195,7 +195,8 @@ AppRows::AppRows(const Theme& theme, PartForm form, QWidget* parent)
   column_->setSpacing(0);
 }
 
-void AppRows::show(const std::vector<AppRow>& rows, UsageKey sortedBy) {
+void AppRows::show(std::vector<AppRow> rows, UsageKey sortedBy) {
+  if (std::exchange(sortedBy_, sortedBy) == sortedBy && underMouse()) rows = settled(std::move(rows), shown_);
   const bool hasGrown = rows.size() != rows_.size();
   fitRows(rows_, rows.size(), [this] { return makeRow(); });
   if (hasGrown) {
@@ -204,6 +205,7 @@ void AppRows::show(const std::vector<AppRow>& rows, UsageKey sortedBy) {
     updateGeometry();
   }
   for (std::size_t i = 0; i < rows.size(); ++i) rows_[i]->show(rows[i], sortedBy);
+  shown_ = std::move(rows);
   // The one that Tab comes to: the last that had the focus, else the first.
   const auto isStop = [](const AppRowView* row) { return row->focusPolicy() == Qt::StrongFocus; };
   if (!rows_.empty() && std::ranges::none_of(rows_, isStop)) rows_.front()->setFocusPolicy(Qt::StrongFocus);

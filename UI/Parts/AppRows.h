@@ -70,11 +70,12 @@ private:
 };
 
 /// The rows of applications, one below the other. One tab stop: the arrow keys, Home and End move among them.
+/// While the pointer is over them each row stays where it is.
 class AppRows : public Painted {
 public:
   AppRows(const Theme& theme, PartForm form, QWidget* parent);
 
-  void show(const std::vector<AppRow>& rows, UsageKey sortedBy);
+  void show(std::vector<AppRow> rows, UsageKey sortedBy);
   void setForm(PartForm form);
   void onOpen(std::function<void()> handler) { open_ = std::move(handler); }
   /// Where the rows' pictures come from; null for nowhere. They outlive the rows.
@@ -91,6 +92,8 @@ private:
   PartForm form_;
   QBoxLayout* column_;
   std::vector<AppRowView*> rows_;
+  std::vector<AppRow> shown_;
+  UsageKey sortedBy_ = UsageKey::cpu;
   Pictures* pictures_ = nullptr;
   Subscription arrivals_;
   std::function<void()> open_;

@@ -2,7 +2,7 @@
 
 #include "Base/Localization.h"
 #include "Base/Text.h"
-#include "Core/Machine/Owners.h"
+#include "Core/Machine/Quit.h"
 #include "UI/Parts/Figures.h"
 
 #include <algorithm>
@@ -12,13 +12,9 @@ namespace korvell {
 
 namespace {
 
-bool isSystem(const AppUsage& app) {
-  return app.id == linuxSystemGroup.key || app.id == macOSSystemGroup.key;
-}
-
 /// What the system hides from this user counts as 0 in the sums of its own group.
 bool hides(const Model& model, const AppUsage& app) {
-  return isSystem(app) && *model.privileged && (*model.privileged)->hidden > 0;
+  return isSystemGroup(app) && *model.privileged && (*model.privileged)->hidden > 0;
 }
 
 Figure rate(double value, bool isKnown) {
@@ -35,7 +31,7 @@ AppRow rowOf(const AppUsage& app, UsageKey key, double greatest, const Model& mo
              .icon = app.bundlePath,
              .isKorvell = isKorvell(app),
              .processes = int(app.processes.size()),
-             .isSystem = isSystem(app),
+             .isSystem = isSystemGroup(app),
              .cpu = {Format::decimal(cpu, 1), "%"},
              .memory = figureOf(Unit::memory, double(app.memory())),
              .disk = rate(disk, hasDisk),
@@ -77,6 +73,22 @@ std::vector<AppRow> topApps(const Model& model, UsageKey key, std::size_t count)
   const double greatest = shown > 0 ? usageValue(key, *apps.front()) : 0;
   std::vector<AppRow> rows;
   for (std::size_t i = 0; i < shown; ++i) rows.push_back(rowOf(*apps[i], key, greatest, model));
+  return rows;
+}
+
+std::vector<AppRow> settled(std::vector<AppRow> rows, const std::vector<AppRow>& before) {
+  std::vector<std::optional<AppRow>> places(rows.size());
+  std::vector<AppRow> others;
+  for (auto& row : rows) {
+    const auto place = std::size_t(std::ranges::find(before, row.id, &AppRow::id) - before.begin());
+    if (place < places.size() && !places[place])
+      places[place] = std::move(row);
+    else
+      others.push_back(std::move(row));
+  }
+  auto other = others.begin();
+  for (std::size_t i = 0; i < rows.size(); ++i)
+    rows[i] = places[i] ? *std::move(places[i]) : std::move(*other++);
   return rows;
 }
 

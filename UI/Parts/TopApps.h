@@ -32,5 +32,8 @@ bool isKorvell(const AppUsage& app);
 
 /// At most `count`, the greatest first.
 std::vector<AppRow> topApps(const Model& model, UsageKey key, std::size_t count);
+/// The rows, each where it was before; those that are new take the places that became free. For while
+/// somebody points at them.
+std::vector<AppRow> settled(std::vector<AppRow> rows, const std::vector<AppRow>& before);
 
 } // namespace korvell
