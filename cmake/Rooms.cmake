@@ -41,8 +41,12 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release")
 endif()
 
 # The standard library and the test framework, parsed once: two thirds of what compiling a file costs. Only where
-# tests are built; other builds compile every file as it stands, so that a missing include is found.
-option(KORVELL_PRECOMPILE "Precompile the standard library's headers" ${KORVELL_TESTS})
+# tests or fuzz targets are built; other builds compile every file as it stands, so that a missing include is found.
+set(is_checked ${KORVELL_TESTS})
+if(KORVELL_FUZZ)
+  set(is_checked ON)
+endif()
+option(KORVELL_PRECOMPILE "Precompile the standard library's headers" ${is_checked})
 file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/precompiled)
 foreach(kind IN ITEMS korvell_precompiled korvell_tests_precompiled)
   file(GENERATE OUTPUT ${CMAKE_BINARY_DIR}/precompiled/${kind}.cpp CONTENT "")
