@@ -93,6 +93,7 @@ std::vector<std::string> problemsOf(QWidget& view) {
     auto* control = dynamic_cast<Control*>(widget);
     if (control && (widget->width() < Control::leastHit || widget->height() < Control::leastHit))
       add("too small to hit", *widget);
+    if (control && control->height() < control->minimumSizeHint().height()) add("squeezed", *widget);
     if (auto* whole = dynamic_cast<Whole*>(widget); whole && (whole->cutText() || isClipped(*widget)))
       add("cut off", *widget);
     if (!isTabStop(*widget) || isBehindModal(*widget, shown)) continue;

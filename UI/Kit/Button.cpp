@@ -21,6 +21,7 @@ constexpr double copyGap = 4;
 Button::Button(const Theme& theme, Kind kind, std::string_view words, QWidget* parent)
     : Control(theme, parent), kind_(kind) {
   setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+  setMinimumHeight(0); // its own is more than a control's
   setWords(words);
 }
 

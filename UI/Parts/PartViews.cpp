@@ -164,6 +164,7 @@ const TileMeasures& tileMeasures(PartForm form) { return tiles[std::size_t(form)
 
 TileView::TileView(const Theme& theme, PartForm form, QWidget* parent) : Control(theme, parent), form_(form) {
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  setMinimumHeight(0); // its own is more than a control's, to which a layout would go down in a crowd
 }
 
 void TileView::setForm(PartForm form) {
