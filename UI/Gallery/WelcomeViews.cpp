@@ -12,13 +12,13 @@ namespace {
 SettingsPage fresh() {
   SettingsPage settings;
   settings.opensAtLogin = {.title = localized("Open at login")};
-  settings.helper = {.explanation = localized(
-                         "Linux hides what other users' processes read from and write to storage unless "
-                         "an administrator enables a helper. It is read-only: it can only report those "
-                         "numbers."),
-                     .state = localized("Not enabled"),
-                     .action = localized("Enable"),
-                     .turnsOn = true};
+  settings.helper = {
+      .explanation = localized("macOS hides the memory and CPU of processes owned by the system unless an "
+                               "administrator approves a helper. It is read-only: it can only report those "
+                               "numbers."),
+      .state = localized("Not enabled"),
+      .action = localized("Enable"),
+      .turnsOn = true};
   settings.tool = {localized("Links korvell into ~/.local/bin so you can run korvell status in Terminal."),
                    localized("Install"), ""};
   settings.history = "~/.local/share/korvell/history.sqlite";
