@@ -10,16 +10,17 @@ from sections import (alert_switches, cleaning_up, forcing_a_process, periods, q
                       removing_a_leftover, share_card, sorting, sound, stopping_a_server, stopping_idle_servers)
 from shell import (another_language, first_launch, links, panel, quitting, second_start, sections_by_keys,
                    sections_by_pointer, settings_window, the_items_menu)
+from surroundings import SURROUNDINGS
 from widget import the_widget, the_widgets_parts, the_widgets_place
 
 CASES = [the_widget, the_widgets_place, first_launch, sections_by_pointer, sections_by_keys, ranges, sorting,
          settings_window, another_language, the_items_menu, share_card, periods, panel, links, the_widgets_parts,
          second_start, quitting_a_process, forcing_a_process, agents_ask, cleaning_up, stopping_a_server,
          removing_a_leftover, alert_switches, sound, the_desktop_fails, quitting, headless_keeper,
-         stopping_idle_servers, an_hour_asleep, starts_at_the_same_moment, the_bus_goes]
+         stopping_idle_servers, an_hour_asleep, starts_at_the_same_moment, *SURROUNDINGS, the_bus_goes]
 # They start the application by themselves.
 STARTERS = (the_widget, the_widgets_place, first_launch, headless_keeper, stopping_idle_servers, an_hour_asleep,
-            starts_at_the_same_moment, the_bus_goes)
+            starts_at_the_same_moment, *SURROUNDINGS, the_bus_goes)
 
 
 def wanted(case, chosen):

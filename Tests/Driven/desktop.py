@@ -1,6 +1,6 @@
 """A private desktop without a screen: a virtual display, a window manager, a panel that shows status items, a
 notification server, a session bus with accessibility, all with a home of their own. Ended by their ids."""
-import os, shutil, signal, subprocess, tempfile, time
+import contextlib, os, shutil, signal, subprocess, tempfile, time
 
 PROGRAMS = ["Xvfb", "openbox", "xfce4-panel", "dunst", "dbus-daemon", "xdotool", "gdbus"]
 PANEL = """<?xml version="1.0" encoding="UTF-8"?>
@@ -72,13 +72,49 @@ class Desktop:
                                                 stdout=options.pop("stdout", log), stderr=log, **options)
         return self.processes[name]
 
-    def start_display(self):
+    def start_display(self, size="1400x900"):
         read, write = os.pipe()
-        self.start("Xvfb", "-displayfd", str(write), "-screen", "0", "1400x900x24", "-nolisten", "tcp",
+        self.start("Xvfb", "-displayfd", str(write), "-screen", "0", size + "x24", "-nolisten", "tcp",
                    pass_fds=[write])
         os.close(write)
         with os.fdopen(read) as pipe:
             return ":" + pipe.readline().strip()
+
+    @contextlib.contextmanager
+    def another_display(self, size):
+        """One of another size, with window manager and panel, for what is started within."""
+        self.kill("xfce4-panel")  # there is one on a session bus
+        first, ordinary = dict(self.processes), dict(self.environment)
+        self.environment["DISPLAY"] = os.environ["DISPLAY"] = self.start_display(size)
+        try:
+            self.start("openbox")
+            self.start_panel()
+            wait_for("the panel", self.has_panel, 20)
+            yield
+        finally:
+            for name in ("xfce4-panel", "openbox", "Xvfb"):
+                if self.processes.get(name) != first.get(name):
+                    self.kill(name)
+            self.processes.update(first)
+            self.environment.clear()
+            self.environment.update(ordinary)
+            os.environ["DISPLAY"] = ordinary["DISPLAY"]
+            self.start_panel()
+
+    @contextlib.contextmanager
+    def another_home(self):
+        """Folders of someone who never started anything here; they stay afterwards."""
+        ordinary = dict(self.environment), self.home, self.runtime
+        folder = tempfile.mkdtemp(prefix="home-", dir=self.folder)
+        self.home, self.runtime = folder, folder + "/run"
+        os.mkdir(self.runtime, mode=0o700)
+        self.environment.update(HOME=self.home, XDG_RUNTIME_DIR=self.runtime)
+        try:
+            yield
+        finally:
+            former, self.home, self.runtime = ordinary
+            self.environment.clear()
+            self.environment.update(former)
 
     def start_bus(self):
         self.start("dbus-daemon", "--session", "--nofork", "--nopidfile",
@@ -103,12 +139,17 @@ class Desktop:
                    "stdin": subprocess.DEVNULL, **options}
         return subprocess.run(command, **options)
 
+    def watcher(self, name):
+        """A property of who keeps the status items, as gdbus prints it; empty where nobody does."""
+        watcher = "org.kde.StatusNotifierWatcher"
+        return self.call(watcher, "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties.Get", watcher, name)
+
+    def has_panel(self):
+        return "true" in self.watcher("IsStatusNotifierHostRegistered")
+
     def items(self):
         """The status items that the panel knows: service and path."""
-        watcher = "org.kde.StatusNotifierWatcher"
-        answer = self.call(watcher, "/StatusNotifierWatcher", "org.freedesktop.DBus.Properties.Get", watcher,
-                           "RegisteredStatusNotifierItems")
-        return [part.split("/")[0] for part in answer.split("'")[1::2]]
+        return [part.split("/")[0] for part in self.watcher("RegisteredStatusNotifierItems").split("'")[1::2]]
 
     def end(self):
         for process in reversed(self.processes.values()):
