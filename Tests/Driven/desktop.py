@@ -81,6 +81,18 @@ class Desktop:
             return ":" + pipe.readline().strip()
 
     @contextlib.contextmanager
+    def without_panel(self):
+        """It is there again afterwards, whoever started it."""
+        self.kill("xfce4-panel")
+        wait_for("a desktop without a tray", lambda: not self.has_panel())
+        try:
+            yield
+        finally:
+            if "xfce4-panel" not in self.processes:
+                self.start_panel()
+            wait_for("the panel", self.has_panel, 20)
+
+    @contextlib.contextmanager
     def another_display(self, size):
         """One of another size, with window manager and panel, for what is started within."""
         self.kill("xfce4-panel")  # there is one on a session bus
