@@ -1,9 +1,10 @@
 """Desktops of other kinds than the one that all else is driven on. Each case has a home of its own."""
-import re, shutil, socket, subprocess, time
+import contextlib, re, shutil, socket, subprocess, time
 
 import screen
 from desktop import wait_for
 from driving import in_section
+from monitors import Monitors
 
 
 def keeps(app):
@@ -101,4 +102,67 @@ def opens_the_panel(item):
     wait_for("the panel's end", lambda: not panel())
 
 
-SURROUNDINGS = [no_tray, older_tray]
+def second_screen(app):
+    """Unplugged while window and panel are on it: both are within reach, then and when they open again."""
+    left, right, height = 1400, 1000, 900
+    with app.desktop.another_home(), app.desktop.another_display(f"{left + right}x{height}"), \
+            contextlib.closing(Monitors(app.desktop.environment["DISPLAY"])) as monitors:
+        monitors.plug("left", 0, left, height, monitors.output())
+        monitors.plug("right", left, right, height)
+        app.start("korvell://page/cpu")
+        in_section("CPU")
+        subprocess.run(["xdotool", "getactivewindow", "windowsize", "--sync", "900", "700", "windowmove", "1450", "100"],
+                       check=True)
+        wait_for("the window on the right", lambda: screen.window("Korvell").box() == (1450, 100, 900, 700))
+        close_window()
+        app.again()
+        wait_for("the window where it was", lambda: box_of("Korvell") == (1450, 100, 900, 700))
+        open_panel_at(app, 2000, 800)
+        assert box_of("Korvell panel")[0] > left, f"the pointer is on the right, the panel at {box_of('Korvell panel')}"
+
+        monitors.unplug("right")
+        wait_for("panel and window within reach", lambda: all(one.box()[0] < left for one in screen.windows()))
+        app.alive()
+        screen.press("Escape")
+        wait_for("the panel's end", lambda: not screen.window("Korvell panel"))
+        time.sleep(0.4)  # a click just after it closed it is no wish to open it
+        open_panel_at(app, 2000, 800)  # the pointer stands where nothing is left
+        within(box_of("Korvell panel"), left, height)
+        screen.press("Escape")
+        wait_for("the panel's end", lambda: not screen.window("Korvell panel"))
+        app.again()
+        close_window()
+        app.again()
+        in_section("CPU")
+        within(box_of("Korvell"), left, height)
+
+        monitors.plug("right", left, right, height)
+        screen.press("ctrl+1")
+        in_section("Health")
+        end(app)
+
+
+def within(box, width, height):
+    x, y, wide, high = box
+    assert x >= 0 and y >= 0 and x + wide <= width and y + high <= height, f"{box} is not within {width} × {height}"
+
+
+def box_of(title):
+    one = screen.window(title)
+    return one.box() if one else None
+
+
+def close_window():
+    screen.press("ctrl+w")
+    wait_for("the window's end", lambda: not screen.window("Korvell"))
+
+
+def open_panel_at(app, x, y):
+    """As the desktop's panel does, with the pointer there."""
+    item = wait_for("the item in the tray", app.desktop.items)[0]
+    subprocess.run(["xdotool", "mousemove", str(x), str(y)], check=True)
+    app.desktop.call(item, "/StatusNotifierItem", "org.kde.StatusNotifierItem.Activate", str(x), str(y))
+    wait_for("the panel", lambda: screen.window("Korvell panel"))
+
+
+SURROUNDINGS = [no_tray, older_tray, second_screen]
