@@ -1,5 +1,5 @@
 """The application among others, over time, and when its desktop fails."""
-import shutil, signal, sqlite3, subprocess, time
+import re, shutil, signal, sqlite3, subprocess, time
 
 from desktop import wait_for
 from driving import check_history, compressed_time, in_section, open_section
@@ -67,13 +67,47 @@ def an_hour_asleep(app):
 
 
 def starts_at_the_same_moment(app):
-    for _ in range(5):
-        together = [subprocess.Popen([app.programs + "/korvell-app"], env=app.desktop.environment) for _ in range(10)]
+    """One of them keeps, also where `korvell run` does already; that goes on when the one ends, and is one itself."""
+    said = open(app.lax_log, "ab")
+
+    def start(program, *arguments):
+        return subprocess.Popen([app.programs + "/" + program, *arguments], env=app.desktop.environment,
+                                stdout=subprocess.DEVNULL, stderr=said if not arguments else subprocess.DEVNULL)
+
+    def one_is_left(together):
         wait_for("all but one", lambda: [one.poll() for one in together].count(None) == 1, 30)
-        left = [one for one in together if one.poll() is None]
-        assert all(one.returncode == 0 for one in together if one not in left), [one.returncode for one in together]
-        left[0].terminate()
-        assert left[0].wait(15) == 0, left[0].returncode
+        return next(one for one in together if one.poll() is None)
+
+    def end(process):
+        process.terminate()
+        assert process.wait(15) == 0, process.returncode
+
+    def apps_start():
+        together = [start("korvell-app") for _ in range(10)]
+        left = one_is_left(together)
+        assert all(one.returncode == 0 for one in together if one is not left), [one.returncode for one in together]
+        wait_for("its turn to keep", lambda: keeper(app) == left.pid)
+        return left
+
+    for _ in range(3):
+        end(apps_start())
+    runs = [start("korvell", "run") for _ in range(4)]
+    run = one_is_left(runs)
+    assert all(one.returncode == 1 for one in runs if one is not run), [one.returncode for one in runs]
+    for _ in range(2):
+        wait_for("the turn of what waited", lambda: keeper(app) == run.pid)
+        left = apps_start()
+        assert run.poll() is None, run.returncode
+        end(left)
+    wait_for("the turn of what waited", lambda: keeper(app) == run.pid)
+    end(run)
+
+
+def keeper(app):
+    """The id of who says that it keeps."""
+    with open(app.desktop.home + "/.local/share/korvell/keeper.lock") as file:
+        found = re.search(r"\d+", file.read())
+    return int(found[0]) if found else None
 
 
 def the_bus_goes(app):
