@@ -37,6 +37,9 @@ def run(desktop, programs, chosen):
                 continue
             start = time.monotonic()
             try:
+                if app.process and case in STARTERS:  # the one before it was chosen alone, or failed
+                    app.process.kill()
+                    app.ended()
                 if app.process is None and case not in STARTERS:
                     app.start("korvell://page/overview")
                     wait_for("the window", lambda: screen.window("Korvell"))

@@ -117,8 +117,8 @@ def victim(app, script="while :; do :; done", name="kvictim"):
 
 
 @contextlib.contextmanager
-def compressed_time(app):
-    """A minute lasts three seconds for what is started within."""
+def compressed_time(app, factor=20):
+    """A minute lasts three seconds for what is started within, or what the factor makes of it."""
     root = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
     library = app.desktop.folder + "/clock.so"
     if not os.path.exists(library):
@@ -126,7 +126,7 @@ def compressed_time(app):
                         root + "/Tests/Tool/Linux/CompressedClock.cpp"], check=True)
     ordinary = dict(app.desktop.environment)
     app.desktop.environment.setdefault("KORVELL_CLOCK_BASE", str(time.time_ns()))
-    app.desktop.environment.update(LD_PRELOAD=library, KORVELL_CLOCK_FACTOR="20")
+    app.desktop.environment.update(LD_PRELOAD=library, KORVELL_CLOCK_FACTOR=str(factor))
     try:
         yield
     finally:

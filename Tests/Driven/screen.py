@@ -13,6 +13,8 @@ SHOWING, FOCUSABLE, FOCUSED, CHECKED, SELECTED, ENABLED = (
     Atspi.StateType.SHOWING, Atspi.StateType.FOCUSABLE, Atspi.StateType.FOCUSED, Atspi.StateType.CHECKED,
     Atspi.StateType.SELECTED, Atspi.StateType.ENABLED)
 
+scale = 1  # the display's pixels in one that a screen reader is told of
+
 
 class Node:
     def __init__(self, accessible):
@@ -33,12 +35,9 @@ class Node:
         return box.x, box.y, box.width, box.height
 
     def place(self):
+        """Its middle, for the pointer."""
         x, y, width, height = self.box()
-        return x + width // 2, y + height // 2
-
-    def box(self):
-        box = self.accessible.get_extents(Atspi.CoordType.SCREEN)
-        return box.x, box.y, box.width, box.height
+        return (x + width // 2) * scale, (y + height // 2) * scale
 
     def corner(self):
         return self.box()[:2]
