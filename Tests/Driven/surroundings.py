@@ -395,4 +395,4 @@ def minutes_stored(app):
             return 0
 
 
-SURROUNDINGS = [no_tray, older_tray, second_screen, wayland, two_users, another_notification_server]
+SURROUNDINGS = [no_tray, older_tray, second_screen, large_and_dark, wayland, two_users, another_notification_server]

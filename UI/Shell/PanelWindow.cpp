@@ -71,15 +71,15 @@ void PanelWindow::keyPressEvent(QKeyEvent* event) {
     QWidget::keyPressEvent(event);
 }
 
-void PanelWindow::resizeEvent(QResizeEvent*) { content_.setGeometry(rect().adjusted(1, 1, -1, -1)); }
+void PanelWindow::resizeEvent(QResizeEvent*) { content_.setGeometry(rect()); }
 
 void PanelWindow::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  painter.setPen(theme_.color(Token::edge));
+  painter.setPen(QPen(theme_.color(Token::edge), 1, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
   painter.setBrush(theme_.color(Token::surface));
-  if (!isRounded_) return painter.drawRect(rect().adjusted(0, 0, -1, -1));
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+  const double corner = isRounded_ ? radius : 0;
+  painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), corner, corner);
 }
 
 void PanelWindow::closeEvent(QCloseEvent* event) {
