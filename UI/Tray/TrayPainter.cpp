@@ -183,22 +183,24 @@ private:
   QColor ink_, quiet_;
 };
 
+constexpr double ordinarySize = 22; // of an item in a bar, in pixels
 constexpr QRgb darkInk = 0xFF1A1C1E, lightInk = 0xFFF4F5F5;
 
 void drawIn(QPainter& painter, const TrayForm& form, const Grid& grid, QRgb ink) {
   Pen(painter, form, grid, QColor::fromRgba(ink)).draw();
 }
 
-/// Painted around itself, one pixel away, so that it stands out on any ground.
+/// Painted around itself so that it stands out on any ground: one pixel away in a bar of ordinary height, as
+/// far in proportion where the picture is larger, because many panels take the largest and shrink it.
 void drawEdge(QPainter& painter, const TrayForm& form, const Grid& grid, int size) {
   QImage edge(size, size, QImage::Format_ARGB32_Premultiplied);
   edge.fill(Qt::transparent);
   QPainter inner(&edge);
   inner.setRenderHint(QPainter::Antialiasing);
-  const double scale = double(size) / grid.size;
+  const double scale = double(size) / grid.size, away = std::max(1.0, size / ordinarySize);
   for (const auto& [x, y] : {std::pair{1, 0}, {-1, 0}, {0, 1}, {0, -1}}) {
     inner.resetTransform();
-    inner.translate(x, y);
+    inner.translate(x * away, y * away);
     inner.scale(scale, scale);
     drawIn(inner, form, grid, darkInk);
   }
