@@ -16,8 +16,9 @@ namespace {
 
 constexpr const char* service = "org.kde.StatusNotifierWatcher";
 constexpr int answerTimeout = 2000; // milliseconds
-/// An older tray has no bus to tell of it; at login it comes within seconds.
-constexpr int lookPause = 1000, mostLooks = 60;
+/// An older tray has no bus to tell of it; at login it comes within seconds. Later ones may take a while to
+/// be found: a desktop without a tray is woken for it.
+constexpr int quickPause = 1000, latePause = 30'000, quickLooks = 60; // milliseconds, milliseconds, times
 
 /// Whether a tray of the older kind is there, on the default screen.
 bool hasEmbeddingTray() { return isSelectionOwned("_NET_SYSTEM_TRAY_S0"); }
@@ -26,7 +27,10 @@ bool hasEmbeddingTray() { return isSelectionOwned("_NET_SYSTEM_TRAY_S0"); }
 
 struct TrayWatch::Search {
   explicit Search(std::function<void(State)> changed) : changed_(std::move(changed)) {
-    QObject::connect(&watcher_, &QDBusServiceWatcher::serviceRegistered, &watcher_, [this] { askHost(); });
+    QObject::connect(&watcher_, &QDBusServiceWatcher::serviceRegistered, &watcher_, [this] {
+      looks_ = 0; // its host follows in a moment
+      askHost();
+    });
     QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { look(); });
     askHost();
   }
@@ -48,9 +52,10 @@ private:
   }
 
   void look() {
+    if (told_ == State::present) return;
     if (hasEmbeddingTray()) return tell(State::present);
     tell(State::absent);
-    if (looks_++ < mostLooks) timer_.start(lookPause);
+    timer_.start(looks_++ < quickLooks ? quickPause : latePause);
     if (looks_ % 4 == 0) askHost();
   }
 
