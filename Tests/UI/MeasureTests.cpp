@@ -388,6 +388,19 @@ TEST_F(MeasureTests, pointingTellsWhoItWasUntilItIsOver) {
   EXPECT_THAT(names(live->list()), ElementsAre("now"));
 }
 
+TEST_F(MeasureTests, aHueIsAnApplicationsAlone) {
+  const std::string system(linuxSystemGroup.key);
+  model.step(snapshot(start, 1, {app("editor", {2}), app(system, {1})}));
+  const auto hues = [](const AppList& list) {
+    std::vector<std::string> result;
+    for (const auto& row : list.table.rows) result.push_back(row.identifier);
+    return result;
+  };
+  EXPECT_THAT(hues(appList(model, Metric::cpu, {}, {})), ElementsAre("editor", ""));
+  const PastApps past{{{"editor", {}, 2}, {system, {}, 1}, {"gone", {}, 0.5}}};
+  EXPECT_THAT(hues(pastAppList(model, Metric::cpu, past, {}, {})), ElementsAre("editor", "", "gone"));
+}
+
 TEST_F(MeasureTests, aFilterSaysWhatItLeavesOfThePast) {
   std::vector<AppTotal> totals;
   for (int i = 0; i < 30; ++i) totals.push_back({"app " + std::to_string(i), {}, 100.0 - i});

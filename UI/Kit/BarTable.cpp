@@ -246,7 +246,8 @@ void BarTable::drawPicture(QPainter& painter, const BarRow& row, const QRectF& b
                          ? pictures_->find(*row.icon, qRound(box.width()), devicePixelRatioF())
                          : QPixmap();
   if (found.isNull())
-    drawMonogram(painter, box, theme(), monogramHue(row.identifier), row.name);
+    drawMonogram(painter, box, theme(), row.identifier.empty() ? Token::gray : monogramHue(row.identifier),
+                 row.name);
   else
     painter.drawPixmap(box, found, QRectF(found.rect()));
 }

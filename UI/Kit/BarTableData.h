@@ -15,7 +15,7 @@ struct BarRow {
   std::string key; ///< what it is; the same in the next update
   std::string name;
   std::string count{};               ///< behind the name, quieter: "23"
-  std::string identifier{};          ///< the stand-in picture's hue follows from it
+  std::string identifier{};          ///< the stand-in picture's hue follows from it; empty: it has none
   std::optional<std::string> icon{}; ///< for whoever finds pictures; absent: the stand-in
   std::optional<Icon> mark{};        ///< an icon of ours instead of both
   bool isPart = false;               ///< of the row above: lower, set in, without a picture

@@ -125,7 +125,7 @@ public:
     const auto& app = *one.app;
     BarRow row = rowOf(app.name, one.figure, one.second);
     row.key = app.id;
-    row.identifier = app.id;
+    if (!isSystemGroup(app)) row.identifier = app.id;
     row.icon = app.bundlePath;
     if (isKorvell(app)) row.mark = Icon::heart;
     row.hasActions = !isSystemGroup(app);
@@ -218,10 +218,12 @@ void addNote(AppList& list, const Model& model, Metric metric, const AppListFact
     list.note = facts.trafficNote;
 }
 
-/// What the application is known by while it runs; of one that does not only its name is left.
+/// What the application is known by while it runs; of one that does not only its name is left. Empty for the
+/// system's group.
 std::string identifierOf(const AppTotal& total, const Model& model) {
   for (const auto& app : model.snapshot->apps)
-    if (app.name == total.name && app.bundlePath == total.bundlePath) return app.id;
+    if (app.name == total.name && app.bundlePath == total.bundlePath)
+      return isSystemGroup(app) ? std::string() : app.id;
   return total.name;
 }
 
