@@ -21,6 +21,9 @@ namespace {
 
 constexpr const char* service = "org.freedesktop.Notifications";
 constexpr const char* objectPath = "/org/freedesktop/Notifications";
+constexpr const char* ownerMatch = "type='signal',sender='org.freedesktop.DBus',"
+                                   "interface='org.freedesktop.DBus',member='NameOwnerChanged',"
+                                   "arg0='org.freedesktop.Notifications'";
 constexpr const char* applicationName = "Korvell";
 constexpr const char* desktopEntry = "korvell";
 constexpr const char* icon = "utilities-system-monitor";   // in every icon theme
@@ -194,6 +197,7 @@ private:
                                 nullptr, this);
       sd_bus_match_signal_async(bus, nullptr, service, objectPath, service, "NotificationClosed", closed,
                                 nullptr, this);
+      sd_bus_add_match_async(bus, nullptr, ownerMatch, ownerChanged, nullptr, this);
     } else {
       disconnect();
     }
@@ -335,6 +339,15 @@ private:
     const auto question = std::move(found->question);
     worker.shown_.erase(found);
     if (question) question->tell(NotificationAnswer::no);
+    return 0;
+  }
+
+  /// The service ended, or another took its place: what it showed went with it, and its numbers will be those
+  /// of other programs' notifications.
+  static int ownerChanged(sd_bus_message*, void* data, sd_bus_error*) {
+    auto& worker = *static_cast<Worker*>(data);
+    for (const auto& gone : std::exchange(worker.shown_, {}))
+      if (gone.question) gone.question->tell(NotificationAnswer::no);
     return 0;
   }
 

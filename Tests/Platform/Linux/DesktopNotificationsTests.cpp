@@ -116,6 +116,33 @@ TEST_F(DesktopNotificationsTests, theSameIdentifierReplaces) {
   EXPECT_EQ(server.next()->replaces, 0u);
 }
 
+TEST_F(DesktopNotificationsTests, whatAServiceShowedEndsWithIt) {
+  FakeNotificationServer server(path, {"actions"});
+  DesktopNotifications notifications(server.address());
+  std::promise<std::string> opened;
+  notifications.setOpenHandler([&](const std::string& identifier) { opened.set_value(identifier); });
+  notifications.post(alert);
+  ASSERT_TRUE(server.next());
+  std::promise<NotificationAnswer> answered;
+  notifications.ask({"question", "?", "", Urgency::normal}, "Quit", "Don't",
+                    [&](NotificationAnswer answer) { answered.set_value(answer); });
+  ASSERT_TRUE(server.next());
+  server.giveWay();
+  auto answer = answered.get_future();
+  ASSERT_EQ(answer.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+  EXPECT_EQ(answer.get(), NotificationAnswer::no);
+
+  notifications.post({"other", "1", "", Urgency::normal});
+  ASSERT_TRUE(server.next());
+  server.invoke(41, "default"); // that of another program now
+  server.invoke(43, "default");
+  auto future = opened.get_future();
+  ASSERT_EQ(future.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+  EXPECT_EQ(future.get(), "other");
+  notifications.post(alert);
+  EXPECT_EQ(server.next()->replaces, 0u);
+}
+
 TEST_F(DesktopNotificationsTests, textThatTheBusRefusesIsRepaired) {
   FakeNotificationServer server(path);
   DesktopNotifications notifications(server.address());

@@ -47,6 +47,18 @@ public:
     bus_.tell([=, this] { emit("NotificationClosed", "uu", id, 2u); });
   }
   void hangUp() { bus_.hangUp(); }
+  /// The bus tells that another program is the service now.
+  void giveWay() {
+    bus_.tell([this] {
+      sd_bus_message* signal = nullptr;
+      sd_bus_message_new_signal(bus_.connection(), &signal, "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                                "NameOwnerChanged");
+      sd_bus_message_append(signal, "sss", "org.freedesktop.Notifications", ":1.3", ":1.4");
+      sd_bus_message_set_sender(signal, "org.freedesktop.DBus");
+      sd_bus_send(bus_.connection(), signal, nullptr);
+      sd_bus_message_unref(signal);
+    });
+  }
 
 private:
   template <class... Arguments>
