@@ -25,7 +25,7 @@ std::vector<SourceReport> examined() {
            .parts = {graphics, graphicsMemory}},
           {.name = "Packages",
            .state = refused,
-           .reason = "The kernel lets only root read the energy counters.",
+           .reason = localized("Only root may read the processor's energy counter."),
            .parts = {power, processEnergy}},
           {.name = "Traffic",
            .state = missing,
