@@ -2,12 +2,15 @@
 #include "Tests/UI/Kit/KitFixture.h"
 #include "UI/Gallery/Check.h"
 #include "UI/Gallery/MadeUp.h"
+#include "UI/Kit/Scroll.h"
 #include "UI/Kit/Text.h"
 #include "UI/Overview/HealthView.h"
 #include "UI/Panel/PanelView.h"
 #include "UI/Share/CardFile.h"
 #include "UI/Share/ShareCardPainter.h"
 #include "UI/Window/SidebarView.h"
+
+#include <QScrollBar>
 
 #include <algorithm>
 
@@ -58,6 +61,17 @@ struct ViewTests : KitTests {
     return **std::ranges::find_if(buttons, [&](Button* each) { return each->words() == words; });
   }
 };
+
+TEST_F(ViewTests, thePanelAsksForAllThatItNeeds) {
+  for (const auto* detail :
+       {"50.0 GB free on System disk.", "Nothing.", "It compresses and swaps heavily, so all is slow."}) {
+    const auto model = usualMachine();
+    model->report.set(
+        madeUpReport({madeUpInsight(Insight::Severity::warning, 8, "Disk space is getting low", detail)}));
+    const auto view = panel(panelPage(*model, UsageKey::memory, {}, true));
+    EXPECT_EQ(all<ScrollArea>(*view).front()->verticalScrollBar()->maximum(), 0) << detail;
+  }
+}
 
 TEST_F(ViewTests, aNewCycleKeepsWhatIsThere) {
   const auto model = usualMachine();

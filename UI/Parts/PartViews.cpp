@@ -54,7 +54,7 @@ FindingView::FindingView(const Theme& theme, PartForm form, QWidget* parent)
   button_->onPress([this] {
     if (row_.fix && step_) step_(*row_.fix);
   });
-  QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+  QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Maximum);
   policy.setHeightForWidth(true);
   setSizePolicy(policy);
 }
@@ -101,9 +101,10 @@ int FindingView::heightForWidth(int width) const {
   return 2 * m.top + title + detail;
 }
 
-QSize FindingView::sizeHint() const { return {320, heightForWidth(320)}; }
+// Between the words in one line and those in as many as there may be; the width at hand decides.
+QSize FindingView::sizeHint() const { return {320, heightForWidth(200)}; }
 
-QSize FindingView::minimumSizeHint() const { return {200, heightForWidth(200)}; }
+QSize FindingView::minimumSizeHint() const { return {200, heightForWidth(QWIDGETSIZE_MAX)}; }
 
 void FindingView::resizeEvent(QResizeEvent*) { arrange(); }
 
