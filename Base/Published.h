@@ -5,24 +5,21 @@
 // subscribe and unsubscribe from inside a call. An observer lives as long as its Subscription. Values that
 // belong together are set through a Publication: all of them are in place before anybody is told of one.
 
+#include "Base/Observers.h"
 #include "Base/Queue.h"
 
 #include <cassert>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <utility>
 #include <vector>
 
 namespace korvell {
 
-/// Keeps an observer alive; destroying or resetting it ends the observation.
-using Subscription = std::shared_ptr<void>;
-
 template <class T>
 class Published {
 public:
-  using Observer = std::function<void(const T&)>;
+  using Observer = typename Observers<T>::Observer;
 
   explicit Published(const Queue& queue, T value = {}) : queue_(queue), value_(std::move(value)) {}
   Published(const Published&) = delete;
@@ -43,11 +40,7 @@ public:
     if (!(value_ == value)) set(std::move(value));
   }
 
-  [[nodiscard]] Subscription observe(Observer observer) {
-    auto kept = std::make_shared<Observer>(std::move(observer));
-    observers_.push_back(kept);
-    return kept;
-  }
+  [[nodiscard]] Subscription observe(Observer observer) { return observers_.add(std::move(observer)); }
 
 private:
   friend class Publication;
@@ -57,17 +50,12 @@ private:
     value_ = std::move(value);
     ++version_;
   }
-  void notify() {
-    std::erase_if(observers_, [](const auto& weak) { return weak.expired(); });
-    auto current = observers_;
-    for (const auto& weak : current)
-      if (auto observer = weak.lock()) (*observer)(value_);
-  }
+  void notify() { observers_.tell(value_); }
 
   const Queue& queue_;
   T value_;
   std::uint64_t version_ = 0;
-  std::vector<std::weak_ptr<Observer>> observers_;
+  Observers<T> observers_;
 };
 
 /// Sets several values as one: observers are told when it ends, in the order of the settings.

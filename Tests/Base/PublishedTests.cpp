@@ -77,3 +77,13 @@ TEST(Published, anObserverMaySetTheValueAgain) {
   EXPECT_EQ(w.value.get(), 9);
   EXPECT_EQ(w.calls.back(), "last9") << "nobody is left with the older value";
 }
+
+TEST(Published, whoHasGoneTakesNoRoomThoughNothingIsEverTold) {
+  Observers<int> observers;
+  int told = 0;
+  const auto staying = observers.add([&](int) { ++told; });
+  for (int i = 0; i < 1'000; ++i) (void)observers.add([](int) {});
+  EXPECT_LE(observers.size(), 4u);
+  observers.tell(1);
+  EXPECT_EQ(told, 1);
+}

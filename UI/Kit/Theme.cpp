@@ -107,10 +107,7 @@ void Theme::set(Look look) {
   look = completed(std::move(look));
   if (look == look_) return;
   look_ = std::move(look);
-  std::erase_if(observers_, [](const auto& weak) { return weak.expired(); });
-  auto current = observers_;
-  for (const auto& weak : current)
-    if (auto observer = weak.lock()) (*observer)();
+  observers_.tell();
 }
 
 QColor Theme::color(Token token) const {
@@ -130,14 +127,7 @@ QColor Theme::mixed(Token over, double share, Token ground) const {
 int Theme::scaled(double length) const { return static_cast<int>(std::lround(length * look_.textScale)); }
 
 Subscription Theme::observe(std::function<void()> observer) const {
-  // Pages come and go for weeks without a change: what has gone is forgotten whenever there is no room left.
-  if (observers_.size() == observers_.capacity()) {
-    std::erase_if(observers_, [](const auto& weak) { return weak.expired(); });
-    observers_.reserve(observers_.size() * 2);
-  }
-  auto kept = std::make_shared<std::function<void()>>(std::move(observer));
-  observers_.push_back(kept);
-  return kept;
+  return observers_.add(std::move(observer));
 }
 
 QColor colorOf(Token token, Appearance appearance) {

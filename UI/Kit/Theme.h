@@ -4,15 +4,13 @@
 //
 // In high contrast secondary text becomes primary, hairlines and edges become borders, washes the surface.
 
-#include "Base/Published.h"
+#include "Base/Observers.h"
 #include "UI/Kit/Token.h"
 
 #include <QColor>
 #include <QString>
 
 #include <functional>
-#include <memory>
-#include <vector>
 
 namespace korvell {
 
@@ -53,7 +51,7 @@ public:
 
 private:
   Look look_;
-  mutable std::vector<std::weak_ptr<std::function<void()>>> observers_;
+  mutable Observers<> observers_;
 };
 
 /// The colour of a token without the changes of high contrast.
