@@ -5,7 +5,9 @@
 
 #include <QFocusEvent>
 #include <QPainter>
+#include <QTimer>
 #include <QToolTip>
+#include <utility>
 
 namespace korvell {
 
@@ -21,11 +23,16 @@ void Painted::setReason(std::string_view words) {
   setToolTip(reason_);
 }
 
+void Painted::showTip(std::function<QString()> words, QPoint where) {
+  QTimer::singleShot(0, this,
+                     [this, words = std::move(words), where] { QToolTip::showText(where, words(), this); });
+}
+
 void Painted::focusInEvent(QFocusEvent* event) {
   if (isKeyboard(event->reason()) && !reason_.isEmpty()) {
     constexpr double corner = 4;
     if (!FocusRing::isShown(*this)) FocusRing::show(*this, corner, theme_);
-    QToolTip::showText(mapToGlobal(QPoint(0, height())), reason_, this);
+    showTip([this] { return hasFocus() ? reason_ : QString(); }, mapToGlobal(QPoint(0, height())));
   }
   QWidget::focusInEvent(event);
 }

@@ -7,6 +7,8 @@
 
 #include <QWidget>
 
+#include <functional>
+
 class QPainter;
 
 namespace korvell {
@@ -30,6 +32,9 @@ protected:
   void paintEvent(QPaintEvent*) override;
   void focusInEvent(QFocusEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
+  /// Shows a tooltip in the next turn: the toolkit takes away what is shown while the focus moves or a button
+  /// is let go. Empty words show none.
+  void showTip(std::function<QString()> words, QPoint where);
 
 private:
   const Theme& theme_;

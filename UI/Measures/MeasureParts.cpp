@@ -192,11 +192,15 @@ bool FactsRow::event(QEvent* event) {
   return true;
 }
 
-/// A finger points at nothing before it presses.
 void FactsRow::mousePressEvent(QMouseEvent* event) {
+  event->setAccepted(!reasonAt(event->position()).isEmpty());
+}
+
+/// A finger points at nothing before it presses.
+void FactsRow::mouseReleaseEvent(QMouseEvent* event) {
   const auto words = reasonAt(event->position());
   if (words.isEmpty()) return event->ignore();
-  QToolTip::showText(event->globalPosition().toPoint(), words, this);
+  showTip([words] { return words; }, event->globalPosition().toPoint());
 }
 
 void FactsRow::drawNow(QPainter& painter, const QRectF& box) const {

@@ -29,6 +29,7 @@ protected:
   /// Tells the reason of the one "–" that is pointed at.
   bool event(QEvent*) override;
   void mousePressEvent(QMouseEvent*) override;
+  void mouseReleaseEvent(QMouseEvent*) override;
 
 private:
   struct Cell {
