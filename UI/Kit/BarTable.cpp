@@ -1,5 +1,6 @@
 #include "UI/Kit/BarTable.h"
 
+#include "Base/Localization.h"
 #include "UI/Kit/FigureText.h"
 #include "UI/Kit/Focus.h"
 #include "UI/Kit/Icons.h"
@@ -40,6 +41,9 @@ public:
     setEnabled(sorts);
     setFocusPolicy(sorts ? Qt::StrongFocus : Qt::NoFocus);
     setName(words);
+    setAccessibleDescription(!ascending   ? QString()
+                             : *ascending ? text(localized("Sorted ascending"))
+                                          : text(localized("Sorted descending")));
     setVisible(!words.empty());
     update();
   }

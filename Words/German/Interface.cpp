@@ -92,6 +92,8 @@ constexpr LocalizedText texts[] = {
     {"Applications by {measure}", "Apps nach {measure}"},
     {"No processes can be read here.", "Hier sind keine Prozesse lesbar."},
     {"No app is called that.", "So heißt keine App."},
+    {"Sorted ascending", "Aufsteigend sortiert"},
+    {"Sorted descending", "Absteigend sortiert"},
     {"Read and written", "Gelesen und geschrieben"},
     {"Down and up", "Empfangen und gesendet"},
     {"No app was recorded in this time.", "In dieser Zeit wurde keine App aufgezeichnet."},
