@@ -5,6 +5,7 @@
 #include "Core/Health/WeeklyReport.h"
 #include "UI/Alerts/AlertSettings.h"
 #include "UI/Kit/FigureText.h"
+#include "UI/Kit/Focus.h"
 #include "UI/Kit/Icons.h"
 #include "UI/Kit/Paint.h"
 #include "UI/Parts/PartViews.h"
@@ -229,6 +230,7 @@ void AlertsView::update() {
       for (std::size_t j = 0; j < day.alerts.size(); ++j)
         static_cast<Row*>(days_[i]->rows()[j])->show(day.alerts[j]);
     }
+    orderTabs({list_, settings_});
   }
   see();
 }

@@ -39,6 +39,20 @@ bool isKeyboard(Qt::FocusReason reason) {
          reason == Qt::ShortcutFocusReason;
 }
 
+void orderTabs(const std::vector<QWidget*>& parts) {
+  QWidget* last = nullptr;
+  const auto add = [&](QWidget* stop) {
+    if (stop->focusPolicy() == Qt::NoFocus) return;
+    if (last && last->nextInFocusChain() != stop) QWidget::setTabOrder(last, stop);
+    last = stop;
+  };
+  for (auto* part : parts) {
+    if (!part) continue;
+    add(part);
+    for (auto* stop : part->findChildren<QWidget*>()) add(stop);
+  }
+}
+
 FocusRing* FocusRing::of(const QWidget& around) {
   for (auto* over = around.parentWidget(); over; over = over->isWindow() ? nullptr : over->parentWidget())
     for (auto* child : over->children())

@@ -8,11 +8,16 @@
 #include <QWidget>
 
 #include <functional>
+#include <vector>
 
 namespace korvell {
 
 /// Whether focus came by the keyboard; what becomes active again (a window, after a menu) keeps what it had.
 bool isKeyboard(Qt::FocusReason reason);
+
+/// Tab goes through these and what is in them, one after the other. The toolkit goes by when each was made:
+/// to be called again when another one was. Null stands for none.
+void orderTabs(const std::vector<QWidget*>& parts);
 
 class FocusRing : public QWidget {
 public:

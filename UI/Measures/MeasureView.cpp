@@ -3,6 +3,7 @@
 #include "Base/Localization.h"
 #include "UI/Kit/Button.h"
 #include "UI/Kit/CompositionBar.h"
+#include "UI/Kit/Focus.h"
 #include "UI/Kit/Icons.h"
 #include "UI/Kit/Labels.h"
 #include "UI/Kit/Native.h"
@@ -111,6 +112,7 @@ MeasureView::MeasureView(Services services, Metric metric, HistoryRange range)
       }) {
   build();
   connectParts();
+  orderTabs({control_, facts_, chart_, battery_, volumesBox_, other_, filter_, table_, helper_});
   update();
 }
 

@@ -2,6 +2,7 @@
 
 #include "Base/Localization.h"
 #include "UI/Kit/FigureText.h"
+#include "UI/Kit/Focus.h"
 #include "UI/Kit/Icons.h"
 #include "UI/Kit/Paint.h"
 #include "UI/Kit/Text.h"
@@ -220,7 +221,7 @@ QWidget* HealthView::makeSide() {
   today_->setSpacing(0);
   columns->addLayout(today_);
   columns->addSpacing(8);
-  columns->addWidget(head(localized("Alerts"), SidebarItem::alerts, side_));
+  columns->addWidget(alertsHead_ = head(localized("Alerts"), SidebarItem::alerts, side_));
   alerts_ = new QVBoxLayout;
   alerts_->setSpacing(0);
   columns->addLayout(alerts_);
@@ -263,6 +264,7 @@ void HealthView::show(const HealthPage& page) {
   // The rows that are to come have their place.
   apps_->setMinimumHeight(page.updated.empty() ? theme_.scaled(30) * int(HealthPage::mostApps) : 0);
   showSide(page);
+  orderStops();
   shown_ = page;
   if (hasNewHead || tileColumns_ == 0) arrange();
 }
@@ -314,6 +316,17 @@ void HealthView::showSide(const HealthPage& page) {
   });
   for (std::size_t i = 0; i < page.alerts.size(); ++i) alertRows_[i]->show(page.alerts[i]);
   noAlerts_->setVisible(page.alerts.empty());
+}
+
+/// Findings, tiles and rows come and go: as they are read.
+void HealthView::orderStops() {
+  std::vector<QWidget*> parts(findings_.begin(), findings_.end());
+  parts.insert(parts.end(), tiles_.begin(), tiles_.end());
+  parts.push_back(apps_->parentWidget());
+  parts.insert(parts.end(), totals_.begin(), totals_.end());
+  parts.push_back(alertsHead_);
+  parts.insert(parts.end(), alertRows_.begin(), alertRows_.end());
+  orderTabs(parts);
 }
 
 void HealthView::resizeEvent(QResizeEvent* event) {

@@ -45,6 +45,7 @@ private:
   void showHead(const HealthPage& page);
   void showTiles(const std::vector<Tile>& tiles);
   void showSide(const HealthPage& page);
+  void orderStops();
   void arrange();
   void arrangeLedgerHead(int room);
   void arrangeTiles(int columns, PartForm form);
@@ -67,7 +68,7 @@ private:
   std::vector<TileView*> tiles_;
   AppHeads* heads_ = nullptr;
   AppRows* apps_ = nullptr;
-  QWidget* side_ = nullptr;
+  QWidget *side_ = nullptr, *alertsHead_ = nullptr;
   QBoxLayout *today_ = nullptr, *alerts_ = nullptr;
   std::vector<TotalRow*> totals_;
   std::vector<AlertRow*> alertRows_;

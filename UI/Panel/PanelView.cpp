@@ -1,6 +1,7 @@
 #include "UI/Panel/PanelView.h"
 
 #include "Base/Localization.h"
+#include "UI/Kit/Focus.h"
 #include "UI/Kit/Icons.h"
 #include "UI/Parts/PageLayout.h"
 
@@ -197,10 +198,21 @@ void PanelView::show(const PanelPage& page) {
   apps_->show(page.apps, page.sortedBy);
   // The rows that are to come have their place.
   apps_->setMinimumHeight(page.head.score ? 0 : theme_.scaled(26) * int(PanelPage::mostApps));
+  orderStops();
   shown_ = page;
   // At once: whoever shows the panel asks for its height next.
   middle_->layout()->activate();
   updateGeometry();
+}
+
+/// Findings and tiles come and go: as they are read.
+void PanelView::orderStops() {
+  std::vector<QWidget*> parts{header_, banner_};
+  parts.insert(parts.end(), findings_.begin(), findings_.end());
+  parts.push_back(moreHolder_);
+  parts.insert(parts.end(), tiles_.begin(), tiles_.end());
+  parts.insert(parts.end(), {sounds_, sorting_, apps_, footer_});
+  orderTabs(parts);
 }
 
 void PanelView::showHead(const HealthHead& head) {

@@ -52,6 +52,7 @@ private:
   void showHead(const HealthHead& head);
   QWidget* makeFooter();
   FindingView* makeFinding();
+  void orderStops();
 
   const Theme& theme_;
   const Handlers handlers_;

@@ -2,6 +2,7 @@
 
 #include "Base/Localization.h"
 #include "UI/Kit/FigureText.h"
+#include "UI/Kit/Focus.h"
 #include "UI/Kit/Icons.h"
 #include "UI/Kit/Native.h"
 #include "UI/Kit/Paint.h"
@@ -142,6 +143,9 @@ void ServerRow::show(const ServersPage::Server& server) {
       ports_[i]->onPress([this, address = port.address] { handlers_.open(address); });
     }
     arrange();
+    std::vector<QWidget*> stops(ports_.begin(), ports_.end());
+    stops.insert(stops.end(), {rest_, stop_});
+    orderTabs(stops);
   }
   update();
 }

@@ -274,7 +274,15 @@ private:
     dropPage();
     take(make());
     refreshSidebar();
+    orderStops();
     if (follows) sidebar_.takeFocus(reason);
+  }
+
+  /// What stands round the page, which looks after its own and comes behind.
+  void orderStops() {
+    auto parts = sidebar_.stops();
+    parts.insert(parts.end(), {help_, &notice_, &banner_});
+    orderTabs(parts);
   }
 
   void take(std::unique_ptr<Page> page) {

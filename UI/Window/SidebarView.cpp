@@ -167,7 +167,6 @@ void SidebarView::build() {
     rows_.back()->setRail(isRail_);
     if (isVisible()) rows_.back()->QWidget::show();
   }
-  setTabOrder(rows_.empty() ? foot_ : rows_.back(), foot_);
   arrange();
 }
 
@@ -237,6 +236,12 @@ void SidebarView::moveFrom(const Row& row, int by) {
   target->setFocusPolicy(Qt::StrongFocus);
   target->setFocus(Qt::TabFocusReason);
   open_(target->content().section);
+}
+
+std::vector<QWidget*> SidebarView::stops() const {
+  std::vector<QWidget*> all(rows_.begin(), rows_.end());
+  all.push_back(foot_);
+  return all;
 }
 
 void SidebarView::takeFocus(Qt::FocusReason reason) {

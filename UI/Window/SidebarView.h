@@ -24,6 +24,8 @@ public:
   void onSettings(std::function<void()> handler) { settings_ = std::move(handler); }
   /// Gives the keyboard's focus to the section that is shown.
   void takeFocus(Qt::FocusReason reason);
+  /// What Tab goes through: the sections, what stands at the foot.
+  std::vector<QWidget*> stops() const;
 
   QAccessible::Role role() const override { return QAccessible::List; }
 
