@@ -486,6 +486,8 @@ TEST_F(MeasureTests, noRowsAreNotZeros) {
   scheduler.run();
   EXPECT_EQ(graphics->chart().state, ChartData::State::empty);
   EXPECT_EQ(graphics->chart().sentence, "The GPU does not tell its load here.");
+  EXPECT_EQ(graphics->chart().spoken, "GPU, last 24 hours");
+  EXPECT_EQ(graphics->page().range[0].figure.number, "–");
 }
 
 TEST_F(MeasureTests, aRangeIsAskedAgainEveryMinuteAndNothingAfterTheEnd) {

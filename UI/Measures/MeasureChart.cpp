@@ -153,13 +153,19 @@ ChartData liveChart(const Model& model, const LiveDirections& directions, Metric
   return data;
 }
 
+std::optional<SeriesSummary> recordedSummary(const Model& model, Metric metric, const RangeHistory& history) {
+  const bool isTold = !*model.hasSample || isMeasured(model, metric);
+  return isTold || (history.summary && history.summary->maximum > 0) ? history.summary : std::nullopt;
+}
+
 ChartData rangeChart(const Model& model, Metric metric, const RangeHistory& history,
                      const std::vector<FreedEntry>& cleanUps, const TimeZone& zone) {
   auto data = chartOf(model, metric, TimeAxis(history.range));
   data.begin = history.chart.begin;
   data.end = history.chart.end;
   data.bucket = history.chart.stretch;
-  data.spoken = spokenName(metric, history.range, history.summary);
+  const auto summary = recordedSummary(model, metric, history);
+  data.spoken = spokenName(metric, history.range, summary);
   if (!history.isReadable) {
     setEmpty(data, localized("The history can't be read."), history.problem ? history.problem->detail : "");
     data.state = ChartData::State::unreadable;
@@ -170,8 +176,7 @@ ChartData rangeChart(const Model& model, Metric metric, const RangeHistory& hist
              history.recordedSince ? sinceText(*history.recordedSince, data.end, zone) : "");
     return data;
   }
-  // What no machine part tells is recorded as 0, which is no figure.
-  if (*model.hasSample && !isMeasured(model, metric) && history.summary && history.summary->maximum <= 0) {
+  if (!summary && history.summary) {
     setEmpty(data, unmeasured(metric));
     return data;
   }

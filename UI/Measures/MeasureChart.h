@@ -20,6 +20,8 @@ ChartData rangeChart(const Model& model, Metric metric, const RangeHistory& hist
 
 /// Of the live series; nothing while it is empty.
 std::optional<SeriesSummary> liveSummary(const Model& model, Metric metric);
+/// What was recorded; nothing where that is the 0 of what no part of this machine tells.
+std::optional<SeriesSummary> recordedSummary(const Model& model, Metric metric, const RangeHistory& history);
 
 /// What a measure's chart shows.
 KnownPart partOf(Metric metric);

@@ -237,9 +237,10 @@ void MeasureSession::rebuild() {
       if (*moment && !std::binary_search(dates.begin(), dates.end(), **moment)) moment->reset();
   }
   askApps();
-  const MeasureBeside beside{tenMinutes_, history_ ? history_->summary : liveSummary(model, metric_),
-                             history_ ? history_->range : HistoryRange::live,
-                             temperatureUnit(services_.defaults), services_.facts.sources};
+  const MeasureBeside beside{
+      tenMinutes_, history_ ? recordedSummary(model, metric_, *history_) : liveSummary(model, metric_),
+      history_ ? history_->range : HistoryRange::live, temperatureUnit(services_.defaults),
+      services_.facts.sources};
   page_ = measurePage(model, metric_, beside);
   makeList();
   askReasons();
