@@ -50,6 +50,7 @@ class PlanBox::Line final : public Painted {
 public:
   Line(const Theme& theme, QWidget* parent) : Painted(theme, parent) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    setToolTip(text(localized("The stroke stands at 80%, where an alert comes.")));
   }
 
   /// What the words at both ends take in every line.

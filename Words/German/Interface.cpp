@@ -86,6 +86,7 @@ constexpr LocalizedText texts[] = {
     {"{n} processes", "{n} Prozesse"},
     {"The system does not tell the traffic of each app.",
      "Das System verrät den Datenverkehr einzelner Apps nicht."},
+    {"The stroke stands at 80%, where an alert comes.", "Der Strich steht bei 80 %, wo eine Meldung kommt."},
     {"The system does not tell the energy of each app.",
      "Das System verrät die Energie einzelner Apps nicht."},
     {"No figure per app exists for the GPU.", "Für die GPU gibt es keinen Wert je App."},
