@@ -5,6 +5,7 @@
 #include "UI/Kit/Text.h"
 #include "UI/Kit/Type.h"
 
+#include <QApplication>
 #include <QKeyEvent>
 #include <QToolTip>
 
@@ -127,6 +128,13 @@ void setTooltipLook(const Theme& theme) {
     colors.setColor(role, theme.color(Token::text1));
   QToolTip::setPalette(colors);
   QToolTip::setFont(fontOf(theme, TextStyle::small));
+}
+
+void setFrameLook(const Theme& theme) {
+  QPalette colors(theme.color(Token::raised), theme.color(Token::bg)); // the others follow from these
+  colors.setColor(QPalette::WindowText, theme.color(Token::text1));
+  colors.setColor(QPalette::Disabled, QPalette::WindowText, theme.color(Token::text3));
+  QApplication::setPalette(colors);
 }
 
 } // namespace korvell

@@ -1,5 +1,5 @@
 #pragma once
-// The toolkit's own menus, fields and tooltips in our colours and type.
+// The toolkit's own menus, fields, tooltips and window frames in our colours and type.
 
 #include "UI/Kit/Icon.h"
 #include "UI/Kit/Theme.h"
@@ -53,5 +53,8 @@ private:
 
 /// For all tooltips of the program; called again when the theme changes.
 void setTooltipLook(const Theme& theme);
+/// For the frames that the toolkit draws where the compositor draws none, of windows that open from then on,
+/// and for what else has no colours of ours; called again when the theme changes.
+void setFrameLook(const Theme& theme);
 
 } // namespace korvell

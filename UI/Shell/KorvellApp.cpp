@@ -159,6 +159,7 @@ void KorvellApp::wear(const DesktopWishes& wishes) {
   wishes_ = wishes;
   theme_.set(lookOf(wishes, *host_.defaults));
   setTooltipLook(theme_);
+  setFrameLook(theme_);
   if (tray_) tray_->setInk(wishes.ink);
 }
 
