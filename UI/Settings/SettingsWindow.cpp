@@ -138,14 +138,17 @@ void SettingsWindow::close() { delete frame_; }
 QWidget* SettingsWindow::widget() const { return frame_; }
 
 void SettingsWindow::show() {
-  if (!frame_)
-    frame_ = new Frame(theme_, services_(), [this] {
-      frame_.clear();
-      closed_();
-    });
-  frame_->show();
-  frame_->raise();
-  frame_->activateWindow();
+  const auto bringUp = [this] {
+    frame_->show();
+    frame_->raise();
+    frame_->activateWindow();
+  };
+  if (frame_) return bringUp();
+  frame_ = new Frame(theme_, services_(), [this] {
+    frame_.clear();
+    closed_();
+  });
+  QTimer::singleShot(0, frame_, bringUp); // in a turn of its own: both in one would take longer than a frame
 }
 
 } // namespace korvell
