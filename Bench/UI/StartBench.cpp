@@ -1,13 +1,17 @@
 // The application as a person meets it: from its start to the first paint of its window and to its item in
 // the tray, from a click on the item to the panel's first paint, and what it takes in memory and processor
-// time closed, open, and closed again. Needs an X server (xvfb-run), brings a session bus and a tray of its
-// own, and uses a home that it removes. The floor of a start is an empty window of the same size, in turns.
-// Exits with 1 when a limit is passed; not for a machine that is busy with something else.
+// time closed, open, and closed again; then what each section takes over a home with a month behind it, one
+// after the other in one window. Needs an X server (xvfb-run), brings a session bus and a tray of its own,
+// and uses homes that it removes. The floor of a start is an empty window of the same size, in turns. Exits
+// with 1 when a limit is passed; not for a machine that is busy with something else.
 //
-// StartBench APPLICATION [SECONDS]; SECONDS is how long each state is watched, 30 unless told otherwise
+// StartBench APPLICATION [SECONDS] [--sections]; SECONDS is how long each state is watched, 30 unless told
+// otherwise, a section a third of that; --sections watches nothing else
 
 #include "Base/Date.h"
 #include "Bench/Measure.h"
+#include "Bench/UI/BusyHome.h"
+#include "Bench/UI/XWindows.h"
 #include "UI/Shell/Instants.h"
 #include "UI/Shell/MainWindow.h"
 
@@ -27,14 +31,13 @@
 #include <functional>
 #include <map>
 #include <optional>
-#include <xcb/xcb.h>
 
 namespace korvell {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* floorArgument = "--empty-window";
+constexpr const char *floorArgument = "--empty-window", *sectionsArgument = "--sections";
 constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";
 constexpr Seconds patience{10};
 
@@ -149,29 +152,9 @@ private:
   std::map<std::string, Painted> painted_;
 };
 
-/// Asks a window to close, as its frame's button does.
-void closeWindow(std::uint32_t window) {
-  auto* connection = xcb_connect(nullptr, nullptr);
-  const auto atom = [&](std::string_view name) {
-    auto* reply = xcb_intern_atom_reply(
-        connection, xcb_intern_atom(connection, 0, std::uint16_t(name.size()), name.data()), nullptr);
-    const auto result = reply ? reply->atom : xcb_atom_t{};
-    std::free(reply);
-    return result;
-  };
-  xcb_client_message_event_t event{};
-  event.response_type = XCB_CLIENT_MESSAGE;
-  event.format = 32;
-  event.window = window;
-  event.type = atom("WM_PROTOCOLS");
-  event.data.data32[0] = atom("WM_DELETE_WINDOW");
-  xcb_send_event(connection, 0, window, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&event));
-  xcb_flush(connection);
-  xcb_disconnect(connection);
-}
-
 struct Cost {
   double mebibytes = 0; ///< proportional set size
+  double resident = 0;  ///< the same if nobody shared anything with it
   double processor = 0; ///< percent of a core
   double wakeUps = 0;   ///< a second, of all threads
 };
@@ -185,7 +168,8 @@ double figure(const fs::path& file, const std::string& name) {
 
 /// What all threads of a process took so far.
 Cost sums(const fs::path& process) {
-  Cost cost{.mebibytes = figure(process / "smaps_rollup", "Pss:") / 1024};
+  const auto memory = process / "smaps_rollup";
+  Cost cost{.mebibytes = figure(memory, "Pss:") / 1024, .resident = figure(memory, "Rss:") / 1024};
   for (const auto& thread : fs::directory_iterator(process / "task")) {
     cost.wakeUps += figure(thread.path() / "status", "voluntary_ctxt_switches:");
     double nanoseconds = 0;
@@ -230,24 +214,31 @@ private:
 
 class Bench {
 public:
-  Bench(QString application, const QProcessEnvironment& environment, Tray& tray)
-      : application_(std::move(application)), environment_(environment), tray_(tray) {}
+  Bench(QString application, const QProcessEnvironment& environment, Tray& tray, Report& report)
+      : application_(std::move(application)), environment_(environment), tray_(tray), report_(report) {}
 
-  int run(Seconds watched) {
+  /// In a home where nothing is yet.
+  void runEmpty(Seconds watched) {
     benchStart();
-    tray_.item.reset();
-    Program korvell(application_, {}, environment_);
-    if (!await([&] { return tray_.item.has_value(); }))
-      report_.fail("the item in the tray");
-    else {
-      pass(Seconds{3});
+    runOne([&](Program& korvell) {
       benchPanel(korvell);
       benchStates(korvell, watched);
-    }
-    return report_.status();
+    });
+  }
+  /// In one with much to show.
+  void runBusy(Seconds watched) {
+    runOne([&](Program& korvell) { benchSections(korvell, watched); });
   }
 
 private:
+  void runOne(const std::function<void(Program&)>& bench) {
+    tray_.item.reset();
+    Program korvell(application_, {}, environment_);
+    if (!await([&] { return tray_.item.has_value(); })) return report_.fail("the item in the tray");
+    pass(Seconds{3});
+    bench(korvell);
+  }
+
   void benchStart() {
     constexpr int rounds = 11;
     std::vector<double> floors, windows, items;
@@ -303,10 +294,48 @@ private:
     report_.add("closed again, more than before", after.mebibytes - closed.mebibytes, "MiB", 2);
   }
 
+  /// Each as full as it gets: the longest range of a measure, a scan's largest group unfolded.
+  void fill(SidebarItem section, std::uint32_t window) {
+    const bool isMeasure = metric(section).has_value();
+    if (section == SidebarItem::storage) pressKey(window, Key::r, true);
+    if (!isMeasure && section != SidebarItem::storage && section != SidebarItem::aiUsage) return;
+    pass(Seconds{1});
+    pressKey(window, Key::f6); // to the header's control
+    if (section != SidebarItem::storage) return pressKey(window, Key::end);
+    pressKey(window, Key::f6);
+    pressKey(window, Key::right);
+  }
+
+  void open(SidebarItem section) {
+    const auto address = fmt::format("korvell://page/{}", rawValue(section));
+    const Program link(application_, {address.c_str()}, environment_);
+    pass(Seconds{2});
+  }
+
+  void benchSections(Program& korvell, Seconds watched) {
+    korvell.forget();
+    open(SidebarItem::overview);
+    const auto window = korvell.painted("Korvell");
+    if (!window) return report_.fail("opening the window");
+    Cost most;
+    for (const auto& section : allCases<SidebarItem>()) {
+      open(section.value);
+      fill(section.value, window->window);
+      pass(Seconds{3});
+      const auto cost = watch(korvell.pid(), watched);
+      fmt::print("{:<42} {:8.2f} MiB {:8.2f} % of a core {:8.2f} MiB resident\n", section.title,
+                 cost.mebibytes, cost.processor, cost.resident);
+      most.mebibytes = std::max(most.mebibytes, cost.mebibytes);
+      most.processor = std::max(most.processor, cost.processor);
+    }
+    report_.add("the section with the most, memory (PSS)", most.mebibytes, "MiB", 45);
+    report_.add("the section with the most, of a core", most.processor, "%", 0.6);
+  }
+
   const QString application_;
   const QProcessEnvironment environment_;
   Tray& tray_;
-  Report report_;
+  Report& report_;
 };
 
 int showEmptyWindow(QApplication& application) {
@@ -340,14 +369,13 @@ QProcessEnvironment environmentIn(const QString& home, const QString& bus) {
 }
 
 int run(int argc, char** argv) {
-  QApplication application(argc, argv);
+  QApplication toolkit(argc, argv);
   const QStringList arguments = QApplication::arguments();
-  if (arguments.contains(floorArgument)) return showEmptyWindow(application);
+  if (arguments.contains(floorArgument)) return showEmptyWindow(toolkit);
   if (arguments.size() < 2 || QApplication::platformName() != "xcb") {
     fmt::print(stderr, "usage: StartBench APPLICATION [SECONDS], on an X server (xvfb-run)\n");
     return 2;
   }
-  const QTemporaryDir home;
   QProcess bus;
   const auto address = startBus(bus);
   if (address.isEmpty()) {
@@ -355,14 +383,18 @@ int run(int argc, char** argv) {
     return 2;
   }
   Tray tray(QDBusConnection::connectToBus(address, "bench"));
-  const Seconds watched{arguments.size() > 2 ? arguments[2].toDouble() : 30};
-  const int status =
-      Bench(fs::absolute(arguments[1].toStdString()).c_str(), environmentIn(home.path(), address), tray)
-          .run(watched);
+  const bool onlySections = arguments.contains(sectionsArgument);
+  const Seconds watched{arguments.size() > 2 && arguments[2].toDouble() > 0 ? arguments[2].toDouble() : 30};
+  const auto application = QString::fromStdString(fs::absolute(arguments[1].toStdString()));
+  Report report;
+  const QTemporaryDir empty, busy;
+  if (!onlySections) Bench(application, environmentIn(empty.path(), address), tray, report).runEmpty(watched);
+  fillHome(busy.path().toStdString(), std::int64_t(SystemClock().now().sinceEpoch));
+  Bench(application, environmentIn(busy.path(), address), tray, report).runBusy(watched / 3);
   QDBusConnection::disconnectFromBus("bench");
   bus.terminate();
   bus.waitForFinished();
-  return status;
+  return report.status();
 }
 
 } // namespace
