@@ -144,6 +144,8 @@ void StorageScanner::cancel() {
   tellScanned(false);
 }
 
+void StorageScanner::forgetFeedback() { feedback.set(std::nullopt); }
+
 void StorageScanner::interrupt() {
   ++interruptions_;
   std::exchange(ending_, Cancellation()).cancel();

@@ -54,6 +54,8 @@ public:
   /// Carries out what was confirmed. Items that the present result doesn't hold as they are, and those of a
   /// kind that is being cleaned, are refused. `done` is called once, with what there is to tell.
   void clean(const std::vector<StorageItem>& items, std::function<void(const CleanupReport&)> done = {});
+  /// It was read.
+  void forgetFeedback();
   /// Cuts short the clean-ups that are under way and drops those that wait; they tell what they did.
   void interrupt();
   std::uint64_t interruptions() const { return interruptions_; } ///< how often that was asked for

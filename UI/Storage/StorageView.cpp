@@ -234,7 +234,7 @@ bool StorageView::eventFilter(QObject* watched, QEvent* event) {
 
 void StorageView::keyPressEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Escape && *services_.scanner.feedback)
-    return services_.scanner.feedback.set(std::nullopt);
+    return services_.scanner.forgetFeedback();
   Page::keyPressEvent(event);
 }
 
