@@ -23,6 +23,13 @@ std::vector<Total> sortedByCost(std::map<Key, Total>&& groups, double missing) {
   return totals;
 }
 
+/// Of one tool or of both.
+template <class Visit>
+void visit(const AIUsageSummary& summary, Date since, std::optional<AITool> tool, Visit visit) {
+  for (const auto& row : summary.rows)
+    if (row.day >= since && (!tool || row.tool == *tool)) visit(row);
+}
+
 } // namespace
 
 std::int64_t AITokens::total() const {
@@ -45,14 +52,13 @@ Date AIUsageSummary::startOfPeriod(int days, Date now, const TimeZone& zone) {
 
 std::vector<AIUsageRow> AIUsageSummary::rowsSince(Date since, std::optional<AITool> tool) const {
   std::vector<AIUsageRow> result;
-  for (const auto& row : rows)
-    if (row.day >= since && (!tool || row.tool == *tool)) result.push_back(row);
+  visit(*this, since, tool, [&](const AIUsageRow& row) { result.push_back(row); });
   return result;
 }
 
 AITokens AIUsageSummary::tokens(Date since, std::optional<AITool> tool) const {
   AITokens sum;
-  for (const auto& row : rowsSince(since, tool)) sum += row.tokens;
+  visit(*this, since, tool, [&](const AIUsageRow& row) { sum += row.tokens; });
   return sum;
 }
 
@@ -62,29 +68,29 @@ std::optional<double> AIUsageSummary::cost(Date since, std::optional<AITool> too
 
 AITotal AIUsageSummary::total(Date since, std::optional<AITool> tool) const {
   AITotal sum;
-  for (const auto& row : rowsSince(since, tool)) add(sum, row);
+  visit(*this, since, tool, [&](const AIUsageRow& row) { add(sum, row); });
   if (sum.unpriced == 0 && !sum.cost) sum.cost = 0;
   return sum;
 }
 
 std::vector<AIModelTotal> AIUsageSummary::byModel(Date since, std::optional<AITool> tool) const {
   std::map<std::pair<AITool, std::string>, AIModelTotal> groups;
-  for (const auto& row : rowsSince(since, tool)) {
+  visit(*this, since, tool, [&](const AIUsageRow& row) {
     auto& total = groups[{row.tool, row.model}];
     total.tool = row.tool;
     total.model = row.model;
     add(total, row);
-  }
+  });
   return sortedByCost(std::move(groups), -1);
 }
 
 std::vector<AIProjectTotal> AIUsageSummary::byProject(Date since, std::optional<AITool> tool) const {
   std::map<std::string, AIProjectTotal> groups;
-  for (const auto& row : rowsSince(since, tool)) {
+  visit(*this, since, tool, [&](const AIUsageRow& row) {
     auto& total = groups[row.project];
     total.name = row.project;
     add(total, row);
-  }
+  });
   return sortedByCost(std::move(groups), 0);
 }
 

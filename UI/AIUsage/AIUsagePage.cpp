@@ -43,8 +43,11 @@ std::map<CalendarDay, DaySums> sumsOfDays(const AIUsageSummary& summary, const A
   std::map<CalendarDay, DaySums> sums;
   const auto today = localDay(context.zone, context.now);
   for (int back = 0; back < count; ++back) sums.try_emplace(today + (-back));
+  auto found = sums.end();
+  std::optional<Date> day; // of the row before: hundreds follow each other
   for (const auto& row : summary.rows) {
-    const auto found = sums.find(localDay(context.zone, row.day));
+    if (day != row.day) found = sums.find(localDay(context.zone, row.day));
+    day = row.day;
     if (found == sums.end()) continue;
     auto& tool = found->second.tokens[std::size_t(row.tool)];
     tool = addTokens(tool, row.tokens.total());

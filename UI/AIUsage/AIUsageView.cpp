@@ -50,7 +50,9 @@ AIUsageView::AIUsageView(Services services, QWidget* parent)
   };
   follow(services_.store.summary);
   follow(services_.store.isScanning);
-  follow(services_.model.cycle);
+  subscriptions_.push_back(services_.model.cycle.observe([this](std::int64_t) {
+    if (minute() != shownMinute_) update();
+  }));
   update();
 }
 
@@ -153,7 +155,13 @@ void AIUsageView::arrange(bool isNarrow) {
   planRule_->setVisible(!isNarrow);
 }
 
+/// Time alone changes days and what limits are about: no reason to sum a month up at every cycle.
+std::int64_t AIUsageView::minute() const {
+  return std::int64_t(services_.model.snapshot->date.sinceEpoch) / 60;
+}
+
 void AIUsageView::update() {
+  shownMinute_ = minute();
   auto page = aiUsagePage(*services_.store.summary, {.zone = services_.store.zone(),
                                                      .now = services_.model.snapshot->date,
                                                      .period = services_.period,

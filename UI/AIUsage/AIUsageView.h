@@ -8,6 +8,8 @@
 
 #include <QPointer>
 
+#include <cstdint>
+
 namespace korvell {
 
 class CostTile;
@@ -42,11 +44,13 @@ private:
   void build();
   void buildHead(QBoxLayout& column);
   void buildFoot(QBoxLayout& column);
+  std::int64_t minute() const;
   void update();
   void fill();
 
   const Services services_;
   std::optional<AIUsagePage> shown_;
+  std::int64_t shownMinute_ = 0; ///< that of the model's snapshot
   QPointer<Segments> periods_;
   EmptyState* empty_;
   TextLabel *reading_, *problem_;
