@@ -18,11 +18,12 @@ class App:
         self.desktop, self.programs = desktop, programs
         self.log, self.lax_log = desktop.folder + "/app.log", desktop.folder + "/lax.log"
         self.process = None
+        self.within = []  # a command that starts programs, where they are to find another machine
 
     def start(self, *arguments):
         # Where time is compressed a wait lasts twenty times as long.
         is_strict = STRICT and "KORVELL_CLOCK_FACTOR" not in self.desktop.environment
-        self.process = subprocess.Popen([self.programs + "/korvell-app", *arguments], stdin=subprocess.DEVNULL,
+        self.process = subprocess.Popen([*self.within, self.programs + "/korvell-app", *arguments], stdin=subprocess.DEVNULL,
                                         env={**self.desktop.environment, "KORVELL_STRICT_MAIN": str(int(is_strict))},
                                         stderr=open(self.log if is_strict else self.lax_log, "ab"))
         return self.process
@@ -33,7 +34,7 @@ class App:
         assert done.returncode == 0, f"a second start: exit {done.returncode}, {done.stderr}"
 
     def tool(self, *arguments, **options):
-        return self.desktop.run(self.programs + "/korvell", *arguments, **options)
+        return self.desktop.run(*self.within, self.programs + "/korvell", *arguments, **options)
 
     def tool_asks(self, *command):
         """What the tool says that it would do, before it finds that nobody can answer."""

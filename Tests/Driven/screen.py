@@ -39,6 +39,9 @@ class Node:
         x, y, width, height = self.box()
         return (x + width // 2) * scale, (y + height // 2) * scale
 
+    def parent(self):
+        return Node(self.accessible.get_parent())
+
     def corner(self):
         return self.box()[:2]
 
@@ -115,9 +118,11 @@ def drag(node, right, down):
     subprocess.run(["xdotool", *commands, "mouseup", "1"], check=True)
 
 
-def point_at(node):
-    x, y = node.place()
-    subprocess.run(["xdotool", "mousemove", str(x), str(y)], check=True)
+def point_at(node, x=None):
+    """At its middle, or so far from its left edge; by a move that is seen where the pointer is there already."""
+    left, top, width, height = node.box()
+    x, y = left + (width // 2 if x is None else x), top + height // 2
+    subprocess.run(["xdotool", "mousemove", str(x - 2), str(y), "mousemove", str(x), str(y)], check=True)
 
 
 def press(*keys):
