@@ -6,6 +6,7 @@ from agents import agents_ask
 from controls import every_control
 from desktop import wait_for
 from driving import App
+from effects import effects
 from life import an_hour_asleep, headless_keeper, starts_at_the_same_moment, the_bus_goes, the_desktop_fails
 from sections import (alert_switches, cleaning_up, forcing_a_process, periods, quitting_a_process, ranges,
                       removing_a_leftover, share_card, sorting, sound, stopping_a_server, stopping_idle_servers)
@@ -18,10 +19,11 @@ CASES = [the_widget, the_widgets_place, first_launch, sections_by_pointer, secti
          settings_window, another_language, the_items_menu, share_card, periods, panel, links, the_widgets_parts,
          second_start, quitting_a_process, forcing_a_process, agents_ask, cleaning_up, stopping_a_server,
          removing_a_leftover, alert_switches, sound, the_desktop_fails, quitting, headless_keeper,
-         stopping_idle_servers, every_control, an_hour_asleep, starts_at_the_same_moment, *SURROUNDINGS, the_bus_goes]
+         stopping_idle_servers, every_control, effects, an_hour_asleep, starts_at_the_same_moment, *SURROUNDINGS,
+         the_bus_goes]
 # They start the application by themselves.
 STARTERS = (the_widget, the_widgets_place, first_launch, headless_keeper, stopping_idle_servers, every_control,
-            an_hour_asleep, starts_at_the_same_moment, *SURROUNDINGS, the_bus_goes)
+            effects, an_hour_asleep, starts_at_the_same_moment, *SURROUNDINGS, the_bus_goes)
 
 
 def wanted(case, chosen):
