@@ -278,9 +278,10 @@ private:
     if (follows) sidebar_.takeFocus(reason);
   }
 
-  /// What stands round the page, which looks after its own and comes behind.
+  /// What stands round the page, which comes behind and looks after its own.
   void orderStops() {
     auto parts = sidebar_.stops();
+    if (page_) parts.push_back(page_->control());
     parts.insert(parts.end(), {help_, &notice_, &banner_});
     orderTabs(parts);
   }
