@@ -73,14 +73,18 @@ def settings_place():
     return Place("Settings", "Settings", show)
 
 
+def open_panel(app):
+    time.sleep(0.4)  # a click just after it closed it is no wish to open it
+    app.desktop.call(wait_for("the item in the tray", app.desktop.items)[0], "/StatusNotifierItem",
+                     "org.kde.StatusNotifierItem.Activate", "10", "10")
+    wait_for("the panel", lambda: screen.window("Korvell panel"))
+
+
 def panel_place(app):
     def show():
         if screen.window("Korvell panel"):
             return False
-        time.sleep(0.4)  # a click just after it closed it is no wish to open it
-        app.desktop.call(wait_for("the item in the tray", app.desktop.items)[0], "/StatusNotifierItem",
-                         "org.kde.StatusNotifierItem.Activate", "10", "10")
-        wait_for("the panel", lambda: screen.window("Korvell panel"))
+        open_panel(app)
         return True
     return Place("the panel", "Korvell panel", show)
 
@@ -117,7 +121,7 @@ def frame(sweep):
         sweep.attempt(lambda: sweep.use(place, key))
 
 
-def storage(sweep):
+def storage(sweep, app):
     """Scanned, given up, scanned; by the pointer and by the keyboard."""
     def pressed(name, by_pointer):
         button = screen.await_node("push button", name)
@@ -128,7 +132,7 @@ def storage(sweep):
         screen.await_node("push button", "Scan Again", seconds=20)
         return True
     open_section("Free Up Space")
-    for by_pointer in (True, False):
+    for by_pointer in (True, False) if app.within else ():  # where a program answers slowly
         pressed("Scan", by_pointer)
         pressed("Cancel", not by_pointer)
         screen.await_node("label", "Measures caches")
@@ -142,9 +146,10 @@ def every_control(app):
         places = [lambda: welcome(sweep, app), lambda: frame(sweep)]
         places += [lambda name=name: sweep.sweep(section(name)) for name in SECTIONS
                    if name not in ("Free Up Space", "Dev Servers")]
-        places += [lambda: sweep.sweep(settings_place(), but=("Language", *unsafe(app))), lambda: screen.press("ctrl+w"),
-                   lambda: sweep.sweep(panel_place(app))]
-        places += [lambda: storage(sweep), lambda: sweep.sweep(section("Dev Servers"))]
+        places += [lambda: sweep.sweep(settings_place(), but=("Language", *unsafe(app))),  # a language has its own case
+                   lambda: screen.press("ctrl+w"), lambda: sweep.sweep(panel_place(app)),
+                   lambda: screen.press("Escape")]
+        places += [lambda: storage(sweep, app), lambda: sweep.sweep(section("Dev Servers"))]
         for sweep_place in places:
             sweep.attempt(sweep_place)
         print(f"  {sum(sweep.used.values())} controls: {dict(sweep.used)}")

@@ -23,7 +23,8 @@ class App:
     def start(self, *arguments):
         # Where time is compressed a wait lasts twenty times as long.
         is_strict = STRICT and "KORVELL_CLOCK_FACTOR" not in self.desktop.environment
-        self.process = subprocess.Popen([*self.within, self.programs + "/korvell-app", *arguments], stdin=subprocess.DEVNULL,
+        self.process = subprocess.Popen([*self.within, self.programs + "/korvell-app", *arguments],
+                                        stdin=subprocess.DEVNULL,
                                         env={**self.desktop.environment, "KORVELL_STRICT_MAIN": str(int(is_strict))},
                                         stderr=open(self.log if is_strict else self.lax_log, "ab"))
         return self.process

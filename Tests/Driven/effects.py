@@ -1,8 +1,9 @@
-"""What single controls do, read back where it takes effect: in the files, in the tool's words, in the stand-ins for what
-is round the application."""
+"""What single controls do, read back where it takes effect: in the files, in the tool's words, in the stand-ins for
+what is round the application."""
 import glob, json, os, subprocess, time
 
 import screen
+from controls import open_panel
 from desktop import wait_for
 from popups import Display
 from driving import confirm, dialog, in_section, open_section, same_words, victim
@@ -142,7 +143,7 @@ def degrees(app):
         return
     open_section("Sensors")
     screen.await_node("list item", "Sensors, 50", seconds=25)
-    for unit, shown in (("°F", "122"), ("°C", "50")):
+    for unit, shown, stored in (("°F", "122", "fahrenheit"), ("°C", "50", "celsius")):
         screen.press("ctrl+comma")
         screen.click(screen.await_node("page tab", unit))
         screen.press("Escape")
@@ -150,7 +151,25 @@ def degrees(app):
         wait_for(f"{shown} {unit} on the page", lambda: any(
             shown in text and text != f"Sensors, {shown}{unit}" for text in screen.texts(screen.window("Korvell"))))
         with open(app.desktop.home + "/.config/korvell/settings.json") as file:
-            assert unit[1].lower() in json.dumps(json.load(file).get("temperatureUnit", unit)).lower()
+            assert json.load(file)["temperatureUnit"] == stored
+
+
+def a_fix_in_the_panel(app, outside):
+    """The battery has aged: the panel's finding leads to the desktop's own settings, by the keyboard too."""
+    if not app.within:
+        return
+    for by_pointer in (True, False):
+        before = len(outside.heard())
+        open_panel(app)
+        button = screen.await_node("push button", "Battery Settings", screen.window("Korvell panel"), 25)
+        if by_pointer:
+            screen.click(button)
+        else:
+            button.accessible.get_component_iface().grab_focus()
+            screen.press("space")
+        wait_for("the desktop's settings", lambda: outside.heard()[before:] == ["gnome-control-center power"])
+        screen.press("Escape")
+        wait_for("the panel's end", lambda: not screen.window("Korvell panel"))
 
 
 def copied_settings(display):
@@ -174,7 +193,8 @@ def the_cards_ways(app, outside, display):
     screen.press("ctrl+s")
     screen.click(screen.await_node("push button", "Show in File"))
     card = wait_for("the card", lambda: glob.glob(app.desktop.home + "/Downloads/*.png"))[0]
-    wait_for("the card, shown", lambda: any(os.path.basename(card).replace(" ", "%20") in line for line in outside.heard()))
+    name = os.path.basename(card).replace(" ", "%20")
+    wait_for("the card, shown", lambda: any(name in line for line in outside.heard()))
     assert "image/png" in display.clipboard_forms(), display.clipboard_forms()
 
 
@@ -184,9 +204,11 @@ def effects(app):
         wait_for("the window", lambda: screen.window("Korvell"), 20)
         in_section("CPU")
         display = Display()
-        for part, *needs in ((unfolding,), (holding_a_moment,), (what_a_row_offers, app, outside, display),
-                             (emptying_and_pruning, app, outside), (where_things_lie, app, outside, display),
-                             (degrees, app), (copied_settings, display), (the_cards_ways, app, outside, display)):
+        every = (app, outside, display)
+        for part, *needs in ((unfolding,), (holding_a_moment,), (what_a_row_offers, *every),
+                             (emptying_and_pruning, app, outside), (where_things_lie, *every), (degrees, app),
+                             (a_fix_in_the_panel, app, outside), (copied_settings, display),
+                             (the_cards_ways, *every)):
             start = time.monotonic()
             try:
                 part(*needs)

@@ -42,7 +42,8 @@ class Outside:
             ("Images", "1.5GB"), ("Containers", "20MB"), ("Local Volumes", "0B"), ("Build Cache", "3GB")))
         write(self.docker, f"#!/bin/sh\n[ $2 = df ] && sleep 1 && printf '{parts}' && exit\n"
                            f'echo docker "$@" >>{shlex.quote(self.log)}\n', 0o755)
-        self.manager = subprocess.Popen([sys.executable, "-B", "-W", "ignore", __file__, self.log], env=desktop.environment)
+        self.manager = subprocess.Popen([sys.executable, "-B", "-W", "ignore", __file__, self.log],
+                                        env=desktop.environment)
         wait_for("the file manager", lambda: desktop.call(MANAGER, "/", "org.freedesktop.DBus.Peer.Ping"))
 
     def heard(self):
@@ -81,8 +82,8 @@ def fill_history(home, now):
         minute -= minute % 60
         if 6 * HOUR < now - minute < 7 * HOUR:
             continue
-        figures = [chance.uniform(5, 60), 4e9 + chance.uniform(0, 1e9), *(chance.uniform(0, 5e6) for _ in range(2)), 0, 8,
-                   chance.uniform(0, 2e6)]
+        rates = [chance.uniform(0, 5e6) for _ in range(2)]
+        figures = [chance.uniform(5, 60), 4e9 + chance.uniform(0, 1e9), *rates, 0, 8, chance.uniform(0, 2e6)]
         database.execute("INSERT INTO system VALUES(?,?,?,?,?,?,?,?,?)", (minute, *figures, chance.uniform(70, 95)))
         for share, name in ((0.6, "Paintbox"), (0.3, "Letters")):
             database.execute("INSERT INTO apps VALUES(?,?,?,?,?,?,?,?,?,?,?)",
@@ -94,7 +95,8 @@ def fill_history(home, now):
 def fill_alerts(home, now):
     alerts = [{"id": str(place), "kind": kind, "title": title, "detail": "For ten minutes.", "date": utc(now - age)}
               for place, (kind, title, age) in enumerate((
-                  ("cpu", "Paintbox keeps the CPU busy", 2 * HOUR), ("memoryPressure", "Memory was running out", 3 * HOUR),
+                  ("cpu", "Paintbox keeps the CPU busy", 2 * HOUR),
+                  ("memoryPressure", "Memory was running out", 3 * HOUR),
                   ("diskSpace", "The disk was almost full", 26 * HOUR)))]
     write(home + "/.local/share/korvell/alerts.json", json.dumps({"alerts": alerts}), 0o600)
 
@@ -118,7 +120,8 @@ def fill_files(home, now):
         write(f"{home}/{name}", b"\1" * size)
     trash = home + "/.local/share/Trash"
     write(trash + "/files/letter.txt", b"\1" * 15_000_000)
-    write(trash + "/info/letter.txt.trashinfo", f"[Trash Info]\nPath={home}/letter.txt\nDeletionDate=2026-01-02T03:04:05\n")
+    write(trash + "/info/letter.txt.trashinfo",
+          f"[Trash Info]\nPath={home}/letter.txt\nDeletionDate=2026-01-02T03:04:05\n")
     entry = "[Desktop Entry]\nType=Application\nName={}\nExec={}\n"
     write(home + "/.config/autostart/gone.desktop", entry.format("Gone", "/opt/gone/bin/gone"))
     write(home + "/.config/autostart/there.desktop", entry.format("There", "/bin/true"))
@@ -127,10 +130,11 @@ def fill_files(home, now):
 def other_machine(folder, outside):
     """What starts a program on a machine with a battery that has aged, a sensor, and Docker, which stands in for
     what is there: mounts that nobody else sees. Empty where the system allows none."""
-    battery = {"type": "Battery", "present": "1", "status": "Discharging", "capacity": "60", "cycle_count": "900",
-               "energy_full_design": "50000000", "energy_full": "25000000", "energy_now": "15000000",
-               "power_now": "9000000", "technology": "Li-ion", "scope": "System"}
-    places = {"power_supply": {f"BAT0/{name}": value for name, value in battery.items()},
+    battery = {"STATUS": "Discharging", "PRESENT": 1, "TECHNOLOGY": "Li-ion", "CYCLE_COUNT": 900, "CAPACITY": 60,
+               "ENERGY_FULL_DESIGN": 50_000_000, "ENERGY_FULL": 25_000_000, "ENERGY_NOW": 15_000_000,
+               "POWER_NOW": 9_000_000, "VOLTAGE_NOW": 11_000_000}
+    uevent = "".join(f"POWER_SUPPLY_{name}={value}\n" for name, value in battery.items())
+    places = {"power_supply": {"BAT0/type": "Battery", "BAT0/uevent": uevent},
               "thermal": {"thermal_zone0/type": "x86_pkg_temp", "thermal_zone0/temp": "50000"},
               "hwmon": {"hwmon0/name": "coretemp", "hwmon0/temp1_input": "50000", "hwmon0/temp1_label": "Package id 0"}}
     mounts = []
@@ -138,8 +142,7 @@ def other_machine(folder, outside):
         for path, content in files.items():
             write(f"{folder}/{name}/{path}", content + "\n")
         mounts.append((f"{folder}/{name}", f"/sys/class/{name}"))
-    there = [path for path in ("/usr/bin/docker", "/usr/local/bin/docker") if os.path.exists(path)]
-    mounts += [(outside.docker, path) for path in there]
+    mounts += [(outside.folder, "/usr/local/bin"), (outside.docker, "/usr/bin/docker")]
     os.makedirs(folder + "/nothing", exist_ok=True)
     mounts.append((folder + "/nothing", "/run/systemd"))  # nobody enables anything on this machine
     script = "".join(f"mount --bind {shlex.quote(ours)} {theirs} || exit\n" for ours, theirs in mounts

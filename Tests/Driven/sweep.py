@@ -17,6 +17,10 @@ SHOWING_MORE = ("Scan Again", "Enable")  # on the page that they are on
 TOP, BOTTOM = 64, 72  # of a window: where nothing scrolls
 
 
+def click_at(x, y, button="1"):
+    subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", button], check=True)
+
+
 def head(name):
     """A name without the figures in it, which live, and without what an alert is for a moment."""
     return re.sub(r"\d[\d.:]*", "#", name.removeprefix("New: ").split(",")[0])
@@ -131,7 +135,7 @@ class Sweep:
                 return
             former = middle
             wheel = "5" if middle > y + TOP else "4"
-            subprocess.run(["xdotool", "mousemove", str(x + width - 60), str(y + height // 2), "click", wheel], check=True)
+            click_at(x + width - 60, y + height // 2, wheel)
             time.sleep(0.05)
         raise AssertionError(f"{find()} does not come into view")
 
@@ -142,7 +146,9 @@ class Sweep:
     def both_ways(self, place, key):
         """A press with the pointer, then one with the keyboard; what both did."""
         outcomes = []
-        for way in ("pointer", "keyboard"):
+        # Once there is no helper to enable, to be told so again changes nothing: one way in each of its two places.
+        once = {"Enable": ("pointer",), "Enable: System processes": ("keyboard",)}
+        for way in once.get(key[2], ("pointer", "keyboard")):
             place.open()
             find = lambda: place.find(key)
             self.before()
@@ -155,7 +161,7 @@ class Sweep:
             outcomes.append(wait_for(f"{place}: what {key} does by {way}", self.outcome, 5))
             self.undo(place, outcomes[-1])
         assert outcomes[0] != ("shown",) or key[2].startswith(SHOWING_MORE), f"{place}: {key} leads nowhere"
-        assert outcomes[0] == outcomes[1], f"{place}: {key} does {outcomes[0]} by pointer, {outcomes[1]} by keyboard"
+        assert outcomes[0] == outcomes[-1], f"{place}: {key} does {outcomes[0]} by pointer, {outcomes[-1]} by keyboard"
 
     # Kinds
 
@@ -176,7 +182,8 @@ class Sweep:
         """Once more it changes nothing that is seen."""
         link = self.app.desktop.home + "/.local/bin/korvell"
         self.into_view(place, lambda: place.find(key))
-        for way in (lambda: screen.click(place.find(key)), lambda: (self.focus(place.find(key)), screen.press("space"))):
+        for way in (lambda: screen.click(place.find(key)),
+                    lambda: (self.focus(place.find(key)), screen.press("space"))):
             if os.path.islink(link):
                 os.remove(link)
             way()
@@ -205,7 +212,7 @@ class Sweep:
         for x, state in ((x + 14, screen.CHECKED), (x + width // 2, unfolded)):
             if state == unfolded and not find().has(Atspi.StateType.EXPANDABLE):
                 continue
-            subprocess.run(["xdotool", "mousemove", str(x), str(y + 19), "click", "1"], check=True)
+            click_at(x, y + 19)
             wait_for("what a click does", lambda: find().has(state), 3)
         self.focus(find())
         screen.press("space")
@@ -243,7 +250,7 @@ class Sweep:
             return node.accessible.get_value_iface().get_current_value()
         was = value()
         x, y, width, height = node.box()
-        subprocess.run(["xdotool", "mousemove", str(x + width // 4), str(y + height // 2), "click", "1"], check=True)
+        click_at(x + width // 4, y + height // 2)
         wait_for("another value by pointer", lambda: value() != was, 3)
         now = value()
         self.focus(node)
@@ -267,7 +274,7 @@ class Sweep:
         self.copied(place, key, "keyboard")
         screen.press("Escape", "1")
         x, y, _, _ = place.window().box()
-        subprocess.run(["xdotool", "mousemove", str(x + 10), str(y + 10)], check=True)  # it points at no moment any more
+        subprocess.run(["xdotool", "mousemove", str(x + 10), str(y + 10)], check=True)  # it points at nothing any more
 
     def copied(self, place, key, way):
         self.display.forget_clipboard()
@@ -313,7 +320,11 @@ class Sweep:
     def use_label(self, place, key):
         """It tells why there is no figure."""
         self.into_view(place, lambda: place.find(key))
-        screen.point_at(place.find(key), 10)
+        x, y, width, height = place.find(key).box()
+        for offset in range(10, width, 30):  # where one of its figures is missing
+            click_at(x + offset, y + height // 2)
+            if self.display.tooltips():
+                break
         wait_for("what it says under the pointer", self.display.tooltips, 3)
         screen.press("Shift_L")
 
