@@ -109,6 +109,9 @@ class Sweep:
         return None
 
     def undo(self, place, outcome):
+        self.app.alive()
+        nameless = screen.unnamed()
+        assert not nameless, f"{place}: without a name: {nameless}"
         if outcome[0] == "menu":
             screen.press("Escape")
             wait_for("the menu's end", lambda: len(self.display.menus()) == self.menus)
@@ -118,9 +121,6 @@ class Sweep:
         if outcome[0] == "led" and screen.window("Settings") and place.title != "Settings":
             screen.press("ctrl+w")
             wait_for("the settings' end", lambda: not screen.window("Settings"))
-        self.app.alive()
-        nameless = screen.unnamed()
-        assert not nameless, f"{place}: without a name: {nameless}"
         place.open()
 
     # Ways
@@ -149,7 +149,6 @@ class Sweep:
         # Once there is no helper to enable, to be told so again changes nothing: one way in each of its two places.
         once = {"Enable": ("pointer",), "Enable: System processes": ("keyboard",)}
         for way in once.get(key[2], ("pointer", "keyboard")):
-            place.open()
             find = lambda: place.find(key)
             self.before()
             if way == "pointer":
