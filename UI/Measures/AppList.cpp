@@ -80,7 +80,6 @@ std::string spokenIn(const Figures& figures, double value, const KnownParts& kno
 struct Measured {
   const AppUsage* app;
   double figure, second;
-  std::string name{}; ///< as it is sorted by, where it is: "zsh" does not come behind "Zoom" for its case
 };
 
 bool matches(std::string_view name, const std::string& filter) {
@@ -93,25 +92,31 @@ std::ptrdiff_t settledRank(const AppListChoices& choices, const std::string& key
 }
 
 void sortMeasured(std::vector<Measured>& apps, const AppListChoices& choices) {
-  const auto value = [&](const Measured& one) {
-    return choices.sorted == Column::second ? one.second : one.figure;
+  struct Place {
+    std::ptrdiff_t rank;
+    std::string name; ///< only for sorting by it: "zsh" does not come behind "Zoom" for its case
+    Measured one;
   };
-  if (choices.sorted == Column::name)
-    for (auto& one : apps) one.name = lowercased(one.app->name);
-  std::vector<std::pair<std::ptrdiff_t, Measured>> ranked;
-  for (const auto& one : apps) ranked.emplace_back(settledRank(choices, one.app->id), one);
-  std::sort(ranked.begin(), ranked.end(), [&](const auto& a, const auto& b) {
-    if (a.first != b.first) return a.first < b.first;
-    const auto &left = *a.second.app, &right = *b.second.app;
-    const auto byName =
-        std::tie(a.second.name, left.name, left.id) <=> std::tie(b.second.name, right.name, right.id);
-    if (choices.sorted == Column::name) return choices.isAscending ? byName < 0 : byName > 0;
-    const double one = value(a.second), other = value(b.second);
+  std::vector<Place> places;
+  places.reserve(apps.size());
+  for (const auto& one : apps)
+    places.push_back({settledRank(choices, one.app->id),
+                      choices.sorted == Column::name ? lowercased(one.app->name) : std::string(), one});
+  const auto byName = [](const Place& a, const Place& b) {
+    const auto &left = *a.one.app, &right = *b.one.app;
+    return std::tie(a.name, left.name, left.id) < std::tie(b.name, right.name, right.id);
+  };
+  const auto value = [&](const Place& place) {
+    return choices.sorted == Column::second ? place.one.second : place.one.figure;
+  };
+  std::ranges::sort(places, [&](const Place& a, const Place& b) {
+    if (a.rank != b.rank) return a.rank < b.rank;
+    if (choices.sorted == Column::name) return choices.isAscending ? byName(a, b) : byName(b, a);
+    const double one = value(a), other = value(b);
     if (one != other) return choices.isAscending ? one < other : one > other;
-    return byName < 0;
+    return byName(a, b);
   });
-  apps.clear();
-  for (const auto& [number, one] : ranked) apps.push_back(one);
+  std::ranges::transform(places, apps.begin(), &Place::one);
 }
 
 /// Adds rows of one list: they share the columns, what is known and the longest bar.
