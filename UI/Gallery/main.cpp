@@ -148,17 +148,28 @@ private:
   int pictures_ = 0;
 };
 
-/// The toolkit fixes the scale of a program when it starts: 200 % is another run of it.
-int renderDoubled(const QStringList& arguments) {
-  QProcess again;
-  auto environment = QProcessEnvironment::systemEnvironment();
-  environment.insert(scaleVariable, "2");
-  again.setProcessEnvironment(environment);
-  again.setProcessChannelMode(QProcess::ForwardedChannels);
-  again.start(QApplication::applicationFilePath(), arguments);
-  if (!again.waitForFinished(-1) || again.exitStatus() != QProcess::NormalExit) return 1;
-  return again.exitCode();
-}
+/// The toolkit fixes the scale of a program when it starts: 200 % is another run of it, beside this one.
+class DoubledRun {
+public:
+  explicit DoubledRun(const QStringList& arguments) {
+    if (qEnvironmentVariableIsSet(scaleVariable)) return; // this is it
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(scaleVariable, "2");
+    process_.setProcessEnvironment(environment);
+    process_.setProcessChannelMode(QProcess::ForwardedChannels);
+    process_.start(QApplication::applicationFilePath(), arguments);
+  }
+  int status() {
+    if (process_.program().isEmpty()) return 0;
+    process_.waitForFinished(-1);
+    return process_.error() == QProcess::UnknownError && process_.exitStatus() == QProcess::NormalExit
+               ? process_.exitCode()
+               : 1;
+  }
+
+private:
+  QProcess process_;
+};
 
 /// A screen that is none lacks what windows usually ask of one; all else is worth reading.
 void report(QtMsgType, const QMessageLogContext&, const QString& message) {
@@ -177,7 +188,7 @@ int run(int argc, char** argv) {
     language = utf8(arguments.takeAt(option + 1));
     arguments.removeAt(option);
   }
-  if (arguments.isEmpty() || arguments.size() > 2 || !install(language)) {
+  if (arguments.isEmpty() || arguments.size() > 2 || arguments[0].startsWith('-') || !install(language)) {
     fmt::print(stderr, "Usage: korvell-gallery FOLDER [NAME] [--language en|de|mirrored]\n");
     return 64;
   }
@@ -187,6 +198,7 @@ int run(int argc, char** argv) {
     return 1;
   }
   installSpoken();
+  DoubledRun doubled(given);
   Gallery gallery(folder, utf8(arguments.value(1)));
   for (const auto& variant : variants()) gallery.render(variant);
   for (const auto& problem : gallery.problems()) fmt::print("{}\n", problem);
@@ -194,9 +206,8 @@ int run(int argc, char** argv) {
   fmt::print("{} pictures, {} problems\n", gallery.pictures(),
              gallery.problems().size() + untranslated.size());
   std::fflush(stdout);
-  auto status = gallery.problems().empty() && untranslated.empty() ? 0 : 1;
-  if (!qEnvironmentVariableIsSet(scaleVariable)) status |= renderDoubled(given);
-  return status;
+  const bool isWell = gallery.problems().empty() && untranslated.empty();
+  return doubled.status() | (isWell ? 0 : 1);
 }
 
 } // namespace
