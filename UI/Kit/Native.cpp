@@ -78,6 +78,8 @@ TextField::TextField(const Theme& theme, std::string_view name, std::string_view
 
 void TextField::setSearch() {
   search_ = addAction(QIcon(), QLineEdit::LeadingPosition);
+  search_->setText(accessibleName()); // the toolkit makes a button of it, which a screen reader comes to
+  connect(search_, &QAction::triggered, this, [this] { setFocus(Qt::MouseFocusReason); });
   wear();
 }
 
