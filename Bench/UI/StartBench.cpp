@@ -373,7 +373,7 @@ int run(int argc, char** argv) {
   const QStringList arguments = QApplication::arguments();
   if (arguments.contains(floorArgument)) return showEmptyWindow(toolkit);
   if (arguments.size() < 2 || QApplication::platformName() != "xcb") {
-    fmt::print(stderr, "usage: StartBench APPLICATION [SECONDS], on an X server (xvfb-run)\n");
+    fmt::print(stderr, "usage: StartBench APPLICATION [SECONDS] [--sections], on an X server (xvfb-run)\n");
     return 2;
   }
   QProcess bus;

@@ -139,6 +139,7 @@ QWidget* SettingsWindow::widget() const { return frame_; }
 
 void SettingsWindow::show() {
   const auto bringUp = [this] {
+    if (!frame_) return; // closed before its turn came
     frame_->show();
     frame_->raise();
     frame_->activateWindow();
