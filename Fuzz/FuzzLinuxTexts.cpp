@@ -40,6 +40,7 @@ void battery(std::string_view text) {
   if (!reading) return;
   expect(reading->systemWatts.value_or(0) >= 0 && reading->fullCapacity >= 0 && reading->designCapacity >= 0);
   expect(reading->minutesRemaining.value_or(0) >= 0 && reading->cycles.value_or(0) >= 0);
+  expect(reading->percent.value_or(0) >= 0 && reading->percent.value_or(0) <= 100);
 }
 
 void devices(std::string_view text) {

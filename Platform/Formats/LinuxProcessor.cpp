@@ -4,6 +4,7 @@
 #include "Platform/Formats/TextScanner.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace korvell {
 
@@ -36,7 +37,8 @@ std::optional<double> parseDecimal(std::string_view text) {
   if (i == 0) return std::nullopt;
   if (i < text.size() && text[i] == '.')
     for (++i; isDigit(); ++i, scale *= 10) digits = digits * 10 + (text[i] - '0');
-  return digits / scale;
+  const double value = digits / scale;
+  return std::isfinite(value) ? std::optional(value) : std::nullopt;
 }
 
 std::optional<double> parseLoadAverage(std::string_view text) { return parseDecimal(trimmed(text)); }

@@ -26,8 +26,14 @@ public:
     const auto row = std::ranges::find(rows_, key, &Row::first);
     return row == rows_.end() ? std::string_view{} : row->second;
   }
-  std::optional<std::int64_t> number(std::string_view key) const {
-    return parseInteger<std::int64_t>(text(key));
+  template <class Integer = std::int64_t>
+  std::optional<Integer> number(std::string_view key) const {
+    return parseInteger<Integer>(text(key));
+  }
+  /// 0 to 100; gauges that are not calibrated tell some more than all.
+  std::optional<int> percent() const {
+    const auto value = number<int>("CAPACITY");
+    return value && *value >= 0 ? std::optional(std::min(*value, 100)) : std::nullopt;
   }
   /// In whole units; nothing when the driver does not tell it.
   std::optional<double> micro(std::string_view key) const {
@@ -44,7 +50,7 @@ double wattHours(const Properties& properties, const char* energy, const char* c
   if (const auto value = properties.micro(energy)) return std::max(*value, 0.0);
   const auto volts =
       properties.micro("VOLTAGE_MIN_DESIGN").value_or(properties.micro("VOLTAGE_NOW").value_or(0));
-  return std::max(properties.micro(charge).value_or(0), 0.0) * volts;
+  return std::max(properties.micro(charge).value_or(0) * volts, 0.0);
 }
 
 double watts(const Properties& properties) {
@@ -89,9 +95,9 @@ PowerSupply parsePowerSupply(PowerSupply::Kind kind, std::string_view uevent) {
   supply.online = properties.number("ONLINE").value_or(0) != 0;
   supply.present = properties.number("PRESENT").value_or(1) != 0;
   supply.status = properties.text("STATUS");
-  if (const auto percent = properties.number("CAPACITY")) supply.capacity = int(*percent);
-  if (const auto cycles = properties.number("CYCLE_COUNT"); cycles.value_or(0) > 0)
-    supply.cycles = int(*cycles);
+  supply.capacity = properties.percent();
+  if (const auto cycles = properties.number<int>("CYCLE_COUNT"); cycles.value_or(0) > 0)
+    supply.cycles = cycles;
   if (const auto tenths = properties.number("TEMP")) supply.celsius = double(*tenths) / 10;
   supply.energyNow = wattHours(properties, "ENERGY_NOW", "CHARGE_NOW");
   supply.energyFull = wattHours(properties, "ENERGY_FULL", "CHARGE_FULL");
@@ -105,7 +111,7 @@ PeripheralReading parseDeviceSupply(std::string_view name, std::string_view ueve
   PeripheralReading reading{.name = std::string(properties.text("MODEL_NAME")),
                             .address = std::string(properties.text("SERIAL_NUMBER")),
                             .node = std::string(name)};
-  if (const auto percent = properties.number("CAPACITY")) reading.percent = double(*percent);
+  reading.percent = properties.percent();
   reading.isPresent =
       properties.number("PRESENT").value_or(1) != 0 && properties.number("ONLINE").value_or(1) != 0;
   constexpr std::string_view prefix = "hid-", suffix = "-battery";

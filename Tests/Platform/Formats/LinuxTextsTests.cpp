@@ -38,6 +38,8 @@ TEST(LinuxTextsTests, decimals) {
   const std::pair<const char*, std::optional<double>> rows[] = {
       {"8.45 x", 8.45}, {"18446744073709551615.25", 18446744073709551615.25}, {"7", 7}, {".5", {}}, {"", {}}};
   for (const auto& [text, number] : rows) EXPECT_EQ(parseDecimal(text), number) << text;
+  const std::string digits(400, '7');
+  EXPECT_EQ(parseDecimal(digits + "." + digits), std::nullopt) << "more than a number holds";
 }
 
 TEST(LinuxTextsTests, pressureNeedsShortMemoryNotOnlyStalls) {
@@ -212,6 +214,18 @@ TEST(LinuxTextsTests, severalPacksAreOneBattery) {
   EXPECT_FALSE(battery->systemWatts) << "what flows goes into the battery";
   EXPECT_EQ(battery->minutesRemaining, std::nullopt);
   EXPECT_EQ(combinedBattery({pack({"PRESENT=0"})}), std::nullopt);
+}
+
+TEST(LinuxTextsTests, whatNoBatteryHasIsNotShown) {
+  const auto broken =
+      combinedBattery({pack({"STATUS=Charging", "CYCLE_COUNT=3216740000", "CAPACITY=4294967298",
+                             "VOLTAGE_NOW=-1", "CHARGE_FULL=5000000"})});
+  ASSERT_TRUE(broken);
+  EXPECT_EQ(broken->cycles, std::nullopt);
+  EXPECT_EQ(broken->percent, std::nullopt);
+  EXPECT_EQ(broken->fullCapacity, 0);
+  EXPECT_EQ(combinedBattery({pack({"STATUS=Full", "CAPACITY=103"})})->percent, 100);
+  EXPECT_EQ(parseDeviceSupply("mouse", "POWER_SUPPLY_CAPACITY=-3").percent, std::nullopt);
 }
 
 TEST(LinuxTextsTests, adaptersTellWhatPowersTheMachine) {
