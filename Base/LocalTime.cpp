@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <ctime>
 #include <fmt/format.h>
@@ -40,6 +41,11 @@ std::int64_t wholeSeconds(Date date) {
   if (std::isnan(date.sinceEpoch)) return 0;
   return std::int64_t(std::clamp(std::floor(date.sinceEpoch), -1e14, 1e14));
 }
+
+std::atomic<HourCycle> chosenCycle = HourCycle::from0To23;
+
+int hourOfHalfDay(const LocalTime& time) { return time.hour % 12 == 0 ? 12 : time.hour % 12; }
+std::string halfOfDay(const LocalTime& time) { return localized(time.hour < 12 ? "AM" : "PM"); }
 
 } // namespace
 
@@ -106,9 +112,24 @@ Date timeOfDay(const TimeZone& zone, CalendarDay day, int hour) {
   return {double(after)};
 }
 
+void setHourCycle(HourCycle cycle) { chosenCycle = cycle; }
+HourCycle hourCycle() { return chosenCycle; }
+
 std::string clockText(const TimeZone& zone, Date date) {
   const auto time = localTime(zone, date);
+  if (chosenCycle == HourCycle::from1To12) return halfDayText(time);
   return fmt::format("{:02}:{:02}", time.hour, time.minute);
+}
+
+std::string clockTextWithSeconds(const TimeZone& zone, Date date) {
+  const auto time = localTime(zone, date);
+  if (chosenCycle == HourCycle::from1To12)
+    return fmt::format("{}:{:02}:{:02} {}", hourOfHalfDay(time), time.minute, time.second, halfOfDay(time));
+  return fmt::format("{:02}:{:02}:{:02}", time.hour, time.minute, time.second);
+}
+
+std::string halfDayText(const LocalTime& time) {
+  return fmt::format("{}:{:02} {}", hourOfHalfDay(time), time.minute, halfOfDay(time));
 }
 
 std::string dayText(CalendarDay calendarDay) {

@@ -61,8 +61,18 @@ Date startOfDay(const TimeZone& zone, CalendarDay day);
 /// instant after the gap where they skip it.
 Date timeOfDay(const TimeZone& zone, CalendarDay day, int hour);
 
-/// "13:58"; hours from 00 to 23.
+/// How clocks count the hours: "13:58" or "1:58 PM".
+enum class HourCycle { from0To23, from1To12 };
+/// What the functions below write from now on, from 0 to 23 until then: programs with windows follow the
+/// system, the lines of the command line keep one width. From any thread.
+void setHourCycle(HourCycle cycle);
+HourCycle hourCycle();
+/// "13:58"
 std::string clockText(const TimeZone& zone, Date date);
+/// "13:58:07"
+std::string clockTextWithSeconds(const TimeZone& zone, Date date);
+/// "1:58 PM" whatever the system's way is, localised.
+std::string halfDayText(const LocalTime& time);
 /// "2026-03-01", as files and programs have it.
 std::string dayText(CalendarDay day);
 /// The same as the language in effect writes it: "01.03.2026" in German.

@@ -5,6 +5,7 @@
 #include "Platform/WidgetLoginItem.h"
 #include "Shared/HelpPages.h"
 #include "Shared/StartArguments.h"
+#include "UI/Desktop/DesktopClock.h"
 #include "UI/Kit/Native.h"
 #include "UI/Kit/Spoken.h"
 #include "UI/Kit/Text.h"
@@ -93,6 +94,7 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setApplicationName("Korvell");
   installSpoken();
+  setHourCycle(desktopHourCycle());
   const auto placed = PlacedWidget::place(placedWidgetsFolder(folders));
   if (!placed) // what there is can still be shown
     say(localized("{path} can't be written: Korvell does not learn of this widget.",

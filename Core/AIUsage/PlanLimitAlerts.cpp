@@ -2,8 +2,6 @@
 
 #include "Base/Text.h"
 
-#include <fmt/format.h>
-
 namespace korvell {
 
 namespace {
@@ -21,8 +19,7 @@ std::string keyOf(const AICodexLimits& limits, bool isSecondary) {
 std::string resetText(const TimeZone& zone, Date date) {
   const auto time = localTime(zone, date);
   if (!currentLanguage().numbers.hasHalfDays) return weekdayName(time.weekday) + " " + clockText(zone, date);
-  return fmt::format("{} {}:{:02} {}", weekdayName(time.weekday), time.hour % 12 == 0 ? 12 : time.hour % 12,
-                     time.minute, localized(time.hour < 12 ? "AM" : "PM"));
+  return weekdayName(time.weekday) + " " + halfDayText(time);
 }
 
 std::vector<AIPlanLimit> PlanLimitAlerts::markDue(const AICodexLimits& limits, Date now) {

@@ -119,5 +119,18 @@ TEST(LocalTimeTests, theSystemZoneIsTheOneOfTZ) {
     EXPECT_EXIT(std::apply(zoneIs, row), testing::ExitedWithCode(0), "") << std::get<0>(row);
 }
 
+TEST(LocalTimeTests, clocksCountTheHoursAsTheSystemDoes) {
+  const auto texts = [](int seconds) {
+    return std::pair(clockText(utc, {double(seconds)}), clockTextWithSeconds(utc, {double(seconds)}));
+  };
+  EXPECT_EQ(texts(13 * hour + 62), std::pair(std::string("13:01"), std::string("13:01:02")));
+  setHourCycle(HourCycle::from1To12);
+  const auto midnight = texts(5), noon = texts(12 * hour), evening = texts(23 * hour + 59 * 60);
+  setHourCycle(HourCycle::from0To23);
+  EXPECT_EQ(midnight, std::pair(std::string("12:00 AM"), std::string("12:00:05 AM")));
+  EXPECT_EQ(noon.first, "12:00 PM");
+  EXPECT_EQ(evening.first, "11:59 PM");
+}
+
 } // namespace
 } // namespace korvell

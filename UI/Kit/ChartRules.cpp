@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fmt/format.h>
 
 namespace korvell {
 
@@ -113,8 +112,7 @@ std::vector<TimeTick> dayTicks(TimeAxis time, Date begin, Date end, const TimeZo
 
 std::string whenText(const ChartData& data, Date bucket, const TimeZone& zone) {
   if (data.bucket > Seconds{0}) return spanText(data.time, bucket, bucket + data.bucket, zone);
-  const auto local = localTime(zone, bucket);
-  return fmt::format("{:02}:{:02}:{:02}", local.hour, local.minute, local.second);
+  return clockTextWithSeconds(zone, bucket);
 }
 
 const ChartBucket* bucketAt(const ChartLine& line, Date date) {
@@ -214,14 +212,15 @@ std::vector<ChartGap> gaps(const ChartData& data) {
   return found;
 }
 
+std::string momentText(TimeAxis time, Date moment, const TimeZone& zone) {
+  const auto clock = clockText(zone, moment);
+  return spansDays(time) ? dayLabel(time, localTime(zone, moment)) + ", " + clock : clock;
+}
+
 std::string spanText(TimeAxis time, Date begin, Date end, const TimeZone& zone) {
-  auto from = clockText(zone, begin), to = clockText(zone, end);
-  if (spansDays(time)) {
-    const auto first = localTime(zone, begin), last = localTime(zone, end);
-    from = dayLabel(time, first) + ", " + from;
-    if (first.day != last.day) to = dayLabel(time, last) + ", " + to;
-  }
-  return from + " – " + to;
+  const bool isSameDay = localTime(zone, begin).day == localTime(zone, end).day;
+  return momentText(time, begin, zone) + " – " +
+         (isSameDay ? clockText(zone, end) : momentText(time, end, zone));
 }
 
 std::vector<ChartBucket> mergedByColumn(const std::vector<ChartBucket>& buckets, Date begin, Date end,

@@ -75,6 +75,8 @@ struct ChartGap {
 /// Where nothing was recorded. On a live axis, which fills from the right, what lies before the first
 /// measurement is none.
 std::vector<ChartGap> gaps(const ChartData& data);
+/// "23:48", with the day where a chart spans several.
+std::string momentText(TimeAxis time, Date moment, const TimeZone& zone);
 /// "23:48 – 07:36", with the days where a chart spans several.
 std::string spanText(TimeAxis time, Date begin, Date end, const TimeZone& zone);
 

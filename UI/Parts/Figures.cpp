@@ -2,8 +2,6 @@
 
 #include "Base/Localization.h"
 
-#include <fmt/format.h>
-
 namespace korvell {
 
 Figure figureOf(std::string_view formatted) {
@@ -20,10 +18,6 @@ Figure figureOf(std::string_view formatted) {
 
 Figure figureOf(Unit unit, std::optional<double> value) {
   return value ? figureOf(Format::figure(unit, *value)) : Figure{noFigure, {}};
-}
-
-std::string clockTextWithSeconds(const TimeZone& zone, Date date) {
-  return fmt::format("{}:{:02}", clockText(zone, date), localTime(zone, date).second);
 }
 
 std::string dayWords(const TimeZone& zone, Date date, Date now) {

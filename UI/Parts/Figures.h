@@ -14,8 +14,6 @@ namespace korvell {
 Figure figureOf(std::string_view formatted);
 Figure figureOf(Unit unit, std::optional<double> value);
 
-/// "13:58:07"
-std::string clockTextWithSeconds(const TimeZone& zone, Date date);
 /// "Today", "Yesterday", "Friday" within a week, "2026-11-02" before; of the future the date.
 std::string dayWords(const TimeZone& zone, Date date, Date now);
 /// "Today, 13:58", "Yesterday, 13:58", "Friday, 13:58" within a week, "2026-11-02, 13:58" before.

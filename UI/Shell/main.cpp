@@ -6,6 +6,7 @@
 #include "App/RunningApplication.h"
 #include "Base/Localization.h"
 #include "Shared/StartArguments.h"
+#include "UI/Desktop/DesktopClock.h"
 #include "UI/Kit/Spoken.h"
 #include "UI/Kit/Text.h"
 #include "UI/Shell/Application.h"
@@ -57,6 +58,7 @@ int main(int argc, char** argv) {
   Application application(argc, argv);
   QApplication::setApplicationName("Korvell");
   speakToolkit();
+  setHourCycle(desktopHourCycle());
   installSpoken();
   const auto instants = Instants::areWanted() ? std::make_unique<Instants>() : nullptr;
   if (!launched.lock) {
