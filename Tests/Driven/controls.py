@@ -5,7 +5,7 @@ import screen
 from desktop import wait_for
 from driving import SECTIONS, in_section, open_section
 from outside import full_home
-from sections import dev_server
+from sections import dev_server, has_sound_server, start_player, start_sound, stop_sound
 from sweep import Glance, Sweep, controls
 
 from gi.repository import GLib
@@ -123,21 +123,40 @@ def frame(sweep):
 
 def storage(sweep, app):
     """Scanned, given up, scanned; by the pointer and by the keyboard."""
-    def pressed(name, by_pointer):
-        button = screen.await_node("push button", name)
-        screen.click(button) if by_pointer else (sweep.focus(button), screen.press("space"))
-
     def show():
         open_section("Free Up Space")
         screen.await_node("push button", "Scan Again", seconds=20)
         return True
     open_section("Free Up Space")
     for by_pointer in (True, False) if app.within else ():  # where a program answers slowly
-        pressed("Scan", by_pointer)
-        pressed("Cancel", not by_pointer)
+        sweep.press_named("Scan", by_pointer)
+        sweep.press_named("Cancel", not by_pointer)
         screen.await_node("label", "Measures caches")
-    pressed("Scan", False)
+    sweep.press_named("Scan", False)
     sweep.sweep(Place("Free Up Space", "Korvell", show))
+
+
+def sound(sweep, app):
+    """Two players; one that has gone is remembered."""
+    if not has_sound_server():
+        return sweep.sweep(section("Sound"))
+    players = start_sound(app, "alpha")
+    open_section("Sound")
+    slider = screen.await_node("slider", "Volume of alpha", seconds=40)
+    for by_pointer in (True, False):
+        players.append(start_player(app, "beta"))
+        for name in ("alpha", "beta"):
+            sweep.focus(screen.await_node("slider", "Volume of " + name, seconds=10))
+            screen.press("Left")
+        players.pop().terminate()
+        for name in ("Reset alpha", "Reset All"):
+            sweep.press_named(name, by_pointer)
+            wait_for("the end of " + name, lambda: not screen.find("push button", name), 5)
+    sweep.focus(slider)
+    screen.press("Left")
+    screen.await_node("push button", "Reset alpha")
+    sweep.sweep(section("Sound"), but=("Reset alpha",))
+    stop_sound(app, players)
 
 
 def every_control(app):
@@ -145,11 +164,11 @@ def every_control(app):
         sweep = Sweep(app, outside)
         places = [lambda: welcome(sweep, app), lambda: frame(sweep)]
         places += [lambda name=name: sweep.sweep(section(name)) for name in SECTIONS
-                   if name not in ("Free Up Space", "Dev Servers")]
+                   if name not in ("Free Up Space", "Dev Servers", "Sound")]
         places += [lambda: sweep.sweep(settings_place(), but=("Language", *unsafe(app))),  # a language has its own case
                    lambda: screen.press("ctrl+w"), lambda: sweep.sweep(panel_place(app)),
                    lambda: screen.press("Escape")]
-        places += [lambda: storage(sweep, app), lambda: sweep.sweep(section("Dev Servers"))]
+        places += [lambda: storage(sweep, app), lambda: sweep.sweep(section("Dev Servers")), lambda: sound(sweep, app)]
         for sweep_place in places:
             sweep.attempt(sweep_place)
         print(f"  {sum(sweep.used.values())} controls: {dict(sweep.used)}")

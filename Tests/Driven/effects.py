@@ -191,7 +191,8 @@ def the_cards_ways(app, outside, display):
     open_section("Health")
     display.forget_clipboard()
     screen.press("ctrl+s")
-    screen.click(screen.await_node("push button", "Show in File"))
+    screen.click(wait_for("the way to it", lambda: next(
+        (node for node in screen.walk(screen.window("Korvell")) if node.name == "Show"), None)))
     card = wait_for("the card", lambda: glob.glob(app.desktop.home + "/Downloads/*.png"))[0]
     name = os.path.basename(card).replace(" ", "%20")
     wait_for("the card, shown", lambda: any(name in line for line in outside.heard()))

@@ -206,14 +206,28 @@ def alert_switches(app):
     wait_for("the switch back", lambda: switch.has(screen.CHECKED) and is_on())
 
 
+def has_sound_server():
+    return all(shutil.which(name) for name in ("pulseaudio", "pacat", "pactl"))
+
+
 def start_sound(app, *players):
     """A sound server without a machine behind it, and players of silence that say who they are."""
     app.desktop.start("pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "-L", "module-native-protocol-unix",
                       "-L", "module-null-sink sink_name=test")
     wait_for("the sound server", lambda: app.desktop.run("pactl", "info").returncode == 0)
-    return [subprocess.Popen(["pacat", "--raw", "--client-name=" + name, "--property=application.process.binary=" + name,
-                              "/dev/zero"], env=app.desktop.environment, stderr=subprocess.DEVNULL)
-            for name in players]
+    return [start_player(app, name) for name in players]
+
+
+def start_player(app, name):
+    return subprocess.Popen(["pacat", "--raw", "--client-name=" + name, "--property=application.process.binary=" + name,
+                             "/dev/zero"], env=app.desktop.environment, stderr=subprocess.DEVNULL)
+
+
+def stop_sound(app, players):
+    for player in players:
+        player.terminate()
+        player.wait(10)
+    app.desktop.kill("pulseaudio")
 
 
 def stream(app, name):
@@ -229,7 +243,7 @@ def sound(app):
     """Two players: their volumes follow the sliders; the server ends, and what was chosen holds at the next one."""
     open_section("Sound")
     screen.await_node("label", "Sound per app is not available")
-    if not all(shutil.which(name) for name in ("pulseaudio", "pacat", "pactl")):
+    if not has_sound_server():
         return
     players = start_sound(app, "alpha", "beta")
     slider = screen.await_node("slider", "Volume of alpha", seconds=40)
@@ -254,8 +268,5 @@ def sound(app):
     wait_for("the choice at a new server", lambda: stream(app, "alpha") == (139, True), 40)
     screen.click(screen.await_node("push button", "Reset alpha"))
     wait_for("100 %", lambda: stream(app, "alpha") == (100, False))
-    for player in players:
-        player.terminate()
-        player.wait(10)
-    app.desktop.kill("pulseaudio")
+    stop_sound(app, players)
     open_section("Health")

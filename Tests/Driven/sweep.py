@@ -143,6 +143,10 @@ class Sweep:
         node.accessible.get_component_iface().grab_focus()
         wait_for(f"the focus on {node}", lambda: node.has(screen.FOCUSED), 3)
 
+    def press_named(self, name, by_pointer):
+        button = screen.await_node("push button", name)
+        screen.click(button) if by_pointer else (self.focus(button), screen.press("space"))
+
     def both_ways(self, place, key):
         """A press with the pointer, then one with the keyboard; what both did."""
         outcomes = []
@@ -175,7 +179,17 @@ class Sweep:
     def use_push_button(self, place, key):
         if key[2].startswith("Install"):
             return self.use_install(place, key)
+        if key[2].startswith("Mute "):
+            return self.use_mute(place, key)
         self.both_ways(place, key)
+
+    def use_mute(self, place, key):
+        """Silent and back; it says what the next press does."""
+        role, _, name = key
+        self.into_view(place, lambda: place.find(key))
+        for way, before, after in ((True, name, "Unm" + name[1:]), (False, "Unm" + name[1:], name)):
+            self.press_named(before, way)
+            screen.await_node(role, after, place.window(), 5)
 
     def use_install(self, place, key):
         """Once more it changes nothing that is seen."""
