@@ -22,12 +22,18 @@ public:
   Published<int> memory;                     ///< whole percent
   Published<std::vector<double>> cpuHistory; ///< percent, oldest first, at most historyLength
 
-  /// Once for each cycle; a new style takes effect here.
+  /// Once for each cycle.
   void update(int score, int cpu, int memory, double cpuExact);
+  /// Another style was chosen: what it shows is published as of the last cycle.
+  void styleChanged() { publish(); }
 
 private:
+  void publish();
+
   const UserDefaults& defaults_;
-  std::vector<double> pendingHistory_; ///< kept up whatever the style, so that graphs begin filled
+  // Kept up whatever the style, so that another one begins with what is so.
+  int pendingCPU_ = 0, pendingMemory_ = 0;
+  std::vector<double> pendingHistory_;
 };
 
 } // namespace korvell

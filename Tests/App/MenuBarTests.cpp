@@ -51,6 +51,12 @@ TEST_F(MenuBarTests, onlyWhatTheStyleShowsIsPublished) {
   EXPECT_EQ(state.cpuHistory->front(), 6.5);
   EXPECT_EQ(MenuBarLabel::make(state, MenuBarStyle::graphs).drawing,
             MenuBarGraph::image(*state.cpuHistory, 0.5));
+  defaults.set(menuBarStyleKey, "icon");
+  update(80, 77, 88);
+  defaults.set(menuBarStyleKey, "cpuAndMemory");
+  state.styleChanged();
+  EXPECT_EQ(MenuBarLabel::make(state, MenuBarStyle::cpuAndMemory).text, "77% · 88%")
+      << "before the next cycle";
 }
 
 TEST_F(MenuBarTests, theHeartFillsBelowSeventyFive) {

@@ -64,7 +64,7 @@ TEST_F(AIUsageTests, whatHasNoPriceNeverCostsNothing) {
   use(0, "a-local-model", "atlas", 3'000'000);
   auto none = page(AIPeriod::today);
   EXPECT_EQ(none.tiles[0].figure, "–");
-  EXPECT_EQ(none.tiles[0].reason, "The models have no list price.");
+  EXPECT_EQ(none.tiles[0].reason, "No list price is known for what was used.");
   EXPECT_EQ(none.models.front().cost, "–");
   EXPECT_EQ(none.models.front().detail, "Claude Code · no list price");
   EXPECT_EQ(none.days->bars.back().beside, "–");

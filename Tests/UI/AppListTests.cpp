@@ -53,6 +53,22 @@ TEST_F(AppListTests, listsSayWhatTheyLeaveOut) {
   EXPECT_EQ(note(Metric::disk), "The system does not tell you what other users' processes read and write.");
   EXPECT_TRUE(appList(model, Metric::disk, {}, {}).helperWouldTell);
   EXPECT_FALSE(appList(model, Metric::cpu, {}, {}).helperWouldTell);
+
+  // The sums of the system's group leave out what is hidden: 0 is no figure of it.
+  auto now = snapshot(start, 40, {app("browser", {1}), app(std::string(linuxSystemGroup.key), {1, 2})});
+  model.step(now);
+  const AppListChoices unfolded{.unfolded = {std::string(linuxSystemGroup.key)}};
+  const auto disk = appList(model, Metric::disk, unfolded, {}).table;
+  for (const auto& row : disk.rows) {
+    const bool isSystem = row.key.starts_with(linuxSystemGroup.key);
+    EXPECT_EQ(row.figure, isSystem ? "–" : "0 B/s") << row.name;
+    EXPECT_EQ(row.level.has_value(), !isSystem) << row.name;
+  }
+  EXPECT_NE(disk.reason, "");
+  now.apps[1].processes[0].diskRead = 4096;
+  model.step(now);
+  EXPECT_EQ(appList(model, Metric::disk, {}, {}).table.rows[0].figure, "4.1 KB/s");
+  EXPECT_EQ(appList(model, Metric::cpu, unfolded, {}).table.rows[0].figure, "3.0%");
   model.forget(KnownPart::processTraffic);
   EXPECT_EQ(note(Metric::network), "The system does not tell the traffic of each app.");
   EXPECT_EQ(appList(model, Metric::network, {}, {}).table.rows[0].figure, "–");

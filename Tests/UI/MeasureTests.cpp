@@ -1,6 +1,8 @@
 #include "Tests/UI/MeasureFixture.h"
 #include "UI/Kit/ChartRules.h"
 
+#include <ranges>
+
 using namespace testing;
 
 namespace korvell {
@@ -21,7 +23,7 @@ TEST_F(MeasureTests, whatNobodyToldIsADash) {
   for (const auto& metric : allCases<Metric>()) {
     SCOPED_TRACE(metric.rawValue);
     EXPECT_THAT(numbers(measurePage(unread, metric.value, {})), Each("–"));
-    EXPECT_EQ(liveChart(unread, directions, metric.value).state, ChartData::State::measuring);
+    EXPECT_EQ(liveChart(unread, directions, metric.value, {}).state, ChartData::State::measuring);
   }
   model.step(snapshot(start, 24));
   model.forget(KnownPart::load);
@@ -29,6 +31,34 @@ TEST_F(MeasureTests, whatNobodyToldIsADash) {
   EXPECT_EQ(page(Metric::cpu).facts[2].reason, "Not measured on this machine");
   EXPECT_EQ(page(Metric::cpu).facts[0].reason, "");
   EXPECT_EQ(page(Metric::energy).absent, "This machine has no battery.");
+  EXPECT_TRUE(appList(model, Metric::energy, {}, {}).isThere) << "on mains the energy of apps is told too";
+  model.forget(KnownPart::processEnergy);
+  EXPECT_FALSE(appList(model, Metric::energy, {}, {}).isThere);
+
+  // Totals that nobody could add up are not 0.
+  EXPECT_THAT(numbers(page(Metric::network)), Contains("0"));
+  model.historyProblem.set(HistoryProblem{.detail = "The history is locked."});
+  const auto network = page(Metric::network);
+  for (const auto& fact : network.facts | std::views::drop(2)) {
+    EXPECT_EQ(textOf(fact.figure), "–") << fact.caption;
+    EXPECT_EQ(fact.reason, "The history is locked.");
+  }
+  EXPECT_EQ(page(Metric::disk).facts[1].reason, "The history is locked.");
+  model.totals.set({.diskWrittenToday = 2e9});
+  EXPECT_EQ(textOf(page(Metric::disk).facts[1].figure), "2.00 GB") << "what was added up before stands";
+}
+
+TEST_F(MeasureTests, whatHappensWhileOneLooksIsMarked) {
+  for (int second : {0, 2, 4}) model.step(snapshot(start + Seconds{double(second)}, 24));
+  HealthAlert alert{.id = "1", .kind = HealthAlert::Kind::cpu, .title = "Busy", .date = start + Seconds{2}};
+  model.alerts.set({alert});
+  const auto events = [&](Metric metric) {
+    return liveChart(model, directions, metric, {{.date = start + Seconds{3}, .bytes = 5'000'000}}).events;
+  };
+  ASSERT_EQ(events(Metric::cpu).size(), 2u);
+  EXPECT_EQ(events(Metric::cpu)[0], (ChartEvent{ChartEvent::Kind::alert, alert.date, "Busy"}));
+  EXPECT_EQ(events(Metric::cpu)[1].title, "5.00 MB freed");
+  EXPECT_EQ(events(Metric::disk).size(), 1u) << "an alert stands where its measure is";
 }
 
 TEST_F(MeasureTests, reasonsAreThoseOfTheSourcesOnceTheyWereExamined) {

@@ -157,7 +157,7 @@ TEST(PageTests, appsAreSortedAndTellZeroFromUnknown) {
   const auto model = usualMachine();
   const auto shown = page(*model).apps;
   ASSERT_THAT(shown, SizeIs(7));
-  EXPECT_EQ(shown[0].spoken, "Firefox, 23 processes, 61.8 percent of one core, 3.12 GB");
+  EXPECT_EQ(shown[0].spoken, "Firefox, 23 processes, 61.8 percent of one core, 3.12 gigabytes");
   EXPECT_EQ(joined(shown[1].network), "0|B/s");
   EXPECT_THAT(shown[1].note, IsEmpty());
   EXPECT_DOUBLE_EQ(shown[0].level, 1);

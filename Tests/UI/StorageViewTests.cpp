@@ -198,27 +198,39 @@ TEST_F(StorageViewTests, theQuestionIsTheMessageWordForWordWithThePathsInAWell) 
       for (const auto& item : category.items) ids.push_back(item.id);
     return describeCleanup(PendingCleanup::of(result, ids, "/home/u"), {});
   };
+  const auto said = [](const Question& question) {
+    std::string all;
+    for (const auto& passage : question.passages) {
+      if (!all.empty()) all += "\n\n";
+      all += passage.text;
+      for (const auto& line : passage.well) all += "\n" + line;
+      for (const auto* line : {&passage.more, &passage.note})
+        if (!line->empty()) all += "\n" + *line;
+    }
+    return all;
+  };
   for (const int count : {1, 4, 5, 12}) {
     const auto description = ask({{found(npm, count)}, Date{}});
     const auto question = cleanupQuestion(description);
-    auto said = question.text;
-    for (const auto& line : question.well) said += "\n" + line;
-    if (!question.more.empty()) said += "\n" + question.more;
-    EXPECT_EQ(said + "\n" + question.note, description.message);
-    EXPECT_EQ(question.well.size(), std::size_t(std::min(count, 4)));
-    EXPECT_EQ(question.more.empty(), count <= 4) << count;
+    EXPECT_EQ(said(question), description.message);
+    ASSERT_EQ(question.passages.size(), 1u);
+    EXPECT_EQ(question.passages[0].well.size(), std::size_t(std::min(count, 4)));
+    EXPECT_EQ(question.passages[0].more.empty(), count <= 4) << count;
     EXPECT_FALSE(question.permanent);
   }
   auto emptied = found(trash, 1);
   emptied.action = StorageAction::emptyTrash();
   auto odd = found(npm, 1);
   odd.items[0].urls = {"/home/u/two\nlines"};
-  for (const auto& categories :
-       {std::vector{found(npm, 2), found(pip, 1)}, std::vector{found(npm, 5), emptied}, std::vector{odd}}) {
+  for (const auto& [categories, wells] :
+       {std::pair{std::vector{found(npm, 2), found(pip, 1)}, 2},
+        std::pair{std::vector{found(npm, 5), emptied}, 1}, std::pair{std::vector{odd}, 0}}) {
     const auto description = ask({categories, Date{}});
-    EXPECT_EQ(cleanupQuestion(description).text, description.message);
-    EXPECT_THAT(cleanupQuestion(description).well, IsEmpty());
-    EXPECT_EQ(cleanupQuestion(description).permanent, description.isPermanent);
+    const auto question = cleanupQuestion(description);
+    EXPECT_EQ(said(question), description.message);
+    EXPECT_EQ(std::ranges::count_if(question.passages, [](const auto& one) { return !one.well.empty(); }),
+              wells);
+    EXPECT_EQ(question.permanent, description.isPermanent);
   }
 }
 

@@ -20,7 +20,7 @@ constexpr std::size_t mostRows = 10;
 constexpr std::int64_t daysOfWeek = 7;
 constexpr int monday = 1;
 constexpr std::size_t mostTotals = 12; ///< bars that have room for their totals
-constexpr const char* unpricedReason = "The models have no list price.";
+constexpr const char* unpricedReason = "No list price is known for what was used.";
 
 std::string tokensText(std::int64_t count) {
   return localized("{count} tokens", {{"count", Format::shortCount(count)}});

@@ -38,6 +38,7 @@ std::vector<GalleryView> aiUsageViews();
 std::vector<GalleryView> storageViews();
 /// Who makes a sound.
 std::vector<GalleryView> soundViews();
+std::vector<GalleryView> trayViews();
 /// The settings, from made-up answers.
 std::vector<GalleryView> settingsViews();
 /// The first launch.

@@ -249,24 +249,37 @@ Made questionView(const Theme& theme, Question question) {
 }
 
 Made dialogView(const Theme& theme) {
-  return questionView(theme,
-                      {.icon = Icon::trash,
-                       .title = "Move 6.36 GB to the Trash?",
-                       .text = "Moves to the Trash:",
-                       .well = {"~/code/herbarium-2024/node_modules", "~/code/tide-tables/node_modules",
-                                "~/code/sketchbook/packages/with/a/deep/path/that/is/too/long/node_modules"},
-                       .more = "and 1 more",
-                       .note = "You can put them back from the Trash.",
-                       .action = "Move to Trash"});
+  return questionView(
+      theme, {.icon = Icon::trash,
+              .title = "Move 6.36 GB to the Trash?",
+              .passages = {{"Moves to the Trash:",
+                            {"~/code/herbarium-2024/node_modules", "~/code/tide-tables/node_modules",
+                             "~/code/sketchbook/packages/with/a/deep/path/that/is/too/long/node_modules"},
+                            "and 1 more",
+                            "You can put them back from the Trash."}},
+              .action = "Move to Trash"});
 }
 
 Made dangerView(const Theme& theme) {
   return questionView(theme,
                       {.title = "Free 2.31 GB?",
-                       .text = "This deletes the cache for good. Its packages are downloaded again when a "
-                               "project needs them.",
+                       .passages = {{.text = "This deletes the cache for good. Its packages are downloaded "
+                                             "again when a project needs them."}},
                        .action = "Delete Permanently",
                        .permanent = true});
+}
+
+/// More than the window has room for.
+Made longView(const Theme& theme) {
+  std::string lines = "Moves to the Trash:";
+  for (int i = 1; i <= 30; ++i) lines += "\n~/code/project-" + std::to_string(i) + "/node_modules";
+  return questionView(theme, {.icon = Icon::trash,
+                              .title = "Free 24.1 GB?",
+                              .passages = {{.text = lines},
+                                           {.text = "Permanently deletes everything in your Trash. This "
+                                                    "cannot be undone."}},
+                              .action = "Delete Permanently",
+                              .permanent = true});
 }
 
 /// Names with their stand-ins.
@@ -357,6 +370,7 @@ std::vector<GalleryView> kitViews() {
       {"kit-banners", {{520, 480}}, bannersView},
       {"kit-dialog", {{720, 560}, {360, 560}}, dialogView},
       {"kit-dialog-danger", {{720, 400}}, dangerView},
+      {"kit-dialog-long", {{720, 560}}, longView},
       {"kit-pieces", {{560, 560}}, piecesView},
       {"kit-menu", {own}, menuView},
   };

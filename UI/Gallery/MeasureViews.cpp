@@ -133,6 +133,13 @@ Made emptyHistory(const Theme& theme) {
   return std::make_unique<PageFrame>(theme, machine, Metric::memory, HistoryRange::d30);
 }
 
+Made unreadableHistory(const Theme& theme) {
+  auto machine = without(RecordedMachine::Past::unreadable);
+  machine->measure();
+  machine->settle();
+  return std::make_unique<PageFrame>(theme, machine, Metric::cpu, HistoryRange::h24);
+}
+
 Made bare(const Theme& theme, Metric metric) {
   auto machine = without();
   machine->measure();
@@ -153,6 +160,11 @@ Made hidden(const Theme& theme) {
   auto machine = without();
   machine->measure();
   machine->model.privileged.set(PrivilegedUse{.told = 0, .hidden = 41});
+  auto snapshot = *machine->model.snapshot;
+  for (auto& app : snapshot.apps)
+    for (auto& process : app.processes)
+      if (isSystemGroup(app)) process.diskRead = process.diskWrite = 0;
+  machine->model.step(snapshot);
   return std::make_unique<PageFrame>(theme, machine, Metric::disk, HistoryRange::live);
 }
 
@@ -211,6 +223,7 @@ std::vector<GalleryView> measureViews() {
       {"cpu-first-seconds", {page}, firstSeconds},
       {"cpu-forty-seconds", {page}, fortySeconds},
       {"memory-empty-history", {page}, emptyHistory},
+      {"cpu-unreadable-history", {page}, unreadableHistory},
       {"gpu-missing", {page}, [](const Theme& theme) { return bare(theme, Metric::gpu); }},
       {"battery-missing", {page}, [](const Theme& theme) { return bare(theme, Metric::energy); }},
       {"network-no-traffic", {page}, [](const Theme& theme) { return bare(theme, Metric::network); }},

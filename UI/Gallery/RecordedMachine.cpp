@@ -1,6 +1,7 @@
 #include "UI/Gallery/RecordedMachine.h"
 
 #include "Base/Localization.h"
+#include "Core/Machine/Owners.h"
 #include "Core/Storage/StorageLog.h"
 
 #include <algorithm>
@@ -46,6 +47,12 @@ AppUsage app(const SystemSnapshot& machine, const char* id, const char* name, in
     usage.processes.push_back(process);
   }
   return usage;
+}
+
+std::string historyFolder(const TemporaryFolder& folder, RecordedMachine::Past past) {
+  if (past != RecordedMachine::Past::unreadable) return folder.path().string();
+  folder.write("file", ""); // below which there is no folder that could hold one
+  return folder / "file/below";
 }
 
 } // namespace
@@ -106,16 +113,17 @@ SystemSnapshot RecordedMachine::snapshotAt(Date date) {
                       .minutesRemaining = 190,
                       .systemPower = 6 + 9 * busy};
   const double render = isPeak ? 0.9 : 0.3, others = (1 - render) / 0.7;
-  snapshot.apps = {app(snapshot, "org.example.browser", "Firefox", 23, {0.35 * others, 0.42, 0.2, 0.8}),
-                   app(snapshot, "org.example.render", "Blender", 1, {render, 0.3, 0.4, 0}),
-                   app(snapshot, "org.example.terminal", "Terminal", 31, {0.2 * others, 0.19, 0.3, 0.05}),
-                   app(snapshot, "system.linux", "Linux", 214, {0.08 * others, 0.03, 0.05, 0.02}),
-                   app(snapshot, "org.example.mail", "Thunderbird", 6, {0.03 * others, 0.05, 0.03, 0.1})};
+  snapshot.apps = {
+      app(snapshot, "org.example.browser", "Firefox", 23, {0.35 * others, 0.42, 0.2, 0.8}),
+      app(snapshot, "org.example.render", "Blender", 1, {render, 0.3, 0.4, 0}),
+      app(snapshot, "org.example.terminal", "Terminal", 31, {0.2 * others, 0.19, 0.3, 0.05}),
+      app(snapshot, linuxSystemGroup.key.data(), "Linux", 214, {0.08 * others, 0.03, 0.05, 0.02}),
+      app(snapshot, "org.example.mail", "Thunderbird", 6, {0.03 * others, 0.05, 0.03, 0.1})};
   return snapshot;
 }
 
 RecordedMachine::RecordedMachine(Past past)
-    : history(scheduler.factory(), scheduler.clock(), folder.path().string()) {
+    : history(scheduler.factory(), scheduler.clock(), historyFolder(folder, past)) {
   scheduler.run();
   if (past == Past::week) recordWeek();
   scheduler.clock().setNow(now());

@@ -29,7 +29,7 @@ public:
 
 class RecordedMachine {
 public:
-  enum class Past { none, week };
+  enum class Past { none, week, unreadable };
   explicit RecordedMachine(Past past);
 
   /// A quiet afternoon, read five minutes long; no figure is missing.

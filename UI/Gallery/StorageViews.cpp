@@ -198,6 +198,9 @@ Made cleaningView(const Theme& theme) {
 Made outcomeView(const Theme& theme) {
   return page(theme, [](StorageWorld& world) {
     world.findAll();
+    std::erase_if(world.found.categories, [](const auto& each) {
+      return each.kind == docker || each.kind == nodeModules; // which have been cleaned
+    });
     world.scanner.freedTotal.set(std::int64_t(134 * giga));
     world.scanner.result.set(world.found);
     world.scanner.feedback.set(localized("Freed {size}.", {{"size", Format::bytes(5.4e9)}}) + " " +

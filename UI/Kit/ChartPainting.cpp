@@ -183,6 +183,12 @@ void ChartView::paintGaps(QPainter& painter) const {
   for (const auto& gap : gaps_) paintGap(painter, gap);
 }
 
+bool ChartView::hasRoomForWords(const ChartGap& gap) const {
+  const auto area = plot();
+  return std::min(xOf(gap.end), area.right()) - std::max(xOf(gap.begin), area.left()) >=
+         theme().scaled(wordsFrom);
+}
+
 void ChartView::paintGap(QPainter& painter, const ChartGap& gap) const {
   const auto area = plot();
   const auto left = std::max(xOf(gap.begin), area.left()), right = std::min(xOf(gap.end), area.right());
@@ -190,7 +196,7 @@ void ChartView::paintGap(QPainter& painter, const ChartGap& gap) const {
   const QRectF box(QPointF(left, area.top()), QPointF(right, area.bottom()));
   fillBox(painter, box, theme().color(Token::surface));
   drawHatch(painter, box, theme().color(Token::hatch));
-  if (box.width() < theme().scaled(wordsFrom)) return;
+  if (!hasRoomForWords(gap)) return;
   const auto what = text(localized("Not recorded"));
   const auto when = text(spanText(data_.time, gap.begin, gap.end, zone_));
   const auto small = fontOf(theme(), TextStyle::small);
@@ -326,6 +332,9 @@ void ChartView::paintLegend(QPainter& painter) const {
       fillRounded(painter, box, 2, theme().color(bandOf(data_.lines.front().token)));
     });
   }
+  if (!gaps_.empty() && std::ranges::none_of(gaps_, [this](const auto& gap) { return hasRoomForWords(gap); }))
+    add(16, localized("Not recorded"),
+        [&](const QRectF& box) { drawHatch(painter, box, theme().color(Token::axis)); });
   const std::pair<ChartEvent::Kind, const char*> kinds[] = {{ChartEvent::Kind::alert, "Alert"},
                                                             {ChartEvent::Kind::cleanUp, "Clean-up"},
                                                             {ChartEvent::Kind::start, "Start"}};

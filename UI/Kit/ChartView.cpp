@@ -252,7 +252,8 @@ bool ChartView::event(QEvent* event) {
     const auto& help = static_cast<QHelpEvent&>(*event);
     const auto* mark = eventAt(QPointF(help.pos()));
     if (mark)
-      QToolTip::showText(help.globalPos(), text(mark->title + ", " + clockText(zone_, mark->date)), this);
+      QToolTip::showText(help.globalPos(),
+                         text(mark->title + ", " + momentText(data_.time, mark->date, zone_)), this);
     else
       QToolTip::hideText();
     return true;

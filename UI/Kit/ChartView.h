@@ -85,6 +85,7 @@ private:
   void paintTimes(QPainter& painter) const;
   void paintPlot(QPainter& painter, const QRectF& clip) const;
   void paintGaps(QPainter& painter) const;
+  bool hasRoomForWords(const ChartGap& gap) const;
   void paintGap(QPainter& painter, const ChartGap& gap) const;
   void paintLine(QPainter& painter, std::size_t index, const QRectF& clip) const;
   void paintEvents(QPainter& painter) const;

@@ -4,6 +4,7 @@
 #include "UI/Kit/Focus.h"
 #include "UI/Kit/Icons.h"
 #include "UI/Kit/Paint.h"
+#include "UI/Kit/Scroll.h"
 #include "UI/Kit/Text.h"
 
 #include <QBoxLayout>
@@ -22,20 +23,21 @@ constexpr int windowMargin = 16;
 constexpr int padding = 24;
 constexpr int iconSize = 24;
 constexpr int iconGap = 14;
+constexpr int edge = 12; ///< the box's rounded corners, which nothing that scrolls may cover
 
 /// Lines of paths or names on a ground of their own.
-QWidget* makeWell(const Theme& theme, const Question& question, QWidget* parent) {
+QWidget* makeWell(const Theme& theme, const Passage& passage, QWidget* parent) {
   auto* well = new Plate(theme, {Token::bg, std::nullopt, 7}, parent);
   auto* lines = new QVBoxLayout(well);
   lines->setContentsMargins(12, 8, 12, 8);
   lines->setSpacing(4);
-  for (const auto& each : question.well) {
+  for (const auto& each : passage.well) {
     auto* line = new TextLabel(theme, TextStyle::body, Token::text1, each, well);
     line->setElide(Qt::ElideMiddle);
     lines->addWidget(line);
   }
-  if (!question.more.empty())
-    lines->addWidget(new TextLabel(theme, TextStyle::body, Token::text2, question.more, well));
+  if (!passage.more.empty())
+    lines->addWidget(new TextLabel(theme, TextStyle::body, Token::text2, passage.more, well));
   return well;
 }
 
@@ -44,10 +46,12 @@ QString spokenText(const Question& question) {
   auto add = [&](const std::string& piece) {
     if (!piece.empty()) pieces << text(piece);
   };
-  add(question.text);
-  for (const auto& line : question.well) add(line);
-  add(question.more);
-  add(question.note);
+  for (const auto& passage : question.passages) {
+    add(passage.text);
+    for (const auto& line : passage.well) add(line);
+    add(passage.more);
+    add(passage.note);
+  }
   return pieces.join(' ');
 }
 
@@ -78,6 +82,7 @@ Dialog::Dialog(const Theme& theme, Question question, QWidget& window, bool fill
   setAccessibleDescription(spokenText(question));
   build(question);
   window.installEventFilter(this);
+  words_->installEventFilter(this);
   arrange();
   raise();
   show();
@@ -87,52 +92,78 @@ Dialog::Dialog(const Theme& theme, Question question, QWidget& window, bool fill
 }
 
 void Dialog::build(const Question& question) {
-  const Plate::Form boxed{Token::raised, Token::hairline, 12}, plain{Token::raised, std::nullopt, 0};
+  const Plate::Form boxed{Token::raised, Token::hairline, edge}, plain{Token::raised, std::nullopt, 0};
   box_ = new Plate(theme(), fills_ ? plain : boxed, this);
   auto* whole = new QVBoxLayout(box_);
-  whole->setContentsMargins(0, 0, 0, 0);
+  whole->setContentsMargins(1, edge, 1, 0);
   whole->setSpacing(0);
+  scroll_ = new ScrollArea(theme(), Token::raised, box_);
+  words_ = buildWords(question);
+  scroll_->setContent(*words_);
+  scroll_->setMinimumHeight(1); // the buttons come first
+  answers_ = buildAnswers(question);
+  whole->addWidget(scroll_, 1);
+  whole->addWidget(new Hairline(theme(), box_));
+  whole->addWidget(answers_);
+}
 
-  auto* top = new QHBoxLayout;
-  top->setContentsMargins(padding, padding - 3, padding, padding - 2);
+QWidget* Dialog::buildWords(const Question& question) {
+  auto* all = new QWidget(box_);
+  auto* top = new QHBoxLayout(all);
+  top->setContentsMargins(padding - 1, padding - 3 - edge, padding - 1, padding - 2);
   top->setSpacing(iconGap);
   if (question.icon) {
     auto ink = question.permanent ? Token::critical : Token::accent;
-    top->addWidget(new IconLabel(theme(), *question.icon, iconSize, ink, box_), 0, Qt::AlignTop);
+    top->addWidget(new IconLabel(theme(), *question.icon, iconSize, ink, all), 0, Qt::AlignTop);
   }
   auto* words = new QVBoxLayout;
   words->setSpacing(10);
   auto addText = [&](const std::string& piece, TextStyle style) {
     if (piece.empty()) return;
-    auto* label = new TextLabel(theme(), style, Token::text1, piece, box_);
+    auto* label = new TextLabel(theme(), style, Token::text1, piece, all);
     label->setWrapped();
     words->addWidget(label);
   };
   words->addSpacing(2);
   addText(question.title, TextStyle::sub);
   words->addSpacing(2);
-  addText(question.text, TextStyle::body);
-  if (!question.well.empty()) words->addWidget(makeWell(theme(), question, box_));
-  addText(question.note, TextStyle::body);
+  for (const auto& passage : question.passages) {
+    if (&passage != &question.passages.front()) words->addSpacing(8);
+    addText(passage.text, TextStyle::body);
+    if (!passage.well.empty()) words->addWidget(makeWell(theme(), passage, all));
+    addText(passage.note, TextStyle::body);
+  }
   top->addLayout(words, 1);
+  return all;
+}
 
+QWidget* Dialog::buildAnswers(const Question& question) {
+  auto* all = new QWidget(box_);
+  all->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
   cancel_ = new Button(theme(), Button::Kind::plain,
-                       question.cancel.empty() ? localized("Cancel") : question.cancel, box_);
+                       question.cancel.empty() ? localized("Cancel") : question.cancel, all);
   action_ = new Button(theme(), question.permanent ? Button::Kind::danger : Button::Kind::primary,
-                       question.action, box_);
+                       question.action, all);
   cancel_->onPress([this] { answer(false); });
   action_->onPress([this] { answer(true); });
-  auto* buttons = new QHBoxLayout;
-  buttons->setContentsMargins(padding, 16, padding, 16);
+  auto* buttons = new QHBoxLayout(all);
+  buttons->setContentsMargins(padding - 1, 16, padding - 1, 16);
   buttons->setSpacing(12);
   buttons->addStretch();
   for (auto* button : {cancel_, action_}) {
     button->setHeight(Button::Height::tall);
     buttons->addWidget(button);
   }
-  whole->addLayout(top);
-  whole->addWidget(new Hairline(theme(), box_));
-  whole->addLayout(buttons);
+  return all;
+}
+
+int Dialog::leastWidth() const {
+  return std::max(words_->minimumSizeHint().width(), answers_->minimumSizeHint().width()) + 2;
+}
+
+/// Of all that it says, which scrolls where the window is lower.
+int Dialog::heightFor(int width) const {
+  return edge + words_->heightForWidth(width - 2) + 1 + answers_->sizeHint().height();
 }
 
 void Dialog::arrange() {
@@ -140,16 +171,18 @@ void Dialog::arrange() {
   if (fills_) return box_->setGeometry(rect());
   auto width = std::min(theme().scaled(boxWidth), this->width() - 2 * windowMargin);
   // What two long words need is given, as far as the window goes.
-  width = std::max(width, std::min(box_->minimumSizeHint().width(), this->width()));
-  auto height = std::min(box_->heightForWidth(width), this->height());
+  width = std::max(width, std::min(leastWidth(), this->width()));
+  const auto whole = heightFor(width), height = std::min(whole, this->height());
+  // Left to itself a bar that was needed once stays: beside it the words need more room than there is.
+  scroll_->setVerticalScrollBarPolicy(whole > height ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
   // A little above the middle, where eyes are.
   auto top = std::max(0, (this->height() - height) * 45 / 100);
   box_->setGeometry((this->width() - width) / 2, top, width, height);
 }
 
 QSize Dialog::sizeHint() const {
-  const int width = std::max(theme().scaled(boxWidth), box_->minimumSizeHint().width());
-  return {width, box_->heightForWidth(width)};
+  const int width = std::max(theme().scaled(boxWidth), leastWidth());
+  return {width, heightFor(width)};
 }
 
 void Dialog::answer(bool yes) {
@@ -178,8 +211,9 @@ bool Dialog::event(QEvent* event) {
   return Painted::event(event);
 }
 
-bool Dialog::eventFilter(QObject*, QEvent* event) {
-  if (event->type() == QEvent::Resize) arrange();
+bool Dialog::eventFilter(QObject* object, QEvent* event) {
+  // Of what scrolls the box learns nothing by itself.
+  if (event->type() == (object == words_ ? QEvent::LayoutRequest : QEvent::Resize)) arrange();
   return false;
 }
 
@@ -196,6 +230,18 @@ void Dialog::keyPressEvent(QKeyEvent* event) {
   case Qt::Key_Left:
   case Qt::Key_Right:
     focusNextPrevChild(true);
+    break;
+  case Qt::Key_Up:
+    scroll_->verticalScrollBar()->triggerAction(QAbstractSlider::SliderSingleStepSub);
+    break;
+  case Qt::Key_Down:
+    scroll_->verticalScrollBar()->triggerAction(QAbstractSlider::SliderSingleStepAdd);
+    break;
+  case Qt::Key_PageUp:
+    scroll_->verticalScrollBar()->triggerAction(QAbstractSlider::SliderPageStepSub);
+    break;
+  case Qt::Key_PageDown:
+    scroll_->verticalScrollBar()->triggerAction(QAbstractSlider::SliderPageStepAdd);
     break;
   default:
     break; // nothing reaches the window behind

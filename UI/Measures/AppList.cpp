@@ -4,8 +4,8 @@
 #include "Base/Localization.h"
 #include "Base/Text.h"
 #include "Core/Machine/UsageOrder.h"
-#include "UI/Measures/SpokenFigure.h"
 #include "UI/Parts/Reasons.h"
+#include "UI/Parts/SpokenFigure.h"
 #include "UI/Parts/TopApps.h"
 
 #include <algorithm>
@@ -67,19 +67,11 @@ double sum(const Figures& figures, const std::vector<ProcessUsage>& processes) {
   return total;
 }
 
-std::string shown(const Figures& figures, double value, const KnownParts& known) {
-  return known.has(figures.part) ? Format::figure(figures.unit, value) : noFigure;
-}
-
-std::string spokenIn(const Figures& figures, double value, const KnownParts& known) {
-  if (!known.has(figures.part)) return {};
-  return spokenFigure(figures.unit, value);
-}
-
 /// An application with the figures that it is sorted by, made once each.
 struct Measured {
   const AppUsage* app;
   double figure, second;
+  bool isHidden = false; ///< a rate of 0 is none that was read
 };
 
 bool matches(std::string_view name, const std::string& filter) {
@@ -128,6 +120,7 @@ public:
 
   void add(const Measured& one) {
     const auto& app = *one.app;
+    isHidden_ = one.isHidden;
     BarRow row = rowOf(app.name, one.figure, one.second);
     row.key = app.id;
     if (!isSystemGroup(app)) row.identifier = app.id;
@@ -145,22 +138,31 @@ public:
   }
 
 private:
+  bool isRead(const Figures& figures, double value) const {
+    return known_.has(figures.part) && (value > 0 || !isHidden_ || figures.unit != Unit::bytesPerSecond);
+  }
+  std::string shown(const Figures& figures, double value) const {
+    return isRead(figures, value) ? Format::figure(figures.unit, value) : noFigure;
+  }
+  std::string spokenIn(const Figures& figures, double value) const {
+    return isRead(figures, value) ? spokenFigure(figures.unit, value) : std::string();
+  }
+
   BarRow rowOf(const std::string& name, double figure, double second) const {
     BarRow row;
     row.name = name;
     const auto sorted = choices_.sorted == Column::second ? second : figure;
     const auto& by = choices_.sorted == Column::second ? columns_.second : columns_.figure;
-    if (known_.has(by.part)) row.level = most_ > 0 ? sorted / most_ : 0;
-    row.figure = shown(columns_.figure, figure, known_);
-    row.second = shown(columns_.second, second, known_);
+    if (isRead(by, sorted)) row.level = most_ > 0 ? sorted / most_ : 0;
+    row.figure = shown(columns_.figure, figure);
+    row.second = shown(columns_.second, second);
     return row;
   }
 
   std::string spoken(const std::string& name, std::size_t count, double figure, double second) const {
     auto words = name;
     if (count > 1) words += ", " + localized("{n} processes", {{"n", std::to_string(count)}});
-    for (const auto& part :
-         {spokenIn(columns_.figure, figure, known_), spokenIn(columns_.second, second, known_)})
+    for (const auto& part : {spokenIn(columns_.figure, figure), spokenIn(columns_.second, second)})
       if (!part.empty()) words += ", " + part;
     return words;
   }
@@ -200,6 +202,7 @@ private:
   const KnownParts& known_;
   const AppListChoices& choices_;
   double most_;
+  bool isHidden_ = false; ///< of the application that is being added
 };
 
 std::string whyUnread(Metric metric, KnownPart part, Knowledge state, const AppListFacts& facts) {
@@ -214,13 +217,17 @@ void addNote(AppList& list, const Model& model, Metric metric, const AppListFact
   const auto part = columns(metric).figure.part;
   if (!*model.hasSample) return;
   list.isUnread = !model.known->has(part);
-  list.helperWouldTell = metric == Metric::disk && *model.privileged && (*model.privileged)->hidden > 0;
+  const bool isHiding = *model.privileged && (*model.privileged)->hidden > 0;
+  list.helperWouldTell = metric == Metric::disk && isHiding;
   if (list.isUnread)
     list.note = list.table.reason = whyUnread(metric, part, (*model.known)[part], facts);
   else if (list.helperWouldTell)
-    list.note = localized("The system does not tell you what other users' processes read and write.");
+    list.note = list.table.reason =
+        localized("The system does not tell you what other users' processes read and write.");
   else if (metric == Metric::network)
     list.note = facts.trafficNote;
+  if (metric == Metric::network && isHiding && !list.isUnread)
+    list.table.reason = localized("The system does not tell the traffic of each app.");
 }
 
 /// What the application is known by while it runs; of one that does not only its name is left. Empty for the
@@ -232,7 +239,11 @@ std::string identifierOf(const AppTotal& total, const Model& model) {
   return total.name;
 }
 
-AppList noListFor(Metric metric) {
+/// Where there is none: what stands instead of it.
+std::optional<AppList> withoutList(const Model& model, Metric metric) {
+  const bool isMains = metric == Metric::energy && *model.hasSample && !model.snapshot->battery.present;
+  if (metric != Metric::gpu && (!isMains || model.known->has(columns(metric).figure.part)))
+    return std::nullopt;
   AppList list;
   list.isThere = false;
   if (metric == Metric::gpu) list.note = localized("No figure per app exists for the GPU.");
@@ -255,13 +266,11 @@ AppList titled(Metric metric, const AppListChoices& choices) {
 } // namespace
 
 std::string tcpOnlyNote() {
-  return localized(
-      "The figures by application leave out UDP, such as most video calls: the kernel counts only the "
-      "bytes of TCP sockets. The figures above count everything.");
+  return localized("Counts TCP only: the kernel keeps no byte counts of UDP sockets.");
 }
 
 AppList appList(const Model& model, Metric metric, const AppListChoices& choices, const AppListFacts& facts) {
-  if (metric == Metric::gpu) return noListFor(metric);
+  if (auto none = withoutList(model, metric)) return *std::move(none);
   const auto& shape = columns(metric);
   auto list = titled(metric, choices);
   addNote(list, model, metric, facts);
@@ -272,7 +281,8 @@ AppList appList(const Model& model, Metric metric, const AppListChoices& choices
   std::vector<Measured> apps;
   double most = 0;
   for (const auto& app : model.snapshot->apps) {
-    const Measured one{&app, sum(shape.figure, app.processes), sum(shape.second, app.processes)};
+    const Measured one{&app, sum(shape.figure, app.processes), sum(shape.second, app.processes),
+                       isHidden(model, app)};
     most = std::max(most, choices.sorted == Column::second ? one.second : one.figure);
     if (matches(app.name, choices.filter)) apps.push_back(one);
   }
@@ -287,7 +297,7 @@ AppList appList(const Model& model, Metric metric, const AppListChoices& choices
 
 AppList pastAppList(const Model& model, Metric metric, const PastApps& past, const AppListChoices& choices,
                     const AppListFacts& facts) {
-  if (metric == Metric::gpu) return noListFor(metric);
+  if (auto none = withoutList(model, metric)) return *std::move(none);
   auto list = titled(metric, choices);
   addNote(list, model, metric, facts);
   list.table.sorts = false;

@@ -4,7 +4,7 @@
 #include "Base/Localization.h"
 #include "UI/Kit/ChartRules.h"
 #include "UI/Measures/MeasurePage.h"
-#include "UI/Measures/SpokenFigure.h"
+#include "UI/Parts/SpokenFigure.h"
 #include "UI/Parts/Tiles.h"
 
 #include <algorithm>
@@ -131,7 +131,8 @@ std::optional<SeriesSummary> liveSummary(const Model& model, Metric metric) {
   return summary;
 }
 
-ChartData liveChart(const Model& model, const LiveDirections& directions, Metric metric) {
+ChartData liveChart(const Model& model, const LiveDirections& directions, Metric metric,
+                    const std::vector<FreedEntry>& cleanUps) {
   auto data = chartOf(model, metric, TimeAxis::live);
   data.end = model.snapshot->date;
   data.begin = data.end - Model::liveSpan;
@@ -144,12 +145,13 @@ ChartData liveChart(const Model& model, const LiveDirections& directions, Metric
   data.state = ChartData::State::recorded;
   if (metric == Metric::disk || metric == Metric::network) {
     data.lines = directionLines(directions.points(), metric);
-    return data;
+  } else {
+    ChartLine line{nameOf(metric), tokenOf(metric), {}};
+    if (const auto found = model.live->find(metric); found != model.live->end())
+      for (const auto& point : found->second) line.buckets.push_back(instant(point.date, point.value));
+    data.lines = {std::move(line)};
   }
-  ChartLine line{nameOf(metric), tokenOf(metric), {}};
-  if (const auto found = model.live->find(metric); found != model.live->end())
-    for (const auto& point : found->second) line.buckets.push_back(instant(point.date, point.value));
-  data.lines = {std::move(line)};
+  addEvents(data, model, metric, cleanUps);
   return data;
 }
 

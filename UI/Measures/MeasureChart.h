@@ -12,7 +12,8 @@
 
 namespace korvell {
 
-ChartData liveChart(const Model& model, const LiveDirections& directions, Metric metric);
+ChartData liveChart(const Model& model, const LiveDirections& directions, Metric metric,
+                    const std::vector<FreedEntry>& cleanUps);
 
 /// `now` bounds nothing: the range was asked a moment ago.
 ChartData rangeChart(const Model& model, Metric metric, const RangeHistory& history,

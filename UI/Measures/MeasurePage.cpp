@@ -3,9 +3,9 @@
 #include "Base/Format.h"
 #include "Base/Localization.h"
 #include "UI/Measures/MeasureChart.h"
-#include "UI/Measures/SpokenFigure.h"
 #include "UI/Parts/Figures.h"
 #include "UI/Parts/Reasons.h"
+#include "UI/Parts/SpokenFigure.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -38,6 +38,12 @@ public:
   MeasureFact fact(std::string caption, KnownPart part, const std::string& formatted) const {
     return fact(std::move(caption), part, figureOf(formatted));
   }
+  /// Bytes that the history has added up: none is not known while it can't be read.
+  MeasureFact total(std::string caption, KnownPart part, double bytes) const {
+    if (bytes == 0 && *model_.historyProblem)
+      return unknown(std::move(caption), (*model_.historyProblem)->detail);
+    return fact(std::move(caption), part, Format::bytes(bytes));
+  }
   /// Before the second sample nothing else is the reason.
   MeasureFact unknown(std::string caption, std::string reason) const {
     return {std::move(caption),
@@ -67,7 +73,9 @@ void addCPU(MeasurePage& page, const Model& model, const MeasureBeside& beside) 
   if (model.totals->cpuToday > 0)
     page.facts.push_back({localized("Today"), figureOf(Format::percent(model.totals->cpuToday))});
   else
-    page.facts.push_back(known.unknown(localized("Today"), localized("Nothing is recorded of today yet")));
+    page.facts.push_back(known.unknown(
+        localized("Today"), *model.historyProblem ? (*model.historyProblem)->detail
+                                                  : localized("Nothing is recorded of today yet")));
   if (!known.has(processor)) return;
   const int count = int(cpu.perCore.size()), fast = cpu.performanceCores;
   const bool areTwo = fast > 0 && cpu.efficiencyCores > 0 && fast + cpu.efficiencyCores == count;
@@ -137,8 +145,7 @@ void addDisk(MeasurePage& page, const Model& model, const MeasureBeside& beside)
   page.lead = localized("Read");
   known.lead(page, KnownPart::disks, Format::rate(disk.readRate));
   page.facts = {known.fact(localized("Written"), KnownPart::disks, Format::rate(disk.writeRate)),
-                known.fact(localized("Written today"), KnownPart::disks,
-                           Format::bytes(model.totals->diskWrittenToday))};
+                known.total(localized("Written today"), KnownPart::disks, model.totals->diskWrittenToday)};
   page.volumes.emplace();
   if (known.has(KnownPart::volumes))
     for (const auto& volume : disk.volumes) page.volumes->push_back(volumeRow(volume));
@@ -155,9 +162,12 @@ void addNetwork(MeasurePage& page, const Model& model, const MeasureBeside& besi
   known.lead(page, KnownPart::network, Format::rate(network.inRate));
   fact(localized("Up"), figureOf(Format::rate(network.outRate)));
   fact(localized("Interface"), words(network.interface));
-  fact(localized("Today"), figureOf(Format::bytes(totals.networkToday)));
-  fact(localized("7 days"), figureOf(Format::bytes(totals.network7Days)));
-  fact(localized("30 days"), figureOf(Format::bytes(totals.network30Days)));
+  const auto total = [&](std::string caption, double bytes) {
+    page.facts.push_back(known.total(std::move(caption), KnownPart::network, bytes));
+  };
+  total(localized("Today"), totals.networkToday);
+  total(localized("7 days"), totals.network7Days);
+  total(localized("30 days"), totals.network30Days);
 }
 
 void addGPU(MeasurePage& page, const Model& model, const MeasureBeside& beside) {

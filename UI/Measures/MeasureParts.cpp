@@ -8,7 +8,7 @@
 #include "UI/Kit/Meters.h"
 #include "UI/Kit/Paint.h"
 #include "UI/Kit/Text.h"
-#include "UI/Measures/SpokenFigure.h"
+#include "UI/Parts/SpokenFigure.h"
 
 #include <QHelpEvent>
 #include <QMouseEvent>

@@ -32,6 +32,7 @@ MeasureSession::MeasureSession(Services services, Metric metric, HistoryRange ra
                                std::function<void()> changed)
     : services_(services), metric_(metric), changed_(std::move(changed)), range_(range),
       cycles_(services.model.cycle.observe([this](std::int64_t) { tick(); })) {
+  cleanUps_ = StorageLog::entries(services_.defaults);
   if (range_ != HistoryRange::live) askRange();
   askAverage();
   rebuild();
@@ -229,7 +230,7 @@ void MeasureSession::rebuild() {
   if (history_)
     chart_ = rangeChart(model, metric_, *history_, cleanUps_, services_.zone);
   else
-    chart_ = liveChart(model, services_.directions, metric_);
+    chart_ = liveChart(model, services_.directions, metric_, cleanUps_);
   if (pinned_ || pointed_) {
     // They have moved out of the range, or their buckets begin elsewhere now.
     const auto dates = stops(chart_);

@@ -103,7 +103,7 @@ private:
   std::function<void()> changed_;
   HistoryRange range_;
   std::optional<RangeHistory> history_;           ///< nothing: the chart is live
-  std::vector<FreedEntry> cleanUps_;              ///< read with it
+  std::vector<FreedEntry> cleanUps_;              ///< as they were when the chart was begun
   std::optional<Date> pinned_, pointed_, wanted_; ///< wanted: to be pinned when the range is there
   AppListChoices choices_;
   bool isSettled_ = false, wantsRange_ = false;

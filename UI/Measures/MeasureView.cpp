@@ -87,10 +87,10 @@ MeasureView::MeasureView(Services services, Metric metric, HistoryRange range)
       chart_(new ChartView(services_.theme, services_.session.zone, content_)),
       finding_(new TextLabel(services_.theme, TextStyle::body, Token::warning, "", content_)),
       battery_(new Button(services_.theme, Button::Kind::quiet, localized("Battery Settings"), content_)),
-      side_(new QWidget(content_)), gap_(new QWidget(content_)), volumesBox_(new QWidget(content_)),
-      devicesBox_(new QWidget(content_)), listBox_(new QWidget(content_)), findingBox_(new QWidget(content_)),
-      pinBox_(new QWidget(listBox_)), cores_(new CoreBars(services_.theme, side_)),
-      volumes_(new VolumeList(services_.theme, volumesBox_)),
+      rule_(new Hairline(services_.theme, content_)), side_(new QWidget(content_)),
+      gap_(new QWidget(content_)), volumesBox_(new QWidget(content_)), devicesBox_(new QWidget(content_)),
+      listBox_(new QWidget(content_)), findingBox_(new QWidget(content_)), pinBox_(new QWidget(listBox_)),
+      cores_(new CoreBars(services_.theme, side_)), volumes_(new VolumeList(services_.theme, volumesBox_)),
       devices_(new DeviceList(services_.theme, devicesBox_)),
       listTitle_(new TextLabel(services_.theme, TextStyle::head, Token::text1, "", listBox_)),
       note_(new TextLabel(services_.theme, TextStyle::small, Token::text2, "", listBox_)),
@@ -168,7 +168,7 @@ void MeasureView::build() {
   findingRow->addWidget(finding_, 1, Qt::AlignVCenter);
   findingRow->addWidget(battery_);
   add(findingBox_, 8);
-  add(new Hairline(services_.theme, content_), 12);
+  add(rule_, 12);
   column_->addSpacing(14);
   buildVolumes(*column_);
   halves_ = new QHBoxLayout;
@@ -325,6 +325,8 @@ void MeasureView::update() {
   const auto& page = session_.page();
   facts_->setPage(page);
   set(*absent_, page.absent);
+  const auto& list = session_.list();
+  rule_->setVisible(list.isThere || !list.note.empty() || page.volumes || !page.devices.empty());
   composition_->setParts(page.composition);
   composition_->setVisible(!page.composition.empty());
   chart_->setData(session_.chart());

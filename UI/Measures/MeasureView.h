@@ -91,6 +91,7 @@ private:
   ChartView* chart_;
   TextLabel* finding_;
   Button* battery_;
+  QWidget* rule_; ///< above what stands below the chart
   QWidget *side_, *gap_, *volumesBox_, *devicesBox_, *listBox_, *findingBox_, *pinBox_;
   CoreBars* cores_;
   VolumeList* volumes_;

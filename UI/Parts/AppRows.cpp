@@ -74,7 +74,7 @@ void AppRowView::show(const AppRow& row, UsageKey sortedBy) {
   row_ = row;
   sortedBy_ = sortedBy;
   setName(row.spoken);
-  setToolTip(text(row.note));
+  setReason(row.note);
   update();
 }
 

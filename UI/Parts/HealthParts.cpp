@@ -1,6 +1,7 @@
 #include "UI/Parts/HealthParts.h"
 
 #include "Base/Localization.h"
+#include "Base/Text.h"
 #include "UI/Parts/Figures.h"
 
 #include <cmath>
@@ -24,9 +25,9 @@ namespace {
 /// A button grows with its words, so that a name in it is of modest length; the question that follows names
 /// it.
 std::string quitWords(const std::string& name) {
-  constexpr std::size_t longestName = 24; // bytes
-  return name.empty() || name.size() > longestName ? localized("Quit…")
-                                                   : localized("Quit {name}…", {{"name", name}});
+  constexpr int longestName = 24;
+  return name.empty() || displayWidth(name) > longestName ? localized("Quit…")
+                                                          : localized("Quit {name}…", {{"name", name}});
 }
 
 std::optional<Step> stepOf(const Insight::Action& action, bool hasBatterySettings) {

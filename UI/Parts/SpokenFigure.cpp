@@ -1,4 +1,4 @@
-#include "UI/Measures/SpokenFigure.h"
+#include "UI/Parts/SpokenFigure.h"
 
 #include "Base/Format.h"
 #include "Base/Localization.h"
@@ -23,18 +23,23 @@ constexpr std::pair<std::string_view, const char*> endings[] = {{" B/s", "{n} by
                                                                 {"°C", "{n} degrees"},
                                                                 {"%", "{n} percent"}};
 
-} // namespace
-
-std::string spokenFigure(Unit unit, double value) {
-  const auto shown = Format::figure(unit, value);
+std::string spoken(const std::string& shown, bool isOfCore) {
   for (const auto& [ending, words] : endings) {
     if (!shown.ends_with(ending)) continue;
     auto number = shown.substr(0, shown.size() - ending.size());
     const auto gap = currentLanguage().numbers.beforePercent;
     if (number.ends_with(gap)) number.resize(number.size() - gap.size());
-    return localized(unit == Unit::corePercent ? "{n} percent of one core" : words, {{"n", number}});
+    return localized(isOfCore ? "{n} percent of one core" : words, {{"n", number}});
   }
   return shown;
 }
+
+} // namespace
+
+std::string spokenFigure(Unit unit, double value) {
+  return spoken(Format::figure(unit, value), unit == Unit::corePercent);
+}
+
+std::string spokenFigure(const Figure& figure) { return spoken(textOf(figure), false); }
 
 } // namespace korvell

@@ -5,6 +5,7 @@
 #include "UI/Kit/ChartRules.h"
 #include "UI/Parts/Figures.h"
 #include "UI/Parts/Reasons.h"
+#include "UI/Parts/SpokenFigure.h"
 
 #include <algorithm>
 #include <cmath>
@@ -143,17 +144,12 @@ std::string courseText(const std::vector<HistoryPoint>& series) {
   return change > 0 ? localized("rising over 5 minutes") : localized("falling over 5 minutes");
 }
 
-std::string spokenUnit(const Figure& figure) {
-  if (figure.unit == "%") return localized("{n} percent", {{"n", figure.number}});
-  return figure.unit.empty() ? figure.number : figure.number + " " + figure.unit;
-}
-
 std::string nameOf(const Tile& tile, const std::string& course) {
   if (figureOf("–") == tile.figure)
     return tile.reason.empty()
                ? tile.title
                : localized("{title}, {reason}", {{"title", tile.title}, {"reason", tile.reason}});
-  const auto figure = spokenUnit(tile.figure);
+  const auto figure = spokenFigure(tile.figure);
   if (course.empty()) return localized("{title}, {figure}", {{"title", tile.title}, {"figure", figure}});
   return localized("{title}, {figure}, {course}",
                    {{"title", tile.title}, {"figure", figure}, {"course", course}});

@@ -4,6 +4,7 @@
 #include "Base/Text.h"
 #include "Core/Machine/Quit.h"
 #include "UI/Parts/Figures.h"
+#include "UI/Parts/SpokenFigure.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -12,11 +13,6 @@ namespace korvell {
 
 namespace {
 
-/// What the system hides from this user counts as 0 in the sums of its own group.
-bool hides(const Model& model, const AppUsage& app) {
-  return isSystemGroup(app) && *model.privileged && (*model.privileged)->hidden > 0;
-}
-
 Figure rate(double value, bool isKnown) {
   return figureOf(Unit::bytesPerSecond, isKnown ? std::optional(value) : std::nullopt);
 }
@@ -24,8 +20,9 @@ Figure rate(double value, bool isKnown) {
 AppRow rowOf(const AppUsage& app, UsageKey key, double greatest, const Model& model) {
   const double cpu = app.cpu();
   const double disk = usageValue(UsageKey::disk, app), network = usageValue(UsageKey::network, app);
-  const bool hasDisk = disk > 0 || !hides(model, app);
-  const bool hasNetwork = model.known->has(KnownPart::processTraffic) && (network > 0 || !hides(model, app));
+  const bool hasDisk = disk > 0 || !isHidden(model, app);
+  const bool hasNetwork =
+      model.known->has(KnownPart::processTraffic) && (network > 0 || !isHidden(model, app));
   AppRow row{.id = app.id,
              .name = app.name,
              .icon = app.bundlePath,
@@ -41,16 +38,19 @@ AppRow rowOf(const AppUsage& app, UsageKey key, double greatest, const Model& mo
     row.note = localized("The system does not tell you what other users' processes read and write.");
   else if (!hasNetwork)
     row.note = localized("The system does not tell the traffic of each app.");
-  row.spoken = localized("{name}, {processes}, {cpu} percent of one core, {memory} {unit}",
+  row.spoken = localized("{name}, {processes}, {cpu}, {memory}",
                          {{"name", app.name},
                           {"processes", counted(row.processes, "1 process", "{n} processes")},
-                          {"cpu", row.cpu.number},
-                          {"memory", row.memory.number},
-                          {"unit", row.memory.unit}});
+                          {"cpu", spokenFigure(Unit::corePercent, cpu)},
+                          {"memory", spokenFigure(row.memory)}});
   return row;
 }
 
 } // namespace
+
+bool isHidden(const Model& model, const AppUsage& app) {
+  return isSystemGroup(app) && *model.privileged && (*model.privileged)->hidden > 0;
+}
 
 bool isKorvell(const AppUsage& app) {
   const auto isOurs = [](const ProcessUsage& process) {

@@ -4,8 +4,8 @@
 #include "Base/Format.h"
 #include "Base/Localization.h"
 #include "Core/DevServers/DevServerRules.h"
-#include "UI/Measures/SpokenFigure.h"
 #include "UI/Parts/Figures.h"
+#include "UI/Parts/SpokenFigure.h"
 
 #include <algorithm>
 #include <string_view>

@@ -32,7 +32,7 @@ void CardSharing::tell(Banner& banner, const Result<std::string>& saved) const {
                       saved.reason());
   const auto name = saved->substr(saved->rfind('/') + 1);
   banner.say(Tone::good, localized("The card is in Downloads and on the clipboard."), name);
-  banner.offer(localized("Show in Finder"), [show = services_.showFile, path = *saved] { show(path); });
+  banner.offer(localized("Show"), [show = services_.showFile, path = *saved] { show(path); });
 }
 
 } // namespace korvell

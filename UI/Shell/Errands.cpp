@@ -14,13 +14,16 @@ bool isCleanup(const ActionRequest& request) { return std::holds_alternative<Cle
 } // namespace
 
 Question questionOf(const ActionDescription& description) {
-  Question question{.title = description.title, .text = description.message, .action = description.button};
-  question.permanent = description.isPermanent;
+  Question question{.title = description.title,
+                    .passages = {{.text = description.message}},
+                    .action = description.button,
+                    .permanent = description.isPermanent};
+  auto& passage = question.passages.front();
   const auto& details = description.details;
   const auto shown = details.size() > mostDetails ? mostDetails - 1 : details.size();
-  question.well.assign(details.begin(), details.begin() + std::ptrdiff_t(shown));
+  passage.well.assign(details.begin(), details.begin() + std::ptrdiff_t(shown));
   if (shown < details.size())
-    question.more = localized("and {count} more", {{"count", std::to_string(details.size() - shown)}});
+    passage.more = localized("and {count} more", {{"count", std::to_string(details.size() - shown)}});
   return question;
 }
 

@@ -15,6 +15,7 @@
 #include "UI/Shell/FileManager.h"
 #include "UI/Shell/QuestionWindow.h"
 #include "UI/Shell/Speech.h"
+#include "UI/Tray/TrayHelp.h"
 #include "UI/Welcome/WelcomeView.h"
 
 #include <QApplication>
@@ -166,10 +167,9 @@ void KorvellApp::wear(const DesktopWishes& wishes) {
 void KorvellApp::trayFound(TrayWatch::State state) {
   if (state != TrayWatch::State::present) {
     return window_.tell([] {
-      return MainWindow::Notice(
-          localized("This desktop shows no tray, so Korvell opens here."),
-          localized("A panel or an extension that shows status items would help. Starting Korvell "
-                    "again opens this window."));
+      return MainWindow::Notice(localized("This desktop shows no tray, so Korvell opens here."),
+                                trayHelp(processEnvironment()("XDG_CURRENT_DESKTOP").value_or("")) + " " +
+                                    localized("Starting Korvell again opens this window."));
     });
   }
   window_.untell();
@@ -294,6 +294,7 @@ std::function<void(SidebarItem)> KorvellApp::openHelp() const {
 SettingsEditor::Services KorvellApp::settingsServices() {
   auto services = SettingsEditor::of(host_, assembly_, *model_, store_, loop_.main(), desktopQueue());
   services.styleChanged = [this] {
+    model_->menuBar.styleChanged();
     if (tray_) tray_->update();
   };
   services.appearanceChanged = [this] { wear(wishes_); };
@@ -321,11 +322,13 @@ Queue& KorvellApp::desktopQueue() {
 void KorvellApp::askToQuit() {
   QWidget* window = panel_ ? static_cast<QWidget*>(panel_) : window_.isVisible() ? window_.widget() : nullptr;
   if (!window) return loop_.quit();
+  if (!panel_) window_.show(std::nullopt); // a question in a window that is minimized or covered is none
   Dialog::ask(theme_,
               {.title = localized("Quit Korvell?"),
-               .text = launched_.tookOver
-                           ? localized("Korvell goes on measuring in the background.")
-                           : localized("Korvell stops measuring and recording until it is opened again."),
+               .passages = {{.text = launched_.tookOver
+                                         ? localized("Korvell goes on measuring in the background.")
+                                         : localized("Korvell stops measuring and recording until it is "
+                                                     "opened again.")}},
                .action = localized("Quit")},
               *window, [this](bool yes) {
                 if (yes) loop_.quit();

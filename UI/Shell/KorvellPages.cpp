@@ -184,11 +184,12 @@ void KorvellApp::explain(ProcessID pid, QWidget& window, Banner& banner) {
     if (!process)
       return told->say(Tone::info, localized("There is no process {pid}.", {{"pid", std::to_string(pid)}}));
     Question question{.title = localized("Why is {name} here?", {{"name", process->name()}}),
+                      .passages = {{}},
                       .action = localized("Copy"),
                       .cancel = localized("Close")};
     std::string all;
     for (const auto& [label, words] : ownerLines(pid, *process)) {
-      question.well.push_back(label + ": " + words);
+      question.passages.front().well.push_back(label + ": " + words);
       all += label + ": " + words + "\n";
     }
     Dialog::ask(theme_, question, *over, [all](bool copies) {

@@ -33,10 +33,13 @@ public:
     action.setEnabled(false);
     QTimer::singleShot(glance, &action, [&action] { action.setEnabled(true); });
     ensurePolished();
-    const auto size = dialog_->sizeHint();
+    auto size = dialog_->sizeHint();
+    const auto* screen = QGuiApplication::primaryScreen();
+    const auto available = screen ? screen->availableGeometry() : QRect(QPoint(), size);
+    constexpr int frame = 48; // what the window manager draws around it, at most
+    size.setHeight(std::min(size.height(), available.height() - frame));
     setFixedSize(size);
-    if (const auto* screen = QGuiApplication::primaryScreen()) {
-      const auto available = screen->availableGeometry();
+    if (screen) {
       move(available.center() - QPoint(size.width() / 2, size.height() / 2));
     }
   }
@@ -54,8 +57,10 @@ private:
 Question agentQuestion(const ActionDescription& description) {
   auto question = questionOf(description);
   question.title = localized("An agent asks: {question}", {{"question", cleanedText(question.title)}});
-  question.text = cleanedText(question.text);
-  for (auto& line : question.well) line = cleanedText(line);
+  for (auto& passage : question.passages) {
+    passage.text = cleanedText(passage.text);
+    for (auto& line : passage.well) line = cleanedText(line);
+  }
   question.cancel = localized("Don't");
   return question;
 }

@@ -1,6 +1,6 @@
 #pragma once
 // The question before a clean-up, as the dialog sets it: word for word what describes the action, the paths
-// in a well where there is one list of them.
+// in wells.
 
 #include "App/Actions.h"
 #include "UI/Kit/Dialog.h"

@@ -3,6 +3,7 @@
 #include "UI/Kit/Dialog.h"
 #include "UI/Kit/Focus.h"
 
+#include <QScrollBar>
 #include <QShortcut>
 
 namespace korvell {
@@ -79,8 +80,9 @@ TEST_F(DialogTests, aSecondQuestionRefusesTheFirst) {
 
 TEST_F(DialogTests, aloneItFillsAWindowOfItsSize) {
   QWidget alone;
-  auto& dialog = Dialog::fill(theme, {.title = "Quit Firefox?", .well = {"4711 firefox"}, .action = "Quit"},
-                              alone, [this](bool yes) { answers.push_back(yes); });
+  auto& dialog = Dialog::fill(
+      theme, {.title = "Quit Firefox?", .passages = {{.well = {"4711 firefox"}}}, .action = "Quit"}, alone,
+      [this](bool yes) { answers.push_back(yes); });
   alone.resize(dialog.sizeHint());
   show(alone);
   EXPECT_EQ(dialog.geometry(), alone.rect());
@@ -103,22 +105,68 @@ TEST_F(DialogTests, aWindowThatGoesLeavesItUnanswered) {
 TEST_F(DialogTests, longWordsMakeItHigherAndPathsAreElidedInTheMiddle) {
   auto heightOf = [&](Question question) {
     auto& dialog = ask(std::move(question));
-    auto* box = dialog.cancelButton().parentWidget();
+    auto* box = &dialog.box();
     EXPECT_LE(box->width(), 460);
     EXPECT_TRUE(dialog.rect().contains(box->geometry()));
     for (auto* label : all<TextLabel>(*box)) EXPECT_EQ(label->cutText(), std::nullopt);
     return box->height();
   };
   std::string sentence = "It launches a program which no longer exists. ";
-  auto low = heightOf({.title = "Remove?", .text = sentence, .action = "Move to Trash"});
-  auto high =
-      heightOf({.title = "Remove?", .text = sentence + sentence + sentence, .action = "Move to Trash"});
+  auto low = heightOf({.title = "Remove?", .passages = {{sentence}}, .action = "Move to Trash"});
+  auto high = heightOf(
+      {.title = "Remove?", .passages = {{sentence + sentence + sentence}}, .action = "Move to Trash"});
   EXPECT_GT(high, low);
   window.resize(360, 500);
   heightOf({.title = "Remove this?",
-            .well = {std::string(200, 'x')},
+            .passages = {{.well = {std::string(200, 'x')}}},
             .action = "Endgültig löschen",
             .permanent = true});
+}
+
+TEST_F(DialogTests, whatHasRoomDoesNotScroll) {
+  const std::string path = "~/code/project/node_modules",
+                    long_ = "Permanently deletes every stopped container, "
+                            "networks no container uses, dangling images and "
+                            "unused build cache. Tagged images are kept.";
+  auto& dialog = ask(
+      {.icon = Icon::trash,
+       .title = "Free 13.4 GB?",
+       .passages = {{"Moves to the Trash:", {path, path, path, path}, "and 1 more", "They can be put back."},
+                    {long_},
+                    {long_}},
+       .action = "Delete Permanently",
+       .permanent = true});
+  window.resize(720, 300);
+  QApplication::processEvents();
+  window.resize(720, 560);
+  QApplication::processEvents();
+  for (auto* label : all<TextLabel>(dialog.box())) {
+    EXPECT_EQ(label->visibleRegion().boundingRect(), label->rect()) << label->words().toStdString();
+    EXPECT_EQ(label->cutText(), std::nullopt);
+  }
+  for (auto* bar : all<QScrollBar>(dialog.box())) EXPECT_FALSE(bar->isVisible());
+}
+
+TEST_F(DialogTests, whatIsHigherThanTheWindowScrollsAboveTheButtons) {
+  std::string lines;
+  for (int i = 0; i < 60; ++i) lines += "~/.cache/some-package\n";
+  auto& dialog = ask({.title = "Free 20 GB?",
+                      .passages = {{lines}, {"This cannot be undone."}},
+                      .action = "Delete Permanently",
+                      .permanent = true});
+  const auto inBox = [&](const QWidget& part) {
+    return QRect(part.mapTo(&dialog, QPoint()), part.size()).intersected(dialog.box().geometry());
+  };
+  EXPECT_TRUE(dialog.rect().contains(dialog.box().geometry()));
+  for (auto* button : {&dialog.cancelButton(), &dialog.actionButton()}) {
+    EXPECT_EQ(inBox(*button).size(), button->size());
+    EXPECT_FALSE(button->visibleRegion().isEmpty());
+  }
+  auto* last = all<TextLabel>(dialog.box()).back();
+  EXPECT_EQ(last->cutText(), std::nullopt);
+  EXPECT_TRUE(last->visibleRegion().isEmpty()) << "it is further down";
+  for (int i = 0; i < 5; ++i) key(window, Qt::Key_PageDown);
+  EXPECT_EQ(last->visibleRegion().boundingRect(), last->rect());
 }
 
 } // namespace

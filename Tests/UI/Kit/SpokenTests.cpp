@@ -179,9 +179,7 @@ TEST_F(SpokenTests, aQuestionIsReadWhole) {
   show(window);
   auto& dialog = Dialog::ask(theme,
                              {.title = "Move 2 GB to the Trash?",
-                              .text = "Moves to the Trash:",
-                              .well = {"~/a", "~/b"},
-                              .more = "and 1 more",
+                              .passages = {{"Moves to the Trash:", {"~/a", "~/b"}, "and 1 more"}},
                               .action = "Move to Trash"},
                              window, {});
   EXPECT_EQ(of(dialog).role(), QAccessible::Dialog);
