@@ -142,19 +142,22 @@ def sound(sweep, app):
         return sweep.sweep(section("Sound"))
     players = start_sound(app, "alpha")
     open_section("Sound")
-    slider = screen.await_node("slider", "Volume of alpha", seconds=40)
+    screen.await_node("slider", "Volume of alpha", seconds=40)
+
+    def move(name):
+        sweep.focus(screen.await_node("slider", "Volume of " + name))
+        screen.press("Left")
     for by_pointer in (True, False):
-        players.append(start_player(app, "beta"))
+        player = start_player(app, "beta")
         for name in ("alpha", "beta"):
-            sweep.focus(screen.await_node("slider", "Volume of " + name, seconds=10))
-            screen.press("Left")
-        players.pop().terminate()
-        for name in ("Reset alpha", "Reset All"):
+            move(name)
+        player.terminate()
+        open_section("Health")  # while somebody is on the page rows stay where they are
+        open_section("Sound")
+        for name in ("Reset All", "Reset alpha"):
             sweep.press_named(name, by_pointer)
             wait_for("the end of " + name, lambda: not screen.find("push button", name), 5)
-    sweep.focus(slider)
-    screen.press("Left")
-    screen.await_node("push button", "Reset alpha")
+            move("alpha")
     sweep.sweep(section("Sound"), but=("Reset alpha",))
     stop_sound(app, players)
 

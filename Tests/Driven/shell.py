@@ -110,6 +110,10 @@ def another_language(app):
     in_section("Memory")
 
 
+def active_window():
+    return subprocess.run(["xdotool", "getactivewindow", "getwindowname"], capture_output=True, text=True).stdout.strip()
+
+
 def the_items_menu(app):
     def choose(words):
         item, entries = app.desktop.items()[0], tray_menu(app)
@@ -122,6 +126,12 @@ def the_items_menu(app):
     in_section("Free Up Space")
     choose("Settings…")
     wait_for("the settings", lambda: screen.window("Settings"))
+    screen.press("Escape")
+    subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^Korvell$", "windowactivate", "--sync",
+                    "windowminimize"], check=True)
+    wait_for("the minimized window", lambda: active_window() != "Korvell")
+    choose("Quit Korvell")
+    wait_for("the question, to be seen", lambda: active_window() == "Korvell" and screen.find("push button", "Quit"))
     screen.press("Escape")
     choose("Open panel")
     wait_for("the panel", lambda: screen.window("Korvell panel"))

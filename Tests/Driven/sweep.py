@@ -147,6 +147,10 @@ class Sweep:
         button = screen.await_node("push button", name)
         screen.click(button) if by_pointer else (self.focus(button), screen.press("space"))
 
+    def point_away(self, window):
+        x, y, _, _ = window.box()
+        subprocess.run(["xdotool", "mousemove", str(x + 10), str(y + 10)], check=True)
+
     def both_ways(self, place, key):
         """A press with the pointer, then one with the keyboard; what both did."""
         outcomes = []
@@ -286,8 +290,7 @@ class Sweep:
         screen.press("Escape", "Home", "Right")
         self.copied(place, key, "keyboard")
         screen.press("Escape", "1")
-        x, y, _, _ = place.window().box()
-        subprocess.run(["xdotool", "mousemove", str(x + 10), str(y + 10)], check=True)  # it points at nothing any more
+        self.point_away(place.window())
 
     def copied(self, place, key, way):
         self.display.forget_clipboard()
