@@ -17,6 +17,9 @@ TEST_F(TrayFormTests, nothingIsClaimedBeforeTheFirstReport) {
     EXPECT_FALSE(form(style.value).score);
     EXPECT_FALSE(form(style.value).isFilled) << "a score of 0 is none";
     EXPECT_EQ(tooltip(style.value), "Korvell: measuring…");
+    const auto label = menuBarLabel(form(style.value));
+    EXPECT_EQ(label.symbol, MenuBarLabel::Symbol::heart);
+    EXPECT_EQ(label.text, style.value == MenuBarStyle::icon ? std::nullopt : std::optional<std::string>("–"));
   }
 }
 
@@ -36,6 +39,10 @@ TEST_F(TrayFormTests, eachStyleShowsAndSaysWhatItHas) {
   EXPECT_EQ(form(MenuBarStyle::graphs).bars, *model->menuBar.cpuHistory);
   EXPECT_EQ(tooltip(MenuBarStyle::icon), "Korvell: health 74, Fair.");
   EXPECT_EQ(tooltip(MenuBarStyle::cpuAndMemory), "Korvell: health 74, Fair. CPU 24%, memory 63%.");
+
+  for (const auto& style : EnumTable<MenuBarStyle>::cases)
+    EXPECT_EQ(menuBarLabel(form(style.value)), MenuBarLabel::make(model->menuBar, style.value))
+        << "wide or square, it tells the same";
 
   const auto before = form(MenuBarStyle::icon);
   model->menuBar.cpu.set(90);

@@ -173,7 +173,7 @@ void KorvellApp::trayFound(TrayWatch::State state) {
     });
   }
   window_.untell();
-  tray_.emplace(*model_, *host_.defaults,
+  tray_.emplace(*model_, *host_.defaults, theme_,
                 TrayItem::Actions{.openPanel = [this] { openPanel(); },
                                   .openKorvell = [this] { show(std::nullopt); },
                                   .freeUpSpace = [this] { show(SidebarItem::storage); },

@@ -1,6 +1,5 @@
 #include "UI/Tray/TrayForm.h"
 
-#include "App/MenuBarLabel.h"
 #include "Base/Localization.h"
 
 namespace korvell {
@@ -16,6 +15,15 @@ TrayForm trayForm(const Model& model, MenuBarStyle style) {
   form.memory = *model.menuBar.memory;
   if (style == MenuBarStyle::graphs) form.bars = *model.menuBar.cpuHistory;
   return form;
+}
+
+MenuBarLabel menuBarLabel(const TrayForm& form) {
+  if (form.score)
+    return MenuBarLabel::make(
+        {.score = *form.score, .cpu = form.cpu, .memory = form.memory, .cpuHistory = form.bars}, form.style);
+  MenuBarLabel unknown{.symbol = MenuBarLabel::Symbol::heart};
+  if (form.style != MenuBarStyle::icon) unknown.text = "–";
+  return unknown;
 }
 
 std::string trayTooltip(const TrayForm& form, const HealthReport& report) {

@@ -2,7 +2,7 @@
 // What the tray item shows and says, as plain values: compared, so that the desktop is sent a picture only
 // when it changed.
 
-#include "App/MenuBarStyle.h"
+#include "App/MenuBarLabel.h"
 #include "App/Model.h"
 
 #include <optional>
@@ -24,6 +24,9 @@ struct TrayForm {
 };
 
 TrayForm trayForm(const Model& model, MenuBarStyle style);
+
+/// The form for a menu bar, where there is room beside the symbol.
+MenuBarLabel menuBarLabel(const TrayForm& form);
 
 /// "Korvell: health 87, Good. CPU 24%, memory 63%."
 std::string trayTooltip(const TrayForm& form, const HealthReport& report);

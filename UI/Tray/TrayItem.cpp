@@ -1,11 +1,15 @@
 #include "UI/Tray/TrayItem.h"
 
 #include "Base/Localization.h"
+#include "UI/Tray/MenuBarIcon.h"
+
+#include <QCursor>
 
 namespace korvell {
 
-TrayItem::TrayItem(Model& model, const UserDefaults& defaults, Actions actions)
-    : model_(model), defaults_(defaults), cycles_(model.cycle.observe([this](std::int64_t) { update(); })) {
+TrayItem::TrayItem(Model& model, const UserDefaults& defaults, const Theme& theme, Actions actions)
+    : model_(model), defaults_(defaults), theme_(theme),
+      cycles_(model.cycle.observe([this](std::int64_t) { update(); })) {
   // The panel first, for trays that show the menu on any click.
   for (const auto& action :
        {actions.openPanel, actions.openKorvell, actions.freeUpSpace, actions.openSettings, actions.quit}) {
@@ -13,13 +17,22 @@ TrayItem::TrayItem(Model& model, const UserDefaults& defaults, Actions actions)
     QObject::connect(entries_.back(), &QAction::triggered, action);
   }
   menu_.insertSeparator(entries_[3]);
-  icon_.setContextMenu(&menu_);
-  QObject::connect(&icon_, &QSystemTrayIcon::activated,
-                   [open = actions.openPanel](QSystemTrayIcon::ActivationReason reason) {
-                     if (reason != QSystemTrayIcon::Context) open();
-                   });
+  // In a menu bar the toolkit would open it at every click, over the panel.
+  if (!isMenuBar_) icon_.setContextMenu(&menu_);
+  QObject::connect(
+      &icon_, &QSystemTrayIcon::activated,
+      [this, open = actions.openPanel](QSystemTrayIcon::ActivationReason reason) { clicked(reason, open); });
   speakAnew();
   icon_.show();
+}
+
+void TrayItem::clicked(QSystemTrayIcon::ActivationReason reason, const Task& openPanel) {
+  if (reason != QSystemTrayIcon::Context) return openPanel();
+  if (isMenuBar_) menu_.popup(QCursor::pos());
+}
+
+QIcon TrayItem::picture(const TrayForm& form) const {
+  return isMenuBar_ ? menuBarIcon(menuBarLabel(form), theme_) : trayIcon(form, ink_);
 }
 
 void TrayItem::speakAnew() {
@@ -41,7 +54,7 @@ void TrayItem::update() {
   const auto tooltip = QString::fromStdString(trayTooltip(form, *model_.report));
   if (std::exchange(tooltip_, tooltip) != tooltip) icon_.setToolTip(tooltip);
   if (form == shown_) return;
-  icon_.setIcon(trayIcon(form, ink_));
+  icon_.setIcon(picture(form));
   shown_ = std::move(form);
 }
 

@@ -5,7 +5,9 @@
 
 #include "App/Model.h"
 #include "Platform/UserDefaults.h"
+#include "UI/Kit/Theme.h"
 #include "UI/Tray/TrayPainter.h"
+#include "UI/Tray/TrayWatch.h"
 
 #include <QMenu>
 #include <QRect>
@@ -21,7 +23,7 @@ public:
     Task openPanel, openKorvell, freeUpSpace, openSettings, quit;
   };
 
-  TrayItem(Model& model, const UserDefaults& defaults, Actions actions);
+  TrayItem(Model& model, const UserDefaults& defaults, const Theme& theme, Actions actions);
 
   void setInk(TrayInk ink);
   /// The style may have been changed.
@@ -32,8 +34,13 @@ public:
   QRect place() const { return icon_.geometry(); }
 
 private:
+  void clicked(QSystemTrayIcon::ActivationReason reason, const Task& openPanel);
+  QIcon picture(const TrayForm& form) const;
+
   Model& model_;
   const UserDefaults& defaults_;
+  const Theme& theme_;
+  const bool isMenuBar_ = TrayWatch::isMenuBar();
   TrayInk ink_ = TrayInk::edged;
   std::optional<TrayForm> shown_;
   QString tooltip_;

@@ -1,6 +1,6 @@
 #pragma once
 // Paints the tray item's square forms, in one ink: trays on Linux offer a square, and no colour but their
-// own.
+// own. A menu bar gets the wide form (UI/Tray/MenuBarIcon.h).
 
 #include "UI/Desktop/TrayInk.h"
 #include "UI/Tray/TrayForm.h"

@@ -22,6 +22,9 @@ public:
   TrayWatch(const TrayWatch&) = delete;
   TrayWatch& operator=(const TrayWatch&) = delete;
 
+  /// Whether the place is a menu bar: wide, and tinting what it shows; a square in any other tray.
+  static bool isMenuBar();
+
 private:
   struct Search;
   std::unique_ptr<Search> search_;

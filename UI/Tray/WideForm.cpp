@@ -27,29 +27,42 @@ void drawDrawing(QPainter& painter, const QPointF& corner, const Drawing& drawin
   }
 }
 
+/// Its parts from the left, in logical pixels.
+struct Parts {
+  Parts(const Theme& theme, const MenuBarLabel& label)
+      : font(fontOf(theme, TextStyle::strong)), words(text(label.text.value_or(""))),
+        symbol(label.symbol ? symbolSize - 2 * symbolMargin : 0),
+        between(label.symbol && label.text ? gap : 0), writing(label.text ? figureWidth(font, words) : 0),
+        graph(label.drawing ? label.drawing->width : 0) {}
+
+  double width() const { return symbol + between + writing + graph; }
+
+  QFont font;
+  QString words;
+  double symbol, between, writing, graph;
+};
+
 } // namespace
+
+double wideFormWidth(const Theme& theme, const MenuBarLabel& label) { return Parts(theme, label).width(); }
 
 void drawWideForm(QPainter& painter, const QRectF& box, const Theme& theme, const MenuBarLabel& label,
                   const QColor& ink) {
   painter.save();
   painter.setRenderHint(QPainter::Antialiasing);
-  const auto font = fontOf(theme, TextStyle::strong);
-  const auto words = text(label.text.value_or(""));
-  const double symbol = label.symbol ? symbolSize - 2 * symbolMargin : 0;
-  const double between = label.symbol && label.text ? gap : 0;
-  const double writing = label.text ? figureWidth(font, words) : 0;
-  const double graph = label.drawing ? label.drawing->width : 0;
-  double left = std::round(box.center().x() - (symbol + between + writing + graph) / 2);
+  const Parts parts(theme, label);
+  double left = std::round(box.center().x() - parts.width() / 2);
   const double middle = box.center().y();
   if (label.symbol) {
     const bool isFilled = label.symbol == MenuBarLabel::Symbol::filledHeart;
     drawIcon(painter, isFilled ? Icon::heartFilled : Icon::heart,
              {left - symbolMargin, middle - symbolSize / 2, symbolSize, symbolSize}, ink);
-    left += symbol + between;
+    left += parts.symbol + parts.between;
   }
   if (label.text) {
     painter.setPen(ink);
-    drawFigures(painter, QRectF(left, box.top(), writing, box.height()), Qt::AlignLeft, font, words);
+    drawFigures(painter, QRectF(left, box.top(), parts.writing, box.height()), Qt::AlignLeft, parts.font,
+                parts.words);
   }
   if (label.drawing)
     drawDrawing(painter, {left, std::round(middle - label.drawing->height / 2)}, *label.drawing, ink);

@@ -8,6 +8,9 @@
 
 namespace korvell {
 
+/// How wide it is, in logical pixels; no higher than a line of the theme's text.
+double wideFormWidth(const Theme& theme, const MenuBarLabel& label);
+
 /// In the middle of the box, in one ink; left to right in every language, as menu bars set it.
 void drawWideForm(QPainter& painter, const QRectF& box, const Theme& theme, const MenuBarLabel& label,
                   const QColor& ink);

@@ -78,4 +78,6 @@ TrayWatch::TrayWatch(std::function<void(State)> changed)
     : search_(std::make_unique<Search>(std::move(changed))) {}
 TrayWatch::~TrayWatch() = default;
 
+bool TrayWatch::isMenuBar() { return false; }
+
 } // namespace korvell

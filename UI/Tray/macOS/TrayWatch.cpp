@@ -17,4 +17,6 @@ TrayWatch::TrayWatch(std::function<void(State)> changed) : search_(std::make_uni
 }
 TrayWatch::~TrayWatch() = default;
 
+bool TrayWatch::isMenuBar() { return true; }
+
 } // namespace korvell
