@@ -6,9 +6,11 @@
 #include "UI/Kit/Button.h"
 #include "UI/Kit/Labels.h"
 #include "UI/Kit/Text.h"
+#include "UI/Shell/AppMenu.h"
 #include "Words/Languages.h"
 
 #include <QBoxLayout>
+#include <QMenu>
 #include <QShortcut>
 
 namespace korvell {
@@ -99,6 +101,19 @@ TEST_F(MainWindowTests, f6GoesRoundItsParts) {
   open(SidebarItem::memory);
   EXPECT_EQ(utf8(shown.focusWidget()->accessibleName()), "Memory") << "the control that had it has gone";
   EXPECT_THAT(stops(3), ElementsAre("Content", "Memory", "Content"));
+}
+
+TEST_F(MainWindowTests, aMenuBarShowsNoKeysButItsOwn) {
+  std::vector<QKeySequence> keys{QKeySequence("Ctrl+M")}; // the desktop's own, wherever there is a menu bar
+  for (const auto* each : open().findChildren<QShortcut*>()) keys.push_back(each->key());
+  AppMenu menu({.sections = {SidebarItem::overview, SidebarItem::memory, SidebarItem::storage},
+                .open = [](SidebarItem) {},
+                .openSettings = [] {},
+                .quit = [] {},
+                .openHelp = {}});
+  for (const auto* head : menu.bar().actions())
+    for (const auto* entry : head->menu()->actions())
+      EXPECT_THAT(keys, testing::Contains(entry->shortcut())) << utf8(entry->text());
 }
 
 TEST_F(MainWindowTests, aNoticeStandsOverEveryPageUntilItIsClosed) {

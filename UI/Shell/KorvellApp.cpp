@@ -110,6 +110,7 @@ KorvellApp::KorvellApp(Host& host, const Clock& clock, Launch launched, QueueCor
     sound_.emplace(loop_.main(), std::move(*services));
     soundAnswers_.emplace(loop_.main(), *sound_).teach(keeper_);
   }
+  makeMenu();
   listen();
   host.notifications->setOpenHandler([&main = loop_.main(), this](const std::string&) {
     main.async([this] { show(SidebarItem::alerts); });
@@ -187,6 +188,7 @@ void KorvellApp::speak() {
   if (!speakLanguage(languageCode(*host_.defaults, host_.locale, list))) return;
   speakToolkit();
   speakAnew(*model_);
+  if (menu_) menu_->speakAnew();
   if (tray_) tray_->speakAnew();
   if (panel_) panel_->close();
   // In turns of their own, so that what the user does meanwhile is not held up by both.
@@ -195,6 +197,8 @@ void KorvellApp::speak() {
 }
 
 void KorvellApp::show(std::optional<SidebarItem> item) {
+  presence_.setHasWindow(true);
+  presence_.comeForward();
   window_.show(item);
   model_->wake();
   if (!host_.defaults->boolean(AppDelegate::hasLaunchedKey, false))
@@ -259,6 +263,7 @@ void KorvellApp::openPanel() {
     panelSound_ = sound_->watch(SoundMixer::Interest::list);
     panelSounds_ = sound_->state.observe([this](const SoundState&) { showPanel(); });
   }
+  presence_.comeForward();
   panel_->openAt(tray_ ? tray_->place() : QRect());
   model_->wake();
 }
@@ -280,7 +285,10 @@ void KorvellApp::panelClosed() {
   windowClosed();
 }
 
-void KorvellApp::openSettings() { settings_.show(); }
+void KorvellApp::openSettings() {
+  presence_.comeForward();
+  settings_.show();
+}
 
 std::function<void(SidebarItem)> KorvellApp::openHelp() const {
   const HelpPages help(host_.program);
@@ -336,6 +344,7 @@ void KorvellApp::askToQuit() {
 }
 
 void KorvellApp::windowClosed() {
+  presence_.setHasWindow(window_.isVisible());
   if (!panel_ && !window_.isVisible()) pictures_.clear();
   loop_.main().async([] { giveFreeMemoryBack(); });
 }

@@ -18,11 +18,14 @@
 #include "UI/Measures/LiveDirections.h"
 #include "UI/Panel/PanelView.h"
 #include "UI/Settings/SettingsWindow.h"
+#include "UI/Shell/AppMenu.h"
 #include "UI/Shell/CardSharing.h"
 #include "UI/Shell/Errands.h"
+#include "UI/Shell/LinkEvents.h"
 #include "UI/Shell/MainLoop.h"
 #include "UI/Shell/MainWindow.h"
 #include "UI/Shell/PanelWindow.h"
+#include "UI/Shell/Presence.h"
 #include "UI/Tray/TrayItem.h"
 #include "UI/Tray/TrayWatch.h"
 
@@ -76,6 +79,8 @@ private:
   SettingsEditor::Services settingsServices();
   /// Null where no help is installed.
   std::function<void(SidebarItem)> openHelp() const;
+  /// Where the desktop has a place for one.
+  void makeMenu();
   /// For what may take seconds: opening programs, the login item, the helper.
   Queue& desktopQueue();
   void examine(const std::function<void(const std::vector<SourceReport>&)>& done);
@@ -110,6 +115,8 @@ private:
   std::unique_ptr<Queue> desktop_, examining_; ///< null until the first
   Pictures pictures_;
   AppDelegate delegate_;
+  LinkEvents links_{[this](const std::vector<std::string>& urls) { delegate_.applicationOpen(urls); }};
+  Presence presence_{[this] { delegate_.applicationShouldHandleReopen(window_.isVisible()); }};
   std::optional<SoundMixer> sound_; ///< absent where no application's volume can be set
   std::optional<SoundAnswers> soundAnswers_;
   Keeper keeper_;
@@ -121,6 +128,7 @@ private:
   UsageKey panelOrder_ = UsageKey::memory;
   Subscription panelCycles_, panelSound_, panelSounds_; ///< its news; what is watched for it
   QElapsedTimer sincePanel_;                            ///< closed
+  std::optional<AppMenu> menu_;
   std::optional<TrayItem> tray_;
   std::optional<DesktopLook> look_;
   std::optional<TrayWatch> trayWatch_;
