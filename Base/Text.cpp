@@ -1,5 +1,6 @@
 #include "Base/Text.h"
 
+#include <cmath>
 #include <cstdint>
 #include <fmt/format.h>
 
@@ -33,6 +34,20 @@ std::string lowercased(std::string_view ascii) {
   for (char& c : result)
     if (c >= 'A' && c <= 'Z') c = char(c - 'A' + 'a');
   return result;
+}
+
+std::optional<double> takeDecimal(std::string_view& text) {
+  // As one whole number over a power of ten, so that "8.45" is the double nearest to it.
+  double digits = 0, scale = 1;
+  std::size_t i = 0;
+  const auto isDigit = [&] { return i < text.size() && text[i] >= '0' && text[i] <= '9'; };
+  for (; isDigit(); ++i) digits = digits * 10 + (text[i] - '0');
+  if (i == 0) return std::nullopt;
+  if (i < text.size() && text[i] == '.')
+    for (++i; isDigit(); ++i, scale *= 10) digits = digits * 10 + (text[i] - '0');
+  text.remove_prefix(i);
+  const double value = digits / scale;
+  return std::isfinite(value) ? std::optional(value) : std::nullopt;
 }
 
 namespace {

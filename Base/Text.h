@@ -24,6 +24,11 @@ std::optional<Integer> parseInteger(std::string_view text, int base = 10) {
   return value;
 }
 
+/// Takes a number such as "12.34" off the front: digits, and a point with digits where one follows, in every
+/// locale. Nothing, and the text as it was, when it begins with anything else; nothing when it is no finite
+/// number.
+std::optional<double> takeDecimal(std::string_view& text);
+
 /// Every byte sequence that is not UTF-8 becomes one U+FFFD a byte.
 std::string repairedUTF8(std::string_view bytes);
 

@@ -4,9 +4,7 @@
 #include "Base/Value.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
-#include <cstdlib>
 
 namespace korvell {
 namespace {
@@ -14,7 +12,8 @@ namespace {
 constexpr std::size_t longestLine = std::size_t{64} << 10;
 constexpr std::size_t longestListing = std::size_t{2} << 20;
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+/// Four of them add up within 64 bits.
+constexpr double mostBytes = double(std::int64_t{1} << 60);
 
 struct Unit {
   std::string_view name; ///< in lower case
@@ -33,7 +32,7 @@ constexpr Unit units[] = {{"b", 1},
                           {"tib", 1024. * 1024 * 1024 * 1024}};
 
 bool isIdentifier(std::string_view text) {
-  return text.size() == 36 && std::ranges::all_of(text, [](char c) { return c == '-' || std::isxdigit(c); });
+  return text.size() == 36 && text.find_first_not_of("0123456789abcdefABCDEF-") == std::string_view::npos;
 }
 
 bool isUnavailable(const Value& device) {
@@ -46,17 +45,14 @@ bool isUnavailable(const Value& device) {
 } // namespace
 
 std::int64_t dockerBytes(std::string_view text) {
-  const std::string number(trimmed(text));
-  if (number.size() < 2 || !isDigit(number[0]) || number[1] == 'x' || number[1] == 'X') return 0;
-  char* end = nullptr;
-  const double value = std::strtod(number.c_str(), &end);
-  const auto rest = trimmed(std::string_view(end));
-  const auto letters = std::ranges::find_if_not(rest, [](unsigned char c) { return std::isalpha(c); });
-  const auto name = lowercased(rest.substr(0, std::size_t(letters - rest.begin())));
+  text = trimmed(text);
+  const auto value = takeDecimal(text);
+  const auto rest = lowercased(trimmed(text));
+  const auto name = rest.substr(0, rest.find_first_not_of("abcdefghijklmnopqrstuvwxyz"));
   const auto* unit = std::ranges::find(units, name, &Unit::name);
-  if (unit == std::end(units)) return 0;
-  const double bytes = value * unit->bytes;
-  return bytes < 9e18 ? std::llround(bytes) : 0;
+  if (!value || unit == std::end(units)) return 0;
+  const double bytes = *value * unit->bytes;
+  return bytes <= mostBytes ? std::llround(bytes) : 0;
 }
 
 std::optional<DockerUsage> parseDockerUsage(std::string_view output) {

@@ -11,7 +11,7 @@
 namespace korvell {
 
 /// A size as Docker prints it: "1.546GB (85%)", "0B", "12.3 kB", "1.5GiB". Decimal multipliers, binary ones
-/// for units with an "i". Anything else, and what is negative, is 0.
+/// for units with an "i". Anything else, and what is negative or more than an exbibyte, is 0.
 std::int64_t dockerBytes(std::string_view text);
 
 /// What `docker system df --format '{{json .}}'` says can be reclaimed, in bytes.

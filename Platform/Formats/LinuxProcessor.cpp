@@ -4,7 +4,6 @@
 #include "Platform/Formats/TextScanner.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace korvell {
 
@@ -28,18 +27,7 @@ std::optional<std::map<int, CoreTicks>> parseProcStat(std::string_view text) {
   return cores;
 }
 
-std::optional<double> parseDecimal(std::string_view text) {
-  // As one whole number over a power of ten, so that "8.45" is the double nearest to it.
-  double digits = 0, scale = 1;
-  std::size_t i = 0;
-  const auto isDigit = [&] { return i < text.size() && text[i] >= '0' && text[i] <= '9'; };
-  for (; isDigit(); ++i) digits = digits * 10 + (text[i] - '0');
-  if (i == 0) return std::nullopt;
-  if (i < text.size() && text[i] == '.')
-    for (++i; isDigit(); ++i, scale *= 10) digits = digits * 10 + (text[i] - '0');
-  const double value = digits / scale;
-  return std::isfinite(value) ? std::optional(value) : std::nullopt;
-}
+std::optional<double> parseDecimal(std::string_view text) { return takeDecimal(text); }
 
 std::optional<double> parseLoadAverage(std::string_view text) { return parseDecimal(trimmed(text)); }
 

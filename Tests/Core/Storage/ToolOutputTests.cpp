@@ -1,5 +1,6 @@
 #include "Core/Storage/ToolOutput.h"
 
+#include <clocale>
 #include <gtest/gtest.h>
 
 namespace korvell {
@@ -11,9 +12,20 @@ TEST(ToolOutputTests, sizesAsDockerPrintsThem) {
       {"1.5GiB", 1'610'612'736},        {"999B (100%)", 999}, {" 1KB", 1000},
   };
   for (const auto& [text, bytes] : rows) EXPECT_EQ(dockerBytes(text), bytes) << text;
-  for (const char* none :
-       {"", "0B", "GB", "-2.5e+08 B (-8%)", "5", "1XB", "inf GB", "nanB", "0x10B", "9e30GB", "1.2.3MB"})
+  for (const char* none : {"", "0B", "GB", "-2.5e+08 B (-8%)", "5", "1XB", "inf GB", "nanB", "0x10B",
+                           "9e30GB", "1.2.3MB", "1153PB"})
     EXPECT_EQ(dockerBytes(none), 0) << none;
+  EXPECT_EQ(dockerBytes("1152PB") * 4 / 4, 1'152'000'000'000'000'000) << "four of them add up";
+}
+
+TEST(ToolOutputTests, sizesUnderALocaleWithACommaForThePoint) {
+  for (const char* name : {"de_DE.UTF-8", "de_DE", "fr_FR.UTF-8", "it_IT.UTF-8", "es_ES.UTF-8"}) {
+    if (!std::setlocale(LC_NUMERIC, name)) continue;
+    EXPECT_EQ(dockerBytes("1.234GB"), 1'234'000'000) << name;
+    std::setlocale(LC_NUMERIC, "C");
+    return;
+  }
+  GTEST_SKIP() << "none is installed";
 }
 
 TEST(ToolOutputTests, whatIsFarTooLongIsLeftUnread) {
