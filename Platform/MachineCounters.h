@@ -41,7 +41,8 @@ enum class PressureLevel { normal, warning, critical };
 
 /// Bytes. On Linux: app = AnonPages + Shmem; cached = Cached − Shmem + Buffers + SReclaimable and what the
 /// cache of ZFS gives back; compressed = Zswap and what zram devices use; wired = the rest but MemFree and
-/// free huge pages, so that the parts add up to the total. On macOS: page counts × page size.
+/// free huge pages, so that the parts add up to the total, which they
+/// never exceed. On macOS: page counts × page size.
 struct MemoryUse {
   std::uint64_t app = 0;
   std::uint64_t wired = 0;
@@ -82,7 +83,7 @@ struct InterfaceCounters {
 
 /// One graphics processor.
 struct GPUCounters {
-  std::optional<double> utilization;        ///< percent
+  std::optional<double> utilization;        ///< percent, 0 to 100
   std::optional<std::uint64_t> memoryInUse; ///< bytes
   /// Of drivers that count instead of telling a share: nanoseconds in which each engine worked, keyed by
   /// names that no other card has. `utilization` is absent then.
@@ -90,9 +91,12 @@ struct GPUCounters {
   bool operator==(const GPUCounters&) const = default;
 };
 
+/// What no portable machine draws, drivers say for "unknown".
+constexpr bool isBatteryPower(double watts) { return watts >= 0 && watts <= 500; }
+
 struct BatteryReading {
   bool present = false;
-  std::optional<int> percent;
+  std::optional<int> percent; ///< 0 to 100
   bool isCharging = false;
   std::optional<bool> externalConnected; ///< absent when the system does not say
   std::optional<int> cycles;

@@ -18,6 +18,9 @@
 
 namespace korvell {
 
+/// Above 0 and at most 150 °C: sensors that are switched off or not connected say the rest.
+constexpr bool isTemperature(double celsius) { return celsius > 0 && celsius <= 150; }
+
 /// The System Management Controller of a Mac, asked with records that are sent and received whole.
 class ControllerTransport {
 public:

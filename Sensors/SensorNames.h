@@ -14,8 +14,6 @@ std::string sensorText(std::string_view bytes);
 /// "Fan 1".
 std::string numberedFan(int number);
 
-/// Above 0 and at most 150 °C: sensors that are switched off or not connected say the rest.
-constexpr bool isTemperature(double celsius) { return celsius > 0 && celsius <= 150; }
 /// From 0 on and below what drivers say for "unknown" (65,535).
 constexpr bool isFanSpeed(double rpm) { return rpm >= 0 && rpm < 50'000; }
 /// 0 for a limit that is not told or can't be one.

@@ -4,6 +4,7 @@
 #include "Platform/Formats/TextScanner.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace korvell {
 
@@ -29,7 +30,11 @@ constexpr Line lines[] = {
     {"Hugetlb:", &MemInfo::hugePages},
 };
 
+constexpr auto most = std::numeric_limits<std::uint64_t>::max();
+
 std::uint64_t less(std::uint64_t a, std::uint64_t b) { return a > b ? a - b : 0; }
+std::uint64_t sum(std::uint64_t a, std::uint64_t b) { return a > most - b ? most : a + b; }
+std::uint64_t times(std::uint64_t a, std::uint64_t b) { return b > 0 && a > most / b ? most : a * b; }
 
 } // namespace
 
@@ -42,19 +47,19 @@ std::optional<MemInfo> parseMemInfo(std::string_view text) {
     const auto key = scanner.word();
     if (key == "HugePages_Total:") hugePages = scanner.number();
     if (key == "HugePages_Free:") freeHugePages = scanner.number();
-    if (key == "Hugepagesize:") hugePageSize = scanner.number() * 1024;
+    if (key == "Hugepagesize:") hugePageSize = times(scanner.number(), 1024);
     for (const auto& line : lines) {
       if (line.key != key) continue;
-      info.*line.field = scanner.number() * 1024;
+      info.*line.field = times(scanner.number(), 1024);
       toldAvailable |= line.field == &MemInfo::available;
       break;
     }
   } while (scanner.nextLine());
   if (info.total == 0) return std::nullopt;
-  info.freeHugePages = freeHugePages * hugePageSize;
+  info.freeHugePages = times(freeHugePages, hugePageSize);
   info.hugePages =
-      std::max(info.hugePages, hugePages * hugePageSize); // older kernels have no line of the sum
-  if (!toldAvailable) info.available = info.free + info.cached + info.buffers;
+      std::max(info.hugePages, times(hugePages, hugePageSize)); // older kernels have no line of the sum
+  if (!toldAvailable) info.available = sum(sum(info.free, info.cached), info.buffers);
   return info;
 }
 
@@ -105,13 +110,22 @@ std::uint64_t parseZramUse(std::string_view mmStat) {
 
 MemoryCounters memoryCounters(MemInfo info, const std::optional<MemoryStall>& stall, std::uint64_t zramBytes,
                               std::uint64_t reclaimableARC) {
-  info.available = std::min(info.available + reclaimableARC, info.total);
-  info.free += info.freeHugePages;
+  info.available = std::min(sum(info.available, reclaimableARC), info.total);
+  auto room = info.total;
+  const auto part = [&room](std::uint64_t bytes) {
+    const auto taken = std::min(bytes, room);
+    room -= taken;
+    return taken;
+  };
+  // What is free and cached comes first: file systems of containers tell them of the container, and beside
+  // its total some of the rest of the host.
+  part(sum(info.free, info.freeHugePages));
   MemoryUse use;
-  use.app = info.anonPages + info.shmem;
-  use.cached = less(info.cached, info.shmem) + info.buffers + info.sReclaimable + reclaimableARC;
-  use.compressed = info.zswap + zramBytes;
-  use.wired = less(info.total, use.app + use.cached + use.compressed + info.free);
+  use.cached =
+      part(sum(sum(less(info.cached, info.shmem), info.buffers), sum(info.sReclaimable, reclaimableARC)));
+  use.app = part(sum(info.anonPages, info.shmem));
+  use.compressed = part(sum(info.zswap, zramBytes));
+  use.wired = room;
   use.swapUsed = less(info.swapTotal, info.swapFree);
   use.pressure = memoryPressure(info, stall);
   return {info.total, use};

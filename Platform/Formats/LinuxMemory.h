@@ -54,7 +54,8 @@ PressureLevel memoryPressure(const MemInfo& info, const std::optional<MemoryStal
 /// The bytes that a zram device takes: the third figure of its mm_stat.
 std::uint64_t parseZramUse(std::string_view mmStat);
 
-/// Free huge pages are free memory; `reclaimableARC` bytes of the ARC are cache and available.
+/// Free huge pages are free memory; `reclaimableARC` bytes of the ARC are cache and available. The parts add
+/// up to at most the total, whatever is told: what is free counts first, then what is cached.
 MemoryCounters memoryCounters(MemInfo info, const std::optional<MemoryStall>& stall, std::uint64_t zramBytes,
                               std::uint64_t reclaimableARC);
 

@@ -1,6 +1,10 @@
 #include "Platform/Formats/MacCounters.h"
 
+#include "Platform/TemperatureSources.h"
+
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace korvell {
 
@@ -39,9 +43,8 @@ std::int64_t wholeOrZero(const Value& properties, std::string_view key) {
 }
 
 std::optional<std::uint64_t> counter(const Value& properties, std::string_view key) {
-  const auto number = whole(properties.find(key));
-  if (!number) return std::nullopt;
-  return std::uint64_t(*number);
+  const auto* number = properties.find(key);
+  return number ? number->asUnsigned() : std::nullopt;
 }
 
 std::optional<bool> flag(const Value& properties, std::string_view key) {
@@ -56,7 +59,7 @@ std::int64_t nestedWhole(const Value& properties, std::string_view dictionary, s
 
 /// What comes in through the adapter when on power, else what the machine reports as its load, else what the
 /// battery gives or takes. The first is only trusted on power: on battery it may hold a stale value.
-std::optional<double> systemWatts(const Value& properties, bool onPower) {
+std::optional<double> toldWatts(const Value& properties, bool onPower) {
   const auto powerIn = nestedWhole(properties, "PowerTelemetryData", "SystemPowerIn");
   if (onPower && powerIn > 0) return double(powerIn) / 1000;
   const auto load = nestedWhole(properties, "PowerTelemetryData", "SystemLoad");
@@ -67,7 +70,22 @@ std::optional<double> systemWatts(const Value& properties, bool onPower) {
   return std::abs(double(*millivolts) / 1000 * double(*milliamperes) / 1000);
 }
 
+std::optional<double> systemWatts(const Value& properties, bool onPower) {
+  const auto watts = toldWatts(properties, onPower);
+  return watts && isBatteryPower(*watts) ? watts : std::nullopt;
+}
+
+double capacity(std::optional<std::int64_t> told) {
+  return double(std::max(told.value_or(0), std::int64_t{0}));
+}
+
 } // namespace
+
+std::optional<int> macCount(const Value* number) {
+  const auto count = whole(number);
+  const bool fits = count && *count >= 0 && *count <= std::numeric_limits<int>::max();
+  return fits ? std::optional(int(*count)) : std::nullopt;
+}
 
 std::optional<ByteCounters> macDiskCounters(const Value& properties) {
   const auto* statistics = properties.find("Statistics");
@@ -82,8 +100,9 @@ std::optional<GPUCounters> macGPUCounters(const Value& properties) {
   const auto* statistics = properties.find("PerformanceStatistics");
   if (!statistics || !statistics->asObject()) return std::nullopt;
   GPUCounters gpu;
-  if (const auto* utilization = statistics->find("Device Utilization %"))
-    gpu.utilization = utilization->asDouble();
+  const auto* utilization = statistics->find("Device Utilization %");
+  if (const auto percent = utilization ? utilization->asDouble() : std::nullopt; percent && *percent >= 0)
+    gpu.utilization = std::min(*percent, 100.0);
   gpu.memoryInUse = counter(*statistics, "In use system memory");
   return gpu;
 }
@@ -91,17 +110,17 @@ std::optional<GPUCounters> macGPUCounters(const Value& properties) {
 BatteryReading macBattery(const Value& properties, std::optional<int> percent) {
   BatteryReading battery;
   battery.present = flag(properties, "BatteryInstalled").value_or(false);
-  battery.percent = percent;
+  if (percent && *percent >= 0) battery.percent = std::min(*percent, 100);
   battery.isCharging = flag(properties, "IsCharging").value_or(false);
   battery.externalConnected = flag(properties, "ExternalConnected");
-  if (const auto cycles = whole(properties.find("CycleCount"))) battery.cycles = int(*cycles);
-  battery.fullCapacity = double(wholeOrZero(properties, "AppleRawMaxCapacity"));
+  battery.cycles = macCount(properties.find("CycleCount"));
+  battery.fullCapacity = capacity(whole(properties.find("AppleRawMaxCapacity")));
   const auto* data = properties.find("BatteryData");
   const auto design = data ? whole(data->find("DesignCapacity")) : std::nullopt;
-  battery.designCapacity = double(design.value_or(wholeOrZero(properties, "DesignCapacity")));
-  if (const auto hundredths = whole(properties.find("Temperature")))
-    battery.celsius = double(*hundredths) / 100;
-  if (const auto minutes = whole(properties.find("TimeRemaining"))) battery.minutesRemaining = int(*minutes);
+  battery.designCapacity = capacity(design ? design : whole(properties.find("DesignCapacity")));
+  const auto hundredths = whole(properties.find("Temperature"));
+  if (hundredths && isTemperature(double(*hundredths) / 100)) battery.celsius = double(*hundredths) / 100;
+  battery.minutesRemaining = macCount(properties.find("TimeRemaining"));
   battery.systemWatts = systemWatts(properties, battery.externalConnected.value_or(true));
   return battery;
 }

@@ -21,6 +21,9 @@ struct MacPageCounts {
   std::uint64_t compressor = 0; ///< that the compressor occupies
 };
 
+/// A whole number from 0 on that an int holds.
+std::optional<int> macCount(const Value* number);
+
 /// Only the figures that the pages tell; `swapUsed` and `pressure` are left.
 MemoryUse macMemory(const MacPageCounts& pages, std::uint64_t pageSize);
 
@@ -39,7 +42,7 @@ inline constexpr std::string_view macBatteryProperties[] = {
 std::optional<ByteCounters> macDiskCounters(const Value& properties);
 /// Of one "IOAccelerator"; nothing without performance statistics.
 std::optional<GPUCounters> macGPUCounters(const Value& properties);
-/// Of an "AppleSmartBattery". `percent` comes from the power sources.
+/// Of an "AppleSmartBattery". `percent` comes from the power sources. What no battery has is absent.
 BatteryReading macBattery(const Value& properties, std::optional<int> percent);
 
 } // namespace korvell

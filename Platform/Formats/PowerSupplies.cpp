@@ -2,6 +2,7 @@
 
 #include "Base/Text.h"
 #include "Platform/Formats/TextScanner.h"
+#include "Platform/TemperatureSources.h"
 
 #include <algorithm>
 #include <cmath>
@@ -53,9 +54,12 @@ double wattHours(const Properties& properties, const char* energy, const char* c
   return std::max(properties.micro(charge).value_or(0) * volts, 0.0);
 }
 
+/// 0 when unknown.
 double watts(const Properties& properties) {
-  if (const auto power = properties.micro("POWER_NOW")) return std::abs(*power);
-  return std::abs(properties.micro("CURRENT_NOW").value_or(0) * properties.micro("VOLTAGE_NOW").value_or(0));
+  const auto amperes = properties.micro("CURRENT_NOW").value_or(0);
+  const auto volts = properties.micro("VOLTAGE_NOW").value_or(0);
+  const double watts = std::abs(properties.micro("POWER_NOW").value_or(amperes * volts));
+  return isBatteryPower(watts) ? watts : 0;
 }
 
 struct Packs {
@@ -98,7 +102,8 @@ PowerSupply parsePowerSupply(PowerSupply::Kind kind, std::string_view uevent) {
   supply.capacity = properties.percent();
   if (const auto cycles = properties.number<int>("CYCLE_COUNT"); cycles.value_or(0) > 0)
     supply.cycles = cycles;
-  if (const auto tenths = properties.number("TEMP")) supply.celsius = double(*tenths) / 10;
+  if (const auto tenths = properties.number("TEMP"); tenths && isTemperature(double(*tenths) / 10))
+    supply.celsius = double(*tenths) / 10;
   supply.energyNow = wattHours(properties, "ENERGY_NOW", "CHARGE_NOW");
   supply.energyFull = wattHours(properties, "ENERGY_FULL", "CHARGE_FULL");
   supply.energyDesign = wattHours(properties, "ENERGY_FULL_DESIGN", "CHARGE_FULL_DESIGN");

@@ -52,7 +52,7 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text) {
   stat.parent = static_cast<std::int32_t>(field[4]);
   stat.kernelThread = static_cast<std::uint64_t>(field[9]) & kernelThreadFlag;
   stat.childMinorFaults = static_cast<std::uint64_t>(field[11]);
-  stat.cpuTicks = static_cast<std::uint64_t>(field[14] + field[15]);
+  stat.cpuTicks = static_cast<std::uint64_t>(field[14]) + static_cast<std::uint64_t>(field[15]);
   stat.threads = field[20];
   stat.start = static_cast<std::uint64_t>(field[22]);
   return stat;

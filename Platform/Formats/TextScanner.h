@@ -3,6 +3,7 @@
 // empty or 0, and the end of a line ends its words.
 
 #include <cstdint>
+#include <limits>
 #include <string_view>
 
 namespace korvell {
@@ -24,12 +25,16 @@ public:
     while (count-- > 0) word();
   }
 
-  /// The digits that come next, after blanks; 0 when none do. Stops at whatever follows them.
+  /// The digits that come next, after blanks; 0 when none do, the largest number for more than that. Stops at
+  /// whatever follows them.
   std::uint64_t number() {
     skipBlanks();
     std::uint64_t value = 0;
-    while (at_ != end_ && *at_ >= '0' && *at_ <= '9') value = value * 10 + std::uint64_t(*at_++ - '0');
-    return value;
+    bool fits = true;
+    for (; at_ != end_ && *at_ >= '0' && *at_ <= '9'; ++at_)
+      fits = fits && !__builtin_mul_overflow(value, std::uint64_t{10}, &value) &&
+             !__builtin_add_overflow(value, std::uint64_t(*at_ - '0'), &value);
+    return fits ? value : std::numeric_limits<std::uint64_t>::max();
   }
 
   /// The rest of this line, without surrounding blanks.

@@ -1,5 +1,6 @@
 #include "Platform/Linux/NvidiaLibrary.h"
 
+#include <algorithm>
 #include <dlfcn.h>
 
 namespace korvell {
@@ -71,7 +72,8 @@ std::optional<GPUCounters> NvidiaLibrary::read(const std::string& address) {
   Utilization utilization;
   Memory memory;
   GPUCounters counters;
-  if (functions_->utilization(device, &utilization) == 0) counters.utilization = double(utilization.gpu);
+  if (functions_->utilization(device, &utilization) == 0)
+    counters.utilization = std::min(double(utilization.gpu), 100.0);
   if (functions_->memory(device, &memory) == 0) counters.memoryInUse = memory.used;
   if (!counters.utilization && !counters.memoryInUse) return std::nullopt;
   return counters;

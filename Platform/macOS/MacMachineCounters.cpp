@@ -69,9 +69,8 @@ std::optional<int> chargePercent() {
   const CFDictionaryRef source =
       IOPSGetPowerSourceDescription(info.get(), CFArrayGetValueAtIndex(sources.get(), 0));
   if (!source) return std::nullopt;
-  const auto percent = cfValue(CFDictionaryGetValue(source, CFSTR(kIOPSCurrentCapacityKey))).asInt();
-  if (!percent) return std::nullopt;
-  return int(*percent);
+  const auto percent = cfValue(CFDictionaryGetValue(source, CFSTR(kIOPSCurrentCapacityKey)));
+  return macCount(&percent);
 }
 
 /// The battery, when its first entry can be read.

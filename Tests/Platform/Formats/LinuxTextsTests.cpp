@@ -77,6 +77,22 @@ TEST(LinuxTextsTests, memoryThatDoesNotAddUpStaysInBounds) {
   EXPECT_EQ(use.cached, 0u) << "more shared memory than page cache";
   EXPECT_EQ(use.wired, 0u);
   EXPECT_EQ(use.swapUsed, 0u);
+  EXPECT_EQ(use.app, 10u * 1024) << "what is not free";
+
+  const auto inContainer = parseMemInfo("MemTotal: 262144 kB\nMemFree: 200000 kB\nMemAvailable: 230000 kB\n"
+                                        "Cached: 30000 kB\nShmem: 0 kB\nAnonPages: 8919200 kB\n");
+  EXPECT_EQ(memoryCounters(*inContainer, std::nullopt, 1 << 30, std::uint64_t{1} << 34).use,
+            (MemoryUse{.cached = 62144u * 1024}))
+      << "of the host's ARC what fits";
+  EXPECT_EQ(memoryCounters(*inContainer, std::nullopt, 1 << 30, 0).use,
+            (MemoryUse{.app = 32144u * 1024, .cached = 30000u * 1024}))
+      << "and of its pages";
+  const auto most =
+      parseMemInfo("MemTotal: 5 kB\nAnonPages: 18446744073709551616 kB\nShmem: 18014398509481985 kB\n"
+                   "HugePages_Free: 18446744073709551615\nHugepagesize: 1048576 kB\n");
+  EXPECT_EQ(most->anonPages, UINT64_MAX);
+  EXPECT_EQ(most->shmem, UINT64_MAX);
+  EXPECT_EQ(most->freeHugePages, UINT64_MAX);
 }
 
 TEST(LinuxTextsTests, networkLines) {
@@ -219,12 +235,17 @@ TEST(LinuxTextsTests, severalPacksAreOneBattery) {
 TEST(LinuxTextsTests, whatNoBatteryHasIsNotShown) {
   const auto broken =
       combinedBattery({pack({"STATUS=Charging", "CYCLE_COUNT=3216740000", "CAPACITY=4294967298",
-                             "VOLTAGE_NOW=-1", "CHARGE_FULL=5000000"})});
+                             "VOLTAGE_NOW=-1", "CHARGE_FULL=5000000", "TEMP=-2731"})});
   ASSERT_TRUE(broken);
   EXPECT_EQ(broken->cycles, std::nullopt);
   EXPECT_EQ(broken->percent, std::nullopt);
   EXPECT_EQ(broken->fullCapacity, 0);
+  EXPECT_EQ(broken->celsius, std::nullopt);
   EXPECT_EQ(combinedBattery({pack({"STATUS=Full", "CAPACITY=103"})})->percent, 100);
+  const auto unknown = combinedBattery(
+      {pack({"STATUS=Discharging", "VOLTAGE_NOW=12000000", "CURRENT_NOW=4294967295", "CHARGE_NOW=5000000"})});
+  EXPECT_EQ(unknown->systemWatts, std::nullopt);
+  EXPECT_EQ(unknown->minutesRemaining, std::nullopt);
   EXPECT_EQ(parseDeviceSupply("mouse", "POWER_SUPPLY_CAPACITY=-3").percent, std::nullopt);
 }
 

@@ -30,6 +30,7 @@ TEST(MacCountersTests, disksWithBothCountersCount) {
   EXPECT_EQ(statistics({{"Bytes (Read)", std::uint64_t{5}}, {"Bytes (Write)", 6}, {"Errors", 0}}),
             (ByteCounters{5, 6}));
   EXPECT_EQ(statistics({{"Bytes (Read)", 5}}), std::nullopt);
+  EXPECT_EQ(statistics({{"Bytes (Read)", 5}, {"Bytes (Write)", -1}}), std::nullopt);
   EXPECT_EQ(statistics({{"Bytes (Read)", 5}, {"Bytes (Write)", "6"}}), std::nullopt);
   EXPECT_EQ(macDiskCounters(Value::object()), std::nullopt);
   EXPECT_EQ(macDiskCounters(Value::object({{"Statistics", 1}})), std::nullopt);
@@ -42,6 +43,8 @@ TEST(MacCountersTests, processorsWithStatisticsCount) {
   EXPECT_EQ(gpu(Value::object({{"Device Utilization %", 37}, {"In use system memory", 1 << 20}})),
             (GPUCounters{.utilization = 37, .memoryInUse = 1 << 20}));
   EXPECT_EQ(gpu(Value::object({{"Tiler Utilization %", 3}})), GPUCounters{});
+  EXPECT_EQ(gpu(Value::object({{"Device Utilization %", 255}})).value().utilization, 100);
+  EXPECT_EQ(gpu(Value::object({{"Device Utilization %", -1}, {"In use system memory", -1}})), GPUCounters{});
   EXPECT_EQ(gpu("none"), std::nullopt);
   EXPECT_EQ(macGPUCounters(Value::object()), std::nullopt);
 }
@@ -78,6 +81,15 @@ TEST(MacBatteryTests, figuresOfAPortable) {
   plain.erase("BatteryData");
   EXPECT_EQ(macBattery(plain, {}).designCapacity, 5000);
   EXPECT_EQ(macBattery(Value::object(), {}), BatteryReading{}) << "nothing published is nothing known";
+  const auto implausible = Value::object({{"CycleCount", std::int64_t{1} << 32},
+                                          {"AppleRawMaxCapacity", -1},
+                                          {"DesignCapacity", std::uint64_t{UINT64_MAX}},
+                                          {"Temperature", -27315},
+                                          {"TimeRemaining", -1},
+                                          {"Voltage", 12000},
+                                          {"InstantAmperage", std::int64_t{UINT32_MAX}}});
+  EXPECT_EQ(macBattery(implausible, -1), BatteryReading{});
+  EXPECT_EQ(macBattery(implausible, 103).percent, 100);
 }
 
 TEST(MacBatteryTests, theMachinesDraw) {

@@ -23,6 +23,11 @@ TEST(ProcessFilesTests, theCommandNameEndsAtTheLastParenthesis) {
   }
 }
 
+TEST(ProcessFilesTests, timesAddUpBeyondWhatIsSigned) {
+  const auto stat = parseProcessStat("40 (a) S 17 1 1 0 -1 0 0 0 0 0 9223372036854775807 2 0 0 20 0 1 0 5 1");
+  EXPECT_EQ(stat.value().cpuTicks, (std::uint64_t{1} << 63) + 1);
+}
+
 TEST(ProcessFilesTests, whatTheKernelDoesNotWriteIsRefused) {
   for (const char* text : {"", "40", "40 (a", "40 a)", "40 )a(", "40 (a)", "40 (a) S", "40 (a) S 1 2 3",
                            "40 (a) Sleeping 1 1 1 0 -1 0 0 0 0 0 0 0 0 0 20 0 1 0 5 1",
