@@ -92,7 +92,7 @@ std::string Format::celsius(double celsius) {
 std::string Format::duration(Seconds span) {
   if (std::isnan(span.count())) return noFigure;
   const auto minutes = std::int64_t(std::fmax(0.0, std::fmin(span.count(), 1e15)) / 60);
-  if (minutes >= 1440 && minutes < 2880) return localized("1 days");
+  if (minutes >= 1440 && minutes < 2880) return localized("1 day");
   if (minutes >= 1440) return localized("{n} days", {{"n", std::to_string(minutes / 1440)}});
   if (minutes >= 60)
     return localized("{h} h {m} min",

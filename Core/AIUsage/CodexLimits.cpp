@@ -51,6 +51,9 @@ std::string AIPlanLimit::name() const {
   if (windowMinutes <= 0) return localized("Plan");
   if (windowMinutes == week) return localized("Weekly");
   if (windowMinutes == 5 * hour) return localized("5-hour");
+  // With texts of their own, for languages in which one is not like several.
+  if (windowMinutes == day) return localized("1-day");
+  if (windowMinutes / hour == 1) return localized("1-hour");
   if (windowMinutes % day == 0) return localized("{n}-day", {{"n", std::to_string(windowMinutes / day)}});
   return localized("{n}-hour", {{"n", std::to_string(windowMinutes / hour)}});
 }

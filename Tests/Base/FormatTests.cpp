@@ -40,9 +40,9 @@ TEST(FormatTests, ratesHaveOneDecimalBelowTen) {
 }
 
 TEST(FormatTests, durationsAreTruncated) {
-  const Rows rows = {{-5, "0 min"},         {59.9, "0 min"},           {60, "1 min"},
-                     {3599, "59 min"},      {3600, "1 h 0 min"},       {1439 * 60 + 59, "23 h 59 min"},
-                     {1440 * 60, "1 days"}, {14.99 * 86400, "14 days"}};
+  const Rows rows = {{-5, "0 min"},        {59.9, "0 min"},           {60, "1 min"},
+                     {3599, "59 min"},     {3600, "1 h 0 min"},       {1439 * 60 + 59, "23 h 59 min"},
+                     {1440 * 60, "1 day"}, {14.99 * 86400, "14 days"}};
   for (const auto& [value, text] : rows) EXPECT_EQ(Format::duration(Seconds(value)), text) << value;
 }
 
@@ -79,7 +79,7 @@ TEST(FormatTests, figuresGoByTheirUnits) {
                                                {Unit::corePercent, "1500.0%"},
                                                {Unit::celsius, "1500°C"},
                                                {Unit::watts, "1500 W"},
-                                               {Unit::minutes, "1 days"},
+                                               {Unit::minutes, "1 day"},
                                                {Unit::dollars, "$1,500.00"},
                                                {Unit::revolutionsPerMinute, "1500"},
                                                {Unit::none, "1500"}};

@@ -243,7 +243,7 @@ constexpr LocalizedText texts[] = {
     {"{n}B", "{n} Mrd."},
     {"{n}T", "{n} Bio."},
     {"{n}Q", "{n} Brd."},
-    {"1 days", "1 Tag"},
+    {"1 day", "1 Tag"},
     {"{n} days", "{n} Tage"},
     {"{h} h {m} min", "{h} h {m} min"},
     {"{m} min", "{m} min"},

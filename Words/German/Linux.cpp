@@ -19,7 +19,7 @@ constexpr LocalizedText texts[] = {
     {"{free} free. macOS needs room for swap and updates.",
      "{free} frei. Das System braucht Platz für Auslagerung und Updates."},
     {"{cycles} cycles. Apple recommends service below 80%.",
-     "{cycles} Ladezyklen. Unter 80 % lohnt sich eine neue Batterie."},
+     "Ladezyklen: {cycles}. Unter 80 % lohnt sich eine neue Batterie."},
     {"From ~/.claude and ~/.codex, nothing leaves your Mac.",
      "Aus ~/.claude und ~/.codex; nichts verlässt diesen Rechner."},
     {"API-equivalent cost is what these tokens would cost at API list prices (checked {date}). Subscription "

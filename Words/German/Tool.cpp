@@ -345,7 +345,7 @@ constexpr LocalizedText texts[] = {
     {"on battery", "im Batteriebetrieb"},
     {"{t} left", "noch {t}"},
     {"health {n}", "Zustand {n}"},
-    {"{n} cycles", "{n} Ladezyklen"},
+    {"{n} cycles", "Ladezyklen: {n}"},
     {"{free} of {total} free", "{free} von {total} frei"},
     {"{free} free", "{free} frei"},
     {"There is no process {pid}.", "Es gibt keinen Prozess {pid}."},
