@@ -9,6 +9,7 @@
 #include "Core/Storage/StorageModels.h"
 
 #include <array>
+#include <atomic>
 #include <filesystem>
 #include <set>
 
@@ -66,6 +67,36 @@ void addUnit(Farewell& found, const UserFolders& folders, const CommandRunner& r
                          [&run, link] { return stopUnit(run, link); }});
 }
 
+bool isEmptyBut(const std::string& folder, const std::set<std::string>& paths) {
+  std::error_code error;
+  for (fs::directory_iterator entries(folder, error), end; !error && entries != end; entries.increment(error))
+    if (!paths.contains(entries->path().string())) return false;
+  return !error;
+}
+
+/// Where nothing but `paths`, which steps before take away, is in it. A link to a folder stays.
+void addEmptyFolder(Farewell& found, const Host& host, const std::string& folder,
+                    const std::set<std::string>& paths) {
+  std::error_code error;
+  if (!fs::is_directory(fs::symlink_status(folder, error)) || !isEmptyBut(folder, paths)) return;
+  found.steps.push_back(
+      {localized("Remove the empty folder {path}.", {{"path", tildePath(folder, host.folders.home)}}),
+       [folder] { return isEmptyBut(folder, {}) ? removeFile(folder) : success(); }});
+}
+
+void addAutostart(Farewell& found, Host& host) {
+  const auto folder = host.folders.configHome + "/autostart";
+  const auto widget = folder + "/korvell-widget.desktop";
+  const auto before = found.steps.size();
+  if (auto& login = *host.loginItem; login.isThere())
+    found.steps.push_back(
+        {localized("No longer open Korvell at login."), [&login] { return login.remove(); }});
+  if (isThere(widget))
+    found.steps.push_back(
+        {localized("No longer show the widget at login."), [widget] { return removeFile(widget); }});
+  if (found.steps.size() > before) addEmptyFolder(found, host, folder, {folder + "/korvell.desktop", widget});
+}
+
 void addLink(Farewell& found, const Host& host, const Environment& environment, const CommandRunner& run) {
   const CommandLineTool tool({host.system, host.program, host.folders.home, environment, run});
   const auto link = tool.linkPath();
@@ -73,22 +104,26 @@ void addLink(Farewell& found, const Host& host, const Environment& environment, 
   if (!fs::is_symlink(fs::symlink_status(link, error))) return;
   // One to another copy stays; one to a tool that is gone is nobody's.
   const bool isOurs = fs::read_symlink(link, error) == tool.toolPath() || !fs::exists(link, error);
-  if (isOurs)
-    found.steps.push_back(
-        {localized("Remove the link {path}.", {{"path", tildePath(link, host.folders.home)}}),
-         [link] { return removeFile(link); }});
+  if (!isOurs) return;
+  found.steps.push_back({localized("Remove the link {path}.", {{"path", tildePath(link, host.folders.home)}}),
+                         [link] { return removeFile(link); }});
+  addEmptyFolder(found, host, fs::path(link).parent_path().string(), {link});
 }
 
 void addHelper(Farewell& found, Host& host, bool isAdministrator) {
   auto* helper = host.usageHelper.get();
-  const auto status = helper ? helper->status() : UsageHelperStatus::notFound;
-  if (status == UsageHelperStatus::notFound || status == UsageHelperStatus::notEnabled) return;
-  if (isAdministrator || host.system == SystemKind::macOS)
+  if (!helper) return;
+  if (helper->isInstalled() && (isAdministrator || host.system == SystemKind::macOS))
     found.steps.push_back(
         {localized("Stop and remove the usage helper."), [helper] { return helper->disable(); }});
-  else
+  else if (helper->isInstalled())
     found.remarks.push_back(localized(
-        "The usage helper is enabled; an administrator removes it with \"sudo korvell helper disable\"."));
+        "The usage helper is installed; an administrator removes it with \"sudo korvell helper disable\"."));
+  if (const auto group = helper->group(); !group.empty())
+    found.remarks.push_back(
+        localized("The group {group} stays, with its members; an administrator removes it with \"sudo "
+                  "groupdel {group}\".",
+                  {{"group", group}}));
 }
 
 Outcome moveToTrash(Trash& trash, FileTree& files, const std::string& path) {
@@ -131,23 +166,23 @@ void addMetricsFile(Farewell& found, const Host& host) {
     found.remarks.push_back(theirs);
 }
 
-bool isEmptyBut(const std::string& folder, const std::set<std::string>& paths) {
-  std::error_code error;
-  for (fs::directory_iterator entries(folder, error), end; !error && entries != end; entries.increment(error))
-    if (!paths.contains(entries->path().string())) return false;
-  return !error;
-}
-
 /// The sockets, and the runtime folder where they alone are in it.
-void addSockets(Farewell& found, const UserFolders& folders) {
+void addSockets(Farewell& found, const Host& host) {
+  const auto& folders = host.folders;
   const std::set sockets{keeperSocketPath(folders), spareSocketPath(folders)};
   for (const auto& socket : sockets)
     if (isThere(socket))
       found.steps.push_back({localized("Remove the socket {path}.", {{"path", socket}}),
                              [socket] { return removeFile(socket); }});
-  if (const auto& folder = folders.runtime; !folder.empty() && isEmptyBut(folder, sockets))
-    found.steps.push_back({localized("Remove the empty folder {path}.", {{"path", folder}}),
-                           [folder] { return isEmptyBut(folder, {}) ? removeFile(folder) : success(); }});
+  if (!folders.runtime.empty()) addEmptyFolder(found, host, folders.runtime, sockets);
+}
+
+/// A widget writes where it lies whenever it is moved. One that is shown by the system itself does not.
+bool isWidgetRunning(const Host& host) {
+  if (host.system == SystemKind::macOS) return false;
+  const auto placed = std::make_shared<std::atomic<std::size_t>>(0);
+  host.widgetCenter->currentConfigurations([placed](auto count) { *placed = count.value_or(0); });
+  return *placed > 0;
 }
 
 /// "korvell: /usr/bin/korvell" of the package manager; empty where it knows nothing of the program.
@@ -158,7 +193,17 @@ std::string packageOf(const std::string& program, const CommandRunner& run) {
   return {};
 }
 
+/// Homebrew keeps what it installs in its Cellar, on both systems.
+bool isHomebrews(const std::string& program) {
+  std::error_code error;
+  const auto file = fs::weakly_canonical(program, error).string();
+  return file.find("/Cellar/") != std::string::npos || file.find("/homebrew/") != std::string::npos;
+}
+
 std::string ownerOfProgram(const Host& host, const CommandRunner& run) {
+  if (isHomebrews(host.program))
+    return localized("The program belongs to Homebrew: \"{command}\" removes it.",
+                     {{"command", "brew uninstall korvell"}});
   if (const auto package = packageOf(host.program, run); !package.empty())
     return localized("The program belongs to the package {package}: \"sudo apt purge {package}\" removes it.",
                      {{"package", package}});
@@ -172,19 +217,17 @@ Farewell farewell(Host& host, const Environment& environment, const CommandRunne
                   bool withData) {
   Farewell found;
   addUnit(found, host.folders, run);
-  if (auto& login = *host.loginItem; login.isThere())
-    found.steps.push_back(
-        {localized("No longer open Korvell at login."), [&login] { return login.remove(); }});
-  if (const auto entry = host.folders.configHome + "/autostart/korvell-widget.desktop"; isThere(entry))
-    found.steps.push_back(
-        {localized("No longer show the widget at login."), [entry] { return removeFile(entry); }});
+  addAutostart(found, host);
   addLink(found, host, environment, run);
   addHelper(found, host, isAdministrator);
   addMetricsFile(found, host);
-  addSockets(found, host.folders);
+  addSockets(found, host);
   addData(found, host, withData);
   if (isKeeperRunning(host.folders) && !(found.stopsKeeper && isKeeperTheUnit(run, host.folders)))
     found.running = stillRunning(host.folders);
+  else if (withData && isWidgetRunning(host))
+    found.running =
+        localized("The widget is shown on the desktop and would write its data anew. Close it first.");
   if (!host.program.empty()) found.remarks.push_back(ownerOfProgram(host, run));
   return found;
 }

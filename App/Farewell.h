@@ -18,9 +18,9 @@ struct FarewellStep {
 };
 
 struct Farewell {
-  std::vector<FarewellStep> steps;  ///< in order; only of what is there
-  bool stopsKeeper = false;         ///< the first step ends what the user's services run
-  std::string running;              ///< stillRunning() of a Korvell that no step ends
+  std::vector<FarewellStep> steps; ///< in order; only of what is there
+  bool stopsKeeper = false;        ///< the first step ends what the user's services run
+  std::string running; ///< stillRunning() of a Korvell that no step ends, or that a widget keeps its data
   std::vector<std::string> remarks; ///< what is left to others, and how they take it away
 };
 

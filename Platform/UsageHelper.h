@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace korvell {
@@ -64,6 +65,14 @@ public:
   /// Nothing when there is nobody to connect to. `lost` is called, from any thread, when the connection is of
   /// no further use; not before this returns and never after the connection is destroyed.
   virtual std::shared_ptr<UsageHelperConnection> connect(std::function<void()> lost) = 0;
+
+  /// Whether it lies in the system, switched on or not.
+  virtual bool isInstalled() {
+    const auto now = status();
+    return now != UsageHelperStatus::notFound && now != UsageHelperStatus::notEnabled;
+  }
+  /// The group whose members may ask, where the system has it: nobody takes it away. Empty otherwise.
+  virtual std::string group() { return {}; }
 
   /// True when this copy may offer the helper. On macOS only a copy whose signature can be pinned does.
   virtual bool isOffered() = 0;

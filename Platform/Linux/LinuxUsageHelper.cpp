@@ -83,6 +83,10 @@ std::shared_ptr<UsageHelperConnection> LinuxUsageHelper::connect(std::function<v
   return HelperSocket::connect(at(socketPath), std::move(lost));
 }
 
+bool LinuxUsageHelper::isInstalled() { return exists(at(socketUnit)) || exists(at(copiedProgram)); }
+
+std::string LinuxUsageHelper::group() { return sources_.groupExists() ? groupName : ""; }
+
 bool LinuxUsageHelper::isOffered() { return exists(ownHelper()); }
 
 std::string LinuxUsageHelper::ownHelper() const {
@@ -151,9 +155,12 @@ Outcome LinuxUsageHelper::disable() {
   const auto byHand =
       localized("This system does not run systemd. End the helper where your supervisor runs it.");
   if (auto allowed = checkAdministrator(byHand); !allowed) return allowed;
-  if (!exists(at(socketUnit)) && !exists(at(packagedUnit))) return success();
-  if (auto stopped = step("systemctl", {"disable", "--now", socketName}); !stopped) return stopped;
-  if (auto stopped = step("systemctl", {"stop", serviceName}); !stopped) return stopped;
+  const bool hasUnits = exists(at(socketUnit)) || exists(at(packagedUnit));
+  if (!hasUnits && !isInstalled()) return success();
+  if (hasUnits) {
+    if (auto stopped = step("systemctl", {"disable", "--now", socketName}); !stopped) return stopped;
+    if (auto stopped = step("systemctl", {"stop", serviceName}); !stopped) return stopped;
+  }
   for (const char* path : {socketUnit, serviceUnit, copiedProgram}) std::remove(at(path).c_str());
   return step("systemctl", {"daemon-reload"});
 }

@@ -31,6 +31,8 @@ public:
 
   UsageHelperStatus status() override;
   std::shared_ptr<UsageHelperConnection> connect(std::function<void()> lost) override;
+  bool isInstalled() override;
+  std::string group() override;
   bool isOffered() override;
   Outcome enable() override;
   Outcome disable() override;

@@ -22,6 +22,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::IsSupersetOf;
 
 struct FarewellTests : testing::Test {
   TemporaryFolder home;
@@ -75,6 +76,10 @@ TEST_F(FarewellTests, aMachineWithoutATraceHasNothingToDo) {
   EXPECT_THAT(nothing.remarks, ElementsAre("The program itself stays at ~/bin/korvell."));
   package = "korvell";
   EXPECT_THAT(found().remarks, ElementsAre(HasSubstr("sudo apt purge korvell")));
+  home.write("Cellar/korvell/1/bin/korvell", "");
+  fs::create_symlink(home / "Cellar/korvell/1/bin/korvell", home / "korvell");
+  host.program = home / "korvell";
+  EXPECT_THAT(found().remarks, ElementsAre(HasSubstr("brew uninstall korvell")));
 }
 
 TEST_F(FarewellTests, whatIsThereIsTakenAwayAndNothingElse) {
@@ -88,15 +93,15 @@ TEST_F(FarewellTests, whatIsThereIsTakenAwayAndNothingElse) {
   const auto farewell = found();
   EXPECT_THAT(descriptions(farewell),
               ElementsAre("Stop and disable the unit korvell.service.", "No longer show the widget at login.",
-                          "Remove the link ~/.local/bin/korvell.",
+                          "Remove the link ~/.local/bin/korvell.", "Remove the empty folder ~/.local/bin.",
                           "Remove the socket " + (home / "run/korvell/keeper.sock") + ".",
-                          "Remove the empty folder " + (home / "run/korvell") + "."));
+                          "Remove the empty folder ~/run/korvell."));
   EXPECT_TRUE(farewell.stopsKeeper);
   EXPECT_THAT(farewell.remarks, Contains("~/data/korvell stays; --data moves it to the Trash."));
   EXPECT_THAT(commands, IsEmpty()) << "only looked so far";
   for (const auto& step : farewell.steps) EXPECT_TRUE(step.perform()) << step.description;
   EXPECT_THAT(commands, ElementsAre("/usr/bin/systemctl"));
-  EXPECT_FALSE(fs::is_symlink(home / ".local/bin/korvell"));
+  EXPECT_FALSE(fs::exists(home / ".local/bin"));
   EXPECT_FALSE(fs::exists(home / "run/korvell"));
   EXPECT_EQ(home.text("data/korvell/history.db"), "years");
   EXPECT_TRUE(fs::exists(host.program));
@@ -163,6 +168,25 @@ TEST_F(FarewellTests, theHelperTakesAnAdministrator) {
   ASSERT_THAT(descriptions(farewell), ElementsAre("Stop and remove the usage helper."));
   EXPECT_TRUE(farewell.steps.front().perform());
   EXPECT_EQ(helper.current, UsageHelperStatus::notEnabled);
+  helper.lies = true;
+  helper.groupThere = "korvell";
+  EXPECT_THAT(descriptions(found(true)), ElementsAre("Stop and remove the usage helper."))
+      << "off, but there";
+  EXPECT_THAT(found().remarks,
+              IsSupersetOf({HasSubstr("sudo korvell helper disable"), HasSubstr("sudo groupdel korvell")}));
+}
+
+TEST_F(FarewellTests, foldersThatBecomeEmptyGoAndNoOthers) {
+  home.write("config/autostart/korvell-widget.desktop", "");
+  const auto farewell = found();
+  ASSERT_THAT(descriptions(farewell), ElementsAre("No longer show the widget at login.",
+                                                  "Remove the empty folder ~/config/autostart."));
+  for (const auto& step : farewell.steps) EXPECT_TRUE(step.perform());
+  EXPECT_FALSE(fs::exists(home / "config/autostart"));
+  EXPECT_TRUE(fs::exists(home / ".local/bin")) << "nothing of it was Korvell's";
+  home.write("elsewhere/korvell-widget.desktop", "");
+  fs::create_symlink(home / "elsewhere", home / "config/autostart");
+  EXPECT_THAT(descriptions(found()), ElementsAre("No longer show the widget at login.")) << "a link stays";
 }
 
 TEST_F(FarewellTests, whatRunsIsToldFirst) {
@@ -177,6 +201,16 @@ TEST_F(FarewellTests, whatRunsIsToldFirst) {
   EXPECT_EQ(found().running, "") << "the first step ends it";
   hasManager = false;
   EXPECT_NE(found().running, "") << "nobody can";
+}
+
+TEST_F(FarewellTests, aWidgetIsClosedBeforeItsDataGoes) {
+  struct OneWidget final : WidgetCenter {
+    void currentConfigurations(std::function<void(std::optional<std::size_t>)> answer) override { answer(1); }
+    void reloadAllTimelines() override {}
+  };
+  host.widgetCenter = std::make_unique<OneWidget>();
+  EXPECT_EQ(found().running, "") << "its data stays";
+  EXPECT_THAT(found(false, true).running, HasSubstr("Close it first"));
 }
 
 } // namespace

@@ -18,6 +18,8 @@ public:
   UsageHelperAnswer answer = std::vector<std::uint8_t>{};
   bool refuses = false; ///< nobody to connect to
   bool offered = true;
+  bool lies = false; ///< installed without being on
+  std::string groupThere;
   std::function<void()> whileAsked; ///< run while a request is waited for
   std::optional<Failure> failure;   ///< of enable() and disable()
 
@@ -39,6 +41,8 @@ public:
     lost.push_back(std::move(onLost));
     return std::make_shared<Connection>(*this);
   }
+  bool isInstalled() override { return lies || UsageHelperService::isInstalled(); }
+  std::string group() override { return groupThere; }
   bool isOffered() override { return offered; }
   Outcome enable() override { return turn(UsageHelperStatus::enabled); }
   Outcome disable() override { return turn(UsageHelperStatus::notEnabled); }
@@ -72,6 +76,7 @@ private:
   Outcome turn(UsageHelperStatus to) {
     if (failure) return *failure;
     current = to;
+    lies = false;
     return success();
   }
 };
