@@ -138,7 +138,9 @@ int told(Context& context, const std::string& path, int error) {
 
 std::string supportReport(Context& context, const std::vector<SourceReport>& sources, const OwnCost& cost) {
   const auto identity = systemIdentity();
-  SupportReport report(context.clock.now(), namesOf(context, identity.names));
+  const auto kernelName = identity.kernel.substr(0, identity.kernel.find(' '));
+  SupportReport report(context.clock.now(), namesOf(context, identity.names),
+                       identity.release + " " + kernelName);
   addKorvell(report, context, cost);
   addSystem(report, context, identity);
   if (context.host.defaults) addSettings(report, *context.host.defaults);

@@ -52,9 +52,19 @@ std::string without(std::string_view text, std::string_view name) {
   return result += text.substr(from);
 }
 
+/// Without those that tell nobody.
+std::vector<std::string> tellingNames(std::vector<std::string> names, std::string_view system) {
+  std::erase_if(names, [system](const std::string& name) {
+    return name.empty() || std::ranges::find(everybodys, lowercased(name)) != std::end(everybodys) ||
+           without(system, name) != system;
+  });
+  return names;
+}
+
 } // namespace
 
-SupportReport::SupportReport(Date written, std::vector<std::string> names) : names_(std::move(names)) {
+SupportReport::SupportReport(Date written, std::vector<std::string> names, std::string_view system)
+    : names_(tellingNames(std::move(names), system)) {
   text_ = "Korvell support report of " + rfc3339(written) +
           "\n"
           "It names no project, file, machine, user or application. Read it before you hand it on.\n";
@@ -80,9 +90,7 @@ void SupportReport::error(const LoggedError& error) {
 std::string SupportReport::nameless(std::string_view text) const {
   if (namesAPath(text)) return std::string(leftOut);
   auto result = escapedControls(text);
-  for (const auto& name : names_)
-    if (!name.empty() && std::ranges::find(everybodys, lowercased(name)) == std::end(everybodys))
-      result = without(result, name);
+  for (const auto& name : names_) result = without(result, name);
   return result;
 }
 

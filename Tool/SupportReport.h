@@ -17,8 +17,9 @@ namespace korvell {
 
 class SupportReport {
 public:
-  /// `names`: of the machine and its user.
-  SupportReport(Date written, std::vector<std::string> names);
+  /// `names`: of the machine and its user. Those that stand in `system`, what the system calls itself, are
+  /// many machines' and stay: "debian".
+  SupportReport(Date written, std::vector<std::string> names, std::string_view system = {});
 
   void section(std::string_view title);
   void fact(std::string_view label, std::string_view text);

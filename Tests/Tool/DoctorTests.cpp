@@ -5,6 +5,7 @@
 #include "Tests/Fakes/FakeMachineCounters.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
 #include "Tests/Fakes/TemporaryFolder.h"
+#include "Tool/SupportReport.h"
 #include "Tool/Wrap.h"
 
 #include "CommandFixture.h"
@@ -122,6 +123,12 @@ TEST_F(ReportTests, saysWhatHelpsAndNamesNothing) {
         "Bus | (name).sock | readable | –\n    Not for (name).\n",
         " | 1.2 | 2× | The metrics could not be written to {path}: {reason} [No space left]\n"})
     EXPECT_THAT(output, HasSubstr(expected));
+}
+
+TEST(SupportReportTests, whatTheSystemCallsItselfIsNobodysName) {
+  SupportReport report({}, {"debian", "linux", "ada"}, "Debian GNU/Linux 12 Linux");
+  report.fact("release", "Debian GNU/Linux 12 of ada");
+  EXPECT_THAT(report.text(), HasSubstr("release: Debian GNU/Linux 12 of (name)\n"));
 }
 
 TEST_F(ReportTests, isEnglishForEverybody) {
