@@ -1,11 +1,11 @@
 """Every control, used once by the pointer and once by the keyboard, in all that has some."""
-import os, time
+import json, os, time
 
 import screen
 from desktop import wait_for
 from driving import SECTIONS, in_section, open_section
 from outside import full_home
-from sections import dev_server, has_sound_server, start_player, start_sound, stop_sound
+from sections import dev_server, has_sound_server, start_sound, stop_sound
 from sweep import Glance, Sweep, controls
 
 from gi.repository import GLib
@@ -136,34 +136,43 @@ def storage(sweep, app):
     sweep.sweep(Place("Free Up Space", "Korvell", show))
 
 
+def remember_sounds(app, *names):
+    """As if they had been made softer before."""
+    folder = app.desktop.home + "/.config/korvell"
+    os.makedirs(folder, mode=0o700, exist_ok=True)
+    apps = [{"key": "proc:" + name, "name": name, "volume": 0.5, "muted": False} for name in names]
+    with open(folder + "/settings.json", "w") as file:
+        json.dump({"sound.apps": apps}, file)
+
+
 def sound(sweep, app):
-    """Two players; one that has gone is remembered."""
+    """One that plays and two that are remembered."""
     if not has_sound_server():
         return sweep.sweep(section("Sound"))
     players = start_sound(app, "alpha")
     open_section("Sound")
     screen.await_node("slider", "Volume of alpha", seconds=40)
 
-    def move(name):
-        sweep.focus(screen.await_node("slider", "Volume of " + name))
-        screen.press("Left")
+    def reset(name, by_pointer):
+        sweep.press_named(name, by_pointer)
+        wait_for("the end of " + name, lambda: not screen.find("push button", name), 5)
+
     for by_pointer in (True, False):
-        player = start_player(app, "beta")
-        for name in ("alpha", "beta"):
-            move(name)
-        player.terminate()
-        open_section("Health")  # while somebody is on the page rows stay where they are
-        open_section("Sound")
-        for name in ("Reset All", "Reset alpha"):
-            sweep.press_named(name, by_pointer)
-            wait_for("the end of " + name, lambda: not screen.find("push button", name), 5)
-            move("alpha")
+        sweep.focus(screen.await_node("slider", "Volume of alpha"))
+        screen.press("Left")
+        reset("Reset alpha", by_pointer)
+    reset("Reset gamma", True)
+    reset("Reset All", False)
+    sweep.focus(screen.await_node("slider", "Volume of alpha"))
+    screen.press("Left")
+    screen.await_node("push button", "Reset alpha")
     sweep.sweep(section("Sound"), but=("Reset alpha",))
     stop_sound(app, players)
 
 
 def every_control(app):
     with full_home(app) as outside, dev_server(app, "site"):
+        remember_sounds(app, "gamma", "delta")
         sweep = Sweep(app, outside)
         places = [lambda: welcome(sweep, app), lambda: frame(sweep)]
         places += [lambda name=name: sweep.sweep(section(name)) for name in SECTIONS

@@ -215,12 +215,9 @@ def start_sound(app, *players):
     app.desktop.start("pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "-L", "module-native-protocol-unix",
                       "-L", "module-null-sink sink_name=test")
     wait_for("the sound server", lambda: app.desktop.run("pactl", "info").returncode == 0)
-    return [start_player(app, name) for name in players]
-
-
-def start_player(app, name):
-    return subprocess.Popen(["pacat", "--raw", "--client-name=" + name, "--property=application.process.binary=" + name,
-                             "/dev/zero"], env=app.desktop.environment, stderr=subprocess.DEVNULL)
+    return [subprocess.Popen(["pacat", "--raw", "--client-name=" + name, "--property=application.process.binary=" + name,
+                              "/dev/zero"], env=app.desktop.environment, stderr=subprocess.DEVNULL)
+            for name in players]
 
 
 def stop_sound(app, players):

@@ -330,7 +330,7 @@ Queue& KorvellApp::desktopQueue() {
 void KorvellApp::askToQuit() {
   QWidget* window = panel_ ? static_cast<QWidget*>(panel_) : window_.isVisible() ? window_.widget() : nullptr;
   if (!window) return loop_.quit();
-  if (!panel_) window_.show(std::nullopt); // a question in a window that is minimized or covered is none
+  if (!panel_) show(std::nullopt); // a question in a window that is minimized or covered is none
   Dialog::ask(theme_,
               {.title = localized("Quit Korvell?"),
                .passages = {{.text = launched_.tookOver
