@@ -4,6 +4,7 @@
 #include "Base/Localization.h"
 #include "Base/Text.h"
 #include "Core/Machine/UsageOrder.h"
+#include "UI/Parts/Filter.h"
 #include "UI/Parts/Reasons.h"
 #include "UI/Parts/SpokenFigure.h"
 #include "UI/Parts/TopApps.h"
@@ -73,10 +74,6 @@ struct Measured {
   double figure, second;
   bool isHidden = false; ///< a rate of 0 is none that was read
 };
-
-bool matches(std::string_view name, const std::string& filter) {
-  return filter.empty() || lowercased(name).find(lowercased(filter)) != std::string::npos;
-}
 
 /// Rows that must not move stand first, in their order; all others behind them.
 std::ptrdiff_t settledRank(const AppListChoices& choices, const std::string& key) {

@@ -11,11 +11,11 @@
 #include "UI/Kit/Text.h"
 #include "UI/Measures/MeasureParts.h"
 #include "UI/Measures/RangeControl.h"
+#include "UI/Parts/FilterField.h"
 
 #include <QBoxLayout>
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QKeySequence>
 
 namespace korvell {
 
@@ -25,7 +25,7 @@ constexpr int padding = 28, narrowPadding = 20, widest = 1120;
 constexpr int narrow = 760;       ///< below it what stands beside the list goes above it
 constexpr int narrowWindow = 860; ///< below it the window's padding is smaller
 constexpr int sideWidth = 264, sideGap = 44;
-constexpr int filterWidth = 200, headGap = 12;
+constexpr int headGap = 12;
 constexpr int inset = BarTable::overhang;
 
 /// Words that are the same ask for no new layout.
@@ -101,11 +101,7 @@ MeasureView::MeasureView(Services services, Metric metric, HistoryRange range)
       footnote_(new TextLabel(services_.theme, TextStyle::small, Token::text3, "", listBox_)),
       other_(new Button(services_.theme, Button::Kind::quiet, "", listBox_)),
       helper_(new Button(services_.theme, Button::Kind::quiet, localized("Enable the helper…"), listBox_)),
-      filter_(new TextField(services_.theme, localized("Filter"), localized("Filter"), listBox_)),
-      filterKeys_(new TextLabel(services_.theme, TextStyle::small, Token::text3,
-                                utf8(QKeySequence(QKeySequence::Find).toString(QKeySequence::NativeText)),
-                                filter_)),
-      table_(new BarTable(services_.theme, listBox_)),
+      filter_(new FilterField(services_.theme, listBox_)), table_(new BarTable(services_.theme, listBox_)),
       session_(services_.session, metric, range, [this, isBuilt = false]() mutable {
         // Told while it is made: there is nothing to be shown yet.
         if (std::exchange(isBuilt, true)) update();
@@ -120,9 +116,7 @@ std::string MeasureView::title() const { return session_.page().title; }
 
 QWidget* MeasureView::control() { return control_; }
 
-void MeasureView::find() {
-  if (filter_->isVisible()) filter_->setFocus(Qt::ShortcutFocusReason);
-}
+void MeasureView::find() { filter_->take(); }
 
 void MeasureView::refresh() { session_.refresh(); }
 
@@ -223,12 +217,6 @@ void MeasureView::buildSide(QBoxLayout& column) {
 QWidget* MeasureView::buildHead() {
   auto* head = new ListHead(*listTitle_, *other_, *filter_, listBox_);
   other_->setMark(Button::Mark::chevron);
-  filter_->setSearch();
-  auto* inField = new QHBoxLayout(filter_);
-  inField->setContentsMargins(0, 0, 8, 0);
-  inField->addWidget(filterKeys_, 0, Qt::AlignRight | Qt::AlignVCenter);
-  filterKeys_->setAttribute(Qt::WA_TransparentForMouseEvents);
-  filter_->setFixedWidth(services_.theme.scaled(filterWidth));
   head->setMinimumHeight(services_.theme.scaled(28));
   return head;
 }
@@ -276,10 +264,7 @@ void MeasureView::connectParts() {
   });
   other_->onPress([this] { session_.showOtherList(); });
   helper_->onPress([this] { services_.openSettings(); });
-  filter_->onChange([this](std::string text) {
-    filterKeys_->setVisible(text.empty());
-    session_.filter(std::move(text));
-  });
+  filter_->onFilter([this](std::string words) { session_.filter(std::move(words)); });
   table_->setPictures(services_.pictures);
   table_->onSort([this](BarTableData::Column column) { session_.sort(column); });
   table_->onUnfold([this](const std::string& key) { session_.unfold(key); });

@@ -21,11 +21,11 @@ class CompositionBar;
 class CoreBars;
 class DeviceList;
 class FactsRow;
+class FilterField;
 class Ground;
 class Hairline;
 class RangeControl;
 class ScrollArea;
-class TextField;
 class TextLabel;
 class VolumeList;
 
@@ -98,8 +98,7 @@ private:
   DeviceList* devices_;
   TextLabel *listTitle_, *note_, *empty_, *pinHint_, *footnote_;
   Button *other_, *helper_;
-  TextField* filter_;
-  TextLabel* filterKeys_;
+  FilterField* filter_;
   BarTable* table_;
   MeasureSession session_; ///< last: it tells while it is made, and the parts are there by then
 };
