@@ -128,6 +128,29 @@ TEST(ListPageTests, onlyLeftoversCanBeRemoved) {
   EXPECT_EQ(page.groups[2].items.front().spoken, "daemon");
 }
 
+TEST(ListPageTests, startupItemsAreFilteredByNameAndPath) {
+  Pages model;
+  EXPECT_THAT(startupPage(model, "a").noMatch, IsEmpty()) << "nobody has looked";
+  model.startupItems.set(
+      {{.label = "org.Backup", .plistPath = "/p/one", .program = "/opt/x"},
+       {.label = "sync", .plistPath = "/p/Two", .scope = LaunchScope::system},
+       {.label = "gone", .plistPath = "/p/g", .program = "/opt/gone", .isLeftover = true}});
+  const auto labels = [&](const char* filter) {
+    std::vector<std::string> found;
+    for (const auto& group : startupPage(model, filter).groups)
+      for (const auto& item : group.items) found.push_back(item.label);
+    return found;
+  };
+  EXPECT_THAT(labels("backup"), ElementsAre("org.Backup")) << "in any case";
+  EXPECT_THAT(labels("/opt/"), ElementsAre("gone", "org.Backup")) << "by its program, leftovers first";
+  EXPECT_THAT(labels("/p/t"), ElementsAre("sync")) << "by its file";
+  const auto page = startupPage(model, "nowhere");
+  EXPECT_THAT(page.groups, IsEmpty());
+  EXPECT_EQ(page.noMatch, "No item has that in its name or path.");
+  EXPECT_EQ(page.summary, "3 items, 1 leftover") << "what there is, whatever is shown of it";
+  EXPECT_TRUE(page.hasItems && page.hasLeftovers);
+}
+
 TEST(ListPageTests, alertsStandByDayAndLeadToTheirMoment) {
   Pages model;
   using enum HealthAlert::Kind;

@@ -7,10 +7,14 @@
 #include "UI/Kit/FigureText.h"
 #include "UI/Kit/Focus.h"
 #include "UI/Kit/Icons.h"
+#include "UI/Kit/Native.h"
 #include "UI/Kit/Paint.h"
+#include "UI/Kit/Text.h"
 #include "UI/Parts/PartViews.h"
 
+#include <QClipboard>
 #include <QEvent>
+#include <QGuiApplication>
 
 #include <algorithm>
 
@@ -45,6 +49,7 @@ public:
     QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
+    setRuled(true);
   }
 
   bool hasHeightForWidth() const override { return true; }
@@ -72,6 +77,13 @@ public:
   }
 
   Control* action() const override { return button_; }
+  void fillMenu(Menu& menu) override {
+    if (alert_.lead)
+      menu.add(Icon::chevron, alert_.lead->words, [this, lead = *alert_.lead] { follow_(lead); });
+    menu.add(Icon::copy, localized("Copy"), [words = alert_.title + "\n" + alert_.detail] {
+      QGuiApplication::clipboard()->setText(text(words));
+    });
+  }
 
 protected:
   void resizeEvent(QResizeEvent*) override { arrange(); }
@@ -144,7 +156,7 @@ AlertsView::AlertsView(Services services, QWidget* parent)
           theme_, Icon::alerts, localized("No alerts."),
           localized("An alert means that something stayed bad for minutes. A short peak raises none."),
           list_)),
-      rule_(new Hairline(theme_, content_, Qt::Vertical)),
+      days_(new KeptColumn(list_)), rule_(new Hairline(theme_, content_, Qt::Vertical)),
       settings_(new AlertSettings(
           theme_,
           {.alerts = [this](HealthAlert::Kind kind,
@@ -159,9 +171,7 @@ AlertsView::AlertsView(Services services, QWidget* parent)
   column_->addLayout(halves_, 1);
   halves_->setSpacing(0);
   auto* list = bare<QVBoxLayout>(list_);
-  daysColumn_ = new QVBoxLayout;
-  daysColumn_->setSpacing(0);
-  list->addLayout(daysColumn_);
+  list->addWidget(days_);
   list->addWidget(empty_, 1);
   list->addStretch(0);
   halves_->addWidget(list_, 1);
@@ -171,12 +181,6 @@ AlertsView::AlertsView(Services services, QWidget* parent)
   halves_->addWidget(settings_);
   halves_->addSpacing(rowInset);
   update();
-}
-
-std::vector<ListRow*> AlertsView::rows() const {
-  std::vector<ListRow*> all;
-  for (const auto* day : days_) all.insert(all.end(), day->rows().begin(), day->rows().end());
-  return all;
 }
 
 void AlertsView::arrange(bool isNarrow) {
@@ -214,25 +218,27 @@ void AlertsView::update() {
     shown_ = std::move(page);
     say(shown_->summary);
     empty_->setVisible(shown_->days.empty());
-    fitRows(days_, shown_->days.size(), [this] {
-      auto* day = new RowGroup(theme_, list_);
-      daysColumn_->addWidget(day);
-      day->show();
-      return day;
-    });
-    for (std::size_t i = 0; i < days_.size(); ++i) {
-      const auto& day = shown_->days[i];
-      days_[i]->setTitle(day.title);
-      days_[i]->fit(day.alerts.size(), [this](QWidget* parent) {
-        return new Row(
-            theme_, [this](const AlertsPage::Lead& lead) { follow(lead); }, parent);
-      });
-      for (std::size_t j = 0; j < day.alerts.size(); ++j)
-        static_cast<Row*>(days_[i]->rows()[j])->show(day.alerts[j]);
-    }
-    orderTabs({list_, settings_});
+    if (days_->refill([this] { fill(); })) orderTabs({days_, settings_});
   }
   see();
+}
+
+void AlertsView::fill() {
+  for (const auto& day : shown_->days) {
+    const bool isFirst = &day == &shown_->days.front();
+    days_
+        ->put("day " + day.title, isFirst ? 0 : GroupHead::gap,
+              [this](QWidget* parent) { return new GroupHead(theme_, parent); })
+        .setTitle(day.title);
+    for (const auto& alert : day.alerts)
+      days_
+          ->put("alert " + alert.id, 0,
+                [this](QWidget* parent) {
+                  return new Row(
+                      theme_, [this](const AlertsPage::Lead& lead) { follow(lead); }, parent);
+                })
+          .show(alert);
+  }
 }
 
 void AlertsView::follow(const AlertsPage::Lead& lead) {

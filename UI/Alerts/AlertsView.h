@@ -4,7 +4,7 @@
 
 #include "App/ActionRequest.h"
 #include "UI/Alerts/AlertsPage.h"
-#include "UI/Parts/ListParts.h"
+#include "UI/Parts/KeptColumn.h"
 
 class QBoxLayout;
 
@@ -31,7 +31,7 @@ public:
   AlertsView(Services services, QWidget* parent);
 
 protected:
-  std::vector<ListRow*> rows() const override;
+  std::vector<ListRow*> rows() const override { return days_->rows(); }
   void arrange(bool isNarrow) override;
   void showEvent(QShowEvent* event) override;
   void changeEvent(QEvent* event) override;
@@ -39,6 +39,7 @@ protected:
 private:
   class Row;
   void update();
+  void fill();
   void see();
   void follow(const AlertsPage::Lead& lead);
 
@@ -48,8 +49,7 @@ private:
   QBoxLayout* halves_;
   QWidget* list_;
   EmptyState* empty_;
-  QVBoxLayout* daysColumn_ = nullptr;
-  std::vector<RowGroup*> days_;
+  KeptColumn* days_;
   Hairline* rule_;
   AlertSettings* settings_;
   Subscription cycles_;

@@ -12,6 +12,8 @@
 #include "UI/Servers/ServersView.h"
 #include "UI/Startup/StartupView.h"
 
+#include <QLineEdit>
+
 namespace korvell {
 
 namespace {
@@ -118,6 +120,18 @@ Made startup(const Theme& theme, const Machine& machine) {
                                                       .ask = [](const ActionRequest&) {},
                                                       .showFile = [](const std::string&) {}},
                                                      nullptr));
+}
+
+Made startupFiltered(const Theme& theme, const Machine& machine) {
+  auto page = startup(theme, machine);
+  page->findChild<QLineEdit*>()->setText("sync");
+  return page;
+}
+
+Made startupUnmatched(const Theme& theme, const Machine& machine) {
+  auto page = startup(theme, machine);
+  page->findChild<QLineEdit*>()->setText("nothing");
+  return page;
 }
 
 // Sensors
@@ -254,6 +268,8 @@ std::vector<GalleryView> listViews() {
       view("sensors-first-seconds", sensors, unmeasured),
       view("startup", startup, [] { return starting(true); }, {usual, low, wide}),
       view("startup-no-leftovers", startup, [] { return starting(false, 60); }),
+      view("startup-filtered", startupFiltered, [] { return starting(true); }, {usual, low}),
+      view("startup-unmatched", startupUnmatched, [] { return starting(true); }),
       view("startup-none", startup, startingNothing),
       view("startup-first-seconds", startup, unmeasured),
       view("alerts", alerts, [] { return alerting(); }, {usual, low, wide}),

@@ -1,10 +1,12 @@
 #include "UI/Parts/ListParts.h"
 
 #include "UI/Kit/Icons.h"
+#include "UI/Kit/Native.h"
 #include "UI/Kit/Paint.h"
 #include "UI/Kit/Text.h"
 #include "UI/Parts/PartViews.h"
 
+#include <QContextMenuEvent>
 #include <QKeyEvent>
 
 #include <algorithm>
@@ -16,7 +18,7 @@ namespace {
 constexpr int top = 10;
 constexpr double washInset = 8, washCorner = 6;
 constexpr double stateIcon = 16, stateText = 20, dotMiddle = 7, dotRadius = 3.5;
-constexpr int groupHead = 23, groupGap = 14;
+constexpr int groupHead = 23;
 constexpr int medal = 90, medalIcon = 26, widestSentence = 360;
 
 /// The empty state's icon in a ring.
@@ -67,6 +69,25 @@ void ListRow::leaveEvent(QEvent*) {
   update();
 }
 
+bool ListRow::openMenu(QPoint where) {
+  auto* menu = new Menu(theme(), this);
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  fillMenu(*menu);
+  const bool isAny = !menu->isEmpty();
+  if (isAny)
+    menu->popup(where);
+  else
+    delete menu;
+  return isAny;
+}
+
+void ListRow::contextMenuEvent(QContextMenuEvent* event) {
+  const auto* focused = window()->focusWidget();
+  const auto& below = focused && isAncestorOf(focused) ? *focused : *this;
+  const bool byKey = event->reason() == QContextMenuEvent::Keyboard;
+  if (!openMenu(byKey ? below.mapToGlobal(QPoint(0, below.height())) : event->globalPos())) event->ignore();
+}
+
 // States
 
 void drawState(QPainter& painter, const QRectF& box, const Theme& theme, const StateLook& look,
@@ -113,22 +134,27 @@ void StateLabel::draw(QPainter& painter) { drawState(painter, rect(), theme(), l
 
 // Groups
 
-RowGroup::RowGroup(const Theme& theme, QWidget* parent)
+GroupHead::GroupHead(const Theme& theme, QWidget* parent)
     : QWidget(parent), title_(new TextLabel(theme, TextStyle::head, Token::text1, "", this)),
-      column_(bare<QVBoxLayout>(this)), head_(new QHBoxLayout) {
-  head_->setContentsMargins(rowInset, 0, rowInset, 0);
-  head_->addWidget(title_, 0, Qt::AlignTop);
-  head_->addStrut(theme.scaled(groupHead));
-  column_->addLayout(head_);
-  column_->addSpacing(groupGap);
+      line_(bare<QHBoxLayout>(this)) {
+  line_->setContentsMargins(rowInset, 0, rowInset, 0);
+  line_->addWidget(title_, 0, Qt::AlignTop);
+  line_->addStrut(theme.scaled(groupHead));
+  setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
-void RowGroup::setTitle(std::string_view title) { title_->setWords(title); }
+void GroupHead::setTitle(std::string_view title) { title_->setWords(title); }
 
-void RowGroup::addButton(Button* button) {
-  head_->setAlignment(title_, Qt::AlignVCenter);
-  head_->addStretch(1);
-  head_->addWidget(button, 0, Qt::AlignVCenter);
+void GroupHead::addButton(Button* button) {
+  line_->setAlignment(title_, Qt::AlignVCenter);
+  line_->addStretch(1);
+  line_->addWidget(button, 0, Qt::AlignVCenter);
+}
+
+RowGroup::RowGroup(const Theme& theme, QWidget* parent)
+    : QWidget(parent), head_(new GroupHead(theme, this)), column_(bare<QVBoxLayout>(this)) {
+  column_->addWidget(head_);
+  column_->addSpacing(GroupHead::gap);
 }
 
 void RowGroup::fit(std::size_t count, const std::function<ListRow*(QWidget* parent)>& make) {

@@ -21,6 +21,8 @@ namespace korvell {
 /// So far rows reach beyond the text: room for the wash under a pointer, a focus ring, a mark before the row.
 inline constexpr int rowInset = 16;
 
+class Menu;
+
 class ListRow : public Painted {
 public:
   ListRow(const Theme& theme, QWidget* parent);
@@ -29,6 +31,10 @@ public:
   virtual Control* action() const { return nullptr; }
   /// The Delete key.
   virtual void remove() {}
+  /// Everything that can be done with it, for the Menu key and a right click; nothing: it has no menu.
+  virtual void fillMenu(Menu& menu) { (void)menu; }
+  /// Below its button that opens the menu, or where it was asked for. False: it has none.
+  bool openMenu(QPoint where);
   /// A separator at its top.
   void setRuled(bool isRuled);
 
@@ -38,6 +44,7 @@ protected:
   void draw(QPainter& painter) override;
   void enterEvent(QEnterEvent*) override;
   void leaveEvent(QEvent*) override;
+  void contextMenuEvent(QContextMenuEvent*) override;
 
 private:
   bool isRuled_ = false;
@@ -69,14 +76,28 @@ private:
   QString words_;
 };
 
+/// A heading over rows.
+class GroupHead : public QWidget {
+public:
+  static constexpr int gap = 14; ///< from the rows above
+
+  GroupHead(const Theme& theme, QWidget* parent);
+  void setTitle(std::string_view title);
+  /// For all of its rows, at its end.
+  void addButton(Button* button);
+
+private:
+  TextLabel* title_;
+  QHBoxLayout* line_;
+};
+
 /// A heading over rows that are parted by hairlines.
 class RowGroup : public QWidget {
 public:
   RowGroup(const Theme& theme, QWidget* parent);
 
-  void setTitle(std::string_view title);
-  /// A button for all of its rows, at the end of the heading.
-  void addButton(Button* button);
+  void setTitle(std::string_view title) { head_->setTitle(title); }
+  void addButton(Button* button) { head_->addButton(button); }
   /// Brings it to that length; new ones come from `make`, as children of the group.
   void fit(std::size_t count, const std::function<ListRow*(QWidget* parent)>& make);
   /// Those in that order, children of the group; a row that is not among them goes.
@@ -84,9 +105,8 @@ public:
   const std::vector<ListRow*>& rows() const { return rows_; }
 
 private:
-  TextLabel* title_;
+  GroupHead* head_;
   QVBoxLayout* column_;
-  QHBoxLayout* head_;
   std::vector<ListRow*> rows_;
 };
 

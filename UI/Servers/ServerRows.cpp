@@ -2,20 +2,19 @@
 
 #include "Base/Localization.h"
 #include "UI/Kit/FigureText.h"
-#include "UI/Kit/Focus.h"
 #include "UI/Kit/Icons.h"
 #include "UI/Kit/Native.h"
 #include "UI/Kit/Paint.h"
 #include "UI/Kit/Text.h"
-#include "UI/Parts/PartViews.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace korvell {
 
 namespace {
 
-constexpr int rowHeight = 36, headRow = 39, headsHeight = 35, blockGap = 11;
+constexpr int rowHeight = 36, headRow = 39, headsHeight = 35;
 constexpr double nameLeft = 58, monogramLeft = 28, monogram = 20, nameGap = 8, portGap = 6;
 constexpr double projectIcon = 18, projectName = 28;
 constexpr int portHeight = 24;
@@ -136,18 +135,41 @@ void ServerRow::show(const ServersPage::Server& server) {
   stop_->setToken(server.activity == ServersPage::Activity::idle ? Token::accent : Token::text2);
   stop_->setName(localized("Stop {name}…", {{"name", server.name}}));
   if (!samePorts) {
-    fitRows(ports_, server.ports.size(), [this] { return new PortButton(theme(), this); });
-    for (std::size_t i = 0; i < ports_.size(); ++i) {
-      const auto& port = server.ports[i];
-      ports_[i]->show(std::to_string(port.number), port.spoken, true);
-      ports_[i]->onPress([this, address = port.address] { handlers_.open(address); });
-    }
+    showPorts();
     arrange();
-    std::vector<QWidget*> stops(ports_.begin(), ports_.end());
-    stops.insert(stops.end(), {rest_, stop_});
-    orderTabs(stops);
   }
   update();
+}
+
+/// A button stays its port's, as the row stays its server's.
+void ServerRow::showPorts() {
+  auto before = std::exchange(ports_, {});
+  for (const auto& port : server_.ports) {
+    const auto number = std::to_string(port.number);
+    const auto known = std::ranges::find(before, text(number), &PortButton::words);
+    auto* button = known == before.end() ? new PortButton(theme(), this) : *known;
+    if (known != before.end()) before.erase(known);
+    button->show(number, port.spoken, true);
+    button->onPress([this, address = port.address] { handlers_.open(address); });
+    button->raise(); // Tab goes by the order of the children
+    ports_.push_back(button);
+  }
+  for (auto* gone : before) {
+    gone->hide();
+    gone->deleteLater();
+  }
+  rest_->raise();
+  stop_->raise();
+}
+
+void ServerRow::fillMenu(Menu& menu) {
+  menu.add(Icon::stop, localized("Stop…"), [this, stop = server_.stop] { handlers_.stop(stop); });
+  menu.addRule();
+  for (const auto& port : server_.ports)
+    menu.add(Icon::open, port.spoken, [this, address = port.address] { handlers_.open(address); });
+  if (handlers_.showFolder && !server_.directory.empty())
+    menu.add(Icon::folder, localized("Show Folder in Finder"),
+             [this, folder = server_.directory] { handlers_.showFolder(folder); });
 }
 
 void ServerRow::arrange() {
@@ -263,94 +285,66 @@ void ServerHeads::draw(QPainter& painter) {
 
 // Projects
 
-class ProjectBlock::Head final : public ListRow {
-public:
-  Head(const Theme& theme, bool canShowFolder, QWidget* parent)
-      : ListRow(theme, parent), canShowFolder_(canShowFolder),
-        menu_(new IconButton(theme, Icon::dots, localized("More"), this)) {
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-  }
-
-  void show(const ServersPage::Project& project) {
-    if (project_ == project) return;
-    project_ = project;
-    setName(project.name + ", " + project.memory);
-    setToolTip(text(project.folders.size() == 1 ? project.folders.front() : std::string()));
-    menu_->setName(localized("More for {name}", {{"name", project.name}}));
-    menu_->setVisible(canShowFolder_ && !project.folders.empty());
-    update();
-  }
-  IconButton& menu() { return *menu_; }
-
-  QSize sizeHint() const override { return {480, theme().scaled(headRow)}; }
-  QSize minimumSizeHint() const override { return sizeHint(); }
-  QAccessible::Role role() const override { return QAccessible::Heading; }
-
-protected:
-  void enterEvent(QEnterEvent*) override {} // nothing here is pressed but its button
-
-  void resizeEvent(QResizeEvent*) override {
-    const auto size = menu_->sizeHint();
-    constexpr int beyond = 4;
-    menu_->setGeometry(fromStart(*this, width() - rowInset + beyond - size.width(),
-                                 (height() - size.height() + 4) / 2.0, size.width(), size.height())
-                           .toRect());
-  }
-
-  void draw(QPainter& painter) override {
-    ListRow::draw(painter);
-    painter.setLayoutDirection(layoutDirection());
-    constexpr double lower = 4; // the rule above takes part of the room
-    const double middle = (height() + lower) / 2;
-    drawIcon(painter, Icon::project,
-             fromStart(*this, rowInset, middle - projectIcon / 2, projectIcon, projectIcon),
-             theme().color(Token::network), layoutDirection());
-    const auto columns = columnsOf(theme(), *this);
-    const double left = rowInset + projectName;
-    const double sum = figureWidth(fontOf(theme(), TextStyle::head), text(project_.memory)) + 16;
-    const double room = fromEnd(*this, columns.memory) - sum - left;
-    const auto name = text(project_.name);
-    const double wide = std::min(room, std::ceil(textWidth(theme(), TextStyle::head, name)));
-    drawText(painter, fromStart(*this, left, lower, wide, height() - lower), theme(), TextStyle::head,
-             Token::text1, name);
-    const double rest = room - wide - 10;
-    if (rest > 40)
-      drawText(painter, fromStart(*this, left + wide + 10, lower, rest, height() - lower), theme(),
-               TextStyle::small, Token::text3, text(project_.folderWords), Qt::AlignLeft, Qt::ElideMiddle);
-    painter.translate(0, lower / 2);
-    drawColumn(painter, *this, columns.memory, theme(), TextStyle::head, Token::text1, project_.memory);
-  }
-
-private:
-  const bool canShowFolder_;
-  ServersPage::Project project_;
-  IconButton* menu_;
-};
-
-ProjectBlock::ProjectBlock(const Theme& theme, const ServerRow::Handlers& handlers, bool canShowFolder,
-                           QWidget* parent)
-    : QWidget(parent), theme_(theme), handlers_(handlers), head_(new Head(theme, canShowFolder, this)),
-      column_(bare<QVBoxLayout>(this)) {
-  column_->addWidget(head_);
-  column_->addSpacing(blockGap);
+ProjectHead::ProjectHead(const Theme& theme, const std::function<void(const std::string&)>& showFolder,
+                         QWidget* parent)
+    : ListRow(theme, parent), showFolder_(showFolder),
+      menu_(new IconButton(theme, Icon::dots, localized("More"), this)) {
+  setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+  menu_->onPress([this] { openMenu(menu_->mapToGlobal(QPoint(0, menu_->height()))); });
 }
 
-void ProjectBlock::show(const ServersPage::Project& project, bool isFirst) {
-  head_->setRuled(!isFirst);
-  head_->show(project);
-  fitRows(rows_, project.servers.size(), [this] {
-    auto* row = new ServerRow(theme_, handlers_, this);
-    column_->insertWidget(column_->count() - 1, row);
-    row->QWidget::show();
-    return row;
-  });
-  for (std::size_t i = 0; i < rows_.size(); ++i) rows_[i]->show(project.servers[i]);
+QSize ProjectHead::sizeHint() const { return {480, theme().scaled(headRow)}; }
+
+void ProjectHead::show(const ServersPage::Project& project, bool isFirst) {
+  setRuled(!isFirst);
+  if (project_ == project) return;
+  project_ = project;
+  setName(project.name + ", " + project.memory);
+  setToolTip(text(project.folders.size() == 1 ? project.folders.front() : std::string()));
+  menu_->setName(localized("More for {name}", {{"name", project.name}}));
+  menu_->setVisible(showFolder_ && !project.folders.empty());
+  update();
 }
 
-void ProjectBlock::onMenu(std::function<void(QPoint)> handler) {
-  auto& button = head_->menu();
-  button.onPress(
-      [&button, handler = std::move(handler)] { handler(button.mapToGlobal(QPoint(0, button.height()))); });
+void ProjectHead::fillMenu(Menu& menu) {
+  if (!showFolder_) return;
+  for (const auto& folder : project_.folders)
+    menu.add(Icon::folder,
+             project_.folders.size() == 1 ? localized("Show Folder in Finder")
+                                          : localized("Show {folder} in Finder", {{"folder", folder}}),
+             [this, folder] { showFolder_(folder); });
+}
+
+void ProjectHead::resizeEvent(QResizeEvent*) {
+  const auto size = menu_->sizeHint();
+  constexpr int beyond = 4;
+  menu_->setGeometry(fromStart(*this, width() - rowInset + beyond - size.width(),
+                               (height() - size.height() + 4) / 2.0, size.width(), size.height())
+                         .toRect());
+}
+
+void ProjectHead::draw(QPainter& painter) {
+  ListRow::draw(painter);
+  painter.setLayoutDirection(layoutDirection());
+  constexpr double lower = 4; // the rule above takes part of the room
+  const double middle = (height() + lower) / 2;
+  drawIcon(painter, Icon::project,
+           fromStart(*this, rowInset, middle - projectIcon / 2, projectIcon, projectIcon),
+           theme().color(Token::network), layoutDirection());
+  const auto columns = columnsOf(theme(), *this);
+  const double left = rowInset + projectName;
+  const double sum = figureWidth(fontOf(theme(), TextStyle::head), text(project_.memory)) + 16;
+  const double room = fromEnd(*this, columns.memory) - sum - left;
+  const auto name = text(project_.name);
+  const double wide = std::min(room, std::ceil(textWidth(theme(), TextStyle::head, name)));
+  drawText(painter, fromStart(*this, left, lower, wide, height() - lower), theme(), TextStyle::head,
+           Token::text1, name);
+  const double rest = room - wide - 10;
+  if (rest > 40)
+    drawText(painter, fromStart(*this, left + wide + 10, lower, rest, height() - lower), theme(),
+             TextStyle::small, Token::text3, text(project_.folderWords), Qt::AlignLeft, Qt::ElideMiddle);
+  painter.translate(0, lower / 2);
+  drawColumn(painter, *this, columns.memory, theme(), TextStyle::head, Token::text1, project_.memory);
 }
 
 } // namespace korvell

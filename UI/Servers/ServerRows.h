@@ -12,6 +12,7 @@ public:
   PortButton(const Theme& theme, QWidget* parent);
 
   void show(std::string_view words, std::string_view name, bool opens);
+  const QString& words() const { return words_; }
   void onPress(std::function<void()> handler) { handler_ = std::move(handler); }
 
   QSize sizeHint() const override;
@@ -38,12 +39,14 @@ public:
   struct Handlers {
     std::function<void(const StopServerRequest&)> stop;
     std::function<void(const std::string& address)> open;
+    std::function<void(const std::string& path)> showFolder; ///< absent where nothing can show one
   };
   ServerRow(const Theme& theme, const Handlers& handlers, QWidget* parent);
 
   void show(const ServersPage::Server& server);
   Control* action() const override { return stop_; }
   void remove() override { handlers_.stop(server_.stop); }
+  void fillMenu(Menu& menu) override;
 
   QSize sizeHint() const override;
   QSize minimumSizeHint() const override { return sizeHint(); }
@@ -55,6 +58,7 @@ protected:
 
 private:
   void arrange();
+  void showPorts();
   void showRest(std::size_t from);
   void drawName(QPainter& painter);
   void drawFigures(QPainter& painter);
@@ -77,22 +81,31 @@ protected:
   void draw(QPainter& painter) override;
 };
 
-/// A project with its servers.
-class ProjectBlock final : public QWidget {
+/// What a project's servers take, over their rows.
+class ProjectHead final : public ListRow {
 public:
-  ProjectBlock(const Theme& theme, const ServerRow::Handlers& handlers, bool canShowFolder, QWidget* parent);
+  static constexpr int gap = 11; ///< from the rows above
+
+  /// `showFolder` may be absent: nothing can show one.
+  ProjectHead(const Theme& theme, const std::function<void(const std::string& path)>& showFolder,
+              QWidget* parent);
 
   void show(const ServersPage::Project& project, bool isFirst);
-  void onMenu(std::function<void(QPoint)> handler);
-  const std::vector<ServerRow*>& rows() const { return rows_; }
+  void fillMenu(Menu& menu) override;
+
+  QSize sizeHint() const override;
+  QSize minimumSizeHint() const override { return sizeHint(); }
+  QAccessible::Role role() const override { return QAccessible::Heading; }
+
+protected:
+  void draw(QPainter& painter) override;
+  void resizeEvent(QResizeEvent*) override;
+  void enterEvent(QEnterEvent*) override {} // nothing here is pressed but its button
 
 private:
-  class Head;
-  const Theme& theme_;
-  const ServerRow::Handlers& handlers_;
-  Head* head_;
-  QVBoxLayout* column_;
-  std::vector<ServerRow*> rows_;
+  const std::function<void(const std::string&)>& showFolder_;
+  ServersPage::Project project_;
+  IconButton* menu_;
 };
 
 } // namespace korvell

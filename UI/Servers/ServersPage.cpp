@@ -70,7 +70,8 @@ std::string spokenServer(const ServersPage::Server& row, const DevServer& server
 }
 
 ServersPage::Server rowOf(const DevServer& server, const std::string& project, Date now) {
-  ServersPage::Server row{.name = server.name,
+  ServersPage::Server row{.key = std::to_string(server.pid) + " since " + rfc3339(server.startedAt),
+                          .name = server.name,
                           .runtime = server.runtime,
                           .detail = detailOf(server, project),
                           .directory = server.directory,

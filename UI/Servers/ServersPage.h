@@ -20,6 +20,7 @@ struct ServersPage {
     bool operator==(const Port&) const = default;
   };
   struct Server {
+    std::string key; ///< its process, and never the next one of the same id
     std::string name, runtime;
     std::string detail; ///< "web · node": the service's folder in the project's, and the runtime
     std::string directory;

@@ -1,8 +1,7 @@
 #include "UI/Servers/ServersView.h"
 
 #include "Base/Localization.h"
-#include "UI/Kit/Native.h"
-#include "UI/Parts/PartViews.h"
+#include "UI/Kit/Focus.h"
 #include "UI/Servers/ServerRows.h"
 
 namespace korvell {
@@ -10,14 +9,15 @@ namespace korvell {
 ServersView::ServersView(Services services, QWidget* parent)
     : ListPage(services.theme, SidebarItem::devServers, parent), services_(std::move(services)),
       handlers_{.stop = [this](const StopServerRequest& request) { services_.ask(request); },
-                .open = [this](const std::string& address) { services_.openAddress(address); }},
+                .open = [this](const std::string& address) { services_.openAddress(address); },
+                .showFolder = services_.showFolder},
       notice_(new Notice(theme_, Icon::clock, localized("Stop All Idle…"), content_)),
       measuring_(new TextLabel(theme_, TextStyle::body, Token::text2, localized("Measuring…"), content_)),
       empty_(new EmptyState(theme_, Icon::servers, localized("No dev servers running"),
                             localized("Anything you start from a project folder that listens on a port shows "
                                       "up here, grouped by project."),
                             content_)),
-      list_(new QWidget(content_)), heads_(new ServerHeads(theme_, list_)),
+      list_(new QWidget(content_)), heads_(new ServerHeads(theme_, list_)), servers_(new KeptColumn(list_)),
       cycles_(services_.model.cycle.observe([this](std::int64_t) { update(); })) {
   build();
   update();
@@ -32,9 +32,8 @@ void ServersView::build() {
   notice_->button().onPress([this] { services_.ask(StopIdleServersRequest{}); });
   auto* list = bare<QVBoxLayout>(list_);
   list->addWidget(heads_);
-  blocksColumn_ = new QVBoxLayout;
-  blocksColumn_->setSpacing(0);
-  list->addLayout(blocksColumn_);
+  list->addWidget(servers_);
+  list->addSpacing(ProjectHead::gap);
   addInset(new Hairline(theme_, list_), *list);
   list->addSpacing(11);
   for (const auto& words :
@@ -49,8 +48,8 @@ void ServersView::build() {
 }
 
 std::vector<ListRow*> ServersView::rows() const {
-  std::vector<ListRow*> all;
-  for (const auto* block : blocks_) all.insert(all.end(), block->rows().begin(), block->rows().end());
+  auto all = servers_->rows();
+  std::erase_if(all, [](const ListRow* row) { return row->action() == nullptr; }); // the heads
   return all;
 }
 
@@ -66,26 +65,23 @@ void ServersView::update() {
   list_->setVisible(hasServers);
   notice_->setVisible(shown_->idle.has_value());
   if (shown_->idle) notice_->show(shown_->idle->sentence, shown_->idle->detail);
-  fitRows(blocks_, shown_->projects.size(), [this] {
-    auto* block = new ProjectBlock(theme_, handlers_, bool(services_.showFolder), list_);
-    blocksColumn_->addWidget(block);
-    block->QWidget::show();
-    const auto index = blocks_.size();
-    block->onMenu([this, index](QPoint where) { showMenu(shown_->projects[index], where); });
-    return block;
-  });
-  for (std::size_t i = 0; i < blocks_.size(); ++i) blocks_[i]->show(shown_->projects[i], i == 0);
+  servers_->refill([this] { fill(); });
+  orderTabs({notice_, servers_}); // also when a server has another port
 }
 
-void ServersView::showMenu(const ServersPage::Project& project, QPoint where) {
-  auto* menu = new Menu(theme_, this);
-  menu->setAttribute(Qt::WA_DeleteOnClose);
-  for (const auto& folder : project.folders)
-    menu->add(Icon::folder,
-              project.folders.size() == 1 ? localized("Show Folder in Finder")
-                                          : localized("Show {folder} in Finder", {{"folder", folder}}),
-              [this, folder] { services_.showFolder(folder); });
-  menu->popup(where);
+void ServersView::fill() {
+  for (const auto& project : shown_->projects) {
+    const bool isFirst = &project == &shown_->projects.front();
+    servers_
+        ->put("project " + project.name, isFirst ? 0 : ProjectHead::gap,
+              [this](QWidget* parent) { return new ProjectHead(theme_, handlers_.showFolder, parent); })
+        .show(project, isFirst);
+    for (const auto& server : project.servers)
+      servers_
+          ->put("server " + server.key, 0,
+                [this](QWidget* parent) { return new ServerRow(theme_, handlers_, parent); })
+          .show(server);
+  }
 }
 
 } // namespace korvell

@@ -1,7 +1,7 @@
 #pragma once
 // The page of the development servers.
 
-#include "UI/Parts/ListParts.h"
+#include "UI/Parts/KeptColumn.h"
 #include "UI/Servers/ServerRows.h"
 #include "UI/Servers/ServersPage.h"
 
@@ -27,7 +27,7 @@ protected:
 private:
   void build();
   void update();
-  void showMenu(const ServersPage::Project& project, QPoint where);
+  void fill();
 
   const Services services_;
   const ServerRow::Handlers handlers_;
@@ -37,8 +37,7 @@ private:
   EmptyState* empty_;
   QWidget* list_;
   ServerHeads* heads_;
-  QVBoxLayout* blocksColumn_ = nullptr;
-  std::vector<ProjectBlock*> blocks_;
+  KeptColumn* servers_;
   Subscription cycles_;
 };
 

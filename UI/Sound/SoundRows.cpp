@@ -3,6 +3,7 @@
 #include "Base/Localization.h"
 #include "UI/Kit/FigureText.h"
 #include "UI/Kit/Icons.h"
+#include "UI/Kit/Native.h"
 #include "UI/Kit/Paint.h"
 #include "UI/Kit/Text.h"
 
@@ -16,6 +17,10 @@ constexpr int rowHeight = 44;
 constexpr double pictureSize = 20, nameLeft = 30, nameGap = 8, partGap = 8;
 constexpr double sliderRoom = 280, narrowSlider = 170, figureRoom = 52;
 constexpr double muteLift = 1.5; // the icon stands beside the track, which the level moves up
+
+std::string muteWords(const SoundPage::Row& row) {
+  return localized(row.isMuted ? "Unmute {name}" : "Mute {name}", {{"name", row.name}});
+}
 
 } // namespace
 
@@ -32,8 +37,7 @@ void drawSoundPicture(QPainter& painter, const QRectF& box, const Theme& theme, 
 }
 
 void showMute(IconButton& button, const SoundPage::Row& row) {
-  button.setIcon(row.isMuted ? Icon::mute : Icon::sound,
-                 localized(row.isMuted ? "Unmute {name}" : "Mute {name}", {{"name", row.name}}));
+  button.setIcon(row.isMuted ? Icon::mute : Icon::sound, muteWords(row));
   button.setToken(row.isMuted ? Token::text1 : Token::text2);
   button.setEnabled(row.isAdjustable);
 }
@@ -54,6 +58,14 @@ SoundRow::SoundRow(const Theme& theme, const Handlers& handlers, int most, QWidg
 
 void SoundRow::remove() {
   if (row_.isRemembered && handlers_.reset) handlers_.reset(row_.key);
+}
+
+void SoundRow::fillMenu(Menu& menu) {
+  if (row_.isAdjustable)
+    menu.add(row_.isMuted ? Icon::sound : Icon::mute, muteWords(row_),
+             [this, app = row_.key, muted = !row_.isMuted] { handlers_.mute(app, muted); });
+  if (row_.isRemembered && handlers_.reset)
+    menu.add(localized("Reset"), [this, app = row_.key] { handlers_.reset(app); });
 }
 
 void SoundRow::setPictures(Pictures* pictures) { pictures_ = pictures; }

@@ -28,6 +28,7 @@ public:
   /// In the order of the Tab key.
   std::vector<QWidget*> controls() const { return {mute_, slider_, reset_}; }
   void remove() override;
+  void fillMenu(Menu& menu) override;
 
   QSize sizeHint() const override;
   QSize minimumSizeHint() const override;

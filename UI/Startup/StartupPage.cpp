@@ -4,6 +4,7 @@
 #include "Base/Localization.h"
 #include "Core/Startup/StartupScanner.h"
 #include "UI/Parts/Figures.h"
+#include "UI/Parts/Filter.h"
 
 #include <algorithm>
 
@@ -29,7 +30,8 @@ std::string stateOf(const StartupItem& item) {
 }
 
 StartupPage::Item rowOf(const StartupItem& item) {
-  StartupPage::Item row{.label = item.label,
+  StartupPage::Item row{.key = item.plistPath + '\n' + item.label,
+                        .label = item.label,
                         .program = item.program.value_or(noFigure),
                         .isPath = item.program.has_value(),
                         .file = item.plistPath,
@@ -52,20 +54,28 @@ StartupPage::Item rowOf(const StartupItem& item) {
   return row;
 }
 
+bool isMatch(const StartupItem& item, const std::string& filter) {
+  return matches(item.label, filter) || matches(item.plistPath, filter) ||
+         (item.program && matches(*item.program, filter));
+}
+
 } // namespace
 
-StartupPage startupPage(const Model& model) {
+StartupPage startupPage(const Model& model, const std::string& filter) {
   const auto& items = *model.startupItems;
   StartupPage page{
       .isMeasured = model.startupItems.version() > 0 || !items.empty(),
       .lead = localized("Background programs that launch with your Mac. Leftovers point to programs that no "
                         "longer exist, usually from apps you already deleted."),
       .summary = {},
-      .groups = {}};
+      .hasItems = !items.empty(),
+      .hasLeftovers = false,
+      .groups = {},
+      .noMatch = {}};
   const auto add = [&](const std::string& title, const auto& belongs) {
     StartupPage::Group group{title, {}};
     for (const auto& item : items)
-      if (belongs(item)) group.items.push_back(rowOf(item));
+      if (belongs(item) && isMatch(item, filter)) group.items.push_back(rowOf(item));
     if (!group.items.empty()) page.groups.push_back(std::move(group));
   };
   add(localized("Leftovers"), [](const StartupItem& item) { return item.isLeftover; });
@@ -74,8 +84,11 @@ StartupPage startupPage(const Model& model) {
         [&](const StartupItem& item) { return !item.isLeftover && item.scope == scope.value; });
   if (items.empty()) return page;
   page.summary = counted(std::int64_t(items.size()), "1 item", "{n} items");
-  if (const auto gone = std::ranges::count_if(items, &StartupItem::isLeftover); gone > 0)
+  if (const auto gone = std::ranges::count_if(items, &StartupItem::isLeftover); gone > 0) {
     page.summary += ", " + counted(gone, "1 leftover", "{n} leftovers");
+    page.hasLeftovers = true;
+  }
+  if (page.groups.empty()) page.noMatch = localized("No item has that in its name or path.");
   return page;
 }
 

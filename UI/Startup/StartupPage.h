@@ -12,6 +12,7 @@ namespace korvell {
 
 struct StartupPage {
   struct Item {
+    std::string key; ///< what tells it from all others
     std::string label;
     std::string program; ///< a path, "Runs from inside its app", "–" where the file names none
     bool isPath = false; ///< of a program: what is cut out of it is its middle
@@ -31,12 +32,15 @@ struct StartupPage {
 
   bool isMeasured = false; ///< false until they were looked for
   std::string lead;
-  std::string summary; ///< "34 items, 1 leftover"; empty without any
+  std::string summary;                         ///< "34 items, 1 leftover"; empty without any
+  bool hasItems = false, hasLeftovers = false; ///< whether or not they are shown
   std::vector<Group> groups;
+  std::string noMatch; ///< in place of the groups when the filter leaves none
 
   bool operator==(const StartupPage&) const = default;
 };
 
-StartupPage startupPage(const Model& model);
+/// Shown is what has the filter in its name, its program's path or its file's, in any case.
+StartupPage startupPage(const Model& model, const std::string& filter = {});
 
 } // namespace korvell

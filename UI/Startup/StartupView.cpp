@@ -1,6 +1,7 @@
 #include "UI/Startup/StartupView.h"
 
 #include "Base/Localization.h"
+#include "UI/Kit/Focus.h"
 #include "UI/Kit/Native.h"
 #include "UI/Kit/Paint.h"
 #include "UI/Kit/Text.h"
@@ -14,10 +15,10 @@ namespace korvell {
 class StartupView::Row final : public ListRow {
 public:
   using Handler = std::function<void(const StartupPage::Item&)>;
-  using MenuHandler = std::function<void(const StartupPage::Item&, QPoint)>;
+  using MenuHandler = std::function<void(Menu&, const StartupPage::Item&)>;
 
-  Row(const Theme& theme, Handler remove, const MenuHandler& menu, QWidget* parent)
-      : ListRow(theme, parent), remove_(std::move(remove)),
+  Row(const Theme& theme, Handler remove, MenuHandler menu, QWidget* parent)
+      : ListRow(theme, parent), remove_(std::move(remove)), fillMenu_(std::move(menu)),
         label_(new TextLabel(theme, TextStyle::strong, Token::text1, "", this)),
         program_(new TextLabel(theme, TextStyle::small, Token::text2, "", this)),
         starts_(new TextLabel(theme, TextStyle::small, Token::text2, "", this)),
@@ -27,7 +28,8 @@ public:
     label_->setElide(Qt::ElideMiddle);
     button_->setHeight(Button::Height::compact);
     button_->onPress([this] { remove_(item_); });
-    menu_->onPress([this, menu] { menu(item_, menu_->mapToGlobal(QPoint(0, menu_->height()))); });
+    menu_->onPress([this] { openMenu(menu_->mapToGlobal(QPoint(0, menu_->height()))); });
+    setRuled(true);
     layOut();
   }
 
@@ -55,6 +57,7 @@ public:
   void remove() override {
     if (item_.remove) remove_(item_);
   }
+  void fillMenu(Menu& menu) override { fillMenu_(menu, item_); }
 
 private:
   void layOut() {
@@ -85,6 +88,7 @@ private:
   }
 
   const Handler remove_;
+  const MenuHandler fillMenu_;
   StartupPage::Item item_;
   TextLabel *label_, *program_, *starts_;
   StateLabel* state_;
@@ -96,65 +100,82 @@ StartupView::StartupView(Services services, QWidget* parent)
     : ListPage(services.theme, SidebarItem::startup, parent), services_(std::move(services)),
       lead_(new TextLabel(theme_, TextStyle::body, Token::text2, "", content_)),
       measuring_(new TextLabel(theme_, TextStyle::body, Token::text2, localized("Measuring…"), content_)),
+      noMatch_(new TextLabel(theme_, TextStyle::body, Token::text2, "", content_)),
+      filter_(new FilterField(theme_, content_)),
       empty_(new EmptyState(theme_, Icon::startup, localized("No startup items"),
                             startupPage(services_.model).lead, content_)),
-      groupsColumn_(new QVBoxLayout),
+      head_(new QBoxLayout(QBoxLayout::LeftToRight)), list_(new KeptColumn(content_)),
       cycles_(services_.model.cycle.observe([this](std::int64_t) { update(); })) {
   lead_->setWrapped();
-  addInset(lead_, *column_, 0, 14);
+  noMatch_->setWrapped();
+  head_->setContentsMargins(rowInset, 0, rowInset, 14);
+  head_->addWidget(lead_, 1);
+  head_->addWidget(filter_, 0, Qt::AlignTop | Qt::AlignLeft);
+  column_->addLayout(head_);
   addInset(measuring_, *column_);
+  addInset(noMatch_, *column_);
   column_->addWidget(empty_, 1);
-  groupsColumn_->setSpacing(0);
-  column_->addLayout(groupsColumn_);
+  column_->addWidget(list_);
   column_->addStretch(0);
+  filter_->onFilter([this](std::string words) {
+    filtered_ = std::move(words);
+    update();
+  });
   update();
 }
 
-std::vector<ListRow*> StartupView::rows() const {
-  std::vector<ListRow*> all;
-  for (const auto* group : groups_) all.insert(all.end(), group->rows().begin(), group->rows().end());
-  return all;
-}
-
 void StartupView::arrange(bool isNarrow) {
+  head_->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+  head_->setSpacing(isNarrow ? 10 : 32);
   if (std::exchange(isNarrow_, isNarrow) == isNarrow) return;
   shown_.reset();
   update();
 }
 
 void StartupView::update() {
-  auto page = startupPage(services_.model);
+  auto page = startupPage(services_.model, filtered_);
   if (shown_ == page) return;
   shown_ = std::move(page);
   say(shown_->summary);
   lead_->setWords(shown_->lead);
-  lead_->setVisible(!shown_->groups.empty());
+  lead_->setVisible(shown_->hasItems);
+  filter_->setVisible(shown_->hasItems);
   measuring_->setVisible(!shown_->isMeasured);
-  empty_->setVisible(shown_->isMeasured && shown_->groups.empty());
-  fitGroups(groups_, shown_->groups.size(), *groupsColumn_, theme_, content_);
-  const bool hasButtons = !shown_->groups.empty() && shown_->groups.front().items.front().remove;
-  for (std::size_t i = 0; i < groups_.size(); ++i) {
-    const auto& group = shown_->groups[i];
-    groups_[i]->setTitle(group.title);
-    groups_[i]->fit(group.items.size(), [this](QWidget* parent) {
-      return new Row(
-          theme_, [this](const StartupPage::Item& item) { services_.ask(*item.remove); },
-          [this](const StartupPage::Item& item, QPoint where) { showMenu(item, where); }, parent);
-    });
-    for (std::size_t j = 0; j < group.items.size(); ++j)
-      static_cast<Row*>(groups_[i]->rows()[j])->show(group.items[j], isNarrow_, hasButtons);
+  noMatch_->setWords(shown_->noMatch);
+  noMatch_->setVisible(!shown_->noMatch.empty());
+  empty_->setVisible(shown_->isMeasured && !shown_->hasItems);
+  if (list_->refill([this] { fill(); })) orderTabs({filter_, list_});
+}
+
+void StartupView::fill() {
+  for (const auto& group : shown_->groups) {
+    const bool isFirst = &group == &shown_->groups.front();
+    list_
+        ->put("group " + group.title, isFirst ? 0 : GroupHead::gap,
+              [this](QWidget* parent) { return new GroupHead(theme_, parent); })
+        .setTitle(group.title);
+    for (const auto& item : group.items)
+      list_
+          ->put("item " + item.key, 0,
+                [this](QWidget* parent) {
+                  return new Row(
+                      theme_, [this](const StartupPage::Item& item) { services_.ask(*item.remove); },
+                      [this](Menu& menu, const StartupPage::Item& item) { fillMenu(menu, item); }, parent);
+                })
+          .show(item, isNarrow_, shown_->hasLeftovers);
   }
 }
 
-void StartupView::showMenu(const StartupPage::Item& item, QPoint where) {
-  auto* menu = new Menu(theme_, this);
-  menu->setAttribute(Qt::WA_DeleteOnClose);
+void StartupView::fillMenu(Menu& menu, const StartupPage::Item& item) {
+  if (item.remove) {
+    menu.add(Icon::trash, localized("Remove…"), [this, remove = *item.remove] { services_.ask(remove); });
+    menu.addRule();
+  }
   if (services_.showFile)
-    menu->add(Icon::folder, localized("Show File in Finder"),
-              [this, file = item.file] { services_.showFile(file); });
-  menu->add(Icon::copy, localized("Copy"),
-            [words = item.label + "\t" + item.file] { QGuiApplication::clipboard()->setText(text(words)); });
-  menu->popup(where);
+    menu.add(Icon::folder, localized("Show File in Finder"),
+             [this, file = item.file] { services_.showFile(file); });
+  menu.add(Icon::copy, localized("Copy"),
+           [words = item.label + "\t" + item.file] { QGuiApplication::clipboard()->setText(text(words)); });
 }
 
 } // namespace korvell

@@ -1,7 +1,8 @@
 #pragma once
 // The page of the programs that the system starts by itself.
 
-#include "UI/Parts/ListParts.h"
+#include "UI/Parts/FilterField.h"
+#include "UI/Parts/KeptColumn.h"
 #include "UI/Startup/StartupPage.h"
 
 namespace korvell {
@@ -18,23 +19,27 @@ public:
 
   StartupView(Services services, QWidget* parent);
 
+  void find() override { filter_->take(); }
   void refresh() override { services_.ask(RescanStartupItemsRequest{}); }
 
 protected:
-  std::vector<ListRow*> rows() const override;
+  std::vector<ListRow*> rows() const override { return list_->rows(); }
   void arrange(bool isNarrow) override;
 
 private:
   class Row;
   void update();
-  void showMenu(const StartupPage::Item& item, QPoint where);
+  void fill();
+  void fillMenu(Menu& menu, const StartupPage::Item& item);
 
   const Services services_;
   std::optional<StartupPage> shown_;
-  TextLabel *lead_, *measuring_;
+  std::string filtered_; ///< what the filter says
+  TextLabel *lead_, *measuring_, *noMatch_;
+  FilterField* filter_;
   EmptyState* empty_;
-  QVBoxLayout* groupsColumn_;
-  std::vector<RowGroup*> groups_;
+  QBoxLayout* head_;
+  KeptColumn* list_;
   bool isNarrow_ = false;
   Subscription cycles_;
 };

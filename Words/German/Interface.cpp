@@ -347,6 +347,7 @@ constexpr LocalizedText texts[] = {
     {"{n} leftovers", "{n} verwaiste Einträge"},
     {"Remove…", "Entfernen…"},
     {"Remove {label}…", "{label} entfernen…"},
+    {"No item has that in its name or path.", "Das kommt in keinem Namen oder Pfad vor."},
     {"Show File in Finder", "Datei im Finder zeigen"},
     {"Cleaning…", "Wird aufgeräumt…"},
     {"What can be freed", "Was sich freigeben lässt"},
