@@ -5,6 +5,7 @@
 #include "UI/Kit/Text.h"
 #include "UI/Parts/PageLayout.h"
 
+#include <QEvent>
 #include <QKeySequence>
 
 namespace korvell {
@@ -21,10 +22,21 @@ FilterField::FilterField(const Theme& theme, QWidget* parent)
                           utf8(QKeySequence(QKeySequence::Find).toString(QKeySequence::NativeText)), this)) {
   setSearch();
   auto* line = bare<QHBoxLayout>(this);
-  line->setContentsMargins(0, 0, keysGap, 0);
+  line->setContentsMargins(keysGap, 0, keysGap, 0);
   line->addWidget(keys_, 0, Qt::AlignRight | Qt::AlignVCenter);
   keys_->setAttribute(Qt::WA_TransparentForMouseEvents);
   setFixedWidth(theme.scaled(usualWidth));
+  mirror();
+}
+
+/// The toolkit goes by the words' direction: in a window of the other one they would lie over the keys.
+void FilterField::mirror() {
+  setAlignment(Qt::AlignAbsolute | Qt::AlignVCenter | (isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft));
+}
+
+void FilterField::changeEvent(QEvent* event) {
+  if (event->type() == QEvent::LayoutDirectionChange) mirror();
+  TextField::changeEvent(event);
 }
 
 void FilterField::take() {

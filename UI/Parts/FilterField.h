@@ -16,7 +16,11 @@ public:
   void take();
   void onFilter(std::function<void(std::string)> handler);
 
+protected:
+  void changeEvent(QEvent*) override;
+
 private:
+  void mirror();
   TextLabel* keys_;
 };
 

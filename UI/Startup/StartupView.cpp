@@ -127,6 +127,7 @@ StartupView::StartupView(Services services, QWidget* parent)
 void StartupView::arrange(bool isNarrow) {
   head_->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
   head_->setSpacing(isNarrow ? 10 : 32);
+  head_->setStretch(0, isNarrow ? 0 : 1); // what a short list leaves free is not for the lead
   if (std::exchange(isNarrow_, isNarrow) == isNarrow) return;
   shown_.reset();
   update();
