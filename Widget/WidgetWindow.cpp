@@ -93,7 +93,9 @@ void WidgetWindow::setSize(WidgetSize size) {
 void WidgetWindow::putInPlace() {
   if (!canPlaceWindows()) return;
   notePlace();
-  const QPoint remembered(place_.x.value_or(0), place_.y.value_or(0));
+  constexpr int farthest = 1 << 20; // beyond every desktop, and far from an overflow
+  const QPoint remembered(std::clamp(place_.x.value_or(0), -farthest, farthest),
+                          std::clamp(place_.y.value_or(0), -farthest, farthest));
   const auto* screen =
       place_.x && place_.y ? QGuiApplication::screenAt(remembered + rect().center()) : nullptr;
   const auto room = (screen ? screen : QGuiApplication::primaryScreen())->availableGeometry();

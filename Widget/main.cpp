@@ -22,6 +22,7 @@
 #include <QToolTip>
 #include <QUrl>
 
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 
@@ -92,6 +93,8 @@ int main(int argc, char** argv) {
   }
   QGuiApplication::setDesktopFileName("korvell-widget");
   QApplication application(argc, argv);
+  // Qt takes over the locale of the environment. Numbers that libraries and drivers read stay those of "C".
+  std::setlocale(LC_NUMERIC, "C");
   QApplication::setApplicationName("Korvell");
   installSpoken();
   setHourCycle(desktopHourCycle());

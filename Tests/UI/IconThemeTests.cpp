@@ -27,7 +27,7 @@ struct IconThemeTests : testing::Test {
     put(at("Chosen/index.theme"),
         "[Icon Theme]\nDirectories=16,48,any\nScaledDirectories=16@2\nInherits=Parent\n"
         "[16]\nSize=16\nType=Fixed\n[48]\nSize=48\n"
-        "[any]\nSize=64\nMinSize=8\nMaxSize=512\nType=Scalable\n"
+        "[any]\nSize=64\nMinSize=8\nMaxSize=2147483647\nScale=2\nType=Scalable\n"
         "[16@2]\nSize=16\nScale=2\nType=Fixed\n");
     put(at("Parent/index.theme"), "[Icon Theme]\nDirectories=24\nInherits=Chosen,hicolor\n[24]\nSize=24\n");
     put(at("hicolor/index.theme"), "[Icon Theme]\nDirectories=256\n[256]\nSize=256\n");

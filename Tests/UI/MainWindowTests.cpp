@@ -160,6 +160,11 @@ TEST_F(MainWindowTests, itsFrameComesBack) {
   (void)defaults.set(MainWindow::frameKey, *parseJSON(R"({"x":9000,"y":0,"width":740,"height":600})"));
   EXPECT_TRUE(open().screen()->geometry().contains(window.widget()->geometry().center()))
       << "the screen that it stood on is gone";
+  window.close();
+  (void)defaults.set(MainWindow::frameKey,
+                     *parseJSON(R"({"x":2147483000,"y":4294967296,"width":2147483647,"height":600})"));
+  EXPECT_TRUE(open().screen()->geometry().contains(window.widget()->geometry().center()))
+      << "no such desktop, nor a number for its edge";
 }
 
 TEST_F(MainWindowTests, anotherLanguageKeepsThePageAndItsPlace) {

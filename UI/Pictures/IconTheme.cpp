@@ -29,9 +29,11 @@ bool isName(std::string_view text) {
   return !text.empty() && text.find('/') == std::string_view::npos && !text.starts_with('.');
 }
 
+/// Far within what an int holds, so that sizes and scales can be reckoned with.
 int number(const KeyFile& index, const std::string& group, std::string_view key, int otherwise) {
   const auto value = index.last(group, key);
-  return value ? parseInteger<int>(trimmed(*value)).value_or(otherwise) : otherwise;
+  constexpr int most = 1 << 16;
+  return std::clamp(value ? parseInteger<int>(trimmed(*value)).value_or(otherwise) : otherwise, -most, most);
 }
 
 std::vector<std::string> list(const KeyFile& index, std::string_view key) {

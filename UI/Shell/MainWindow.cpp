@@ -21,10 +21,12 @@ namespace {
 
 constexpr int headerHeight = 56, noticeGap = 8;
 
+/// Absent beyond every desktop, where numbers would overflow.
 std::optional<int> side(const Value& frame, std::string_view name) {
+  constexpr std::int64_t farthest = 1 << 20;
   const auto* value = frame.find(name);
   const auto number = value ? value->asInt() : std::nullopt;
-  return number ? std::optional(int(*number)) : std::nullopt;
+  return number && *number >= -farthest && *number <= farthest ? std::optional(int(*number)) : std::nullopt;
 }
 
 /// Where Tab enters a widget; null where it can't.

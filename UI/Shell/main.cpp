@@ -15,6 +15,7 @@
 #include "UI/Shell/Speech.h"
 
 #include <QMessageBox>
+#include <clocale>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -56,6 +57,8 @@ int main(int argc, char** argv) {
   QGuiApplication::setDesktopFileName("korvell");
   QApplication::setQuitOnLastWindowClosed(false);
   Application application(argc, argv);
+  // Qt takes over the locale of the environment. Numbers that libraries and drivers read stay those of "C".
+  std::setlocale(LC_NUMERIC, "C");
   QApplication::setApplicationName("Korvell");
   speakToolkit();
   setHourCycle(desktopHourCycle());
