@@ -1,5 +1,7 @@
+#include "Base/Files.h"
 #include "Platform/Formats/AutostartEntry.h"
 #include "Platform/Formats/KeyFile.h"
+#include "Tests/FixturesFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -20,6 +22,11 @@ TEST(AutostartEntryTests, anyPathIsOneWordOfItsExecLine) {
     ASSERT_TRUE(words) << entry;
     EXPECT_THAT(*words, ElementsAre(path));
   }
+}
+
+TEST(AutostartEntryTests, theTemplateForAdministratorsIsWhatIsWritten) {
+  EXPECT_EQ(readFile(fixturePath("../../Resources/Linux/autostart.desktop.in"), 4096),
+            autostartEntry("", "@CMAKE_INSTALL_FULL_BINDIR@/korvell-app", true));
 }
 
 TEST(AutostartEntryTests, switchingKeepsWhatOthersWrote) {
