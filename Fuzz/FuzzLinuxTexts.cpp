@@ -21,7 +21,13 @@ void memory(std::string_view text) {
   const auto info = parseMemInfo(text);
   if (!info) return;
   memoryPressure(*info, stall);
-  expect(memoryCounters(*info, stall, parseZramUse(text), parseReclaimableARC(text)).use.has_value());
+  const auto [total, use] = memoryCounters(*info, stall, parseZramUse(text), parseReclaimableARC(text));
+  expect(use.has_value());
+  auto left = total;
+  for (const auto part : {use->app, use->wired, use->compressed, use->cached}) {
+    expect(part <= left);
+    left -= part;
+  }
 }
 
 void mounts(std::string_view text) {
