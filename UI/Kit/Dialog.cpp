@@ -55,6 +55,17 @@ QString spokenText(const Question& question) {
   return pieces.join(' ');
 }
 
+std::optional<QAbstractSlider::SliderAction> scrollOf(int key) {
+  constexpr std::pair<Qt::Key, QAbstractSlider::SliderAction> actions[] = {
+      {Qt::Key_Up, QAbstractSlider::SliderSingleStepSub},
+      {Qt::Key_Down, QAbstractSlider::SliderSingleStepAdd},
+      {Qt::Key_PageUp, QAbstractSlider::SliderPageStepSub},
+      {Qt::Key_PageDown, QAbstractSlider::SliderPageStepAdd}};
+  for (const auto& [each, action] : actions)
+    if (each == key) return action;
+  return std::nullopt;
+}
+
 } // namespace
 
 Dialog& Dialog::ask(const Theme& theme, Question question, QWidget& window,
@@ -231,20 +242,8 @@ void Dialog::keyPressEvent(QKeyEvent* event) {
   case Qt::Key_Right:
     focusNextPrevChild(true);
     break;
-  case Qt::Key_Up:
-    scroll_->verticalScrollBar()->triggerAction(QAbstractSlider::SliderSingleStepSub);
-    break;
-  case Qt::Key_Down:
-    scroll_->verticalScrollBar()->triggerAction(QAbstractSlider::SliderSingleStepAdd);
-    break;
-  case Qt::Key_PageUp:
-    scroll_->verticalScrollBar()->triggerAction(QAbstractSlider::SliderPageStepSub);
-    break;
-  case Qt::Key_PageDown:
-    scroll_->verticalScrollBar()->triggerAction(QAbstractSlider::SliderPageStepAdd);
-    break;
-  default:
-    break; // nothing reaches the window behind
+  default: // nothing reaches the window behind
+    if (const auto action = scrollOf(event->key())) scroll_->verticalScrollBar()->triggerAction(*action);
   }
   event->accept();
 }
