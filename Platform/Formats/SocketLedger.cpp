@@ -59,7 +59,13 @@ void SocketLedger::close(const SocketRecord& record) {
   auto& socket = known == sockets_.end() ? unseen : known->second;
   if (!socket.holder) socket.holder = likelyHolder(record);
   if (socket.holder) credit(socket, record);
-  if (known != sockets_.end()) sockets_.erase(known);
+  if (known == sockets_.end()) return;
+  // Nobody is to be looked for any more.
+  for (auto* inodes : {&wanted_, &listening_})
+    if (const auto entry = inodes->find(socket.record.inode);
+        entry != inodes->end() && entry->second == record.cookie)
+      inodes->erase(entry);
+  sockets_.erase(known);
 }
 
 ProcessID SocketLedger::likelyHolder(const SocketRecord& record) const {

@@ -150,5 +150,17 @@ TEST_F(SocketLedgerTests, othersAreWalkedSeldomAndOnlyForWhatThoseThatRanDoNotHo
   EXPECT_THAT(find(20, 7), IsEmpty()) << "given up for a while";
 }
 
+TEST_F(SocketLedgerTests, aSocketThatClosedWhileItWasListedIsLookedForNoMore) {
+  const Records all{connection(1, 10, 0), listener(2, 80), connection(3, 10, 0)};
+  cycle({});
+  cycle(all, {closed(all[0]), closed(all[1])});
+  EXPECT_EQ(ledger.wanted().size(), 1u);
+  ledger.findHolders(Seconds{1}, [&](SocketLedger::Walk) {
+    for (const auto& record : all) ledger.assign(record.inode, 7); // they are still open in a descriptor
+  });
+  EXPECT_EQ(ledger.total(7).in, 10u);
+  EXPECT_THAT(ledger.listeningPorts(), IsEmpty());
+}
+
 } // namespace
 } // namespace korvell
